@@ -1,0 +1,62 @@
+# How every file is compiled and linked. Gathered in the target `tesserine::settings`, which each room
+# links, so that no room has compiler flags of its own.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+# The sanitizers want -O1 for speed; release keeps line tables, so that a crash report can be read.
+set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g")
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1")
+
+# One cache for all working trees beside this one: paths are kept relative to their parent.
+find_program(TESSERINE_CCACHE ccache)
+if(TESSERINE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    cmake_path(GET PROJECT_SOURCE_DIR PARENT_PATH parentFolder)
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        "${CMAKE_COMMAND}" -E env "CCACHE_BASEDIR=${parentFolder}" CCACHE_NOHASHDIR=1
+        "${TESSERINE_CCACHE}"
+    )
+endif()
+
+add_library(tesserine_settings INTERFACE)
+add_library(tesserine::settings ALIAS tesserine_settings)
+
+# Includes are written as paths from the root.
+target_include_directories(tesserine_settings INTERFACE "${PROJECT_SOURCE_DIR}")
+
+# -Wno-missing-field-initializers: designated initialisers that leave the defaults alone are meant.
+target_compile_options(tesserine_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Werror
+    -Wconversion -Wshadow -Wold-style-cast -Wcast-qual -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wextra-semi -Wformat=2
+    -Wimplicit-fallthrough
+    -Wno-missing-field-initializers
+    -fno-omit-frame-pointer
+)
+
+target_compile_definitions(tesserine_settings INTERFACE
+    _GLIBCXX_ASSERTIONS
+    TESSERINE_VERSION="${PROJECT_VERSION}"
+    TESSERINE_DOMAIN="${TESSERINE_DOMAIN}"
+    $<$<BOOL:${TESSERINE_FAIL_POINTS}>:TESSERINE_FAIL_POINTS=1>
+)
+
+if(TESSERINE_SANITIZE)
+    target_compile_options(tesserine_settings INTERFACE
+        -fsanitize=${TESSERINE_SANITIZE} -fno-sanitize-recover=all)
+    target_link_options(tesserine_settings INTERFACE -fsanitize=${TESSERINE_SANITIZE})
+endif()
+
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    target_compile_options(tesserine_settings INTERFACE
+        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection)
+    target_link_options(tesserine_settings INTERFACE -pie -Wl,-z,relro,-z,now)
+endif()
+
+find_program(TESSERINE_MOLD mold)
+if(TESSERINE_MOLD)
+    target_link_options(tesserine_settings INTERFACE -fuse-ld=mold)
+endif()

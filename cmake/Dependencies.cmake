@@ -1,0 +1,18 @@
+# Every library from outside, found once, with the reason for it. The packages that bring them are
+# listed in packages.txt.
+
+find_package(Threads REQUIRED)                              # std::thread, std::jthread
+find_package(ICU 72 REQUIRED COMPONENTS i18n uc data)       # Unicode text, calendars, regex, collation
+find_package(SQLite3 3.40 REQUIRED)                         # the library file and the search index
+find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)        # digests, encryption, secure random
+find_package(Boost 1.81 REQUIRED COMPONENTS json)           # JSON in and out, keys in order
+
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(MD4C REQUIRED IMPORTED_TARGET md4c)       # reads Markdown; target PkgConfig::MD4C
+
+if(BUILD_TESTING)
+    find_package(GTest REQUIRED)                            # tests; GTest::gtest_main, GTest::gmock
+    include(GoogleTest)
+endif()
+
+find_package(benchmark REQUIRED)                            # bench/; benchmark::benchmark
