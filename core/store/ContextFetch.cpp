@@ -1,0 +1,176 @@
+#include "core/store/ContextState.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace tesserine {
+namespace {
+
+/// As SQLite orders cells: null first, then numbers or bytes.
+std::weak_ordering orderOf(const Value& a, const Value& b) {
+    if (isNull(a) || isNull(b)) return !isNull(a) <=> !isNull(b);
+    if (a < b) return std::weak_ordering::less;
+    if (b < a) return std::weak_ordering::greater;
+    return std::weak_ordering::equivalent;
+}
+
+}  // namespace
+
+const PredicateTree& StoreContext::State::tree(EntityKind kind, const std::string& format) {
+    const auto [entry, isNew] = predicates.try_emplace({kind, format});
+    if (isNew) entry->second = PredicateTree::parse(format, kind);
+    return entry->second;
+}
+
+bool StoreContext::State::hasDirty(EntityKind kind) const {
+    return std::ranges::any_of(
+        pending, [&](const StoreObject* object) { return object->entity().kind == kind; });
+}
+
+bool StoreContext::State::dependsOnPending(const PredicateTree& tree) const {
+    if (pending.empty()) return false;
+    return std::ranges::any_of(
+               Schema::library().entities(),
+               [&](const EntityDescription& entity) {
+                   return tree.looksAt(entity.kind) && hasDirty(entity.kind);
+               })
+           || (!links.empty() && std::ranges::any_of(links, [&](const auto& entry) {
+                  return tree.looksAt(entry.first.first)
+                         || tree.looksAt(Schema::library()[entry.first.first]
+                                             .relationships[entry.first.second]
+                                             .destination);
+              }));
+}
+
+/// Whether a fetch index gives the order, so that no other index should be chosen for the
+/// condition.
+bool StoreContext::State::orderLeads(
+    EntityKind kind, const std::vector<SortDescriptor>& sort) const {
+    if (sort.empty()) return false;
+    const EntityDescription& entity = Schema::library()[kind];
+    const auto attribute = entity.attributeNamed(sort.front().attribute);
+    return attribute && entity.attributes[*attribute].isIndexed;
+}
+
+std::string StoreContext::State::orderClause(
+    EntityKind kind, const std::vector<SortDescriptor>& sort) const {
+    const EntityDescription& entity = Schema::library()[kind];
+    std::string clause;
+    for (const SortDescriptor& descriptor : sort) {
+        const auto attribute = entity.attributeNamed(descriptor.attribute);
+        assert(attribute && "the entity has the attribute it is sorted by");
+        clause += clause.empty() ? " ORDER BY " : ", ";
+        clause += entity.attributes[*attribute].column;
+        if (descriptor.order == SortDescriptor::Order::descending) clause += " DESC";
+    }
+    if (clause.empty()) return " ORDER BY Z_PK";
+    if (entity.identity) clause += ", " + entity.attributes[*entity.identity].column;
+    return clause;
+}
+
+void StoreContext::State::sortObjects(
+    EntityKind kind,
+    const std::vector<SortDescriptor>& sort,
+    std::vector<StoreObject*>& objects) const {
+    const EntityDescription& entity = Schema::library()[kind];
+    const auto savedOrder = [](const StoreObject& object) {
+        // Unsaved objects follow the saved ones in the order of their making.
+        return std::pair(object.isInserted(), std::abs(object.key()));
+    };
+    std::ranges::stable_sort(objects, [&](StoreObject* a, StoreObject* b) {
+        for (const SortDescriptor& descriptor : sort) {
+            const std::size_t attribute = *entity.attributeNamed(descriptor.attribute);
+            const auto order = orderOf(a->value(attribute), b->value(attribute));
+            if (order == 0) continue;
+            return (order < 0) == (descriptor.order == SortDescriptor::Order::ascending);
+        }
+        if (!sort.empty() && entity.identity) {
+            const auto order = orderOf(a->value(*entity.identity), b->value(*entity.identity));
+            if (order != 0) return order < 0;
+        }
+        return savedOrder(*a) < savedOrder(*b);
+    });
+}
+
+std::vector<StoreObject*> StoreContext::State::rowsWhere(
+    EntityKind kind,
+    const PredicateSQL& condition,
+    const std::vector<SortDescriptor>& sort,
+    std::size_t limit,
+    std::size_t offset) {
+    const RowMapper& mapper = core->mapper(kind);
+    std::string sql = "SELECT " + mapper.headerColumns() + " FROM " + mapper.entity().table;
+    if (condition.condition != "1") sql += " WHERE " + condition.condition;
+    sql += orderClause(kind, sort);
+    if (limit > 0 || offset > 0) sql += " LIMIT ? OFFSET ?";
+    Statement& row = reader().cached(sql);
+    condition.bind(row);
+    if (limit > 0 || offset > 0) {
+        const int place = static_cast<int>(condition.values.size()) + 1;
+        row.bindInteger(place, limit == 0 ? -1 : static_cast<std::int64_t>(limit));
+        row.bindInteger(place + 1, static_cast<std::int64_t>(offset));
+    }
+    std::vector<StoreObject*> objects;
+    while (row.step())
+        objects.push_back(&objectFor(kind, row));
+    row.reset();
+    return objects;
+}
+
+std::vector<StoreObject*> StoreContext::fetchObjects(EntityKind kind, const FetchRequest& request) {
+    const auto guard = state_->core->reading();
+    State& state = *state_;
+    return readingLibrary([&]() -> std::vector<StoreObject*> {
+        const PredicateTree& tree = state.tree(kind, request.predicate.format());
+        const auto& arguments = request.predicate.arguments();
+        const auto condition =
+            PredicateSQL::compile(tree, arguments, state.orderLeads(kind, request.sort));
+        if (!state.hasDirty(kind) && !state.dependsOnPending(tree)) {
+            return state.rowsWhere(kind, condition, request.sort, request.limit, request.offset);
+        }
+        // Committed rows answer for what is clean, memory for what is pending.
+        std::vector<StoreObject*> result;
+        const bool asksMemory = state.dependsOnPending(tree);
+        std::size_t dirtyCount = 0;
+        for (StoreObject* object : state.pending) {
+            if (object->entity().kind != kind) continue;
+            ++dirtyCount;
+            if (!object->isDeleted() && evaluate(tree, arguments, *object))
+                result.push_back(object);
+        }
+        const std::size_t wanted =
+            request.limit == 0 ? 0 : request.limit + request.offset + dirtyCount;
+        const auto rows = asksMemory ? state.rowsWhere(kind, {.condition = "1"}, request.sort, 0, 0)
+                                     : state.rowsWhere(kind, condition, request.sort, wanted, 0);
+        for (StoreObject* object : rows) {
+            if (state.isDirty(*object) || object->isDeleted()) continue;
+            if (!asksMemory || evaluate(tree, arguments, *object)) result.push_back(object);
+        }
+        state.sortObjects(kind, request.sort, result);
+        const auto skipped = std::min(request.offset, result.size());
+        result.erase(result.begin(), result.begin() + static_cast<std::ptrdiff_t>(skipped));
+        if (request.limit > 0 && result.size() > request.limit) result.resize(request.limit);
+        return result;
+    });
+}
+
+std::size_t StoreContext::countObjects(EntityKind kind, const Predicate& predicate) {
+    const auto guard = state_->core->reading();
+    const PredicateTree& tree = state_->tree(kind, predicate.format());
+    if (state_->hasDirty(kind) || state_->dependsOnPending(tree)) {
+        return fetchObjects(kind, {.predicate = predicate}).size();
+    }
+    return readingLibrary([&] {
+        const auto condition = PredicateSQL::compile(tree, predicate.arguments(), false);
+        Statement& row = state_->reader().cached(
+            "SELECT count(*) FROM " + Schema::library()[kind].table + " WHERE "
+            + condition.condition);
+        condition.bind(row);
+        row.step();
+        const auto count = static_cast<std::size_t>(row.integer(0));
+        row.reset();
+        return count;
+    });
+}
+
+}  // namespace tesserine

@@ -1,0 +1,105 @@
+#include "core/store/ExternalValues.h"
+
+#include "base/FailPoint.h"
+#include "base/Files.h"
+#include "base/Uuid.h"
+#include "core/model/Schema.h"
+
+#include <chrono>
+#include <set>
+
+namespace tesserine {
+namespace {
+
+constexpr std::uint8_t inRow = 1;
+constexpr std::uint8_t inFile = 2;
+/// Far above the largest attachment; a bound against a damaged folder, not a promise.
+constexpr std::uint64_t fileLimit = 4'000'000'000;
+constexpr std::chrono::hours strayAge{24};
+
+std::set<std::string> namesInUse(SQLiteDatabase& database) {
+    std::set<std::string> names;
+    for (const auto& entity : Schema::library().entities()) {
+        for (const auto& attribute : entity.attributes) {
+            if (!attribute.isExternal) continue;
+            Statement rows = database.prepare(
+                "SELECT substr(" + attribute.column + ", 2) FROM " + entity.table + " WHERE substr("
+                + attribute.column + ", 1, 1) = x'02'");
+            while (rows.step())
+                names.emplace(textOf(rows.blob(0)));
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+ExternalValues::ExternalValues(std::optional<std::filesystem::path> library) {
+    if (library) folder_ = *library / ".Tesserine_SUPPORT" / "_EXTERNAL_DATA";
+}
+
+Bytes ExternalValues::encode(std::span<const std::uint8_t> value, Random& random) const {
+    Bytes column;
+    if (!folder_ || value.size() <= inlineLimit) {
+        column.reserve(value.size() + 1);
+        column.push_back(inRow);
+        column.insert(column.end(), value.begin(), value.end());
+        return column;
+    }
+    const std::string name = Uuid::random(random).text();
+    files::createPrivateFolder(*folder_);
+    files::writeNew(*folder_ / name, value);
+    FAIL_POINT("external.written");
+    column.push_back(inFile);
+    column.insert(column.end(), name.begin(), name.end());
+    return column;
+}
+
+std::optional<Bytes> ExternalValues::decode(std::span<const std::uint8_t> column) const {
+    if (column.empty()) return std::nullopt;
+    if (column.front() == inRow) return Bytes(column.begin() + 1, column.end());
+    const auto name = fileName(column);
+    if (!name || !folder_) return std::nullopt;
+    try {
+        return files::read(*folder_ / *name, fileLimit, files::Links::refuse);
+    } catch (const FileError&) {
+        return std::nullopt;  // reported by the examination of the library; the row keeps its name
+    }
+}
+
+std::optional<std::string> ExternalValues::fileName(std::span<const std::uint8_t> column) {
+    if (column.empty() || column.front() != inFile) return std::nullopt;
+    std::string name(textOf(column.subspan(1)));
+    if (!Uuid::parse(name)) return std::nullopt;  // never a path of somebody's making
+    return name;
+}
+
+std::optional<std::filesystem::path> ExternalValues::folder() const { return folder_; }
+
+void ExternalValues::remove(const std::string& fileName) const {
+    if (folder_) files::removeIfPresent(*folder_ / fileName);
+}
+
+std::size_t ExternalValues::removeStrays(SQLiteDatabase& database) const {
+    std::error_code ignored;
+    if (!folder_ || !std::filesystem::is_directory(*folder_, ignored)) return 0;
+    std::vector<std::string> old;
+    // File times come from the machine's clock, so they are compared with it and with no other.
+    for (const auto& entry : std::filesystem::directory_iterator(*folder_, ignored)) {
+        const auto age = std::chrono::file_clock::now() - entry.last_write_time(ignored);
+        if (age > strayAge && Uuid::parse(entry.path().filename().string())) {
+            old.push_back(entry.path().filename().string());
+        }
+    }
+    if (old.empty()) return 0;
+    const auto used = namesInUse(database);
+    std::size_t count = 0;
+    for (const std::string& name : old) {
+        if (used.contains(name)) continue;
+        remove(name);
+        ++count;
+    }
+    return count;
+}
+
+}  // namespace tesserine

@@ -1,0 +1,279 @@
+#include "core/store/StoreCore.h"
+
+#include "base/FailPoint.h"
+#include "base/Text.h"
+#include "core/store/PredicateTree.h"
+#include "core/store/StoreContext.h"
+#include "core/store/StoreSchema.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace tesserine {
+namespace {
+
+constexpr const char* lockName = ".Tesserine.lock";
+constexpr const char* usersName = ".Tesserine.users";
+/// The journal is moved into the file once it has grown to this many pages (16 MB).
+constexpr int checkpointPages = 2048;
+
+template <std::size_t... Index>
+std::array<RowMapper, entityCount> makeMappers(std::index_sequence<Index...>) {
+    return {RowMapper(Schema::library().entities()[Index])...};
+}
+
+std::string makeAuthor(const std::string& given, Random& random) {
+    if (!given.empty()) return given;
+    return "tesserine-" + std::to_string(::getpid()) + "-"
+           + Uuid::random(random).text().substr(0, 8);
+}
+
+bool isPresent(const std::filesystem::path& path) {
+    std::error_code ignored;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
+}
+
+std::uintmax_t sizeOf(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    return error ? 0 : size;
+}
+
+std::filesystem::path withSuffix(std::filesystem::path path, const char* suffix) {
+    path += suffix;
+    return path;
+}
+
+}  // namespace
+
+StoreCore::StoreCore(StoreConfiguration configuration, const StoreEnvironment& environment)
+    : configuration_(std::move(configuration)),
+      clock_(environment.clock),
+      random_(environment.random),
+      log_(environment.log.category("store")),
+      author_(makeAuthor(environment.author, environment.random)),
+      vfs_(environment.sqliteVFS),
+      createIfMissing_(environment.createIfMissing),
+      external_(configuration_.inMemory ? std::nullopt : std::optional(configuration_.directory)),
+      mappers_(makeMappers(std::make_index_sequence<entityCount>{})) {
+    try {
+        if (configuration_.inMemory) {
+            openInMemory();
+        } else {
+            openFile();
+        }
+    } catch (const SQLiteDatabase::Error& error) {
+        throw StoreError::loadFailed(explain(error));
+    } catch (const FileError& error) {
+        throw StoreError::loadFailed(error.what());
+    }
+}
+
+StoreCore::~StoreCore() {
+    close(writer_);
+    if (usersLock_ >= 0) ::close(usersLock_);
+}
+
+void StoreCore::openInMemory() {
+    writer_ = connect(":memory:", SQLiteDatabase::Access::createIfMissing);
+    schema::create(*writer_, random_);
+    wasCreated_ = true;
+}
+
+void StoreCore::openFile() {
+    if (createIfMissing_) files::createPrivateFolder(configuration_.directory);
+    if (!isPresent(configuration_.directory)) {
+        throw StoreError::loadFailed("There is no library in this folder.");
+    }
+    const files::FolderLock lock = lockFolder();
+    if (!isPresent(file())) {
+        createFile();
+        wasCreated_ = true;
+    }
+    refuseUnreadable();
+    noteUncleanEnd();
+    writer_ = connect(file(), SQLiteDatabase::Access::readWrite);
+    identity_ = identify();
+    checkIntegrity(*writer_);
+    schema::migrate(*writer_);
+}
+
+files::FolderLock StoreCore::lockFolder() const {
+    auto lock = files::FolderLock::acquire(configuration_.directory / lockName, lockPatience);
+    if (lock) return std::move(*lock);
+    throw StoreError::loadFailed("Another program has kept it busy for too long. Try again.");
+}
+
+/// Made whole under another name first, so that a file of that name is always a library.
+void StoreCore::createFile() {
+    const auto isLeftOver = [&](const std::filesystem::path& part) { return isPresent(part); };
+    if (isLeftOver(withSuffix(file(), "-wal")) || isLeftOver(*external_.folder())) {
+        throw StoreError::loadFailed(
+            "The file " + std::string(TesserineStore::fileName)
+            + " is missing from its folder, though other parts of "
+              "the library are still there. Put it back, or restore a backup.");
+    }
+    if (!createIfMissing_) throw StoreError::loadFailed("There is no library in this folder.");
+    const auto making = configuration_.directory
+                        / (std::string(TesserineStore::fileName) + ".new-"
+                           + Uuid::random(random_).text().substr(0, 8));
+    files::writeNew(making, {});  // with a private mode, which SQLite keeps and gives its journals
+    {
+        const auto database = connect(making, SQLiteDatabase::Access::readWrite);
+        schema::create(*database, random_);
+        FAIL_POINT("store.schemaMade");
+    }
+    files::syncFile(making);
+    std::filesystem::rename(making, file());
+    files::syncFolder(configuration_.directory);
+    FAIL_POINT("store.created");
+}
+
+/// Every process that has the library open holds a shared lock. Whoever gets it alone and finds a
+/// journal knows that the last one never closed.
+void StoreCore::noteUncleanEnd() {
+    const auto path = configuration_.directory / usersName;
+    usersLock_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (usersLock_ < 0) throw FileError::fromErrno(path, "opened", errno);
+    const bool isAlone = ::flock(usersLock_, LOCK_EX | LOCK_NB) == 0;
+    wasEndedUncleanly_ = isAlone && !wasCreated_ && sizeOf(withSuffix(file(), "-wal")) > 0;
+    ::flock(usersLock_, LOCK_SH);
+}
+
+void StoreCore::checkIntegrity(SQLiteDatabase& database) const {
+    if (database.integer("PRAGMA user_version") > Schema::number) {
+        throw StoreError::loadFailed("This library was written by a newer version of Tesserine.");
+    }
+    if (!wasEndedUncleanly_) return;
+    log_.warning("the library was not closed properly; checking it");
+    if (database.text("PRAGMA quick_check(1)") != "ok") {
+        throw StoreError::loadFailed(
+            "Its file is damaged. It was left as it is; restore a backup.");
+    }
+}
+
+std::unique_ptr<SQLiteDatabase> StoreCore::connect(
+    const std::filesystem::path& file, SQLiteDatabase::Access access) const {
+    const bool inMemory = configuration_.inMemory;
+    auto database = std::make_unique<SQLiteDatabase>(
+        file,
+        SQLiteDatabase::Options{
+            .file = "library",
+            .query = "Library query",
+            .access = access,
+            .journal = inMemory ? SQLiteDatabase::Journal::memory : SQLiteDatabase::Journal::wal,
+            .synchronous = SQLiteDatabase::Synchronous::full,
+            .busyTimeoutMilliseconds = 5000,
+            .isHardened = true,
+            .pageSize = 8192,
+            .cacheKiB = 65'536,
+            .autoCheckpointPages = checkpointPages,
+            .vfs = inMemory ? std::string() : vfs_,
+        });
+    database->registerTextFunction("ts_fold", text::caseFolded);
+    database->registerTextPredicate("ts_contains", containsFolded);
+    return database;
+}
+
+StoreCore::Writing StoreCore::beginWriting() {
+    Writing writing;
+    writing.thread_ = std::unique_lock(writerMutex_, std::defer_lock);
+    if (!writing.thread_.try_lock_for(lockPatience)) {
+        throw StoreError::saveFailed("The library has been busy for too long. Try again.");
+    }
+    if (!configuration_.inMemory) {
+        writing.process_ =
+            files::FolderLock::acquire(configuration_.directory / lockName, lockPatience);
+        if (!writing.process_) {
+            throw StoreError::saveFailed(
+                "Another program has kept the library busy for too long. Try again.");
+        }
+        if (identify() != identity_) {
+            throw StoreError::saveFailed(
+                "The library's file was moved, replaced or deleted while Tesserine was using it. Put "
+                "it back, or quit and open the library again.");
+        }
+        if (!writer_) writer_ = connect(file(), SQLiteDatabase::Access::readWrite);
+    }
+    writing.database_ = writer_.get();
+    return writing;
+}
+
+std::shared_ptr<SQLiteDatabase> StoreCore::openReader() {
+    if (configuration_.inMemory) return writer_;
+    try {
+        return connect(file(), SQLiteDatabase::Access::readWrite);
+    } catch (const SQLiteDatabase::Error& error) {
+        throw StoreError::readFailed(explain(error));
+    }
+}
+
+std::unique_lock<std::recursive_timed_mutex> StoreCore::reading() {
+    if (!configuration_.inMemory) return {};
+    return std::unique_lock(writerMutex_);
+}
+
+void StoreCore::discardWriter() noexcept {
+    if (!configuration_.inMemory) writer_.reset();
+}
+
+void StoreCore::close(std::shared_ptr<SQLiteDatabase>& connection) noexcept {
+    if (configuration_.inMemory || !connection) {
+        connection.reset();
+        return;
+    }
+    try {
+        const auto lock = files::FolderLock::acquire(
+            configuration_.directory / lockName, std::chrono::milliseconds(1000));
+        connection.reset();
+    } catch (const std::exception&) {
+        connection.reset();  // the next opening recovers what is left in the journal
+    }
+}
+
+void StoreCore::publish(const std::vector<ObjectChange>& changes, const StoreContext* source) {
+    const std::scoped_lock lock(followersMutex_);
+    for (const auto& follower : followers_)
+        follower(changes, source);
+}
+
+void StoreCore::subscribe(
+    std::function<void(const std::vector<ObjectChange>&, const StoreContext*)> follower) {
+    const std::scoped_lock lock(followersMutex_);
+    followers_.push_back(std::move(follower));
+}
+
+void StoreCore::unsubscribe() {
+    const std::scoped_lock lock(followersMutex_);
+    followers_.clear();
+}
+
+std::filesystem::path StoreCore::file() const {
+    return configuration_.directory / TesserineStore::fileName;
+}
+
+std::optional<StoreCore::Identity> StoreCore::identify() const {
+    struct stat status {};
+    if (::stat(file().c_str(), &status) != 0) return std::nullopt;
+    return Identity{.device = status.st_dev, .inode = status.st_ino};
+}
+
+std::string StoreCore::explain(const SQLiteDatabase::Error& error) {
+    if (error.isFull()) return "The disk is full. Free some space and try again.";
+    if (error.isDamage()) {
+        return "Its file is damaged or is not a library. It was left as it is; restore a backup.";
+    }
+    if (error.isReadOnly()) return "You are not allowed to write to it.";
+    if (error.isBusy()) return "Another program has kept the library busy for too long. Try again.";
+    if (error.isIOError()) {
+        return "The disk reported an error (" + error.message()
+               + "). Check the disk and try again.";
+    }
+    return "The database said: " + error.message() + ".";
+}
+
+}  // namespace tesserine

@@ -1,0 +1,244 @@
+#include "core/store/StoreSchema.h"
+
+#include "base/Random.h"
+#include "base/Uuid.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+
+namespace tesserine::schema {
+namespace {
+
+/// One object of the schema: what it is called and the statement that makes it.
+struct Definition {
+    std::string name;
+    std::string statement;
+};
+
+std::string columnType(AttributeType type) {
+    switch (type) {
+    case AttributeType::boolean:
+    case AttributeType::int16:
+    case AttributeType::int64: return "INTEGER";
+    case AttributeType::real:
+    case AttributeType::date: return "REAL";
+    case AttributeType::string: return "TEXT";
+    case AttributeType::uuid:
+    case AttributeType::binary: break;
+    }
+    return "BLOB";
+}
+
+/// The default as SQL, so that rows older than a column read like new ones.
+std::string columnDefault(const Value& value) {
+    if (const auto* boolean = std::get_if<bool>(&value)) return *boolean ? "1" : "0";
+    if (const auto* small = std::get_if<std::int16_t>(&value)) return std::to_string(*small);
+    if (const auto* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
+    if (const auto* real = std::get_if<double>(&value)) {
+        return std::to_string(static_cast<std::int64_t>(*real)) + ".0";
+    }
+    return {};
+}
+
+std::string columnDefinition(const AttributeDescription& attribute) {
+    std::string text = attribute.column + " " + columnType(attribute.type);
+    const std::string value = columnDefault(attribute.defaultValue);
+    if (!value.empty()) text += " DEFAULT " + value;
+    return text;
+}
+
+/// Every column but the keys: small values, then references, then the large values, so that a row's
+/// dates are read without walking past its body.
+std::vector<Definition> columns(const EntityDescription& entity) {
+    std::vector<Definition> result;
+    const auto add = [&](bool large) {
+        for (const auto& attribute : entity.attributes) {
+            if ((attribute.tier == Tier::large) != large) continue;
+            result.push_back({attribute.column, columnDefinition(attribute)});
+        }
+    };
+    add(false);
+    for (const auto& relationship : entity.relationships) {
+        if (relationship.isToMany) continue;
+        result.push_back({relationship.column, relationship.column + " INTEGER"});
+    }
+    add(true);
+    return result;
+}
+
+Definition entityTable(const EntityDescription& entity) {
+    std::string text =
+        "CREATE TABLE " + entity.table + " (Z_PK INTEGER PRIMARY KEY AUTOINCREMENT, Z_OPT INTEGER";
+    for (const Definition& column : columns(entity))
+        text += ", " + column.statement;
+    return {entity.table, text + ")"};
+}
+
+void addIndexes(const EntityDescription& entity, std::vector<Definition>& result) {
+    const auto add = [&](const std::string& name, const std::string& column) {
+        result.push_back(
+            {name, "CREATE INDEX " + name + " ON " + entity.table + "(" + column + ")"});
+    };
+    for (const auto& attribute : entity.attributes) {
+        if (attribute.isIndexed) add(fetchIndexName(entity, attribute), attribute.column);
+    }
+    if (entity.identity && !entity.attributes[*entity.identity].isIndexed) {
+        const auto& identity = entity.attributes[*entity.identity];
+        add("key_" + entity.name + "_" + identity.name, identity.column);
+    }
+    for (const auto& relationship : entity.relationships) {
+        if (relationship.isToMany) continue;
+        add("ref_" + entity.name + "_" + relationship.name, relationship.column);
+    }
+}
+
+void addLinkTables(const EntityDescription& entity, std::vector<Definition>& result) {
+    for (const auto& link : entity.relationships) {
+        if (!link.ownsLinks) continue;
+        result.push_back(
+            {link.linkTable,
+             "CREATE TABLE " + link.linkTable + " (" + link.linkSource + " INTEGER NOT NULL, "
+                 + link.linkDestination + " INTEGER NOT NULL, PRIMARY KEY (" + link.linkSource
+                 + ", " + link.linkDestination + ")) WITHOUT ROWID"});
+        const std::string name = "ref" + link.linkTable.substr(1);
+        result.push_back(
+            {name,
+             "CREATE INDEX " + name + " ON " + link.linkTable + "(" + link.linkDestination + ")"});
+    }
+}
+
+/// Everything the file holds, in the order in which it is made.
+std::vector<Definition> definitions() {
+    std::vector<Definition> result;
+    const Schema& model = Schema::library();
+    for (const auto& entity : model.entities())
+        result.push_back(entityTable(entity));
+    for (const auto& entity : model.entities())
+        addIndexes(entity, result);
+    for (const auto& entity : model.entities())
+        addLinkTables(entity, result);
+    result.push_back(
+        {"Z_METADATA",
+         "CREATE TABLE Z_METADATA (NAME TEXT PRIMARY KEY, VALUE TEXT) WITHOUT ROWID"});
+    result.push_back(
+        {"Z_HISTORY",
+         "CREATE TABLE Z_HISTORY (ID INTEGER PRIMARY KEY AUTOINCREMENT, TIMESTAMP REAL, AUTHOR TEXT)"});
+    result.push_back(
+        {"Z_HISTORY_CHANGE",
+         "CREATE TABLE Z_HISTORY_CHANGE (HISTORY INTEGER NOT NULL, ENTITY TEXT NOT NULL, PK INTEGER "
+         "NOT NULL, UUID BLOB, KIND INTEGER NOT NULL, CHANGED TEXT, PRIMARY KEY (HISTORY, ENTITY, "
+         "PK)) WITHOUT ROWID"});
+    result.push_back(
+        {"Z_HISTORY_MARK",
+         "CREATE TABLE Z_HISTORY_MARK (NAME TEXT PRIMARY KEY, ID INTEGER NOT NULL, TIMESTAMP REAL "
+         "NOT NULL) WITHOUT ROWID"});
+    result.push_back(
+        {"Z_DIGEST",
+         "CREATE TABLE Z_DIGEST (ENTITY TEXT NOT NULL, PK INTEGER NOT NULL, ATTRIBUTE TEXT NOT NULL, "
+         "SHA256 BLOB NOT NULL, PRIMARY KEY (ENTITY, PK, ATTRIBUTE)) WITHOUT ROWID"});
+    return result;
+}
+
+std::set<std::string, std::less<>> columnsOf(SQLiteDatabase& database, const std::string& table) {
+    std::set<std::string, std::less<>> names;
+    Statement info = database.prepare("SELECT name FROM pragma_table_info('" + table + "')");
+    while (info.step())
+        names.insert(info.text(0).value_or(""));
+    return names;
+}
+
+/// Name and text of all that is in the file.
+std::map<std::string, std::string, std::less<>> stored(SQLiteDatabase& database) {
+    std::map<std::string, std::string, std::less<>> result;
+    Statement rows = database.prepare("SELECT name, sql FROM sqlite_master WHERE sql IS NOT NULL");
+    while (rows.step())
+        result.emplace(rows.text(0).value_or(""), rows.text(1).value_or(""));
+    return result;
+}
+
+}  // namespace
+
+std::string fetchIndexName(const EntityDescription& entity, const AttributeDescription& attribute) {
+    return "idx_" + entity.name + "_" + attribute.name;
+}
+
+void create(SQLiteDatabase& database, Random& random) {
+    database.transaction([&] {
+        for (const Definition& definition : definitions())
+            database.execute(definition.statement + ";");
+        Statement identify =
+            database.prepare("INSERT INTO Z_METADATA (NAME, VALUE) VALUES ('libraryID', ?)");
+        identify.bindText(1, Uuid::random(random).text());
+        identify.step();
+        database.execute("PRAGMA application_id = " + std::to_string(applicationID) + ";");
+        database.execute("PRAGMA user_version = " + std::to_string(Schema::number) + ";");
+    });
+}
+
+std::vector<std::string> missingStatements(SQLiteDatabase& database) {
+    const auto present = stored(database);
+    std::vector<std::string> result;
+    // Columns first: an index may stand on one of them.
+    for (const auto& entity : Schema::library().entities()) {
+        const auto table = present.find(entity.table);
+        if (table == present.end() || table->second == entityTable(entity).statement) continue;
+        const auto names = columnsOf(database, entity.table);
+        if (!names.contains("Z_OPT")) {
+            result.push_back("ALTER TABLE " + entity.table + " ADD COLUMN Z_OPT INTEGER");
+        }
+        for (const Definition& column : columns(entity)) {
+            if (names.contains(column.name)) continue;
+            result.push_back("ALTER TABLE " + entity.table + " ADD COLUMN " + column.statement);
+        }
+    }
+    for (const Definition& definition : definitions()) {
+        if (!present.contains(definition.name)) result.push_back(definition.statement);
+    }
+    return result;
+}
+
+void migrate(SQLiteDatabase& database) {
+    if (missingStatements(database).empty()) return;
+    database.transaction([&] {
+        // Read again inside the transaction: another process may have been first.
+        for (const std::string& statement : missingStatements(database)) {
+            database.execute(statement + ";");
+        }
+        if (database.integer("PRAGMA user_version") < Schema::number) {
+            database.execute("PRAGMA user_version = " + std::to_string(Schema::number) + ";");
+        }
+    });
+}
+
+void repairIndexes(const std::filesystem::path& file, const Log& log) {
+    static constexpr std::array statements{
+        "CREATE INDEX IF NOT EXISTS idx_CDNote_trashedAt ON ZCDNOTE(ZTRASHEDAT);",
+        "CREATE INDEX IF NOT EXISTS idx_CDNote_updatedAt ON ZCDNOTE(ZUPDATEDAT);",
+        "CREATE INDEX IF NOT EXISTS idx_CDNote_createdAt ON ZCDNOTE(ZCREATEDAT);",
+        "CREATE INDEX IF NOT EXISTS idx_CDNote_isPinned ON ZCDNOTE(ZISPINNED);",
+    };
+    try {
+        SQLiteDatabase direct(
+            file,
+            {.file = "library",
+             .query = "Library query",
+             .access = SQLiteDatabase::Access::readWrite,
+             .journal = SQLiteDatabase::Journal::keep,
+             .busyTimeoutMilliseconds = 2000});
+        for (const char* statement : statements) {
+            try {
+                direct.execute(statement);
+            } catch (const SQLiteDatabase::Error& error) {
+                const std::string& message = error.message();
+                log.error(
+                    "index repair: " + std::string(statement)
+                    + " failed: " + (message.empty() ? "unknown error" : message));
+            }
+        }
+    } catch (const SQLiteDatabase::Error&) {
+        log.error("index repair: could not open store for a direct connection");
+    }
+}
+
+}  // namespace tesserine::schema

@@ -1,0 +1,217 @@
+#include "core/store/TesserineStore.h"
+
+#include "base/FailPoint.h"
+#include "base/Files.h"
+#include "core/store/ContextState.h"
+#include "core/store/History.h"
+#include "core/store/MergePolicy.h"
+#include "core/store/RemoteChanges.h"
+#include "core/store/StoreSchema.h"
+
+#include <algorithm>
+#include <mutex>
+#include <thread>
+
+namespace tesserine {
+
+std::filesystem::path StoreConfiguration::defaultDirectory(
+    const std::optional<std::string>& dataHome, const std::filesystem::path& home) {
+    // The desktop's rules: a relative value counts as none.
+    if (dataHome && std::filesystem::path(*dataHome).is_absolute()) {
+        return std::filesystem::path(*dataHome) / TesserineStore::containerName;
+    }
+    return home / ".local" / "share" / TesserineStore::containerName;
+}
+
+StoreConfiguration StoreConfiguration::forTests(
+    const std::filesystem::path& temporary, Random& random) {
+    const auto folder = temporary / ("TesserineTests-" + Uuid::random(random).text());
+    files::createPrivateFolder(folder);
+    return {.directory = folder};
+}
+
+/// What keeps the main context up to date with others.
+struct TesserineStore::Observing {
+    std::thread::id viewThread = std::this_thread::get_id();
+    Executor executor;
+
+    std::mutex mutex;  // guards what follows
+    std::int64_t lastNumber = 0;
+    Instant lastHistoryDate;
+    std::vector<std::vector<ObjectChange>> waiting;  // saved elsewhere, not yet merged
+
+    std::unique_ptr<SerialQueue> historyQueue;
+    std::unique_ptr<RemoteChangeObserver> remoteChangeObserver;
+};
+
+TesserineStore::TesserineStore(
+    StoreConfiguration configuration, const StoreEnvironment& environment)
+    : core_(std::make_shared<StoreCore>(std::move(configuration), environment)),
+      observing_(std::make_unique<Observing>()) {
+    const Log& log = core_->log();
+    if (core_->configuration().cloudKitContainerIdentifier) {
+        log.info("a mirroring container was named and is ignored on this platform");
+    }
+    if (!core_->configuration().inMemory) schema::repairIndexes(core_->file(), log);
+    viewContext_.reset(new StoreContext(
+        core_, std::make_unique<ConflictPreservingMergePolicy>(log.category("merge"))));
+    try {
+        observing_->lastNumber = history::lastNumber(viewContext_->reader());
+    } catch (const SQLiteDatabase::Error& error) {
+        throw StoreError::loadFailed(StoreCore::explain(error));
+    }
+    observing_->lastHistoryDate = environment.clock.now();
+    core_->subscribe([this](const auto& changes, const StoreContext* source) {
+        if (source == viewContext_.get()) return;
+        if (std::this_thread::get_id() == observing_->viewThread && !observing_->executor) {
+            viewContext_->merge(changes);
+            return;
+        }
+        const std::scoped_lock lock(observing_->mutex);
+        observing_->waiting.push_back(changes);
+        if (observing_->executor) observing_->executor([this] { mergeWaiting(); });
+    });
+}
+
+TesserineStore::~TesserineStore() {
+    observing_->remoteChangeObserver.reset();
+    observing_->historyQueue.reset();
+    core_->unsubscribe();
+    viewContext_.reset();
+}
+
+void TesserineStore::mergeWaiting() {
+    std::vector<std::vector<ObjectChange>> waiting;
+    {
+        const std::scoped_lock lock(observing_->mutex);
+        waiting.swap(observing_->waiting);
+    }
+    for (const auto& changes : waiting)
+        viewContext_->merge(changes);
+}
+
+StoreContext& TesserineStore::viewContext() { return *viewContext_; }
+
+std::unique_ptr<StoreContext> TesserineStore::newBackgroundContext() {
+    return std::unique_ptr<StoreContext>(new StoreContext(
+        core_, std::make_unique<ConflictPreservingMergePolicy>(core_->log().category("merge"))));
+}
+
+void TesserineStore::startObserving(Executor executor) {
+    observing_->executor = std::move(executor);
+    if (core_->configuration().inMemory) return;
+    observing_->historyQueue = std::make_unique<SerialQueue>("historyQueue");
+    const auto read = [this] {
+        if (collectRemoteChanges()) observing_->executor([this] { mergeWaiting(); });
+    };
+    observing_->remoteChangeObserver =
+        std::make_unique<RemoteChangeObserver>(*core_, *observing_->historyQueue, read);
+    observing_->historyQueue->async(read);  // what came between opening and now
+}
+
+void TesserineStore::processRemoteChanges() {
+    collectRemoteChanges();
+    mergeWaiting();
+}
+
+/// Reads the history after the last number merged; tells whether others committed anything. An
+/// empty or failed reading changes nothing.
+bool TesserineStore::collectRemoteChanges() {
+    std::vector<StoreTransaction> transactions;
+    try {
+        transactions = history(observing_->lastNumber);
+    } catch (const StoreError&) {
+        core_->log().error("the history could not be read");
+        return false;
+    }
+    const std::scoped_lock lock(observing_->mutex);
+    bool found = false;
+    for (StoreTransaction& transaction : transactions) {
+        if (transaction.number <= observing_->lastNumber) continue;
+        observing_->lastNumber = transaction.number;
+        observing_->lastHistoryDate = std::max(observing_->lastHistoryDate, transaction.timestamp);
+        if (transaction.author == core_->author()) continue;  // merged when it was saved
+        observing_->waiting.push_back(std::move(transaction.changes));
+        found = true;
+    }
+    return found;
+}
+
+std::vector<StoreTransaction> TesserineStore::history(
+    std::int64_t number, std::size_t limit) const {
+    return readingLibrary([&] {
+        const auto guard = core_->reading();
+        auto reader = core_->openReader();
+        auto transactions = history::after(*reader, number, limit);
+        core_->close(reader);
+        return transactions;
+    });
+}
+
+std::int64_t TesserineStore::lastTransactionNumber() const {
+    return readingLibrary([&] {
+        const auto guard = core_->reading();
+        return history::lastNumber(viewContext_->reader());
+    });
+}
+
+Instant TesserineStore::lastHistoryDate() const {
+    const std::scoped_lock lock(observing_->mutex);
+    return observing_->lastHistoryDate;
+}
+
+void TesserineStore::setHistoryMark(const std::string& name, std::int64_t number) {
+    try {
+        const StoreCore::Writing writing = core_->beginWriting();
+        writing.database().transaction(
+            [&] { history::setMark(writing.database(), name, number, core_->clock().now()); });
+    } catch (const SQLiteDatabase::Error& error) {
+        throw StoreError::saveFailed(StoreCore::explain(error));
+    }
+}
+
+std::optional<std::int64_t> TesserineStore::historyMark(const std::string& name) const {
+    return readingLibrary([&] {
+        const auto guard = core_->reading();
+        return history::mark(viewContext_->reader(), name);
+    });
+}
+
+std::size_t TesserineStore::tidyUp() {
+    try {
+        const StoreCore::Writing writing = core_->beginWriting();
+        SQLiteDatabase& database = writing.database();
+        const std::int64_t number = history::lastPrunable(database, core_->clock().now());
+        if (number > 0) database.transaction([&] { history::prune(database, number); });
+        database.execute("PRAGMA optimize;");
+        return core_->external().removeStrays(database);
+    } catch (const SQLiteDatabase::Error& error) {
+        throw StoreError::saveFailed(StoreCore::explain(error));
+    }
+}
+
+const StoreConfiguration& TesserineStore::configuration() const { return core_->configuration(); }
+
+std::filesystem::path TesserineStore::file() const { return core_->file(); }
+
+std::string TesserineStore::libraryID() const {
+    return readingLibrary([&] {
+        const auto guard = core_->reading();
+        return viewContext_->reader().text("SELECT VALUE FROM Z_METADATA WHERE NAME = 'libraryID'");
+    });
+}
+
+bool TesserineStore::wasCreated() const { return core_->wasCreated(); }
+
+bool TesserineStore::wasEndedUncleanly() const { return core_->wasEndedUncleanly(); }
+
+void TesserineStore::checkpoint() {
+    try {
+        const StoreCore::Writing writing = core_->beginWriting();
+        writing.database().checkpoint(SQLiteDatabase::Checkpoint::passive);
+    } catch (const SQLiteDatabase::Error& error) {
+        throw StoreError::saveFailed(StoreCore::explain(error));
+    }
+}
+
+}  // namespace tesserine
