@@ -41,6 +41,7 @@ public:
 
     /// These throw `FileError`.
     void set(std::string_view key, std::int64_t value);
+    void set(std::string_view key, int value) { set(key, std::int64_t{value}); }
     void set(std::string_view key, double value);
     void set(std::string_view key, bool value);
     void set(std::string_view key, std::string_view value);

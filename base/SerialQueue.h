@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Log.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -14,15 +16,18 @@ namespace tesserine {
 /// call code that expects to be put there. Safe from any thread.
 class SerialQueue {
 public:
+    /// Failures of queued tasks go to `log`, or to standard error.
     explicit SerialQueue(std::string name);
+    SerialQueue(std::string name, Log log);
     SerialQueue(const SerialQueue&) = delete;
     SerialQueue& operator=(const SerialQueue&) = delete;
-    /// Runs what is queued, then joins the thread.
+    /// Runs what is queued, even if suspended, then joins the thread. Not from the queue itself.
     ~SerialQueue();
 
     /// Queues `task`. An exception that leaves it is logged.
     void async(std::function<void()> task);
-    /// Runs `task` on the queue and waits; its exception is rethrown here.
+    /// Runs `task` on the queue and waits (as long as the queue is suspended, too); its exception
+    /// is rethrown here.
     void sync(const std::function<void()>& task);
     /// The same with a result.
     template <class Result>
