@@ -313,7 +313,10 @@ void linkOrCopy(const fs::path& source, const fs::path& target) {
         return;
     }
     if (errno == EEXIST || errno == ENOSPC || errno == ENOENT) fail(target, "written");
+    copyNew(source, target);
+}
 
+void copyNew(const fs::path& source, const fs::path& target) {
     constexpr std::size_t pieceSize = 1 << 20;
     {
         PendingFile pending(target);

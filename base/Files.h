@@ -54,6 +54,8 @@ void readInPieces(
 /// Copies a regular file to the new file `target` by hard link where possible, else by bytes,
 /// synced.
 void linkOrCopy(const std::filesystem::path& source, const std::filesystem::path& target);
+/// Copies the bytes of a regular file to the new file `target`, synced. Mode 0600.
+void copyNew(const std::filesystem::path& source, const std::filesystem::path& target);
 void syncFile(const std::filesystem::path& file);
 void syncFolder(const std::filesystem::path& folder);
 /// Removes the file if it is there.

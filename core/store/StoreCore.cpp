@@ -2,6 +2,7 @@
 
 #include "base/FailPoint.h"
 #include "base/Text.h"
+#include "core/store/LibraryBackup.h"
 #include "core/store/PredicateTree.h"
 #include "core/store/StoreContext.h"
 #include "core/store/StoreSchema.h"
@@ -66,9 +67,12 @@ StoreCore::StoreCore(StoreConfiguration configuration, const StoreEnvironment& e
         } else {
             openFile();
         }
+        isOpening_ = false;
     } catch (const SQLiteDatabase::Error& error) {
         throw StoreError::loadFailed(explain(error));
     } catch (const FileError& error) {
+        throw StoreError::loadFailed(error.what());
+    } catch (const BackupError& error) {
         throw StoreError::loadFailed(error.what());
     }
 }
@@ -99,6 +103,8 @@ void StoreCore::openFile() {
     writer_ = connect(file(), SQLiteDatabase::Access::readWrite);
     identity_ = identify();
     checkIntegrity(*writer_);
+    backUpBeforeMigration();
+    backUpBeforeMigration();
     schema::migrate(*writer_);
 }
 
@@ -131,6 +137,24 @@ void StoreCore::createFile() {
     std::filesystem::rename(making, file());
     files::syncFolder(configuration_.directory);
     FAIL_POINT("store.created");
+}
+
+void StoreCore::refuseUnreadable() const {
+    struct stat status {};
+    if (::lstat(file().c_str(), &status) != 0) throw FileError::fromErrno(file(), "read", errno);
+    if (!S_ISREG(status.st_mode)) {
+        throw StoreError::loadFailed("“" + file().string() + "” is not a regular file.");
+    }
+    if (status.st_uid != ::geteuid() && ::geteuid() != 0) {
+        throw StoreError::loadFailed("It belongs to another user.");
+    }
+    if (status.st_size == 0) {
+        throw StoreError::loadFailed(
+            "Its file is empty, so it is damaged. It was left as it is; restore a backup.");
+    }
+    const bool mayWrite = ::access(file().c_str(), R_OK | W_OK) == 0
+                          && ::access(configuration_.directory.c_str(), W_OK) == 0;
+    if (!mayWrite) throw StoreError::loadFailed("You are not allowed to write to it.");
 }
 
 /// Every process that has the library open holds a shared lock. Whoever gets it alone and finds a
@@ -179,6 +203,13 @@ std::unique_ptr<SQLiteDatabase> StoreCore::connect(
     return database;
 }
 
+void StoreCore::backUpBeforeMigration() {
+    if (wasCreated_ || schema::missingStatements(*writer_).empty()) return;
+    log_.info("the library's schema is older than this program; making a backup first");
+    const LibraryBackups backups(configuration_.directory, clock_, random_, log_);
+    backups.createFrom(*this, "migration", std::nullopt, {});
+}
+
 StoreCore::Writing StoreCore::beginWriting() {
     Writing writing;
     writing.thread_ = std::unique_lock(writerMutex_, std::defer_lock);
@@ -222,7 +253,7 @@ void StoreCore::discardWriter() noexcept {
 }
 
 void StoreCore::close(std::shared_ptr<SQLiteDatabase>& connection) noexcept {
-    if (configuration_.inMemory || !connection) {
+    if (configuration_.inMemory || isOpening_ || !connection) {
         connection.reset();
         return;
     }

@@ -89,6 +89,7 @@ private:
     void createFile();
     void refuseUnreadable() const;
     void noteUncleanEnd();
+    void backUpBeforeMigration();
     void checkIntegrity(SQLiteDatabase& database) const;
     std::unique_ptr<SQLiteDatabase> connect(
         const std::filesystem::path& file, SQLiteDatabase::Access access) const;
@@ -102,6 +103,7 @@ private:
     std::string author_;
     std::string vfs_;
     bool createIfMissing_;
+    bool isOpening_ = true;  ///< the opening itself holds the lock of the folder
     bool wasCreated_ = false;
     bool wasEndedUncleanly_ = false;
     ExternalValues external_;
