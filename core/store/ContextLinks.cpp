@@ -11,6 +11,12 @@ StoreContext::State::LinkSide StoreContext::State::sideOf(
     return {{described.destination, described.inverse}, false};
 }
 
+const PendingLinks& StoreContext::State::pendingLinks(const LinkID& id) const {
+    static const PendingLinks none;
+    const auto found = links.find(id);
+    return found == links.end() ? none : found->second;
+}
+
 /// Objects of a many-to-many relationship: the rows of the link table with the pending changes
 /// applied.
 std::vector<StoreObject*> StoreContext::State::linked(
@@ -18,7 +24,7 @@ std::vector<StoreObject*> StoreContext::State::linked(
     const RelationshipDescription& described = object.entity().relationships[relationship];
     std::vector<StoreObject*> result;
     const LinkSide side = sideOf(object, relationship);
-    const PendingLinks& changes = links[side.id];
+    const PendingLinks& changes = pendingLinks(side.id);
     if (!object.isInserted()) {
         const RowMapper& mapper = core->mapper(described.destination);
         Statement& row = reader().cached(
@@ -99,7 +105,7 @@ bool StoreContext::isRelated(
     if (!described.isManyToMany) return far.target(described.inverse) == &object;
     const auto guard = state_->core->reading();
     const State::LinkSide side = State::sideOf(object, relationship);
-    const PendingLinks& changes = state_->links[side.id];
+    const PendingLinks& changes = state_->pendingLinks(side.id);
     const auto pair = side.pair(object, far);
     if (changes.added.contains(pair)) return true;
     if (changes.removed.contains(pair)) return false;

@@ -90,6 +90,7 @@ struct StoreContext::State {
             return isOwner ? std::pair(&object, &other) : std::pair(&other, &object);
         }
     };
+    const PendingLinks& pendingLinks(const LinkID& id) const;
     static LinkSide sideOf(const StoreObject& object, std::size_t relationship);
     std::vector<StoreObject*> linked(StoreObject& object, std::size_t relationship);
     std::vector<StoreObject*> referring(StoreObject& object, std::size_t relationship);
