@@ -3,12 +3,12 @@
 #include "base/Clock.h"
 #include "base/Encoding.h"
 #include "core/model/NoteEntities.h"
+#include "core/services/AttachmentReferences.h"
 #include "core/services/MIMEType.h"
 #include "core/services/NoteService.h"
 #include "core/services/ServiceErrors.h"
 
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,13 +28,6 @@ struct AttachmentDraft {
     std::string sourceKind = "file";
     std::optional<Uuid> id{};  ///< none: a new one
 };
-
-/// The attachments that a body refers to, in the order of their first mention, each once.
-std::vector<Uuid> attachmentReferences(const std::string& html);
-/// The body with every reference to a key of `replacements` pointing to its value, in canonical
-/// form.
-std::string withReplacedReferences(
-    const std::string& html, const std::map<Uuid, Uuid>& replacements);
 
 /// Puts files into notes and takes them out.
 ///
@@ -86,8 +79,7 @@ public:
 
     /// Revisions of its note whose body refers to the attachment, newest first: what a person is
     /// told before deleting it.
-    std::vector<CDNoteRevision*> referringRevisions(
-        StoreContext& context, const CDAttachment& attachment) const;
+    std::vector<CDNoteRevision*> referringRevisions(const CDAttachment& attachment) const;
     /// Deletes the attachment. Its element, if any, leaves the note's body first, as an update.
     void deleteAttachment(StoreContext& context, CDAttachment& attachment) const;
 

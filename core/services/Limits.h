@@ -10,5 +10,6 @@ inline constexpr std::size_t bodyBytes = 10'000'000;  ///< of a canonical body
 inline constexpr std::size_t titleCharacters = 10'000;
 inline constexpr std::uint64_t attachmentBytes = 100'000'000;
 inline constexpr std::size_t attachmentsPerNote = 1'000;
+inline constexpr std::int64_t retentionDays = 36'499;  ///< of the trash
 
 }  // namespace tesserine::limits

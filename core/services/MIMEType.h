@@ -7,7 +7,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// What kind of file some bytes are, by what is declared, by their content and by their name.
 namespace tesserine::mime {
@@ -17,13 +16,13 @@ inline constexpr std::string_view unknownType = "application/octet-stream";
 
 /// The platform's registry of file types (the shared MIME-info database).
 ///
-/// Reads the database's plain lists once. Immutable afterwards; safe from any thread.
+/// Immutable after reading; safe from any thread.
 class TypeRegistry {
 public:
     /// A registry that knows nothing.
     TypeRegistry() = default;
-    /// Reads "globs2", "aliases" and, for preferred extensions, the type's own description in
-    /// `folder`, such as /usr/share/mime. What cannot be read is left out.
+    /// Reads "globs2" and "aliases" in `folder`, such as /usr/share/mime. What cannot be read is
+    /// left out.
     static TypeRegistry read(const std::filesystem::path& folder);
     /// The first database below the folders of `dataDirectories` (as in `XDG_DATA_DIRS`, separated
     /// by ":"; empty: /usr/local/share:/usr/share).
@@ -31,7 +30,8 @@ public:
 
     /// The preferred type of files with this extension (without dot, lower case).
     std::optional<std::string> typeOfExtension(const std::string& extension) const;
-    /// The preferred extension of files of this type.
+    /// The preferred extension of files of this type: the first that the type's own description in
+    /// the database's folder names.
     std::optional<std::string> extensionOfType(const std::string& type) const;
 
 private:
@@ -39,13 +39,14 @@ private:
         int weight = 0;
         std::string type;
     };
-    void readGlobs(const std::filesystem::path& file);
-    void readAliases(const std::filesystem::path& file);
+    void readGlobs(const std::string& list);
+    void readAliases(const std::string& list);
+    std::optional<std::string> describedExtension(const std::string& type) const;
 
     // Fixed after reading.
     std::filesystem::path folder_;
     std::map<std::string, Claim, std::less<>> typeOfExtension_;
-    std::map<std::string, std::vector<std::string>, std::less<>> extensionsOfType_;
+    std::map<std::string, std::string, std::less<>> extensionOfType_;
     std::map<std::string, std::string, std::less<>> aliases_;
 };
 

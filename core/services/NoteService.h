@@ -89,8 +89,8 @@ public:
 
     // Everyday changes
 
+    /// None takes it out of its notebook. These three stamp nothing when nothing changes.
     void moveToNotebook(CDNote& note, CDNotebook* notebook) const;
-    /// Adding a tag twice, or removing one that is not there, changes nothing, no stamp either.
     void addTag(CDNote& note, CDTag& tag) const;
     void removeTag(CDNote& note, CDTag& tag) const;
     /// Pinned and favourite are one: `favoritedAt` is when the note was pinned.
@@ -113,9 +113,11 @@ public:
     void restoreFromTrash(CDNote& note) const;
     /// These delete for good, with attachments and revisions, and tell how many notes went.
     std::size_t emptyTrash(StoreContext& context) const;
-    /// Notes that went to the trash more than `days` days ago. Days that are not between 1 and
-    /// 36,499 delete nothing.
-    std::size_t purgeTrash(StoreContext& context, std::int64_t days) const;
+    /// Notes that went to the trash more than `days` days ago; the oldest `limit` of them, 0 for
+    /// all. Days that are not between 1 and 36,499 delete nothing.
+    std::size_t purgeTrash(StoreContext& context, std::int64_t days, std::size_t limit = 0) const;
+    /// How many notes `purgeTrash` would delete.
+    std::size_t expiredCount(StoreContext& context, std::int64_t days) const;
     void deleteNote(StoreContext& context, CDNote& note) const;
 
     // Templates
@@ -141,7 +143,7 @@ public:
     /// counts as old). Tells whether a revision was taken.
     bool takeRevision(StoreContext& context, CDNote& note, NoteRevisionReason reason) const;
     /// Newest first; revisions of one instant in the reverse order of their making.
-    std::vector<CDNoteRevision*> revisions(StoreContext& context, CDNote& note) const;
+    std::vector<CDNoteRevision*> revisions(const CDNote& note) const;
     /// Takes a `preEdit` revision of the present state (under its rule), then copies title and body
     /// of `revision`, which must be one of the note's. `hasConflict` then tells whether another
     /// `conflict` revision waits.
@@ -153,7 +155,7 @@ public:
     /// `autosave`.
     void useConflictVersion(StoreContext& context, CDNote& note, CDNoteRevision& revision) const;
     /// Ends a conflict with the present version: relabels every `conflict` revision `autosave`.
-    void keepPresentVersion(StoreContext& context, CDNote& note) const;
+    void keepPresentVersion(CDNote& note) const;
 
     // Finding
 
@@ -170,13 +172,16 @@ public:
     std::vector<CDNote*> upcomingReminders(
         StoreContext& context, Instant from, std::size_t limit) const;
     /// Notes whose body holds this note's address.
-    std::vector<CDNote*> backlinks(StoreContext& context, CDNote& note) const;
+    std::vector<CDNote*> backlinks(StoreContext& context, const CDNote& note) const;
     /// The address of a note inside bodies: "tesserine://note/" and the identifier.
     static std::string noteURL(const Uuid& id);
 
 private:
+    struct RevisionContent;
+
     void keepConflict(StoreContext& context, CDNote& note) const;
-    void pruneRevisions(StoreContext& context, CDNote& note) const;
+    void putBack(CDNote& note, const CDNoteRevision& revision, RevisionContent content) const;
+    void pruneRevisions(StoreContext& context, CDNote& note, const CDNoteRevision& taken) const;
     void touch(CDNote& note) const { note.updatedAt = clock_.now(); }
 
     const Clock& clock_;

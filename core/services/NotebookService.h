@@ -50,7 +50,8 @@ public:
     bool move(CDNotebook& notebook, CDNotebook* parent) const;
     /// Whether another notebook of the same name stands below `parent`, so that a person is warned
     /// before a move.
-    bool wouldMakeTwins(StoreContext& context, CDNotebook& notebook, CDNotebook* parent) const;
+    bool wouldMakeTwins(
+        StoreContext& context, const CDNotebook& notebook, CDNotebook* parent) const;
     /// An empty name changes nothing. Throws `NotebookError::duplicateName`.
     void rename(StoreContext& context, CDNotebook& notebook, std::string_view name) const;
     /// None takes the colour away. Throws `NotebookError::badColor`.
@@ -60,7 +61,7 @@ public:
     void remove(StoreContext& context, CDNotebook& notebook) const;
 
     /// The template that new notes here start from; none takes it away.
-    void setNoteTemplate(CDNotebook& notebook, CDNote* noteTemplate) const;
+    void setNoteTemplate(CDNotebook& notebook, const CDNote* noteTemplate) const;
     /// That template, unless it is gone, in the trash or no template any more.
     CDNote* noteTemplate(StoreContext& context, const CDNotebook& notebook) const;
 
