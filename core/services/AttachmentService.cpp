@@ -3,11 +3,14 @@
 #include "base/Digest.h"
 #include "base/Files.h"
 #include "base/Text.h"
+#include "core/body/HTMLNode.h"
+#include "core/body/HTMLSerializer.h"
 #include "core/services/ImageSize.h"
 #include "core/services/Limits.h"
 #include "core/store/StoreContext.h"
 
 #include <algorithm>
+#include <array>
 
 namespace tesserine {
 namespace {
@@ -55,14 +58,11 @@ bool isPicture(std::string_view type) {
     return type.starts_with("image/") && type != "image/svg+xml";
 }
 
-std::string sizeAttributes(const CDAttachment& attachment) {
+/// A length in pixels as bodies write it; none when it is unknown or beyond what they take.
+std::optional<std::string> shownLength(double length) {
     constexpr double largest = 10'000;
-    const double width = attachment.width.valueOr(0);
-    const double height = attachment.height.valueOr(0);
-    const auto isShown = [](double length) { return length >= 1 && length <= largest; };
-    if (!isShown(width) || !isShown(height)) return {};
-    return " width=\"" + std::to_string(static_cast<int>(width)) + "\" height=\""
-           + std::to_string(static_cast<int>(height)) + "\"";
+    if (!(length >= 1 && length <= largest)) return std::nullopt;
+    return std::to_string(static_cast<int>(length));
 }
 
 }  // namespace
@@ -124,12 +124,26 @@ CDAttachment& AttachmentService::insertFile(
 std::string AttachmentService::bodyElement(const CDAttachment& attachment) {
     const std::string id = attachment.id.valueOr(Uuid{}).text();
     const std::string type = attachment.mimeType.valueOr("");
-    if (isPicture(type)) {
-        return "<img src=\"" + std::string(attachmentScheme) + id + "\""
-               + sizeAttributes(attachment) + ">";
+    HTMLDocument body;
+    if (!isPicture(type)) {
+        const std::string kind = kindOf(attachment, type);
+        const std::array<HTMLAttribute, 2> attributes{
+            {{"data-ts-attachment", id}, {"data-ts-kind", kind}}};
+        body.appendText(
+            body.appendElement(body.root(), "div", attributes),
+            attachment.filename.valueOr("Attachment"));
+        return html::serialized(body.root());
     }
-    return "<div data-ts-attachment=\"" + id + "\" data-ts-kind=\"" + kindOf(attachment, type)
-           + "\">" + html::escapedText(attachment.filename.valueOr("Attachment")) + "</div>";
+    const std::string address = std::string(attachmentScheme) + id;
+    const auto width = shownLength(attachment.width.valueOr(0));
+    const auto height = shownLength(attachment.height.valueOr(0));
+    std::vector<HTMLAttribute> attributes{{"src", address}};
+    if (width && height) {
+        attributes.push_back({"width", *width});
+        attributes.push_back({"height", *height});
+    }
+    body.appendElement(body.root(), "img", attributes);
+    return html::serialized(body.root());
 }
 
 void AttachmentService::appendToBody(

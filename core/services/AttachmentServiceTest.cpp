@@ -80,7 +80,6 @@ TEST_F(AttachmentServiceTest, NamesKeepAnExtensionThatIsRight) {
              Case{"v0.5 draft", "application/pdf", "v0.5 draft.pdf"},
              Case{"data.xyz", "application/octet-stream", "data.xyz"},
              Case{"a/b\\c.txt", "text/plain", "c.txt"},
-             Case{"..", "text/plain", "Untitled.txt"},
              Case{"", "image/png", "Image.png"},
              Case{"  ", "application/pdf", "Attachment.pdf"},
              Case{"", "application/octet-stream", "Attachment.bin"},

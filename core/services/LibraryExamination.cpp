@@ -24,6 +24,7 @@ LibraryReport LibraryExamination::run() {
     const auto guard = store_.core().reading();
     std::size_t step = 0;
     const auto goesOn = [&] {
+        if (isStopped()) return false;
         progress(steps.at(step), step, steps.size());
         ++step;
         return !isStopped();
@@ -49,9 +50,11 @@ LibraryReport LibraryExamination::run() {
 
 /// SQLite's own examination. What it finds is reported and left alone.
 bool LibraryExamination::isFileSound() {
+    SQLiteDatabase& database = context_->reader();
+    const std::stop_callback interrupt(options_.stop, [&] { database.interrupt(); });
     try {
-        Statement findings = context_->reader().prepare(
-            "PRAGMA integrity_check(" + std::to_string(shownDamages) + ")");
+        Statement findings =
+            database.prepare("PRAGMA integrity_check(" + std::to_string(shownDamages) + ")");
         while (findings.step()) {
             const std::string finding = findings.text(0).value_or("");
             if (finding == "ok") continue;
@@ -59,6 +62,7 @@ bool LibraryExamination::isFileSound() {
                 "The library's file is damaged (" + finding + "); restore a backup");
         }
     } catch (const SQLiteDatabase::Error& error) {
+        if (isStopped()) return false;
         if (!error.isDamage()) throw;
         add(LibraryProblem::Kind::damagedFile, "The library's file is damaged; restore a backup");
     }

@@ -17,8 +17,7 @@ std::optional<std::int64_t> TrashRetention::days(const Preferences& preferences)
 TrashRetention::Result TrashRetention::run(
     StoreContext& context, const EnsureBackup& ensureBackup, std::stop_token stop) const {
     const Instant now = clock_.now();
-    const bool isBelieved = isClockBelievable(now);
-    preferences_.set(lastRunKey, now.milliseconds());
+    const bool isBelieved = noteRun(now);
     const auto wanted = days(preferences_);
     if (!wanted) return {};
     if (!isBelieved) return {.outcome = Outcome::clockNotBelieved};
@@ -44,11 +43,13 @@ TrashRetention::Result TrashRetention::run(
     return result;
 }
 
-bool TrashRetention::isClockBelievable(Instant now) const {
+bool TrashRetention::noteRun(Instant now) const {
     const auto stored = preferences_.integer(lastRunKey);
-    if (!stored) return false;
-    const Instant last = Instant::fromMilliseconds(*stored);
-    return now >= last && now - last <= longestBelievedGap;
+    const Instant last = Instant::fromMilliseconds(stored.value_or(0));
+    const bool isBelieved = stored && now >= last && now - last <= longestBelievedGap;
+    const bool isFresh = isBelieved && now - last < shortestGap;
+    if (!isFresh) preferences_.set(lastRunKey, now.milliseconds());
+    return isBelieved;
 }
 
 }  // namespace tesserine

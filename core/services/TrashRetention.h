@@ -25,6 +25,8 @@ public:
     static constexpr std::string_view lastRunKey = "tesserine.trashRetentionLastRun";
     /// Longest time between two starts for which the clock is believed.
     static constexpr std::chrono::hours longestBelievedGap{60 * 24};
+    /// Runs that follow each other faster need not each note their time.
+    static constexpr std::chrono::hours shortestGap{1};
     static constexpr std::size_t batchSize = 100;
 
     /// `clock` and `preferences` outlive it.
@@ -54,7 +56,8 @@ public:
         StoreContext& context, const EnsureBackup& ensureBackup, std::stop_token stop = {}) const;
 
 private:
-    bool isClockBelievable(Instant now) const;
+    /// Notes the time of this run and tells whether the clock is believed.
+    bool noteRun(Instant now) const;
 
     const Clock& clock_;
     Preferences& preferences_;
