@@ -1,0 +1,101 @@
+#include "cli/Help.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace tesserine::cli {
+
+namespace {
+
+struct Entry {
+    std::string name;
+    std::string text;
+};
+
+/// Lines "  name  text", the texts under each other.
+std::string listed(const std::vector<Entry>& entries) {
+    std::size_t width = 0;
+    for (const Entry& entry : entries)
+        width = std::max(width, entry.name.size());
+    std::string result;
+    for (const Entry& entry : entries) {
+        result += "  " + entry.name + std::string(width - entry.name.size() + 2, ' ') + entry.text;
+        result += '\n';
+    }
+    return result;
+}
+
+std::string optionText(const Option& option) {
+    std::string text(option.summary);
+    if (option.isRepeatable) text += " (may be repeated)";
+    return text;
+}
+
+std::string optionList(const std::vector<Option>& options) {
+    std::vector<Entry> entries;
+    for (const Option& option : options)
+        entries.push_back({signature(option), optionText(option)});
+    return listed(entries);
+}
+
+std::string commandList(const std::vector<const Command*>& shown) {
+    std::vector<Entry> entries;
+    for (const Command* command : shown)
+        entries.push_back({std::string(command->path), std::string(command->summary)});
+    return listed(entries);
+}
+
+std::string word(const Argument& argument) {
+    std::string text(argument.name);
+    if (argument.isRepeatable) text += "…";
+    return argument.isOptional ? "[" + text + "]" : text;
+}
+
+}  // namespace
+
+std::string synopsis(const Command& command) {
+    std::string text = "tesserine " + std::string(command.path);
+    if (!command.options.empty()) text += " [options]";
+    for (const Argument& argument : command.arguments)
+        text += " " + word(argument);
+    return text;
+}
+
+std::string signature(const Option& option) {
+    std::string text = "--" + std::string(option.name);
+    if (!option.value.empty()) text += " " + std::string(option.value);
+    return text;
+}
+
+std::string overallHelp() {
+    std::string text = "Notes and tasks in a library of your own.\n\n"
+                       "Usage: tesserine [options] COMMAND …\n\nCommands:\n";
+    std::vector<const Command*> all;
+    for (const Command& command : commands())
+        all.push_back(&command);
+    text += commandList(all);
+    text += "\nOptions of every command:\n" + optionList(globalOptions());
+    text += "\n“tesserine COMMAND --help” tells more about a command and shows an example.\n";
+    return text;
+}
+
+std::string groupHelp(std::string_view group) {
+    std::vector<const Command*> shown = commandsOf(group);
+    if (const Command* itself = findCommand(group)) shown.insert(shown.begin(), itself);
+    return "Usage: tesserine " + std::string(group) + " …\n\nCommands:\n" + commandList(shown)
+           + "\n“tesserine " + std::string(shown.back()->path)
+           + " --help” and so on tell more.\n\nExample:\n  " + std::string(shown.front()->example)
+           + "\n";
+}
+
+std::string commandHelp(const Command& command) {
+    std::string text = "Usage: " + synopsis(command) + "\n\n";
+    text += std::string(command.summary) + ".\n";
+    if (!command.details.empty()) text += "\n" + std::string(command.details) + "\n";
+    if (!command.options.empty()) text += "\nOptions:\n" + optionList(command.options);
+    text += "\nOptions of every command:\n" + optionList(globalOptions());
+    text += "\nExample:\n  " + std::string(command.example) + "\n";
+    return text;
+}
+
+}  // namespace tesserine::cli

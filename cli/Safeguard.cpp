@@ -1,0 +1,58 @@
+#include "cli/Safeguard.h"
+
+#include "cli/Session.h"
+#include "core/services/TrashRetention.h"
+
+namespace tesserine::cli {
+
+namespace {
+
+void makeDailyBackup(Session& session) {
+    try {
+        backupsOf(session).createDaily(session.store());
+    } catch (const UserError& error) {
+        session.log().warning(std::string("daily backup: ") + error.what());
+    }
+}
+
+bool hasBackupForPurge(Session& session) {
+    try {
+        backUpBefore(session, "purge");
+        return true;
+    } catch (const UserError& error) {
+        session.log().warning(std::string("backup before the purge: ") + error.what());
+        return false;
+    }
+}
+
+void purgeExpired(Session& session) {
+    try {
+        const TrashRetention retention(session.clock(), session.preferences());
+        const auto context = session.store().newBackgroundContext();
+        retention.run(
+            *context, [&] { return hasBackupForPurge(session); }, session.stop());
+    } catch (const UserError& error) {
+        session.log().warning(std::string("purge of the trash: ") + error.what());
+    }
+}
+
+}  // namespace
+
+LibraryBackups backupsOf(Session& session) {
+    return LibraryBackups(
+        session.libraryFolder(), session.clock(), session.environment().random, session.log());
+}
+
+void backUpBefore(Session& session, const std::string& reason) {
+    const LibraryBackups backups = backupsOf(session);
+    backups.create(session.store(), reason, std::nullopt, session.stop());
+    backups.prune();
+}
+
+void doStartWork(Session& session) {
+    if (session.store().wasCreated()) return;
+    makeDailyBackup(session);
+    if (TrashRetention::days(session.preferences())) purgeExpired(session);
+}
+
+}  // namespace tesserine::cli

@@ -1,0 +1,47 @@
+#include "cli/Settings.h"
+
+#include "core/services/TrashRetention.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tesserine::cli {
+
+namespace {
+
+constexpr std::string_view prefix = "tesserine.";
+constexpr std::string_view firstWeekdayKey = "tesserine.firstWeekday";
+
+constexpr std::array<Setting, 2> table{{
+    {.key = TrashRetention::daysKey,
+     .type = Setting::Type::integer,
+     .least = 0,
+     .most = 36'499,
+     .fallback = "0",
+     .summary = "Days after which notes in the trash are deleted at the next start; 0 keeps them"},
+    {.key = firstWeekdayKey,
+     .type = Setting::Type::integer,
+     .least = 1,
+     .most = 7,
+     .fallback = "that of the language",
+     .summary = "The first day of the week, from 1 (Sunday) to 7 (Saturday)"},
+}};
+
+}  // namespace
+
+std::span<const Setting> settings() { return table; }
+
+const Setting* findSetting(std::string_view key) {
+    const auto found = std::ranges::find_if(table, [&](const Setting& setting) {
+        return setting.key == key || setting.key.substr(prefix.size()) == key;
+    });
+    return found == table.end() ? nullptr : &*found;
+}
+
+std::optional<std::int64_t> firstWeekdaySetting(const Preferences& preferences) {
+    const auto day = preferences.integer(firstWeekdayKey);
+    if (!day || *day < 1 || *day > 7) return std::nullopt;
+    return day;
+}
+
+}  // namespace tesserine::cli

@@ -1,0 +1,50 @@
+#include "base/Calendar.h"
+#include "base/Clock.h"
+#include "base/Random.h"
+#include "cli/DescriptorStream.h"
+#include "cli/Environment.h"
+#include "cli/Interruption.h"
+#include "cli/Process.h"
+#include "cli/Program.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+#include <istream>
+#include <ostream>
+#include <string>
+#include <vector>
+
+int main(int count, char** words) {
+    using namespace tesserine;
+
+    cli::prepareProcess();
+    const cli::Interruption interruption;
+    cli::DescriptorInput inputBuffer(STDIN_FILENO, interruption.wakeDescriptor());
+    cli::DescriptorOutput outputBuffer(STDOUT_FILENO);
+    std::istream input(&inputBuffer);
+    std::ostream output(&outputBuffer);
+    output.exceptions(std::ios::badbit);
+
+    const SystemClock clock;
+    SecureRandom random;
+    cli::Environment environment{
+        .input = input,
+        .output = output,
+        .error = std::cerr,
+        .clock = clock,
+        .random = random,
+        .variables = cli::environmentVariables(),
+        .home = cli::homeFolder(),
+        .inputIsTerminal = ::isatty(STDIN_FILENO) == 1,
+        .outputIsTerminal = ::isatty(STDOUT_FILENO) == 1,
+        .errorIsTerminal = ::isatty(STDERR_FILENO) == 1,
+        .terminalColumns = cli::terminalColumns(STDOUT_FILENO),
+        .stop = interruption.token(),
+        .runProgram = cli::runProgram,
+        .openWindow = [] { cli::becomeProgramBeside("tesserine-desktop"); },
+        .systemZone = Calendar::systemZone()};
+    const std::vector<std::string> line(words + std::min(count, 1), words + count);
+    return static_cast<int>(cli::runCommand(line, environment));
+}
