@@ -1,7 +1,7 @@
 #include "core/store/ContextState.h"
 
 #include <algorithm>
-#include <cassert>
+#include <stdexcept>
 
 namespace tesserine {
 namespace {
@@ -14,12 +14,19 @@ std::weak_ordering orderOf(const Value& a, const Value& b) {
     return std::weak_ordering::equivalent;
 }
 
+/// A name the entity does not have is a mistake of ours, like one in a predicate.
+std::size_t sortAttribute(const EntityDescription& entity, const SortDescriptor& descriptor) {
+    if (const auto attribute = entity.attributeNamed(descriptor.attribute)) return *attribute;
+    throw std::logic_error("bad sort descriptor: unknown name " + descriptor.attribute);
+}
+
 }  // namespace
 
 const PredicateTree& StoreContext::State::tree(EntityKind kind, const std::string& format) {
-    const auto [entry, isNew] = predicates.try_emplace({kind, format});
-    if (isNew) entry->second = PredicateTree::parse(format, kind);
-    return entry->second;
+    const std::pair key(kind, format);
+    const auto found = predicates.find(key);
+    if (found != predicates.end()) return found->second;
+    return predicates.emplace(key, PredicateTree::parse(format, kind)).first->second;
 }
 
 bool StoreContext::State::hasDirty(EntityKind kind) const {
@@ -42,14 +49,14 @@ bool StoreContext::State::dependsOnPending(const PredicateTree& tree) const {
               }));
 }
 
-/// Whether a fetch index gives the order, so that no other index should be chosen for the
-/// condition.
-bool StoreContext::State::orderLeads(
-    EntityKind kind, const std::vector<SortDescriptor>& sort) const {
-    if (sort.empty()) return false;
+/// The column whose fetch index gives the order, so that no other index should be chosen for the
+/// condition; empty when there is none.
+std::string StoreContext::State::leadingColumn(
+    EntityKind kind, const std::vector<SortDescriptor>& sort) {
+    if (sort.empty()) return {};
     const EntityDescription& entity = Schema::library()[kind];
-    const auto attribute = entity.attributeNamed(sort.front().attribute);
-    return attribute && entity.attributes[*attribute].isIndexed;
+    const auto& attribute = entity.attributes[sortAttribute(entity, sort.front())];
+    return attribute.isIndexed ? attribute.column : std::string();
 }
 
 std::string StoreContext::State::orderClause(
@@ -57,15 +64,13 @@ std::string StoreContext::State::orderClause(
     const EntityDescription& entity = Schema::library()[kind];
     std::string clause;
     for (const SortDescriptor& descriptor : sort) {
-        const auto attribute = entity.attributeNamed(descriptor.attribute);
-        assert(attribute && "the entity has the attribute it is sorted by");
         clause += clause.empty() ? " ORDER BY " : ", ";
-        clause += entity.attributes[*attribute].column;
+        clause += entity.attributes[sortAttribute(entity, descriptor)].column;
         if (descriptor.order == SortDescriptor::Order::descending) clause += " DESC";
     }
     if (clause.empty()) return " ORDER BY Z_PK";
     if (entity.identity) clause += ", " + entity.attributes[*entity.identity].column;
-    return clause;
+    return clause + ", Z_PK";
 }
 
 void StoreContext::State::sortObjects(
@@ -79,7 +84,7 @@ void StoreContext::State::sortObjects(
     };
     std::ranges::stable_sort(objects, [&](StoreObject* a, StoreObject* b) {
         for (const SortDescriptor& descriptor : sort) {
-            const std::size_t attribute = *entity.attributeNamed(descriptor.attribute);
+            const std::size_t attribute = sortAttribute(entity, descriptor);
             const auto order = orderOf(a->value(attribute), b->value(attribute));
             if (order == 0) continue;
             return (order < 0) == (descriptor.order == SortDescriptor::Order::ascending);
@@ -124,7 +129,7 @@ std::vector<StoreObject*> StoreContext::fetchObjects(EntityKind kind, const Fetc
         const PredicateTree& tree = state.tree(kind, request.predicate.format());
         const auto& arguments = request.predicate.arguments();
         const auto condition =
-            PredicateSQL::compile(tree, arguments, state.orderLeads(kind, request.sort));
+            PredicateSQL::compile(tree, arguments, State::leadingColumn(kind, request.sort));
         if (!state.hasDirty(kind) && !state.dependsOnPending(tree)) {
             return state.rowsWhere(kind, condition, request.sort, request.limit, request.offset);
         }
@@ -161,7 +166,7 @@ std::size_t StoreContext::countObjects(EntityKind kind, const Predicate& predica
         return fetchObjects(kind, {.predicate = predicate}).size();
     }
     return readingLibrary([&] {
-        const auto condition = PredicateSQL::compile(tree, predicate.arguments(), false);
+        const auto condition = PredicateSQL::compile(tree, predicate.arguments(), {});
         Statement& row = state_->reader().cached(
             "SELECT count(*) FROM " + Schema::library()[kind].table + " WHERE "
             + condition.condition);

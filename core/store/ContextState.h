@@ -76,7 +76,7 @@ struct StoreContext::State {
         std::size_t limit,
         std::size_t offset);
     std::string orderClause(EntityKind kind, const std::vector<SortDescriptor>& sort) const;
-    bool orderLeads(EntityKind kind, const std::vector<SortDescriptor>& sort) const;
+    static std::string leadingColumn(EntityKind kind, const std::vector<SortDescriptor>& sort);
     void sortObjects(
         EntityKind kind,
         const std::vector<SortDescriptor>& sort,

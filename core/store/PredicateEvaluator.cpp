@@ -11,10 +11,11 @@ using Operator = PredicateTree::Operator;
 using Ending = PredicateTree::Ending;
 
 /// A value in the form in which SQLite compares it: numbers with numbers, texts and blobs by bytes.
-std::optional<double> asNumber(const Value& value) {
+/// `long double` holds every 64-bit integer and every double exactly.
+std::optional<long double> asNumber(const Value& value) {
     if (const auto* flag = std::get_if<bool>(&value)) return *flag ? 1 : 0;
     if (const auto* small = std::get_if<std::int16_t>(&value)) return *small;
-    if (const auto* number = std::get_if<std::int64_t>(&value)) return static_cast<double>(*number);
+    if (const auto* number = std::get_if<std::int64_t>(&value)) return *number;
     if (const auto* real = std::get_if<double>(&value)) return *real;
     if (const auto* when = std::get_if<Instant>(&value)) return when->referenceSeconds();
     return std::nullopt;
@@ -55,7 +56,10 @@ bool compareValues(const Value& held, Operator operation, const PredicateArgumen
         return (isTrue == *wanted) == (operation == Operator::equal);
     }
     const Value value = asValue(argument);
-    if (isNull(value)) return isNull(held) == (operation == Operator::equal);
+    if (isNull(value)) {
+        const bool isEquality = operation == Operator::equal || operation == Operator::equalFolded;
+        return isNull(held) == isEquality;
+    }
     if (isNull(held)) return operation == Operator::notEqual;
     const auto* heldText = std::get_if<std::string>(&held);
     const auto* text = std::get_if<std::string>(&value);

@@ -24,8 +24,8 @@ const char* sqlOperator(Operator operation) {
 /// Writes conditions and collects their values in the order in which they stand.
 class Writer {
 public:
-    Writer(const std::vector<PredicateArgument>& arguments, bool orderLeads)
-        : arguments_(arguments), orderLeads_(orderLeads) {}
+    Writer(const std::vector<PredicateArgument>& arguments, const std::string& leadingColumn)
+        : arguments_(arguments), leadingColumn_(leadingColumn) {}
 
     std::string write(const PredicateTree& tree) {
         switch (tree.kind) {
@@ -97,7 +97,7 @@ private:
         const AttributeDescription& attribute,
         const PredicateArgument& value,
         bool isNil) {
-        if (isNil) return isNull(lead(attribute), tree.operation);
+        if (isNil) return isNull(lead(attribute, tree.operation), tree.operation);
         if (const bool* boolean = std::get_if<bool>(&value)) {
             const bool wanted = *boolean == (tree.operation == Operator::equal);
             return "IFNULL(" + attribute.column + ", 0) = " + (wanted ? "1" : "0");
@@ -113,24 +113,30 @@ private:
     }
 
     static std::string isNull(const std::string& column, Operator operation) {
-        return column + (operation == Operator::equal ? " IS NULL" : " IS NOT NULL");
+        const bool isEquality = operation == Operator::equal || operation == Operator::equalFolded;
+        return column + (isEquality ? " IS NULL" : " IS NOT NULL");
     }
 
-    /// "+ZTRASHEDAT" keeps SQLite from starting a sorted list at the index of the trash.
-    std::string lead(const AttributeDescription& attribute) const {
-        return orderLeads_ && attribute.isIndexed ? "+" + attribute.column : attribute.column;
+    /// "+ZTRASHEDAT" keeps SQLite from starting at the index of the trash. Most rows hold nil, so
+    /// asking for it is never where to begin; asking for a value is, unless the order decides.
+    std::string lead(const AttributeDescription& attribute, Operator operation) const {
+        if (!attribute.isIndexed || attribute.column == leadingColumn_) return attribute.column;
+        const bool asksForNil = operation == Operator::equal;
+        return asksForNil || !leadingColumn_.empty() ? "+" + attribute.column : attribute.column;
     }
 
     const std::vector<PredicateArgument>& arguments_;
-    bool orderLeads_;
+    const std::string& leadingColumn_;
     std::vector<PredicateArgument> values_;
 };
 
 }  // namespace
 
 PredicateSQL PredicateSQL::compile(
-    const PredicateTree& tree, const std::vector<PredicateArgument>& arguments, bool orderLeads) {
-    Writer writer(arguments, orderLeads);
+    const PredicateTree& tree,
+    const std::vector<PredicateArgument>& arguments,
+    const std::string& leadingColumn) {
+    Writer writer(arguments, leadingColumn);
     PredicateSQL result;
     result.condition = writer.write(tree);
     result.values = writer.takeValues();

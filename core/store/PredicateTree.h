@@ -57,13 +57,13 @@ struct PredicateSQL {
     std::string condition;
     std::vector<PredicateArgument> values;
 
-    /// `leadingColumns`: columns whose index shall lead the query because it gives the order;
-    /// conditions on other indexed columns are then written so that SQLite does not start from
-    /// their index.
+    /// `leadingColumn`: the column whose index shall lead the query because it gives the order, or
+    /// empty; conditions that ask other indexed columns for nil are written so that SQLite does not
+    /// start from their index.
     static PredicateSQL compile(
         const PredicateTree& tree,
         const std::vector<PredicateArgument>& arguments,
-        bool orderLeads);
+        const std::string& leadingColumn);
     void bind(Statement& statement, int first = 1) const;
 };
 
