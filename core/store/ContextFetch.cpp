@@ -106,7 +106,9 @@ std::vector<StoreObject*> StoreContext::State::rowsWhere(
     const RowMapper& mapper = core->mapper(kind);
     std::string sql = "SELECT " + mapper.headerColumns() + " FROM " + mapper.entity().table;
     if (condition.condition != "1") sql += " WHERE " + condition.condition;
-    sql += orderClause(kind, sort);
+    // "+Z_PK" keeps SQLite from reading the whole table for the sake of its order.
+    const bool hasOwnOrder = sort.empty() && condition.hasIndexedRange;
+    sql += hasOwnOrder ? " ORDER BY +Z_PK" : orderClause(kind, sort);
     if (limit > 0 || offset > 0) sql += " LIMIT ? OFFSET ?";
     Statement& row = reader().cached(sql);
     condition.bind(row);

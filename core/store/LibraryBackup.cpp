@@ -304,6 +304,7 @@ RestoreOutcome LibraryBackups::restore(const std::filesystem::path& backupFolder
         library_ / (std::string(TesserineStore::fileName) + ".new-" + Uuid::random(random_).text());
     try {
         files::copyNew(backupFolder / TesserineStore::fileName, arriving);
+        beginNewHistory(arriving);
         const ExternalValues from(backupFolder);
         const ExternalValues to(library_);
         if (!linkExternal(from, to, *openCopy(arriving))) {
@@ -320,6 +321,18 @@ RestoreOutcome LibraryBackups::restore(const std::filesystem::path& backupFolder
     std::filesystem::rename(arriving, file);
     files::syncFolder(library_);
     return outcome;
+}
+
+/// The numbers of a restored history begin again at an earlier one: followers must not go on
+/// counting.
+void LibraryBackups::beginNewHistory(const std::filesystem::path& file) const {
+    SQLiteDatabase database(
+        file,
+        {.file = "backup",
+         .query = "Backup query",
+         .access = SQLiteDatabase::Access::readWrite,
+         .synchronous = SQLiteDatabase::Synchronous::full});
+    schema::setHistoryID(database, random_);
 }
 
 /// Moves the library's file and its journal to names of their own.

@@ -109,6 +109,7 @@ private:
         StoreCore& core, const std::filesystem::path& making, const std::stop_token& stop) const;
     std::filesystem::path freeName(Instant now, const std::string& reason) const;
     std::optional<std::filesystem::path> putAside(const std::filesystem::path& file) const;
+    void beginNewHistory(const std::filesystem::path& file) const;
     void sweepUnfinished() const;
     static std::int64_t lastChange(const LibraryBackup& backup);
     static Instant fileTime(const std::filesystem::path& file);

@@ -41,6 +41,7 @@ public:
     }
 
     std::vector<PredicateArgument> takeValues() { return std::move(values_); }
+    bool hasIndexedRange() const { return hasIndexedRange_; }
 
 private:
     std::string joined(const PredicateTree& tree, const char* word) {
@@ -82,12 +83,14 @@ private:
                 entity.relationships[tree.index].column, tree.operation, value, isNil);
         case Ending::attribute: break;
         }
+        const bool isIndexed = tree.path.empty() && entity.attributes[tree.index].isIndexed;
+        hasIndexedRange_ = hasIndexedRange_ || (isIndexed && isRange(tree.operation, isNil));
         return compareAttribute(tree, entity.attributes[tree.index], value, isNil);
     }
 
     std::string compareKey(
         const std::string& column, Operator operation, const PredicateArgument& value, bool isNil) {
-        if (isNil) return isNull(column, operation);
+        if (isNil) return isNull(operation == Operator::equal ? "+" + column : column, operation);
         values_.push_back(value);
         return column + sqlOperator(operation) + "?";
     }
@@ -117,6 +120,20 @@ private:
         return column + (isEquality ? " IS NULL" : " IS NOT NULL");
     }
 
+    static bool isRange(Operator operation, bool isNil) {
+        switch (operation) {
+        case Operator::notEqual: return isNil;
+        case Operator::less:
+        case Operator::lessOrEqual:
+        case Operator::greater:
+        case Operator::greaterOrEqual: return true;
+        case Operator::equal:
+        case Operator::equalFolded:
+        case Operator::containsFolded: break;
+        }
+        return false;
+    }
+
     /// "+ZTRASHEDAT" keeps SQLite from starting at the index of the trash. Most rows hold nil, so
     /// asking for it is never where to begin; asking for a value is, unless the order decides.
     std::string lead(const AttributeDescription& attribute, Operator operation) const {
@@ -128,6 +145,7 @@ private:
     const std::vector<PredicateArgument>& arguments_;
     const std::string& leadingColumn_;
     std::vector<PredicateArgument> values_;
+    bool hasIndexedRange_ = false;
 };
 
 }  // namespace
@@ -140,6 +158,7 @@ PredicateSQL PredicateSQL::compile(
     PredicateSQL result;
     result.condition = writer.write(tree);
     result.values = writer.takeValues();
+    result.hasIndexedRange = writer.hasIndexedRange();
     return result;
 }
 

@@ -56,6 +56,8 @@ struct PredicateTree {
 struct PredicateSQL {
     std::string condition;
     std::vector<PredicateArgument> values;
+    /// Whether a fetch index narrows the rows down to a range of its values.
+    bool hasIndexedRange = false;
 
     /// `leadingColumn`: the column whose index shall lead the query because it gives the order, or
     /// empty; conditions that ask other indexed columns for nil are written so that SQLite does not

@@ -157,6 +157,14 @@ std::map<std::string, std::string, std::less<>> stored(SQLiteDatabase& database)
     return result;
 }
 
+void setMetadata(SQLiteDatabase& database, const std::string& name, const std::string& value) {
+    Statement row =
+        database.prepare("INSERT OR REPLACE INTO Z_METADATA (NAME, VALUE) VALUES (?, ?)");
+    row.bindText(1, name);
+    row.bindText(2, value);
+    row.step();
+}
+
 }  // namespace
 
 std::string fetchIndexName(const EntityDescription& entity, const AttributeDescription& attribute) {
@@ -167,13 +175,15 @@ void create(SQLiteDatabase& database, Random& random) {
     database.transaction([&] {
         for (const Definition& definition : definitions())
             database.execute(definition.statement + ";");
-        Statement identify =
-            database.prepare("INSERT INTO Z_METADATA (NAME, VALUE) VALUES ('libraryID', ?)");
-        identify.bindText(1, Uuid::random(random).text());
-        identify.step();
+        setMetadata(database, "libraryID", Uuid::random(random).text());
+        setHistoryID(database, random);
         database.execute("PRAGMA application_id = " + std::to_string(applicationID) + ";");
         database.execute("PRAGMA user_version = " + std::to_string(Schema::number) + ";");
     });
+}
+
+void setHistoryID(SQLiteDatabase& database, Random& random) {
+    setMetadata(database, "historyID", Uuid::random(random).text());
 }
 
 std::vector<std::string> missingStatements(SQLiteDatabase& database) {

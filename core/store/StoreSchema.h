@@ -21,6 +21,9 @@ inline constexpr std::int64_t applicationID = 0x54535352;
 /// Makes every table, index and the library's identifier in an empty file, in one transaction.
 void create(SQLiteDatabase& database, Random& random);
 
+/// Gives the history a new name: its numbers no longer follow those that were read before.
+void setHistoryID(SQLiteDatabase& database, Random& random);
+
 /// What a file lacks compared with the model, as statements; empty when it is up to date. Additions
 /// only: what the file has beyond the model is left alone.
 std::vector<std::string> missingStatements(SQLiteDatabase& database);

@@ -194,10 +194,19 @@ const StoreConfiguration& TesserineStore::configuration() const { return core_->
 
 std::filesystem::path TesserineStore::file() const { return core_->file(); }
 
-std::string TesserineStore::libraryID() const {
+std::string TesserineStore::libraryID() const { return metadata("libraryID"); }
+
+std::string TesserineStore::historyID() const { return metadata("historyID"); }
+
+std::string TesserineStore::metadata(const std::string& name) const {
     return readingLibrary([&] {
         const auto guard = core_->reading();
-        return viewContext_->reader().text("SELECT VALUE FROM Z_METADATA WHERE NAME = 'libraryID'");
+        Statement& row =
+            viewContext_->reader().cached("SELECT VALUE FROM Z_METADATA WHERE NAME = ?");
+        row.bindText(1, name);
+        std::string value = row.step() ? row.text(0).value_or("") : std::string();
+        row.reset();
+        return value;
     });
 }
 

@@ -94,6 +94,9 @@ public:
     std::filesystem::path file() const;
     /// Identifies this library for ever, also in copies of it.
     std::string libraryID() const;
+    /// Changes when a backup was put in the library's place: numbers of its history that were read
+    /// before mean nothing then, and a follower starts afresh.
+    std::string historyID() const;
     bool wasCreated() const;         ///< by this opening
     bool wasEndedUncleanly() const;  ///< a process was killed while the library was open
 
@@ -107,6 +110,7 @@ public:
     StoreCore& core() const { return *core_; }
 
 private:
+    std::string metadata(const std::string& name) const;
     bool collectRemoteChanges();
     void mergeWaiting();
 
