@@ -30,7 +30,7 @@ std::size_t distance(std::string_view a, std::string_view b) {
 std::string nearest(std::string_view typed, const std::vector<std::string>& candidates) {
     if (typed.size() > 40) return {};
     std::string best;
-    std::size_t bestDistance = typed.size() / 3 + 2;
+    std::size_t bestDistance = std::max<std::size_t>(typed.size() / 3, 1) + 1;
     for (const std::string& candidate : candidates) {
         const std::size_t d = distance(typed, candidate);
         if (d >= bestDistance) continue;

@@ -50,7 +50,7 @@ TEST(Arguments, WrongUsageIsToldInASentence) {
                  {"note", "list", "--notbook", "x"},
                  "There is no option “--notbook” here. Did you mean “--notebook”?"},
              Case{{"note", "--title", "x", "add"}, "There is no option “--title” here."},
-             Case{{"note", "list", "-n"}, "There is no option “-n” here. Did you mean “--now”?"},
+             Case{{"note", "list", "-n"}, "There is no option “-n” here."},
              Case{{"note", "list", "--limit"}, "--limit must be followed by N."},
              Case{{"note", "list", "--pinned=yes"}, "--pinned takes no value."},
              Case{

@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "cli/Session.h"
 #include "core/import/MarkdownHTML.h"
+#include "core/import/TextDecoding.h"
 
 #include <algorithm>
 #include <array>
@@ -43,6 +44,12 @@ std::string readStandardInput(Session& session) {
     return bytes;
 }
 
+/// The bytes of a file, or of standard input for "-".
+std::string readBytes(Session& session, const std::filesystem::path& file) {
+    if (file == "-") return readStandardInput(session);
+    return std::string(textOf(files::read(file, mostInputBytes)));
+}
+
 }  // namespace
 
 std::vector<Option> bodyOptions() {
@@ -61,22 +68,14 @@ std::vector<Option> bodyOptions() {
 std::optional<std::string> bodyFrom(Session& session, const Arguments& arguments) {
     const std::string_view form = arguments.oneOf({"html", "markdown", "text"});
     if (form == "html") return readText(session, *arguments.path("html"));
-    if (form == "markdown") return htmlFromMarkdown(readText(session, *arguments.path("markdown")));
+    if (form == "markdown")
+        return htmlFromMarkdown(readBytes(session, *arguments.path("markdown")));
     if (form == "text") return htmlFromText(*arguments.text("text"));
     return std::nullopt;
 }
 
 std::string htmlFromMarkdown(const std::string& markdown) {
-    std::string lines;
-    lines.reserve(markdown.size());
-    for (std::size_t i = 0; i < markdown.size(); ++i) {
-        if (markdown[i] != '\r') {
-            lines += markdown[i];
-        } else if (i + 1 == markdown.size() || markdown[i + 1] != '\n') {
-            lines += '\n';
-        }
-    }
-    return markdownToHTML(lines).html;
+    return markdownToHTML(decodedText(bytesOf(markdown)).text).html;
 }
 
 std::string htmlFromText(std::string_view text) {
@@ -92,9 +91,7 @@ std::string htmlFromText(std::string_view text) {
 }
 
 std::string readText(Session& session, const std::filesystem::path& file) {
-    if (file == "-") return text::sanitized(readStandardInput(session));
-    const Bytes bytes = files::read(file, mostInputBytes);
-    return text::sanitized(std::string(textOf(bytes)));
+    return text::sanitized(readBytes(session, file));
 }
 
 }  // namespace tesserine::cli

@@ -21,7 +21,7 @@ std::vector<Option> bodyOptions();
 /// given. Throws `UsageError` when there are two, and `FileError`.
 std::optional<std::string> bodyFrom(Session& session, const Arguments& arguments);
 
-/// CommonMark with the usual extensions as HTML that is not sanitised yet.
+/// CommonMark with the usual extensions, in any encoding, as HTML that is not sanitised yet.
 std::string htmlFromMarkdown(const std::string& markdown);
 /// Plain text as HTML: every line is a paragraph.
 std::string htmlFromText(std::string_view text);

@@ -20,7 +20,6 @@ std::vector<Command> allCommands() {
           tagCommands,
           templateCommands,
           savedSearchCommands,
-          importCommands,
           backupCommands,
           settingsCommands,
           dumpCommands,

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "base/JSON.h"
+#include "base/Random.h"
 #include "cli/Program.h"
-#include "tests/support/SeededRandom.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -30,19 +30,20 @@ inline std::string shown(const boost::json::value& value) {
     return tesserine::json::write(value);
 }
 
-/// Runs whole commands in this process, on a library and a home folder of its own. The time is
-/// 2026-03-14 09:15 in UTC.
-class CommandTest : public ::testing::Test {
+/// Runs whole commands in this process, on a library and a home of their own in a `Folder` that
+/// vanishes with it. The time is 2026-03-14 09:15 in UTC.
+template <class Folder>
+class CommandFixture : public ::testing::Test {
 protected:
-    CommandTest() {
+    CommandFixture() {
         variables_ = {
-            {"XDG_CONFIG_HOME", (folder_ / "config").string()},
-            {"XDG_STATE_HOME", (folder_ / "state").string()},
+            {"XDG_CONFIG_HOME", (folder_.path() / "config").string()},
+            {"XDG_STATE_HOME", (folder_.path() / "state").string()},
             {"TESSERINE_LIBRARY", library().string()},
             {"LANG", "en_GB.UTF-8"}};
     }
 
-    std::filesystem::path library() const { return folder_ / "library"; }
+    std::filesystem::path library() const { return folder_.path() / "library"; }
 
     CommandResult run(const std::vector<std::string>& line, const std::string& typed = {}) {
         std::istringstream input(typed);
@@ -55,7 +56,7 @@ protected:
             .clock = clock_,
             .random = random_,
             .variables = variables_,
-            .home = folder_ / "home",
+            .home = folder_.path() / "home",
             .inputIsTerminal = isTerminal_,
             .outputIsTerminal = isTerminal_,
             .errorIsTerminal = isTerminal_,
@@ -78,9 +79,9 @@ protected:
         return mustRun(options).line();
     }
 
-    test::TemporaryFolder folder_;
+    Folder folder_;
     FixedClock clock_{*Instant::parseISO("2026-03-14T09:15:00Z")};
-    test::SeededRandom random_{7};
+    SecureRandom random_;
     std::map<std::string, std::string, std::less<>> variables_;
     std::function<std::optional<int>(const std::vector<std::string>&)> runProgram_;
     std::stop_source stop_;

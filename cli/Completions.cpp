@@ -109,152 +109,160 @@ std::string zshOptions(const std::vector<Option>& options) {
     return text;
 }
 
+/// Collects the words of the line that are no options into `taken`; the same in both shells but
+/// for how the line is asked for.
+constexpr std::string_view wordScan = R"(        if [[ -n $skip ]]; then skip=; continue; fi
+        case $word in
+            --library|--now|--time-zone|--first-weekday) skip=1 ;;
+            -*) ;;
+            *) taken+=("$word") ;;
+        esac
+    done
+)";
+
+constexpr std::string_view bashBeginning = R"(# bash completion for tesserine
+_tesserine() {
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
+    local taken=() word skip=
+    for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
+)";
+
+constexpr std::string_view bashEnding = R"(    esac
+    if [[ $current == -* ]]; then
+        COMPREPLY=($(compgen -W "$options" -- "$current"))
+    elif [[ $offered == FILES ]]; then
+        COMPREPLY=($(compgen -f -- "$current"))
+    else
+        COMPREPLY=($(compgen -W "$offered" -- "$current"))
+    fi
+}
+complete -o filenames -F _tesserine tesserine
+)";
+
+/// What bash offers behind an option.
+std::string bashValue(const Option& option) {
+    if (!option.choices.empty()) {
+        return "($(compgen -W " + quoted(joined(option.choices)) + " -- \"$current\"))";
+    }
+    if (option.completion == Completion::file) return "($(compgen -f -- \"$current\"))";
+    if (option.completion == Completion::folder) return "($(compgen -d -- \"$current\"))";
+    return "()";
+}
+
+std::string bashCommand(const Command& command) {
+    const std::string path(command.path);
+    std::string text = "        " + quoted(path) + "|" + quoted(path + " ") + "*) ";
+    if (commandsOf(command.path).empty()) text += "offered=; ";
+    if (completionOf(command) != Completion::nothing) text += "offered=FILES; ";
+    if (!command.options.empty()) {
+        text += "options+=" + quoted(" " + optionWords(command.options)) + "; ";
+    }
+    return text + ";;\n";
+}
+
+constexpr std::string_view zshBeginning = R"(#compdef tesserine
+_tesserine() {
+    local -a taken
+    local word skip=
+    for word in ${words[2,CURRENT-1]}; do
+)";
+
+std::string zshCommand(const Command& command) {
+    const std::string path(command.path);
+    const bool takesWords = commandsOf(path).empty();
+    std::string text = "        " + quoted(path);
+    if (takesWords) text += "|" + quoted(path + " ") + "*";
+    text += ")\n            _arguments" + zshOptions(command.options) + zshOptions(globalOptions());
+    text += " \\\n                '*:argument:";
+    if (completionOf(command) != Completion::nothing) text += "_files";
+    if (!takesWords) text += "(" + secondWords(path) + ")";
+    return text + "' ;;\n";
+}
+
+std::string fishOption(const std::string& condition, const Option& option) {
+    std::string line = "complete -c tesserine" + condition + " -l " + std::string(option.name);
+    if (!option.value.empty()) line += " -r";
+    if (!option.choices.empty()) line += " -a " + quoted(joined(option.choices));
+    if (option.completion == Completion::file) line += " -F";
+    if (option.completion == Completion::folder) line += " -a '(__fish_complete_directories)'";
+    return line + " -d " + quoted(option.summary) + "\n";
+}
+
+std::string fishCommand(const Command& command) {
+    const std::string path(command.path);
+    const std::size_t space = path.find(' ');
+    const std::string first = path.substr(0, space);
+    const std::string seenFirst = "__fish_seen_subcommand_from " + first;
+    std::string condition = " -n " + quoted(seenFirst);
+    std::string text;
+    if (space != std::string::npos) {
+        const std::string second = path.substr(space + 1);
+        text += "complete -c tesserine -n "
+                + quoted(seenFirst + "; and not __fish_seen_subcommand_from " + secondWords(first))
+                + " -a " + quoted(second) + " -d " + quoted(command.summary) + "\n";
+        condition = " -n " + quoted(seenFirst + "; and __fish_seen_subcommand_from " + second);
+    }
+    for (const Option& option : command.options)
+        text += fishOption(condition, option);
+    if (completionOf(command) != Completion::nothing) {
+        text += "complete -c tesserine" + condition + " -F\n";
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string bashCompletion() {
-    std::string text =
-        "# bash completion for tesserine\n"
-        "_tesserine() {\n"
-        "    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}\n"
-        "    local words=() word skip=\n"
-        "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
-        "        if [[ $skip ]]; then skip=; continue; fi\n"
-        "        case $word in\n"
-        "            --library|--now|--time-zone|--first-weekday) skip=1 ;;\n"
-        "            -*) ;;\n"
-        "            *) words+=(\"$word\") ;;\n"
-        "        esac\n"
-        "    done\n"
-        "    case $previous in\n";
+    std::string text(bashBeginning);
+    text += wordScan;
+    text += "    case $previous in\n";
     for (const Option* option : optionsWithValues()) {
-        text += "        --" + std::string(option->name) + ") ";
-        if (!option->choices.empty()) {
-            text +=
-                "COMPREPLY=($(compgen -W " + quoted(joined(option->choices)) + " -- \"$current\"))";
-        } else if (option->completion == Completion::file) {
-            text += "COMPREPLY=($(compgen -f -- \"$current\"))";
-        } else if (option->completion == Completion::folder) {
-            text += "COMPREPLY=($(compgen -d -- \"$current\"))";
-        } else {
-            text += "COMPREPLY=()";
-        }
-        text += "; return ;;\n";
+        text += "        --" + std::string(option->name) + ") COMPREPLY=" + bashValue(*option)
+                + "; return ;;\n";
     }
     text += "    esac\n    local offered=" + quoted(joined(firstWords())) + "\n";
     text +=
         "    local options=" + quoted(optionWords(globalOptions()) + " --help --version") + "\n";
-    text += "    case \"${words[*]}\" in\n";
+    text += "    case \"${taken[*]}\" in\n";
     for (const std::string& word : firstWords()) {
         const std::string second = secondWords(word);
         if (second.empty()) continue;
         text += "        " + quoted(word) + ") offered=" + quoted(second) + " ;;\n";
     }
-    text += "    esac\n    case \"${words[*]}\" in\n        '') ;;\n";
-    for (const Command& command : commands()) {
-        const std::string path(command.path);
-        text += "        " + quoted(path) + "|" + quoted(path + " ") + "*) ";
-        const bool isGroup = !commandsOf(command.path).empty();
-        if (!isGroup) text += "offered=; ";
-        if (!command.options.empty()) {
-            text += "options+=" + quoted(" " + optionWords(command.options)) + "; ";
-        }
-        if (completionOf(command) != Completion::nothing) text += "offered=FILES; ";
-        text += ";;\n";
-    }
-    text += "    esac\n"
-            "    if [[ $current == -* ]]; then\n"
-            "        COMPREPLY=($(compgen -W \"$options\" -- \"$current\"))\n"
-            "    elif [[ $offered == FILES ]]; then\n"
-            "        COMPREPLY=($(compgen -f -- \"$current\"))\n"
-            "    else\n"
-            "        COMPREPLY=($(compgen -W \"$offered\" -- \"$current\"))\n"
-            "    fi\n"
-            "}\n"
-            "complete -o filenames -F _tesserine tesserine\n";
-    return text;
+    text += "    esac\n    case \"${taken[*]}\" in\n";
+    for (const Command& command : commands())
+        text += bashCommand(command);
+    return text + std::string(bashEnding);
 }
 
 std::string zshCompletion() {
-    std::string text = "#compdef tesserine\n"
-                       "_tesserine() {\n"
-                       "    local -a words_only\n"
-                       "    local word skip=\n"
-                       "    for word in ${words[2,CURRENT-1]}; do\n"
-                       "        if [[ -n $skip ]]; then skip=; continue; fi\n"
-                       "        case $word in\n"
-                       "            --library|--now|--time-zone|--first-weekday) skip=1 ;;\n"
-                       "            -*) ;;\n"
-                       "            *) words_only+=($word) ;;\n"
-                       "        esac\n"
-                       "    done\n"
-                       "    case \"${words_only[1,2]}\" in\n";
-    for (const Command& command : commands()) {
-        const std::string path(command.path);
-        const bool isSingle = path.find(' ') == std::string::npos;
-        text += "        " + quoted(path);
-        if (isSingle && commandsOf(path).empty()) text += "|" + quoted(path + " ") + "*";
-        text +=
-            ")\n            _arguments" + zshOptions(command.options) + zshOptions(globalOptions());
-        text += " \\\n                '*:argument:";
-        if (completionOf(command) != Completion::nothing) text += "_files";
-        if (!commandsOf(path).empty()) text += "(" + secondWords(path) + ")";
-        text += "' ;;\n";
-    }
+    std::string text(zshBeginning);
+    text += wordScan;
+    text += "    case \"${taken[*]}\" in\n";
+    for (const Command& command : commands())
+        text += zshCommand(command);
     for (const std::string& word : firstWords()) {
         if (commandsOf(word).empty() || findCommand(word) != nullptr) continue;
-        text +=
-            "        " + quoted(word) + ")\n            compadd -- " + secondWords(word) + " ;;\n";
+        text += "        " + quoted(word) + ") compadd -- " + secondWords(word) + " ;;\n";
     }
     text += "        *)\n            _arguments" + zshOptions(globalOptions())
             + " \\\n                '*:command:(" + joined(firstWords()) + ")' ;;\n";
-    text += "    esac\n}\n_tesserine \"$@\"\n";
-    return text;
+    return text + "    esac\n}\n_tesserine \"$@\"\n";
 }
 
 std::string fishCompletion() {
     std::string text = "# fish completion for tesserine\ncomplete -c tesserine -f\n";
-    const auto option = [](const std::string& condition, const Option& described) {
-        std::string line =
-            "complete -c tesserine" + condition + " -l " + std::string(described.name);
-        if (!described.value.empty()) line += " -r";
-        if (!described.choices.empty()) line += " -a " + quoted(joined(described.choices));
-        if (described.completion == Completion::file) line += " -F";
-        if (described.completion == Completion::folder)
-            line += " -a '(__fish_complete_directories)'";
-        return line + " -d " + quoted(described.summary) + "\n";
-    };
-    for (const Option& global : globalOptions())
-        text += option("", global);
+    for (const Option& option : globalOptions())
+        text += fishOption("", option);
     for (const std::string& word : firstWords()) {
         const Command* command = findCommand(word);
         const std::string summary =
-            command != nullptr ? std::string(command->summary) : "commands on " + word + "s";
+            command != nullptr ? std::string(command->summary) : "Commands on " + word + "s";
         text += "complete -c tesserine -n __fish_use_subcommand -a " + quoted(word) + " -d "
                 + quoted(summary) + "\n";
     }
-    for (const Command& command : commands()) {
-        const std::string path(command.path);
-        const std::size_t space = path.find(' ');
-        const std::string first = path.substr(0, space);
-        std::string condition = " -n " + quoted("__fish_seen_subcommand_from " + first);
-        if (space != std::string::npos) {
-            const std::string second = path.substr(space + 1);
-            text += "complete -c tesserine -n "
-                    + quoted(
-                        "__fish_seen_subcommand_from " + first
-                        + "; and not __fish_seen_subcommand_from " + secondWords(first))
-                    + " -a " + quoted(second) + " -d " + quoted(command.summary) + "\n";
-            condition = " -n "
-                        + quoted(
-                            "__fish_seen_subcommand_from " + first
-                            + "; and __fish_seen_subcommand_from " + second);
-        }
-        for (const Option& own : command.options)
-            text += option(condition, own);
-        if (completionOf(command) != Completion::nothing) {
-            text += "complete -c tesserine" + condition + " -F\n";
-        }
-    }
+    for (const Command& command : commands())
+        text += fishCommand(command);
     return text;
 }
 

@@ -231,6 +231,15 @@ CDTag& tagToUse(Session& session, const std::string& name) {
     return *made;
 }
 
+std::string displayTitle(const CDNote& note) {
+    const std::string title(text::trimmed(note.title.valueOr("")));
+    if (!title.empty()) return title;
+    const std::string body = note.plainText.valueOr("");
+    const std::string_view line = text::trimmed(body);
+    return line.empty() ? "Untitled"
+                        : std::string(text::prefix(line.substr(0, line.find('\n')), 120));
+}
+
 std::string shortID(const std::optional<Uuid>& id) { return id ? id->text().substr(0, 8) : "-"; }
 
 }  // namespace tesserine::cli

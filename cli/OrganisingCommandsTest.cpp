@@ -1,9 +1,10 @@
 #include "cli/CommandFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace tesserine::cli {
 namespace {
 
-using OrganisingCommands = CommandTest;
+class OrganisingCommands : public CommandFixture<test::TemporaryFolder> {};
 
 TEST_F(OrganisingCommands, NotebooksAreATree) {
     const std::string work = mustRun({"notebook", "add", "Work"}).line();

@@ -92,10 +92,10 @@ std::vector<std::size_t> Output::columnWidths(const Table& table) const {
     }
     if (!isTerminal_) return widths;
 
-    std::size_t total = 0;
+    std::size_t total = columnGap.size() * (widths.size() - 1);
     for (std::size_t i = 0; i < widths.size(); ++i) {
         widths[i] = std::max(widths[i], displayWidth(table.columns[i].title));
-        total += widths[i] + columnGap.size();
+        total += widths[i];
     }
     // The columns that may shrink pay for what is too much, the last of them first.
     for (std::size_t i = widths.size(); i-- > 0 && total > terminalColumns_;) {
