@@ -1,8 +1,7 @@
 #include "base/sqlite/SQLiteDatabase.h"
 #include "core/store/StoreCore.h"
 #include "core/store/StoreFixture.h"
-
-#include <sqlite3.h>
+#include "tests/support/PreparedStatements.h"
 
 namespace tesserine {
 namespace {
@@ -33,15 +32,9 @@ protected:
     std::string plan(EntityKind kind, const FetchRequest& request) {
         StoreContext& context = store->viewContext();
         context.fetchObjects(kind, request);
-        const std::string table = " FROM " + Schema::library()[kind].table;
-        std::string sql;
-        sqlite3_stmt* statement = nullptr;
-        sqlite3* const handle = context.reader().handle();
-        // The newest comes first, and every case has a statement of its own.
-        while (sql.empty() && (statement = sqlite3_next_stmt(handle, statement)) != nullptr) {
-            const std::string text = sqlite3_sql(statement);
-            if (text.find(table) != std::string::npos) sql = text;
-        }
+        // Every case has a statement of its own.
+        const std::string sql =
+            test::newestStatement(context.reader(), " FROM " + Schema::library()[kind].table);
         Statement steps = context.reader().prepare("EXPLAIN QUERY PLAN " + sql);
         std::string result;
         while (steps.step()) {
