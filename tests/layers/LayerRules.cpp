@@ -83,10 +83,20 @@ bool roomMayUse(std::string_view from, std::string_view to) {
         room->uses, [to](std::string_view used) { return !used.empty() && roomMayUse(used, to); });
 }
 
+bool isFixture(std::string_view path) {
+    return path.ends_with("Fixture.h") || path.ends_with("Fixture.cpp");
+}
+
+/// Tests, and what several tests of one room share.
+bool isForTests(std::string_view path) {
+    return path.ends_with("Test.cpp") || isFixture(path) || isDriver(homeOf(path));
+}
+
 bool mayInclude(std::string_view path, std::string_view included) {
     const std::string_view from = homeOf(path);
     const std::string_view to = homeOf(included);
-    if (isIn(included, testSupport)) return isDriver(from) || path.ends_with("Test.cpp");
+    if (isFixture(included) && !isForTests(path)) return false;
+    if (isIn(included, testSupport)) return isForTests(path);
     if (isIn(path, testSupport)) return isRoom(to);
     if (isDriver(from)) return true;
     if (isRoom(from)) return roomMayUse(from, to);

@@ -37,6 +37,8 @@ TEST(Layers, OnlyDownwardIncludesAreAllowed) {
              // Helpers of tests are for tests.
              Case{"base/TextTest.cpp", "\"tests/support/TemporaryFolder.h\"", ""},
              Case{"base/Text.cpp", "\"tests/support/TemporaryFolder.h\"", "from tests"},
+             Case{"base/TextFixture.h", "\"tests/support/TemporaryFolder.h\"", ""},
+             Case{"base/Text.h", "\"base/TextFixture.h\"", "base may not include from base"},
              Case{"tests/support/A.h", "\"cli/Session.h\"", "tests may not include from cli"},
              // A test stands on the floor of its unit.
              Case{"base/TextTest.cpp", "\"core/model/Schema.h\"", "from core/model"},
