@@ -14,6 +14,18 @@ std::optional<std::string> asText(const Value& value) {
     return text == nullptr ? std::nullopt : std::optional(*text);
 }
 
+/// The attributes changed here whose stored values are others.
+std::string replacedAttributes(const SaveConflict& conflict) {
+    const auto& attributes = conflict.object->entity().attributes;
+    std::string names;
+    for (std::size_t i = 0; i < attributes.size(); ++i) {
+        if (!conflict.object->isChanged(i) || attributes[i].isExternal) continue;
+        if (conflict.object->value(i) == conflict.stored[i]) continue;
+        names += (names.empty() ? "" : ", ") + attributes[i].name;
+    }
+    return names;
+}
+
 }  // namespace
 
 const Value& SaveConflict::storedValue(std::string_view name) const {
@@ -25,6 +37,12 @@ const Value& SaveConflict::storedValue(std::string_view name) const {
 void ConflictPreservingMergePolicy::resolve(
     std::vector<SaveConflict>& conflicts, StoreContext& context) {
     for (const SaveConflict& conflict : conflicts) {
+        const std::string replaced = replacedAttributes(conflict);
+        if (!conflict.object->isDeleted() && !replaced.empty()) {
+            log_.info(
+                "Another writer changed a " + conflict.object->entity().name
+                + " meanwhile; kept from here: " + replaced + ".");
+        }
         if (conflict.object->entity().kind != EntityKind::note || conflict.object->isDeleted()) {
             continue;
         }

@@ -40,7 +40,7 @@ public:
     explicit ConflictPreservingMergePolicy(Log log) : log_(std::move(log)) {}
 
     /// For each note whose body was changed here and whose stored body is another, not empty one: a
-    /// revision of the stored version, and `hasConflict`.
+    /// revision of the stored version, and `hasConflict`. Logs the names of what was replaced.
     void resolve(std::vector<SaveConflict>& conflicts, StoreContext& context) override;
 
 private:

@@ -49,7 +49,8 @@ void StoreContext::SaveOperation::run() {
             StoreCore::explain(error) + " They are still here and not in the library yet.");
     } catch (const FileError& error) {
         undo();
-        throw StoreError::saveFailed(error.what());
+        throw StoreError::saveFailed(
+            StoreCore::explain(error) + " They are still here and not in the library yet.");
     } catch (...) {
         undo();
         throw;
@@ -99,7 +100,7 @@ void StoreContext::SaveOperation::settleConflicts(SQLiteDatabase& database) {
         if (conflict.object->entity().kind != EntityKind::note) continue;
         auto* note = static_cast<CDNote*>(conflict.object);
         if (!note->isDeleted() && !note->isChanged(note->hasConflict.index()))
-            marked_.push_back(note);
+            marked_.emplace_back(note, note->hasConflict.get());
     }
     const std::size_t before = state_.pending.size();
     state_.policy->resolve(conflicts, state_.context);
@@ -127,6 +128,9 @@ void StoreContext::SaveOperation::meetDeletion(StoreObject& object) {
     if (!object.isDeleted() && object.entity().kind == EntityKind::note) {
         const auto& note = static_cast<const CDNote&>(object);
         if (object.isChanged(note.html.index()) || object.isChanged(note.title.index())) {
+            // What was never read went with the row.
+            for (std::size_t i = 0; i < object.entity().attributes.size(); ++i)
+                object.ensureLoaded(i);
             reinserted_.push_back(&object);
             return;
         }
@@ -157,13 +161,17 @@ void StoreContext::SaveOperation::takeStoredValues(
     SQLiteDatabase& database, SaveConflict& conflict) {
     StoreObject& object = *conflict.object;
     const std::int64_t version = object.version_;
+    readRowAgain(database, object);
+    object.version_ = version;
+}
+
+void StoreContext::SaveOperation::readRowAgain(SQLiteDatabase& database, StoreObject& object) {
     const RowMapper& mapper = state_.core->mapper(object.entity().kind);
     Statement& row = database.cached(
         "SELECT " + mapper.headerColumns() + " FROM " + object.entity().table + " WHERE Z_PK = ?");
     row.bindInteger(1, object.key());
     if (row.step()) mapper.readHeader(row, object);
     row.reset();
-    object.version_ = version;
 }
 
 /// Rows that another process attached to what is deleted here, and that this context never saw.
@@ -191,14 +199,17 @@ void StoreContext::SaveOperation::dragAlong(
     row.reset();
     for (const std::int64_t farKey : keys) {
         StoreObject* other = state_.objectWithKey(far.kind, farKey);
-        if (other == nullptr || other->isPending_) continue;
+        if (other == nullptr || other->isRelationshipChanged(relationship.inverse)) continue;
+        const bool wasPending = other->isPending_;
+        if (!wasPending) readRowAgain(database, *other);
         versions_[other] = storedVersion(database, *other).value_or(0) + 1;
         if (relationship.deleteRule == DeleteRule::cascade) {
             state_.context.objectChanges(*other);
             other->isDeleted_ = true;
-            dragged_.push_back(other);
+            dragged_.emplace_back(other, wasPending);
         } else {
-            other->setTarget(relationship.inverse, nullptr);
+            other->willChangeLink(relationship.inverse);
+            other->linkSlot(far.relationships[relationship.inverse]) = {};
         }
     }
 }
@@ -221,7 +232,11 @@ void StoreContext::SaveOperation::assignKeys(SQLiteDatabase& database) {
         const EntityDescription& entity = object->entity();
         std::int64_t& key = next[static_cast<std::size_t>(entity.kind)];
         if (key == 0) {
-            Statement& row = database.cached("SELECT seq FROM sqlite_sequence WHERE name = ?");
+            // A table made elsewhere may not count its keys.
+            Statement& row = database.cached(
+                "SELECT max(IFNULL((SELECT seq FROM sqlite_sequence WHERE name = ?), 0), "
+                "IFNULL((SELECT max(Z_PK) FROM "
+                + entity.table + "), 0))");
             row.bindText(1, entity.table);
             key = row.step() ? row.integer(0) : 0;
             row.reset();
@@ -297,7 +312,7 @@ void StoreContext::SaveOperation::updateRow(SQLiteDatabase& database, StoreObjec
         columns += entity.relationships[i].column + " = ?, ";
     }
     if (columns.empty()) {  // only links changed, and they stand in their own table
-        versions_[&object] = object.version_;
+        --versions_.at(&object);
         return;
     }
     rememberExternalFiles(database, object, false);
@@ -365,8 +380,15 @@ void StoreContext::SaveOperation::bindAttribute(
     const auto found = std::ranges::find_if(encoded_, [&](const Encoded& one) {
         return one.object == &object && one.attribute == attribute;
     });
-    assert(found != encoded_.end() && "every changed external value was encoded");
-    statement.bindBlob(place, found->column);
+    if (found != encoded_.end()) {
+        statement.bindBlob(place, found->column);
+        return;
+    }
+    // Unchanged, but its row is made anew.
+    const Bytes column =
+        state_.core->external().encode(*object.slot<Bytes>(description), state_.core->random());
+    if (auto name = ExternalValues::fileName(column)) newFiles_.push_back(*name);
+    statement.bindBlob(place, column);
 }
 
 /// A target that somebody else deleted meanwhile leaves the reference empty.
@@ -495,15 +517,14 @@ void StoreContext::SaveOperation::undo() {
     for (StoreObject* object : kept_) {
         if (object->isInserted()) state.retire(*object);
     }
-    for (StoreObject* object : dragged_) {
+    for (const auto& [object, wasPending] : dragged_) {
         object->isDeleted_ = false;
-        state.forgetPending(*object);
+        if (!wasPending) state.forgetPending(*object);
     }
     for (StoreObject* object : vanished_)
         state.context.objectChanges(*object);
-    for (CDNote* note : marked_) {
-        if (!note->isChanged(note->hasConflict.index())) continue;
-        note->hasConflict = false;
+    for (const auto& [note, before] : marked_) {
+        note->hasConflict = before;
         note->changed_ &= ~(std::uint64_t{1} << note->hasConflict.index());
     }
     if (isUncertain_) return;  // a row may name the files after all; strays are swept later

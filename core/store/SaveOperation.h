@@ -38,6 +38,7 @@ private:
         SQLiteDatabase& database, StoreObject& object, std::vector<SaveConflict>& conflicts);
     std::vector<Value> storedValues(SQLiteDatabase& database, StoreObject& object);
     void takeStoredValues(SQLiteDatabase& database, SaveConflict& conflict);
+    void readRowAgain(SQLiteDatabase& database, StoreObject& object);
     void meetDeletion(StoreObject& object);
     void deleteWhatRefers(SQLiteDatabase& database);
     void assignKeys(SQLiteDatabase& database);
@@ -73,9 +74,11 @@ private:
     std::vector<StoreObject*> reinserted_;  ///< deleted by somebody else, but typed into here
     std::vector<StoreObject*> vanished_;    ///< deleted by somebody else, and left so
     std::vector<StoreObject*> kept_;        ///< revisions that the merge policy made
-    std::vector<StoreObject*>
-        dragged_;  ///< deleted with their owner, but not seen by this context before
-    std::vector<CDNote*> marked_;  ///< notes whose `hasConflict` the merge policy set
+    /// Deleted with their owner, to which somebody else attached them; and whether each was
+    /// pending.
+    std::vector<std::pair<StoreObject*, bool>> dragged_;
+    /// Notes whose `hasConflict` the merge policy may set, with its value before.
+    std::vector<std::pair<CDNote*, std::optional<bool>>> marked_;
     std::vector<ObjectChange> changes_;
     bool isUncertain_ = false;  ///< the disk failed: the commit may or may not be in the file
 };

@@ -21,6 +21,7 @@ constexpr const char* lockName = ".Tesserine.lock";
 constexpr const char* usersName = ".Tesserine.users";
 /// The journal is moved into the file once it has grown to this many pages (16 MB).
 constexpr int checkpointPages = 2048;
+constexpr const char* diskIsFull = "The disk is full. Free some space and try again.";
 
 template <std::size_t... Index>
 std::array<RowMapper, entityCount> makeMappers(std::index_sequence<Index...>) {
@@ -294,7 +295,7 @@ std::optional<StoreCore::Identity> StoreCore::identify() const {
 }
 
 std::string StoreCore::explain(const SQLiteDatabase::Error& error) {
-    if (error.isFull()) return "The disk is full. Free some space and try again.";
+    if (error.isFull()) return diskIsFull;
     if (error.isDamage()) {
         return "Its file is damaged or is not a library. It was left as it is; restore a backup.";
     }
@@ -305,6 +306,10 @@ std::string StoreCore::explain(const SQLiteDatabase::Error& error) {
                + "). Check the disk and try again.";
     }
     return "The database said: " + error.message() + ".";
+}
+
+std::string StoreCore::explain(const FileError& error) {
+    return error.kind() == FileError::Kind::noSpace ? diskIsFull : error.what();
 }
 
 }  // namespace tesserine

@@ -75,6 +75,7 @@ public:
 
     /// A sentence for the user about an error of the file layer.
     static std::string explain(const SQLiteDatabase::Error& error);
+    static std::string explain(const FileError& error);
 
 private:
     /// Device and inode: tells whether the file at the path is still the one that was opened.
