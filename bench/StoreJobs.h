@@ -1,0 +1,24 @@
+#pragma once
+
+#include "bench/Measure.h"
+#include "bench/NoteGenerator.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <vector>
+
+namespace tesserine::bench {
+
+/// What the store is measured on.
+struct StoreSample {
+    /// For the libraries, on the disk that is to be measured. Emptied before, removed afterwards.
+    std::filesystem::path folder;
+    std::size_t noteCount = 0;
+    std::size_t rounds = 5;
+};
+
+/// The store beside plain SQLite on the same rows: inserting, listing, reading and changing notes,
+/// and opening a library. Takes a second or two for each 1,000 notes.
+std::vector<Row> storeJobs(const StoreSample& sample);
+
+}  // namespace tesserine::bench
