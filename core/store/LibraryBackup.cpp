@@ -22,6 +22,8 @@ namespace {
 
 constexpr const char* makingPrefix = ".making-";
 constexpr Instant::Duration day{86'400.0};
+constexpr auto privateMode =
+    std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
 constexpr int keptDays = 7;
 constexpr int keptWeeks = 4;
 constexpr int keptMonths = 6;
@@ -188,12 +190,13 @@ void LibraryBackups::copyInto(
     constexpr int attempts = 3;
     for (int attempt = 1;; ++attempt) {
         files::removeIfPresent(file);
-        files::writeNew(file, {});  // with a private mode
         auto reader = core.openReader();
         // All pages in one step: one moment of the library, however much others write meanwhile.
         const bool isWhole =
             reader->backup(file, -1, [&](int, int) { return !stop.stop_requested(); });
         core.close(reader);
+        // Until here nobody else could look into the folder that holds it.
+        if (isWhole) std::filesystem::permissions(file, privateMode);
         if (!isWhole || stop.stop_requested()) throw BackupError::cancelled();
         FAIL_POINT("backup.copied");
         const auto copy = openCopy(file);
