@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace tesserine::cli {
 namespace {
 
@@ -136,7 +138,7 @@ TEST(Help, ManualAndCompletionsKnowEveryCommandAndOption) {
             EXPECT_NE(fish.find(" -l " + name), std::string::npos) << name;
         }
     }
-    // A line that begins with a point would be an order to the formatter.
+    EXPECT_TRUE(std::ranges::none_of(manual, [](char c) { return (c & 0x80) != 0; }));
     EXPECT_NE(
         manual.find("\\fBtesserine note attach\\fR \\fINOTE\\fR \\fIFILE\\fR\\ ..."),
         std::string::npos);

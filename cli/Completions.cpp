@@ -181,9 +181,12 @@ std::string zshCommand(const Command& command) {
 
 std::string fishOption(const std::string& condition, const Option& option) {
     std::string line = "complete -c tesserine" + condition + " -l " + std::string(option.name);
-    if (!option.value.empty()) line += " -r";
+    if (option.completion == Completion::file) {
+        line += " -r -F";
+    } else if (!option.value.empty()) {
+        line += " -x";
+    }
     if (!option.choices.empty()) line += " -a " + quoted(joined(option.choices));
-    if (option.completion == Completion::file) line += " -F";
     if (option.completion == Completion::folder) line += " -a '(__fish_complete_directories)'";
     return line + " -d " + quoted(option.summary) + "\n";
 }
@@ -257,7 +260,7 @@ std::string fishCompletion() {
     for (const std::string& word : firstWords()) {
         const Command* command = findCommand(word);
         const std::string summary =
-            command != nullptr ? std::string(command->summary) : "Commands on " + word + "s";
+            command != nullptr ? std::string(command->summary) : secondWords(word);
         text += "complete -c tesserine -n __fish_use_subcommand -a " + quoted(word) + " -d "
                 + quoted(summary) + "\n";
     }

@@ -93,7 +93,10 @@ std::string fitted(std::string_view text, std::size_t columns) {
         return fits;
     });
     if (fits) return std::string(text);
-    return std::string(text.substr(0, keptBytes)) + "…";
+    std::string kept(text.substr(0, keptBytes));
+    while (kept.ends_with(' '))
+        kept.pop_back();
+    return kept + "…";
 }
 
 std::string oneLine(std::string_view text) {

@@ -83,9 +83,9 @@ TEST_F(OutputTest, APipeGetsEverythingWithoutTitlesAndColours) {
 TEST_F(OutputTest, ATerminalGetsWhatFits) {
     EXPECT_EQ(
         show(table_, true, true),
-        " N  TITLE         DAY\n"
-        " 1  計画          today\n"
-        "12  A very long…  today\n"
+        " N  TITLE          DAY\n"
+        " 1  計画           today\n"
+        "12  A very long…   today\n"
         " 3  x\n");
 }
 

@@ -1,3 +1,4 @@
+#include "base/sqlite/SQLiteDatabase.h"
 #include "cli/CommandError.h"
 #include "cli/ObjectJSON.h"
 #include "cli/Presentation.h"
@@ -9,25 +10,45 @@ namespace tesserine::cli {
 
 namespace {
 
-/// Objects in memory at a time.
-constexpr std::size_t pageSize = 200;
+/// Objects in memory at a time, and how many of them with their bodies and files.
+constexpr std::size_t pageSize = 1000;
+constexpr std::size_t heavyCount = 20;
+
+/// One moment of the library, however much others write meanwhile.
+class Snapshot {
+public:
+    explicit Snapshot(SQLiteDatabase& reader) : reader_(reader) { reader_.execute("BEGIN"); }
+    Snapshot(const Snapshot&) = delete;
+    Snapshot& operator=(const Snapshot&) = delete;
+    ~Snapshot() {
+        try {
+            reader_.execute("COMMIT");
+        } catch (const SQLiteDatabase::Error&) {
+            // Nothing was written; closing the connection ends the transaction as well.
+        }
+    }
+
+private:
+    SQLiteDatabase& reader_;
+};
 
 /// Writes objects one after the other and counts the values that cannot be read.
 class Dump {
 public:
-    explicit Dump(Session& session) : session_(session) {}
+    explicit Dump(Session& session)
+        : session_(session), context_(session.context()), snapshot_(context_.reader()) {}
 
     void writeAll(const EntityDescription& entity) {
-        StoreContext& context = session_.context();
         for (std::size_t offset = 0;; offset += pageSize) {
             const auto page =
-                context.fetchObjects(entity.kind, {.limit = pageSize, .offset = offset});
-            for (StoreObject* object : page)
-                write(*object);
-            if (page.size() < pageSize) break;
-            context.reset();
+                context_.fetchObjects(entity.kind, {.limit = pageSize, .offset = offset});
+            for (std::size_t i = 0; i < page.size(); ++i) {
+                write(*page[i]);
+                if (i % heavyCount == 0) context_.releaseLargeValues();
+            }
+            context_.reset();
+            if (page.size() < pageSize) return;
         }
-        context.reset();
     }
 
     std::size_t unreadable() const { return unreadable_; }
@@ -43,6 +64,8 @@ private:
     }
 
     Session& session_;
+    StoreContext& context_;
+    Snapshot snapshot_;
     std::size_t unreadable_ = 0;
 };
 

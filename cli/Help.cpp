@@ -1,11 +1,15 @@
 #include "cli/Help.h"
 
+#include "cli/DisplayText.h"
+
 #include <algorithm>
 #include <vector>
 
 namespace tesserine::cli {
 
 namespace {
+
+constexpr std::size_t lineColumns = 80;
 
 struct Entry {
     std::string name;
@@ -38,6 +42,13 @@ std::string optionList(const std::vector<Option>& options) {
     return listed(entries);
 }
 
+std::string globalOptionList() {
+    std::vector<Option> options = globalOptions();
+    options.push_back({.name = "help", .summary = "Show help on the command"});
+    options.push_back({.name = "version", .summary = "Show the version"});
+    return "\nOptions of every command:\n" + optionList(options);
+}
+
 std::string commandList(const std::vector<const Command*>& shown) {
     std::vector<Entry> entries;
     for (const Command* command : shown)
@@ -49,6 +60,23 @@ std::string word(const Argument& argument) {
     std::string text(argument.name);
     if (argument.isRepeatable) text += "…";
     return argument.isOptional ? "[" + text + "]" : text;
+}
+
+/// Lines of at most `lineColumns` columns.
+std::string wrapped(std::string_view text) {
+    std::string result;
+    std::size_t columns = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(' '), text.size());
+        const std::string_view next = text.substr(0, end);
+        const std::size_t width = displayWidth(next);
+        const bool fits = columns > 0 && columns + 1 + width <= lineColumns;
+        if (columns > 0) result += fits ? ' ' : '\n';
+        columns = fits ? columns + 1 + width : width;
+        result += next;
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return result + "\n";
 }
 
 }  // namespace
@@ -74,14 +102,13 @@ std::string overallHelp() {
     for (const Command& command : commands())
         all.push_back(&command);
     text += commandList(all);
-    text += "\nOptions of every command:\n" + optionList(globalOptions());
+    text += globalOptionList();
     text += "\n“tesserine COMMAND --help” tells more about a command and shows an example.\n";
     return text;
 }
 
 std::string groupHelp(std::string_view group) {
-    std::vector<const Command*> shown = commandsOf(group);
-    if (const Command* itself = findCommand(group)) shown.insert(shown.begin(), itself);
+    const std::vector<const Command*> shown = commandsOf(group);
     return "Usage: tesserine " + std::string(group) + " …\n\nCommands:\n" + commandList(shown)
            + "\n“tesserine " + std::string(shown.back()->path)
            + " --help” and so on tell more.\n\nExample:\n  " + std::string(shown.front()->example)
@@ -91,9 +118,11 @@ std::string groupHelp(std::string_view group) {
 std::string commandHelp(const Command& command) {
     std::string text = "Usage: " + synopsis(command) + "\n\n";
     text += std::string(command.summary) + ".\n";
-    if (!command.details.empty()) text += "\n" + std::string(command.details) + "\n";
+    if (!command.details.empty()) text += "\n" + wrapped(command.details);
     if (!command.options.empty()) text += "\nOptions:\n" + optionList(command.options);
-    text += "\nOptions of every command:\n" + optionList(globalOptions());
+    const auto others = commandsOf(command.path);
+    if (!others.empty()) text += "\nSee also:\n" + commandList(others);
+    text += globalOptionList();
     text += "\nExample:\n  " + std::string(command.example) + "\n";
     return text;
 }

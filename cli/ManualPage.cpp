@@ -1,17 +1,36 @@
 #include "base/Product.h"
 #include "cli/Help.h"
 
+#include <algorithm>
+#include <array>
+#include <utility>
+
 namespace tesserine::cli {
 
 namespace {
+
+/// The escapes for the characters beyond ASCII that our texts hold; plain roff reads bytes.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 3> escapes{{
+    {"“", "\\(lq"},
+    {"”", "\\(rq"},
+    {"…", "..."},
+}};
 
 /// Text as roff prints it: a backslash is written "\e", a hyphen that is typed "\-", and a point
 /// or quote at the start of a line orders nothing.
 std::string roff(std::string_view text) {
     std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        const bool startsLine = i == 0 || text[i - 1] == '\n';
+    bool startsLine = true;
+    while (!text.empty()) {
+        const auto escape = std::ranges::find_if(
+            escapes, [&](const auto& entry) { return text.starts_with(entry.first); });
+        if (escape != escapes.end()) {
+            result += escape->second;
+            text.remove_prefix(escape->first.size());
+            startsLine = false;
+            continue;
+        }
+        const char c = text.front();
         if (startsLine && (c == '.' || c == '\'')) result += "\\&";
         if (c == '\\') {
             result += "\\e";
@@ -20,6 +39,8 @@ std::string roff(std::string_view text) {
         } else {
             result += c;
         }
+        startsLine = c == '\n';
+        text.remove_prefix(1);
     }
     return result;
 }

@@ -33,10 +33,8 @@ ExitStatus generate(const std::vector<std::string>& line, Environment& environme
 }
 
 ExitStatus help(const ParsedLine& parsed, Environment& environment) {
-    if (parsed.command != nullptr && commandsOf(parsed.command->path).empty()) {
+    if (parsed.command != nullptr) {
         environment.output << commandHelp(*parsed.command);
-    } else if (parsed.command != nullptr) {
-        environment.output << commandHelp(*parsed.command) << '\n' << groupHelp(parsed.group);
     } else if (!parsed.group.empty()) {
         environment.output << groupHelp(parsed.group);
     } else {
