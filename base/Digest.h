@@ -17,6 +17,8 @@ public:
     SHA256();
     SHA256(SHA256&&) noexcept;
     SHA256& operator=(SHA256&&) noexcept;
+    SHA256(const SHA256&) = delete;
+    SHA256& operator=(const SHA256&) = delete;
     ~SHA256();
 
     void update(std::span<const std::uint8_t> bytes);

@@ -22,8 +22,9 @@ std::uint8_t base64Value(char c) { return base64Values[static_cast<std::uint8_t>
 constexpr std::array<std::uint8_t, 256> hexValues = [] {
     std::array<std::uint8_t, 256> values{};
     values.fill(notInAlphabet);
-    for (std::uint8_t i = 0; i < 10; ++i)
+    for (std::uint8_t i = 0; i < 10; ++i) {
         values['0' + i] = i;
+    }
     for (std::uint8_t i = 0; i < 6; ++i) {
         values['a' + i] = static_cast<std::uint8_t>(10 + i);
         values['A' + i] = static_cast<std::uint8_t>(10 + i);

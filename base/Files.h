@@ -77,6 +77,8 @@ public:
         const std::filesystem::path& lockFile, std::chrono::milliseconds timeout);
     FolderLock(FolderLock&&) noexcept;
     FolderLock& operator=(FolderLock&&) noexcept;
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
     ~FolderLock();
 
 private:

@@ -82,8 +82,9 @@ std::size_t firstCluster(std::string_view text) {
 
 std::size_t characterCount(std::string_view text) {
     std::size_t count = 0;
-    for (; !text.empty(); ++count)
+    for (; !text.empty(); ++count) {
         text.remove_prefix(firstCluster(text));
+    }
     return count;
 }
 
@@ -91,8 +92,9 @@ std::string_view prefix(std::string_view text, std::size_t limit) {
     // No cluster is shorter than a byte.
     if (limit >= text.size()) return text;
     std::size_t end = 0;
-    for (; limit > 0 && end < text.size(); --limit)
+    for (; limit > 0 && end < text.size(); --limit) {
         end += firstCluster(text.substr(end));
+    }
     return text.substr(0, end);
 }
 

@@ -1,61 +1,21 @@
 #include "base/Instant.h"
 
+#include "base/ISO8601.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace tesserine {
 namespace {
 
+using iso8601::putDigits;
+using iso8601::Scanner;
 using std::chrono::days;
 using std::chrono::sys_days;
 
 constexpr std::int64_t millisecondsPerDay = 86'400'000;
 constexpr std::int64_t firstMillisecond = -62'167'219'200'000;  // 0000-01-01T00:00:00.000Z
 constexpr std::int64_t lastMillisecond = 253'402'300'799'999;   // 9999-12-31T23:59:59.999Z
-
-/// Writes `value` as `width` digits ending before `end`.
-void putDigits(char* end, int value, int width) {
-    for (; width > 0; --width) {
-        *--end = static_cast<char>('0' + value % 10);
-        value /= 10;
-    }
-}
-
-/// Takes characters off the front of a text and remembers whether all were as expected.
-class Scanner {
-public:
-    explicit Scanner(std::string_view text) : rest_(text) {}
-
-    bool isGood() const { return isGood_; }
-    bool isAtEnd() const { return rest_.empty(); }
-    bool startsWith(char c) const { return !rest_.empty() && rest_.front() == c; }
-    bool startsWithDigit() const {
-        return !rest_.empty() && rest_.front() >= '0' && rest_.front() <= '9';
-    }
-
-    void expect(char c) {
-        isGood_ = isGood_ && startsWith(c);
-        if (isGood_) rest_.remove_prefix(1);
-    }
-    int digit() {
-        isGood_ = isGood_ && startsWithDigit();
-        if (!isGood_) return 0;
-        const int value = rest_.front() - '0';
-        rest_.remove_prefix(1);
-        return value;
-    }
-    int number(int width, int least, int greatest) {
-        int value = 0;
-        for (; width > 0; --width)
-            value = value * 10 + digit();
-        isGood_ = isGood_ && value >= least && value <= greatest;
-        return value;
-    }
-
-private:
-    std::string_view rest_;
-    bool isGood_ = true;
-};
 
 /// A fraction of a second, as whole milliseconds and what is left below them.
 struct Fraction {
@@ -71,8 +31,10 @@ Fraction readFraction(Scanner& scanner) {
     fraction.milliseconds = scanner.digit() * 100;
     if (scanner.startsWithDigit()) fraction.milliseconds += scanner.digit() * 10;
     if (scanner.startsWithDigit()) fraction.milliseconds += scanner.digit();
-    for (double unit = 1e-4; scanner.startsWithDigit(); unit /= 10) {
+    double unit = 1e-4;
+    while (scanner.startsWithDigit()) {
         fraction.rest += scanner.digit() * unit;
+        unit /= 10;
     }
     return fraction;
 }
@@ -112,7 +74,7 @@ std::optional<Instant> Instant::parseISO(std::string_view text) {
     const int second = scanner.number(2, 0, 59);
     const Fraction fraction = readFraction(scanner);
     const int offset = readOffset(scanner);
-    if (!scanner.isGood() || !scanner.isAtEnd()) return std::nullopt;
+    if (!scanner.isDone()) return std::nullopt;
 
     const std::chrono::year_month_day date{
         std::chrono::year(year),
@@ -121,7 +83,8 @@ std::optional<Instant> Instant::parseISO(std::string_view text) {
     if (!date.ok()) return std::nullopt;
 
     const std::int64_t dayCount = sys_days(date).time_since_epoch().count();
-    const std::int64_t seconds = dayCount * 86'400 + hour * 3600 + minute * 60 + second - offset;
+    const std::int64_t hours = dayCount * 24 + hour;
+    const std::int64_t seconds = (hours * 60 + minute) * 60 + second - offset;
     const Instant whole = fromMilliseconds(seconds * 1000 + fraction.milliseconds);
     return fraction.rest == 0 ? whole : whole + Duration(fraction.rest);
 }

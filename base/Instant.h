@@ -42,6 +42,7 @@ public:
     /// The same instant rounded down to a whole millisecond, as every stamp in the library is.
     Instant floorToMillisecond() const;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the comparison for a pointer.
     friend constexpr auto operator<=>(const Instant&, const Instant&) = default;
     friend constexpr Duration operator-(Instant a, Instant b) {
         return Duration(a.seconds_ - b.seconds_);

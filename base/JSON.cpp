@@ -16,6 +16,7 @@ using Piece = boost::json::string_view;
 
 /// Builds the value from the parser's events. The library's own builder reads one in ten doubles a
 /// little wrong, which would move instants; this one reads them from their text.
+// NOLINTBEGIN(readability-identifier-naming): the parser asks for these names.
 struct Builder {
     static constexpr std::size_t max_object_size = boost::json::object::max_size();
     static constexpr std::size_t max_array_size = boost::json::array::max_size();
@@ -87,6 +88,7 @@ struct Builder {
     bool on_comment_part(Piece /*unused*/, error_code& /*unused*/) { return true; }
     bool on_comment(Piece /*unused*/, error_code& /*unused*/) { return true; }
 };
+// NOLINTEND(readability-identifier-naming)
 
 void appendQuoted(std::string& out, std::string_view text) {
     constexpr std::string_view digits = "0123456789abcdef";
@@ -129,7 +131,7 @@ void appendDouble(std::string& out, double number) {
     const bool isPlain = size == 0 || (size >= 1e-7 && size < 1e21);
     const auto format = isPlain ? std::chars_format::fixed : std::chars_format::scientific;
     std::array<char, 64> digits{};
-    const auto end =
+    auto* const end =
         std::to_chars(digits.data(), digits.data() + digits.size(), number, format).ptr;
     const std::string_view written(digits.data(), static_cast<std::size_t>(end - digits.data()));
     out += written;

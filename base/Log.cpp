@@ -41,8 +41,9 @@ void appendEscaped(std::string& line, char32_t scalar) {
         return;
     }
     line += "\\u";
-    for (int shift = 12; shift >= 0; shift -= 4)
+    for (int shift = 12; shift >= 0; shift -= 4) {
         line.push_back(digits[scalar >> shift & 0xF]);
+    }
 }
 
 /// One line whatever `message` holds: an entry cannot be forged, nor a terminal be steered.
@@ -69,8 +70,9 @@ std::string escaped(std::string_view message) {
 /// The first bytes of valid `line`, whole scalars only.
 std::string_view cut(std::string_view line, std::size_t limit) {
     if (line.size() <= limit) return line;
-    while (limit > 0 && (static_cast<unsigned char>(line[limit]) & 0xC0) == 0x80)
+    while (limit > 0 && (static_cast<unsigned char>(line[limit]) & 0xC0) == 0x80) {
         --limit;
+    }
     return line.substr(0, limit);
 }
 
@@ -90,6 +92,8 @@ class FileLogSink final : public LogSink {
 public:
     explicit FileLogSink(std::filesystem::path file) : file_(std::move(file)) {}
     ~FileLogSink() override { closeFile(); }
+    FileLogSink(const FileLogSink&) = delete;
+    FileLogSink& operator=(const FileLogSink&) = delete;
 
     void write(LogLevel level, std::string_view line) noexcept override {
         try {

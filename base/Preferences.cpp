@@ -217,8 +217,9 @@ std::vector<std::string> Preferences::keys() const {
     const std::lock_guard lock(state_->mutex);
     state_->refresh();
     std::vector<std::string> keys;
-    for (const auto& member : state_->values)
+    for (const auto& member : state_->values) {
         keys.emplace_back(member.key());
+    }
     std::ranges::sort(keys);
     return keys;
 }
@@ -248,15 +249,16 @@ void Preferences::set(std::string_view key, std::string_view text) {
 
 void Preferences::set(std::string_view key, const std::vector<std::string>& texts) {
     boost::json::array array;
-    for (const std::string& text : texts)
+    for (const std::string& text : texts) {
         array.emplace_back(text);
+    }
     state_->write([&](object& values) { values[{key.data(), key.size()}] = array; });
 }
 
 void Preferences::remove(std::string_view key) {
     state_->write([&](object& values) {
         // Keeps the other keys in their order.
-        const auto found = values.find({key.data(), key.size()});
+        auto* const found = values.find({key.data(), key.size()});
         if (found != values.end()) values.stable_erase(found);
     });
 }

@@ -25,6 +25,8 @@ public:
     static Preferences inMemory();
     Preferences(Preferences&&) noexcept;
     Preferences& operator=(Preferences&&) noexcept;
+    Preferences(const Preferences&) = delete;
+    Preferences& operator=(const Preferences&) = delete;
     ~Preferences();
 
     /// None when absent or of another type. A whole JSON number is an integer; 7.5 and "7" are not.
@@ -40,13 +42,13 @@ public:
     std::optional<std::string> json(std::string_view key) const;
 
     /// These throw `FileError`.
-    void set(std::string_view key, std::int64_t value);
-    void set(std::string_view key, int value) { set(key, std::int64_t{value}); }
-    void set(std::string_view key, double value);
-    void set(std::string_view key, bool value);
-    void set(std::string_view key, std::string_view value);
-    void set(std::string_view key, const char* value) { set(key, std::string_view(value)); }
-    void set(std::string_view key, const std::vector<std::string>& value);
+    void set(std::string_view key, std::int64_t number);
+    void set(std::string_view key, int number) { set(key, std::int64_t{number}); }
+    void set(std::string_view key, double number);
+    void set(std::string_view key, bool isTrue);
+    void set(std::string_view key, std::string_view text);
+    void set(std::string_view key, const char* text) { set(key, std::string_view(text)); }
+    void set(std::string_view key, const std::vector<std::string>& texts);
     void remove(std::string_view key);
 
 private:

@@ -56,8 +56,9 @@ void replaceDotsAndSpacesAtEnds(std::string& name) {
     const std::size_t first = std::min(name.find_first_not_of(dotsAndSpaces), name.size());
     std::fill_n(name.begin(), first, '-');
     const std::size_t last = name.find_last_not_of(dotsAndSpaces);
-    if (last != std::string::npos)
+    if (last != std::string::npos) {
         std::fill(name.begin() + static_cast<std::ptrdiff_t>(last) + 1, name.end(), '-');
+    }
 }
 
 /// The extension with its dot, or nothing.
@@ -86,7 +87,7 @@ std::string_view cut(std::string_view stem, std::size_t characters, std::size_t 
 bool isReserved(std::string_view name) {
     const std::string stem = text::asciiLowercased(name.substr(0, name.find('.')));
     if (stem.size() < 3 || stem.size() > 4) return false;
-    const auto found = std::ranges::find(reservedNames, std::string_view(stem).substr(0, 3));
+    const auto* const found = std::ranges::find(reservedNames, std::string_view(stem).substr(0, 3));
     if (found == reservedNames.end()) return false;
     const bool takesNumber = *found == "com" || *found == "lpt";
     return takesNumber ? stem.size() == 4 && stem[3] >= '0' && stem[3] <= '9' : stem.size() == 3;

@@ -31,7 +31,7 @@ struct SerialQueue::State {
     std::thread thread;  // joined by the destructor of the queue
 
     void run();
-    void runTask(std::function<void()> task) noexcept;
+    void runTask(const std::function<void()>& task) const noexcept;
 };
 
 void SerialQueue::State::run() {
@@ -46,12 +46,12 @@ void SerialQueue::State::run() {
         std::function<void()> task = std::move(tasks.front());
         tasks.pop_front();
         lock.unlock();
-        runTask(std::move(task));
+        runTask(task);
         lock.lock();
     }
 }
 
-void SerialQueue::State::runTask(std::function<void()> task) noexcept {
+void SerialQueue::State::runTask(const std::function<void()>& task) const noexcept {
     try {
         task();
     } catch (const std::exception& error) {

@@ -36,8 +36,9 @@ std::size_t trailingWhiteSpace(std::string_view text) {
     if (isASCIIWhiteSpace(text.back())) return 1;
     if (static_cast<unsigned char>(text.back()) < 0x80) return 0;
     std::size_t start = text.size() - 1;
-    while (start > 0 && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80)
+    while (start > 0 && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80) {
         --start;
+    }
     const utf8::Scalar scalar = utf8::first(text.substr(start));
     return isWhiteSpaceAboveASCII(scalar.value) ? scalar.length : 0;
 }

@@ -53,6 +53,8 @@ public:
     explicit Collator(const std::string& locale);
     Collator(Collator&&) noexcept;
     Collator& operator=(Collator&&) noexcept;
+    Collator(const Collator&) = delete;
+    Collator& operator=(const Collator&) = delete;
     ~Collator();
 
     /// Less than, equal to or greater than zero. Safe from several threads.

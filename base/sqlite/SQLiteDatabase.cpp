@@ -104,8 +104,8 @@ bool Error::isIOError() const noexcept { return primaryCode(resultCode_) == SQLI
 SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file)
     : SQLiteDatabase(file, Options{}) {}
 
-SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file, Options options)
-    : url_(file), options_(std::move(options)) {
+SQLiteDatabase::SQLiteDatabase(std::filesystem::path file, Options options)
+    : url_(std::move(file)), options_(std::move(options)) {
     open();
     if (options_.isHardened) harden();
     if (options_.pageSize > 0) {
@@ -230,7 +230,7 @@ void SQLiteDatabase::transaction(const std::function<void()>& body) {
     }
 }
 
-void SQLiteDatabase::rollBackQuietly() noexcept {
+void SQLiteDatabase::rollBackQuietly() const noexcept {
     // Often SQLite has rolled back by itself; the error that led here is the one to be told.
     sqlite3_exec(handle(), "ROLLBACK;", nullptr, nullptr, nullptr);
 }
@@ -295,7 +295,7 @@ bool SQLiteDatabase::checkpoint(Checkpoint how) {
     return framesInJournal == framesMoved;
 }
 
-void SQLiteDatabase::interrupt() { sqlite3_interrupt(handle()); }
+void SQLiteDatabase::interrupt() const { sqlite3_interrupt(handle()); }
 
 int sqliteVersionNumber() { return sqlite3_libversion_number(); }
 

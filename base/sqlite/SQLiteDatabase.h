@@ -73,7 +73,7 @@ public:
     /// Opens `file` (a path, or ":memory:" with Journal::memory). Throws `Error` (open, or step for
     /// a setting); nothing stays open then.
     explicit SQLiteDatabase(const std::filesystem::path& file);
-    SQLiteDatabase(const std::filesystem::path& file, Options options);
+    SQLiteDatabase(std::filesystem::path file, Options options);
     SQLiteDatabase(const SQLiteDatabase&) = delete;
     SQLiteDatabase& operator=(const SQLiteDatabase&) = delete;
     ~SQLiteDatabase();
@@ -123,7 +123,7 @@ public:
         int pagesPerStep,
         const std::function<bool(int remaining, int total)>& progress);
     /// Ends a running statement of this connection from another thread.
-    void interrupt();
+    void interrupt() const;
 
     sqlite3* handle() const noexcept { return handle_.get(); }
 
@@ -132,7 +132,7 @@ private:
     void open();
     void harden();
     void setJournal();
-    void rollBackQuietly() noexcept;
+    void rollBackQuietly() const noexcept;
     bool copyPages(
         SQLiteDatabase& copy,
         int pagesPerStep,

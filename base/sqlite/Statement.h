@@ -23,6 +23,8 @@ class Statement {
 public:
     Statement(Statement&&) noexcept;
     Statement& operator=(Statement&&) noexcept;
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
     ~Statement();
 
     /// SQLite copies the text, so `text` may go away at once. It ends at the first U+0000.
