@@ -59,6 +59,7 @@ struct StoreContext::State {
     StoreObject* objectWithKey(EntityKind kind, std::int64_t key);
     StoreObject* known(EntityKind kind, std::int64_t key);
     StoreObject& adopt(std::unique_ptr<StoreObject> object);
+    bool load(StoreObject& object, std::size_t attribute);
     /// Reads the row again; what was changed here stays. False when the row is gone.
     bool refresh(StoreObject& object);
     void retire(StoreObject& object);

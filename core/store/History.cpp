@@ -107,6 +107,14 @@ std::int64_t lastNumber(SQLiteDatabase& database) {
         "SELECT IFNULL((SELECT seq FROM sqlite_sequence WHERE name = 'Z_HISTORY'), 0)");
 }
 
+bool isCompleteAfter(SQLiteDatabase& database, std::int64_t number) {
+    Statement& row = database.cached("SELECT min(ID) FROM Z_HISTORY");
+    const bool hasRows = row.step() && !row.isNull(0);
+    const std::int64_t first = hasRows ? row.integer(0) : lastNumber(database) + 1;
+    row.reset();
+    return first <= number + 1;
+}
+
 void setMark(
     SQLiteDatabase& database, const std::string& name, std::int64_t number, Instant timestamp) {
     Statement& row = database.cached(
@@ -128,11 +136,15 @@ std::optional<std::int64_t> mark(SQLiteDatabase& database, const std::string& na
 }
 
 std::int64_t lastPrunable(SQLiteDatabase& database, Instant now) {
+    // Up to the first young one: a clock that was wrong for a while does not take those before it
+    // along. An instant far ahead is the work of such a clock as well.
     Statement& row = database.cached(
-        "SELECT min(IFNULL((SELECT max(ID) FROM Z_HISTORY WHERE TIMESTAMP < ?1), 0), "
-        "IFNULL((SELECT min(ID) FROM Z_HISTORY_MARK WHERE TIMESTAMP >= ?2), 9223372036854775807))");
+        "SELECT min(IFNULL((SELECT min(ID) - 1 FROM Z_HISTORY WHERE TIMESTAMP BETWEEN ?1 AND ?2), "
+        "IFNULL((SELECT max(ID) FROM Z_HISTORY), 0)), "
+        "IFNULL((SELECT min(ID) FROM Z_HISTORY_MARK WHERE TIMESTAMP >= ?3), 9223372036854775807))");
     row.bindDouble(1, (now - lifetime).referenceSeconds());
-    row.bindDouble(2, (now - markLifetime).referenceSeconds());
+    row.bindDouble(2, (now + lifetime).referenceSeconds());
+    row.bindDouble(3, (now - markLifetime).referenceSeconds());
     const std::int64_t number = row.step() ? row.integer(0) : 0;
     row.reset();
     return number;

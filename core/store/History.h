@@ -24,6 +24,8 @@ std::int64_t record(
 std::vector<StoreTransaction> after(
     SQLiteDatabase& database, std::int64_t number, std::size_t limit);
 std::int64_t lastNumber(SQLiteDatabase& database);
+/// Whether nothing after `number` was dropped.
+bool isCompleteAfter(SQLiteDatabase& database, std::int64_t number);
 
 void setMark(
     SQLiteDatabase& database, const std::string& name, std::int64_t number, Instant timestamp);

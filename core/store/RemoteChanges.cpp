@@ -5,12 +5,14 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 
 namespace tesserine {
 namespace {
 
-constexpr int pollMilliseconds = 1000;
+constexpr int longestWaitMilliseconds = 1000;
+constexpr int shortestWaitMilliseconds = 5;
 
 }  // namespace
 
@@ -42,30 +44,37 @@ RemoteChangeObserver::~RemoteChangeObserver() {
 }
 
 void RemoteChangeObserver::watch(const std::stop_token& stop) {
+    int wait = longestWaitMilliseconds;
     while (!stop.stop_requested()) {
         std::array<pollfd, 2> waits{{
             {.fd = wakeUp_, .events = POLLIN, .revents = 0},
             {.fd = notices_, .events = POLLIN, .revents = 0},
         }};
-        ::poll(waits.data(), waits.size(), pollMilliseconds);
+        ::poll(waits.data(), waits.size(), wait);
         if (stop.stop_requested()) return;
         std::array<char, 4096> events{};
-        while (notices_ >= 0 && ::read(notices_, events.data(), events.size()) > 0) {}
-        look();
+        bool isNoticed = false;
+        while (notices_ >= 0 && ::read(notices_, events.data(), events.size()) > 0)
+            isNoticed = true;
+        // The journal is written, and synced, before the commit shows: look again soon.
+        if (isNoticed) wait = shortestWaitMilliseconds;
+        wait = look() ? longestWaitMilliseconds : std::min(2 * wait, longestWaitMilliseconds);
     }
 }
 
 /// `PRAGMA data_version` changes when another connection commits, so also for this process' own
-/// saves; the reader of the history skips those.
-void RemoteChangeObserver::look() {
+/// saves; the reader of the history skips those. Tells whether there was one.
+bool RemoteChangeObserver::look() {
     try {
         const std::int64_t version = connection_->dataVersion();
-        if (version == dataVersion_) return;
+        if (version == dataVersion_) return false;
         dataVersion_ = version;
         historyQueue_.async(changed_);
+        return true;
     } catch (const SQLiteDatabase::Error& error) {
         core_.log().error(
             "watching for changes failed with code " + std::to_string(error.resultCode()));
+        return false;
     }
 }
 

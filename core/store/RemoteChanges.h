@@ -21,7 +21,7 @@ public:
 
 private:
     void watch(const std::stop_token& stop);
-    void look();
+    bool look();
 
     StoreCore& core_;
     SerialQueue& historyQueue_;

@@ -6,6 +6,12 @@
 #include <cassert>
 
 namespace tesserine {
+namespace {
+
+/// Of an object whose row is to be read again before anything is believed of it.
+constexpr std::int64_t unknownVersion = -1;
+
+}  // namespace
 
 StoreContext::StoreContext(std::shared_ptr<StoreCore> core, std::unique_ptr<MergePolicy> policy)
     : state_(std::make_unique<State>(*this, std::move(core), std::move(policy))) {}
@@ -95,23 +101,26 @@ bool StoreContext::hasChanges() const {
 }
 
 void StoreContext::rollback() {
+    const auto guard = state_->core->reading();
     const auto pending = std::move(state_->pending);
     state_->pending.clear();
     state_->links.clear();
+    // All are clean before the first is read, and unread: an error of the disk leaves no object
+    // that looks saved and is not.
     for (StoreObject* object : pending) {
         object->isPending_ = false;
         object->changed_ = 0;
         object->changedLinks_ = 0;
-        if (object->isInserted()) {
-            object->isDeleted_ = true;
-            state_->retire(*object);
-            continue;
-        }
-        object->isDeleted_ = false;
-        readingLibrary([&] {
-            if (!state_->refresh(*object)) state_->retire(*object);
-        });
+        object->isDeleted_ = object->isInserted();
+        if (object->isInserted()) continue;
+        object->loaded_ = 0;
+        object->version_ = unknownVersion;
     }
+    readingLibrary([&] {
+        for (StoreObject* object : pending) {
+            if (object->isInserted() || !state_->refresh(*object)) state_->retire(*object);
+        }
+    });
 }
 
 void StoreContext::reset() {
@@ -240,26 +249,37 @@ void StoreContext::loadAttribute(StoreObject& object, std::size_t attribute) {
     if (object.isDeleted() && object.isInserted()) return;
     const auto guard = state_->core->reading();
     readingLibrary([&] {
-        const RowMapper& mapper = state_->core->mapper(object.entity().kind);
-        const bool isDetail = mapper.entity().attributes[attribute].tier == Tier::detail;
-        const std::string& sql = isDetail ? mapper.selectDetails() : mapper.selectLarge(attribute);
-        Statement& row = state_->reader().cached(sql);
-        row.bindInteger(1, object.key());
-        const bool isThere = row.step();
-        if (isThere && row.integer(0) != object.version_ && !object.isChanged()) {
-            row.reset();
-            state_->refresh(object);  // so that all its values are of one version
-            row.step();
-        }
-        if (!isThere) {
-            object.loaded_ |= std::uint64_t{1} << attribute;  // the row is gone: nothing to read
-        } else if (isDetail) {
-            mapper.readDetails(row, object);
-        } else {
-            RowMapper::read(row, 1, object, attribute, state_->core->external());
-        }
-        row.reset();
+        // Somebody may replace a value, and remove its file, just after the row was read.
+        if (!state_->load(object, attribute)) state_->load(object, attribute);
     });
+}
+
+/// Reads one large value, or all details. False when the row names a file that is not there.
+bool StoreContext::State::load(StoreObject& object, std::size_t attribute) {
+    const RowMapper& mapper = core->mapper(object.entity().kind);
+    const AttributeDescription& description = mapper.entity().attributes[attribute];
+    const bool isDetail = description.tier == Tier::detail;
+    Statement& row =
+        reader().cached(isDetail ? mapper.selectDetails() : mapper.selectLarge(attribute));
+    row.bindInteger(1, object.key());
+    bool isThere = row.step();
+    if (isThere && row.integer(0) != object.version_ && !object.isChanged()) {
+        row.reset();
+        refresh(object);  // so that all its values are of one version
+        isThere = row.step();
+    }
+    bool isComplete = true;
+    if (!isThere) {
+        object.loaded_ |= std::uint64_t{1} << attribute;  // the row is gone: nothing to read
+    } else if (isDetail) {
+        mapper.readDetails(row, object);
+    } else {
+        RowMapper::read(row, 1, object, attribute, core->external());
+        isComplete = !description.isExternal || object.slot<Bytes>(description)
+                     || !ExternalValues::fileName(row.blob(1));
+    }
+    row.reset();
+    return isComplete;
 }
 
 StoreObject* StoreContext::resolve(EntityKind kind, LinkSlot& slot) {

@@ -2,6 +2,7 @@
 
 #include "base/FailPoint.h"
 #include "base/Text.h"
+#include "core/store/History.h"
 #include "core/store/LibraryBackup.h"
 #include "core/store/PredicateTree.h"
 #include "core/store/StoreContext.h"
@@ -68,6 +69,7 @@ StoreCore::StoreCore(StoreConfiguration configuration, const StoreEnvironment& e
         } else {
             openFile();
         }
+        numberAtOpening_ = history::lastNumber(*writer_);
         isOpening_ = false;
     } catch (const SQLiteDatabase::Error& error) {
         throw StoreError::loadFailed(explain(error));
@@ -104,7 +106,6 @@ void StoreCore::openFile() {
     writer_ = connect(file(), SQLiteDatabase::Access::readWrite);
     identity_ = identify();
     checkIntegrity(*writer_);
-    backUpBeforeMigration();
     backUpBeforeMigration();
     schema::migrate(*writer_);
 }
@@ -269,8 +270,14 @@ void StoreCore::close(std::shared_ptr<SQLiteDatabase>& connection) noexcept {
 
 void StoreCore::publish(const std::vector<ObjectChange>& changes, const StoreContext* source) {
     const std::scoped_lock lock(followersMutex_);
-    for (const auto& follower : followers_)
-        follower(changes, source);
+    for (const auto& follower : followers_) {
+        try {
+            follower(changes, source);
+        } catch (const std::exception& error) {
+            // The save stands; only its news did not arrive.
+            log_.error(std::string("a save could not be passed on: ") + error.what());
+        }
+    }
 }
 
 void StoreCore::subscribe(

@@ -70,6 +70,8 @@ public:
     Random& random() const { return random_; }
     const Log& log() const { return log_; }
     const std::string& author() const { return author_; }
+    /// The last transaction of the history when the library was opened.
+    std::int64_t numberAtOpening() const { return numberAtOpening_; }
     bool wasCreated() const { return wasCreated_; }
     bool wasEndedUncleanly() const { return wasEndedUncleanly_; }
 
@@ -105,6 +107,7 @@ private:
     std::string vfs_;
     bool createIfMissing_;
     bool isOpening_ = true;  ///< the opening itself holds the lock of the folder
+    std::int64_t numberAtOpening_ = 0;
     bool wasCreated_ = false;
     bool wasEndedUncleanly_ = false;
     ExternalValues external_;
@@ -114,7 +117,7 @@ private:
 
     std::recursive_timed_mutex writerMutex_;
     std::shared_ptr<SQLiteDatabase> writer_;  // in memory also every reader's
-    std::mutex followersMutex_;
+    std::recursive_mutex followersMutex_;     // a follower may save, too
     std::vector<std::function<void(const std::vector<ObjectChange>&, const StoreContext*)>>
         followers_;
 };

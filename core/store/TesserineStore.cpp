@@ -9,6 +9,7 @@
 #include "core/store/StoreSchema.h"
 
 #include <algorithm>
+#include <deque>
 #include <mutex>
 #include <thread>
 
@@ -33,12 +34,15 @@ StoreConfiguration StoreConfiguration::forTests(
 /// What keeps the main context up to date with others.
 struct TesserineStore::Observing {
     std::thread::id viewThread = std::this_thread::get_id();
-    Executor executor;
 
     std::mutex mutex;  // guards what follows
+    Executor executor;
     std::int64_t lastNumber = 0;
     Instant lastHistoryDate;
-    std::vector<std::vector<ObjectChange>> waiting;  // saved elsewhere, not yet merged
+    std::deque<std::vector<ObjectChange>> waiting;  // saved elsewhere, not yet merged
+
+    std::mutex readerMutex;  // guards what follows; taken after `StoreCore::reading`
+    std::shared_ptr<SQLiteDatabase> reader;
 
     std::unique_ptr<SerialQueue> historyQueue;
     std::unique_ptr<RemoteChangeObserver> remoteChangeObserver;
@@ -47,7 +51,7 @@ struct TesserineStore::Observing {
 TesserineStore::TesserineStore(
     StoreConfiguration configuration, const StoreEnvironment& environment)
     : core_(std::make_shared<StoreCore>(std::move(configuration), environment)),
-      observing_(std::make_unique<Observing>()) {
+      observing_(std::make_shared<Observing>()) {
     const Log& log = core_->log();
     if (core_->configuration().cloudKitContainerIdentifier) {
         log.info("a mirroring container was named and is ignored on this platform");
@@ -55,21 +59,19 @@ TesserineStore::TesserineStore(
     if (!core_->configuration().inMemory) schema::repairIndexes(core_->file(), log);
     viewContext_.reset(new StoreContext(
         core_, std::make_unique<ConflictPreservingMergePolicy>(log.category("merge"))));
-    try {
-        observing_->lastNumber = history::lastNumber(viewContext_->reader());
-    } catch (const SQLiteDatabase::Error& error) {
-        throw StoreError::loadFailed(StoreCore::explain(error));
-    }
+    observing_->lastNumber = core_->numberAtOpening();
     observing_->lastHistoryDate = environment.clock.now();
     core_->subscribe([this](const auto& changes, const StoreContext* source) {
         if (source == viewContext_.get()) return;
-        if (std::this_thread::get_id() == observing_->viewThread && !observing_->executor) {
-            viewContext_->merge(changes);
-            return;
+        {
+            const std::scoped_lock lock(observing_->mutex);
+            observing_->waiting.push_back(changes);
         }
-        const std::scoped_lock lock(observing_->mutex);
-        observing_->waiting.push_back(changes);
-        if (observing_->executor) observing_->executor([this] { mergeWaiting(); });
+        if (std::this_thread::get_id() == observing_->viewThread) {
+            mergeWaiting();
+        } else {
+            mergeSoon();
+        }
     });
 }
 
@@ -78,16 +80,41 @@ TesserineStore::~TesserineStore() {
     observing_->historyQueue.reset();
     core_->unsubscribe();
     viewContext_.reset();
+    core_->close(observing_->reader);
 }
 
-void TesserineStore::mergeWaiting() {
-    std::vector<std::vector<ObjectChange>> waiting;
+/// Has the main thread merge, where it can be told to. It may get to it when the store is gone.
+void TesserineStore::mergeSoon() {
+    Executor executor;
     {
         const std::scoped_lock lock(observing_->mutex);
-        waiting.swap(observing_->waiting);
+        executor = observing_->executor;
     }
-    for (const auto& changes : waiting)
-        viewContext_->merge(changes);
+    if (!executor) return;
+    executor([this, open = std::weak_ptr(observing_)] {
+        if (!open.expired()) mergeWaiting();
+    });
+}
+
+/// What cannot be merged, because the disk fails, waits for the next time.
+void TesserineStore::mergeWaiting() {
+    while (true) {
+        std::vector<ObjectChange> next;
+        {
+            const std::scoped_lock lock(observing_->mutex);
+            if (observing_->waiting.empty()) return;
+            next = std::move(observing_->waiting.front());
+            observing_->waiting.pop_front();
+        }
+        try {
+            viewContext_->merge(next);
+        } catch (const StoreError&) {
+            const std::scoped_lock lock(observing_->mutex);
+            observing_->waiting.push_front(std::move(next));
+            core_->log().error("changes saved elsewhere could not be read");
+            return;
+        }
+    }
 }
 
 StoreContext& TesserineStore::viewContext() { return *viewContext_; }
@@ -98,11 +125,14 @@ std::unique_ptr<StoreContext> TesserineStore::newBackgroundContext() {
 }
 
 void TesserineStore::startObserving(Executor executor) {
-    observing_->executor = std::move(executor);
+    {
+        const std::scoped_lock lock(observing_->mutex);
+        observing_->executor = std::move(executor);
+    }
     if (core_->configuration().inMemory) return;
     observing_->historyQueue = std::make_unique<SerialQueue>("historyQueue");
     const auto read = [this] {
-        if (collectRemoteChanges()) observing_->executor([this] { mergeWaiting(); });
+        if (collectRemoteChanges()) mergeSoon();
     };
     observing_->remoteChangeObserver =
         std::make_unique<RemoteChangeObserver>(*core_, *observing_->historyQueue, read);
@@ -117,9 +147,14 @@ void TesserineStore::processRemoteChanges() {
 /// Reads the history after the last number merged; tells whether others committed anything. An
 /// empty or failed reading changes nothing.
 bool TesserineStore::collectRemoteChanges() {
+    std::int64_t lastNumber = 0;
+    {
+        const std::scoped_lock lock(observing_->mutex);
+        lastNumber = observing_->lastNumber;
+    }
     std::vector<StoreTransaction> transactions;
     try {
-        transactions = history(observing_->lastNumber);
+        transactions = history(lastNumber);
     } catch (const StoreError&) {
         core_->log().error("the history could not be read");
         return false;
@@ -137,22 +172,30 @@ bool TesserineStore::collectRemoteChanges() {
     return found;
 }
 
-std::vector<StoreTransaction> TesserineStore::history(
-    std::int64_t number, std::size_t limit) const {
+/// Reads from a connection of its own, so that any thread may ask.
+template <class Read>
+auto TesserineStore::readingHistory(Read read) const {
     return readingLibrary([&] {
         const auto guard = core_->reading();
-        auto reader = core_->openReader();
-        auto transactions = history::after(*reader, number, limit);
-        core_->close(reader);
-        return transactions;
+        const std::scoped_lock lock(observing_->readerMutex);
+        if (!observing_->reader) observing_->reader = core_->openReader();
+        return read(*observing_->reader);
     });
 }
 
+std::vector<StoreTransaction> TesserineStore::history(
+    std::int64_t number, std::size_t limit) const {
+    return readingHistory(
+        [&](SQLiteDatabase& reader) { return history::after(reader, number, limit); });
+}
+
 std::int64_t TesserineStore::lastTransactionNumber() const {
-    return readingLibrary([&] {
-        const auto guard = core_->reading();
-        return history::lastNumber(viewContext_->reader());
-    });
+    return readingHistory([](SQLiteDatabase& reader) { return history::lastNumber(reader); });
+}
+
+bool TesserineStore::keepsHistoryAfter(std::int64_t number) const {
+    return readingHistory(
+        [&](SQLiteDatabase& reader) { return history::isCompleteAfter(reader, number); });
 }
 
 Instant TesserineStore::lastHistoryDate() const {
@@ -171,10 +214,7 @@ void TesserineStore::setHistoryMark(const std::string& name, std::int64_t number
 }
 
 std::optional<std::int64_t> TesserineStore::historyMark(const std::string& name) const {
-    return readingLibrary([&] {
-        const auto guard = core_->reading();
-        return history::mark(viewContext_->reader(), name);
-    });
+    return readingHistory([&](SQLiteDatabase& reader) { return history::mark(reader, name); });
 }
 
 std::size_t TesserineStore::tidyUp() {
@@ -199,10 +239,8 @@ std::string TesserineStore::libraryID() const { return metadata("libraryID"); }
 std::string TesserineStore::historyID() const { return metadata("historyID"); }
 
 std::string TesserineStore::metadata(const std::string& name) const {
-    return readingLibrary([&] {
-        const auto guard = core_->reading();
-        Statement& row =
-            viewContext_->reader().cached("SELECT VALUE FROM Z_METADATA WHERE NAME = ?");
+    return readingHistory([&](SQLiteDatabase& reader) {
+        Statement& row = reader.cached("SELECT VALUE FROM Z_METADATA WHERE NAME = ?");
         row.bindText(1, name);
         std::string value = row.step() ? row.text(0).value_or("") : std::string();
         row.reset();

@@ -83,6 +83,9 @@ public:
     /// all.
     std::vector<StoreTransaction> history(std::int64_t number, std::size_t limit = 0) const;
     std::int64_t lastTransactionNumber() const;
+    /// Whether all history after `number` is still there. A follower for which it is not starts
+    /// from the rows.
+    bool keepsHistoryAfter(std::int64_t number) const;
     /// When the last history transaction that was merged was made; starts at the store's creation.
     Instant lastHistoryDate() const;
     /// Keeps history after `number` for the follower `name` (for at most 90 days without a new
@@ -111,12 +114,15 @@ public:
 
 private:
     std::string metadata(const std::string& name) const;
+    template <class Read>
+    auto readingHistory(Read read) const;
     bool collectRemoteChanges();
+    void mergeSoon();
     void mergeWaiting();
 
     std::shared_ptr<StoreCore> core_;  // shared with its contexts, so that either may go first
     struct Observing;
-    std::unique_ptr<Observing> observing_;
+    std::shared_ptr<Observing> observing_;  // tasks for the main thread can tell whether it is gone
     std::unique_ptr<StoreContext> viewContext_;
 };
 
