@@ -74,7 +74,7 @@ const Schema& Schema::library() {
 }
 
 const EntityDescription* Schema::entityNamed(std::string_view name) const {
-    const auto found =
+    const auto* const found =
         std::ranges::find_if(entities_, [&](const auto& entity) { return entity.name == name; });
     return found == entities_.end() ? nullptr : &*found;
 }

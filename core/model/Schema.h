@@ -79,8 +79,8 @@ struct EntityDescription {
     /// The attribute that identifies an object across libraries: `id`, or `recordID`.
     std::optional<std::size_t> identity;
 
-    std::optional<std::size_t> attributeNamed(std::string_view name) const;
-    std::optional<std::size_t> relationshipNamed(std::string_view name) const;
+    std::optional<std::size_t> attributeNamed(std::string_view wanted) const;
+    std::optional<std::size_t> relationshipNamed(std::string_view wanted) const;
 };
 
 /// The whole model, built once from the entity classes and never changed.

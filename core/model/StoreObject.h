@@ -169,7 +169,10 @@ public:
     Attribute(const Attribute&) = delete;
     ~Attribute() = default;
 
-    Attribute& operator=(const Attribute& other) { return *this = other.get(); }
+    Attribute& operator=(const Attribute& other) {
+        if (this != &other) *this = other.get();
+        return *this;
+    }
     Attribute& operator=(std::optional<T> value) {
         owner_->ensureLoaded(index_);
         if (value_ == value) return *this;
@@ -183,9 +186,8 @@ public:
         return value_;
     }
     T valueOr(T fallback) const { return get().value_or(std::move(fallback)); }
-    operator const std::optional<T>&() const {
-        return get();
-    }  // NOLINT(google-explicit-constructor): it stands for its value
+    // NOLINTNEXTLINE(google-explicit-constructor): it stands for its value.
+    operator const std::optional<T>&() const { return get(); }
     explicit operator bool() const {
         if constexpr (std::is_same_v<T, bool>) {
             return get().value_or(false);
@@ -222,16 +224,18 @@ public:
     }
     ToOne(const ToOne&) = delete;
     ~ToOne() = default;
-    ToOne& operator=(const ToOne& other) { return *this = other.get(); }
+    ToOne& operator=(const ToOne& other) {
+        if (this != &other) *this = other.get();
+        return *this;
+    }
     ToOne& operator=(T* target) {
         owner_->setTarget(index_, target);
         return *this;
     }
 
     T* get() const { return static_cast<T*>(owner_->target(index_)); }
-    operator T*() const {
-        return get();
-    }  // NOLINT(google-explicit-constructor): it stands for its target
+    // NOLINTNEXTLINE(google-explicit-constructor): it stands for its target.
+    operator T*() const { return get(); }
     T* operator->() const { return get(); }
     std::size_t index() const noexcept { return index_; }
 
