@@ -86,7 +86,7 @@ CDAttachment& AttachmentService::insert(
          .sniffed = mime::sniffed(draft.data),
          .ofExtension = mime::ofExtension(extension, registry_)});
 
-    CDAttachment& made = context.insert<CDAttachment>();
+    auto& made = context.insert<CDAttachment>();
     if (draft.id) made.id = *draft.id;
     made.filename = storedFilename(draft.filename, type);
     made.mimeType = type;
@@ -171,7 +171,7 @@ std::size_t AttachmentService::cloneReferenced(StoreContext& context, CDNote& no
 
 CDAttachment& AttachmentService::clone(
     StoreContext& context, const CDAttachment& source, CDNote& note) const {
-    CDAttachment& copy = context.insert<CDAttachment>();
+    auto& copy = context.insert<CDAttachment>();
     copy.filename = source.filename;
     copy.mimeType = source.mimeType;
     copy.byteCount = source.byteCount;

@@ -141,6 +141,7 @@ void LibraryExamination::changeRows(
     const std::function<void(SQLiteDatabase&, const RowID&)>& change) {
     if (!repairs() || rows.empty()) return;
     std::vector<ObjectChange> changes;
+    changes.reserve(rows.size());
     for (const RowID& row : rows) {
         changes.push_back(
             {.kind = ChangeKind::updated,

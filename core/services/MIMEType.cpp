@@ -103,7 +103,7 @@ std::optional<std::string> sniffed(std::span<const std::uint8_t> bytes) {
 std::string ofExtension(std::string_view extension, const TypeRegistry& registry) {
     const std::string lowered = text::lowercased(extension);
     if (const auto known = registry.typeOfExtension(lowered)) {
-        const std::string type = text::lowercased(*known);
+        std::string type = text::lowercased(*known);
         if (type == "image/heif" && lowered == "heic") return "image/heic";
         if (type == "image/vnd.microsoft.icon") return "image/x-icon";
         return type;

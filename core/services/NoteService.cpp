@@ -19,10 +19,10 @@ struct DefaultTemplate {
 constexpr std::array defaultTemplates{
     DefaultTemplate{
         "Meeting Notes",
-        "<h2>Attendees</h2><p></p><h2>Agenda</h2><p></p><h2>Action Items</h2>"
-        "<ul class=\"ts-checklist\"><li data-checked=\"false\"></li></ul>"},
+        R"(<h2>Attendees</h2><p></p><h2>Agenda</h2><p></p><h2>Action Items</h2>)"
+        R"(<ul class="ts-checklist"><li data-checked="false"></li></ul>)"},
     DefaultTemplate{
-        "To-Do List", "<ul class=\"ts-checklist\"><li data-checked=\"false\"></li></ul>"},
+        "To-Do List", R"(<ul class="ts-checklist"><li data-checked="false"></li></ul>)"},
 };
 
 constexpr const char* liveTemplates = "isTemplate == YES AND trashedAt == nil";
@@ -82,7 +82,7 @@ CDNote& NoteService::createNote(StoreContext& context, NoteDraft draft) const {
     requireTitle(draft.title);
     CanonicalBody body = stored(draft.html);
 
-    CDNote& note = context.insert<CDNote>();
+    auto& note = context.insert<CDNote>();
     if (draft.id) note.id = *draft.id;
     note.title = std::move(draft.title);
     note.html = std::move(body.html);
@@ -131,7 +131,7 @@ NoteService::EditOutcome NoteService::saveEdit(
 }
 
 CDNote& NoteService::duplicateNote(StoreContext& context, CDNote& note) const {
-    CDNote& copy = context.insert<CDNote>();
+    auto& copy = context.insert<CDNote>();
     copy.title = duplicateTitle(note.title);
     copy.html = note.html;
     copy.plainText = note.plainText;
@@ -291,7 +291,7 @@ bool NoteService::takeRevision(
     const bool isRecent = latest && *latest <= now && now - *latest < preEditInterval;
     if (reason == NoteRevisionReason::preEdit && isRecent) return false;
 
-    CDNoteRevision& taken = context.insert<CDNoteRevision>();
+    auto& taken = context.insert<CDNoteRevision>();
     taken.createdAt = now;
     taken.title = note.title;
     taken.html = note.html;
@@ -383,7 +383,7 @@ std::vector<CDNote*> NoteService::backlinks(StoreContext& context, const CDNote&
 std::string NoteService::noteURL(const Uuid& id) { return "tesserine://note/" + id.text(); }
 
 void NoteService::keepConflict(StoreContext& context, CDNote& note) const {
-    CDNoteRevision& revision = context.insert<CDNoteRevision>();
+    auto& revision = context.insert<CDNoteRevision>();
     revision.createdAt = clock_.now();
     revision.title = note.title;
     revision.html = note.html;

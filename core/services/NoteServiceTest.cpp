@@ -293,6 +293,14 @@ TEST_F(NoteServiceTest, AnEditMadeOnAnOlderStateKeepsTheOtherBody) {
     }
 }
 
+TEST_F(NoteServiceTest, ABodyThatIsEmptyNowIsNoConflict) {
+    CDNote& note = insert("Plan", "");
+    EXPECT_EQ(
+        service.saveEdit(context, note, {.html = "<p>new</p>", .loadedHTML = "<p>old</p>"}),
+        NoteService::EditOutcome::saved);
+    EXPECT_THAT(history(note), IsEmpty());
+}
+
 TEST_F(NoteServiceTest, PinnedAndFavouriteAreOne) {
     CDNote& note = insert("Plan", "");
     service.togglePin(note);

@@ -33,7 +33,7 @@ CDNotebook& NotebookService::findOrCreate(
     StoreContext& context, std::string_view name, CDNotebook* parent) const {
     if (CDNotebook* existing = find(context, name, parent)) return *existing;
 
-    CDNotebook& made = context.insert<CDNotebook>();
+    auto& made = context.insert<CDNotebook>();
     made.name = storedNotebookName(name);
     made.createdAt = clock_.now();
     made.updatedAt = made.createdAt;

@@ -15,7 +15,7 @@ CDSavedSearch& SavedSearchService::create(
     const CDSavedSearch* last = context.fetchFirst<CDSavedSearch>(
         {.sort = {{"sortIndex", SortDescriptor::Order::descending}}});
 
-    CDSavedSearch& made = context.insert<CDSavedSearch>();
+    auto& made = context.insert<CDSavedSearch>();
     made.name = storedSavedSearchName(name);
     made.query = query;
     made.sortIndex = last != nullptr ? last->sortIndex.valueOr(0) + 1 : 0;

@@ -17,7 +17,7 @@ CDTag* TagService::findOrCreate(StoreContext& context, std::string_view name) co
     if (!stored) return nullptr;
     if (CDTag* existing = find(context, *stored)) return existing;
 
-    CDTag& made = context.insert<CDTag>();
+    auto& made = context.insert<CDTag>();
     made.name = *stored;
     made.createdAt = clock_.now();
     made.updatedAt = made.createdAt;

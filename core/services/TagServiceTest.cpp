@@ -85,6 +85,7 @@ TEST_F(TagServiceTest, AMergeIntoAChildMakesNoCycle) {
     service.rename(context, parent, "deep");
     context.save();
     // "child" holds the survivor, so it cannot go below it and comes to the top.
+    EXPECT_EQ(child.parent, nullptr);
     EXPECT_THAT(outline(), ElementsAre("child", "  deep", "    sibling"));
 }
 

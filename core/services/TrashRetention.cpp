@@ -15,7 +15,7 @@ std::optional<std::int64_t> TrashRetention::days(const Preferences& preferences)
 }
 
 TrashRetention::Result TrashRetention::run(
-    StoreContext& context, const EnsureBackup& ensureBackup, std::stop_token stop) const {
+    StoreContext& context, const EnsureBackup& ensureBackup, const std::stop_token& stop) const {
     const Instant now = clock_.now();
     const bool isBelieved = noteRun(now);
     const auto wanted = days(preferences_);

@@ -53,7 +53,9 @@ public:
     /// asked once, before the first deletion; without a backup at most half of the trash goes.
     /// Throws `StoreError`; batches already saved stay deleted.
     Result run(
-        StoreContext& context, const EnsureBackup& ensureBackup, std::stop_token stop = {}) const;
+        StoreContext& context,
+        const EnsureBackup& ensureBackup,
+        const std::stop_token& stop = {}) const;
 
 private:
     /// Notes the time of this run and tells whether the clock is believed.

@@ -122,7 +122,7 @@ std::optional<std::string> TypeRegistry::describedExtension(const std::string& t
     while (begin != std::string::npos) {
         begin += mark.size();
         const std::size_t end = std::min(description.find('"', begin), description.size());
-        if (const auto extension =
+        if (auto extension =
                 extensionOfGlob(std::string_view(description).substr(begin, end - begin))) {
             return extension;
         }
