@@ -108,6 +108,9 @@ SQLiteDatabase::SQLiteDatabase(std::filesystem::path file, Options options)
     : url_(std::move(file)), options_(std::move(options)) {
     open();
     if (options_.isHardened) harden();
+    if (options_.keepsLog) {
+        sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    }
     if (options_.pageSize > 0) {
         execute("PRAGMA page_size = " + std::to_string(options_.pageSize) + ";");
     }

@@ -67,7 +67,9 @@ public:
         int pageSize = 0;              ///< bytes, for a new file; 0 leaves SQLite's
         int cacheKiB = 0;              ///< page cache; 0 leaves SQLite's
         int autoCheckpointPages = -1;  ///< -1 leaves SQLite's 1000
-        std::string vfs;               ///< empty: the default one
+        /// Closing as the last one leaves the write-ahead log as it is.
+        bool keepsLog = false;
+        std::string vfs;  ///< empty: the default one
     };
 
     /// Opens `file` (a path, or ":memory:" with Journal::memory). Throws `Error` (open, or step for

@@ -6,7 +6,6 @@
 #include "core/model/Schema.h"
 
 #include <chrono>
-#include <set>
 
 namespace tesserine {
 namespace {
@@ -17,19 +16,11 @@ constexpr std::uint8_t inFile = 2;
 constexpr std::uint64_t fileLimit = 4'000'000'000;
 constexpr std::chrono::hours strayAge{24};
 
-std::set<std::string> namesInUse(SQLiteDatabase& database) {
-    std::set<std::string> names;
-    for (const auto& entity : Schema::library().entities()) {
-        for (const auto& attribute : entity.attributes) {
-            if (!attribute.isExternal) continue;
-            Statement rows = database.prepare(
-                "SELECT substr(" + attribute.column + ", 2) FROM " + entity.table + " WHERE substr("
-                + attribute.column + ", 1, 1) = x'02'");
-            while (rows.step())
-                names.emplace(textOf(rows.blob(0)));
-        }
-    }
-    return names;
+bool hasColumn(SQLiteDatabase& database, const std::string& table, const std::string& column) {
+    return database.integer(
+               "SELECT count(*) FROM pragma_table_info('" + table + "') WHERE name = '" + column
+               + "'")
+           > 0;
 }
 
 }  // namespace
@@ -80,6 +71,24 @@ void ExternalValues::remove(const std::string& fileName) const {
     if (folder_) files::removeIfPresent(*folder_ / fileName);
 }
 
+std::set<std::string> ExternalValues::namesIn(SQLiteDatabase& database) {
+    std::set<std::string> names;
+    for (const auto& entity : Schema::library().entities()) {
+        for (const auto& attribute : entity.attributes) {
+            if (!attribute.isExternal || !hasColumn(database, entity.table, attribute.column)) {
+                continue;
+            }
+            Statement row = database.prepare(
+                "SELECT " + attribute.column + " FROM " + entity.table + " WHERE length("
+                + attribute.column + ") = 37 AND substr(" + attribute.column + ", 1, 1) = x'02'");
+            while (row.step()) {
+                if (auto name = fileName(row.blob(0))) names.insert(*name);
+            }
+        }
+    }
+    return names;
+}
+
 std::size_t ExternalValues::removeStrays(SQLiteDatabase& database) const {
     std::error_code ignored;
     if (!folder_ || !std::filesystem::is_directory(*folder_, ignored)) return 0;
@@ -91,8 +100,9 @@ std::size_t ExternalValues::removeStrays(SQLiteDatabase& database) const {
             old.push_back(entry.path().filename().string());
         }
     }
+    files::sweepTemporaries(*folder_);
     if (old.empty()) return 0;
-    const auto used = namesInUse(database);
+    const auto used = namesIn(database);
     std::size_t count = 0;
     for (const std::string& name : old) {
         if (used.contains(name)) continue;

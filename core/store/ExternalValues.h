@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 
@@ -35,8 +36,10 @@ public:
     /// The folder of the files; it need not exist.
     std::optional<std::filesystem::path> folder() const;
     void remove(const std::string& fileName) const;
+    /// The names of all files that the rows of a library, of any version, name.
+    static std::set<std::string> namesIn(SQLiteDatabase& database);
     /// Removes files that no row names and that are older than a day: a younger one may belong to a
-    /// save that another process is about to commit. Returns how many.
+    /// save that another process is about to commit. Unfinished ones go as well. Returns how many.
     std::size_t removeStrays(SQLiteDatabase& database) const;
 
 private:

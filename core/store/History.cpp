@@ -52,8 +52,9 @@ std::int64_t record(
     Instant timestamp,
     const std::string& author,
     const std::vector<ObjectChange>& changes) {
-    Statement& transaction =
-        database.cached("INSERT INTO Z_HISTORY (TIMESTAMP, AUTHOR) VALUES (?, ?)");
+    Statement& transaction = database.cached(
+        "INSERT INTO Z_HISTORY (TIMESTAMP, AUTHOR, NAME) VALUES (?, ?, (SELECT VALUE FROM "
+        "Z_METADATA WHERE NAME = 'historyID'))");
     transaction.bindDouble(1, timestamp.referenceSeconds());
     transaction.bindText(2, author);
     transaction.step();

@@ -4,18 +4,17 @@
 #include "base/Files.h"
 #include "base/Uuid.h"
 #include "core/store/ExternalValues.h"
+#include "core/store/LibraryExchange.h"
+#include "core/store/LibraryUse.h"
 #include "core/store/StoreCore.h"
 #include "core/store/StoreSchema.h"
 #include "core/store/TesserineStore.h"
-
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 #include <set>
+#include <sstream>
 
 namespace tesserine {
 namespace {
@@ -24,6 +23,9 @@ constexpr const char* makingPrefix = ".making-";
 constexpr Instant::Duration day{86'400.0};
 constexpr auto privateMode =
     std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+/// In a backup: the names of files that the library had lost before, one on a line.
+constexpr const char* missingName = "Missing files.txt";
+constexpr std::uint64_t missingLimit = 100'000'000;
 constexpr int keptDays = 7;
 constexpr int keptWeeks = 4;
 constexpr int keptMonths = 6;
@@ -71,64 +73,57 @@ std::unique_ptr<SQLiteDatabase> openCopy(const std::filesystem::path& file) {
         });
 }
 
-std::set<std::string> externalNames(SQLiteDatabase& database) {
+/// Names of files that the library itself had lost when it was backed up.
+std::set<std::string> knownMissing(const std::filesystem::path& backup) {
+    const auto file = backup / missingName;
+    if (!std::filesystem::exists(file)) return {};
+    const Bytes bytes = files::read(file, missingLimit, files::Links::refuse);
+    std::istringstream lines{std::string(textOf(bytes))};
     std::set<std::string> names;
-    for (const auto& entity : Schema::library().entities()) {
-        for (const auto& attribute : entity.attributes) {
-            if (!attribute.isExternal) continue;
-            Statement row = database.prepare(
-                "SELECT " + attribute.column + " FROM " + entity.table + " WHERE length("
-                + attribute.column + ") = 37 AND substr(" + attribute.column + ", 1, 1) = x'02'");
-            while (row.step()) {
-                if (auto name = ExternalValues::fileName(row.blob(0))) names.insert(*name);
-            }
-        }
-    }
+    for (std::string line; std::getline(lines, line);)
+        names.insert(line);
     return names;
 }
 
-/// Links every file the copied database names; false when one went away in between, with its row.
-bool linkExternal(
+/// Links every file the copied database names, and returns the names of those that are not there.
+std::set<std::string> linkExternal(
     const ExternalValues& source, const ExternalValues& target, SQLiteDatabase& copy) {
-    const auto names = externalNames(copy);
-    if (names.empty()) return true;
+    const auto names = ExternalValues::namesIn(copy);
+    std::set<std::string> missing;
+    if (names.empty()) return missing;
     files::createPrivateFolder(*target.folder());
     for (const std::string& name : names) {
+        const auto from = *source.folder() / name;
         const auto place = *target.folder() / name;
-        if (std::filesystem::exists(place)) continue;
-        if (!std::filesystem::exists(*source.folder() / name)) return false;
-        files::linkOrCopy(*source.folder() / name, place);
+        if (!std::filesystem::exists(from)) {
+            if (!std::filesystem::exists(place)) missing.insert(name);
+            continue;
+        }
+        if (std::filesystem::exists(place)) {
+            // Never changed once it is written: another size is damage.
+            if (std::filesystem::file_size(place) == std::filesystem::file_size(from)) continue;
+            files::removeIfPresent(place);
+        }
+        files::linkOrCopy(from, place);
     }
     files::syncFolder(*target.folder());
-    return true;
+    return missing;
+}
+
+/// Errors of the standard library's file functions as ours.
+template <class Work>
+auto withFileErrors(Work work) {
+    try {
+        return work();
+    } catch (const std::filesystem::filesystem_error& error) {
+        throw FileError::fromErrno(error.path1(), "reached", error.code().value());
+    }
 }
 
 bool isSound(SQLiteDatabase& database) {
-    return database.integer("PRAGMA application_id") == schema::applicationID
-           && database.integer("PRAGMA user_version") <= Schema::number
+    return schema::isLibrary(database) && database.integer("PRAGMA user_version") <= Schema::number
            && database.text("PRAGMA quick_check(1)") == "ok";
 }
-
-/// Holds the library for this process alone, if nobody has it open.
-class SoleUse {
-public:
-    explicit SoleUse(const std::filesystem::path& library)
-        : descriptor_(::open(
-            (library / ".Tesserine.users").c_str(),
-            O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
-            0600)) {
-        if (descriptor_ < 0 || ::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
-            if (descriptor_ >= 0) ::close(descriptor_);
-            throw BackupError::inUse();
-        }
-    }
-    SoleUse(const SoleUse&) = delete;
-    SoleUse& operator=(const SoleUse&) = delete;
-    ~SoleUse() { ::close(descriptor_); }
-
-private:
-    int descriptor_;
-};
 
 std::string stamp(Instant when) {
     std::string text = when.iso().substr(0, 19);
@@ -147,7 +142,7 @@ LibraryBackup LibraryBackups::create(
     const std::string& reason,
     const std::optional<std::filesystem::path>& target,
     std::stop_token stop) const {
-    return createFrom(store.core(), reason, target, std::move(stop));
+    return withFileErrors([&] { return createFrom(store.core(), reason, target, stop); });
 }
 
 LibraryBackup LibraryBackups::createFrom(
@@ -175,7 +170,7 @@ LibraryBackup LibraryBackups::createFrom(
         throw BackupError::failed(StoreCore::explain(error));
     } catch (const FileError& error) {
         discard(making);
-        throw BackupError::failed(error.what());
+        throw BackupError::failed(StoreCore::explain(error));
     } catch (...) {
         discard(making);
         throw;
@@ -201,10 +196,18 @@ void LibraryBackups::copyInto(
         FAIL_POINT("backup.copied");
         const auto copy = openCopy(file);
         if (!isSound(*copy)) throw BackupError::failed("The copy did not pass its examination.");
-        // Files missing in the library itself are none of the copy's faults: said by the last
-        // attempt.
-        if (linkExternal(core.external(), copied, *copy) || attempt == attempts) break;
+        const auto missing = linkExternal(core.external(), copied, *copy);
+        if (missing.empty()) break;
+        // One may have gone away with its row in between. What is missing again and again was
+        // missing in the library, which is no fault of the copy.
+        if (attempt < attempts) continue;
+        std::string lines;
+        for (const std::string& name : missing)
+            lines += name + "\n";
+        files::writeNew(making / missingName, bytesOf(lines));
+        break;
     }
+    beginNewHistory(file);
     files::syncFile(file);
     files::syncFolder(making);
 }
@@ -274,8 +277,9 @@ LibraryBackup LibraryBackups::verify(const std::filesystem::path& folder) const 
         const auto copy = openCopy(file);
         if (!isSound(*copy)) throw BackupError::notABackup(folder, "Its library is damaged.");
         const ExternalValues values(folder);
-        for (const std::string& name : externalNames(*copy)) {
-            if (std::filesystem::exists(*values.folder() / name)) continue;
+        const auto known = knownMissing(folder);
+        for (const std::string& name : ExternalValues::namesIn(*copy)) {
+            if (known.contains(name) || std::filesystem::exists(*values.folder() / name)) continue;
             throw BackupError::notABackup(folder, "A file of an attachment is missing.");
         }
     } catch (const SQLiteDatabase::Error& error) {
@@ -294,69 +298,57 @@ Instant LibraryBackups::fileTime(const std::filesystem::path& file) {
 }
 
 RestoreOutcome LibraryBackups::restore(const std::filesystem::path& backupFolder) const {
+    return withFileErrors([&] { return restoreFrom(backupFolder); });
+}
+
+RestoreOutcome LibraryBackups::restoreFrom(const std::filesystem::path& backupFolder) const {
     RestoreOutcome outcome{.backup = verify(backupFolder), .keptAside = std::nullopt};
     files::createPrivateFolder(library_);
-    const SoleUse alone(library_);
     const auto lock =
         files::FolderLock::acquire(library_ / ".Tesserine.lock", std::chrono::milliseconds(10'000));
-    if (!lock) throw BackupError::inUse();
+    const auto alone = lock ? LibraryUse::alone(library_) : std::nullopt;
+    if (!alone) throw BackupError::inUse();
+    exchange::finish(library_);
 
     // The new file is whole and synced beside the old one before anything is moved.
-    const auto file = library_ / TesserineStore::fileName;
-    const auto arriving =
-        library_ / (std::string(TesserineStore::fileName) + ".new-" + Uuid::random(random_).text());
+    const auto arriving = exchange::arrivingName(library_, Uuid::random(random_).text());
     try {
         files::copyNew(backupFolder / TesserineStore::fileName, arriving);
         beginNewHistory(arriving);
         const ExternalValues from(backupFolder);
         const ExternalValues to(library_);
-        if (!linkExternal(from, to, *openCopy(arriving))) {
-            throw BackupError::notABackup(backupFolder, "A file of an attachment is missing.");
-        }
+        linkExternal(from, to, *openCopy(arriving));
     } catch (...) {
         std::error_code ignored;
         std::filesystem::remove(arriving, ignored);
         throw;
     }
     FAIL_POINT("restore.arrived");
-    outcome.keptAside = putAside(file);
-    FAIL_POINT("restore.aside");
-    std::filesystem::rename(arriving, file);
-    files::syncFolder(library_);
+    const std::string suffix =
+        ".replaced-" + stamp(clock_.now()) + "-" + Uuid::random(random_).text().substr(0, 4);
+    outcome.keptAside = exchange::replaceLibrary(library_, arriving, suffix);
+    alone->markClosed();
     return outcome;
 }
 
 /// The numbers of a restored history begin again at an earlier one: followers must not go on
-/// counting.
+/// counting. Nor does a journal of the original belong to a copy.
 void LibraryBackups::beginNewHistory(const std::filesystem::path& file) const {
     SQLiteDatabase database(
         file,
         {.file = "backup",
          .query = "Backup query",
          .access = SQLiteDatabase::Access::readWrite,
+         .journal = SQLiteDatabase::Journal::keep,
          .synchronous = SQLiteDatabase::Synchronous::full});
     schema::setHistoryID(database, random_);
 }
 
-/// Moves the library's file and its journal to names of their own.
-std::optional<std::filesystem::path> LibraryBackups::putAside(
-    const std::filesystem::path& file) const {
-    const std::string suffix =
-        ".replaced-" + stamp(clock_.now()) + "-" + Uuid::random(random_).text().substr(0, 4);
-    std::optional<std::filesystem::path> aside;
-    // The journal keeps its partner: "….replaced-T" and "….replaced-T-wal". The file itself goes
-    // last, so that a restore that was cut off leaves it where the next one finds it.
-    for (const char* part : {"-shm", "-wal", ""}) {
-        const std::filesystem::path from = file.string() + part;
-        if (!std::filesystem::exists(std::filesystem::symlink_status(from))) continue;
-        const std::filesystem::path to = file.string() + suffix + part;
-        std::filesystem::rename(from, to);
-        if (*part == '\0') aside = to;
-    }
-    return aside;
+std::size_t LibraryBackups::prune() const {
+    return withFileErrors([&] { return removeUnkept(); });
 }
 
-std::size_t LibraryBackups::prune() const {
+std::size_t LibraryBackups::removeUnkept() const {
     const auto backups = list();
     const Instant now = clock_.now();
     std::set<std::filesystem::path> kept;
@@ -379,7 +371,10 @@ std::size_t LibraryBackups::prune() const {
     for (const LibraryBackup& backup : backups) {
         const bool isFresh = now - backup.createdAt < day;
         if (kept.contains(backup.folder) || isFresh || backup.reason == "manual") continue;
-        discard(backup.folder);
+        // Half removed it must not look like a backup.
+        const auto leaving = folder() / (makingPrefix + Uuid::random(random_).text());
+        std::filesystem::rename(backup.folder, leaving);
+        discard(leaving);
         ++removed;
     }
     sweepUnfinished();

@@ -68,7 +68,7 @@ struct RestoreOutcome {
 /// appears under its name only when it is complete, verified and synced, so there is always one
 /// complete backup more than none. Its large values are hard links to the library's own, which
 /// never change. Kept: the newest of each of the last 7 days, 4 weeks and 6 months with one, and
-/// every one younger than a day; those made elsewhere by hand are never removed. Throws
+/// every one younger than a day; those made by hand are never removed. Throws
 /// `BackupError`, `FileError` or `StoreError`.
 class LibraryBackups {
 public:
@@ -105,10 +105,11 @@ private:
         const std::string& reason,
         const std::optional<std::filesystem::path>& target,
         const std::stop_token& stop) const;
+    RestoreOutcome restoreFrom(const std::filesystem::path& backupFolder) const;
+    std::size_t removeUnkept() const;
     void copyInto(
         StoreCore& core, const std::filesystem::path& making, const std::stop_token& stop) const;
     std::filesystem::path freeName(Instant now, const std::string& reason) const;
-    std::optional<std::filesystem::path> putAside(const std::filesystem::path& file) const;
     void beginNewHistory(const std::filesystem::path& file) const;
     void sweepUnfinished() const;
     static std::int64_t lastChange(const LibraryBackup& backup);

@@ -4,25 +4,28 @@
 #include "base/Text.h"
 #include "core/store/History.h"
 #include "core/store/LibraryBackup.h"
+#include "core/store/LibraryExchange.h"
 #include "core/store/PredicateTree.h"
 #include "core/store/StoreContext.h"
 #include "core/store/StoreSchema.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace tesserine {
 namespace {
 
 constexpr const char* lockName = ".Tesserine.lock";
-constexpr const char* usersName = ".Tesserine.users";
 /// The journal is moved into the file once it has grown to this many pages (16 MB).
 constexpr int checkpointPages = 2048;
+/// SQLite's own locks are held for short moments only.
+constexpr std::chrono::milliseconds busyPatience{5000};
 constexpr const char* diskIsFull = "The disk is full. Free some space and try again.";
+constexpr const char* mayNotWrite = "You are not allowed to write to it.";
+constexpr const char* isBusy = "Another program has kept the library busy for too long. Try again.";
 
 template <std::size_t... Index>
 std::array<RowMapper, entityCount> makeMappers(std::index_sequence<Index...>) {
@@ -61,6 +64,7 @@ StoreCore::StoreCore(StoreConfiguration configuration, const StoreEnvironment& e
       author_(makeAuthor(environment.author, environment.random)),
       vfs_(environment.sqliteVFS),
       createIfMissing_(environment.createIfMissing),
+      lockPatience_(environment.lockPatience),
       external_(configuration_.inMemory ? std::nullopt : std::optional(configuration_.directory)),
       mappers_(makeMappers(std::make_index_sequence<entityCount>{})) {
     try {
@@ -74,7 +78,7 @@ StoreCore::StoreCore(StoreConfiguration configuration, const StoreEnvironment& e
     } catch (const SQLiteDatabase::Error& error) {
         throw StoreError::loadFailed(explain(error));
     } catch (const FileError& error) {
-        throw StoreError::loadFailed(error.what());
+        throw StoreError::loadFailed(explain(error));
     } catch (const BackupError& error) {
         throw StoreError::loadFailed(error.what());
     }
@@ -82,7 +86,7 @@ StoreCore::StoreCore(StoreConfiguration configuration, const StoreEnvironment& e
 
 StoreCore::~StoreCore() {
     close(writer_);
-    if (usersLock_ >= 0) ::close(usersLock_);
+    if (use_) use_->markClosed();
 }
 
 void StoreCore::openInMemory() {
@@ -93,42 +97,55 @@ void StoreCore::openInMemory() {
 
 void StoreCore::openFile() {
     if (createIfMissing_) files::createPrivateFolder(configuration_.directory);
-    if (!isPresent(configuration_.directory)) {
-        throw StoreError::loadFailed("There is no library in this folder.");
-    }
+    refuseFolder();
     const files::FolderLock lock = lockFolder();
+    exchange::finish(configuration_.directory);
     if (!isPresent(file())) {
         createFile();
         wasCreated_ = true;
     }
     refuseUnreadable();
     noteUncleanEnd();
+    examine();
     writer_ = connect(file(), SQLiteDatabase::Access::readWrite);
-    identity_ = identify();
-    checkIntegrity(*writer_);
     backUpBeforeMigration();
-    schema::migrate(*writer_);
+    schema::migrate(*writer_, random_);
+    identity_ = identify();
+    use_->markOpen();
+}
+
+void StoreCore::refuseFolder() const {
+    struct stat status {};
+    if (::stat(configuration_.directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        throw StoreError::loadFailed("There is no library in this folder.");
+    }
+    if (status.st_uid != ::geteuid() && ::geteuid() != 0) {
+        throw StoreError::loadFailed("Its folder belongs to another user.");
+    }
+    if (::access(configuration_.directory.c_str(), R_OK | W_OK | X_OK) != 0) {
+        throw StoreError::loadFailed(mayNotWrite);
+    }
 }
 
 files::FolderLock StoreCore::lockFolder() const {
-    auto lock = files::FolderLock::acquire(configuration_.directory / lockName, lockPatience);
+    auto lock = files::FolderLock::acquire(configuration_.directory / lockName, lockPatience_);
     if (lock) return std::move(*lock);
-    throw StoreError::loadFailed("Another program has kept it busy for too long. Try again.");
+    throw StoreError::loadFailed(isBusy);
 }
 
 /// Made whole under another name first, so that a file of that name is always a library.
 void StoreCore::createFile() {
-    const auto isLeftOver = [&](const std::filesystem::path& part) { return isPresent(part); };
-    if (isLeftOver(withSuffix(file(), "-wal")) || isLeftOver(*external_.folder())) {
+    const bool isGone = LibraryUse::isKnown(configuration_.directory)
+                        || isPresent(withSuffix(file(), "-wal")) || isPresent(*external_.folder());
+    if (isGone) {
         throw StoreError::loadFailed(
             "The file " + std::string(TesserineStore::fileName)
-            + " is missing from its folder, though other parts of "
-              "the library are still there. Put it back, or restore a backup.");
+            + " is missing from its folder, though a library was kept there. Put it back, or "
+              "restore a backup.");
     }
     if (!createIfMissing_) throw StoreError::loadFailed("There is no library in this folder.");
-    const auto making = configuration_.directory
-                        / (std::string(TesserineStore::fileName) + ".new-"
-                           + Uuid::random(random_).text().substr(0, 8));
+    const auto making =
+        exchange::arrivingName(configuration_.directory, Uuid::random(random_).text().substr(0, 8));
     files::writeNew(making, {});  // with a private mode, which SQLite keeps and gives its journals
     {
         const auto database = connect(making, SQLiteDatabase::Access::readWrite);
@@ -136,8 +153,7 @@ void StoreCore::createFile() {
         FAIL_POINT("store.schemaMade");
     }
     files::syncFile(making);
-    std::filesystem::rename(making, file());
-    files::syncFolder(configuration_.directory);
+    exchange::replaceLibrary(configuration_.directory, making, {});
     FAIL_POINT("store.created");
 }
 
@@ -154,52 +170,65 @@ void StoreCore::refuseUnreadable() const {
         throw StoreError::loadFailed(
             "Its file is empty, so it is damaged. It was left as it is; restore a backup.");
     }
-    const bool mayWrite = ::access(file().c_str(), R_OK | W_OK) == 0
-                          && ::access(configuration_.directory.c_str(), W_OK) == 0;
-    if (!mayWrite) throw StoreError::loadFailed("You are not allowed to write to it.");
+    const bool mayWrite = ::access(file().c_str(), R_OK | W_OK) == 0;
+    if (!mayWrite) throw StoreError::loadFailed(mayNotWrite);
 }
 
-/// Every process that has the library open holds a shared lock. Whoever gets it alone and finds a
-/// journal knows that the last one never closed.
 void StoreCore::noteUncleanEnd() {
-    const auto path = configuration_.directory / usersName;
-    usersLock_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (usersLock_ < 0) throw FileError::fromErrno(path, "opened", errno);
-    const bool isAlone = ::flock(usersLock_, LOCK_EX | LOCK_NB) == 0;
-    wasEndedUncleanly_ = isAlone && !wasCreated_ && sizeOf(withSuffix(file(), "-wal")) > 0;
-    ::flock(usersLock_, LOCK_SH);
+    use_ = LibraryUse::share(configuration_.directory);
+    const auto journal = withSuffix(file(), "-wal");
+    wasEndedUncleanly_ =
+        !wasCreated_ && use_->isFirst() && (use_->wasLeftOpen() || sizeOf(journal) > 0);
+    if (!wasEndedUncleanly_) return;
+    log_.warning("the library was not closed properly; checking it");
+    if (!isPresent(journal)) log_.warning("its journal is gone, and with it the last changes");
 }
 
-void StoreCore::checkIntegrity(SQLiteDatabase& database) const {
+/// Looks at the file before anything in it is changed; what is refused stays as it is.
+void StoreCore::examine() const {
+    SQLiteDatabase::Options careful = options(SQLiteDatabase::Access::readWrite);
+    careful.journal = SQLiteDatabase::Journal::keep;
+    careful.keepsLog = wasEndedUncleanly_;
+    SQLiteDatabase database(file(), careful);
+    if (!schema::isLibrary(database)) {
+        throw StoreError::loadFailed(
+            "Its file is not a library of Tesserine. It was left as it is; restore a backup.");
+    }
     if (database.integer("PRAGMA user_version") > Schema::number) {
         throw StoreError::loadFailed("This library was written by a newer version of Tesserine.");
     }
     if (!wasEndedUncleanly_) return;
-    log_.warning("the library was not closed properly; checking it");
     if (database.text("PRAGMA quick_check(1)") != "ok") {
         throw StoreError::loadFailed(
             "Its file is damaged. It was left as it is; restore a backup.");
     }
+    if (schema::hasForeignJournal(database)) {
+        throw StoreError::loadFailed(
+            "The journal beside its file, Tesserine.sqlite-wal, belongs to another library. Both "
+            "were left as they are; put the right one back, or restore a backup.");
+    }
+}
+
+SQLiteDatabase::Options StoreCore::options(SQLiteDatabase::Access access) const {
+    const bool inMemory = configuration_.inMemory;
+    return {
+        .file = "library",
+        .query = "Library query",
+        .access = access,
+        .journal = inMemory ? SQLiteDatabase::Journal::memory : SQLiteDatabase::Journal::wal,
+        .synchronous = SQLiteDatabase::Synchronous::full,
+        .busyTimeoutMilliseconds = static_cast<int>(std::min(lockPatience_, busyPatience).count()),
+        .isHardened = true,
+        .pageSize = 8192,
+        .cacheKiB = 65'536,
+        .autoCheckpointPages = checkpointPages,
+        .vfs = inMemory ? std::string() : vfs_,
+    };
 }
 
 std::unique_ptr<SQLiteDatabase> StoreCore::connect(
     const std::filesystem::path& file, SQLiteDatabase::Access access) const {
-    const bool inMemory = configuration_.inMemory;
-    auto database = std::make_unique<SQLiteDatabase>(
-        file,
-        SQLiteDatabase::Options{
-            .file = "library",
-            .query = "Library query",
-            .access = access,
-            .journal = inMemory ? SQLiteDatabase::Journal::memory : SQLiteDatabase::Journal::wal,
-            .synchronous = SQLiteDatabase::Synchronous::full,
-            .busyTimeoutMilliseconds = 5000,
-            .isHardened = true,
-            .pageSize = 8192,
-            .cacheKiB = 65'536,
-            .autoCheckpointPages = checkpointPages,
-            .vfs = inMemory ? std::string() : vfs_,
-        });
+    auto database = std::make_unique<SQLiteDatabase>(file, options(access));
     database->registerTextFunction("ts_fold", text::caseFolded);
     database->registerTextPredicate("ts_contains", containsFolded);
     return database;
@@ -215,29 +244,50 @@ void StoreCore::backUpBeforeMigration() {
 StoreCore::Writing StoreCore::beginWriting() {
     Writing writing;
     writing.thread_ = std::unique_lock(writerMutex_, std::defer_lock);
-    if (!writing.thread_.try_lock_for(lockPatience)) {
+    if (!writing.thread_.try_lock_for(lockPatience_)) {
         throw StoreError::saveFailed("The library has been busy for too long. Try again.");
     }
     if (!configuration_.inMemory) {
-        writing.process_ =
-            files::FolderLock::acquire(configuration_.directory / lockName, lockPatience);
-        if (!writing.process_) {
-            throw StoreError::saveFailed(
-                "Another program has kept the library busy for too long. Try again.");
+        refuseIfMoved();
+        writing.process_ = lockForWriting();
+        refuseIfMoved();
+        if (!writer_) {
+            writer_ = connect(file(), SQLiteDatabase::Access::readWrite);
+            const Identity now = identify();  // its journal may have been made anew
+            std::copy(now.begin() + 1, now.end(), identity_.begin() + 1);
         }
-        if (identify() != identity_) {
-            throw StoreError::saveFailed(
-                "The library's file was moved, replaced or deleted while Tesserine was using it. Put "
-                "it back, or quit and open the library again.");
-        }
-        if (!writer_) writer_ = connect(file(), SQLiteDatabase::Access::readWrite);
     }
     writing.database_ = writer_.get();
     return writing;
 }
 
+files::FolderLock StoreCore::lockForWriting() const {
+    try {
+        auto lock = files::FolderLock::acquire(configuration_.directory / lockName, lockPatience_);
+        if (lock) return std::move(*lock);
+    } catch (const FileError& error) {
+        throw StoreError::saveFailed(explain(error));
+    }
+    throw StoreError::saveFailed(isBusy);
+}
+
+/// Nothing is written into a file that nobody will find again.
+void StoreCore::refuseIfMoved() const {
+    const Identity now = identify();
+    // The journal stays as long as a connection is open.
+    const bool isSame = writer_ ? now == identity_ : now.front() == identity_.front();
+    if (isSame) return;
+    throw StoreError::saveFailed(
+        "The library's file was moved, replaced or deleted while Tesserine was using it. Put it "
+        "back, or quit and open the library again.");
+}
+
 std::shared_ptr<SQLiteDatabase> StoreCore::openReader() {
     if (configuration_.inMemory) return writer_;
+    if (!isOpening_ && identify().front() != identity_.front()) {
+        throw StoreError::readFailed(
+            "Its file was moved, replaced or deleted while Tesserine was using it.");
+    }
     try {
         return connect(file(), SQLiteDatabase::Access::readWrite);
     } catch (const SQLiteDatabase::Error& error) {
@@ -295,10 +345,17 @@ std::filesystem::path StoreCore::file() const {
     return configuration_.directory / TesserineStore::fileName;
 }
 
-std::optional<StoreCore::Identity> StoreCore::identify() const {
-    struct stat status {};
-    if (::stat(file().c_str(), &status) != 0) return std::nullopt;
-    return Identity{.device = status.st_dev, .inode = status.st_ino};
+StoreCore::Identity StoreCore::identify() const {
+    Identity identity{};
+    std::size_t place = 0;
+    for (const char* part : {"", "-wal", "-shm"}) {
+        struct stat status {};
+        if (::stat(withSuffix(file(), part).c_str(), &status) == 0) {
+            identity[place] = {status.st_dev, status.st_ino};
+        }
+        ++place;
+    }
+    return identity;
 }
 
 std::string StoreCore::explain(const SQLiteDatabase::Error& error) {
@@ -306,8 +363,8 @@ std::string StoreCore::explain(const SQLiteDatabase::Error& error) {
     if (error.isDamage()) {
         return "Its file is damaged or is not a library. It was left as it is; restore a backup.";
     }
-    if (error.isReadOnly()) return "You are not allowed to write to it.";
-    if (error.isBusy()) return "Another program has kept the library busy for too long. Try again.";
+    if (error.isReadOnly()) return mayNotWrite;
+    if (error.isBusy()) return isBusy;
     if (error.isIOError()) {
         return "The disk reported an error (" + error.message()
                + "). Check the disk and try again.";

@@ -3,6 +3,7 @@
 #include "base/Files.h"
 #include "base/sqlite/SQLiteDatabase.h"
 #include "core/store/ExternalValues.h"
+#include "core/store/LibraryUse.h"
 #include "core/store/RowMapper.h"
 #include "core/store/TesserineStore.h"
 
@@ -12,6 +13,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tesserine {
@@ -40,7 +42,6 @@ public:
     /// Waits for the right at most `lockPatience`. Throws `StoreError::saveFailed`, also when the
     /// library's file is no longer the one that was opened.
     Writing beginWriting();
-    static constexpr std::chrono::milliseconds lockPatience{10'000};
 
     /// A connection for reading. In memory there is only one, which readers and writer share.
     std::shared_ptr<SQLiteDatabase> openReader();
@@ -80,24 +81,25 @@ public:
     static std::string explain(const FileError& error);
 
 private:
-    /// Device and inode: tells whether the file at the path is still the one that was opened.
-    struct Identity {
-        std::uint64_t device = 0;
-        std::uint64_t inode = 0;
-        friend bool operator==(const Identity&, const Identity&) = default;
-    };
+    /// Device and inode of the file, its journal and the journal's index: tells whether they are
+    /// still the ones that were opened.
+    using Identity = std::array<std::pair<std::uint64_t, std::uint64_t>, 3>;
 
     void openFile();
     void openInMemory();
     void createFile();
+    void refuseFolder() const;
     void refuseUnreadable() const;
     void noteUncleanEnd();
+    void examine() const;
     void backUpBeforeMigration();
-    void checkIntegrity(SQLiteDatabase& database) const;
     std::unique_ptr<SQLiteDatabase> connect(
         const std::filesystem::path& file, SQLiteDatabase::Access access) const;
-    std::optional<Identity> identify() const;
+    SQLiteDatabase::Options options(SQLiteDatabase::Access access) const;
+    Identity identify() const;
+    void refuseIfMoved() const;
     files::FolderLock lockFolder() const;
+    files::FolderLock lockForWriting() const;
 
     StoreConfiguration configuration_;
     const Clock& clock_;
@@ -106,14 +108,15 @@ private:
     std::string author_;
     std::string vfs_;
     bool createIfMissing_;
+    std::chrono::milliseconds lockPatience_;
     bool isOpening_ = true;  ///< the opening itself holds the lock of the folder
     std::int64_t numberAtOpening_ = 0;
     bool wasCreated_ = false;
     bool wasEndedUncleanly_ = false;
     ExternalValues external_;
     std::array<RowMapper, entityCount> mappers_;
-    std::optional<Identity> identity_;
-    int usersLock_ = -1;  // shared by every process that has the library open
+    Identity identity_{};  // as it was opened
+    std::optional<LibraryUse> use_;
 
     std::recursive_timed_mutex writerMutex_;
     std::shared_ptr<SQLiteDatabase> writer_;  // in memory also every reader's

@@ -1,5 +1,6 @@
 #include "core/store/StoreSchema.h"
 
+#include "base/FailPoint.h"
 #include "base/Random.h"
 #include "base/Uuid.h"
 
@@ -15,6 +16,9 @@ struct Definition {
     std::string name;
     std::string statement;
 };
+
+/// How an index begins that is made anew when the model lists more than it holds.
+const std::string listIndexPrefix = "list_";
 
 std::string columnType(AttributeType type) {
     switch (type) {
@@ -75,13 +79,32 @@ Definition entityTable(const EntityDescription& entity) {
     return {entity.table, text + ")"};
 }
 
+/// Holds all that a list of the newest shows, in the order in which it shows it, so that listing
+/// neither touches the table nor sorts: rows of one instant follow each other by identity.
+Definition listIndex(const EntityDescription& entity, const AttributeDescription& updatedAt) {
+    const AttributeDescription& identity = entity.attributes[*entity.identity];
+    std::string columns = updatedAt.column + " DESC, " + identity.column + ", Z_PK, Z_OPT";
+    for (const auto& attribute : entity.attributes) {
+        const bool isListed = attribute.tier == Tier::header;
+        const bool isThere = &attribute == &updatedAt || &attribute == &identity;
+        if (isListed && !isThere) columns += ", " + attribute.column;
+    }
+    for (const auto& relationship : entity.relationships) {
+        if (!relationship.isToMany) columns += ", " + relationship.column;
+    }
+    const std::string name = listIndexPrefix + entity.name;
+    return {name, "CREATE INDEX " + name + " ON " + entity.table + "(" + columns + ")"};
+}
+
 void addIndexes(const EntityDescription& entity, std::vector<Definition>& result) {
     const auto add = [&](const std::string& name, const std::string& column) {
         result.push_back(
             {name, "CREATE INDEX " + name + " ON " + entity.table + "(" + column + ")"});
     };
     for (const auto& attribute : entity.attributes) {
-        if (attribute.isIndexed) add(fetchIndexName(entity, attribute), attribute.column);
+        if (!attribute.isIndexed) continue;
+        add(fetchIndexName(entity, attribute), attribute.column);
+        if (attribute.name == "updatedAt") result.push_back(listIndex(entity, attribute));
     }
     if (entity.identity && !entity.attributes[*entity.identity].isIndexed) {
         const auto& identity = entity.attributes[*entity.identity];
@@ -123,7 +146,8 @@ std::vector<Definition> definitions() {
          "CREATE TABLE Z_METADATA (NAME TEXT PRIMARY KEY, VALUE TEXT) WITHOUT ROWID"});
     result.push_back(
         {"Z_HISTORY",
-         "CREATE TABLE Z_HISTORY (ID INTEGER PRIMARY KEY AUTOINCREMENT, TIMESTAMP REAL, AUTHOR TEXT)"});
+         "CREATE TABLE Z_HISTORY (ID INTEGER PRIMARY KEY AUTOINCREMENT, TIMESTAMP REAL, AUTHOR TEXT, "
+         "NAME TEXT)"});
     result.push_back(
         {"Z_HISTORY_CHANGE",
          "CREATE TABLE Z_HISTORY_CHANGE (HISTORY INTEGER NOT NULL, ENTITY TEXT NOT NULL, PK INTEGER "
@@ -165,6 +189,10 @@ void setMetadata(SQLiteDatabase& database, const std::string& name, const std::s
     row.step();
 }
 
+bool lacksMetadata(SQLiteDatabase& database, const std::string& name) {
+    return database.integer("SELECT count(*) FROM Z_METADATA WHERE NAME = '" + name + "'") == 0;
+}
+
 }  // namespace
 
 std::string fetchIndexName(const EntityDescription& entity, const AttributeDescription& attribute) {
@@ -184,6 +212,23 @@ void create(SQLiteDatabase& database, Random& random) {
 
 void setHistoryID(SQLiteDatabase& database, Random& random) {
     setMetadata(database, "historyID", Uuid::random(random).text());
+    setMetadata(
+        database, "historyStart", database.text("SELECT IFNULL(max(ID), 0) FROM Z_HISTORY"));
+}
+
+bool hasForeignJournal(SQLiteDatabase& database) {
+    if (!columnsOf(database, "Z_HISTORY").contains("NAME")) return false;
+    return database.integer(
+               "SELECT count(*) FROM (SELECT ID, NAME FROM Z_HISTORY ORDER BY ID DESC LIMIT 1) "
+               "WHERE NAME <> (SELECT VALUE FROM Z_METADATA WHERE NAME = 'historyID') AND ID > "
+               "(SELECT CAST(VALUE AS INTEGER) FROM Z_METADATA WHERE NAME = 'historyStart')")
+           > 0;
+}
+
+bool isLibrary(SQLiteDatabase& database) {
+    const std::int64_t mark = database.integer("PRAGMA application_id");
+    // A file written out and read in again by other tools has lost its mark.
+    return mark == applicationID || (mark == 0 && columnsOf(database, "ZCDNOTE").contains("Z_PK"));
 }
 
 std::vector<std::string> missingStatements(SQLiteDatabase& database) {
@@ -202,22 +247,39 @@ std::vector<std::string> missingStatements(SQLiteDatabase& database) {
             result.push_back("ALTER TABLE " + entity.table + " ADD COLUMN " + column.statement);
         }
     }
+    if (present.contains("Z_HISTORY") && !columnsOf(database, "Z_HISTORY").contains("NAME")) {
+        result.emplace_back("ALTER TABLE Z_HISTORY ADD COLUMN NAME TEXT");
+    }
     for (const Definition& definition : definitions()) {
-        if (!present.contains(definition.name)) result.push_back(definition.statement);
+        const auto found = present.find(definition.name);
+        if (found != present.end()) {
+            const bool isCurrent = found->second == definition.statement;
+            if (isCurrent || !definition.name.starts_with(listIndexPrefix)) continue;
+            result.push_back("DROP INDEX " + definition.name);
+        }
+        result.push_back(definition.statement);
+    }
+    if (database.integer("PRAGMA application_id") != applicationID) {
+        result.push_back("PRAGMA application_id = " + std::to_string(applicationID));
+    }
+    if (database.integer("PRAGMA user_version") < Schema::number) {
+        result.push_back("PRAGMA user_version = " + std::to_string(Schema::number));
     }
     return result;
 }
 
-void migrate(SQLiteDatabase& database) {
-    if (missingStatements(database).empty()) return;
+void migrate(SQLiteDatabase& database, Random& random) {
+    if (missingStatements(database).empty() && !lacksMetadata(database, "historyStart")) return;
     database.transaction([&] {
         // Read again inside the transaction: another process may have been first.
         for (const std::string& statement : missingStatements(database)) {
             database.execute(statement + ";");
+            FAIL_POINT("migration.step");
         }
-        if (database.integer("PRAGMA user_version") < Schema::number) {
-            database.execute("PRAGMA user_version = " + std::to_string(Schema::number) + ";");
+        if (lacksMetadata(database, "libraryID")) {
+            setMetadata(database, "libraryID", Uuid::random(random).text());
         }
+        if (lacksMetadata(database, "historyStart")) setHistoryID(database, random);
     });
 }
 

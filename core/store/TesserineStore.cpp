@@ -4,6 +4,7 @@
 #include "base/Files.h"
 #include "core/store/ContextState.h"
 #include "core/store/History.h"
+#include "core/store/LibraryExchange.h"
 #include "core/store/MergePolicy.h"
 #include "core/store/RemoteChanges.h"
 #include "core/store/StoreSchema.h"
@@ -224,8 +225,13 @@ std::size_t TesserineStore::tidyUp() {
         const std::int64_t number = history::lastPrunable(database, core_->clock().now());
         if (number > 0) database.transaction([&] { history::prune(database, number); });
         database.execute("PRAGMA optimize;");
+        if (core_->configuration().inMemory) return 0;
+        exchange::sweepArriving(core_->configuration().directory);
+        files::sweepTemporaries(core_->configuration().directory);
         return core_->external().removeStrays(database);
     } catch (const SQLiteDatabase::Error& error) {
+        throw StoreError::saveFailed(StoreCore::explain(error));
+    } catch (const FileError& error) {
         throw StoreError::saveFailed(StoreCore::explain(error));
     }
 }

@@ -6,6 +6,7 @@
 #include "core/store/StoreChanges.h"
 #include "core/store/StoreError.h"
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -43,6 +44,8 @@ struct StoreEnvironment {
     std::string sqliteVFS{};  ///< empty: the default one
     /// When true an absent library is created; otherwise opening one that is absent fails.
     bool createIfMissing = true;
+    /// How long opening and saving wait for other programs.
+    std::chrono::milliseconds lockPatience{10'000};
 };
 
 /// The library: its one file, its contexts and its history.
