@@ -61,13 +61,17 @@ void replaceDotsAndSpacesAtEnds(std::string& name) {
     }
 }
 
+bool isLetterOrDigit(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
 /// The extension with its dot, or nothing.
 std::string_view extensionOf(std::string_view name) {
     const std::size_t dot = name.rfind('.');
     if (dot == std::string_view::npos || dot == 0) return {};
     const std::string_view extension = name.substr(dot);
     const bool isOne = extension.size() > 1 && extension.size() <= maximumExtensionBytes
-                       && extension.find(' ') == std::string_view::npos;
+                       && std::ranges::all_of(extension.substr(1), isLetterOrDigit);
     return isOne ? extension : std::string_view{};
 }
 

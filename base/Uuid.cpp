@@ -76,8 +76,13 @@ std::size_t std::hash<tesserine::Uuid>::operator()(const tesserine::Uuid& uuid) 
     std::uint64_t low = 0;
     std::memcpy(&high, uuid.bytes().data(), sizeof high);
     std::memcpy(&low, uuid.bytes().data() + sizeof high, sizeof low);
-    // Imported identifiers may count upwards instead of being random: both halves are mixed.
-    std::uint64_t mixed = (high ^ (low * 0x9E3779B97F4A7C15U)) * 0xBF58476D1CE4E5B9U;
-    mixed ^= mixed >> 32;
+    // Imported identifiers may count upwards instead of being random, so every bit is mixed into
+    // the low ones, which choose the bucket (the finaliser of MurmurHash3).
+    std::uint64_t mixed = high ^ (low << 7 | low >> 57);
+    mixed ^= mixed >> 33;
+    mixed *= 0xFF51AFD7ED558CCDU;
+    mixed ^= mixed >> 33;
+    mixed *= 0xC4CEB9FE1A85EC53U;
+    mixed ^= mixed >> 33;
     return static_cast<std::size_t>(mixed);
 }
