@@ -83,6 +83,7 @@ void runBatch(Session& session) {
         session.output().flush();
         // The next operation sees what others wrote meanwhile, and memory does not grow.
         session.context().reset();
+        session.releaseNames();
         session.throwIfStopped();
     }
 }

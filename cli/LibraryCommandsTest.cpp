@@ -217,6 +217,7 @@ TEST_F(LibraryCommands, WordsOfANoteReachNeitherLogNorPreferences) {
     const std::string secret = "xyzzy-private-words";
     const std::string id =
         addNote(secret, {"--text", secret, "--tag", secret, "--notebook", secret});
+    mustRun({"settings", "set", "trashRetentionDays", "30"});
     run({"note", "show", secret + "x"});
     run({"note", "edit", id, "--remove-tag", secret + "y"});
     std::size_t files = 0;

@@ -91,6 +91,14 @@ std::string nameOf(const Entity& object) {
     return object.name.valueOr("");
 }
 
+/// Notebooks of one path, which sync or a move can bring about; the oldest stands first.
+bool areTwins(const std::vector<CDNotebook*>& found) {
+    return !found.empty() && std::ranges::all_of(found, [&](const CDNotebook* notebook) {
+        return text::caseFolded(NotebookService::pathText(*notebook))
+               == text::caseFolded(NotebookService::pathText(*found.front()));
+    });
+}
+
 std::vector<std::string> pathNames(std::string_view text) {
     std::vector<std::string> names;
     while (true) {
@@ -210,10 +218,12 @@ CDNoteRevision& resolveRevision(Session& session, CDNote& note, const std::strin
 }
 
 CDNotebook& notebookToFill(Session& session, const std::string& name) {
+    session.holdNames();
     StoreContext& context = session.context();
     auto found = withID<CDNotebook>(context, name);
     if (Uuid::parse(name)) return single(found, "notebook", name, NotebookService::pathText);
     addNew(found, session.notebooks().named(context, name));
+    if (areTwins(found)) return *found.front();
     if (!found.empty()) return single(found, "notebook", name, NotebookService::pathText);
 
     const auto names = pathNames(name);
@@ -222,6 +232,7 @@ CDNotebook& notebookToFill(Session& session, const std::string& name) {
 }
 
 CDTag& tagToUse(Session& session, const std::string& name) {
+    session.holdNames();
     StoreContext& context = session.context();
     if (CDTag* known = session.tags().find(context, name)) return *known;
     const auto found = withID<CDTag>(context, name);

@@ -23,6 +23,7 @@ CDNotebook* parentNamed(Session& session, const std::optional<std::string>& name
 }
 
 ExitStatus addNotebook(Session& session, const Arguments& arguments) {
+    session.holdNames();
     StoreContext& context = session.context();
     CDNotebook* parent = parentNamed(session, arguments.text("parent"));
     CDNotebook& notebook = session.notebooks().findOrCreate(context, arguments.word(0), parent);
@@ -65,6 +66,7 @@ ExitStatus listNotebooks(Session& session, const Arguments&) {
 }
 
 ExitStatus renameNotebook(Session& session, const Arguments& arguments) {
+    session.holdNames();
     CDNotebook& notebook = resolveNotebook(session, arguments.word(0));
     session.notebooks().rename(session.context(), notebook, arguments.word(1));
     session.context().save();
@@ -72,6 +74,7 @@ ExitStatus renameNotebook(Session& session, const Arguments& arguments) {
 }
 
 ExitStatus moveNotebook(Session& session, const Arguments& arguments) {
+    session.holdNames();
     StoreContext& context = session.context();
     CDNotebook& notebook = resolveNotebook(session, arguments.word(0));
     CDNotebook* parent = parentNamed(session, arguments.wordIfAny(1));

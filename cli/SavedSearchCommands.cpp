@@ -11,6 +11,7 @@ namespace tesserine::cli {
 namespace {
 
 ExitStatus addSearch(Session& session, const Arguments& arguments) {
+    session.holdNames();
     StoreContext& context = session.context();
     const std::string name = arguments.word(0);
     const std::string query = arguments.word(1);

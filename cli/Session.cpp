@@ -16,6 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* namesLock = ".Tesserine.names";
+constexpr std::chrono::milliseconds namesPatience{10'000};
+
 /// The value of an option, else of a variable, with the name it is known by in an error.
 struct Given {
     std::string name;
@@ -154,14 +157,28 @@ void Session::openStore() {
     doStartWork(*this);
 }
 
-void Session::closeLibrary() { store_.reset(); }
+void Session::closeLibrary() {
+    releaseNames();
+    store_.reset();
+}
+
+void Session::holdNames() {
+    if (names_) return;
+    const fs::path file = store().configuration().directory / namesLock;
+    names_ = files::FolderLock::acquire(file, namesPatience);
+    if (!names_) throw StoreError::saveFailed("The library has been busy for too long. Try again.");
+}
+
+const mime::TypeRegistry& Session::types() {
+    if (!types_) {
+        types_ = std::make_unique<mime::TypeRegistry>(
+            mime::TypeRegistry::find(environment_.variable("XDG_DATA_DIRS").value_or("")));
+    }
+    return *types_;
+}
 
 const AttachmentService& Session::attachments() {
-    if (!attachments_) {
-        registry_ = std::make_unique<mime::TypeRegistry>(
-            mime::TypeRegistry::find(environment_.variable("XDG_DATA_DIRS").value_or("")));
-        attachments_ = std::make_unique<AttachmentService>(clock(), *registry_);
-    }
+    if (!attachments_) attachments_ = std::make_unique<AttachmentService>(clock(), types());
     return *attachments_;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Calendar.h"
+#include "base/Files.h"
 #include "base/Log.h"
 #include "base/Preferences.h"
 #include "base/Text.h"
@@ -88,6 +89,13 @@ public:
     TesserineStore& store();
     /// The store's main context.
     StoreContext& context() { return store().viewContext(); }
+    /// Keeps other processes from looking for a name, and making what they do not find, at the same
+    /// time: without it two of them make two notebooks of one name. Held until `releaseNames`, the
+    /// closing of the library, or the end. Throws `StoreError` when another holds it for too long.
+    void holdNames();
+    void releaseNames() { names_.reset(); }
+    /// From now on the command only reads, so that nothing is made or written by opening.
+    void onlyRead() { access_ = Access::reads; }
     /// Closes the library; the next use opens it again.
     void closeLibrary();
 
@@ -96,6 +104,7 @@ public:
     const TagService& tags() const { return tags_; }
     const SavedSearchService& savedSearches() const { return savedSearches_; }
     /// Reads the registry of file types the first time.
+    const mime::TypeRegistry& types();
     const AttachmentService& attachments();
 
     std::stop_token stop() const { return environment_.stop; }
@@ -123,9 +132,10 @@ private:
     NotebookService notebooks_;
     TagService tags_;
     SavedSearchService savedSearches_;
-    std::unique_ptr<mime::TypeRegistry> registry_;
+    std::unique_ptr<mime::TypeRegistry> types_;
     std::unique_ptr<AttachmentService> attachments_;
     std::unique_ptr<TesserineStore> store_;
+    std::optional<files::FolderLock> names_;
 };
 
 }  // namespace tesserine::cli

@@ -16,6 +16,7 @@ std::size_t liveNotesWith(StoreContext& context, CDTag& tag) {
 }
 
 ExitStatus addTag(Session& session, const Arguments& arguments) {
+    session.holdNames();
     StoreContext& context = session.context();
     CDTag* tag = session.tags().findOrCreate(context, arguments.word(0));
     if (tag == nullptr) throw UsageError::because("A tag needs a name.");
@@ -54,6 +55,7 @@ ExitStatus listTags(Session& session, const Arguments&) {
 }
 
 ExitStatus renameTag(Session& session, const Arguments& arguments) {
+    session.holdNames();
     StoreContext& context = session.context();
     CDTag& tag = resolveTag(session, arguments.word(0));
     CDTag& left = session.tags().rename(context, tag, arguments.word(1));

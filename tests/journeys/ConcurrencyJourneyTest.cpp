@@ -58,6 +58,10 @@ TEST(ConcurrencyJourney, TwoProcessesWriteOneLibraryAndNothingIsLost) {
     EXPECT_EQ(second.wait(), 0);
 
     EXPECT_EQ(titles(program).size(), 2U * count);
+    // Both looked for the notebook and the tag at the same time, and one of them made each.
+    EXPECT_EQ(
+        json::parse(program.run({"notebook", "list", "--json"}).output).as_array().size(), 1U);
+    EXPECT_EQ(json::parse(program.run({"tag", "list", "--json"}).output).as_array().size(), 1U);
     const Outcome check = program.run({"check"});
     EXPECT_EQ(check.status, 0) << check.output << check.error;
 }

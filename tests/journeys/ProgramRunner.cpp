@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace tesserine::test {
@@ -25,6 +26,22 @@ Pipe makePipe() {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("pipe");
     return {.reading = ends[0], .writing = ends[1]};
+}
+
+struct Terminal {
+    int outside = -1;
+    int inside = -1;
+};
+
+Terminal makeTerminal() {
+    Terminal made;
+    made.outside = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (made.outside < 0 || ::grantpt(made.outside) != 0 || ::unlockpt(made.outside) != 0) {
+        throw std::runtime_error("posix_openpt");
+    }
+    made.inside = ::open(::ptsname(made.outside), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (made.inside < 0) throw std::runtime_error("ptsname");
+    return made;
 }
 
 void closeOnce(int& descriptor) {
@@ -48,20 +65,26 @@ std::vector<char*> pointers(std::vector<std::string>& words) {
     return result;
 }
 
-/// Starts a program with the given standard input and output.
+/// What stands behind the three standard descriptors of a program.
+struct Standard {
+    int input = STDIN_FILENO;
+    int output = STDOUT_FILENO;
+    int error = STDERR_FILENO;
+};
+
 pid_t start(
     std::vector<std::string> words,
     const std::map<std::string, std::string>& variables,
-    int input,
-    int output) {
+    const Standard& standard) {
     std::vector<std::string> environment;
     for (const auto& [name, value] : variables)
         environment.push_back(name + "=" + value);
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, standard.input, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, standard.output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, standard.error, STDERR_FILENO);
     pid_t process = -1;
     const int failure = ::posix_spawnp(
         &process,
@@ -85,11 +108,21 @@ void giveAway(const fs::path& folder, uid_t user) {
 }  // namespace
 
 RunningProgram::RunningProgram(
-    const std::vector<std::string>& words, const std::map<std::string, std::string>& variables) {
+    const std::vector<std::string>& words,
+    const std::map<std::string, std::string>& variables,
+    Channel channel) {
     ::signal(SIGPIPE, SIG_IGN);
+    if (channel == Channel::terminal) {
+        Terminal terminal = makeTerminal();
+        process_ = start(words, variables, {terminal.inside, terminal.inside, terminal.inside});
+        closeOnce(terminal.inside);
+        input_ = terminal.outside;
+        output_ = ::dup(terminal.outside);
+        return;
+    }
     Pipe input = makePipe();
     Pipe output = makePipe();
-    process_ = start(words, variables, input.reading, output.writing);
+    process_ = start(words, variables, {.input = input.reading, .output = output.writing});
     closeOnce(input.reading);
     closeOnce(output.writing);
     input_ = input.writing;
@@ -125,12 +158,30 @@ std::optional<std::string> RunningProgram::readLine() {
             unread_.erase(0, end + 1);
             return line;
         }
-        std::array<char, 4096> piece{};
-        const ssize_t count = ::read(output_, piece.data(), piece.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return std::nullopt;
-        unread_.append(piece.data(), static_cast<std::size_t>(count));
+        if (!readMore()) return std::nullopt;
     }
+}
+
+bool RunningProgram::readUntil(const std::string& text) {
+    while (true) {
+        const std::size_t begin = unread_.find(text);
+        if (begin != std::string::npos) {
+            unread_.erase(0, begin + text.size());
+            return true;
+        }
+        if (!readMore()) return false;
+    }
+}
+
+bool RunningProgram::readMore() {
+    std::array<char, 4096> piece{};
+    ssize_t count = -1;
+    do {
+        count = ::read(output_, piece.data(), piece.size());
+    } while (count < 0 && errno == EINTR);
+    if (count <= 0) return false;  // a terminal that was left ends with an error
+    unread_.append(piece.data(), static_cast<std::size_t>(count));
+    return true;
 }
 
 void RunningProgram::signal(int number) { ::kill(process_, number); }
@@ -192,7 +243,7 @@ Outcome ProgramRunner::runShell(
 
     std::vector<std::string> line{"/bin/sh", "-c", script, "sh"};
     line.insert(line.end(), words.begin(), words.end());
-    const int status = statusOf(start(line, variables, STDIN_FILENO, STDOUT_FILENO));
+    const int status = statusOf(start(line, variables, {}));
     return {
         .status = status,
         .output = contentOf(folder_ / "output"),

@@ -19,11 +19,19 @@ struct Outcome {
     std::string error;
 };
 
-/// A program that runs beside the test and is talked to through pipes; killed when it goes away.
+/// What a program that runs beside the test is talked to through.
+enum class Channel {
+    pipes,     ///< standard input and output; errors go where the test's own go
+    terminal,  ///< all three, as when somebody types
+};
+
+/// A program that runs beside the test; killed when it goes away.
 class RunningProgram {
 public:
     RunningProgram(
-        const std::vector<std::string>& words, const std::map<std::string, std::string>& variables);
+        const std::vector<std::string>& words,
+        const std::map<std::string, std::string>& variables,
+        Channel channel = Channel::pipes);
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
     ~RunningProgram();
@@ -33,11 +41,15 @@ public:
     void closeInput();
     /// The next line of its standard output; none at the end.
     std::optional<std::string> readLine();
+    /// Reads until `text` was written; false at the end.
+    bool readUntil(const std::string& text);
     void closeOutput();
     void signal(int number);
     int wait();
 
 private:
+    bool readMore();
+
     pid_t process_ = -1;
     int input_ = -1;
     int output_ = -1;
