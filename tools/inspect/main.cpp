@@ -1,0 +1,20 @@
+#include "tools/inspect/Operations.h"
+
+#include <iostream>
+#include <string>
+
+/// Answers each line of standard input with one line on standard output. Knows no rule itself, and
+/// takes nothing from the machine: time, zone and locale come with the lines.
+int main() {
+    using namespace tesserine::inspect;
+    Operations operations;
+    addBaseOperations(operations);
+
+    std::ios::sync_with_stdio(false);
+    std::string line;
+    while (std::getline(std::cin, line)) {
+        std::cout << answer(operations, line) << '\n' << std::flush;
+        if (!std::cout) return 1;  // nobody is left to read the answers
+    }
+    return std::cin.bad() ? 1 : 0;
+}
