@@ -66,10 +66,10 @@ TEST_F(QueryPlanTest, ListsAndLookUpsStartAtTheIndexMadeForThem) {
     const Case cases[] = {
         {EntityKind::note,
          {.predicate = live, .sort = {{"updatedAt", Order::descending}}, .limit = 200},
-         "SCAN idx_CDNote_updatedAt"},
+         "SCAN list_CDNote"},
         {EntityKind::note,
          {.predicate = live, .sort = {{"updatedAt", Order::descending}}},
-         "SCAN idx_CDNote_updatedAt"},
+         "SCAN list_CDNote"},
         {EntityKind::note,
          {.predicate = live, .sort = {{"createdAt"}}, .limit = 200},
          "SCAN idx_CDNote_createdAt"},
@@ -116,6 +116,22 @@ TEST_F(QueryPlanTest, ListsAndLookUpsStartAtTheIndexMadeForThem) {
         store->core().beginWriting().database().execute("ANALYZE;");
         store = open();  // statistics are read when a connection is made
     }
+}
+
+TEST_F(QueryPlanTest, AListIndexThatHoldsLessThanTheModelListsIsMadeAnew) {
+    const std::string columns = "SELECT group_concat(name) FROM pragma_index_info('list_CDNote')";
+    const std::string asMade = store->viewContext().reader().text(columns);
+    store->core().beginWriting().database().execute(
+        "DROP INDEX list_CDNote; CREATE INDEX list_CDNote ON ZCDNOTE(ZUPDATEDAT DESC, ZID);");
+
+    store = open();
+    EXPECT_EQ(store->viewContext().reader().text(columns), asMade);
+
+    // One that a newer program made wider stays: the two would take turns for ever.
+    store->core().beginWriting().database().execute(
+        "DROP INDEX list_CDNote; CREATE INDEX list_CDNote ON ZCDNOTE(" + asMade + ", ZLATITUDE);");
+    store = open();
+    EXPECT_EQ(store->viewContext().reader().text(columns), asMade + ",ZLATITUDE");
 }
 
 }  // namespace

@@ -17,9 +17,6 @@ struct Definition {
     std::string statement;
 };
 
-/// How an index begins that is made anew when the model lists more than it holds.
-const std::string listIndexPrefix = "list_";
-
 std::string columnType(AttributeType type) {
     switch (type) {
     case AttributeType::boolean:
@@ -79,21 +76,38 @@ Definition entityTable(const EntityDescription& entity) {
     return {entity.table, text + ")"};
 }
 
-/// Holds all that a list of the newest shows, in the order in which it shows it, so that listing
-/// neither touches the table nor sorts: rows of one instant follow each other by identity.
-Definition listIndex(const EntityDescription& entity, const AttributeDescription& updatedAt) {
-    const AttributeDescription& identity = entity.attributes[*entity.identity];
-    std::string columns = updatedAt.column + " DESC, " + identity.column + ", Z_PK, Z_OPT";
+/// What a list of the newest shows, in the order in which it shows it; empty for an entity without
+/// such lists. Rows of one instant follow each other by identity.
+std::vector<std::string> listColumns(const EntityDescription& entity) {
+    const auto updatedAt = entity.attributeNamed("updatedAt");
+    if (!updatedAt || !entity.attributes[*updatedAt].isIndexed) return {};
+    std::vector<std::string> names{
+        entity.attributes[*updatedAt].column,
+        entity.attributes[*entity.identity].column,
+        "Z_PK",
+        "Z_OPT",
+    };
+    const auto add = [&](const std::string& column) {
+        if (!std::ranges::count(names, column)) names.push_back(column);
+    };
     for (const auto& attribute : entity.attributes) {
-        const bool isListed = attribute.tier == Tier::header;
-        const bool isThere = &attribute == &updatedAt || &attribute == &identity;
-        if (isListed && !isThere) columns += ", " + attribute.column;
+        if (attribute.tier == Tier::header) add(attribute.column);
     }
     for (const auto& relationship : entity.relationships) {
-        if (!relationship.isToMany) columns += ", " + relationship.column;
+        if (!relationship.isToMany) add(relationship.column);
     }
-    const std::string name = listIndexPrefix + entity.name;
-    return {name, "CREATE INDEX " + name + " ON " + entity.table + "(" + columns + ")"};
+    return names;
+}
+
+/// An index that holds all of it, so that such a list neither touches the table nor sorts.
+void addListIndex(const EntityDescription& entity, std::vector<Definition>& result) {
+    const auto names = listColumns(entity);
+    if (names.empty()) return;
+    const std::string name = "list_" + entity.name;
+    std::string text = "CREATE INDEX " + name + " ON " + entity.table + "(" + names[0] + " DESC";
+    for (std::size_t i = 1; i < names.size(); ++i)
+        text += ", " + names[i];
+    result.push_back({name, text + ")"});
 }
 
 void addIndexes(const EntityDescription& entity, std::vector<Definition>& result) {
@@ -102,9 +116,7 @@ void addIndexes(const EntityDescription& entity, std::vector<Definition>& result
             {name, "CREATE INDEX " + name + " ON " + entity.table + "(" + column + ")"});
     };
     for (const auto& attribute : entity.attributes) {
-        if (!attribute.isIndexed) continue;
-        add(fetchIndexName(entity, attribute), attribute.column);
-        if (attribute.name == "updatedAt") result.push_back(listIndex(entity, attribute));
+        if (attribute.isIndexed) add(fetchIndexName(entity, attribute), attribute.column);
     }
     if (entity.identity && !entity.attributes[*entity.identity].isIndexed) {
         const auto& identity = entity.attributes[*entity.identity];
@@ -114,6 +126,7 @@ void addIndexes(const EntityDescription& entity, std::vector<Definition>& result
         if (relationship.isToMany) continue;
         add("ref_" + entity.name + "_" + relationship.name, relationship.column);
     }
+    addListIndex(entity, result);
 }
 
 void addLinkTables(const EntityDescription& entity, std::vector<Definition>& result) {
@@ -170,6 +183,17 @@ std::set<std::string, std::less<>> columnsOf(SQLiteDatabase& database, const std
     while (info.step())
         names.insert(info.text(0).value_or(""));
     return names;
+}
+
+/// Whether the model lists more than the index holds, which was made by an older program.
+bool lacksListColumns(SQLiteDatabase& database, const EntityDescription& entity) {
+    std::set<std::string, std::less<>> held;
+    Statement info =
+        database.prepare("SELECT name FROM pragma_index_info('list_" + entity.name + "')");
+    while (info.step())
+        held.insert(info.text(0).value_or(""));
+    return !std::ranges::all_of(
+        listColumns(entity), [&](const std::string& name) { return held.contains(name); });
 }
 
 /// Name and text of all that is in the file.
@@ -232,7 +256,7 @@ bool isLibrary(SQLiteDatabase& database) {
 }
 
 std::vector<std::string> missingStatements(SQLiteDatabase& database) {
-    const auto present = stored(database);
+    auto present = stored(database);
     std::vector<std::string> result;
     // Columns first: an index may stand on one of them.
     for (const auto& entity : Schema::library().entities()) {
@@ -250,14 +274,14 @@ std::vector<std::string> missingStatements(SQLiteDatabase& database) {
     if (present.contains("Z_HISTORY") && !columnsOf(database, "Z_HISTORY").contains("NAME")) {
         result.emplace_back("ALTER TABLE Z_HISTORY ADD COLUMN NAME TEXT");
     }
+    for (const auto& entity : Schema::library().entities()) {
+        const std::string name = "list_" + entity.name;
+        if (!present.contains(name) || !lacksListColumns(database, entity)) continue;
+        result.push_back("DROP INDEX " + name);
+        present.erase(name);
+    }
     for (const Definition& definition : definitions()) {
-        const auto found = present.find(definition.name);
-        if (found != present.end()) {
-            const bool isCurrent = found->second == definition.statement;
-            if (isCurrent || !definition.name.starts_with(listIndexPrefix)) continue;
-            result.push_back("DROP INDEX " + definition.name);
-        }
-        result.push_back(definition.statement);
+        if (!present.contains(definition.name)) result.push_back(definition.statement);
     }
     if (database.integer("PRAGMA application_id") != applicationID) {
         result.push_back("PRAGMA application_id = " + std::to_string(applicationID));
