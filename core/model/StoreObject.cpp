@@ -72,6 +72,7 @@ void StoreObject::willChange(std::size_t attribute) {
     assert(!isDeleted_ && "a deleted object cannot be changed");
     host_->objectChanges(*this);
     changed_ |= std::uint64_t{1} << attribute;
+    loaded_ |= std::uint64_t{1} << attribute;
 }
 
 void StoreObject::willChangeLink(std::size_t relationship) {

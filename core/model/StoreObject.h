@@ -105,6 +105,9 @@ private:
     void ensureLoaded(std::size_t attribute) {
         if (!isLoaded(attribute)) host_->loadAttribute(*this, attribute);
     }
+    bool isLargeAndUnread(std::size_t attribute) const {
+        return !isLoaded(attribute) && entity_->attributes[attribute].tier == Tier::large;
+    }
     void willChange(std::size_t attribute);
     void willChangeLink(std::size_t relationship);
     std::uint8_t declareAttribute(AttributeDescription description, const void* slot);
@@ -147,7 +150,8 @@ struct AttributeOptions {
 /// "updatedAt"};`
 ///
 /// Reads like an optional, loads itself when it was left in the file, and tells its context when a
-/// different value is assigned. As a condition it asks whether there is a value; an
+/// different value is assigned; a large value is not read for that, so replacing one that was left
+/// in the file always is a change. As a condition it asks whether there is a value; an
 /// `Attribute<bool>` asks whether it is true, and null counts as false.
 template <class T>
 class Attribute {
@@ -174,8 +178,10 @@ public:
         return *this;
     }
     Attribute& operator=(std::optional<T> value) {
-        owner_->ensureLoaded(index_);
-        if (value_ == value) return *this;
+        if (!owner_->isLargeAndUnread(index_)) {
+            owner_->ensureLoaded(index_);
+            if (value_ == value) return *this;
+        }
         owner_->willChange(index_);
         value_ = std::move(value);
         return *this;

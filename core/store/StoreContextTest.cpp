@@ -334,6 +334,13 @@ TEST_F(StoreContextTest, ListsLeaveBodiesInTheFile) {
     EXPECT_TRUE(note.isLoaded(note.html.index()));
     context.releaseLargeValues();
     EXPECT_FALSE(note.isLoaded(note.html.index()));
+    // Replacing a body does not read the one before, so even an equal one is a change.
+    note.html = "<p>1</p>";
+    EXPECT_TRUE(context.hasChanges());
+    note.html = "<p>2</p>";
+    context.rollback();
+    EXPECT_FALSE(note.isLoaded(note.html.index()));
+    EXPECT_EQ(note.html, "<p>1</p>");
 }
 
 TEST_F(StoreContextTest, LargeFilesStandBesideTheLibraryAndLeaveWithTheirRow) {
