@@ -1,11 +1,11 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "base/Random.h"
 #include "core/model/NoteEntities.h"
 #include "core/model/TaskEntities.h"
 #include "core/store/StoreContext.h"
 #include "core/store/TesserineStore.h"
-#include "tests/support/SeededRandom.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -68,9 +68,9 @@ protected:
 
     TemporaryFolder folder;
     std::filesystem::path library = folder.path() / "Library";
-    std::filesystem::path file = library / TesserineStore::fileName;
+    std::filesystem::path libraryFile = library / TesserineStore::fileName;
     FixedClock clock{*Instant::parseISO("2026-03-14T09:15:00Z")};
-    SeededRandom random{1};
+    SecureRandom random;  // children must not repeat each other
 };
 
 }  // namespace tesserine::test
