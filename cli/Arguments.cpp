@@ -12,8 +12,9 @@ namespace {
 /// How many letters must change to make one word the other.
 std::size_t distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j < row.size(); ++j)
+    for (std::size_t j = 0; j < row.size(); ++j) {
         row[j] = j;
+    }
     for (std::size_t i = 0; i < a.size(); ++i) {
         std::size_t diagonal = row[0];
         row[0] = i + 1;
@@ -114,15 +115,17 @@ std::optional<std::string> Arguments::wordIfAny(std::size_t index) const {
 
 std::vector<std::string> Arguments::wordsFrom(std::size_t index) const {
     std::vector<std::string> result;
-    for (std::size_t i = index; i < words_.size(); ++i)
+    for (std::size_t i = index; i < words_.size(); ++i) {
         result.push_back(word(i));
+    }
     return result;
 }
 
 std::vector<std::filesystem::path> Arguments::pathsFrom(std::size_t index) const {
     std::vector<std::filesystem::path> result;
-    for (std::size_t i = index; i < words_.size(); ++i)
+    for (std::size_t i = index; i < words_.size(); ++i) {
         result.emplace_back(words_[i]);
+    }
     return result;
 }
 
@@ -248,8 +251,9 @@ private:
         if (!takesAll && words.size() > expected.size()) {
             throw UsageError::extraArgument(text::sanitized(words[expected.size()]));
         }
-        for (std::size_t i = 0; i < std::min(words.size(), expected.size()); ++i)
+        for (std::size_t i = 0; i < std::min(words.size(), expected.size()); ++i) {
             checkChoice(expected[i], words[i]);
+        }
     }
 
     static void checkChoice(const Argument& argument, const std::string& word) {
@@ -280,11 +284,13 @@ private:
 
     UsageError unknownOption(const std::string& typed) const {
         std::vector<std::string> known;
-        for (const Option& option : globalOptions())
+        for (const Option& option : globalOptions()) {
             known.push_back(dashed(option.name));
+        }
         if (parsed_.command != nullptr) {
-            for (const Option& option : parsed_.command->options)
+            for (const Option& option : parsed_.command->options) {
                 known.push_back(dashed(option.name));
+            }
         }
         return UsageError::unknownOption(text::sanitized(typed), nearest(typed, known));
     }

@@ -19,8 +19,9 @@ namespace fs = std::filesystem;
 ExitStatus showAttachments(Session& session, const std::vector<CDAttachment*>& attachments) {
     if (session.output().isJSON()) {
         boost::json::array array;
-        for (CDAttachment* attachment : attachments)
+        for (CDAttachment* attachment : attachments) {
             array.push_back(asJSON(*attachment, Detail::header));
+        }
         session.output().json(array);
         return ExitStatus::done;
     }

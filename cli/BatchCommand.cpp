@@ -60,8 +60,9 @@ boost::json::object answerTo(Session& session, const std::string& line) {
         boost::json::object result = BatchOperations(session).apply(parseOperation(line));
         context.save();
         boost::json::object answer{{"ok", true}};
-        for (auto& [key, value] : result)
+        for (auto& [key, value] : result) {
             answer[key] = std::move(value);
+        }
         return answer;
     } catch (const UserError& error) {
         context.rollback();
@@ -112,10 +113,9 @@ std::vector<Command> batchCommands() {
              "sourceURL?}, note.set {id, title?, html | markdown | text?, ifVersion?}, note.trash, "
              "note.restore, note.delete, note.pin, note.unpin {id}, attachment.add {note, filename, "
              "mimeType?, base64}, group {ops}: all of them in one save, or none. The field “op” "
-             "names the operation. Answers are {\"ok\": true, \"id\": …} or {\"ok\": false, "
-             "\"error\": …}; a refusal does not end the run. Repeating an operation with the same "
-             "id is harmless.",
-         .example = "echo '{\"op\": \"note.add\", \"title\": \"Plan\"}' | tesserine batch",
+             "names the operation. An answer holds “ok”, and “id” or “error”; a refusal does not "
+             "end the run. Repeating an operation with the same id is harmless.",
+         .example = R"(echo '{"op": "note.add", "title": "Plan"}' | tesserine batch)",
          .run = batch}};
 }
 

@@ -14,8 +14,9 @@ protected:
     std::vector<boost::json::object> batch(const std::string& lines) {
         std::istringstream answers(mustRun({"batch"}, lines).output);
         std::vector<boost::json::object> result;
-        for (std::string line; std::getline(answers, line);)
+        for (std::string line; std::getline(answers, line);) {
             result.push_back(tesserine::json::parse(line).as_object());
+        }
         return result;
     }
 
@@ -53,6 +54,7 @@ TEST_F(BatchCommand, EveryLineIsAnsweredAndARefusalDoesNotEndTheRun) {
           "\n"
           R"({"op": "note.pin", "id": "Plan"})");
     std::vector<std::string> said;
+    said.reserve(answers.size());
     for (const auto& answer : answers) {
         said.emplace_back(
             answer.at("ok").as_bool() ? "ok" : std::string(answer.at("error").as_string()));

@@ -44,7 +44,7 @@ boost::json::object BatchOperations::apply(const boost::json::object& operation,
     }};
     JSONFields fields(operation);
     const std::string name = fields.requiredText("op");
-    const auto found = std::ranges::find(entries, name, &Entry::name);
+    const auto* const found = std::ranges::find(entries, name, &Entry::name);
     if (found == entries.end()) {
         throw CommandError::badInput("There is no operation “" + name + "”.");
     }
@@ -92,8 +92,9 @@ boost::json::object BatchOperations::addNote(JSONFields& fields) {
         if (const CDNote* known = context.find<CDNote>(*draft.id)) return answerFor(*known);
     }
     if (notebook) draft.notebook = &notebookToFill(session_, *notebook);
-    for (const std::string& name : tags)
+    for (const std::string& name : tags) {
         draft.tags.push_back(&tagToUse(session_, name));
+    }
     return answerFor(session_.notes().createNote(context, std::move(draft)));
 }
 

@@ -68,8 +68,9 @@ std::vector<Option> bodyOptions() {
 std::optional<std::string> bodyFrom(Session& session, const Arguments& arguments) {
     const std::string_view form = arguments.oneOf({"html", "markdown", "text"});
     if (form == "html") return readText(session, *arguments.path("html"));
-    if (form == "markdown")
+    if (form == "markdown") {
         return htmlFromMarkdown(readBytes(session, *arguments.path("markdown")));
+    }
     if (form == "text") return htmlFromText(*arguments.text("text"));
     return std::nullopt;
 }

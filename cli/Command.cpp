@@ -24,8 +24,9 @@ std::vector<Command> allCommands() {
           settingsCommands,
           dumpCommands,
           batchCommands}) {
-        for (Command& command : part())
+        for (Command& command : part()) {
             all.push_back(std::move(command));
+        }
     }
     return all;
 }

@@ -32,8 +32,9 @@ std::vector<std::string> firstWords() {
 
 std::string joined(const std::vector<std::string>& words) {
     std::string result;
-    for (const std::string& word : words)
+    for (const std::string& word : words) {
         result += (result.empty() ? "" : " ") + word;
+    }
     return result;
 }
 
@@ -43,15 +44,18 @@ std::string joined(const std::vector<std::string_view>& words) {
 
 std::string secondWords(std::string_view group) {
     std::vector<std::string> words;
-    for (const Command* command : commandsOf(group))
+    for (const Command* command : commandsOf(group)) {
         words.emplace_back(command->path.substr(group.size() + 1));
+    }
     return joined(words);
 }
 
 std::string optionWords(const std::vector<Option>& options) {
     std::vector<std::string> words;
-    for (const Option& option : options)
+    words.reserve(options.size());
+    for (const Option& option : options) {
         words.push_back("--" + std::string(option.name));
+    }
     return joined(words);
 }
 
@@ -66,8 +70,9 @@ std::vector<const Option*> optionsWithValues() {
         }
     };
     add(globalOptions());
-    for (const Command& command : commands())
+    for (const Command& command : commands()) {
         add(command.options);
+    }
     return result;
 }
 
@@ -205,8 +210,9 @@ std::string fishCommand(const Command& command) {
                 + " -a " + quoted(second) + " -d " + quoted(command.summary) + "\n";
         condition = " -n " + quoted(seenFirst + "; and __fish_seen_subcommand_from " + second);
     }
-    for (const Option& option : command.options)
+    for (const Option& option : command.options) {
         text += fishOption(condition, option);
+    }
     if (completionOf(command) != Completion::nothing) {
         text += "complete -c tesserine" + condition + " -F\n";
     }
@@ -233,8 +239,9 @@ std::string bashCompletion() {
         text += "        " + quoted(word) + ") offered=" + quoted(second) + " ;;\n";
     }
     text += "    esac\n    case \"${taken[*]}\" in\n";
-    for (const Command& command : commands())
+    for (const Command& command : commands()) {
         text += bashCommand(command);
+    }
     return text + std::string(bashEnding);
 }
 
@@ -242,8 +249,9 @@ std::string zshCompletion() {
     std::string text(zshBeginning);
     text += wordScan;
     text += "    case \"${taken[*]}\" in\n";
-    for (const Command& command : commands())
+    for (const Command& command : commands()) {
         text += zshCommand(command);
+    }
     for (const std::string& word : firstWords()) {
         if (commandsOf(word).empty() || findCommand(word) != nullptr) continue;
         text += "        " + quoted(word) + ") compadd -- " + secondWords(word) + " ;;\n";
@@ -255,8 +263,9 @@ std::string zshCompletion() {
 
 std::string fishCompletion() {
     std::string text = "# fish completion for tesserine\ncomplete -c tesserine -f\n";
-    for (const Option& option : globalOptions())
+    for (const Option& option : globalOptions()) {
         text += fishOption("", option);
+    }
     for (const std::string& word : firstWords()) {
         const Command* command = findCommand(word);
         const std::string summary =
@@ -264,8 +273,9 @@ std::string fishCompletion() {
         text += "complete -c tesserine -n __fish_use_subcommand -a " + quoted(word) + " -d "
                 + quoted(summary) + "\n";
     }
-    for (const Command& command : commands())
+    for (const Command& command : commands()) {
         text += fishCommand(command);
+    }
     return text;
 }
 

@@ -21,8 +21,9 @@ UChar32 nextCodePoint(std::string_view text, std::size_t& i) {
     const unsigned lead = byteAt(i);
     const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
     unsigned point = length == 1 ? lead : lead & (0xFFU >> (length + 1));
-    for (std::size_t k = 1; k < length; ++k)
+    for (std::size_t k = 1; k < length; ++k) {
         point = point << 6 | (byteAt(i + k) & 0x3FU);
+    }
     i = std::min(i + length, text.size());
     return static_cast<UChar32>(point);
 }
@@ -94,8 +95,9 @@ std::string fitted(std::string_view text, std::size_t columns) {
     });
     if (fits) return std::string(text);
     std::string kept(text.substr(0, keptBytes));
-    while (kept.ends_with(' '))
+    while (kept.ends_with(' ')) {
         kept.pop_back();
+    }
     return kept + "…";
 }
 

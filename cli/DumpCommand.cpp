@@ -58,8 +58,9 @@ private:
         session_.throwIfStopped();
         boost::json::object line{{"entity", object.entity().name}};
         const auto noteUnreadable = [&](const std::string&) { ++unreadable_; };
-        for (auto& [key, value] : asJSON(object, Detail::whole, noteUnreadable))
+        for (auto& [key, value] : asJSON(object, Detail::whole, noteUnreadable)) {
             line[key] = std::move(value);
+        }
         session_.output().json(line);
     }
 
@@ -74,16 +75,18 @@ std::vector<const EntityDescription*> chosenEntities(const Arguments& arguments)
     if (const auto name = arguments.text("entity")) {
         chosen.push_back(Schema::library().entityNamed(*name));
     } else {
-        for (const EntityDescription& entity : Schema::library().entities())
+        for (const EntityDescription& entity : Schema::library().entities()) {
             chosen.push_back(&entity);
+        }
     }
     return chosen;
 }
 
 ExitStatus dump(Session& session, const Arguments& arguments) {
     Dump dump(session);
-    for (const EntityDescription* entity : chosenEntities(arguments))
+    for (const EntityDescription* entity : chosenEntities(arguments)) {
         dump.writeAll(*entity);
+    }
     if (dump.unreadable() > 0) {
         throw CommandError::badInput(
             counted(dump.unreadable(), "value") + " could not be read and "
@@ -94,8 +97,9 @@ ExitStatus dump(Session& session, const Arguments& arguments) {
 
 std::vector<std::string_view> entityNames() {
     std::vector<std::string_view> names;
-    for (const EntityDescription& entity : Schema::library().entities())
+    for (const EntityDescription& entity : Schema::library().entities()) {
         names.push_back(entity.name);
+    }
     return names;
 }
 

@@ -19,8 +19,9 @@ struct Entry {
 /// Lines "  name  text", the texts under each other.
 std::string listed(const std::vector<Entry>& entries) {
     std::size_t width = 0;
-    for (const Entry& entry : entries)
+    for (const Entry& entry : entries) {
         width = std::max(width, entry.name.size());
+    }
     std::string result;
     for (const Entry& entry : entries) {
         result += "  " + entry.name + std::string(width - entry.name.size() + 2, ' ') + entry.text;
@@ -37,8 +38,10 @@ std::string optionText(const Option& option) {
 
 std::string optionList(const std::vector<Option>& options) {
     std::vector<Entry> entries;
-    for (const Option& option : options)
+    entries.reserve(options.size());
+    for (const Option& option : options) {
         entries.push_back({signature(option), optionText(option)});
+    }
     return listed(entries);
 }
 
@@ -51,8 +54,10 @@ std::string globalOptionList() {
 
 std::string commandList(const std::vector<const Command*>& shown) {
     std::vector<Entry> entries;
-    for (const Command* command : shown)
+    entries.reserve(shown.size());
+    for (const Command* command : shown) {
         entries.push_back({std::string(command->path), std::string(command->summary)});
+    }
     return listed(entries);
 }
 
@@ -84,8 +89,9 @@ std::string wrapped(std::string_view text) {
 std::string synopsis(const Command& command) {
     std::string text = "tesserine " + std::string(command.path);
     if (!command.options.empty()) text += " [options]";
-    for (const Argument& argument : command.arguments)
+    for (const Argument& argument : command.arguments) {
         text += " " + word(argument);
+    }
     return text;
 }
 
@@ -99,8 +105,9 @@ std::string overallHelp() {
     std::string text = "Notes and tasks in a library of your own.\n\n"
                        "Usage: tesserine [options] COMMAND …\n\nCommands:\n";
     std::vector<const Command*> all;
-    for (const Command& command : commands())
+    for (const Command& command : commands()) {
         all.push_back(&command);
+    }
     text += commandList(all);
     text += globalOptionList();
     text += "\n“tesserine COMMAND --help” tells more about a command and shows an example.\n";

@@ -19,8 +19,9 @@ namespace {
 sigset_t watchedSignals() {
     sigset_t set;
     sigemptyset(&set);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         sigaddset(&set, signal);
+    }
     return set;
 }
 
@@ -43,8 +44,9 @@ Interruption::Interruption() {
 Interruption::~Interruption() {
     raise(end_);
     watcher_.join();
-    for (const int descriptor : {signals_, wake_, end_})
+    for (const int descriptor : {signals_, wake_, end_}) {
         ::close(descriptor);
+    }
 }
 
 void Interruption::watch() {

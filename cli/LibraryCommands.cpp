@@ -62,8 +62,9 @@ Overview gatherOverview(Session& session) {
 
 boost::json::array asJSON(const std::vector<CDNote*>& notes) {
     boost::json::array array;
-    for (CDNote* note : notes)
+    for (CDNote* note : notes) {
         array.push_back(asJSON(*note, Detail::header));
+    }
     return array;
 }
 
@@ -80,9 +81,10 @@ void showSection(
             {.title = "", .style = Style::accent},
             {.title = "", .style = Style::faint},
             {.title = "", .mayShrink = true}}};
-    for (const CDNote* note : notes)
+    for (const CDNote* note : notes) {
         table.rows.push_back(
             {shortID(note->id), localText(session, note->*when), displayTitle(*note)});
+    }
     output.table(table);
     output.line("");
 }
@@ -109,8 +111,9 @@ ExitStatus showOverview(Session& session, const Arguments&) {
 
 boost::json::object counts(StoreContext& context) {
     boost::json::object result;
-    for (const EntityDescription& entity : Schema::library().entities())
+    for (const EntityDescription& entity : Schema::library().entities()) {
         result[entity.name] = context.countObjects(entity.kind, {});
+    }
     return result;
 }
 
@@ -143,11 +146,13 @@ ExitStatus showInfo(Session& session, const Arguments&) {
     Table table{.columns = {{.title = "", .style = Style::faint}, {.title = ""}}};
     for (const auto& [key, value] : info) {
         if (value.is_string()) table.rows.push_back({key, value.as_string().c_str()});
-        if (value.is_number())
+        if (value.is_number()) {
             table.rows.push_back({key, std::to_string(value.to_number<std::int64_t>())});
+        }
     }
-    for (const auto& [entity, count] : objects)
+    for (const auto& [entity, count] : objects) {
         table.rows.push_back({entity, std::to_string(count.to_number<std::int64_t>())});
+    }
     session.output().table(table);
     return ExitStatus::done;
 }

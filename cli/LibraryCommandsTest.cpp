@@ -135,9 +135,10 @@ TEST_F(LibraryCommands, DumpWritesEveryObjectOnALineOfItsOwn) {
 
 TEST_F(LibraryCommands, DumpWritesMoreObjectsThanFitInOnePage) {
     std::string operations;
-    for (int i = 0; i < 450; ++i)
+    for (int i = 0; i < 450; ++i) {
         operations += R"({"op": "note.add", "title": "n", "tags": ["t"]})"
                       "\n";
+    }
     mustRun({"batch"}, operations);
     const std::string dumped = mustRun({"dump", "--entity", "CDNote"}).output;
     EXPECT_EQ(std::ranges::count(dumped, '\n'), 450);
@@ -222,8 +223,9 @@ TEST_F(LibraryCommands, WordsOfANoteReachNeitherLogNorPreferences) {
     run({"note", "edit", id, "--remove-tag", secret + "y"});
     std::size_t files = 0;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path())) {
-        if (!entry.is_regular_file() || entry.path().string().starts_with(library().string()))
+        if (!entry.is_regular_file() || entry.path().string().starts_with(library().string())) {
             continue;
+        }
         ++files;
         EXPECT_EQ(test::contentOf(entry.path()).find(secret), std::string::npos) << entry.path();
     }

@@ -22,7 +22,7 @@ std::string roff(std::string_view text) {
     std::string result;
     bool startsLine = true;
     while (!text.empty()) {
-        const auto escape = std::ranges::find_if(
+        const auto* const escape = std::ranges::find_if(
             escapes, [&](const auto& entry) { return text.starts_with(entry.first); });
         if (escape != escapes.end()) {
             result += escape->second;
@@ -65,8 +65,9 @@ std::string commandSection(const Command& command) {
     }
     text += "\n" + roff(command.summary) + ".\n";
     if (!command.details.empty()) text += roff(command.details) + "\n";
-    for (const Option& option : command.options)
+    for (const Option& option : command.options) {
         text += optionItem(option);
+    }
     return text + ".PP\nExample:\n.PP\n.nf\n.RS\n" + roff(command.example) + "\n.RE\n.fi\n";
 }
 
@@ -133,15 +134,17 @@ The log, which holds no text of notes; ~/.local/state without the variable.
 }  // namespace
 
 std::string manualPage() {
-    std::string text = ".TH TESSERINE 1 \"\" \"Tesserine " + std::string(product::version)
-                       + "\" \"User Commands\"\n";
+    std::string text = R"(.TH TESSERINE 1 "" "Tesserine )" + std::string(product::version)
+                       + R"(" "User Commands")" + "\n";
     text += beginning;
     text += ".SH OPTIONS OF EVERY COMMAND\n";
-    for (const Option& option : globalOptions())
+    for (const Option& option : globalOptions()) {
         text += optionItem(option);
+    }
     text += ".SH COMMANDS\n";
-    for (const Command& command : commands())
+    for (const Command& command : commands()) {
         text += commandSection(command);
+    }
     text += ending;
     return text;
 }

@@ -25,7 +25,7 @@ bool isHyphenPlace(std::size_t index) {
 template <class Entity>
 std::vector<Entity*> withID(StoreContext& context, const std::string& name) {
     if (const auto id = Uuid::parse(name)) {
-        Entity* found = context.find<Entity>(*id);
+        auto* found = context.find<Entity>(*id);
         return found == nullptr ? std::vector<Entity*>{} : std::vector<Entity*>{found};
     }
     const auto range = idsBeginningWith(name);
@@ -115,8 +115,9 @@ std::vector<std::string> pathNames(std::string_view text) {
 AmbiguousName AmbiguousName::of(
     const std::string& name, const std::vector<std::string>& candidates) {
     std::string text = "“" + name + "” fits several things; name one of them by its id:";
-    for (std::size_t i = 0; i < std::min(candidates.size(), candidatesShown); ++i)
+    for (std::size_t i = 0; i < std::min(candidates.size(), candidatesShown); ++i) {
         text += "\n  " + candidates[i];
+    }
     if (candidates.size() > candidatesShown) text += "\n  …";
     return AmbiguousName(text);
 }
@@ -187,8 +188,9 @@ CDAttachment& resolveAttachment(Session& session, const std::string& name) {
         name,
         [](const CDAttachment& attachment) {
             std::string text = attachment.filename.valueOr("");
-            if (attachment.note != nullptr)
+            if (attachment.note != nullptr) {
                 text += " (in “" + displayTitle(*attachment.note) + "”)";
+            }
             return text;
         });
 }
@@ -243,7 +245,7 @@ CDTag& tagToUse(Session& session, const std::string& name) {
 }
 
 std::string displayTitle(const CDNote& note) {
-    const std::string title(text::trimmed(note.title.valueOr("")));
+    std::string title(text::trimmed(note.title.valueOr("")));
     if (!title.empty()) return title;
     const std::string body = note.plainText.valueOr("");
     const std::string_view line = text::trimmed(body);

@@ -13,8 +13,10 @@ namespace {
 
 std::vector<CDTag*> tagsToUse(Session& session, const std::vector<std::string>& names) {
     std::vector<CDTag*> tags;
-    for (const std::string& name : names)
+    tags.reserve(names.size());
+    for (const std::string& name : names) {
         tags.push_back(&tagToUse(session, name));
+    }
     return tags;
 }
 
@@ -129,10 +131,12 @@ ExitStatus editNote(Session& session, const Arguments& arguments) {
         session.notes().moveToNotebook(note, &notebookToFill(session, *arguments.text("notebook")));
     }
     if (notebookOption == "no-notebook") session.notes().moveToNotebook(note, nullptr);
-    for (const std::string& name : arguments.texts("add-tag"))
+    for (const std::string& name : arguments.texts("add-tag")) {
         session.notes().addTag(note, tagToUse(session, name));
-    for (const std::string& name : arguments.texts("remove-tag"))
+    }
+    for (const std::string& name : arguments.texts("remove-tag")) {
         session.notes().removeTag(note, resolveTag(session, name));
+    }
     context.save();
     return answer(session, note, "Changed " + quotedTitle(note) + ".");
 }
@@ -156,8 +160,9 @@ Command addCommand() {
         .details = "Without a body, a note in a notebook that has a template starts from it.",
         .example = "tesserine note add --title Plan --notebook Work --text 'Call Ada'",
         .run = addNote};
-    for (Option& option : bodyOptions())
+    for (Option& option : bodyOptions()) {
         command.options.push_back(std::move(option));
+    }
     return command;
 }
 
@@ -185,8 +190,9 @@ Command editCommand() {
                    "$EDITOR.",
         .example = "tesserine note edit Plan --add-tag urgent --html plan.html",
         .run = editNote};
-    for (Option& option : bodyOptions())
+    for (Option& option : bodyOptions()) {
         command.options.push_back(std::move(option));
+    }
     return command;
 }
 

@@ -163,8 +163,9 @@ TEST_F(NoteCommands, ListsFilterAndSort) {
         line.insert(line.end(), options.begin(), options.end());
         std::string found;
         const auto listed = mustRun(line).json();
-        for (const auto& note : listed.as_array())
+        for (const auto& note : listed.as_array()) {
             found += std::string(note.at("title").as_string()) + " ";
+        }
         EXPECT_EQ(found, titles);
     }
     EXPECT_EQ(run({"note", "list", "--tag", "none such"}).status, ExitStatus::failed);

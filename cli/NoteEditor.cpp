@@ -27,7 +27,7 @@ fs::path newEditorFile(Session& session, const std::string& html) {
     const auto temporary = session.environment().variable("TMPDIR");
     const fs::path folder = runtime ? *runtime : temporary.value_or("/tmp");
     const Uuid name = Uuid::random(session.environment().random);
-    const fs::path file = folder / ("tesserine-" + name.wireText() + ".html");
+    fs::path file = folder / ("tesserine-" + name.wireText() + ".html");
     files::writeNew(file, bytesOf(html));
     return file;
 }

@@ -14,8 +14,9 @@ ExitStatus listRevisions(Session& session, const Arguments& arguments) {
     const auto revisions = session.notes().revisions(note);
     if (session.output().isJSON()) {
         boost::json::array array;
-        for (CDNoteRevision* revision : revisions)
+        for (CDNoteRevision* revision : revisions) {
             array.push_back(asJSON(*revision, Detail::header));
+        }
         session.output().json(array);
         return ExitStatus::done;
     }

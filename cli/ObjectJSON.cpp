@@ -27,8 +27,9 @@ boost::json::value valueOf(
 
 boost::json::value targetsOf(StoreObject& object, std::size_t relationship) {
     boost::json::array ids;
-    for (StoreObject* target : object.related(relationship))
+    for (StoreObject* target : object.related(relationship)) {
         ids.push_back(asJSON(target->uuid()));
+    }
     return ids;
 }
 

@@ -67,8 +67,9 @@ void Output::table(const Table& table) {
     clean.rows.reserve(table.rows.size());
     for (const auto& cells : table.rows) {
         std::vector<std::string>& lines = clean.rows.emplace_back();
-        for (const std::string& cell : cells)
+        for (const std::string& cell : cells) {
             lines.push_back(oneLine(cell));
+        }
     }
 
     const auto widths = columnWidths(clean);
@@ -76,19 +77,22 @@ void Output::table(const Table& table) {
         clean.columns, [](const Table::Column& column) { return !column.title.empty(); });
     if (isTerminal_ && hasTitles) {
         std::vector<std::string> titles;
-        for (const Table::Column& column : clean.columns)
+        for (const Table::Column& column : clean.columns) {
             titles.push_back(column.title);
+        }
         row(clean, titles, widths, Style::faint);
     }
-    for (const auto& cells : clean.rows)
+    for (const auto& cells : clean.rows) {
         row(clean, cells, widths, std::nullopt);
+    }
 }
 
 std::vector<std::size_t> Output::columnWidths(const Table& table) const {
     std::vector<std::size_t> widths(table.columns.size(), 0);
     for (const auto& cells : table.rows) {
-        for (std::size_t i = 0; i < cells.size(); ++i)
+        for (std::size_t i = 0; i < cells.size(); ++i) {
             widths[i] = std::max(widths[i], displayWidth(cells[i]));
+        }
     }
     if (!isTerminal_) return widths;
 

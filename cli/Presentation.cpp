@@ -26,8 +26,9 @@ std::string marks(const CDNote& note) {
 
 std::string tagNames(const CDNote& note) {
     std::string text;
-    for (const CDTag* tag : note.tags.all())
+    for (const CDTag* tag : note.tags.all()) {
         text += (text.empty() ? "" : ", ") + tag->name.valueOr("");
+    }
     return text;
 }
 
@@ -52,8 +53,9 @@ std::string localText(Session& session, const std::optional<Instant>& instant) {
 void showNotes(Session& session, const std::vector<CDNote*>& notes, std::string_view nothing) {
     if (session.output().isJSON()) {
         boost::json::array array;
-        for (CDNote* note : notes)
+        for (CDNote* note : notes) {
             array.push_back(asJSON(*note, Detail::header));
+        }
         session.output().json(array);
         return;
     }

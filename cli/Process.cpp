@@ -22,8 +22,10 @@ namespace {
 /// The words as exec(3) wants them; good as long as `words` is.
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;
-    for (std::string& word : words)
+    result.reserve(words.size() + 1);
+    for (std::string& word : words) {
         result.push_back(word.data());
+    }
     result.push_back(nullptr);
     return result;
 }

@@ -33,8 +33,9 @@ ExitStatus listSearches(Session& session, const Arguments&) {
     const auto searches = session.savedSearches().list(session.context());
     if (session.output().isJSON()) {
         boost::json::array array;
-        for (CDSavedSearch* search : searches)
+        for (CDSavedSearch* search : searches) {
             array.push_back(asJSON(*search, Detail::header));
+        }
         session.output().json(array);
         return ExitStatus::done;
     }
@@ -76,8 +77,9 @@ ExitStatus deleteSearch(Session& session, const Arguments& arguments) {
 
 ExitStatus reorderSearches(Session& session, const Arguments& arguments) {
     std::vector<CDSavedSearch*> order;
-    for (const std::string& name : arguments.wordsFrom(0))
+    for (const std::string& name : arguments.wordsFrom(0)) {
         order.push_back(&resolveSavedSearch(session, name));
+    }
     session.savedSearches().reorder(order);
     session.context().save();
     return listSearches(session, arguments);

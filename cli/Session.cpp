@@ -89,7 +89,7 @@ fs::path checkedLibraryFolder(const fs::path& folder) {
     const fs::path canonical = fs::weakly_canonical(fs::absolute(folder, error), error);
     if (error) throw LibraryUnavailable::refused(folder, "cannot be reached");
     // "folder/" names the same place as "folder".
-    const fs::path clean = canonical.has_filename() ? canonical : canonical.parent_path();
+    fs::path clean = canonical.has_filename() ? canonical : canonical.parent_path();
     if (clean == clean.root_path()) {
         throw LibraryUnavailable::refused(clean, "is the root of the file system, not a library");
     }

@@ -32,7 +32,7 @@ constexpr std::array<Setting, 2> table{{
 std::span<const Setting> settings() { return table; }
 
 const Setting* findSetting(std::string_view key) {
-    const auto found = std::ranges::find_if(table, [&](const Setting& setting) {
+    const auto* const found = std::ranges::find_if(table, [&](const Setting& setting) {
         return setting.key == key || setting.key.substr(prefix.size()) == key;
     });
     return found == table.end() ? nullptr : &*found;

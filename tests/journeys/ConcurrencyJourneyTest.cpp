@@ -27,8 +27,9 @@ std::multiset<std::string> titles(const ProgramRunner& program) {
     const Outcome listed = program.run({"note", "list", "--json"});
     EXPECT_EQ(listed.status, 0) << listed.error;
     const auto notes = json::parse(listed.output);
-    for (const auto& note : notes.as_array())
+    for (const auto& note : notes.as_array()) {
         result.emplace(note.at("title").as_string());
+    }
     return result;
 }
 
@@ -94,22 +95,26 @@ TEST(ConcurrencyJourney, WhatABatchAcknowledgedSurvivesAKill) {
     for (int round = 0; round < 8; ++round) {
         RunningProgram batch(program.commandLine({"batch"}), program.variables());
         std::string lines;
-        for (int i = 0; i < 200; ++i)
+        for (int i = 0; i < 200; ++i) {
             lines += addition("note " + std::to_string(round) + "." + std::to_string(i));
+        }
         ASSERT_TRUE(batch.write(lines));
         const std::uint64_t answers = 1 + random.below(40);
-        for (std::uint64_t i = 0; i < answers; ++i)
+        for (std::uint64_t i = 0; i < answers; ++i) {
             acknowledged.insert(idIn(batch.readLine().value()));
+        }
         batch.signal(SIGKILL);
         EXPECT_EQ(batch.wait(), 128 + SIGKILL);
     }
 
     std::set<std::string> present;
     std::istringstream dump(program.run({"dump", "--entity", "CDNote"}).output);
-    for (std::string line; std::getline(dump, line);)
+    for (std::string line; std::getline(dump, line);) {
         present.insert(idIn(line));
-    for (const std::string& id : acknowledged)
+    }
+    for (const std::string& id : acknowledged) {
         EXPECT_TRUE(present.contains(id)) << id;
+    }
     const Outcome check = program.run({"check"});
     EXPECT_EQ(check.status, 0) << check.output << check.error;
 }

@@ -59,8 +59,10 @@ int statusOf(pid_t process) {
 
 std::vector<char*> pointers(std::vector<std::string>& words) {
     std::vector<char*> result;
-    for (std::string& word : words)
+    result.reserve(words.size() + 1);
+    for (std::string& word : words) {
         result.push_back(word.data());
+    }
     result.push_back(nullptr);
     return result;
 }
@@ -77,8 +79,10 @@ pid_t start(
     const std::map<std::string, std::string>& variables,
     const Standard& standard) {
     std::vector<std::string> environment;
-    for (const auto& [name, value] : variables)
-        environment.push_back(name + "=" + value);
+    environment.reserve(variables.size());
+    for (const auto& [name, value] : variables) {
+        environment.push_back(std::string(name).append("=").append(value));
+    }
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -137,7 +141,7 @@ RunningProgram::~RunningProgram() {
     statusOf(process_);
 }
 
-bool RunningProgram::write(const std::string& text) {
+bool RunningProgram::write(const std::string& text) const {
     for (std::size_t done = 0; done < text.size();) {
         const ssize_t count = ::write(input_, text.data() + done, text.size() - done);
         if (count < 0 && errno != EINTR) return false;
@@ -184,7 +188,7 @@ bool RunningProgram::readMore() {
     return true;
 }
 
-void RunningProgram::signal(int number) { ::kill(process_, number); }
+void RunningProgram::signal(int number) const { ::kill(process_, number); }
 
 int RunningProgram::wait() {
     const int status = statusOf(process_);
@@ -226,8 +230,9 @@ Outcome ProgramRunner::runUnprivileged(const std::vector<std::string>& words) co
     giveAway(folder_.path(), nobody);
     std::vector<std::string> line{
         "setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--"};
-    for (const std::string& word : commandLine(words))
+    for (const std::string& word : commandLine(words)) {
         line.push_back(word);
+    }
     return runShell(R"("$@" </dev/null >"$OUT" 2>"$ERR")", line);
 }
 

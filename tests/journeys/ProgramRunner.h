@@ -37,14 +37,14 @@ public:
     ~RunningProgram();
 
     /// Writes to its standard input. False when it reads no more.
-    bool write(const std::string& text);
+    bool write(const std::string& text) const;
     void closeInput();
     /// The next line of its standard output; none at the end.
     std::optional<std::string> readLine();
     /// Reads until `text` was written; false at the end.
     bool readUntil(const std::string& text);
     void closeOutput();
-    void signal(int number);
+    void signal(int number) const;
     int wait();
 
 private:
