@@ -54,8 +54,9 @@ TEST(Base64, IsReadStrictly) {
 TEST(Hex, IsReadInEitherCaseAndWrittenSmall) {
     EXPECT_EQ(hex(Bytes{0x00, 0xAF, 0xFF}), "00afff");
     EXPECT_EQ(fromHex("00aFFf"), (Bytes{0x00, 0xAF, 0xFF}));
-    for (const char* text : {"0", "0g", " 0", "0x00", "é"})
+    for (const char* text : {"0", "0g", " 0", "0x00", "é"}) {
         EXPECT_FALSE(fromHex(text)) << text;
+    }
 }
 
 TEST(Encodings, KeepBytesOfEveryLength) {
@@ -78,8 +79,9 @@ TEST(SHA256, AgreesWithItsStandardInPiecesAndFromAFile) {
 
     const std::string million(1'000'000, 'a');
     SHA256 digest;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         digest.update(bytesOf(million).first(1000));
+    }
     EXPECT_EQ(hex(digest.finish()), ofMillion);
     digest.update(bytesOf("abc"));  // starts afresh
     EXPECT_EQ(hex(digest.finish()), ofABC);

@@ -40,8 +40,9 @@ public:
     /// Exactly `width` digits whose value lies in the range.
     int number(int width, int least, int greatest) {
         int value = 0;
-        for (; width > 0; --width)
+        for (; width > 0; --width) {
             value = value * 10 + digit();
+        }
         isGood_ = isGood_ && value >= least && value <= greatest;
         return value;
     }

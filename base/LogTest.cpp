@@ -36,8 +36,9 @@ TEST(Log, LinesAreCutAtAWholeCharacter) {
     const test::TemporaryFolder folder;
     const Log log(makeFileLogSink(folder / "log"), "app", "x");
     std::string text;
-    for (int i = 0; i < 3000; ++i)
+    for (int i = 0; i < 3000; ++i) {
         text += "é";
+    }
     log.info(text);
     const std::string written = test::contentOf(folder / "log");
     EXPECT_LE(written.size(), 2000U);
@@ -50,8 +51,9 @@ TEST(Log, TheFileIsPrivateRotatedAndKeepsThreeOlderOnes) {
     const fs::path file = folder / "log";
     const Log log(makeFileLogSink(file), "app", "x");
     const std::string line(1900, 'x');
-    for (int i = 0; i < 3000; ++i)
-        log.info(line);  // about six files full
+    for (int i = 0; i < 3000; ++i) {  // about six files full
+        log.info(line);
+    }
 
     std::uintmax_t files = 0;
     for (const auto& entry : fs::directory_iterator(folder.path())) {
@@ -71,12 +73,14 @@ TEST(Log, SeveralWritersOfOneFileLoseNoLineToARotation) {
     {
         // A sink each, as processes have.
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int i = 0; i < writers; ++i) {
             threads.emplace_back([&] {
                 const Log log(makeFileLogSink(folder / "log"), "app", "x");
                 const std::string line(1500, 'x');
-                for (int j = 0; j < linesEach; ++j)
+                for (int j = 0; j < linesEach; ++j) {
                     log.info(line);
+                }
             });
         }
     }

@@ -85,6 +85,7 @@ TEST_F(PreferencesFile, SeveralWritersAtOnceLoseNoKey) {
     {
         // An object each, as processes have: they share nothing but the file and its lock.
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int writer = 0; writer < writers; ++writer) {
             threads.emplace_back([&, writer] {
                 Preferences preferences(file_);

@@ -38,6 +38,8 @@ public:
     explicit Regex(std::string_view pattern, Case matching = Case::sensitive);
     Regex(Regex&&) noexcept;
     Regex& operator=(Regex&&) noexcept;
+    Regex(const Regex&) = delete;
+    Regex& operator=(const Regex&) = delete;
     ~Regex();
 
     /// The first match at or after byte `from`.

@@ -67,6 +67,7 @@ TEST(Regex, ASearchWithoutEndCountsAsNoMatch) {
 TEST(Regex, ServesSeveralThreadsAtOnce) {
     const Regex regex("n(\\d+)");
     std::vector<std::jthread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&regex, i] {
             const std::string text = "xx n" + std::to_string(i);

@@ -23,6 +23,7 @@ TEST(SerialQueue, RunsTasksOfSeveralThreadsOneAtATimeInTheirOrder) {
     {
         SerialQueue queue("test");
         std::vector<std::jthread> threads;
+        threads.reserve(4);
         for (int thread = 0; thread < 4; ++thread) {
             threads.emplace_back([&queue, &run, thread] {
                 for (int i = 0; i < 200; ++i) {

@@ -23,17 +23,20 @@ TEST(Text, BadSequencesBecomeOneReplacementForEachMaximalSubpart) {
         std::string bytes;
         std::string clean;
     };
-    const std::string r = "\uFFFD";
     for (const auto& [bytes, clean] : {
              Case{"plain", "plain"},
              Case{"a\0b\0"s, "ab"},
              Case{"\xC3\xA9t\xC3\xA9", "été"},
-             Case{"\xC0\xAF", r + r},  // longer form than needed
-             Case{"\xE0\x80\xAF", r + r + r},
-             Case{"\xED\xA0\x80", r + r + r},  // a surrogate
-             Case{"\xF4\x91\x92\x93\xFF\x41\x80\xBF\x42", r + r + r + r + r + "A" + r + r + "B"},
-             Case{"\xE1\x80\xE2\xF0\x91\x92\xF1\xBF\x41", r + r + r + r + "A"},  // truncated ones
-             Case{"ends \xF0\x9F\x98", "ends " + r},
+             Case{"\xC0\xAF", "\uFFFD\uFFFD"},  // longer form than needed
+             Case{"\xE0\x80\xAF", "\uFFFD\uFFFD\uFFFD"},
+             Case{"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},  // a surrogate
+             Case{
+                 "\xF4\x91\x92\x93\xFF\x41\x80\xBF\x42",
+                 "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFDA\uFFFD\uFFFDB"},
+             Case{
+                 "\xE1\x80\xE2\xF0\x91\x92\xF1\xBF\x41",
+                 "\uFFFD\uFFFD\uFFFD\uFFFDA"},  // truncated ones
+             Case{"ends \xF0\x9F\x98", "ends \uFFFD"},
              Case{"\xF4\x8F\xBF\xBF", "\U0010FFFF"},
          }) {
         EXPECT_EQ(text::sanitized(bytes), clean);
@@ -69,7 +72,9 @@ TEST(Text, TrimsEveryWhiteSpaceOfUnicodeAndNothingElse) {
         std::string text;
         utf8::append(text, scalar);
         const bool isSpace = whiteSpace.contains(static_cast<UChar32>(scalar));
-        ASSERT_EQ(text::trimmed(text + "x" + text), isSpace ? "x" : text + "x" + text) << text;
+        std::string padded = text;
+        padded.append("x").append(text);
+        ASSERT_EQ(text::trimmed(padded), isSpace ? "x" : padded) << text;
         ASSERT_EQ(text::isBlank(" " + text), isSpace) << text;
     }
     EXPECT_EQ(text::trimmed(" \t\r\n\u00A0 a b \u3000\u2029"), "a b");
@@ -198,10 +203,12 @@ TEST(Collator, IgnoresCaseButNotAccentsAndServesSeveralThreads) {
     EXPECT_EQ(collator.compare("Work", "WORK"), 0);
     EXPECT_NE(collator.compare("resume", "résumé"), 0);
     std::vector<std::jthread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
-            for (int j = 0; j < 1000; ++j)
+            for (int j = 0; j < 1000; ++j) {
                 EXPECT_LT(collator.compare("Café", "Caffè"), 0);
+            }
         });
     }
 }

@@ -38,6 +38,7 @@ public:
     const std::array<std::uint8_t, byteCount>& bytes() const noexcept { return bytes_; }
     bool isNil() const noexcept { return *this == Uuid{}; }
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the tool misreads a defaulted comparison
     friend constexpr auto operator<=>(const Uuid&, const Uuid&) = default;
 
 private:

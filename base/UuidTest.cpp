@@ -63,8 +63,9 @@ TEST(Uuid, CountedOnesSpreadOverTheHashTable) {
 TEST(Random, NumbersBelowABoundReachAllOfItEvenly) {
     test::SeededRandom random(7);
     std::array<int, 6> counts{};
-    for (int i = 0; i < 6000; ++i)
+    for (int i = 0; i < 6000; ++i) {
         ++counts.at(random.below(counts.size()));
+    }
     for (const int count : counts) {
         EXPECT_GT(count, 850);
         EXPECT_LT(count, 1150);

@@ -34,8 +34,9 @@ protected:
 
     static void insertAndCheckpoint(SQLiteDatabase& database) {
         database.transaction([&] {
-            for (int i = 0; i < 9; ++i)
+            for (int i = 0; i < 9; ++i) {
                 database.execute("INSERT INTO t VALUES (randomblob(9000));");
+            }
         });
         database.checkpoint(SQLiteDatabase::Checkpoint::truncate);
     }

@@ -204,11 +204,12 @@ Statement SQLiteDatabase::prepare(const std::string& sql) {
     fail(Error::Kind::prepare, code, sqlite3_errmsg(handle()), sql);
 }
 
-Statement& SQLiteDatabase::cached(const std::string& sql) {
+Statement& SQLiteDatabase::cached(std::string_view sql) {
     auto found = cached_.find(sql);
     if (found == cached_.end()) {
-        auto made = std::make_unique<Statement>(prepare(sql));
-        found = cached_.emplace(sql, std::move(made)).first;
+        std::string text(sql);
+        auto made = std::make_unique<Statement>(prepare(text));
+        found = cached_.emplace(std::move(text), std::move(made)).first;
     }
     Statement& statement = *found->second;
     statement.reset();

@@ -90,7 +90,7 @@ public:
     /// The same statement kept prepared for this connection, reset and with its bindings cleared.
     /// Not to be used by two callers at once. Reset it when you stop before its last row: a
     /// statement in the middle of its rows keeps a read transaction open.
-    Statement& cached(const std::string& sql);
+    Statement& cached(std::string_view sql);
     std::int64_t lastInsertRowID() const;
     /// Rows changed by the last statement.
     std::int64_t changes() const;

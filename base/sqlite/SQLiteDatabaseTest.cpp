@@ -234,8 +234,9 @@ TEST_F(SQLite, ACopyHoldsOneMomentWhileOthersWrite) {
     const auto insert = [](SQLiteDatabase& database) {
         database.execute("INSERT INTO t VALUES (randomblob(700));");
     };
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         insert(source);
+    }
 
     int steps = 0;
     const bool isWhole = source.backup(folder_ / "copy", 5, [&](int remaining, int total) {
@@ -275,8 +276,9 @@ TEST_F(SQLite, AStoppedCopyLeavesNothingAndNoCopyReplacesAFile) {
 TEST_F(SQLite, ARunningStatementCanBeInterruptedFromAnotherThread) {
     SQLiteDatabase database(file_);
     std::jthread interrupter([&](const std::stop_token& stop) {
-        while (!stop.stop_requested())
+        while (!stop.stop_requested()) {
             database.interrupt();
+        }
     });
     const Error error = errorOf([&] {
         database.integer(

@@ -13,8 +13,9 @@ boost::json::value sha256OfRepeated(const boost::json::object& input) {
     if (times < 0) throw InputError("“repeat” is negative");
 
     SHA256 digest;
-    for (std::int64_t i = 0; i < times && !bytes->empty(); ++i)
+    for (std::int64_t i = 0; i < times && !bytes->empty(); ++i) {
         digest.update(*bytes);
+    }
     return boost::json::string(hex(digest.finish()));
 }
 
