@@ -128,6 +128,50 @@ TEST(TerminalJourney, AFolderThatCannotBeWrittenIsToldInASentence) {
     EXPECT_EQ(contentOf(program.libraryFile()), before);
 }
 
+TEST(TerminalJourney, OnATerminalTheEditorOpensTheBody) {
+    const ProgramRunner program;
+    ASSERT_EQ(program.run({"note", "add", "--title", "Plan", "--text", "old"}).status, 0);
+    const auto editor = program.folder() / "an editor";
+    putContent(editor, "#!/bin/sh\ngrep -q old \"$2\" && printf '<p>%s</p>' \"$1\" >\"$2\"\n");
+    std::filesystem::permissions(editor, std::filesystem::perms::owner_all);
+    auto variables = program.variables();
+    variables["EDITOR"] = "'" + editor.string() + "' typed";
+    variables["TMPDIR"] = program.folder().string();
+
+    RunningProgram edit(
+        program.commandLine({"note", "edit", "Plan"}), variables, Channel::terminal);
+    EXPECT_TRUE(edit.readUntil("Changed “Plan”."));
+    EXPECT_EQ(edit.wait(), 0);
+    EXPECT_EQ(program.run({"note", "show", "Plan", "--html"}).output, "<p>typed</p>\n");
+    for (const auto& entry : std::filesystem::directory_iterator(program.folder())) {
+        EXPECT_NE(entry.path().extension(), ".html") << "the text stays in " << entry.path();
+    }
+}
+
+TEST(TerminalJourney, OnlyATerminalThatLikesThemGetsColours) {
+    const ProgramRunner program;
+    ASSERT_EQ(program.run({"note", "add", "--title", "Plan"}).status, 0);
+    struct Case {
+        const char* name;
+        const char* value;
+        bool hasColours;
+    };
+    for (const auto& [name, value, hasColours] : {
+             Case{"TERM", "xterm", true},
+             Case{"NO_COLOR", "1", false},
+             Case{"TERM", "dumb", false},
+         }) {
+        SCOPED_TRACE(std::string(name) + "=" + value);
+        auto variables = program.variables();
+        variables["TERM"] = "xterm";
+        variables[name] = value;
+        RunningProgram list(program.commandLine({"note", "list"}), variables, Channel::terminal);
+        list.readLine();  // titles of the columns
+        EXPECT_EQ(list.readLine().value_or("").find("\x1b[") != std::string::npos, hasColours);
+        EXPECT_EQ(list.wait(), 0);
+    }
+}
+
 TEST(TerminalJourney, CompletionsWorkInARealShell) {
     const ProgramRunner program;
     const Outcome script = program.run({"--generate", "bash"});
