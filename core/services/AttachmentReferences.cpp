@@ -36,36 +36,32 @@ struct Collector {
     std::vector<Uuid> found;
 };
 
-/// Copies a tree; elements that refer to an attachment get what `target` tells in its place, or are
-/// left out with all they hold.
-class Copier {
+/// Writes a tree again; elements that refer to an attachment refer to what `target` tells instead,
+/// or are left out with all they hold.
+class Rewriter {
 public:
     using Target = std::function<std::optional<Uuid>(const Uuid&)>;
-    explicit Copier(Target target) : target_(std::move(target)) {}
+    explicit Rewriter(Target target) : target_(std::move(target)) {}
 
     void enter(const HTMLNode& node) {
         if (skipped_ > 0) {
             ++skipped_;
             return;
         }
-        switch (node.kind()) {
-        case HTMLNode::Kind::fragment: open_.push_back(&copy_.root()); return;
-        case HTMLNode::Kind::text: copy_.appendText(*open_.back(), node.text()); return;
-        case HTMLNode::Kind::comment: copy_.appendComment(*open_.back(), node.text()); return;
-        case HTMLNode::Kind::element: copyElement(node); return;
-        }
+        if (node.kind() == HTMLNode::Kind::text) written_.text(node.text());
+        if (node.kind() == HTMLNode::Kind::element) open(node);
     }
     void leave(const HTMLNode& node) {
         if (skipped_ > 0) {
             --skipped_;
         } else if (node.kind() == HTMLNode::Kind::element) {
-            open_.pop_back();
+            written_.close();
         }
     }
-    std::string html() const { return html::serialized(copy_.root()); }
+    const std::string& html() const { return written_.html(); }
 
 private:
-    void copyElement(const HTMLNode& node) {
+    void open(const HTMLNode& node) {
         const auto id = referenceOf(node);
         const auto target = id ? target_(*id) : std::nullopt;
         if (id && !target) {
@@ -73,27 +69,26 @@ private:
             return;
         }
         std::vector<HTMLAttribute> attributes(node.attributes().begin(), node.attributes().end());
-        std::string written;
+        std::string reference;
         for (HTMLAttribute& attribute : attributes) {
             if (!referenceIn(node, attribute)) continue;
-            written = target->text();
-            if (attribute.name == "src") written.insert(0, attachmentScheme);
-            attribute.value = written;
+            reference = target->text();
+            if (attribute.name == "src") reference.insert(0, attachmentScheme);
+            attribute.value = reference;
         }
-        open_.push_back(&copy_.appendElement(*open_.back(), node.name(), attributes));
+        written_.open(node.element(), node.name(), attributes);
     }
 
     Target target_;
-    HTMLDocument copy_;
-    std::vector<HTMLNode*> open_;  // the copies of the elements that are being walked
-    std::size_t skipped_ = 0;      // how deep the walk is below an element left out
+    HTMLSerializer written_;
+    std::size_t skipped_ = 0;  // how deep the walk is below an element left out
 };
 
-std::string rewritten(std::string_view html, Copier::Target target) {
+std::string rewritten(std::string_view html, Rewriter::Target target) {
     const HTMLDocument document = HTMLDocument::parse(std::string(html));
-    Copier copier(std::move(target));
-    walk(document.root(), copier);
-    return copier.html();
+    Rewriter rewriter(std::move(target));
+    walk(document.root(), rewriter);
+    return rewriter.html();
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include "base/Digest.h"
 #include "base/Files.h"
 #include "base/Text.h"
-#include "core/body/HTMLNode.h"
 #include "core/body/HTMLSerializer.h"
 #include "core/services/ImageSize.h"
 #include "core/services/Limits.h"
@@ -124,15 +123,15 @@ CDAttachment& AttachmentService::insertFile(
 std::string AttachmentService::bodyElement(const CDAttachment& attachment) {
     const std::string id = attachment.id.valueOr(Uuid{}).text();
     const std::string type = attachment.mimeType.valueOr("");
-    HTMLDocument body;
+    HTMLSerializer element;
     if (!isPicture(type)) {
         const std::string kind = kindOf(attachment, type);
         const std::array<HTMLAttribute, 2> attributes{
             {{"data-ts-attachment", id}, {"data-ts-kind", kind}}};
-        body.appendText(
-            body.appendElement(body.root(), "div", attributes),
-            attachment.filename.valueOr("Attachment"));
-        return html::serialized(body.root());
+        element.open(HTMLElement::div, "div", attributes);
+        element.text(attachment.filename.valueOr("Attachment"));
+        element.close();
+        return element.html();
     }
     const std::string address = std::string(attachmentScheme) + id;
     const auto width = shownLength(attachment.width.valueOr(0));
@@ -142,8 +141,9 @@ std::string AttachmentService::bodyElement(const CDAttachment& attachment) {
         attributes.push_back({"width", *width});
         attributes.push_back({"height", *height});
     }
-    body.appendElement(body.root(), "img", attributes);
-    return html::serialized(body.root());
+    element.open(HTMLElement::img, "img", attributes);
+    element.close();
+    return element.html();
 }
 
 void AttachmentService::appendToBody(
