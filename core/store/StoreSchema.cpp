@@ -235,6 +235,10 @@ void create(SQLiteDatabase& database, Random& random) {
 }
 
 void setHistoryID(SQLiteDatabase& database, Random& random) {
+    // An older library gets both tables, and a name, when it is migrated.
+    for (const char* table : {"Z_METADATA", "Z_HISTORY"}) {
+        if (columnsOf(database, table).empty()) return;
+    }
     setMetadata(database, "historyID", Uuid::random(random).text());
     setMetadata(
         database, "historyStart", database.text("SELECT IFNULL(max(ID), 0) FROM Z_HISTORY"));

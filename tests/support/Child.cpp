@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <exception>
@@ -26,6 +27,14 @@ namespace {
     ::_exit(status);
 }
 
+int statusOf(pid_t child) {
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "waitpid");
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 }  // namespace
 
 int runInChild(const std::function<void()>& body) {
@@ -33,12 +42,32 @@ int runInChild(const std::function<void()>& body) {
     const pid_t child = ::fork();
     if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
     if (child == 0) runAndExit(body);
+    return statusOf(child);
+}
 
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "waitpid");
+std::vector<int> runInChildren(int count, const std::function<void(int)>& body) {
+    std::array<int, 2> gate{};  // opened by closing it
+    if (::pipe(gate.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+    std::fflush(nullptr);
+    std::vector<pid_t> children;
+    for (int number = 0; number < count; ++number) {
+        const pid_t child = ::fork();
+        if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
+        if (child == 0) {
+            runAndExit([&] {
+                ::close(gate[1]);
+                char nothing = 0;
+                if (::read(gate[0], &nothing, 1) == 0) body(number);
+            });
+        }
+        children.push_back(child);
     }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    ::close(gate[0]);
+    ::close(gate[1]);
+    std::vector<int> statuses;
+    for (const pid_t child : children)
+        statuses.push_back(statusOf(child));
+    return statuses;
 }
 
 }  // namespace tesserine::test

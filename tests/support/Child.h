@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 namespace tesserine::test {
 
@@ -12,5 +13,9 @@ inline constexpr int childThrew = 99;
 /// Assertions inside `body` are not seen: let it throw. Call it while this process has neither a
 /// database open nor threads.
 int runInChild(const std::function<void()>& body);
+
+/// The same in `count` processes at once, which get their number from 0 on and start together.
+/// Returns their exit statuses.
+std::vector<int> runInChildren(int count, const std::function<void(int)>& body);
 
 }  // namespace tesserine::test
