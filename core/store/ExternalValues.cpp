@@ -51,6 +51,7 @@ std::optional<Bytes> ExternalValues::decode(std::span<const std::uint8_t> column
     if (column.front() == inRow) return Bytes(column.begin() + 1, column.end());
     const auto name = fileName(column);
     if (!name || !folder_) return std::nullopt;
+    FAIL_POINT("external.reading");
     try {
         return files::read(*folder_ / *name, fileLimit, files::Links::refuse);
     } catch (const FileError&) {
