@@ -20,6 +20,18 @@ std::size_t sortAttribute(const EntityDescription& entity, const SortDescriptor&
     throw std::logic_error("bad sort descriptor: unknown name " + descriptor.attribute);
 }
 
+/// Whether only some of the rows are wanted; a limit of 0 is none.
+bool isPart(std::size_t limit, std::size_t offset) { return limit > 0 || offset > 0; }
+
+void bindWhere(
+    Statement& row, const PredicateSQL& condition, std::size_t limit, std::size_t offset) {
+    condition.bind(row);
+    if (!isPart(limit, offset)) return;
+    const int place = static_cast<int>(condition.values.size()) + 1;
+    row.bindInteger(place, limit == 0 ? -1 : static_cast<std::int64_t>(limit));
+    row.bindInteger(place + 1, static_cast<std::int64_t>(offset));
+}
+
 }  // namespace
 
 const PredicateTree& StoreContext::State::tree(EntityKind kind, const std::string& format) {
@@ -97,31 +109,58 @@ void StoreContext::State::sortObjects(
     });
 }
 
-std::vector<StoreObject*> StoreContext::State::rowsWhere(
+std::string StoreContext::State::selectWhere(
     EntityKind kind,
     const PredicateSQL& condition,
     const std::vector<SortDescriptor>& sort,
-    std::size_t limit,
-    std::size_t offset) {
+    bool isPart) const {
     const RowMapper& mapper = core->mapper(kind);
     std::string sql = "SELECT " + mapper.headerColumns() + " FROM " + mapper.entity().table;
     if (condition.condition != "1") sql += " WHERE " + condition.condition;
     // "+Z_PK" keeps SQLite from reading the whole table for the sake of its order.
     const bool hasOwnOrder = sort.empty() && condition.hasIndexedRange;
     sql += hasOwnOrder ? " ORDER BY +Z_PK" : orderClause(kind, sort);
-    if (limit > 0 || offset > 0) sql += " LIMIT ? OFFSET ?";
-    Statement& row = reader().cached(sql);
-    condition.bind(row);
-    if (limit > 0 || offset > 0) {
-        const int place = static_cast<int>(condition.values.size()) + 1;
-        row.bindInteger(place, limit == 0 ? -1 : static_cast<std::int64_t>(limit));
-        row.bindInteger(place + 1, static_cast<std::int64_t>(offset));
-    }
+    if (isPart) sql += " LIMIT ? OFFSET ?";
+    return sql;
+}
+
+std::vector<StoreObject*> StoreContext::State::rowsWhere(
+    EntityKind kind,
+    const PredicateSQL& condition,
+    const std::vector<SortDescriptor>& sort,
+    std::size_t limit,
+    std::size_t offset) {
+    Statement& row = reader().cached(selectWhere(kind, condition, sort, isPart(limit, offset)));
+    bindWhere(row, condition, limit, offset);
     std::vector<StoreObject*> objects;
     while (row.step())
         objects.push_back(&objectFor(kind, row));
     row.reset();
     return objects;
+}
+
+void StoreContext::visitObjectRows(
+    EntityKind kind,
+    const FetchRequest& request,
+    const std::function<void(const ListedRow&)>& visit) {
+    const auto guard = state_->core->reading();
+    State& state = *state_;
+    const PredicateTree& tree = state.tree(kind, request.predicate.format());
+    if (state.hasDirty(kind) || state.dependsOnPending(tree)) {
+        for (StoreObject* object : fetchObjects(kind, request))
+            visit(ListedRow(*object));
+        return;
+    }
+    readingLibrary([&] {
+        const auto condition = PredicateSQL::compile(
+            tree, request.predicate.arguments(), State::leadingColumn(kind, request.sort));
+        // A statement of its own, because `visit` may fetch the same.
+        Statement row = state.reader().prepare(
+            state.selectWhere(kind, condition, request.sort, isPart(request.limit, request.offset)));
+        bindWhere(row, condition, request.limit, request.offset);
+        while (row.step())
+            visit(ListedRow(state.core->mapper(kind), row));
+    });
 }
 
 std::vector<StoreObject*> StoreContext::fetchObjects(EntityKind kind, const FetchRequest& request) {

@@ -1,10 +1,15 @@
 #include "core/store/RowMapper.h"
 
 #include "base/sqlite/Statement.h"
+#include "core/store/ListedRow.h"
 
 namespace tesserine {
 
-RowMapper::RowMapper(const EntityDescription& entity) : entity_(&entity) {
+RowMapper::RowMapper(const EntityDescription& entity)
+    : entity_(&entity),
+      columnOfHeader_(entity.attributes.size(), -1),
+      columnOfReference_(entity.relationships.size(), -1) {
+    int listed = 2;  // after the key and the version
     headerColumns_ = "Z_PK, Z_OPT";
     std::string detailColumns = "Z_OPT";
     std::string insertColumns = "Z_PK, Z_OPT";
@@ -18,6 +23,7 @@ RowMapper::RowMapper(const EntityDescription& entity) : entity_(&entity) {
         insertOrder_.push_back(i);
         if (attribute.tier == Tier::header) {
             headers_.push_back(i);
+            columnOfHeader_[i] = listed++;
             headerColumns_ += ", " + attribute.column;
         } else if (attribute.tier == Tier::detail) {
             details_.push_back(i);
@@ -27,6 +33,7 @@ RowMapper::RowMapper(const EntityDescription& entity) : entity_(&entity) {
     for (std::size_t i = 0; i < entity.relationships.size(); ++i) {
         if (entity.relationships[i].isToMany) continue;
         references_.push_back(i);
+        columnOfReference_[i] = listed++;
         headerColumns_ += ", " + entity.relationships[i].column;
         insertColumns += ", " + entity.relationships[i].column;
         places += ", ?";
@@ -65,6 +72,44 @@ void RowMapper::readDetails(const Statement& row, StoreObject& object) const {
     }
 }
 
+// Only a zero may stand for NULL, so only then is SQLite asked a second time.
+
+void RowMapper::read(const Statement& row, int column, std::optional<std::int64_t>& value) {
+    value = row.integer(column);
+    if (*value == 0 && row.isNull(column)) value.reset();
+}
+
+void RowMapper::read(const Statement& row, int column, std::optional<bool>& value) {
+    std::optional<std::int64_t> number;
+    read(row, column, number);
+    value = number ? std::optional(*number != 0) : std::nullopt;
+}
+
+void RowMapper::read(const Statement& row, int column, std::optional<std::int16_t>& value) {
+    std::optional<std::int64_t> number;
+    read(row, column, number);
+    value = number ? std::optional(static_cast<std::int16_t>(*number)) : std::nullopt;
+}
+
+void RowMapper::read(const Statement& row, int column, std::optional<double>& value) {
+    value = row.real(column);
+    if (*value == 0 && row.isNull(column)) value.reset();
+}
+
+void RowMapper::read(const Statement& row, int column, std::optional<Instant>& value) {
+    std::optional<double> seconds;
+    read(row, column, seconds);
+    value = seconds ? std::optional(Instant::fromReferenceSeconds(*seconds)) : std::nullopt;
+}
+
+void RowMapper::read(const Statement& row, int column, std::optional<std::string>& value) {
+    value = row.text(column);
+}
+
+void RowMapper::read(const Statement& row, int column, std::optional<Uuid>& value) {
+    value = Uuid::fromBytes(row.blob(column));
+}
+
 void RowMapper::read(
     const Statement& row,
     int column,
@@ -73,34 +118,19 @@ void RowMapper::read(
     const ExternalValues& external) {
     const AttributeDescription& description = object.entity().attributes[attribute];
     object.loaded_ |= std::uint64_t{1} << attribute;
-    const bool isNull = row.isNull(column);
-    const auto fill = [&]<class T>(auto readOne) {
-        std::optional<T>& slot = object.slot<T>(description);
-        if (isNull) {
-            slot.reset();
-        } else {
-            slot = readOne();
-        }
-    };
+    const auto fill = [&]<class T>() { read(row, column, object.slot<T>(description)); };
     switch (description.type) {
-    case AttributeType::boolean:
-        return fill.operator()<bool>([&] { return row.integer(column) != 0; });
-    case AttributeType::int16:
-        return fill.operator()<std::int16_t>(
-            [&] { return static_cast<std::int16_t>(row.integer(column)); });
-    case AttributeType::int64:
-        return fill.operator()<std::int64_t>([&] { return row.integer(column); });
-    case AttributeType::real: return fill.operator()<double>([&] { return row.real(column); });
-    case AttributeType::string:
-        return fill.operator()<std::string>([&] { return row.text(column); });
-    case AttributeType::date:
-        return fill.operator()<Instant>(
-            [&] { return Instant::fromReferenceSeconds(row.real(column)); });
-    case AttributeType::uuid:
-        return fill.operator()<Uuid>([&] { return Uuid::fromBytes(row.blob(column)); });
-    case AttributeType::binary:
-        return fill.operator()<Bytes>([&] { return external.decode(row.blob(column)); });
+    case AttributeType::boolean: return fill.operator()<bool>();
+    case AttributeType::int16: return fill.operator()<std::int16_t>();
+    case AttributeType::int64: return fill.operator()<std::int64_t>();
+    case AttributeType::real: return fill.operator()<double>();
+    case AttributeType::string: return fill.operator()<std::string>();
+    case AttributeType::date: return fill.operator()<Instant>();
+    case AttributeType::uuid: return fill.operator()<Uuid>();
+    case AttributeType::binary: break;
     }
+    std::optional<Bytes>& bytes = object.slot<Bytes>(description);
+    bytes = row.isNull(column) ? std::nullopt : external.decode(row.blob(column));
 }
 
 Value RowMapper::readValue(
@@ -167,5 +197,26 @@ void RowMapper::releaseLarge(StoreObject& object) const {
         }
     }
 }
+
+std::int64_t ListedRow::key() const {
+    return object_ != nullptr ? object_->key() : row_->integer(0);
+}
+
+std::int64_t ListedRow::reference(std::size_t relationship) const {
+    return row_->integer(mapper_->referenceColumn(relationship));
+}
+
+template <class T>
+void ListedRow::read(std::size_t attribute, std::optional<T>& value) const {
+    RowMapper::read(*row_, mapper_->headerColumn(attribute), value);
+}
+
+template void ListedRow::read(std::size_t, std::optional<bool>&) const;
+template void ListedRow::read(std::size_t, std::optional<std::int16_t>&) const;
+template void ListedRow::read(std::size_t, std::optional<std::int64_t>&) const;
+template void ListedRow::read(std::size_t, std::optional<double>&) const;
+template void ListedRow::read(std::size_t, std::optional<std::string>&) const;
+template void ListedRow::read(std::size_t, std::optional<Instant>&) const;
+template void ListedRow::read(std::size_t, std::optional<Uuid>&) const;
 
 }  // namespace tesserine

@@ -4,6 +4,7 @@
 #include "core/store/ExternalValues.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,17 @@ public:
     void readHeader(const Statement& row, StoreObject& object) const;
     /// Fills the details from a row of `selectDetails`.
     void readDetails(const Statement& row, StoreObject& object) const;
+    /// The column of a header attribute, and that of a reference, among `headerColumns`.
+    int headerColumn(std::size_t attribute) const { return columnOfHeader_[attribute]; }
+    int referenceColumn(std::size_t relationship) const { return columnOfReference_[relationship]; }
+    /// The value of a column, none for NULL.
+    static void read(const Statement& row, int column, std::optional<bool>& value);
+    static void read(const Statement& row, int column, std::optional<std::int16_t>& value);
+    static void read(const Statement& row, int column, std::optional<std::int64_t>& value);
+    static void read(const Statement& row, int column, std::optional<double>& value);
+    static void read(const Statement& row, int column, std::optional<std::string>& value);
+    static void read(const Statement& row, int column, std::optional<Instant>& value);
+    static void read(const Statement& row, int column, std::optional<Uuid>& value);
     /// Fills one attribute from a column.
     static void read(
         const Statement& row,
@@ -52,6 +64,8 @@ public:
 private:
     const EntityDescription* entity_;
     std::vector<std::size_t> headers_;
+    std::vector<int> columnOfHeader_;
+    std::vector<int> columnOfReference_;
     std::vector<std::size_t> details_;
     std::vector<std::size_t> references_;
     std::vector<std::size_t> insertOrder_;

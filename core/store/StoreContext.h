@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/store/ListedRow.h"
 #include "core/store/Predicate.h"
 #include "core/store/StoreChanges.h"
 #include "core/store/StoreError.h"
@@ -52,8 +53,9 @@ public:
         std::vector<Entity*> result;
         const auto objects = fetchObjects(Entity::kind, request);
         result.reserve(objects.size());
-        for (StoreObject* object : objects)
+        for (StoreObject* object : objects) {
             result.push_back(static_cast<Entity*>(object));
+        }
         return result;
     }
     /// The first object of the request, or null.
@@ -62,6 +64,13 @@ public:
         request.limit = 1;
         const auto objects = fetchObjects(Entity::kind, request);
         return objects.empty() ? nullptr : static_cast<Entity*>(objects.front());
+    }
+    /// Hands every object of the request to `visit`, in order, as a row and without making objects:
+    /// for long lists of which a few values are wanted. `visit` changes nothing in this context.
+    template <class Entity>
+    void visitRows(
+        const FetchRequest& request, const std::function<void(const ListedRow&)>& visit) {
+        visitObjectRows(Entity::kind, request, visit);
     }
     template <class Entity>
     std::size_t count(const Predicate& predicate = {}) {
@@ -73,6 +82,10 @@ public:
     StoreObject& insertObject(EntityKind kind);
     StoreObject* findObject(EntityKind kind, const Uuid& id);
     std::vector<StoreObject*> fetchObjects(EntityKind kind, const FetchRequest& request);
+    void visitObjectRows(
+        EntityKind kind,
+        const FetchRequest& request,
+        const std::function<void(const ListedRow&)>& visit);
     std::size_t countObjects(EntityKind kind, const Predicate& predicate);
 
     bool hasChanges() const;

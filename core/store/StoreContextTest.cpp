@@ -343,6 +343,44 @@ TEST_F(StoreContextTest, ListsLeaveBodiesInTheFile) {
     EXPECT_EQ(note.html, "<p>1</p>");
 }
 
+TEST_F(StoreContextTest, VisitedRowsShowWhatAFetchShows) {
+    const auto store = open();
+    StoreContext& context = store->viewContext();
+    auto& book = context.insert<CDNotebook>();
+    for (const char* title : {"a", "b", "c"}) {
+        CDNote& note = addNote(context, title, "<p>1</p>");
+        clock.advance(std::chrono::seconds(1));
+        if (note.title == "b") note.notebook = &book;
+        if (note.title == "c") note.trashedAt = clock.now();
+    }
+    addNote(context, "no title", "<p>1</p>").title = std::nullopt;
+    context.save();
+    context.reset();
+
+    const FetchRequest request{
+        .sort = {{"updatedAt", SortDescriptor::Order::descending}}, .limit = 3, .offset = 1};
+    const auto rows = [&] {
+        std::string text;
+        context.visitRows<CDNote>(request, [&](const ListedRow& row) {
+            text += std::to_string(row.key()) + " " + row.get(&CDNote::title).value_or("-") + " ";
+            text += row.get(&CDNote::updatedAt)->iso().substr(17, 2);
+            if (row.get(&CDNote::trashedAt)) text += " trashed";
+            if (row.get(&CDNote::isPinned) == true) text += " pinned";
+            if (row.key(&CDNote::notebook) != 0) text += " in a notebook";
+            text += "; ";
+        });
+        return text;
+    };
+    EXPECT_EQ(rows(), "3 c 02 trashed; 2 b 01 in a notebook; 1 a 00; ");
+
+    // With changes pending, the same from memory.
+    CDNote& note = *context.fetchFirst<CDNote>({.predicate = {"title == %@", "b"}});
+    note.isPinned = true;
+    note.notebook = nullptr;
+    addNote(context, "d", "").updatedAt = *note.updatedAt - std::chrono::seconds(10);
+    EXPECT_EQ(rows(), "3 c 02 trashed; 2 b 01 pinned; 1 a 00; ");
+}
+
 TEST_F(StoreContextTest, LargeFilesStandBesideTheLibraryAndLeaveWithTheirRow) {
     const auto store = open();
     StoreContext& context = store->viewContext();
