@@ -57,6 +57,10 @@ void RawStatement::run() {
     reset();
 }
 
+bool RawStatement::isNull(int column) const {
+    return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
+}
+
 std::string_view RawStatement::text(int column) const {
     const unsigned char* const text = sqlite3_column_text(statement_.get(), column);
     if (text == nullptr) return {};

@@ -26,6 +26,7 @@ public:
     /// Runs a statement that gives no rows and makes it ready for the next run.
     void run();
 
+    bool isNull(int column) const;
     std::string_view text(int column) const;
     std::int64_t integer(int column) const;
     double real(int column) const;

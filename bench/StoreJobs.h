@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 namespace tesserine::bench {
@@ -15,6 +16,7 @@ struct StoreSample {
     std::filesystem::path folder;
     std::size_t noteCount = 0;
     std::size_t rounds = 5;
+    std::string only{};  ///< insert, list, body, change or open; empty: all of them
 };
 
 /// The store beside plain SQLite on the same rows: inserting, listing, reading and changing notes,

@@ -10,11 +10,13 @@
 namespace tesserine::bench {
 namespace {
 
-constexpr const char* usage = R"(usage: tesserine-bench [--notes N] [--rounds N] [--folder DIR]
+constexpr const char* usage =
+    R"(usage: tesserine-bench [--notes N] [--rounds N] [--only JOB] [--folder DIR]
 
 Measures this build beside the raw limit of what it stands on, in turns, and prints a table.
   --notes N     notes in the sample library, at least 1,000 (default 10,000)
   --rounds N    how often each job is repeated (default 5)
+  --only JOB    one of insert, list, body, change, open
   --folder DIR  where the libraries are made, in a folder "bench-libraries" that is removed
                 (default: beside the program)
 )";
@@ -22,6 +24,7 @@ Measures this build beside the raw limit of what it stands on, in turns, and pri
 struct Arguments {
     std::size_t noteCount = 10'000;
     std::size_t rounds = 5;
+    std::string only;
     std::filesystem::path folder;
 };
 
@@ -43,6 +46,10 @@ std::optional<Arguments> parse(int count, char** words) {
             arguments.folder = value;
             continue;
         }
+        if (option == "--only") {
+            arguments.only = value;
+            continue;
+        }
         const auto wanted = number(value, option == "--notes" ? 1000 : 1);
         if (!wanted) return std::nullopt;
         if (option == "--notes") {
@@ -61,6 +68,7 @@ int run(const Arguments& arguments) {
         .folder = arguments.folder / "bench-libraries",
         .noteCount = arguments.noteCount,
         .rounds = arguments.rounds,
+        .only = arguments.only,
     });
     std::cout << machineLine() << "\n\n";
     print(std::cout, rows);
