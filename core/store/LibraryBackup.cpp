@@ -275,6 +275,10 @@ LibraryBackup LibraryBackups::verify(const std::filesystem::path& folder) const 
     }
     try {
         const auto copy = openCopy(file);
+        if (copy->integer("PRAGMA user_version") > Schema::number) {
+            throw BackupError::notABackup(
+                folder, "Its library was written by a newer version of Tesserine.");
+        }
         if (!isSound(*copy)) throw BackupError::notABackup(folder, "Its library is damaged.");
         const ExternalValues values(folder);
         const auto known = knownMissing(folder);
