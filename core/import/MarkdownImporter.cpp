@@ -1,0 +1,402 @@
+#include "core/import/MarkdownImporter.h"
+
+#include "base/Files.h"
+#include "base/Text.h"
+#include "core/body/CanonicalBody.h"
+#include "core/import/ImportRun.h"
+#include "core/import/LocalReferences.h"
+#include "core/import/MarkdownNote.h"
+#include "core/import/NoteLinks.h"
+#include "core/services/Limits.h"
+#include "core/store/StoreContext.h"
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <set>
+#include <unordered_set>
+
+namespace tesserine {
+namespace {
+
+constexpr const char* format = "markdown";
+constexpr const char* unexpected = "The file could not be read as a note.";
+
+/// Where a note goes: below the chosen notebook, or into the notebooks that its front matter or its
+/// folders name.
+std::vector<std::string> notebookPath(
+    const SourceFolder& folder,
+    const SourceFile& file,
+    const MarkdownProperties& properties,
+    const ImportOptions& options) {
+    std::vector<std::string> path = options.notebook;
+    if (!properties.notebookPath.empty()) {
+        path.insert(path.end(), properties.notebookPath.begin(), properties.notebookPath.end());
+        return path;
+    }
+    if (!folder.isWholeFolder(file.root)) return path;
+    if (path.empty()) path.push_back(text::composed(folder.rootName(file.root)));
+    const std::filesystem::path parents = std::filesystem::path(file.relative).parent_path();
+    for (const auto& part : parents) {
+        path.push_back(text::composed(text::sanitized(part.string())));
+    }
+    return path;
+}
+
+std::string joinedPath(const std::vector<std::string>& names) {
+    std::string path;
+    for (const std::string& name : names) {
+        path += path.empty() ? name : " / " + name;
+    }
+    return path;
+}
+
+std::string noteAddressOf(const Uuid& id) { return NoteService::noteURL(id); }
+
+/// References of a note that is going into the library.
+class WrittenReferences final : public LocalReferences {
+public:
+    WrittenReferences(
+        const SourceIndex& index,
+        const SourceFile& from,
+        const ImportOptions& options,
+        const Uuid& noteID,
+        NoteLinks& links,
+        AttachmentIntake& intake,
+        std::vector<std::string>& warnings)
+        : LocalReferences(index, from, options.keepsRemoteImages, warnings),
+          folder_(index.folder),
+          noteID_(noteID),
+          links_(links),
+          intake_(intake) {}
+
+private:
+    std::optional<std::string> noteAddress(std::size_t note) override {
+        const auto id = links_.address(note, noteID_);
+        if (!id) return std::nullopt;
+        return noteAddressOf(*id);
+    }
+    std::optional<std::string> fileElement(const SourceFile& file) override {
+        const auto known = elements_.find(file.relative);
+        if (known != elements_.end()) return known->second;
+        return elements_[file.relative] = readElement(file);
+    }
+    std::optional<std::string> readElement(const SourceFile& file) {
+        AttachmentDraft draft{.filename = SourceFolder::name(file)};
+        try {
+            draft.data =
+                files::read(folder_.path(file), limits::attachmentBytes, files::Links::refuse);
+        } catch (const FileError& error) {
+            const bool isTooLarge = error.kind() == FileError::Kind::tooLarge;
+            warn(isTooLarge ? AttachmentError::tooLarge(draft.filename).what() : error.what());
+            return std::nullopt;
+        }
+        return element(std::move(draft));
+    }
+    std::optional<std::string> dataElement(std::string_view type, Bytes bytes) override {
+        return element({.declaredType = std::string(type), .data = std::move(bytes)});
+    }
+    std::optional<std::string> element(AttachmentDraft draft) {
+        try {
+            return AttachmentService::bodyElement(intake_.take(std::move(draft)));
+        } catch (const AttachmentError& error) {
+            warn(error.what());
+            return std::nullopt;
+        }
+    }
+
+    const SourceFolder& folder_;
+    const Uuid noteID_;
+    NoteLinks& links_;
+    AttachmentIntake& intake_;
+    std::map<std::string, std::optional<std::string>> elements_;  // of the files of this note
+};
+
+/// Looks where the references of a note lead, and takes nothing.
+class CountedReferences final : public LocalReferences {
+public:
+    CountedReferences(
+        const SourceIndex& index,
+        const SourceFile& from,
+        const ImportOptions& options,
+        std::vector<std::string>& warnings)
+        : LocalReferences(index, from, options.keepsRemoteImages, warnings),
+          folder_(index.folder) {}
+
+    std::vector<std::size_t> notes;  ///< that are linked to
+    std::map<std::string, std::uint64_t> files;
+
+private:
+    std::optional<std::string> noteAddress(std::size_t note) override {
+        notes.push_back(note);
+        return noteAddressOf({});
+    }
+    std::optional<std::string> fileElement(const SourceFile& file) override {
+        if (!files.contains(file.relative)) {
+            const std::uint64_t bytes = SourceFolder::times(folder_.path(file)).byteCount;
+            const std::string name = SourceFolder::name(file);
+            if (bytes == 0) warn(AttachmentError::empty(name).what());
+            if (bytes > limits::attachmentBytes) warn(AttachmentError::tooLarge(name).what());
+            if (bytes == 0 || bytes > limits::attachmentBytes) return std::nullopt;
+            files[file.relative] = bytes;
+        }
+        return "<br>";
+    }
+    std::optional<std::string> dataElement(std::string_view, Bytes bytes) override {
+        files["data:" + std::to_string(files.size())] = bytes.size();
+        return "<br>";
+    }
+
+    const SourceFolder& folder_;
+};
+
+/// Points links elsewhere, in a body that is in the library.
+class RepairedLinks final : public ReferenceResolver {
+public:
+    explicit RepairedLinks(const std::vector<NoteLinks::Repair>& repairs) : repairs_(repairs) {}
+
+    ReferenceChange picture(std::string_view) override { return {}; }
+    ReferenceChange link(std::string_view address) override {
+        for (const auto& [expected, actual] : repairs_) {
+            if (address != noteAddressOf(expected)) continue;
+            if (!actual) return {ReferenceChange::Kind::text};
+            return {ReferenceChange::Kind::address, noteAddressOf(*actual)};
+        }
+        return {};
+    }
+
+private:
+    const std::vector<NoteLinks::Repair>& repairs_;
+};
+
+/// One run over the files of an import.
+class Session {
+public:
+    Session(
+        StoreContext& context,
+        const ImportEnvironment& environment,
+        const std::vector<std::filesystem::path>& sources,
+        const ImportOptions& options,
+        const ImportControl& control)
+        : context_(context),
+          environment_(environment),
+          options_(options),
+          control_(control),
+          folder_(sources, isMarkdownFile, control.stop),
+          index_(folder_) {}
+
+    ImportReport run();
+    ImportPreview preview();
+
+private:
+    std::size_t total() const { return folder_.notes().size() + folder_.problems().size(); }
+    void report(std::size_t done, std::string_view current) const {
+        if (control_.progress) control_.progress({done, total(), current});
+    }
+    std::vector<Uuid> expectedIDs(const Uuid& seed) const;
+    ImportedNote importNote(ImportRun& run, NoteLinks& links, std::size_t number);
+    ImportDraft draftOf(MarkdownNote& note, NoteLinks& links, std::size_t number);
+    void findLinks(const MarkdownNote& note, const Uuid& id, std::size_t number, NoteLinks& links);
+    void repairLinks(ImportRun& run, NoteLinks& links);
+    ImportedNote lookAt(ImportPreview& preview, std::size_t number);
+
+    StoreContext& context_;
+    const ImportEnvironment& environment_;
+    const ImportOptions& options_;
+    const ImportControl& control_;
+    const SourceFolder folder_;
+    const SourceIndex index_;
+    std::unordered_set<std::string> fingerprints_;  // of a preview
+    std::set<std::string> notebooks_;
+    std::set<std::string> tags_;
+};
+
+ImportReport Session::run() {
+    ImportRun run(context_, environment_, options_, format, folder_.title(), total());
+    std::size_t done = 0;
+    for (const auto& [name, sentence] : folder_.problems()) {
+        run.addFailure(name, sentence);
+        report(++done, name);
+    }
+    NoteLinks links(expectedIDs(run.seed()));
+    for (std::size_t i = 0; i < folder_.notes().size(); ++i) {
+        if (control_.stop.stop_requested()) break;
+        const ImportedNote note = importNote(run, links, i);
+        links.settle(i, note.noteID);
+        report(++done, note.title);
+    }
+    run.save();
+    repairLinks(run, links);
+    return run.finish(done == total() && !control_.stop.stop_requested());
+}
+
+std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {
+    std::vector<Uuid> result;
+    result.reserve(folder_.notes().size());
+    for (const SourceFile& file : folder_.notes()) {
+        result.push_back(importedNoteID(seed, std::to_string(file.root) + "/" + file.relative));
+    }
+    return result;
+}
+
+ImportedNote Session::importNote(ImportRun& run, NoteLinks& links, std::size_t number) {
+    const SourceFile& file = folder_.notes()[number];
+    try {
+        MarkdownNote note = readMarkdownNote(folder_, file, environment_, options_);
+        const ImportedNote result = run.add(draftOf(note, links, number));
+        const bool isOld = run.isContinued() && result.outcome == ImportOutcome::skipped;
+        if (isOld) findLinks(note, *result.noteID, number, links);
+        return result;
+    } catch (const StoreError&) {
+        throw;  // the library fails, not the note
+    } catch (const UserError& error) {
+        return run.addFailure(SourceFolder::name(file), error.what());
+    } catch (const std::exception&) {
+        environment_.log.error("import: a file could not be read as a note");
+        return run.addFailure(SourceFolder::name(file), unexpected);
+    }
+}
+
+ImportDraft Session::draftOf(MarkdownNote& note, NoteLinks& links, std::size_t number) {
+    const SourceFile& file = folder_.notes()[number];
+    MarkdownProperties& properties = note.properties;
+    ImportDraft draft{
+        .title = note.title,
+        .fingerprint = note.fingerprint,
+        .id = links.expected(number),
+        .createdAt = note.createdAt,
+        .updatedAt = note.updatedAt,
+        .notebookPath = notebookPath(folder_, file, properties, options_),
+        .tags = properties.tags,
+        .sourceURL = properties.sourceURL,
+        .isPinned = properties.isPinned,
+        .originalFormat = format,
+        .originalSource = std::move(note.source),
+        .importedFrom = SourceFolder::name(file),
+        .metadata = properties.metadata,
+        .warnings = note.warnings,
+    };
+    if (!note.body) {
+        draft.body = [&note](const Uuid&, AttachmentIntake&, std::vector<std::string>&) {
+            return std::move(note.html);
+        };
+        return draft;
+    }
+    draft.body = [this, &note, &links, &file](
+                     const Uuid& id, AttachmentIntake& intake, std::vector<std::string>& warnings) {
+        WrittenReferences references(index_, file, options_, id, links, intake, warnings);
+        return withResolvedReferences(*note.body, references);
+    };
+    return draft;
+}
+
+/// Remembers where a note leads that an earlier run put in: what it links to may get another
+/// identifier in this run than that run expected.
+void Session::findLinks(
+    const MarkdownNote& note, const Uuid& id, std::size_t number, NoteLinks& links) {
+    if (!note.body) return;
+    std::vector<std::string> warnings;
+    CountedReferences references(index_, folder_.notes()[number], options_, warnings);
+    withResolvedReferences(*note.body, references);
+    for (const std::size_t linked : references.notes) {
+        links.foundLink(linked, id);
+    }
+}
+
+void Session::repairLinks(ImportRun& run, NoteLinks& links) {
+    std::size_t pending = 0;
+    for (const auto& [id, repairs] : links.takeRepairs()) {
+        auto* note = context_.find<CDNote>(id);
+        if (note == nullptr || !note->html) continue;
+        RepairedLinks repaired(repairs);
+        const HTMLDocument body = HTMLDocument::parse(*note->html);
+        note->html =
+            canonicalBody(withResolvedReferences(body, repaired, BodyOrigin::library)).html;
+        if (++pending % ImportRun::notesPerBatch == 0) run.save();
+    }
+}
+
+ImportPreview Session::preview() {
+    ImportPreview preview;
+    preview.found = total();
+    std::size_t done = 0;
+    for (const auto& [name, sentence] : folder_.problems()) {
+        preview.notes.push_back({.title = name, .warnings = {sentence}});
+        report(++done, name);
+    }
+    for (std::size_t i = 0; i < folder_.notes().size(); ++i) {
+        if (control_.stop.stop_requested()) break;
+        preview.notes.push_back(lookAt(preview, i));
+        report(++done, preview.notes.back().title);
+    }
+    for (const ImportedNote& note : preview.notes) {
+        if (note.outcome == ImportOutcome::failed) ++preview.unreadable;
+        if (note.noteID || note.outcome == ImportOutcome::skipped) ++preview.duplicates;
+    }
+    preview.notebooks.assign(notebooks_.begin(), notebooks_.end());
+    preview.tags.assign(tags_.begin(), tags_.end());
+    return preview;
+}
+
+ImportedNote Session::lookAt(ImportPreview& preview, std::size_t number) {
+    const SourceFile& file = folder_.notes()[number];
+    try {
+        MarkdownNote note = readMarkdownNote(folder_, file, environment_, options_);
+        ImportedNote result{.title = note.title, .outcome = ImportOutcome::imported};
+        result.warnings = std::move(note.warnings);
+        preview.sourceBytes += note.source.size();
+
+        const CDNote* present =
+            NoteService(environment_.clock).findByImportFingerprint(context_, note.fingerprint);
+        if (present != nullptr) result.noteID = present->id;
+        const bool isDuplicate =
+            !fingerprints_.insert(note.fingerprint).second || present != nullptr;
+        if (isDuplicate && options_.duplicates == DuplicatePolicy::skip) {
+            result.outcome = ImportOutcome::skipped;
+            return result;
+        }
+        if (isDuplicate && options_.duplicates == DuplicatePolicy::replace) {
+            result.outcome = ImportOutcome::replaced;
+        }
+        const auto path = notebookPath(folder_, file, note.properties, options_);
+        if (!path.empty()) notebooks_.insert(joinedPath(path));
+        for (const std::string& tag : note.properties.tags) {
+            tags_.insert(tag);
+        }
+        if (options_.tag) tags_.insert(*options_.tag);
+        if (!note.body) return result;
+        CountedReferences references(index_, file, options_, result.warnings);
+        withResolvedReferences(*note.body, references);
+        preview.attachments += references.files.size();
+        for (const auto& [name, bytes] : references.files) {
+            preview.attachmentBytes += bytes;
+        }
+        return result;
+    } catch (const StoreError&) {
+        throw;
+    } catch (const UserError& error) {
+        return {.title = SourceFolder::name(file), .warnings = {error.what()}};
+    } catch (const std::exception&) {
+        return {.title = SourceFolder::name(file), .warnings = {unexpected}};
+    }
+}
+
+}  // namespace
+
+ImportPreview MarkdownImporter::preview(
+    StoreContext& context,
+    const std::vector<std::filesystem::path>& sources,
+    const ImportOptions& options,
+    const ImportControl& control) const {
+    return Session(context, environment_, sources, options, control).preview();
+}
+
+ImportReport MarkdownImporter::run(
+    StoreContext& context,
+    const std::vector<std::filesystem::path>& sources,
+    const ImportOptions& options,
+    const ImportControl& control) const {
+    return Session(context, environment_, sources, options, control).run();
+}
+
+}  // namespace tesserine
