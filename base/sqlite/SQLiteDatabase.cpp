@@ -91,7 +91,10 @@ bool Error::isBusy() const noexcept {
     return primaryCode(resultCode_) == SQLITE_BUSY || primaryCode(resultCode_) == SQLITE_LOCKED;
 }
 
-bool Error::isFull() const noexcept { return primaryCode(resultCode_) == SQLITE_FULL; }
+bool Error::isFull() const noexcept {
+    // On a disk without any space it is the log's index that cannot be made.
+    return primaryCode(resultCode_) == SQLITE_FULL || resultCode_ == SQLITE_IOERR_SHMSIZE;
+}
 
 bool Error::isDamage() const noexcept {
     return primaryCode(resultCode_) == SQLITE_CORRUPT || primaryCode(resultCode_) == SQLITE_NOTADB;

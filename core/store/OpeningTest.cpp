@@ -324,6 +324,25 @@ TEST_F(OpeningTest, ProgramsThatCreateItAtOnceShareOneLibrary) {
         EXPECT_EQ(entry.path().string().find(".new-"), std::string::npos) << entry.path();
 }
 
+TEST_F(OpeningTest, ADiskTooFullForALibraryGetsNoPartOfOne) {
+    FaultyVFS disk("full");
+    StoreEnvironment with = environment();
+    with.sqliteVFS = disk.name();
+    for (const int nth : {1, 2, 20}) {
+        disk.fail(
+            {.operation = FaultyVFS::Operation::write,
+             .nth = nth,
+             .fault = FaultyVFS::Fault::full,
+             .isLasting = true});
+        EXPECT_EQ(
+            refusal(with),
+            "Tesserine could not open its library. The disk is full. Free some space and try again.");
+        EXPECT_TRUE(contents().empty());
+        disk.clear();
+    }
+    EXPECT_EQ(refusal(with), "");
+}
+
 TEST_F(OpeningTest, AKillWhileTheLibraryIsMadeLeavesNoneOrAWholeOne) {
     std::vector<std::function<void(FaultyVFS&)>> faults;
     for (const char* place :

@@ -146,11 +146,15 @@ void StoreCore::createFile() {
     if (!createIfMissing_) throw StoreError::loadFailed("There is no library in this folder.");
     const auto making =
         exchange::arrivingName(configuration_.directory, Uuid::random(random_).text().substr(0, 8));
-    files::writeNew(making, {});  // with a private mode, which SQLite keeps and gives its journals
-    {
+    try {
+        files::writeNew(making, {});  // with a private mode, which SQLite gives its journals, too
         const auto database = connect(making, SQLiteDatabase::Access::readWrite);
         schema::create(*database, random_);
         FAIL_POINT("store.schemaMade");
+    } catch (...) {
+        for (const char* part : {"", "-wal", "-shm"})
+            files::removeIfPresent(withSuffix(making, part));
+        throw;
     }
     files::syncFile(making);
     exchange::replaceLibrary(configuration_.directory, making, {});
