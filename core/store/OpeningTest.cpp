@@ -351,7 +351,7 @@ TEST_F(OpeningTest, AKillWhileTheLibraryIsMadeLeavesNoneOrAWholeOne) {
             failpoint::arm(place, 1, [] { ::_exit(FaultyVFS::killedStatus); });
         });
     }
-    for (int nth = 1; nth < 40; nth += 4) {
+    for (int nth = 1; nth < 40; nth += 7) {
         faults.emplace_back([nth](FaultyVFS& disk) {
             disk.fail({.nth = nth, .fault = FaultyVFS::Fault::tornKill});
         });

@@ -1,55 +1,12 @@
 #include "core/store/StoreContext.h"
 
-#include "base/Clock.h"
-#include "core/model/NoteEntities.h"
-#include "core/model/TaskEntities.h"
 #include "core/store/StoreCore.h"
-#include "core/store/TesserineStore.h"
-#include "tests/support/SeededRandom.h"
-#include "tests/support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "core/store/StoreFixture.h"
 
 namespace tesserine {
 namespace {
 
-/// A library in a fresh folder, opened as often as a test likes.
-class StoreContextTest : public testing::Test {
-protected:
-    std::unique_ptr<TesserineStore> open(const std::string& author = "test") {
-        return std::make_unique<TesserineStore>(
-            StoreConfiguration{.directory = folder.path() / "Library"},
-            StoreEnvironment{.clock = clock, .random = random, .author = author});
-    }
-
-    CDNote& addNote(StoreContext& context, const std::string& title, const std::string& html) {
-        auto& note = context.insert<CDNote>();
-        note.title = title;
-        note.html = html;
-        note.createdAt = clock.now();
-        note.updatedAt = clock.now();
-        return note;
-    }
-
-    static std::string titles(const std::vector<CDNote*>& notes) {
-        std::string text;
-        for (CDNote* note : notes)
-            text += note->title.valueOr("-") + " ";
-        return text;
-    }
-
-    static std::string revisions(CDNote& note) {
-        std::string text;
-        for (CDNoteRevision* revision : note.revisions.all()) {
-            text += revision->reason.valueOr("") + ":" + revision->html.valueOr("") + " ";
-        }
-        return text;
-    }
-
-    test::TemporaryFolder folder;
-    FixedClock clock{*Instant::parseISO("2026-03-14T09:15:00Z")};
-    test::SeededRandom random{1};
-};
+class StoreContextTest : public test::StoreFixture {};
 
 TEST_F(StoreContextTest, EverythingComesBackAfterReopening) {
     Uuid id;
