@@ -1,10 +1,10 @@
 #include "core/import/MarkdownHTML.h"
 
 #include "base/Text.h"
+#include "core/body/BodyError.h"
+#include "core/body/Limits.h"
 #include "core/import/InlineText.h"
 #include "core/import/RawHTML.h"
-#include "core/services/Limits.h"
-#include "core/services/ServiceErrors.h"
 
 #include <md4c.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 /// References and tables can make much HTML of little Markdown; nothing longer than this can become
 /// a note.
-constexpr std::size_t mostHTMLBytes = 2 * limits::bodyBytes;
+constexpr std::size_t mostHTMLBytes = 2 * limits::canonicalBodyBytes;
 
 std::string_view viewOf(const MD_CHAR* text, MD_SIZE size) {
     return size == 0 ? std::string_view{} : std::string_view(text, size);
@@ -380,7 +380,7 @@ public:
         const int result =
             md_parse(markdown.data(), static_cast<MD_SIZE>(markdown.size()), &parser, this);
         if (failure_) std::rethrow_exception(failure_);
-        if (result != 0) throw NoteError::bodyTooLarge();  // too much HTML, or no memory for it
+        if (result != 0) throw BodyError::tooLarge();  // too much HTML, or no memory for it
     }
 
 private:

@@ -44,7 +44,7 @@ struct MarkdownHTML {
 /// Task items become checklists; a list of both kinds becomes a list for each run of one kind. A
 /// list item begins with its text, not with a paragraph. Raw HTML goes in as it is, except for
 /// elements whose end is missing where it would swallow what follows: those become text. Throws
-/// `NoteError::bodyTooLarge` when the result is far beyond what a note holds. Any thread.
+/// `BodyError::tooLarge` when the result is far beyond what a note holds. Any thread.
 MarkdownHTML markdownToHTML(std::string_view markdown, const MarkdownReading& reading = {});
 
 }  // namespace tesserine

@@ -1,6 +1,6 @@
 #include "core/import/MarkdownHTML.h"
 
-#include "core/services/ServiceErrors.h"
+#include "core/body/BodyError.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -182,7 +182,7 @@ TEST(MarkdownHTML, HostileTextsEndSoon) {
     }
     // A reference that is used often makes more HTML than a note may hold.
     const std::string reference = "[a]: <x" + repeated("y", 100'000) + ">\n\n";
-    EXPECT_THROW(markdownToHTML(reference + repeated("[a]", 10'000)), NoteError);
+    EXPECT_THROW(markdownToHTML(reference + repeated("[a]", 10'000)), BodyError);
 }
 
 }  // namespace

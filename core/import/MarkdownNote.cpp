@@ -3,7 +3,9 @@
 #include "base/Digest.h"
 #include "base/Files.h"
 #include "base/Text.h"
+#include "core/body/BodyError.h"
 #include "core/body/CanonicalBody.h"
+#include "core/body/Limits.h"
 #include "core/import/ImportRun.h"
 #include "core/import/LinkTable.h"
 #include "core/import/MarkdownHTML.h"
@@ -44,9 +46,9 @@ private:
 
 Bytes readSource(const std::filesystem::path& path) {
     try {
-        return files::read(path, limits::bodyBytes, files::Links::refuse);
+        return files::read(path, limits::canonicalBodyBytes, files::Links::refuse);
     } catch (const FileError& error) {
-        if (error.kind() == FileError::Kind::tooLarge) throw NoteError::bodyTooLarge();
+        if (error.kind() == FileError::Kind::tooLarge) throw BodyError::tooLarge();
         throw;
     }
 }

@@ -27,7 +27,7 @@ struct MarkdownNote {
     std::vector<std::string> warnings;
 };
 
-/// Reads the file. Throws `FileError` and `NoteError`, whose sentences tell why it is no note.
+/// Reads the file. Throws `FileError` and `BodyError`, whose sentences tell why it is no note.
 MarkdownNote readMarkdownNote(
     const SourceFolder& folder,
     const SourceFile& file,

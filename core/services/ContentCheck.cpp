@@ -1,4 +1,5 @@
 #include "base/Digest.h"
+#include "core/body/BodyError.h"
 #include "core/body/CanonicalBody.h"
 #include "core/services/LibraryExamination.h"
 #include "core/services/NoteService.h"
@@ -29,6 +30,17 @@ std::string valueName(const AttributeDescription& attribute) {
     if (attribute.name == "originalSource") return "original source";
     if (attribute.name == "thumbnailData") return "thumbnail";
     return attribute.name;
+}
+
+/// Whether a body and its text are what the services would store. A body beyond the limit cannot be
+/// brought into another form and counts as one.
+bool isAsStored(std::string_view html, std::string_view plainText) {
+    try {
+        const CanonicalBody canonical = canonicalBody(html);
+        return canonical.html == html && canonical.plainText == plainText;
+    } catch (const BodyError&) {
+        return true;
+    }
 }
 
 /// Names of the files in the folder of large values that are older than `orphanAge`.
@@ -156,10 +168,7 @@ void LibraryExamination::checkBodies() {
                 progress("bodies", report_.bodies, report_.objects);
             }
             if (damagedNotes_.contains(row.integer(0))) continue;
-            const CanonicalBody canonical = canonicalBody(row.textView(2));
-            if (canonical.html == row.textView(2) && canonical.plainText == row.textView(3)) {
-                continue;
-            }
+            if (isAsStored(row.textView(2), row.textView(3))) continue;
             different.push_back({row.integer(0), Uuid::fromBytes(row.blob(1))});
         }
     }

@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What the library takes at most. Beyond each the services refuse with a sentence.
+/// What the library takes at most, besides what `core/body/Limits.h` says of bodies. Beyond each
+/// the services refuse with a sentence.
 namespace tesserine::limits {
 
-inline constexpr std::size_t bodyBytes = 10'000'000;  ///< of a canonical body
 inline constexpr std::size_t titleCharacters = 10'000;
 inline constexpr std::uint64_t attachmentBytes = 100'000'000;
 inline constexpr std::size_t attachmentsPerNote = 1'000;

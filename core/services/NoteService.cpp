@@ -27,13 +27,6 @@ constexpr std::array defaultTemplates{
 
 constexpr const char* liveTemplates = "isTemplate == YES AND trashedAt == nil";
 
-/// `html` as the library keeps it. Throws `NoteError::bodyTooLarge`.
-CanonicalBody stored(const std::string& html) {
-    CanonicalBody body = canonicalBody(html);
-    if (body.html.size() > limits::bodyBytes) throw NoteError::bodyTooLarge();
-    return body;
-}
-
 void requireTitle(const std::string& title) {
     if (title.size() <= limits::titleCharacters) return;  // no character has less than a byte
     if (text::prefix(title, limits::titleCharacters).size() < title.size()) {
@@ -73,6 +66,16 @@ std::size_t removeAll(StoreContext& context, const std::vector<CDNote*>& notes) 
 }  // namespace
 
 struct NoteService::RevisionContent {
+    explicit RevisionContent(const CDNoteRevision& revision)
+        : title(revision.title), html(revision.html), plainText(revision.plainText) {
+        if (!html) return;
+        // What an older program or another device kept passes the same door as everything else.
+        CanonicalBody body = canonicalBody(*html);
+        if (*html == body.html) return;
+        html = std::move(body.html);
+        plainText = std::move(body.plainText);
+    }
+
     std::optional<std::string> title;
     std::optional<std::string> html;
     std::optional<std::string> plainText;
@@ -80,7 +83,7 @@ struct NoteService::RevisionContent {
 
 CDNote& NoteService::createNote(StoreContext& context, NoteDraft draft) const {
     requireTitle(draft.title);
-    CanonicalBody body = stored(draft.html);
+    CanonicalBody body = canonicalBody(draft.html);
 
     auto& note = context.insert<CDNote>();
     if (draft.id) note.id = *draft.id;
@@ -101,7 +104,7 @@ CDNote& NoteService::createNote(StoreContext& context, NoteDraft draft) const {
 void NoteService::updateNote(StoreContext& context, CDNote& note, NoteChange change) const {
     if (change.title) requireTitle(*change.title);
     std::optional<CanonicalBody> body;
-    if (change.html) body = stored(*change.html);
+    if (change.html) body = canonicalBody(*change.html);
 
     if (body && note.html != body->html) {
         takeRevision(context, note, NoteRevisionReason::preEdit);
@@ -122,7 +125,7 @@ NoteService::EditOutcome NoteService::saveEdit(
             ? note.html.valueOr("") != *edit.loadedHTML
             : edit.loadedVersion && note.contentVersion.valueOr(1) != *edit.loadedVersion;
     const bool replacesAnotherBody =
-        movedOn && edit.html && hasBody(note) && *note.html != stored(*edit.html).html;
+        movedOn && edit.html && hasBody(note) && *note.html != canonicalBody(*edit.html).html;
     if (edit.title) requireTitle(*edit.title);
 
     if (replacesAnotherBody) keepConflict(context, note);
@@ -309,13 +312,13 @@ std::vector<CDNoteRevision*> NoteService::revisions(const CDNote& note) const {
 void NoteService::restoreRevision(
     StoreContext& context, CDNote& note, CDNoteRevision& revision) const {
     // Read first: the copy of the present state may prune the very revision that is restored.
-    RevisionContent content{revision.title, revision.html, revision.plainText};
+    RevisionContent content(revision);
     takeRevision(context, note, NoteRevisionReason::preEdit);
     putBack(note, revision, std::move(content));
 }
 
 void NoteService::revertTo(StoreContext& context, CDNote& note, CDNoteRevision& revision) const {
-    RevisionContent content{revision.title, revision.html, revision.plainText};
+    RevisionContent content(revision);
     const auto existing = newestFirst(note);
     const bool isKept = !existing.empty() && existing.front()->html == note.html;
     if (!isKept) takeRevision(context, note, NoteRevisionReason::autosave);
@@ -398,14 +401,6 @@ void NoteService::putBack(
     note.title = std::move(content.title);
     note.html = std::move(content.html);
     note.plainText = std::move(content.plainText);
-    // What an older program or another device kept passes the same door as everything else.
-    if (hasBody(note)) {
-        CanonicalBody body = canonicalBody(*note.html);
-        if (note.html != body.html) {
-            note.html = std::move(body.html);
-            note.plainText = std::move(body.plainText);
-        }
-    }
     touch(note);
     note.contentVersion = note.contentVersion.valueOr(1) + 1;
     const auto kept = note.revisions.all();

@@ -65,7 +65,8 @@ public:
 
     // Writing
 
-    /// Inserts a note that holds `draft`. Throws `NoteError` (titleTooLong, bodyTooLarge).
+    /// Inserts a note that holds `draft`. Throws `NoteError::titleTooLong` and
+    /// `BodyError::tooLarge`.
     CDNote& createNote(StoreContext& context, NoteDraft draft) const;
     /// Changes title, body or both. A body that differs from the stored one is preceded by a
     /// `preEdit` revision. Raises `contentVersion` by one per call. Throws as `createNote`.

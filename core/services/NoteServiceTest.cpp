@@ -1,5 +1,6 @@
 #include "core/services/NoteService.h"
 
+#include "core/body/Limits.h"
 #include "core/services/LibraryFixture.h"
 #include "core/services/Limits.h"
 
@@ -78,21 +79,24 @@ TEST_F(NoteServiceTest, TitlesAndBodiesAreTakenUpToTheirLimitsAndRefusedBeyond) 
     for (std::size_t i = 0; i < limits::titleCharacters; ++i) {
         title += "é";
     }
-    const std::string body(limits::bodyBytes, 'a');
+    const std::string body(limits::canonicalBodyBytes, 'a');
     CDNote& note = insert(title, body);
 
     const auto refusal = [&](NoteChange change) -> std::string {
         try {
             service.updateNote(context, note, std::move(change));
-        } catch (const NoteError& error) {
+        } catch (const UserError& error) {
             return error.what();
         }
         return "taken";
     };
     EXPECT_EQ(refusal({.title = title + "é"}), "The title is longer than 10,000 characters.");
-    EXPECT_EQ(refusal({.html = body + "a"}), "The note is larger than the 10 MB limit.");
+    EXPECT_EQ(
+        refusal({.html = body + "a"}),
+        "This note is larger than 10 MB, so it was not saved. Split it, or attach its large "
+        "pictures as files.");
     EXPECT_EQ(note.title, title);
-    EXPECT_EQ(note.html->size(), limits::bodyBytes);
+    EXPECT_EQ(note.html->size(), limits::canonicalBodyBytes);
     EXPECT_EQ(note.contentVersion, 1);
 }
 

@@ -9,13 +9,10 @@ namespace tesserine {
 /// Why a note could not take what it was given. The note is as it was.
 class NoteError final : public UserError {
 public:
-    enum class Kind { titleTooLong, bodyTooLarge, badLocation };
+    enum class Kind { titleTooLong, badLocation };
 
     static NoteError titleTooLong() {
         return {Kind::titleTooLong, "The title is longer than 10,000 characters."};
-    }
-    static NoteError bodyTooLarge() {
-        return {Kind::bodyTooLarge, "The note is larger than the 10 MB limit."};
     }
     static NoteError badLocation() {
         return {Kind::badLocation, "That is not a place on the globe."};
