@@ -1,5 +1,4 @@
 #include "cli/CommandFixture.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <sstream>
 
@@ -8,7 +7,7 @@ namespace {
 
 constexpr const char* id = "AAAA0000-0000-4000-8000-000000000001";
 
-class BatchCommand : public CommandFixture<test::TemporaryFolder> {
+class BatchCommand : public CommandFixture {
 protected:
     /// The answers to operations, one for each line.
     std::vector<boost::json::object> batch(const std::string& lines) {

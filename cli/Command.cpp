@@ -20,6 +20,7 @@ std::vector<Command> allCommands() {
           tagCommands,
           templateCommands,
           savedSearchCommands,
+          importCommands,
           backupCommands,
           settingsCommands,
           dumpCommands,

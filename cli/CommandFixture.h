@@ -4,6 +4,7 @@
 #include "base/JSON.h"
 #include "base/Random.h"
 #include "cli/Program.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -30,20 +31,19 @@ inline std::string shown(const boost::json::value& value) {
     return tesserine::json::write(value);
 }
 
-/// Runs whole commands in this process, on a library and a home of their own in a `Folder` that
+/// Runs whole commands in this process, on a library and a home of their own in a folder that
 /// vanishes with it. The time is 2026-03-14 09:15 in UTC.
-template <class Folder>
 class CommandFixture : public ::testing::Test {
 protected:
     CommandFixture() {
         variables_ = {
-            {"XDG_CONFIG_HOME", (folder_.path() / "config").string()},
-            {"XDG_STATE_HOME", (folder_.path() / "state").string()},
+            {"XDG_CONFIG_HOME", (folder_ / "config").string()},
+            {"XDG_STATE_HOME", (folder_ / "state").string()},
             {"TESSERINE_LIBRARY", library().string()},
             {"LANG", "en_GB.UTF-8"}};
     }
 
-    std::filesystem::path library() const { return folder_.path() / "library"; }
+    std::filesystem::path library() const { return folder_ / "library"; }
 
     CommandResult run(const std::vector<std::string>& line, const std::string& typed = {}) {
         std::istringstream input(typed);
@@ -56,7 +56,7 @@ protected:
             .clock = clock_,
             .random = random_,
             .variables = variables_,
-            .home = folder_.path() / "home",
+            .home = folder_ / "home",
             .inputIsTerminal = isTerminal_,
             .outputIsTerminal = isTerminal_,
             .errorIsTerminal = isTerminal_,
@@ -79,7 +79,7 @@ protected:
         return mustRun(options).line();
     }
 
-    Folder folder_;
+    test::TemporaryFolder folder_;
     FixedClock clock_{*Instant::parseISO("2026-03-14T09:15:00Z")};
     SecureRandom random_;
     std::map<std::string, std::string, std::less<>> variables_;

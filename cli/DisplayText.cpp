@@ -1,6 +1,7 @@
 #include "cli/DisplayText.h"
 
 #include "base/Text.h"
+#include "base/UTF8.h"
 
 #include <unicode/uchar.h>
 
@@ -13,28 +14,13 @@ namespace {
 
 constexpr UChar32 emojiSelector = 0xFE0F;
 
-/// The code point at `text[i]` of valid UTF-8; moves `i` behind it.
-UChar32 nextCodePoint(std::string_view text, std::size_t& i) {
-    const auto byteAt = [&](std::size_t index) {
-        return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
-    };
-    const unsigned lead = byteAt(i);
-    const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    unsigned point = length == 1 ? lead : lead & (0xFFU >> (length + 1));
-    for (std::size_t k = 1; k < length; ++k) {
-        point = point << 6 | (byteAt(i + k) & 0x3FU);
-    }
-    i = std::min(i + length, text.size());
-    return static_cast<UChar32>(point);
-}
-
 /// Calls `take(codePoint, bytes)` for each code point.
 template <class Take>
 void forEachCodePoint(std::string_view text, Take take) {
-    for (std::size_t i = 0; i < text.size();) {
-        const std::size_t start = i;
-        const UChar32 point = nextCodePoint(text, i);
-        take(point, text.substr(start, i - start));
+    while (!text.empty()) {
+        const utf8::Scalar scalar = utf8::first(text);
+        take(static_cast<UChar32>(scalar.value), text.substr(0, scalar.length));
+        text.remove_prefix(scalar.length);
     }
 }
 

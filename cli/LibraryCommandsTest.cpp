@@ -1,13 +1,12 @@
 #include "cli/CommandFixture.h"
 #include "cli/Session.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <sstream>
 
 namespace tesserine::cli {
 namespace {
 
-class LibraryCommands : public CommandFixture<test::TemporaryFolder> {};
+class LibraryCommands : public CommandFixture {};
 
 TEST_F(LibraryCommands, ReadingDoesNotMakeALibraryAndWritingDoes) {
     for (const std::vector<std::string>& line : {

@@ -2,6 +2,8 @@
 
 #include "cli/DisplayText.h"
 #include "cli/Session.h"
+#include "core/body/PlainText.h"
+#include "core/import/ImportReports.h"
 #include "core/model/BookkeepingEntities.h"
 
 #include <algorithm>
@@ -99,17 +101,6 @@ bool areTwins(const std::vector<CDNotebook*>& found) {
     });
 }
 
-std::vector<std::string> pathNames(std::string_view text) {
-    std::vector<std::string> names;
-    while (true) {
-        const std::size_t slash = text.find('/');
-        const std::string_view name = text::trimmed(text.substr(0, slash));
-        if (!name.empty()) names.emplace_back(name);
-        if (slash == std::string_view::npos) return names;
-        text.remove_prefix(slash + 1);
-    }
-}
-
 }  // namespace
 
 AmbiguousName AmbiguousName::of(
@@ -196,11 +187,15 @@ CDAttachment& resolveAttachment(Session& session, const std::string& name) {
 }
 
 CDImportReport& resolveImport(Session& session, const std::string& name) {
-    return single(
-        meant<CDImportReport>(session, name, {"title == %@", name}),
-        "import",
-        name,
-        [](const CDImportReport& report) { return report.title.valueOr(""); });
+    auto found = meant<CDImportReport>(session, name, {"title == %@", name});
+    // A running import has further rows, which are none for people.
+    const auto listed = ImportReports(session.clock()).list(session.context());
+    std::erase_if(found, [&](CDImportReport* report) {
+        return std::ranges::find(listed, report) == listed.end();
+    });
+    return single(found, "import", name, [](const CDImportReport& report) {
+        return report.title.valueOr("");
+    });
 }
 
 CDNoteRevision& resolveRevision(Session& session, CDNote& note, const std::string& name) {
@@ -233,6 +228,17 @@ CDNotebook& notebookToFill(Session& session, const std::string& name) {
     return *session.notebooks().findOrCreatePath(context, names);
 }
 
+std::vector<std::string> pathNames(std::string_view path) {
+    std::vector<std::string> names;
+    while (true) {
+        const std::size_t slash = path.find('/');
+        const std::string_view name = text::trimmed(path.substr(0, slash));
+        if (!name.empty()) names.emplace_back(name);
+        if (slash == std::string_view::npos) return names;
+        path.remove_prefix(slash + 1);
+    }
+}
+
 CDTag& tagToUse(Session& session, const std::string& name) {
     session.holdNames();
     StoreContext& context = session.context();
@@ -245,12 +251,9 @@ CDTag& tagToUse(Session& session, const std::string& name) {
 }
 
 std::string displayTitle(const CDNote& note) {
-    std::string title(text::trimmed(note.title.valueOr("")));
-    if (!title.empty()) return title;
-    const std::string body = note.plainText.valueOr("");
-    const std::string_view line = text::trimmed(body);
-    return line.empty() ? "Untitled"
-                        : std::string(text::prefix(line.substr(0, line.find('\n')), 120));
+    const std::string title = note.title.valueOr("");
+    // The text is large: it is only read where the title does not do.
+    return tesserine::displayTitle(title, text::isBlank(title) ? note.plainText.valueOr("") : "");
 }
 
 std::string shortID(const std::optional<Uuid>& id) { return id ? id->text().substr(0, 8) : "-"; }

@@ -48,6 +48,8 @@ CDNoteRevision& resolveRevision(Session& session, CDNote& note, const std::strin
 /// The notebook that is meant, made when there is none: a path such as "Work / Plans" makes each
 /// level. A UUID is never a new name.
 CDNotebook& notebookToFill(Session& session, const std::string& name);
+/// The names of a path such as "Work / Plans", trimmed, without empty ones.
+std::vector<std::string> pathNames(std::string_view path);
 /// The tag that is meant, made when there is none. Throws `UsageError` for an empty name.
 CDTag& tagToUse(Session& session, const std::string& name);
 

@@ -1,11 +1,10 @@
 #include "cli/CommandFixture.h"
 #include "cli/Names.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace tesserine::cli {
 namespace {
 
-class NoteCommands : public CommandFixture<test::TemporaryFolder> {};
+class NoteCommands : public CommandFixture {};
 
 constexpr const char* firstID = "AAAA0000-0000-4000-8000-000000000001";
 constexpr const char* secondID = "AAAA0000-0000-4000-8000-000000000002";

@@ -1,10 +1,9 @@
 #include "cli/CommandFixture.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace tesserine::cli {
 namespace {
 
-class OrganisingCommands : public CommandFixture<test::TemporaryFolder> {};
+class OrganisingCommands : public CommandFixture {};
 
 TEST_F(OrganisingCommands, NotebooksAreATree) {
     const std::string work = mustRun({"notebook", "add", "Work"}).line();

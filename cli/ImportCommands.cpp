@@ -1,0 +1,200 @@
+#include "cli/CommandError.h"
+#include "cli/DisplayText.h"
+#include "cli/ImportPresentation.h"
+#include "cli/Names.h"
+#include "cli/Presentation.h"
+#include "cli/Safeguard.h"
+#include "cli/Session.h"
+#include "core/import/ImportReports.h"
+#include "core/import/MarkdownImporter.h"
+#include "core/model/BookkeepingEntities.h"
+
+#include <boost/json/array.hpp>
+
+namespace tesserine::cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The notebook that an import goes into: one that is there, by any of its names, or a new path.
+std::vector<std::string> targetNotebook(Session& session, const std::string& name) {
+    if (!session.hasLibrary()) return pathNames(name);
+    const auto known = session.notebooks().named(session.context(), name);
+    if (known.empty() && !idsBeginningWith(name)) return pathNames(name);
+    return pathNames(NotebookService::pathText(resolveNotebook(session, name)));
+}
+
+ImportOptions optionsFrom(Session& session, const Arguments& arguments) {
+    ImportOptions options{
+        .tag = arguments.text("tag"),
+        .keepsRemoteImages = arguments.has("remote-images"),
+        .recognisesTags = arguments.has("recognise-tags")};
+    if (const auto policy = arguments.text("duplicates")) {
+        options.duplicates = *duplicatePolicyNamed(*policy);
+    }
+    if (const auto name = arguments.text("notebook")) {
+        options.notebook = targetNotebook(session, *name);
+    }
+    return options;
+}
+
+/// Looks only; a folder without a library is looked at as an empty one.
+ExitStatus previewMarkdown(
+    Session& session, const MarkdownImporter& importer, const Arguments& arguments) {
+    session.onlyRead();
+    std::optional<TesserineStore> empty;
+    if (!session.hasLibrary()) {
+        empty.emplace(
+            StoreConfiguration{.inMemory = true},
+            StoreEnvironment{.clock = session.clock(), .random = session.environment().random});
+    }
+    StoreContext& context = empty ? empty->viewContext() : session.context();
+    const ImportOptions options = optionsFrom(session, arguments);
+    showPreview(session, importer.preview(context, arguments.pathsFrom(0), options));
+    return ExitStatus::done;
+}
+
+ImportReport runImport(
+    Session& session, const MarkdownImporter& importer, const Arguments& arguments) {
+    const ImportOptions options = optionsFrom(session, arguments);
+    if (!session.store().wasCreated() && !arguments.has("no-backup")) {
+        backUpBefore(session, "import");
+    }
+    Progress progress(session.environment(), "Importing");
+    const auto context = session.store().newBackgroundContext();
+    return importer.run(
+        *context,
+        arguments.pathsFrom(0),
+        options,
+        {.stop = session.stop(), .progress = [&](const ImportProgress& state) {
+             progress.show(state.done, state.total, state.current);
+         }});
+}
+
+ExitStatus importMarkdown(Session& session, const Arguments& arguments) {
+    const MarkdownImporter importer(
+        {.clock = session.clock(),
+         .random = session.environment().random,
+         .calendar = session.calendar(),
+         .types = session.types(),
+         .log = session.log()});
+    if (arguments.has("dry-run")) return previewMarkdown(session, importer, arguments);
+
+    const ImportReport report = runImport(session, importer, arguments);
+    showReport(session, report);
+    session.output().flush();
+    session.throwIfStopped();
+    const bool isAllLost = report.failed > 0 && report.failed == report.found;
+    if (isAllLost) throw CommandError::badInput("Nothing could be imported.");
+    return ExitStatus::done;
+}
+
+ExitStatus listImports(Session& session, const Arguments&) {
+    StoreContext& context = session.context();
+    const ImportReports reports(session.clock());
+    boost::json::array array;
+    Table table{
+        .columns = {
+            {.title = "ID", .style = Style::accent},
+            {.title = "WHEN", .style = Style::faint},
+            {.title = "NOTES", .isNumber = true},
+            {.title = "SOURCE", .style = Style::strong, .mayShrink = true},
+            {.title = "", .style = Style::warning}}};
+    for (const CDImportReport* row : reports.list(context)) {
+        const ImportReport report = reports.read(context, *row);
+        array.push_back(asJSON(report));
+        table.rows.push_back(
+            {shortID(report.id),
+             session.localTime(report.started),
+             std::to_string(report.imported + report.replaced),
+             report.file,
+             report.undone     ? "undone"
+             : report.finished ? ""
+                               : "stopped"});
+    }
+    if (session.output().isJSON()) {
+        session.output().json(array);
+        return ExitStatus::done;
+    }
+    if (table.rows.empty()) session.remark("Nothing was imported yet.");
+    session.output().table(table);
+    return ExitStatus::done;
+}
+
+ExitStatus showImport(Session& session, const Arguments& arguments) {
+    const CDImportReport& row = resolveImport(session, arguments.word(0));
+    showReport(session, ImportReports(session.clock()).read(session.context(), row));
+    return ExitStatus::done;
+}
+
+ImportUndo runUndo(Session& session, const Uuid& id) {
+    Progress progress(session.environment(), "Undoing");
+    const auto context = session.store().newBackgroundContext();
+    return ImportReports(session.clock())
+        .undo(*context, id, {.stop = session.stop(), .progress = [&](const ImportProgress& state) {
+                                 progress.show(state.done, state.total, state.current);
+                             }});
+}
+
+ExitStatus undoImport(Session& session, const Arguments& arguments) {
+    const auto id = resolveImport(session, arguments.word(0)).id.get();
+    if (!id) throw StoreError::notFound("The import “" + arguments.word(0) + "”");
+    const ImportUndo undo = runUndo(session, *id);
+    if (session.output().isJSON()) {
+        session.output().json(boost::json::object{
+            {"trashed", undo.trashed}, {"gone", undo.gone}, {"prunedTags", undo.prunedTags}});
+    } else {
+        session.output().line(
+            "Moved " + counted(undo.trashed, "note") + " to the trash (" + std::to_string(undo.gone)
+            + " were gone already) and deleted " + counted(undo.prunedTags, "unused tag") + ".");
+    }
+    session.output().flush();
+    if (undo.wasStopped) throw Interrupted();
+    return ExitStatus::done;
+}
+
+}  // namespace
+
+std::vector<Command> importCommands() {
+    return {
+        {.path = "import markdown",
+         .summary = "Imports Markdown files, or all of a folder, with a report that is kept",
+         .access = Access::writes,
+         .arguments = {{.name = "PATH", .isRepeatable = true, .completion = Completion::file}},
+         .options =
+             {{.name = "dry-run", .summary = "Only tell what would be imported"},
+              {.name = "notebook", .value = "NAME", .summary = "The notebook everything goes into"},
+              {.name = "tag", .value = "NAME", .summary = "A tag for every imported note"},
+              {.name = "duplicates",
+               .value = "POLICY",
+               .summary = "skip (which is usual), replace or keep notes that are there already",
+               .choices = {"skip", "replace", "keep"}},
+              {.name = "remote-images", .summary = "Keep pictures on other servers as pictures"},
+              {.name = "recognise-tags", .summary = "Make tags of #words in the text"},
+              {.name = "no-backup", .summary = "Make no backup first"}},
+         .details = "Folders become notebooks; links between the files become links between notes; "
+                    "pictures and files beside them become attachments. Notes that are there "
+                    "already are skipped, so a run that was stopped can be run again.",
+         .example = "tesserine import markdown ~/Documents/notes --tag imported",
+         .run = importMarkdown},
+        {.path = "import list",
+         .summary = "Lists the imports whose reports are kept, newest first",
+         .example = "tesserine import list",
+         .run = listImports},
+        {.path = "import show",
+         .summary = "Shows the report of an import",
+         .arguments = {{.name = "ID"}},
+         .example = "tesserine import show 5D0C77E1",
+         .run = showImport},
+        {.path = "import undo",
+         .summary = "Moves the notes that an import created to the trash",
+         .access = Access::writes,
+         .arguments = {{.name = "ID"}},
+         .details = "Notes that it replaced stay; their former content is among their revisions. "
+                    "Tags that nothing carries any more are deleted.",
+         .example = "tesserine import undo 5D0C77E1",
+         .run = undoImport}};
+}
+
+}  // namespace tesserine::cli
