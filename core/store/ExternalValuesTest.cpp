@@ -95,6 +95,7 @@ TEST_F(ExternalValuesTest, AColumnNeverLeadsOutOfTheFolder) {
     }
 }
 
+#ifdef TESSERINE_FAIL_POINTS  // what users run has none
 TEST_F(ExternalValuesTest, AKillBetweenFileAndRowLeavesAStrayThatIsSweptWhenOld) {
     open().reset();
     ASSERT_EQ(
@@ -136,6 +137,7 @@ TEST_F(ExternalValuesTest, AValueReplacedElsewhereWhileItIsReadIsReadAsReplaced)
     });
     EXPECT_EQ(attachment.fileData, Bytes(size, 2));
 }
+#endif
 
 TEST_F(ExternalValuesTest, FilesFollowTheirValues) {
     const auto store = open();

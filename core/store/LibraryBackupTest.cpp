@@ -102,6 +102,7 @@ TEST_F(LibraryBackupTest, ABackupIsOneMomentOfTheLibraryAndComesBackWhole) {
     EXPECT_EQ(inside(first.folder), "a ");
 }
 
+#ifdef TESSERINE_FAIL_POINTS  // what users run has none
 TEST_F(LibraryBackupTest, AKillLeavesOnlyWholeBackupsAndWhatIsLeftOverGoesLater) {
     {
         const auto store = open();
@@ -134,6 +135,7 @@ TEST_F(LibraryBackupTest, AKillLeavesOnlyWholeBackupsAndWhatIsLeftOverGoesLater)
     backups.prune();
     EXPECT_EQ(entries(), 2);
 }
+#endif
 
 TEST_F(LibraryBackupTest, AFullDiskEndsTheBackupWithASentenceAndNothingLeftBehind) {
     FaultyVFS disk("full");
@@ -164,6 +166,7 @@ TEST_F(LibraryBackupTest, AFullDiskEndsTheBackupWithASentenceAndNothingLeftBehin
     EXPECT_EQ(inside(backups.list().front().folder), "a ");
 }
 
+#ifdef TESSERINE_FAIL_POINTS  // what users run has none
 TEST_F(LibraryBackupTest, ARestoreKilledAnywhereLosesNothingAndCanBeRunAgain) {
     {
         const auto store = open();
@@ -234,6 +237,7 @@ TEST_F(LibraryBackupTest, ARestoreKilledAnywhereLosesNothingAndCanBeRunAgain) {
         }
     }
 }
+#endif
 
 TEST_F(LibraryBackupTest, ADamagedLibraryIsReplacedAndKeptAsItIs) {
     {

@@ -162,6 +162,7 @@ TEST_F(SaveConflictTest, TaggingANoteThatOthersEditedIsNoConflictOfItsBody) {
     EXPECT_FALSE(bool(note.hasConflict));
 }
 
+#ifdef TESSERINE_FAIL_POINTS  // what users run has none
 /// What a context holds, as a person would read it.
 std::string shown(StoreContext& context, CDNote& note) {
     std::string text = note.title.valueOr("-") + "|" + note.html.valueOr("-") + "|"
@@ -223,6 +224,7 @@ TEST_F(SaveConflictTest, AFailedSaveLeavesTheContextAsItWasAndTheNextOneDoesItAl
         }
     }
 }
+#endif
 
 TEST_F(SaveConflictTest, RollingBackBringsBackLinksTargetsAndDeletedObjects) {
     CDNote& note = addNote(mine(), "n", "<p>0</p>");
@@ -317,6 +319,7 @@ TEST_F(SaveConflictTest, DigestsFollowEveryChangeAndGoWithTheRow) {
     EXPECT_EQ(digests(), "");
 }
 
+#ifdef TESSERINE_FAIL_POINTS  // what users run has none
 TEST_F(SaveConflictTest, VersionsGrowByOneWithEachWriteAndKeysAreNeverUsedTwice) {
     CDNote& note = addNote(mine(), "n", "");
     mine().save();
@@ -343,6 +346,7 @@ TEST_F(SaveConflictTest, VersionsGrowByOneWithEachWriteAndKeysAreNeverUsedTwice)
     EXPECT_EQ(next.key(), key + 1);
     EXPECT_EQ(mine().find<CDNote>(*next.id), &next);
 }
+#endif
 
 }  // namespace
 }  // namespace tesserine
