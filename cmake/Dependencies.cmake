@@ -15,4 +15,3 @@ if(BUILD_TESTING)
     include(GoogleTest)
 endif()
 
-find_package(benchmark REQUIRED)                            # bench/; benchmark::benchmark

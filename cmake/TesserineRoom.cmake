@@ -10,8 +10,6 @@ function(tesserine_library room)
         "SOURCES;HEADERS;DEPENDS;PRIVATE_DEPENDS;TESTS;TEST_DEPENDS")
     tesserine_refuse_unknown(tesserine_library "${arg_UNPARSED_ARGUMENTS}")
 
-    tesserine_existing(arg_DEPENDS)
-    tesserine_existing(arg_PRIVATE_DEPENDS)
     set(target tesserine_${room})
     if(arg_SOURCES)
         add_library(${target} STATIC ${arg_SOURCES} ${arg_HEADERS})
@@ -35,7 +33,6 @@ endfunction()
 function(tesserine_program name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;DEPENDS")
     tesserine_refuse_unknown(tesserine_program "${arg_UNPARSED_ARGUMENTS}")
-    tesserine_existing(arg_DEPENDS)
 
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE tesserine::settings ${arg_DEPENDS})
@@ -51,12 +48,11 @@ function(tesserine_tests name)
     endif()
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;DEPENDS")
     tesserine_refuse_unknown(tesserine_tests "${arg_UNPARSED_ARGUMENTS}")
-    tesserine_existing(arg_DEPENDS)
 
     set(target tesserine_${name}_tests)
     add_executable(${target} ${arg_SOURCES})
     target_link_libraries(${target} PRIVATE tesserine::settings ${arg_DEPENDS}
-        $<TARGET_NAME_IF_EXISTS:tesserine::test_support> GTest::gmock GTest::gtest_main)
+        tesserine::test_support GTest::gmock GTest::gtest_main)
     gtest_discover_tests(${target}
         TEST_PREFIX "${name}/"
         DISCOVERY_MODE PRE_TEST
@@ -68,10 +64,4 @@ function(tesserine_refuse_unknown caller unknown)
     if(unknown)
         message(FATAL_ERROR "${caller} does not know what to do with: ${unknown}")
     endif()
-endfunction()
-
-# Lets a room name another that has not been started.
-function(tesserine_existing list)
-    list(TRANSFORM ${list} REPLACE "^(tesserine::.*)$" "$<TARGET_NAME_IF_EXISTS:\\1>")
-    set(${list} "${${list}}" PARENT_SCOPE)
 endfunction()
