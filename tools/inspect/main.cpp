@@ -9,6 +9,7 @@ int main() {
     using namespace tesserine::inspect;
     Operations operations;
     addBaseOperations(operations);
+    addServiceOperations(operations);
 
     std::ios::sync_with_stdio(false);
     std::string line;
