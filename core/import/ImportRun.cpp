@@ -262,6 +262,7 @@ void ImportRun::saveHalfway(const ImportedNote& soFar) {
     }
     writeReport();
     context_.save();
+    FAIL_POINT("import.halfwaySaved");
     context_.releaseLargeValues();
     bytesInBatch_ = 0;
 }

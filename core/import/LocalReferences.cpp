@@ -52,9 +52,10 @@ ReferenceChange LocalReferences::link(std::string_view address) {
     case LocalAddress::Kind::elsewhere: return {};
     case LocalAddress::Kind::file: break;
     }
-    if (const auto found = otherFile(local.path)) return file(*found);
+    const bool isNote = isMarkdownFile(local.path);  // also one that was not chosen
+    const auto other = isNote ? std::nullopt : otherFile(local.path);
+    if (other) return file(*other);
     if (const auto note = index_.notes.atPath(from_.root, local.path)) return noteLink(*note);
-    const bool isNote = isMarkdownFile(local.path);
     return lost(address, isMissing, isNote ? Kind::text : Kind::unsupported);
 }
 

@@ -58,6 +58,8 @@ private:
     void writePicture(const HTMLNode& picture);
     void writeElement(const std::string& html, const Attributes& more, bool hasOwnText);
     bool isLeadingBlock(const HTMLNode& node) const;
+    bool isLeadingSpace(const HTMLNode& text) const;
+    bool isInItem(const HTMLNode& node) const;
 
     ReferenceResolver& resolver_;
     const bool isForeign_;
@@ -68,7 +70,9 @@ private:
 };
 
 void Rewriter::enter(const HTMLNode& node) {
-    if (node.kind() == HTMLNode::Kind::text && dropped_ == 0) written_.text(node.text());
+    if (node.kind() == HTMLNode::Kind::text && dropped_ == 0 && !isLeadingSpace(node)) {
+        written_.text(node.text());
+    }
     if (node.kind() != HTMLNode::Kind::element) return;
     const Open opened = dropped_ > 0 ? Open::dropped : open(node);
     if (opened == Open::dropped) ++dropped_;
@@ -196,9 +200,17 @@ void Rewriter::writeElement(const std::string& html, const Attributes& more, boo
 bool Rewriter::isLeadingBlock(const HTMLNode& node) const {
     const bool isBlock = node.element() == HTMLElement::p || node.element() == HTMLElement::div;
     if (!isForeign_ || !isBlock || !node.attributes().empty()) return false;
-    const bool isInItem =
-        isItemOrCell(node.parent()) || (!open_.empty() && open_.back() == Open::leadingNothing);
-    return isInItem && isFirstInParent(node);
+    return isInItem(node) && isFirstInParent(node);
+}
+
+/// White space of the source that would follow the bullet.
+bool Rewriter::isLeadingSpace(const HTMLNode& text) const {
+    return isForeign_ && isInItem(text) && text::isBlank(text.text()) && isFirstInParent(text);
+}
+
+bool Rewriter::isInItem(const HTMLNode& node) const {
+    if (!open_.empty() && open_.back() == Open::leadingNothing) return true;
+    return isItemOrCell(node.parent());
 }
 
 }  // namespace
