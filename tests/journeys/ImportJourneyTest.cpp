@@ -34,7 +34,7 @@ protected:
         const auto report = json::parse(again.output);
         EXPECT_EQ(report.at("found").as_int64(), fileCount);
         EXPECT_EQ(report.at("failed").as_int64(), 0);
-        EXPECT_GT(report.at("skipped").as_int64(), 0);
+        EXPECT_EQ(report.at("imported").as_int64() + report.at("skipped").as_int64(), fileCount);
         const Outcome listed = program_.run({"note", "list"});
         EXPECT_EQ(std::ranges::count(listed.output, '\n'), fileCount);
         const Outcome check = program_.run({"check"});
@@ -47,7 +47,7 @@ protected:
 TEST_F(ImportJourney, CtrlCStopsItCleanlyAndItCanBeRunAgain) {
     RunningProgram import(
         program_.commandLine(importing()), program_.variables(), Channel::terminal);
-    ASSERT_TRUE(import.readUntil("Importing 1"));  // a hundred notes or more are done
+    ASSERT_TRUE(import.readUntil("Importing"));
     import.signal(SIGINT);
     EXPECT_TRUE(import.readUntil("stopped before its end"));
     EXPECT_EQ(import.wait(), 130);
@@ -57,7 +57,9 @@ TEST_F(ImportJourney, CtrlCStopsItCleanlyAndItCanBeRunAgain) {
 TEST_F(ImportJourney, AKillLosesNothingThatWasSavedAndItCanBeRunAgain) {
     RunningProgram import(
         program_.commandLine(importing()), program_.variables(), Channel::terminal);
-    ASSERT_TRUE(import.readUntil("Importing 1"));
+    // Twice: told at most ten times in a second, so that something may be saved by then.
+    ASSERT_TRUE(import.readUntil(" of "));
+    ASSERT_TRUE(import.readUntil(" of "));
     import.signal(SIGKILL);
     EXPECT_EQ(import.wait(), 128 + SIGKILL);
     expectRestIsImported();
