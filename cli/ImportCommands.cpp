@@ -15,8 +15,6 @@ namespace tesserine::cli {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 /// The notebook that an import goes into: one that is there, by any of its names, or a new path.
 std::vector<std::string> targetNotebook(Session& session, const std::string& name) {
     if (!session.hasLibrary()) return pathNames(name);

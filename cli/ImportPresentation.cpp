@@ -13,8 +13,9 @@ namespace {
 
 boost::json::array arrayOf(const std::vector<std::string>& texts) {
     boost::json::array array;
-    for (const std::string& text : texts)
+    for (const std::string& text : texts) {
         array.emplace_back(text);
+    }
     return array;
 }
 
@@ -43,8 +44,9 @@ void showTroubles(Session& session, const std::vector<ImportedNote>& notes) {
         output.line(
             (hasFailed ? output.styled("Failed: ", Style::warning) : std::string())
             + inQuotes(note.title));
-        for (const std::string& warning : note.warnings)
+        for (const std::string& warning : note.warnings) {
             output.line("  " + oneLine(warning));
+        }
     }
 }
 
@@ -107,8 +109,9 @@ void showPreview(Session& session, const ImportPreview& preview) {
         + attachmentText(preview.attachments, preview.attachmentBytes) + "; "
         + std::to_string(preview.duplicates) + " of them are there already and "
         + std::to_string(preview.unreadable) + " cannot be read.");
-    for (const std::string& notebook : preview.notebooks)
+    for (const std::string& notebook : preview.notebooks) {
         output.line("  " + oneLine(notebook));
+    }
 }
 
 }  // namespace tesserine::cli

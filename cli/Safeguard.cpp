@@ -9,8 +9,10 @@ namespace {
 
 void makeDailyBackup(Session& session) {
     try {
+        if (!backupsOf(session).createDaily(session.store())) return;
+        session.noteBackup();
         // Once a day is also often enough to drop what no follower and no row needs.
-        if (backupsOf(session).createDaily(session.store())) session.store().tidyUp();
+        session.store().tidyUp();
     } catch (const UserError& error) {
         session.log().warning(std::string("daily backup: ") + error.what());
     }
@@ -45,8 +47,10 @@ LibraryBackups backupsOf(Session& session) {
 }
 
 void backUpBefore(Session& session, const std::string& reason) {
+    if (session.isBackedUp()) return;
     const LibraryBackups backups = backupsOf(session);
     backups.create(session.store(), reason, std::nullopt, session.stop());
+    session.noteBackup();
     backups.prune();
 }
 

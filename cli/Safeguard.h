@@ -11,7 +11,8 @@ class Session;
 
 LibraryBackups backupsOf(Session& session);
 
-/// Makes a backup before something that deletes or changes much; `reason` becomes part of its name.
+/// Makes a backup before something that deletes or changes much, unless this run has just made one
+/// of the same state; `reason` becomes part of its name.
 /// Throws `BackupError`, and then nothing must be changed.
 void backUpBefore(Session& session, const std::string& reason);
 

@@ -18,6 +18,7 @@
 #include "core/store/StoreContext.h"
 #include "core/store/TesserineStore.h"
 
+#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -94,6 +95,10 @@ public:
     /// closing of the library, or the end. Throws `StoreError` when another holds it for too long.
     void holdNames();
     void releaseNames() { names_.reset(); }
+    /// Remembers that there is a backup of the library as it stands.
+    void noteBackup() { backedUpChange_ = store().lastTransactionNumber(); }
+    /// Whether nothing was changed since then, by anyone.
+    bool isBackedUp() { return backedUpChange_ == store().lastTransactionNumber(); }
     /// From now on the command only reads, so that nothing is made or written by opening.
     void onlyRead() { access_ = Access::reads; }
     /// Closes the library; the next use opens it again.
@@ -136,6 +141,7 @@ private:
     std::unique_ptr<AttachmentService> attachments_;
     std::unique_ptr<TesserineStore> store_;
     std::optional<files::FolderLock> names_;
+    std::optional<std::int64_t> backedUpChange_;
 };
 
 }  // namespace tesserine::cli

@@ -49,7 +49,7 @@ ExitStatus listSettings(Session& session, const Arguments&) {
         .columns = {
             {.title = "SETTING", .style = Style::strong},
             {.title = "VALUE", .style = Style::accent},
-            {.title = "MEANING", .style = Style::faint, .mayShrink = true}}};
+            {.title = "MEANING", .style = Style::faint}}};
     for (const Setting& setting : settings()) {
         array.push_back(described(session.preferences(), setting));
         table.rows.push_back(
