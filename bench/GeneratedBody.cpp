@@ -14,8 +14,9 @@ std::string capitalised(std::string word) {
 
 void GeneratedBody::write(std::size_t byteCount) {
     wanted_ = plainText_.size() + byteCount;
-    while (plainText_.size() < wanted_)
+    while (plainText_.size() < wanted_) {
         block();
+    }
 }
 
 void GeneratedBody::block() {
@@ -203,7 +204,7 @@ void GeneratedBody::addPicture(const Uuid& attachment) {
 }
 
 void GeneratedBody::addFile(const Uuid& attachment, const std::string& filename) {
-    markup("<div data-ts-attachment=\"" + attachment.text() + "\" data-ts-kind=\"file\">");
+    markup("<div data-ts-attachment=\"" + attachment.text() + R"(" data-ts-kind="file">)");
     beginLine();
     text(filename);
     markup("</div>");

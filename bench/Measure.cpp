@@ -60,6 +60,19 @@ Comparison alternate(
     return {.raw = median(rawTimes), .ours = median(ourTimes), .ratio = median(ratios)};
 }
 
+Row rowOf(
+    const std::string& job,
+    const Comparison& times,
+    const std::function<std::string(double)>& text,
+    std::optional<double> largestRatio) {
+    Row row{.job = job, .raw = text(times.raw), .ours = text(times.ours), .ratio = times.ratio};
+    if (largestRatio) {
+        row.goal = "≤ " + fixed(*largestRatio, 2);
+        row.isReached = times.ratio <= *largestRatio;
+    }
+    return row;
+}
+
 double quantile(std::vector<double> values, double share) {
     std::ranges::sort(values);
     const auto last = static_cast<double>(values.size() - 1);
@@ -81,8 +94,9 @@ std::string megabytesPerSecond(std::size_t byteCount, double seconds) {
 
 std::string grouped(std::size_t number) {
     std::string text = std::to_string(number);
-    for (std::size_t place = text.size(); place > 3;)
+    for (std::size_t place = text.size(); place > 3;) {
         text.insert(place -= 3, ",");
+    }
     return text;
 }
 
@@ -94,23 +108,26 @@ void print(std::ostream& out, const std::vector<Row>& rows) {
              row.raw,
              row.ours,
              fixed(row.ratio, 2),
-             row.goal ? "≤ " + fixed(*row.goal, 2) : "",
-             !row.goal                ? ""
-             : row.ratio <= *row.goal ? "reached"
-                                      : "missed"});
+             row.goal,
+             row.goal.empty() ? ""
+             : row.isReached  ? "reached"
+                              : "missed"});
     }
     std::vector<std::size_t> widths(lines.front().size(), 3);
     for (const auto& line : lines) {
-        for (std::size_t i = 0; i < line.size(); ++i)
+        for (std::size_t i = 0; i < line.size(); ++i) {
             widths[i] = std::max(widths[i], widthOf(line[i]));
+        }
     }
     for (std::size_t n = 0; n < lines.size(); ++n) {
-        for (std::size_t i = 0; i < widths.size(); ++i)
+        for (std::size_t i = 0; i < widths.size(); ++i) {
             out << "| " << lines[n][i] << std::string(widths[i] - widthOf(lines[n][i]) + 1, ' ');
+        }
         out << "|\n";
         if (n > 0) continue;
-        for (const std::size_t width : widths)
+        for (const std::size_t width : widths) {
             out << "|" << std::string(width + 2, '-');
+        }
         out << "|\n";
     }
 }

@@ -40,9 +40,17 @@ struct Row {
     std::string job;
     std::string raw;
     std::string ours;
-    double ratio = 0;              ///< ours to raw; above 1 is slower
-    std::optional<double> goal{};  ///< the largest ratio that will do; none: for information
+    double ratio = 0;        ///< ours to raw; above 1 is slower
+    std::string goal{};      ///< empty: for information
+    bool isReached = false;  ///< the goal, if there is one
 };
+
+/// The row of a comparison; `text` writes seconds the way the job is counted.
+Row rowOf(
+    const std::string& job,
+    const Comparison& times,
+    const std::function<std::string(double)>& text,
+    std::optional<double> largestRatio = std::nullopt);
 
 std::string milliseconds(double seconds);
 std::string microseconds(double seconds);

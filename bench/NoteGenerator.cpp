@@ -55,8 +55,9 @@ std::size_t sizeFrom(const std::array<Quantile, count>& sizes, Dice& dice) {
 
 Uuid uuidFrom(Dice dice) {
     std::array<std::uint8_t, Uuid::byteCount> bytes{};
-    for (std::uint8_t& byte : bytes)
+    for (std::uint8_t& byte : bytes) {
         byte = static_cast<std::uint8_t>(dice.below(256));
+    }
     bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);
     bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);
     return Uuid(bytes);
@@ -72,8 +73,9 @@ std::size_t skewedPlace(Dice& dice, std::size_t count) {
 Bytes GeneratedAttachment::data() const {
     Dice dice(seed);
     Bytes bytes(byteCount);
-    for (std::uint8_t& byte : bytes)
+    for (std::uint8_t& byte : bytes) {
         byte = static_cast<std::uint8_t>(dice.next());
+    }
     return bytes;
 }
 
@@ -108,8 +110,9 @@ Uuid NoteGenerator::noteID(std::size_t place) const { return uuidFrom(Dice(~seed
 std::string NoteGenerator::makeTitle(Dice& dice) const {
     std::string title = capitalised(vocabulary_.word(dice));
     const std::size_t more = dice.between(1, 6);
-    for (std::size_t i = 0; i < more; ++i)
+    for (std::size_t i = 0; i < more; ++i) {
         title += " " + (dice.chance(300) ? vocabulary_.rareWord(dice) : vocabulary_.word(dice));
+    }
     return title;
 }
 
@@ -135,10 +138,11 @@ void NoteGenerator::placeInLibrary(Dice& dice, GeneratedNote& note) const {
         note.sourceURL = "https://www.example.org/page/" + std::to_string(dice.below(100'000));
     }
     const std::size_t tagCount = dice.chance(450) ? 0 : dice.between(1, 4);
-    for (std::size_t i = 0; i < tagCount; ++i)
+    for (std::size_t i = 0; i < tagCount; ++i) {
         note.tags.push_back(skewedPlace(dice, tags_.size()));
+    }
     std::ranges::sort(note.tags);
-    note.tags.erase(std::ranges::unique(note.tags).begin(), note.tags.end());
+    note.tags.erase(std::unique(note.tags.begin(), note.tags.end()), note.tags.end());
 }
 
 void NoteGenerator::attach(Dice& dice, GeneratedNote& note) const {
@@ -184,8 +188,9 @@ GeneratedNote NoteGenerator::note(std::size_t place) const {
 std::vector<GeneratedNote> NoteGenerator::allNotes() const {
     std::vector<GeneratedNote> notes;
     notes.reserve(noteCount_);
-    for (std::size_t place = 0; place < noteCount_; ++place)
+    for (std::size_t place = 0; place < noteCount_; ++place) {
         notes.push_back(note(place));
+    }
     return notes;
 }
 

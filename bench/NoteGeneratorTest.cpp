@@ -1,5 +1,7 @@
 #include "bench/NoteGenerator.h"
 
+#include "core/body/CanonicalBody.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,10 +13,12 @@ namespace {
 std::string describe(const GeneratedNote& note) {
     std::string text = note.id.text() + "|" + note.title + "|" + note.html + "|" + note.plainText
                        + "|" + note.createdAt.iso() + "|" + note.updatedAt.iso();
-    for (const std::size_t tag : note.tags)
+    for (const std::size_t tag : note.tags) {
         text += "|" + std::to_string(tag);
-    for (const auto& attachment : note.attachments)
+    }
+    for (const auto& attachment : note.attachments) {
         text += "|" + attachment.filename + " " + std::to_string(attachment.byteCount);
+    }
     return text;
 }
 
@@ -41,11 +45,21 @@ TEST(NoteGenerator, NotesAreAsLargeAsRealOnes) {
     EXPECT_GT(sizes.back(), 20'000U);
 }
 
+TEST(NoteGenerator, BodiesAreInTheStoredFormAndThePlainTextIsTheirs) {
+    const NoteGenerator generator(400);
+    for (const GeneratedNote& note : generator.allNotes()) {
+        const CanonicalBody body = canonicalBody(note.html);
+        ASSERT_EQ(body.html, note.html);
+        ASSERT_EQ(body.plainText, note.plainText);
+    }
+}
+
 TEST(NoteGenerator, EverythingANoteRefersToIsThere) {
     const NoteGenerator generator(1000);
     std::set<std::string> ids;
-    for (std::size_t place = 0; place < generator.noteCount(); ++place)
+    for (std::size_t place = 0; place < generator.noteCount(); ++place) {
         ids.insert(generator.noteID(place).text());
+    }
     EXPECT_EQ(ids.size(), generator.noteCount());
 
     const std::string scheme = "tesserine://note/";
@@ -54,10 +68,12 @@ TEST(NoteGenerator, EverythingANoteRefersToIsThere) {
         SCOPED_TRACE(note.title);
         EXPECT_LE(note.createdAt, note.updatedAt);
         EXPECT_LT(note.notebook.value_or(0), generator.notebooks().size());
-        for (const std::size_t tag : note.tags)
+        for (const std::size_t tag : note.tags) {
             EXPECT_LT(tag, generator.tags().size());
-        for (const auto& attachment : note.attachments)
+        }
+        for (const auto& attachment : note.attachments) {
             EXPECT_NE(note.html.find(attachment.id.text()), std::string::npos);
+        }
         for (auto at = note.html.find(scheme); at != std::string::npos;
              at = note.html.find(scheme, at + 1)) {
             EXPECT_TRUE(ids.contains(note.html.substr(at + scheme.size(), 36)));
@@ -65,8 +81,9 @@ TEST(NoteGenerator, EverythingANoteRefersToIsThere) {
         }
     }
     EXPECT_GT(links, 100U);
-    for (std::size_t i = 1; i < generator.notebooks().size(); ++i)
+    for (std::size_t i = 1; i < generator.notebooks().size(); ++i) {
         EXPECT_LT(generator.notebooks()[i].parent.value_or(0), i);
+    }
 }
 
 }  // namespace

@@ -91,8 +91,9 @@ void OurLibrary::addNotes(std::span<const GeneratedNote> notes) {
             auto& note = context->insert<CDNote>();
             fill(note, from);
             if (from.notebook) note.notebook = notebooks[*from.notebook];
-            for (const std::size_t tag : from.tags)
+            for (const std::size_t tag : from.tags) {
                 note.tags.add(*tags[tag]);
+            }
         }
         context->save();
         context->reset();

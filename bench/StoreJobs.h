@@ -3,12 +3,17 @@
 #include "bench/Measure.h"
 #include "bench/NoteGenerator.h"
 
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tesserine::bench {
+
+inline constexpr std::array<std::string_view, 5> storeJobNames = {
+    "insert", "list", "body", "change", "open"};
 
 /// What the store is measured on.
 struct StoreSample {
@@ -16,7 +21,7 @@ struct StoreSample {
     std::filesystem::path folder;
     std::size_t noteCount = 0;
     std::size_t rounds = 5;
-    std::string only{};  ///< insert, list, body, change or open; empty: all of them
+    std::string only{};  ///< one of `storeJobNames`; empty: all of them
 };
 
 /// The store beside plain SQLite on the same rows: inserting, listing, reading and changing notes,

@@ -62,8 +62,9 @@ Vocabulary::Vocabulary(std::uint64_t seed, std::size_t wordCount) {
         if (known.insert(word).second) words_.push_back(std::move(word));
     }
     std::uint64_t sum = 0;
-    for (std::size_t n = 0; n < words_.size(); ++n)
+    for (std::size_t n = 0; n < words_.size(); ++n) {
         cumulative_.push_back(sum += (std::uint64_t{1} << 32) / (n + 2));
+    }
 }
 
 const std::string& Vocabulary::word(Dice& dice) const {

@@ -1,6 +1,8 @@
+#include "bench/BodyJobs.h"
 #include "bench/Measure.h"
 #include "bench/StoreJobs.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <iostream>
@@ -16,10 +18,14 @@ constexpr const char* usage =
 Measures this build beside the raw limit of what it stands on, in turns, and prints a table.
   --notes N     notes in the sample library, at least 1,000 (default 10,000)
   --rounds N    how often each job is repeated (default 5)
-  --only JOB    one of insert, list, body, change, open
+  --only JOB    one of insert, list, body, change, open, canonical
   --folder DIR  where the libraries are made, in a folder "bench-libraries" that is removed
                 (default: beside the program)
 )";
+
+constexpr std::string_view canonicalJobName = "canonical";
+/// More bodies than this say nothing new.
+constexpr std::size_t mostBodies = 10'000;
 
 struct Arguments {
     std::size_t noteCount = 10'000;
@@ -47,6 +53,8 @@ std::optional<Arguments> parse(int count, char** words) {
             continue;
         }
         if (option == "--only") {
+            const bool isStoreJob = std::ranges::count(storeJobNames, value) > 0;
+            if (!isStoreJob && value != canonicalJobName) return std::nullopt;
             arguments.only = value;
             continue;
         }
@@ -64,12 +72,16 @@ std::optional<Arguments> parse(int count, char** words) {
 }
 
 int run(const Arguments& arguments) {
-    const auto rows = storeJobs({
+    auto rows = storeJobs({
         .folder = arguments.folder / "bench-libraries",
         .noteCount = arguments.noteCount,
         .rounds = arguments.rounds,
         .only = arguments.only,
     });
+    if (arguments.only.empty() || arguments.only == canonicalJobName) {
+        const auto more = bodyJobs(std::min(arguments.noteCount, mostBodies), arguments.rounds);
+        rows.insert(rows.end(), more.begin(), more.end());
+    }
     std::cout << machineLine() << "\n\n";
     print(std::cout, rows);
     return EXIT_SUCCESS;
