@@ -16,8 +16,6 @@ constexpr std::string_view encryptedClass = "ts-encrypted";
 constexpr std::array<std::string_view, 3> knownClasses{
     "ts-checklist", encryptedClass, "ts-unsupported"};
 
-constexpr std::string_view spaces = " \t\n\f\r";
-
 bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
 
 bool isBase64(std::string_view text) {
@@ -27,11 +25,12 @@ bool isBase64(std::string_view text) {
     });
 }
 
-/// Calls `take` with each piece of `text` between `separators` that is not empty.
-template <class Take>
-void forEachPiece(std::string_view text, std::string_view separators, Take take) {
+/// Calls `take` with each piece of `text` between separators that is not empty.
+template <class IsSeparator, class Take>
+void forEachPiece(std::string_view text, IsSeparator isSeparator, Take take) {
     while (!text.empty()) {
-        const std::size_t end = std::min(text.find_first_of(separators), text.size());
+        const auto* const found = std::find_if(text.begin(), text.end(), isSeparator);
+        const auto end = static_cast<std::size_t>(found - text.begin());
         if (end > 0) take(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
@@ -71,7 +70,7 @@ bool keepText(std::string_view value, std::string& kept) {
 
 bool keepClasses(std::string_view value, std::string& kept) {
     std::array<bool, knownClasses.size()> isThere{};
-    forEachPiece(value, spaces, [&](std::string_view word) {
+    forEachPiece(value, html::isSpace, [&](std::string_view word) {
         const auto* const known = std::ranges::find(knownClasses, word);
         if (known != knownClasses.end()) {
             isThere[static_cast<std::size_t>(known - knownClasses.begin())] = true;
@@ -150,10 +149,12 @@ bool keepLanguage(std::string_view value, std::string& kept) {
     });
 }
 
+constexpr bool isSemicolon(char c) { return c == ';'; }
+
 /// Calls `take(name, value)` for each declaration, both trimmed and the name in lower case.
 template <class Take>
 void forEachDeclaration(std::string_view style, Take take) {
-    forEachPiece(style, ";", [&](std::string_view declaration) {
+    forEachPiece(style, isSemicolon, [&](std::string_view declaration) {
         const std::size_t colon = declaration.find(':');
         if (colon == std::string_view::npos) return;
         const std::string_view value = text::trimmed(declaration.substr(colon + 1));

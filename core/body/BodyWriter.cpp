@@ -4,6 +4,7 @@
 #include "core/body/HTMLSerializer.h"
 #include "core/body/HTMLTreeBuilder.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -30,13 +31,25 @@ ByteKind kindOf(char c) { return byteKinds[static_cast<unsigned char>(c)]; }
 
 constexpr std::string_view noBreakSpace = "\u00A0";
 
-constexpr auto isLink = [](HTMLElement element, const auto& /*detail*/) {
-    return element == HTMLElement::a;
-};
-
 /// Whether preformatted text keeps the byte as it is.
 bool isVerbatim(char c) {
-    return kindOf(c) == ByteKind::ordinary || (c == ' ' || c == '\t' || c == '\n');
+    return kindOf(c) == ByteKind::ordinary || c == ' ' || c == '\t' || c == '\n';
+}
+
+/// How long the run of plain text at the front is that collapsing does not change: single spaces
+/// may stand in it.
+std::size_t collapsedPrefix(std::string_view text, bool isAfterSpace) {
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const char* at = begin;
+    for (; at != end; ++at) {
+        if (kindOf(*at) == ByteKind::ordinary) {
+            isAfterSpace = false;
+        } else if (*at != ' ' || std::exchange(isAfterSpace, true)) {
+            break;
+        }
+    }
+    return static_cast<std::size_t>(at - begin);
 }
 
 PlainTextWriter::Attributes shown(const KeptAttributes& attributes) {
@@ -102,7 +115,7 @@ BodyWriter::Result BodyWriter::finish() {
 
 /// Closes what the element cannot stand in, and reopens what it can.
 void BodyWriter::makeRoomFor(HTMLElement element) {
-    if (element == HTMLElement::a) open_.forgetWaiting(isLink);
+    if (element == HTMLElement::a) open_.forgetWaitingLinks();
     if (const auto closed = open_.elements().closedByStart(element)) closeFrom(*closed);
     if (html::continuesLine(element)) reopenFormatting();
 }
@@ -182,52 +195,37 @@ bool BodyWriter::isDroppableSpace(bool isBeforeBlock) const {
 }
 
 void BodyWriter::writeVerbatim(std::string_view text) {
-    constexpr std::string_view spaces = " \t\n";
-    for (std::size_t i = 0; i < text.size();) {
-        const std::size_t start = i;
-        while (i < text.size() && isVerbatim(text[i]))
-            ++i;
-        const std::string_view run = text.substr(start, i - start);
+    endsInSpace_ = html::isSpace(text.back());
+    while (!text.empty()) {
+        const auto* const end = std::find_if_not(text.begin(), text.end(), isVerbatim);
+        const std::string_view run = text.substr(0, static_cast<std::size_t>(end - text.begin()));
         writePlain(run);
-        if (run.find_first_not_of(spaces) != std::string_view::npos) isSpaceOnly_ = false;
-        if (i == text.size()) break;
-        if (kindOf(text[i]) == ByteKind::special) {
-            i += writeSpecial(text.substr(i));
-        } else {
-            ++i;
-        }
+        if (!html::isSpaceOnly(run)) isSpaceOnly_ = false;
+        text.remove_prefix(run.size());
+        if (text.empty()) return;
+        const bool isSpecial = kindOf(text.front()) == ByteKind::special;
+        text.remove_prefix(isSpecial ? writeSpecial(text) : 1);
     }
-    endsInSpace_ = !text.empty() && spaces.find(text.back()) != std::string_view::npos;
 }
 
 void BodyWriter::writeCollapsed(std::string_view text) {
-    for (std::size_t i = 0; i < text.size();) {
-        // A run may hold single spaces: most text is then written in one piece.
-        const std::size_t start = i;
-        for (; i < text.size(); ++i) {
-            if (kindOf(text[i]) == ByteKind::ordinary) continue;
-            const bool isAfterSpace = i > start ? text[i - 1] == ' ' : endsInSpace_;
-            if (text[i] != ' ' || isAfterSpace) break;
-        }
-        if (i > start) {
-            const std::string_view run = text.substr(start, i - start);
+    while (!text.empty()) {
+        const std::string_view run = text.substr(0, collapsedPrefix(text, endsInSpace_));
+        if (!run.empty()) {
             writePlain(run);
             endsInSpace_ = run.back() == ' ';
             if (run.size() > 1 || !endsInSpace_) isSpaceOnly_ = false;
+            text.remove_prefix(run.size());
         }
-        if (i == text.size()) break;
-        switch (kindOf(text[i])) {
-        case ByteKind::special:
-            i += writeSpecial(text.substr(i));
+        if (text.empty()) return;
+        std::size_t read = 1;
+        if (kindOf(text.front()) == ByteKind::special) {
+            read = writeSpecial(text);
             endsInSpace_ = false;
-            break;
-        case ByteKind::space:
+        } else if (kindOf(text.front()) == ByteKind::space) {
             if (!std::exchange(endsInSpace_, true)) writePlain(" ");
-            ++i;
-            break;
-        case ByteKind::control:
-        case ByteKind::ordinary: ++i; break;
         }
+        text.remove_prefix(read);
     }
 }
 

@@ -127,9 +127,13 @@ constexpr bool has(HTMLElement element, ElementTrait trait) {
     return (elementTraits[indexOf(element)] & trait) != 0;
 }
 
+constexpr bool isSpace(char c) {
+    return c == ' ' || c == '\n' || c == '\t' || c == '\f' || c == '\r';
+}
+
 /// Whether `text` is white space as HTML means it.
 constexpr bool isSpaceOnly(std::string_view text) {
-    return text.find_first_not_of(" \t\n\f\r") == std::string_view::npos;
+    return std::all_of(text.begin(), text.end(), isSpace);
 }
 
 }  // namespace html

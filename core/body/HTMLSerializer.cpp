@@ -1,33 +1,54 @@
 #include "core/body/HTMLSerializer.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+
 namespace tesserine {
 namespace {
 
 constexpr std::string_view noBreakSpace = "\u00A0";
 
-/// Appends `text` with each of `special`, single bytes or the first byte of U+00A0, as a reference.
-void appendEscaped(std::string& output, std::string_view text, std::string_view special) {
-    std::size_t start = 0;
-    for (;;) {
-        const std::size_t found = text.find_first_of(special, start);
-        if (found == std::string_view::npos) break;
-        output += text.substr(start, found - start);
-        start = found + 1;
-        switch (text[found]) {
-        case '&': output += "&amp;"; break;
-        case '<': output += "&lt;"; break;
-        case '>': output += "&gt;"; break;
-        case '"': output += "&quot;"; break;
-        default:
-            if (text.substr(found).starts_with(noBreakSpace)) {
-                output += "&nbsp;";
-                ++start;
-            } else {
-                output += text[found];
-            }
-        }
+/// What may have to be written as a reference; U+00A0 is known by its first byte.
+enum Special : std::uint8_t { inText = 1, inAttribute = 2 };
+
+constexpr auto specials = [] {
+    std::array<std::uint8_t, 256> table{};
+    table['&'] = table['<'] = table[0xC2] = inText | inAttribute;
+    table['>'] = inText;
+    table['"'] = inAttribute;
+    return table;
+}();
+
+/// The reference for the character at the front of `text`, and the bytes it takes; none for U+0080
+/// to U+00BF, which begin like U+00A0.
+std::pair<std::string_view, std::size_t> reference(std::string_view text) {
+    switch (text.front()) {
+    case '&': return {"&amp;", 1};
+    case '<': return {"&lt;", 1};
+    case '>': return {"&gt;", 1};
+    case '"': return {"&quot;", 1};
+    default: break;
     }
-    output += text.substr(start);
+    if (text.starts_with(noBreakSpace)) return {"&nbsp;", noBreakSpace.size()};
+    return {text.substr(0, 1), 1};
+}
+
+void appendEscaped(std::string& output, std::string_view text, Special place) {
+    const auto isSpecial = [place](char c) {
+        return (specials[static_cast<unsigned char>(c)] & place) != 0;
+    };
+    while (!text.empty()) {
+        const auto* const found = std::find_if(text.begin(), text.end(), isSpecial);
+        const auto plain = static_cast<std::size_t>(found - text.begin());
+        output += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) return;
+        const auto [written, size] = reference(text);
+        output += written;
+        text.remove_prefix(size);
+    }
 }
 
 /// Tells the nodes of a tree to a serializer.
@@ -97,11 +118,11 @@ std::string HTMLSerializer::serialize(const HTMLNode& root) {
 namespace html {
 
 void appendEscapedText(std::string& output, std::string_view text) {
-    appendEscaped(output, text, "&<>\xC2");
+    appendEscaped(output, text, inText);
 }
 
 void appendEscapedAttribute(std::string& output, std::string_view value) {
-    appendEscaped(output, value, "&\"<\xC2");
+    appendEscaped(output, value, inAttribute);
 }
 
 }  // namespace html

@@ -8,13 +8,15 @@
 #include <utility>
 
 namespace tesserine {
+
+using html::isSpace;
+
 namespace {
 
 constexpr auto npos = std::string_view::npos;
 
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-bool isSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\f' || c == '\r'; }
 char lower(char c) { return isUpper(c) ? static_cast<char>(c - 'A' + 'a') : c; }
 
 /// Bytes that end a tag name, an attribute name or an unquoted value.

@@ -13,10 +13,6 @@ namespace {
 
 using Element = HTMLElement;
 
-constexpr auto isLink = [](Element element, const auto& /*detail*/) {
-    return element == Element::a;
-};
-
 bool isForeign(Element element) { return element == Element::svg || element == Element::math; }
 
 std::size_t byteCount(std::string_view name, std::span<const HTMLAttribute> attributes) {
@@ -62,10 +58,7 @@ void HTMLTreeBuilder::takeText(std::string_view text) {
 
 void HTMLTreeBuilder::takeStart(const HTMLToken& token) {
     const HTMLElement element = token.element;
-    if (element == Element::a) {
-        open_.forgetWaiting(
-            [](HTMLElement waiting, const Detail&) { return waiting == Element::a; });
-    }
+    if (element == Element::a) open_.forgetWaitingLinks();
     if (const auto closed = open_.elements().closedByStart(element)) closeFrom(*closed);
     if (html::continuesLine(element)) reopenFormatting();
     if (endsAtOnce(token)) return writeEmpty(token);

@@ -3,8 +3,8 @@
 #include "core/body/OpenElements.h"
 #include "core/body/SanitizerTables.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <optional>
 #include <utility>
 #include <vector>
 
@@ -70,6 +70,15 @@ public:
             return true;
         }
         return false;
+    }
+
+    /// A link that begins ends those that wait: there is no link in a link.
+    void forgetWaitingLinks() {
+        const auto isLink = [](const Waiting& waiting) {
+            return waiting.element == HTMLElement::a;
+        };
+        const auto first = waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_);
+        waiting_.erase(std::remove_if(first, waiting_.end(), isLink), waiting_.end());
     }
 
 private:

@@ -1,0 +1,334 @@
+#include "core/body/AttributePolicy.h"
+#include "core/body/CanonicalBody.h"
+#include "core/body/HTMLNode.h"
+#include "core/body/HTMLSerializer.h"
+#include "core/body/PlainText.h"
+#include "core/body/Sanitizer.h"
+#include "core/body/SanitizerTables.h"
+#include "tests/support/SeededRandom.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tesserine {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr std::array<std::string_view, 40> texts{"x",         " ",
+                                                 "\n",        "a b",
+                                                 " a ",       "\t\n ",
+                                                 "a\n\nb",    "&amp;",
+                                                 "&lt;p&gt;", "&nbsp;",
+                                                 "\u00A0 é",  "a&",
+                                                 "&#0;",      "&#13;",
+                                                 "&#10;",     "&#x80;",
+                                                 "&ampx",     "&notin;",
+                                                 "<",         "< b",
+                                                 "<<p",       "</",
+                                                 "<!",        "]]>",
+                                                 "🔒",         "\x01",
+                                                 "\x0C",      "\r\n",
+                                                 "\r",        "--",
+                                                 "-->",       "\"",
+                                                 "'",         "&NotEqualTilde;",
+                                                 "=",         "  two  ",
+                                                 "&#1;",      "\u200B",
+                                                 "\u2028",    "&#xD;&#xA;"};
+
+constexpr std::array<std::string_view, 46> attributes{
+    "class=ts-checklist",
+    "class='ts-encrypted'",
+    "class=\"x ts-unsupported ts-checklist\"",
+    "class='ts-encrypted a'",
+    "data-ts-cipher='QUJD'",
+    "data-ts-cipher='\"><b>'",
+    "data-checked",
+    "data-checked=true",
+    "data-checked=TRUE",
+    "href='https://e.org/?a=1&b=2'",
+    "href=' HTTP://E '",
+    "href='java&#10;script:x'",
+    "href='\x01javascript:x'",
+    "href=mailto:a@b",
+    "href='tel:'",
+    "href='TESSERINE://note/0a1b2c3d-0000-4000-8000-00000000000f'",
+    "href='#top'",
+    "title='a \"b\" <c>'",
+    "title='&#9;&#13;&#10;&nbsp;'",
+    "src='http://e.org/a.png'",
+    "src='data:image/PNG;base64,QUJD'",
+    "src='data:image/png;base64, QU JD'",
+    "src='data:text/html,x'",
+    "src='tesserine-attachment://0a1b2c3d-0000-4000-8000-00000000000f'",
+    "alt='  an  image '",
+    "alt",
+    "width=10",
+    "width='010'",
+    "height=10001",
+    "start=-3",
+    "type=a",
+    "type=x",
+    "colspan=2",
+    "rowspan=0",
+    "dir=RTL",
+    "lang=en-GB",
+    "lang='e n'",
+    "style='color:RED;background-color:#ABC'",
+    "style='text-align: Center !important'",
+    "style='color:url(javascript:x)'",
+    "onclick=alert(1)",
+    "data-ts-attachment='0a1b2c3d-0000-4000-8000-00000000000f'",
+    "data-ts-kind=pdf",
+    "data-ts-kind=exe",
+    "/",
+    "=x"};
+
+/// Makes bodies of every kind, well-formed or not.
+class BodyMaker {
+public:
+    explicit BodyMaker(std::uint64_t seed) : random_(seed) {}
+
+    std::string soup() {
+        std::string html;
+        for (std::size_t i = 0, count = 1 + below(50); i < count; ++i)
+            html += piece();
+        return html;
+    }
+
+    /// `html` with some of its bytes changed, removed or doubled.
+    std::string mutated(std::string html) {
+        constexpr std::string_view bytes = "<>/&;\"'= \n!-abp\x01";
+        for (std::size_t i = 0, count = 1 + below(6); i < count && !html.empty(); ++i) {
+            const std::size_t place = below(html.size());
+            switch (below(3)) {
+            case 0: html[place] = bytes[below(bytes.size())]; break;
+            case 1: html.erase(place, 1 + below(4)); break;
+            default: html.insert(place, html.substr(below(html.size()), below(20))); break;
+            }
+        }
+        return html;
+    }
+
+    /// A tree in which anything stands in anything.
+    HTMLDocument tree() {
+        HTMLDocument document;
+        std::vector<HTMLNode*> path{&document.root()};
+        for (std::size_t i = 0, count = 1 + below(120); i < count; ++i) {
+            const std::size_t kind = below(8);
+            if (kind < 2) {
+                document.appendText(*path.back(), texts[below(texts.size())]);
+            } else if (kind < 6) {
+                path.push_back(&document.appendElement(*path.back(), name(), attributeList()));
+            } else if (path.size() > 1) {
+                path.pop_back();
+            }
+        }
+        return document;
+    }
+
+private:
+    std::size_t below(std::size_t bound) { return static_cast<std::size_t>(random_.below(bound)); }
+
+    /// Mostly elements that are kept: they meet one another more often.
+    std::string_view name() {
+        if (below(10) == 0) return "x-unknown";
+        if (below(4) == 0) return html::elementNames[1 + below(html::elementCount - 1)];
+        return html::keepSet[below(html::keepSet.size())];
+    }
+
+    std::string piece() {
+        switch (below(10)) {
+        case 0:
+        case 1:
+        case 2: return std::string(texts[below(texts.size())]);
+        case 3:
+        case 4:
+        case 5: return "</" + std::string(name()) + ">";
+        case 6:
+            return below(4) == 0 ? "<!--" + std::string(texts[below(texts.size())]) + "-->" : "";
+        default: return startTag();
+        }
+    }
+
+    std::string startTag() {
+        std::string tag = "<" + std::string(name());
+        while (below(3) == 0)
+            tag.append(" ").append(attributes[below(attributes.size())]);
+        return tag + ">";
+    }
+
+    std::vector<HTMLAttribute> attributeList() {
+        std::vector<HTMLAttribute> list;
+        if (below(3) > 0) return list;
+        const std::string_view written = attributes[below(attributes.size())];
+        const std::size_t equals = written.find('=');
+        if (equals == 0 || equals == std::string_view::npos) return list;
+        std::string_view value = written.substr(equals + 1);
+        if (value.starts_with('\'')) value = value.substr(1, value.size() - 2);
+        list.push_back({written.substr(0, equals), value});
+        return list;
+    }
+
+    test::SeededRandom random_;
+};
+
+/// Reads the regular language of stored bodies; what does not belong to it is the result.
+class Grammar {
+public:
+    static std::string fault(std::string_view html) { return Grammar(html).read(); }
+
+private:
+    explicit Grammar(std::string_view html) : rest_(html) {}
+
+    std::string read() {
+        std::string fault;
+        while (!rest_.empty() && fault.empty())
+            fault = rest_.starts_with('<') ? readTag() : readText("<");
+        if (fault.empty() && !open_.empty()) fault = "unclosed " + open_.back();
+        return fault;
+    }
+
+    std::string readTag() {
+        const std::size_t size = rest_.find('>');
+        if (rest_.starts_with("</")) {
+            const std::string name(rest_.substr(2, size - 2));
+            if (open_.empty() || open_.back() != name) return "stray end of " + name;
+            open_.pop_back();
+            rest_.remove_prefix(size + 1);
+            return {};
+        }
+        const std::string name(rest_.substr(1, rest_.find_first_of(" >") - 1));
+        static const std::set<std::string_view> keepSet(html::keepSet.begin(), html::keepSet.end());
+        if (!keepSet.contains(name)) return "element " + name;
+        rest_.remove_prefix(1 + name.size());
+        while (rest_.starts_with(' ')) {
+            const std::string attribute(rest_.substr(1, rest_.find('=') - 1));
+            static const std::set<std::string_view> names(
+                KeptAttributes::names.begin(), KeptAttributes::names.end());
+            if (!names.contains(attribute)) return "attribute " + attribute;
+            rest_.remove_prefix(attribute.size() + 2);
+            if (!rest_.starts_with('"')) return "unquoted " + attribute;
+            rest_.remove_prefix(1);
+            const std::string fault = readText("\"");
+            if (!fault.empty()) return fault;
+            if (!rest_.starts_with('"')) return "unended " + attribute;
+            rest_.remove_prefix(1);
+        }
+        if (!rest_.starts_with('>')) return "unended tag of " + name;
+        rest_.remove_prefix(1);
+        if (name != "br" && name != "hr" && name != "img") open_.push_back(name);
+        return {};
+    }
+
+    /// Reads up to `end`, which a value or a text cannot hold.
+    std::string readText(std::string_view end) {
+        const std::string_view text = rest_.substr(0, rest_.find(end));
+        rest_.remove_prefix(text.size());
+        if (text.find('<') != std::string_view::npos) return "raw <";
+        if (end == "<" && text.find('>') != std::string_view::npos) return "raw >";
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (static_cast<unsigned char>(text[i]) < 0x20 && text[i] != '\t' && text[i] != '\n') {
+                return "control character";
+            }
+            if (text[i] != '&') continue;
+            const std::string_view tail = text.substr(i);
+            const auto begins = [&](std::string_view word) { return tail.starts_with(word); };
+            if (!begins("&amp;") && !begins("&lt;") && !begins("&gt;") && !begins("&nbsp;")
+                && !begins("&quot;")) {
+                return "raw &";
+            }
+        }
+        return {};
+    }
+
+    std::string_view rest_;
+    std::vector<std::string> open_;
+};
+
+/// Everything that holds of a stored form; `source` is what it was made of.
+void expectStored(
+    const std::string& html, const std::string& plainText, const std::string& source) {
+    const CanonicalBody again = canonicalBody(html);
+    ASSERT_EQ(again.html, html) << "made of " << source;
+    ASSERT_EQ(again.plainText, plainText) << "made of " << source;
+    ASSERT_TRUE(again.report.droppedElements.empty() && again.report.unwrappedElements.empty())
+        << html;
+    ASSERT_TRUE(again.report.droppedAttributes.empty()) << html;
+    const HTMLDocument document = HTMLDocument::parse(html);
+    ASSERT_EQ(HTMLSerializer::serialize(document.root()), html) << "made of " << source;
+    ASSERT_EQ(PlainText::fromNode(document.root()), plainText) << html;
+    ASSERT_EQ(Grammar::fault(html), "") << html;
+}
+
+TEST(StoredForm, IsReachedInOneStepFromAnyText) {
+    BodyMaker maker(1);
+    for (int i = 0; i < 6'000 && !testing::Test::HasFatalFailure(); ++i) {
+        const std::string source = i % 3 == 0 ? maker.mutated(maker.soup()) : maker.soup();
+        const CanonicalBody body = canonicalBody(source);
+        expectStored(body.html, body.plainText, source);
+    }
+}
+
+TEST(StoredForm, IsReachedInOneStepFromAnyTree) {
+    BodyMaker maker(2);
+    for (int i = 0; i < 4'000 && !testing::Test::HasFatalFailure(); ++i) {
+        const HTMLDocument document = maker.tree();
+        const auto [html, plainText, report] = sanitize(document.root());
+        expectStored(html, plainText, HTMLSerializer::serialize(document.root()));
+    }
+}
+
+TEST(StoredForm, StaysReachableAfterDamage) {
+    BodyMaker maker(3);
+    for (int i = 0; i < 3'000 && !testing::Test::HasFatalFailure(); ++i) {
+        const std::string source = maker.mutated(canonicalBody(maker.soup()).html);
+        const CanonicalBody body = canonicalBody(source);
+        expectStored(body.html, body.plainText, source);
+    }
+}
+
+TEST(StoredForm, IsTheSameWithAndWithoutATreeInBetween) {
+    BodyMaker maker(4);
+    for (int i = 0; i < 3'000; ++i) {
+        const std::string source = maker.soup();
+        const CanonicalBody direct = canonicalBody(source);
+        const SanitizationResult overTree = sanitize(HTMLDocument::parse(source).root());
+        ASSERT_EQ(direct.html, overTree.html) << source;
+        ASSERT_EQ(direct.plainText, overTree.plainText) << source;
+        ASSERT_EQ(direct.report.droppedElements, overTree.report.droppedElements) << source;
+        ASSERT_EQ(direct.report.droppedAttributes, overTree.report.droppedAttributes) << source;
+    }
+}
+
+TEST(StoredForm, OfTheProgramsOwnBodiesIsTheBody) {
+    for (const std::string& html : {
+             "<h2>Attendees</h2><p></p><h2>Agenda</h2><p></p><h2>Action Items</h2>"
+             "<ul class=\"ts-checklist\"><li data-checked=\"false\"></li></ul>"s,
+             "<ul class=\"ts-checklist\"><li data-checked=\"false\"></li></ul>"s,
+             "<p>a</p><div class=\"ts-encrypted\" data-ts-cipher=\"AXr/+w==\">"
+             "🔒 Encrypted text</div><p>b</p>"s,
+             "<p><img src=\"tesserine-attachment://0A1B2C3D-0000-4000-8000-00000000000F\" "
+             "width=\"640\" height=\"480\"></p>"s,
+             "<div data-ts-attachment=\"0A1B2C3D-0000-4000-8000-00000000000F\" "
+             "data-ts-kind=\"pdf\">Plan &amp; budget.pdf</div>"s,
+             "<pre>\n\n  two line breaks, one of which the reader drops</pre>"s,
+             ""s,
+         }) {
+        SCOPED_TRACE(html);
+        const CanonicalBody body = canonicalBody(html);
+        EXPECT_EQ(body.html, html);
+        EXPECT_TRUE(isCanonical(html));
+        expectStored(html, body.plainText, html);
+    }
+    EXPECT_FALSE(isCanonical("<b>x</b>"));
+    EXPECT_FALSE(isCanonical("\xFF"));
+}
+
+}  // namespace
+}  // namespace tesserine
