@@ -1,6 +1,7 @@
 #include "core/store/ContextState.h"
 
 #include <algorithm>
+#include <compare>
 #include <stdexcept>
 
 namespace tesserine {
@@ -98,12 +99,12 @@ void StoreContext::State::sortObjects(
         for (const SortDescriptor& descriptor : sort) {
             const std::size_t attribute = sortAttribute(entity, descriptor);
             const auto order = orderOf(a->value(attribute), b->value(attribute));
-            if (order == 0) continue;
-            return (order < 0) == (descriptor.order == SortDescriptor::Order::ascending);
+            if (std::is_eq(order)) continue;
+            return std::is_lt(order) == (descriptor.order == SortDescriptor::Order::ascending);
         }
         if (!sort.empty() && entity.identity) {
             const auto order = orderOf(a->value(*entity.identity), b->value(*entity.identity));
-            if (order != 0) return order < 0;
+            if (std::is_neq(order)) return std::is_lt(order);
         }
         return savedOrder(*a) < savedOrder(*b);
     });
@@ -133,8 +134,9 @@ std::vector<StoreObject*> StoreContext::State::rowsWhere(
     Statement& row = reader().cached(selectWhere(kind, condition, sort, isPart(limit, offset)));
     bindWhere(row, condition, limit, offset);
     std::vector<StoreObject*> objects;
-    while (row.step())
+    while (row.step()) {
         objects.push_back(&objectFor(kind, row));
+    }
     row.reset();
     return objects;
 }
@@ -147,19 +149,21 @@ void StoreContext::visitObjectRows(
     State& state = *state_;
     const PredicateTree& tree = state.tree(kind, request.predicate.format());
     if (state.hasDirty(kind) || state.dependsOnPending(tree)) {
-        for (StoreObject* object : fetchObjects(kind, request))
+        for (StoreObject* object : fetchObjects(kind, request)) {
             visit(ListedRow(*object));
+        }
         return;
     }
     readingLibrary([&] {
         const auto condition = PredicateSQL::compile(
             tree, request.predicate.arguments(), State::leadingColumn(kind, request.sort));
         // A statement of its own, because `visit` may fetch the same.
-        Statement row = state.reader().prepare(
-            state.selectWhere(kind, condition, request.sort, isPart(request.limit, request.offset)));
+        Statement row = state.reader().prepare(state.selectWhere(
+            kind, condition, request.sort, isPart(request.limit, request.offset)));
         bindWhere(row, condition, request.limit, request.offset);
-        while (row.step())
+        while (row.step()) {
             visit(ListedRow(state.core->mapper(kind), row));
+        }
     });
 }
 
@@ -181,8 +185,9 @@ std::vector<StoreObject*> StoreContext::fetchObjects(EntityKind kind, const Fetc
         for (StoreObject* object : state.pending) {
             if (object->entity().kind != kind) continue;
             ++dirtyCount;
-            if (!object->isDeleted() && evaluate(tree, arguments, *object))
+            if (!object->isDeleted() && evaluate(tree, arguments, *object)) {
                 result.push_back(object);
+            }
         }
         const std::size_t wanted =
             request.limit == 0 ? 0 : request.limit + request.offset + dirtyCount;

@@ -6,7 +6,7 @@ namespace {
 
 /// What a context shows after others changed the relationships it looks at.
 class ContextMergeTest : public test::StoreFixture {
-protected:
+public:
     ContextMergeTest() : store(open("mine")), other(open("theirs")) {
         for (const char* name : {"a", "b", "c"}) {
             books.push_back(&mine().insert<CDNotebook>());
@@ -18,8 +18,8 @@ protected:
         same = theirs().find<CDNote>(*note->id);
     }
 
-    StoreContext& mine() { return store->viewContext(); }
-    StoreContext& theirs() { return other->viewContext(); }
+    StoreContext& mine() const { return store->viewContext(); }
+    StoreContext& theirs() const { return other->viewContext(); }
     template <class Entity>
     Entity& theirs(const Entity& object) {
         return other->viewContext().get<Entity>(*object.id, "The object");
@@ -66,8 +66,8 @@ TEST_F(ContextMergeTest, AMoveElsewhereIsFollowedUnlessItWasMovedHereToo) {
 TEST_F(ContextMergeTest, WhatWasTiedHereToSomethingDeletedElsewhereIsLeftUntied) {
     for (const bool isMergedFirst : {true, false}) {
         SCOPED_TRACE(isMergedFirst ? "merged first" : "met in the save");
-        CDNotebook& book = mine().insert<CDNotebook>();
-        CDTag& tag = mine().insert<CDTag>();
+        auto& book = mine().insert<CDNotebook>();
+        auto& tag = mine().insert<CDTag>();
         mine().save();
         note->notebook = &book;
         note->tags.add(tag);

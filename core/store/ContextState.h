@@ -70,8 +70,8 @@ struct StoreContext::State {
     /// Whether pending changes of other objects than the examined ones may change a condition's
     /// outcome.
     bool dependsOnPending(const PredicateTree& tree) const;
-    /// The statement for the headers of a request. When it is for a part, its limit and offset follow the
-    /// condition's values.
+    /// The statement for the headers of a request. When it is for a part, its limit and offset
+    /// follow the condition's values.
     std::string selectWhere(
         EntityKind kind,
         const PredicateSQL& condition,

@@ -20,7 +20,7 @@ namespace tesserine {
 /// (2).
 class ExternalValues {
 public:
-    static constexpr std::size_t inlineLimit = 100 * 1024;
+    static constexpr std::size_t inlineLimit = std::size_t{100} * 1024;
 
     /// `library`: the folder of the store; none keeps every value in its row.
     explicit ExternalValues(std::optional<std::filesystem::path> library);

@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 
 /// Large values beside the library: what may happen to their files.
 class ExternalValuesTest : public test::StoreFixture {
-protected:
-    ~ExternalValuesTest() override { failpoint::disarmAll(); }
+public:
+    void TearDown() override { failpoint::disarmAll(); }
 
     CDAttachment& addAttachment(StoreContext& context, std::uint8_t content) {
         auto& attachment = context.insert<CDAttachment>();
@@ -29,8 +29,9 @@ protected:
     std::set<fs::path> files() const {
         std::set<fs::path> result;
         if (!fs::exists(place)) return result;
-        for (const auto& entry : fs::directory_iterator(place))
+        for (const auto& entry : fs::directory_iterator(place)) {
             result.insert(entry.path());
+        }
         return result;
     }
     static void makeOld(const fs::path& path) {
@@ -116,8 +117,9 @@ TEST_F(ExternalValuesTest, AKillBetweenFileAndRowLeavesAStrayThatIsSweptWhenOld)
     test::putContent(foreign, "precious");
 
     EXPECT_EQ(store->tidyUp(), 0U) << "it may belong to a save that is about to commit";
-    for (const fs::path& path : files())
+    for (const fs::path& path : files()) {
         makeOld(path);
+    }
     EXPECT_EQ(store->tidyUp(), 1U);
     EXPECT_EQ(files().size(), 2U);
     EXPECT_TRUE(fs::exists(foreign));

@@ -15,14 +15,14 @@ namespace {
 
 /// One program and another one beside it.
 class HistoryTest : public test::StoreFixture {
-protected:
+public:
     HistoryTest() : store(open("mine")), other(open("theirs")) {}
 
-    StoreContext& mine() { return store->viewContext(); }
-    StoreContext& theirs() { return other->viewContext(); }
+    StoreContext& mine() const { return store->viewContext(); }
+    StoreContext& theirs() const { return other->viewContext(); }
 
     /// "1 mine inserted CDNote; 2 theirs updated CDNote(title)".
-    std::string shown(std::int64_t after) {
+    std::string shown(std::int64_t after) const {
         static constexpr const char* kinds[] = {"inserted", "updated", "deleted"};
         std::string text;
         for (const StoreTransaction& transaction : store->history(after)) {
@@ -31,8 +31,9 @@ protected:
             for (const ObjectChange& change : transaction.changes) {
                 text += std::string(" ") + kinds[static_cast<std::size_t>(change.kind)] + " "
                         + Schema::library()[change.entity].name;
-                for (const std::string& name : change.changed)
+                for (const std::string& name : change.changed) {
                     text += "." + name;
+                }
             }
         }
         return text;
@@ -202,8 +203,9 @@ public:
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (!isDone()) {
             std::unique_lock lock(mutex_);
-            if (!wakeUp_.wait_until(lock, deadline, [this] { return !tasks_.empty(); }))
+            if (!wakeUp_.wait_until(lock, deadline, [this] { return !tasks_.empty(); })) {
                 return false;
+            }
             const auto task = std::move(tasks_.front());
             tasks_.pop_front();
             lock.unlock();
@@ -215,8 +217,9 @@ public:
     /// Runs what is left.
     void drain() {
         const std::lock_guard lock(mutex_);
-        for (const auto& task : tasks_)
+        for (const auto& task : tasks_) {
             task();
+        }
         tasks_.clear();
     }
 

@@ -80,8 +80,9 @@ std::set<std::string> knownMissing(const std::filesystem::path& backup) {
     const Bytes bytes = files::read(file, missingLimit, files::Links::refuse);
     std::istringstream lines{std::string(textOf(bytes))};
     std::set<std::string> names;
-    for (std::string line; std::getline(lines, line);)
+    for (std::string line; std::getline(lines, line);) {
         names.insert(line);
+    }
     return names;
 }
 
@@ -202,8 +203,9 @@ void LibraryBackups::copyInto(
         // missing in the library, which is no fault of the copy.
         if (attempt < attempts) continue;
         std::string lines;
-        for (const std::string& name : missing)
+        for (const std::string& name : missing) {
             lines += name + "\n";
+        }
         files::writeNew(making / missingName, bytesOf(lines));
         break;
     }
@@ -344,7 +346,8 @@ void LibraryBackups::beginNewHistory(const std::filesystem::path& file) const {
          .query = "Backup query",
          .access = SQLiteDatabase::Access::readWrite,
          .journal = SQLiteDatabase::Journal::keep,
-         .synchronous = SQLiteDatabase::Synchronous::full});
+         .synchronous = SQLiteDatabase::Synchronous::full,
+         .isHardened = true});
     schema::setHistoryID(database, random_);
 }
 
@@ -394,8 +397,9 @@ void LibraryBackups::sweepUnfinished() const {
         const auto age = std::chrono::file_clock::now() - entry.last_write_time(ignored);
         if (isUnfinished && age > std::chrono::hours(24)) left.push_back(entry.path());
     }
-    for (const auto& path : left)
+    for (const auto& path : left) {
         discard(path);
+    }
 }
 
 }  // namespace tesserine

@@ -19,8 +19,8 @@ namespace fs = std::filesystem;
 constexpr Instant::Duration day{86'400.0};
 
 class LibraryBackupTest : public test::StoreFixture {
-protected:
-    ~LibraryBackupTest() override { failpoint::disarmAll(); }
+public:
+    void TearDown() override { failpoint::disarmAll(); }
 
     void add(TesserineStore& store, const std::string& title) {
         CDNote& note = addNote(store.viewContext(), title, "<p>" + title + "</p>");
@@ -121,8 +121,9 @@ TEST_F(LibraryBackupTest, AKillLeavesOnlyWholeBackupsAndWhatIsLeftOverGoesLater)
             FaultyVFS::killedStatus);
         whole += std::string(place) == "backup.done" ? 1 : 0;
         ASSERT_EQ(backups.list().size(), whole);
-        for (const LibraryBackup& backup : backups.list())
+        for (const LibraryBackup& backup : backups.list()) {
             EXPECT_EQ(inside(backup.folder), "a ");
+        }
     }
     const auto entries = [&] {
         return std::distance(fs::directory_iterator(backups.folder()), {});
@@ -130,8 +131,9 @@ TEST_F(LibraryBackupTest, AKillLeavesOnlyWholeBackupsAndWhatIsLeftOverGoesLater)
     EXPECT_EQ(entries(), 4);
     backups.prune();
     EXPECT_EQ(entries(), 4) << "another program may still be making them";
-    for (const auto& entry : fs::directory_iterator(backups.folder()))
+    for (const auto& entry : fs::directory_iterator(backups.folder())) {
         fs::last_write_time(entry, fs::file_time_type::clock::now() - std::chrono::hours(25));
+    }
     backups.prune();
     EXPECT_EQ(entries(), 2);
 }
@@ -369,8 +371,9 @@ TEST_F(LibraryBackupTest, AWeekOfDaysAMonthOfWeeksAndHalfAYearAreKept) {
     make("Holiday 2025");
     backups.prune();
     std::string kept;
-    for (const LibraryBackup& backup : backups.list())
+    for (const LibraryBackup& backup : backups.list()) {
         kept += backup.folder.filename().string().substr(2, 8) + " ";
+    }
     // 14 March twice, as both are younger than a day, and the six days before. The ends of three
     // more weeks, which begin on Thursdays: 11 and 4 March, 25 February. The ends of five more
     // months of thirty days: 7 March to 7 November. Made by hand: every hundredth.

@@ -35,8 +35,9 @@ bool isPresent(const std::filesystem::path& path) {
 }
 
 void moveTo(const std::filesystem::path& from, const std::filesystem::path& to) {
-    if (std::rename(from.c_str(), to.c_str()) != 0)
+    if (std::rename(from.c_str(), to.c_str()) != 0) {
         throw FileError::fromErrno(to, "written", errno);
+    }
 }
 
 std::optional<Plan> readPlan(const std::filesystem::path& library) {
@@ -100,8 +101,9 @@ void sweepArriving(const std::filesystem::path& library) {
         if (age < std::chrono::hours(24)) continue;
         if (entry.path().filename().string().starts_with(beginning)) old.push_back(entry.path());
     }
-    for (const auto& path : old)
+    for (const auto& path : old) {
         files::removeIfPresent(path);
+    }
 }
 
 }  // namespace tesserine::exchange

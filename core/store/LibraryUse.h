@@ -16,7 +16,9 @@ public:
     /// Whether a library was ever opened in this folder.
     static bool isKnown(const std::filesystem::path& library);
 
+    LibraryUse(const LibraryUse&) = delete;
     LibraryUse(LibraryUse&& other) noexcept;
+    LibraryUse& operator=(const LibraryUse&) = delete;
     LibraryUse& operator=(LibraryUse&& other) noexcept;
     ~LibraryUse();
 

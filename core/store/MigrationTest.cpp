@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 
 /// Libraries of older programs: the present schema without what was added since.
 class MigrationTest : public test::StoreFixture {
-protected:
-    ~MigrationTest() override { failpoint::disarmAll(); }
+public:
+    void TearDown() override { failpoint::disarmAll(); }
 
     /// A library with a note that has a large source, a task with a label, and a trashed note.
     void makeLibrary() {
@@ -55,7 +55,7 @@ protected:
     }
 
     fs::path copyOf(const char* name) {
-        const fs::path copy = folder / name;
+        fs::path copy = folder / name;
         fs::copy(library, copy, fs::copy_options::recursive);
         return copy;
     }

@@ -22,8 +22,8 @@ namespace fs = std::filesystem;
 
 /// What a library's folder may hold when it is opened.
 class OpeningTest : public test::StoreFixture {
-protected:
-    ~OpeningTest() override { failpoint::disarmAll(); }
+public:
+    void TearDown() override { failpoint::disarmAll(); }
 
     void makeLibrary(const std::string& title = "note") {
         const auto store = open();
@@ -159,8 +159,9 @@ TEST_F(OpeningTest, WhatIsNoLibraryIsRefusedAndLeftAsItIs) {
 TEST_F(OpeningTest, ADamagedLibraryWithAJournalIsRefusedWithoutTouchingEither) {
     makeUnclosedLibrary();
     std::string bytes = contentOf(libraryFile);
-    for (std::size_t page = 2; page < bytes.size() / 8192; ++page)
+    for (std::size_t page = 2; page < bytes.size() / 8192; ++page) {
         bytes.replace(page * 8192, 200, 200, 'x');
+    }
     putContent(libraryFile, bytes);
     const auto before = contents();
     EXPECT_NE(refusal().find("damaged"), std::string::npos) << refusal();
@@ -264,8 +265,9 @@ int runAsNobody(const fs::path& home, const std::function<void()>& body) {
 TEST_F(OpeningTest, WithoutTheRightToWriteItIsRefusedWithASentence) {
     const auto expect = [&](const std::string& what, const std::string& sentence) {
         const std::string told = refusal();
-        if (told.find(sentence) == std::string::npos)
+        if (told.find(sentence) == std::string::npos) {
             throw std::runtime_error(what + ": “" + told + "”");
+        }
     };
     EXPECT_EQ(
         runAsNobody(
@@ -320,8 +322,9 @@ TEST_F(OpeningTest, ProgramsThatCreateItAtOnceShareOneLibrary) {
     const auto store = open();
     EXPECT_EQ(store->viewContext().count<CDNote>(), static_cast<std::size_t>(programs * notes));
     EXPECT_EQ(store->lastTransactionNumber(), programs * notes);
-    for (const auto& entry : fs::directory_iterator(library))
+    for (const auto& entry : fs::directory_iterator(library)) {
         EXPECT_EQ(entry.path().string().find(".new-"), std::string::npos) << entry.path();
+    }
 }
 
 TEST_F(OpeningTest, ADiskTooFullForALibraryGetsNoPartOfOne) {

@@ -64,12 +64,12 @@ bool compareValues(const Value& held, Operator operation, const PredicateArgumen
     const auto* heldText = std::get_if<std::string>(&held);
     const auto* text = std::get_if<std::string>(&value);
     switch (operation) {
-    case Operator::equal: return order(held, value) == 0;
-    case Operator::notEqual: return order(held, value) != 0;
-    case Operator::less: return order(held, value) < 0;
-    case Operator::lessOrEqual: return order(held, value) <= 0;
-    case Operator::greater: return order(held, value) > 0;
-    case Operator::greaterOrEqual: return order(held, value) >= 0;
+    case Operator::equal: return std::is_eq(order(held, value));
+    case Operator::notEqual: return std::is_neq(order(held, value));
+    case Operator::less: return std::is_lt(order(held, value));
+    case Operator::lessOrEqual: return std::is_lteq(order(held, value));
+    case Operator::greater: return std::is_gt(order(held, value));
+    case Operator::greaterOrEqual: return std::is_gteq(order(held, value));
     case Operator::equalFolded:
         return heldText != nullptr && text != nullptr
                && text::caseFolded(*heldText) == text::caseFolded(*text);

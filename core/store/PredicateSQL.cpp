@@ -165,22 +165,23 @@ PredicateSQL PredicateSQL::compile(
 void PredicateSQL::bind(Statement& statement, int first) const {
     for (const PredicateArgument& value : values) {
         const int place = first++;
-        if (const auto* flag = std::get_if<bool>(&value))
+        if (const auto* flag = std::get_if<bool>(&value)) {
             statement.bindInteger(place, *flag ? 1 : 0);
-        else if (const auto* number = std::get_if<std::int64_t>(&value))
+        } else if (const auto* number = std::get_if<std::int64_t>(&value)) {
             statement.bindInteger(place, *number);
-        else if (const auto* real = std::get_if<double>(&value))
+        } else if (const auto* real = std::get_if<double>(&value)) {
             statement.bindDouble(place, *real);
-        else if (const auto* text = std::get_if<std::string>(&value))
+        } else if (const auto* text = std::get_if<std::string>(&value)) {
             statement.bindText(place, *text);
-        else if (const auto* when = std::get_if<Instant>(&value))
+        } else if (const auto* when = std::get_if<Instant>(&value)) {
             statement.bindDouble(place, when->referenceSeconds());
-        else if (const auto* id = std::get_if<Uuid>(&value))
+        } else if (const auto* id = std::get_if<Uuid>(&value)) {
             statement.bindBlob(place, id->bytes());
-        else if (auto* const* object = std::get_if<StoreObject*>(&value))
+        } else if (auto* const* object = std::get_if<StoreObject*>(&value)) {
             statement.bindInteger(place, (*object)->key());
-        else
+        } else {
             statement.bindNull(place);
+        }
     }
 }
 

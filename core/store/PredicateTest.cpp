@@ -220,8 +220,9 @@ public:
     void touch(EntityKind kind) {
         for (StoreObject* object : objects_[kind]) {
             std::size_t attribute = 0;
-            while (object->entity().attributes[attribute].type != AttributeType::string)
+            while (object->entity().attributes[attribute].type != AttributeType::string) {
                 ++attribute;
+            }
             const Value before = object->value(attribute);
             object->setValue(attribute, std::string("touched"));
             object->setValue(attribute, before);
@@ -242,8 +243,9 @@ public:
 
     std::vector<std::int64_t> keys(EntityKind kind, const FetchRequest& request) {
         std::vector<std::int64_t> keys;
-        for (const StoreObject* object : context_.fetchObjects(kind, request))
+        for (const StoreObject* object : context_.fetchObjects(kind, request)) {
             keys.push_back(object->key());
+        }
         return keys;
     }
 
@@ -261,8 +263,9 @@ TEST_F(PredicateTest, RowsAndPendingObjectsMeetTheSameConditionsInTheSameOrder) 
     for (std::uint32_t seed = 1; seed <= 3; ++seed) {
         Generator generator(seed);
         for (const auto& entity : Schema::library().entities()) {
-            for (StoreObject* object : store->viewContext().fetchObjects(entity.kind, {}))
+            for (StoreObject* object : store->viewContext().fetchObjects(entity.kind, {})) {
                 store->viewContext().remove(*object);
+            }
         }
         generator.fill(store->viewContext());
         store->viewContext().save();
@@ -272,8 +275,9 @@ TEST_F(PredicateTest, RowsAndPendingObjectsMeetTheSameConditionsInTheSameOrder) 
         Population saved(*clean);
         Population related(*mixed);
         Population pending(*dirty);
-        for (const auto& entity : Schema::library().entities())
+        for (const auto& entity : Schema::library().entities()) {
             pending.touch(entity.kind);
+        }
         related.touch(EntityKind::tag);
         related.touch(EntityKind::notebook);
 

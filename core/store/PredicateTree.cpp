@@ -38,8 +38,9 @@ private:
         PredicateTree first = readOne();
         if (!peek(word)) return first;
         PredicateTree tree{.kind = kind, .children = {std::move(first)}};
-        while (take(word))
+        while (take(word)) {
             tree.children.push_back(readOne());
+        }
         return tree;
     }
 
@@ -136,8 +137,9 @@ private:
 
     std::string_view readName() {
         std::size_t length = 0;
-        while (length < rest_.size() && isNameCharacter(rest_[length]))
+        while (length < rest_.size() && isNameCharacter(rest_[length])) {
             ++length;
+        }
         if (length == 0) fail("name expected");
         const std::string_view name = rest_.substr(0, length);
         rest_.remove_prefix(length);
@@ -161,8 +163,9 @@ private:
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
     }
     void skipSpace() {
-        while (!rest_.empty() && rest_.front() == ' ')
+        while (!rest_.empty() && rest_.front() == ' ') {
             rest_.remove_prefix(1);
+        }
     }
     [[noreturn]] void fail(const std::string& why) const {
         throw std::logic_error("bad predicate: " + why + " at “" + std::string(rest_) + "”");

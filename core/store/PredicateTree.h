@@ -48,8 +48,8 @@ struct PredicateTree {
     /// build without assertions throws `std::logic_error`.
     static PredicateTree parse(const std::string& format, EntityKind entity);
 
-    /// Whether an object of `entity` other than the examined one can change the outcome.
-    bool looksAt(EntityKind entity) const;
+    /// Whether an object of `wanted` other than the examined one can change the outcome.
+    bool looksAt(EntityKind wanted) const;
 };
 
 /// The tree as an SQL condition with its values.

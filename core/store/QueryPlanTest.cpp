@@ -10,7 +10,7 @@ using Order = SortDescriptor::Order;
 
 /// How SQLite answers what the program asks all the time, on a library with the usual proportions.
 class QueryPlanTest : public test::StoreFixture {
-protected:
+public:
     QueryPlanTest() : store(open()) {
         StoreContext& context = store->viewContext();
         for (int i = 0; i < 400; ++i) {
@@ -29,7 +29,7 @@ protected:
 
     /// Which index leads and whether rows are sorted: "SEARCH idx_CDNote_trashedAt", with
     /// " + sort" when every row has to be sorted before the first is known.
-    std::string plan(EntityKind kind, const FetchRequest& request) {
+    std::string plan(EntityKind kind, const FetchRequest& request) const {
         StoreContext& context = store->viewContext();
         context.fetchObjects(kind, request);
         // Every case has a statement of its own.

@@ -54,8 +54,9 @@ void RemoteChangeObserver::watch(const std::stop_token& stop) {
         if (stop.stop_requested()) return;
         std::array<char, 4096> events{};
         bool isNoticed = false;
-        while (notices_ >= 0 && ::read(notices_, events.data(), events.size()) > 0)
+        while (notices_ >= 0 && ::read(notices_, events.data(), events.size()) > 0) {
             isNoticed = true;
+        }
         // The journal is written, and synced, before the commit shows: look again soon.
         if (isNoticed) wait = shortestWaitMilliseconds;
         wait = look() ? longestWaitMilliseconds : std::min(2 * wait, longestWaitMilliseconds);

@@ -8,12 +8,12 @@ namespace {
 
 /// Two programs on one library, of which neither hears of the other's saves in time.
 class SaveConflictTest : public test::StoreFixture {
-protected:
+public:
     SaveConflictTest() : store(open("mine")), other(open("theirs")) {}
-    ~SaveConflictTest() override { failpoint::disarmAll(); }
+    void TearDown() override { failpoint::disarmAll(); }
 
-    StoreContext& mine() { return store->viewContext(); }
-    StoreContext& theirs() { return other->viewContext(); }
+    StoreContext& mine() const { return store->viewContext(); }
+    StoreContext& theirs() const { return other->viewContext(); }
     template <class Entity>
     Entity& theirs(const Entity& object) {
         return other->viewContext().get<Entity>(*object.id, "The object");
@@ -170,12 +170,14 @@ std::string shown(StoreContext& context, CDNote& note) {
                           : *note.hasConflict     ? "yes"
                                                   : "no");
     for (const auto& attribute : note.entity().attributes) {
-        if (note.isChanged(*note.entity().attributeNamed(attribute.name)))
+        if (note.isChanged(*note.entity().attributeNamed(attribute.name))) {
             text += " " + attribute.name;
+        }
     }
     text += "|" + std::to_string(note.tags.count()) + " tags";
-    for (const CDNoteRevision* revision : note.revisions.all())
+    for (const CDNoteRevision* revision : note.revisions.all()) {
         text += revision->isInserted() ? " new" : " saved";
+    }
     return text + (context.hasChanges() ? " pending" : "");
 }
 
@@ -269,8 +271,9 @@ TEST_F(SaveConflictTest, RollingBackBringsBackLinksTargetsAndDeletedObjects) {
 
 TEST_F(SaveConflictTest, LimitsCountWhatIsPendingAndLeaveOutWhatIsDeleted) {
     std::vector<CDNote*> notes;
-    for (char title = 'a'; title <= 'j'; ++title)
+    for (char title = 'a'; title <= 'j'; ++title) {
         notes.push_back(&addNote(mine(), std::string(1, title), ""));
+    }
     mine().save();
     mine().remove(*notes[0]);
     notes[1]->title = "z";
@@ -296,8 +299,9 @@ TEST_F(SaveConflictTest, DigestsFollowEveryChangeAndGoWithTheRow) {
             "SELECT ENTITY || '.' || ATTRIBUTE || '=' || substr(lower(hex(SHA256)), 1, 8) FROM "
             "Z_DIGEST ORDER BY 1");
         std::string text;
-        while (rows.step())
+        while (rows.step()) {
             text += rows.text(0).value_or("") + " ";
+        }
         return text;
     };
     CDNote& note = addNote(mine(), "n", "abc");

@@ -79,9 +79,10 @@ void StoreContext::SaveOperation::write(SQLiteDatabase& database) {
     settleConflicts(database);
     deleteWhatRefers(database);
     assignKeys(database);
-    // By index: resolving a reference may still add to the list.
-    for (std::size_t i = 0; i < state_.pending.size(); ++i)
+    // NOLINTNEXTLINE(modernize-loop-convert): resolving a reference may still add to the list
+    for (std::size_t i = 0; i < state_.pending.size(); ++i) {
         writeObject(database, *state_.pending[i]);
+    }
     writeLinks(database);
     FAIL_POINT("save.written");
     record(database);
@@ -93,21 +94,24 @@ void StoreContext::SaveOperation::settleConflicts(SQLiteDatabase& database) {
     for (StoreObject* object : state_.pending) {
         if (!object->isInserted()) collectConflict(database, *object, conflicts);
     }
-    for (StoreObject* object : vanished_)
+    for (StoreObject* object : vanished_) {
         state_.forgetPending(*object);
+    }
     if (conflicts.empty()) return;
     for (const SaveConflict& conflict : conflicts) {
         if (conflict.object->entity().kind != EntityKind::note) continue;
         auto* note = static_cast<CDNote*>(conflict.object);
-        if (!note->isDeleted() && !note->isChanged(note->hasConflict.index()))
+        if (!note->isDeleted() && !note->isChanged(note->hasConflict.index())) {
             marked_.emplace_back(note, note->hasConflict.get());
+        }
     }
     const std::size_t before = state_.pending.size();
     state_.policy->resolve(conflicts, state_.context);
     kept_.assign(
         state_.pending.begin() + static_cast<std::ptrdiff_t>(before), state_.pending.end());
-    for (SaveConflict& conflict : conflicts)
+    for (SaveConflict& conflict : conflicts) {
         takeStoredValues(database, conflict);
+    }
 }
 
 void StoreContext::SaveOperation::collectConflict(
@@ -129,8 +133,9 @@ void StoreContext::SaveOperation::meetDeletion(StoreObject& object) {
         const auto& note = static_cast<const CDNote&>(object);
         if (object.isChanged(note.html.index()) || object.isChanged(note.title.index())) {
             // What was never read went with the row.
-            for (std::size_t i = 0; i < object.entity().attributes.size(); ++i)
+            for (std::size_t i = 0; i < object.entity().attributes.size(); ++i) {
                 object.ensureLoaded(i);
+            }
             reinserted_.push_back(&object);
             return;
         }
@@ -142,8 +147,9 @@ std::vector<Value> StoreContext::SaveOperation::storedValues(
     SQLiteDatabase& database, StoreObject& object) {
     const EntityDescription& entity = object.entity();
     std::string sql = "SELECT Z_PK";
-    for (const auto& attribute : entity.attributes)
+    for (const auto& attribute : entity.attributes) {
         sql += ", " + attribute.column;
+    }
     Statement& row = database.cached(sql + " FROM " + entity.table + " WHERE Z_PK = ?");
     row.bindInteger(1, object.key());
     row.step();
@@ -176,7 +182,8 @@ void StoreContext::SaveOperation::readRowAgain(SQLiteDatabase& database, StoreOb
 
 /// Rows that another process attached to what is deleted here, and that this context never saw.
 void StoreContext::SaveOperation::deleteWhatRefers(SQLiteDatabase& database) {
-    for (std::size_t n = 0; n < state_.pending.size(); ++n) {  // the list grows on the way
+    // NOLINTNEXTLINE(modernize-loop-convert): the list grows on the way
+    for (std::size_t n = 0; n < state_.pending.size(); ++n) {
         const StoreObject& object = *state_.pending[n];
         if (!object.isDeleted() || object.isInserted()) continue;
         for (const RelationshipDescription& relationship : object.entity().relationships) {
@@ -194,8 +201,9 @@ void StoreContext::SaveOperation::dragAlong(
         + " = ?");
     row.bindInteger(1, key);
     std::vector<std::int64_t> keys;
-    while (row.step())
+    while (row.step()) {
         keys.push_back(row.integer(0));
+    }
     row.reset();
     for (const std::int64_t farKey : keys) {
         StoreObject* other = state_.objectWithKey(far.kind, farKey);
@@ -297,8 +305,9 @@ void StoreContext::SaveOperation::insertRow(SQLiteDatabase& database, StoreObjec
     }
     row.step();
     row.reset();
-    for (const std::size_t attribute : mapper.insertOrder())
+    for (const std::size_t attribute : mapper.insertOrder()) {
         writeDigest(database, object, attribute);
+    }
 }
 
 void StoreContext::SaveOperation::updateRow(SQLiteDatabase& database, StoreObject& object) {
@@ -521,8 +530,9 @@ void StoreContext::SaveOperation::undo() {
         object->isDeleted_ = false;
         if (!wasPending) state.forgetPending(*object);
     }
-    for (StoreObject* object : vanished_)
+    for (StoreObject* object : vanished_) {
         state.context.objectChanges(*object);
+    }
     for (const auto& [note, before] : marked_) {
         note->hasConflict = before;
         note->changed_ &= ~(std::uint64_t{1} << note->hasConflict.index());

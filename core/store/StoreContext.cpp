@@ -65,8 +65,9 @@ void StoreContext::remove(StoreObject& object) {
         const EntityDescription& entity = next.entity();
         for (std::size_t i = 0; i < entity.relationships.size(); ++i) {
             if (entity.relationships[i].deleteRule != DeleteRule::cascade) continue;
-            for (StoreObject* child : related(next, i))
+            for (StoreObject* child : related(next, i)) {
                 waiting.push_back(child);
+            }
         }
         state_->applyDeleteRules(next);
         state_->markDeleted(next);
@@ -126,8 +127,9 @@ void StoreContext::rollback() {
 void StoreContext::reset() {
     state_->pending.clear();
     state_->links.clear();
-    for (auto& rows : state_->rows)
+    for (auto& rows : state_->rows) {
         rows.clear();
+    }
     state_->gone.clear();
 }
 

@@ -30,6 +30,8 @@ class StoreCore;
 /// `StoreError` (readFailed).
 class StoreContext final : public ObjectHost {
 public:
+    StoreContext(const StoreContext&) = delete;
+    StoreContext& operator=(const StoreContext&) = delete;
     ~StoreContext() override;
 
     /// A new object with the entity's defaults and, where the entity has an `id`, a new one.
@@ -45,7 +47,7 @@ public:
     /// The same, but it must be there: otherwise throws `StoreError::notFound(what)`.
     template <class Entity>
     Entity& get(const Uuid& id, const std::string& what) {
-        if (Entity* found = find<Entity>(id)) return *found;
+        if (auto* found = find<Entity>(id)) return *found;
         throw StoreError::notFound(what);
     }
     template <class Entity>

@@ -180,8 +180,9 @@ TEST_F(StoreContextTest, ABodyChangedElsewhereIsKeptAsAConflictRevision) {
         EXPECT_EQ(revisions(note), one.revisions);
         EXPECT_EQ(note.html, std::string(one.html));
         EXPECT_EQ(bool(note.hasConflict), one.hasConflict);
-        for (CDNoteRevision* revision : note.revisions.all())
+        for (CDNoteRevision* revision : note.revisions.all()) {
             mine.remove(*revision);
+        }
         note.hasConflict = false;
         mine.save();
         other->viewContext().reset();
@@ -216,8 +217,9 @@ TEST_F(StoreContextTest, ADeletionElsewhereStandsUnlessTextWasTypedHere) {
     mine.save();
     const auto other = open("other");
     StoreContext& theirs = other->viewContext();
-    for (CDNote* note : theirs.fetch<CDNote>())
+    for (CDNote* note : theirs.fetch<CDNote>()) {
         theirs.remove(*note);
+    }
     theirs.save();
 
     typed.html = "<p>kept</p>";

@@ -152,8 +152,9 @@ void StoreCore::createFile() {
         schema::create(*database, random_);
         FAIL_POINT("store.schemaMade");
     } catch (...) {
-        for (const char* part : {"", "-wal", "-shm"})
+        for (const char* part : {"", "-wal", "-shm"}) {
             files::removeIfPresent(withSuffix(making, part));
+        }
         throw;
     }
     files::syncFile(making);
@@ -308,7 +309,7 @@ void StoreCore::discardWriter() noexcept {
     if (!configuration_.inMemory) writer_.reset();
 }
 
-void StoreCore::close(std::shared_ptr<SQLiteDatabase>& connection) noexcept {
+void StoreCore::close(std::shared_ptr<SQLiteDatabase>& connection) const noexcept {
     if (configuration_.inMemory || isOpening_ || !connection) {
         connection.reset();
         return;

@@ -51,7 +51,7 @@ public:
     /// file holds.
     void discardWriter() noexcept;
     /// Closes a connection under the lock, because the last one moves the journal into the file.
-    void close(std::shared_ptr<SQLiteDatabase>& connection) noexcept;
+    void close(std::shared_ptr<SQLiteDatabase>& connection) const noexcept;
 
     /// Tells the main context what another context saved.
     void publish(const std::vector<ObjectChange>& changes, const StoreContext* source);

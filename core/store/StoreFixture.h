@@ -19,7 +19,7 @@ namespace tesserine::test {
 /// A library in a fresh folder, opened as often as a test likes: each opening is a process of its
 /// own as far as the library can tell.
 class StoreFixture : public ::testing::Test {
-protected:
+public:
     StoreEnvironment environment(const std::string& author = "test") {
         return {.clock = clock, .random = random, .author = author};
     }
@@ -40,7 +40,8 @@ protected:
     }
     std::string refusal() { return refusal(environment()); }
 
-    CDNote& addNote(StoreContext& context, const std::string& title, const std::string& html) {
+    CDNote& addNote(
+        StoreContext& context, const std::string& title, const std::string& html) const {
         auto& note = context.insert<CDNote>();
         note.title = title;
         note.html = html;
@@ -51,8 +52,9 @@ protected:
 
     static std::string titles(const std::vector<CDNote*>& notes) {
         std::string text;
-        for (CDNote* note : notes)
+        for (CDNote* note : notes) {
             text += note->title.valueOr("-") + " ";
+        }
         return text;
     }
     /// The titles of all notes in the order in which they were saved.

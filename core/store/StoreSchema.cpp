@@ -71,8 +71,9 @@ std::vector<Definition> columns(const EntityDescription& entity) {
 Definition entityTable(const EntityDescription& entity) {
     std::string text =
         "CREATE TABLE " + entity.table + " (Z_PK INTEGER PRIMARY KEY AUTOINCREMENT, Z_OPT INTEGER";
-    for (const Definition& column : columns(entity))
+    for (const Definition& column : columns(entity)) {
         text += ", " + column.statement;
+    }
     return {entity.table, text + ")"};
 }
 
@@ -105,8 +106,9 @@ void addListIndex(const EntityDescription& entity, std::vector<Definition>& resu
     if (names.empty()) return;
     const std::string name = "list_" + entity.name;
     std::string text = "CREATE INDEX " + name + " ON " + entity.table + "(" + names[0] + " DESC";
-    for (std::size_t i = 1; i < names.size(); ++i)
+    for (std::size_t i = 1; i < names.size(); ++i) {
         text += ", " + names[i];
+    }
     result.push_back({name, text + ")"});
 }
 
@@ -148,12 +150,15 @@ void addLinkTables(const EntityDescription& entity, std::vector<Definition>& res
 std::vector<Definition> definitions() {
     std::vector<Definition> result;
     const Schema& model = Schema::library();
-    for (const auto& entity : model.entities())
+    for (const auto& entity : model.entities()) {
         result.push_back(entityTable(entity));
-    for (const auto& entity : model.entities())
+    }
+    for (const auto& entity : model.entities()) {
         addIndexes(entity, result);
-    for (const auto& entity : model.entities())
+    }
+    for (const auto& entity : model.entities()) {
         addLinkTables(entity, result);
+    }
     result.push_back(
         {"Z_METADATA",
          "CREATE TABLE Z_METADATA (NAME TEXT PRIMARY KEY, VALUE TEXT) WITHOUT ROWID"});
@@ -180,8 +185,9 @@ std::vector<Definition> definitions() {
 std::set<std::string, std::less<>> columnsOf(SQLiteDatabase& database, const std::string& table) {
     std::set<std::string, std::less<>> names;
     Statement info = database.prepare("SELECT name FROM pragma_table_info('" + table + "')");
-    while (info.step())
+    while (info.step()) {
         names.insert(info.text(0).value_or(""));
+    }
     return names;
 }
 
@@ -190,8 +196,9 @@ bool lacksListColumns(SQLiteDatabase& database, const EntityDescription& entity)
     std::set<std::string, std::less<>> held;
     Statement info =
         database.prepare("SELECT name FROM pragma_index_info('list_" + entity.name + "')");
-    while (info.step())
+    while (info.step()) {
         held.insert(info.text(0).value_or(""));
+    }
     return !std::ranges::all_of(
         listColumns(entity), [&](const std::string& name) { return held.contains(name); });
 }
@@ -200,8 +207,9 @@ bool lacksListColumns(SQLiteDatabase& database, const EntityDescription& entity)
 std::map<std::string, std::string, std::less<>> stored(SQLiteDatabase& database) {
     std::map<std::string, std::string, std::less<>> result;
     Statement rows = database.prepare("SELECT name, sql FROM sqlite_master WHERE sql IS NOT NULL");
-    while (rows.step())
+    while (rows.step()) {
         result.emplace(rows.text(0).value_or(""), rows.text(1).value_or(""));
+    }
     return result;
 }
 
@@ -225,8 +233,9 @@ std::string fetchIndexName(const EntityDescription& entity, const AttributeDescr
 
 void create(SQLiteDatabase& database, Random& random) {
     database.transaction([&] {
-        for (const Definition& definition : definitions())
+        for (const Definition& definition : definitions()) {
             database.execute(definition.statement + ";");
+        }
         setMetadata(database, "libraryID", Uuid::random(random).text());
         setHistoryID(database, random);
         database.execute("PRAGMA application_id = " + std::to_string(applicationID) + ";");

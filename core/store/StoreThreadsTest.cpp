@@ -10,7 +10,7 @@ namespace {
 
 /// Contexts of one store on threads of their own. Most telling under the thread sanitizer.
 class StoreThreadsTest : public test::StoreFixture, public ::testing::WithParamInterface<bool> {
-protected:
+public:
     static constexpr int threads = 2;
     static constexpr int notesPerThread = 15;
 
@@ -18,7 +18,7 @@ protected:
     void work(TesserineStore& store, int number) {
         const auto context = store.newBackgroundContext();
         const std::string author = "thread " + std::to_string(number);
-        CDTag& tag = context->insert<CDTag>();
+        auto& tag = context->insert<CDTag>();
         tag.name = author;
         for (int i = 0; i < notesPerThread; ++i) {
             CDNote& note = addNote(*context, author, "<p>" + std::to_string(i) + "</p>");
@@ -57,6 +57,7 @@ TEST_P(StoreThreadsTest, ContextsOnSeveralThreadsSeeOneLibraryAndTheMainOneFollo
 
     std::atomic<int> running = threads;
     std::vector<std::thread> workers;
+    workers.reserve(threads);
     for (int number = 0; number < threads; ++number) {
         workers.emplace_back([&, number] {
             work(store, number);
@@ -77,11 +78,12 @@ TEST_P(StoreThreadsTest, ContextsOnSeveralThreadsSeeOneLibraryAndTheMainOneFollo
         }
         task();
     }
-    for (std::thread& worker : workers)
+    for (std::thread& worker : workers) {
         worker.join();
+    }
     store.processRemoteChanges();
 
-    const std::size_t left = threads * (notesPerThread - 1);
+    const std::size_t left = std::size_t{threads} * (notesPerThread - 1);
     EXPECT_EQ(view.count<CDNote>(), left + 1);
     EXPECT_EQ(view.count<CDTag>(), static_cast<std::size_t>(threads));
     EXPECT_EQ(own.title, "edit " + std::to_string(edits));

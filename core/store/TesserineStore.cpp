@@ -131,6 +131,7 @@ void TesserineStore::startObserving(Executor executor) {
         observing_->executor = std::move(executor);
     }
     if (core_->configuration().inMemory) return;
+    observing_->remoteChangeObserver.reset();  // it uses the queue
     observing_->historyQueue = std::make_unique<SerialQueue>("historyQueue");
     const auto read = [this] {
         if (collectRemoteChanges()) mergeSoon();

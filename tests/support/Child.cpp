@@ -50,6 +50,7 @@ std::vector<int> runInChildren(int count, const std::function<void(int)>& body) 
     if (::pipe(gate.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
     std::fflush(nullptr);
     std::vector<pid_t> children;
+    children.reserve(static_cast<std::size_t>(count));
     for (int number = 0; number < count; ++number) {
         const pid_t child = ::fork();
         if (child < 0) throw std::system_error(errno, std::generic_category(), "fork");
@@ -65,8 +66,10 @@ std::vector<int> runInChildren(int count, const std::function<void(int)>& body) 
     ::close(gate[0]);
     ::close(gate[1]);
     std::vector<int> statuses;
-    for (const pid_t child : children)
+    statuses.reserve(children.size());
+    for (const pid_t child : children) {
         statuses.push_back(statusOf(child));
+    }
     return statuses;
 }
 
