@@ -10,7 +10,7 @@ namespace {
 
 using Kind = ReferenceChange::Kind;
 
-constexpr std::string_view leadsOut = "leads out of the imported folder";
+constexpr std::string_view leadsOut = "is no place in the imported folder";
 constexpr std::string_view isMissing = "is not there";
 constexpr std::size_t shownCharacters = 100;
 

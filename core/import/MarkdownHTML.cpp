@@ -8,6 +8,7 @@
 
 #include <md4c.h>
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <optional>
@@ -400,6 +401,29 @@ private:
     std::exception_ptr failure_;
 };
 
+/// MD4C looks for bare addresses in time that grows with the square of their number in one block.
+/// Where there are too many for that, only addresses in angle brackets become links.
+bool hasTooManyBareAddresses(std::string_view markdown) {
+    constexpr std::size_t mostInBlock = 10'000;
+    std::size_t inBlock = 0;
+    for (std::size_t begin = 0; begin < markdown.size();) {
+        const std::size_t end = std::min(markdown.find('\n', begin), markdown.size());
+        const std::string_view line = text::trimmed(markdown.substr(begin, end - begin));
+        begin = end + 1;
+        const bool beginsBlock = line.empty() || line.starts_with("- ") || line.starts_with("* ")
+                                 || line.starts_with("+ ") || line.starts_with("# ");
+        if (beginsBlock) inBlock = 0;
+        for (const std::string_view mark : {"://", "www."}) {
+            for (std::size_t i = line.find(mark); i != std::string_view::npos;
+                 i = line.find(mark, i + mark.size())) {
+                ++inBlock;
+            }
+        }
+        if (inBlock > mostInBlock) return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 std::string_view MarkdownHTML::heading() const {
@@ -417,6 +441,9 @@ void MarkdownHTML::removeHeading() {
 MarkdownHTML markdownToHTML(std::string_view markdown, const MarkdownReading& reading) {
     unsigned flags = MD_DIALECT_GITHUB | MD_FLAG_WIKILINKS;
     if (reading.isPlainText) flags |= MD_FLAG_NOHTML;
+    if (hasTooManyBareAddresses(markdown)) {
+        flags &= ~static_cast<unsigned>(MD_FLAG_PERMISSIVEAUTOLINKS);
+    }
     HTMLWriter writer(markdown, reading);
     Parse(writer).run(markdown, flags);
     return writer.take();

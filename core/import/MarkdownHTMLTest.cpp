@@ -176,6 +176,8 @@ TEST(MarkdownHTML, HostileTextsEndSoon) {
              repeated(">", many),
              repeated("| ", many) + "\n" + repeated("|-", many),
              repeated("&", many),
+             repeated("http://a.b ", many),
+             repeated("www.a.b\n", many),
          }) {
         SCOPED_TRACE(text.substr(0, 8));
         EXPECT_LT(markdownToHTML(text).html.size(), 40 * text.size());
