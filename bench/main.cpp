@@ -91,6 +91,10 @@ int run(const Arguments& arguments) {
 }  // namespace tesserine::bench
 
 int main(int count, char** words) {
+    if (count == 2 && std::string_view(words[1]) == "--help") {
+        std::cout << tesserine::bench::usage;
+        return EXIT_SUCCESS;
+    }
     const auto arguments = tesserine::bench::parse(count, words);
     if (!arguments) {
         std::cerr << tesserine::bench::usage;
