@@ -5,6 +5,7 @@
 #include "base/Uuid.h"
 #include "core/model/Schema.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace tesserine {
@@ -23,6 +24,12 @@ bool hasColumn(SQLiteDatabase& database, const std::string& table, const std::st
            > 0;
 }
 
+Bytes columnNaming(const std::string& fileName) {
+    Bytes column{inFile};
+    column.insert(column.end(), fileName.begin(), fileName.end());
+    return column;
+}
+
 }  // namespace
 
 ExternalValues::ExternalValues(std::optional<std::filesystem::path> library) {
@@ -30,8 +37,8 @@ ExternalValues::ExternalValues(std::optional<std::filesystem::path> library) {
 }
 
 Bytes ExternalValues::encode(std::span<const std::uint8_t> value, Random& random) const {
-    Bytes column;
     if (!folder_ || value.size() <= inlineLimit) {
+        Bytes column;
         column.reserve(value.size() + 1);
         column.push_back(inRow);
         column.insert(column.end(), value.begin(), value.end());
@@ -41,9 +48,29 @@ Bytes ExternalValues::encode(std::span<const std::uint8_t> value, Random& random
     files::createPrivateFolder(*folder_);
     files::writeNew(*folder_ / name, value);
     FAIL_POINT("external.written");
-    column.push_back(inFile);
-    column.insert(column.end(), name.begin(), name.end());
-    return column;
+    return columnNaming(name);
+}
+
+std::optional<Bytes> ExternalValues::encodeShared(
+    std::span<const std::uint8_t> value, const std::string& twin, Random& random) const {
+    if (!folder_) return std::nullopt;
+    const auto source = *folder_ / twin;
+    try {
+        // A damaged file is not handed on.
+        if (!std::ranges::equal(files::read(source, fileLimit, files::Links::refuse), value)) {
+            return std::nullopt;
+        }
+        // Links share their age, and an old file that no row names yet would be swept as a stray.
+        std::filesystem::last_write_time(source, std::chrono::file_clock::now());
+        const std::string name = Uuid::random(random).text();
+        files::linkOrCopy(source, *folder_ / name);
+        FAIL_POINT("external.written");
+        return columnNaming(name);
+    } catch (const FileError&) {
+        return std::nullopt;  // the bytes are at hand: the caller writes them
+    } catch (const std::filesystem::filesystem_error&) {
+        return std::nullopt;
+    }
 }
 
 std::optional<Bytes> ExternalValues::decode(std::span<const std::uint8_t> column) const {

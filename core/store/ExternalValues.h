@@ -28,6 +28,11 @@ public:
     /// The column for `value`; may write a file, whose name is then `fileName` of the result.
     /// Throws `FileError`.
     Bytes encode(std::span<const std::uint8_t> value, Random& random) const;
+    /// The same without a second copy on the disk: the new file is another link to `twin`, which
+    /// holds the same bytes. Removing one leaves the other. None when `twin` does not hold `value`
+    /// or cannot be linked.
+    std::optional<Bytes> encodeShared(
+        std::span<const std::uint8_t> value, const std::string& twin, Random& random) const;
     /// The value of a column; none when its file is missing or the column is damaged.
     std::optional<Bytes> decode(std::span<const std::uint8_t> column) const;
     /// The name of the file that a column points to; none for a value in its row.

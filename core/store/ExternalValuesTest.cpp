@@ -13,6 +13,7 @@ namespace tesserine {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 /// Large values beside the library: what may happen to their files.
 class ExternalValuesTest : public test::StoreFixture {
@@ -140,6 +141,58 @@ TEST_F(ExternalValuesTest, AValueReplacedElsewhereWhileItIsReadIsReadAsReplaced)
     EXPECT_EQ(attachment.fileData, Bytes(size, 2));
 }
 #endif
+
+TEST_F(ExternalValuesTest, EqualValuesShareOneFileAndNeverLoseIt) {
+    const auto store = open();
+    StoreContext& context = store->viewContext();
+    CDAttachment& original = addAttachment(context, 1);
+    makeOld(*files().begin());
+    auto& second = context.insert<CDAttachment>();
+    second.fileData = original.fileData;
+    auto& third = context.insert<CDAttachment>();
+    third.fileData = original.fileData;
+    context.save();
+    ASSERT_EQ(files().size(), 3U);
+    for (const fs::path& path : files()) {
+        EXPECT_EQ(fs::hard_link_count(path), 3U) << "one place on the disk";
+        EXPECT_LT(fs::file_time_type::clock::now() - fs::last_write_time(path), 1h)
+            << "while no row named it yet, a sweep would have taken it for a stray";
+    }
+
+    context.remove(original);
+    second.fileData = Bytes(size, 2);
+    context.save();
+    context.releaseLargeValues();
+    EXPECT_EQ(second.fileData, Bytes(size, 2));
+    EXPECT_EQ(third.fileData, Bytes(size, 1));
+    EXPECT_EQ(files().size(), 2U);
+}
+
+TEST_F(ExternalValuesTest, ADamagedFileIsNotShared) {
+    const auto store = open();
+    StoreContext& context = store->viewContext();
+    CDAttachment& original = addAttachment(context, 1);
+    const fs::path stored = *files().begin();
+    struct Case {
+        const char* what;
+        std::function<void()> harm;
+    };
+    for (const auto& [what, harm] : {
+             Case{"cut short", [&] { fs::resize_file(stored, size - 1); }},
+             Case{"of the same length", [&] { test::putContent(stored, std::string(size, 'x')); }},
+             Case{"gone", [&] { fs::remove(stored); }},
+         }) {
+        SCOPED_TRACE(what);
+        harm();
+        context.releaseLargeValues();
+        EXPECT_NE(original.fileData, Bytes(size, 1));
+        CDAttachment& again = addAttachment(context, 1);
+        context.releaseLargeValues();
+        EXPECT_EQ(again.fileData, Bytes(size, 1));
+        context.remove(again);
+        context.save();
+    }
+}
 
 TEST_F(ExternalValuesTest, FilesFollowTheirValues) {
     const auto store = open();

@@ -1,9 +1,9 @@
 #include "core/store/SaveOperation.h"
 
-#include "base/Digest.h"
 #include "base/FailPoint.h"
 #include "core/model/NoteEntities.h"
 #include "core/store/History.h"
+#include "core/store/StoreSchema.h"
 
 #include <algorithm>
 #include <cassert>
@@ -67,11 +67,53 @@ void StoreContext::SaveOperation::prepareExternalValues() {
             if (!attributes[i].isExternal || !object->isChanged(i)) continue;
             const auto& value = object->slot<Bytes>(attributes[i]);
             if (!value) continue;
-            Bytes column = state_.core->external().encode(*value, state_.core->random());
-            if (auto name = ExternalValues::fileName(column)) newFiles_.push_back(*name);
-            encoded_.push_back({object, i, std::move(column)});
+            encoded_.push_back(encode(*object, i, *value));
+            const auto name = ExternalValues::fileName(encoded_.back().column);
+            if (name) newFiles_.push_back(*name);
         }
     }
+}
+
+StoreContext::SaveOperation::Encoded StoreContext::SaveOperation::encode(
+    const StoreObject& object, std::size_t attribute, const Bytes& value) {
+    const AttributeDescription& description = object.entity().attributes[attribute];
+    Encoded result{&object, attribute, {}, std::nullopt};
+    if (description.isDigested) result.digest = sha256(value);
+    const ExternalValues& external = state_.core->external();
+    std::optional<Bytes> shared;
+    if (result.digest && value.size() > ExternalValues::inlineLimit) {
+        const auto twin = fileHolding(object.entity(), description, *result.digest);
+        if (twin) shared = external.encodeShared(value, *twin, state_.core->random());
+    }
+    result.column = shared ? std::move(*shared) : external.encode(value, state_.core->random());
+    return result;
+}
+
+/// A file of the same bytes, of this save or of another row.
+std::optional<std::string> StoreContext::SaveOperation::fileHolding(
+    const EntityDescription& entity,
+    const AttributeDescription& attribute,
+    const SHA256Digest& digest) {
+    const auto sameBytes = std::ranges::find(encoded_, digest, &Encoded::digest);
+    if (sameBytes != encoded_.end()) return ExternalValues::fileName(sameBytes->column);
+    // The newest: when an older one was found damaged, the next save wrote the bytes anew.
+    Statement& row = state_.reader().cached(
+        "SELECT " + attribute.column + " FROM Z_DIGEST JOIN " + entity.table
+        + " ON Z_PK = PK WHERE SHA256 = ? AND " + schema::digestsOf(entity, attribute)
+        + " AND length(" + attribute.column + ") = 37 ORDER BY PK DESC LIMIT 1");
+    row.bindBlob(1, digest);
+    std::optional<std::string> name;
+    if (row.step()) name = ExternalValues::fileName(row.blob(0));
+    row.reset();
+    return name;
+}
+
+const StoreContext::SaveOperation::Encoded* StoreContext::SaveOperation::encoded(
+    const StoreObject& object, std::size_t attribute) const {
+    const auto found = std::ranges::find_if(encoded_, [&](const Encoded& one) {
+        return one.object == &object && one.attribute == attribute;
+    });
+    return found == encoded_.end() ? nullptr : &*found;
 }
 
 void StoreContext::SaveOperation::write(SQLiteDatabase& database) {
@@ -386,11 +428,8 @@ void StoreContext::SaveOperation::bindAttribute(
         RowMapper::bind(statement, place, object, attribute);
         return;
     }
-    const auto found = std::ranges::find_if(encoded_, [&](const Encoded& one) {
-        return one.object == &object && one.attribute == attribute;
-    });
-    if (found != encoded_.end()) {
-        statement.bindBlob(place, found->column);
+    if (const Encoded* prepared = encoded(object, attribute)) {
+        statement.bindBlob(place, prepared->column);
         return;
     }
     // Unchanged, but its row is made anew.
@@ -427,7 +466,8 @@ void StoreContext::SaveOperation::writeDigest(
     SQLiteDatabase& database, StoreObject& object, std::size_t attribute) {
     const AttributeDescription& description = object.entity().attributes[attribute];
     if (!description.isDigested) return;
-    const auto digest = digestOf(object.value(attribute));
+    const Encoded* prepared = encoded(object, attribute);
+    const auto digest = prepared != nullptr ? prepared->digest : digestOf(object.value(attribute));
     Statement& row = database.cached(
         digest
             ? "INSERT OR REPLACE INTO Z_DIGEST (ENTITY, PK, ATTRIBUTE, SHA256) VALUES (?, ?, ?, ?)"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Digest.h"
 #include "core/store/ContextState.h"
 
 #include <cstdint>
@@ -24,14 +25,21 @@ public:
     const std::vector<ObjectChange>& changes() const { return changes_; }
 
 private:
-    /// The external file that a column held or holds.
+    /// A large value as its row will hold it.
     struct Encoded {
-        StoreObject* object;
+        const StoreObject* object;
         std::size_t attribute;
         Bytes column;
+        std::optional<SHA256Digest> digest;
     };
 
     void prepareExternalValues();
+    Encoded encode(const StoreObject& object, std::size_t attribute, const Bytes& value);
+    std::optional<std::string> fileHolding(
+        const EntityDescription& entity,
+        const AttributeDescription& attribute,
+        const SHA256Digest& digest);
+    const Encoded* encoded(const StoreObject& object, std::size_t attribute) const;
     void write(SQLiteDatabase& database);
     void settleConflicts(SQLiteDatabase& database);
     void collectConflict(

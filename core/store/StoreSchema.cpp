@@ -146,6 +146,17 @@ void addLinkTables(const EntityDescription& entity, std::vector<Definition>& res
     }
 }
 
+void addDigestIndexes(const EntityDescription& entity, std::vector<Definition>& result) {
+    for (const auto& attribute : entity.attributes) {
+        if (!attribute.isDigested || !attribute.isExternal) continue;
+        const std::string name = "digest_" + entity.name + "_" + attribute.name;
+        result.push_back(
+            {name,
+             "CREATE INDEX " + name + " ON Z_DIGEST(SHA256) WHERE "
+                 + digestsOf(entity, attribute)});
+    }
+}
+
 /// Everything the file holds, in the order in which it is made.
 std::vector<Definition> definitions() {
     std::vector<Definition> result;
@@ -179,6 +190,9 @@ std::vector<Definition> definitions() {
         {"Z_DIGEST",
          "CREATE TABLE Z_DIGEST (ENTITY TEXT NOT NULL, PK INTEGER NOT NULL, ATTRIBUTE TEXT NOT NULL, "
          "SHA256 BLOB NOT NULL, PRIMARY KEY (ENTITY, PK, ATTRIBUTE)) WITHOUT ROWID"});
+    for (const auto& entity : model.entities()) {
+        addDigestIndexes(entity, result);
+    }
     return result;
 }
 
@@ -229,6 +243,10 @@ bool lacksMetadata(SQLiteDatabase& database, const std::string& name) {
 
 std::string fetchIndexName(const EntityDescription& entity, const AttributeDescription& attribute) {
     return "idx_" + entity.name + "_" + attribute.name;
+}
+
+std::string digestsOf(const EntityDescription& entity, const AttributeDescription& attribute) {
+    return "ENTITY = '" + entity.name + "' AND ATTRIBUTE = '" + attribute.name + "'";
 }
 
 void create(SQLiteDatabase& database, Random& random) {

@@ -40,6 +40,10 @@ void migrate(SQLiteDatabase& database, Random& random);
 /// "idx_CDNote_updatedAt": the name of the fetch index of an attribute.
 std::string fetchIndexName(const EntityDescription& entity, const AttributeDescription& attribute);
 
+/// The condition for the rows of `Z_DIGEST` that belong to an attribute. Those of an external one
+/// have an index on their digests, by which equal values share a file.
+std::string digestsOf(const EntityDescription& entity, const AttributeDescription& attribute);
+
 /// Makes the four note indexes that every list relies on, each regardless of the others' outcome,
 /// over a direct connection. Never fails; it only logs.
 void repairIndexes(const std::filesystem::path& file, const Log& log);
