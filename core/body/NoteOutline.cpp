@@ -16,6 +16,10 @@ std::u16string_view withoutEnding(std::u16string_view paragraph) {
     return paragraph.substr(0, paragraph.find_last_not_of(paragraphEnds) + 1);
 }
 
+bool isHeading(const std::optional<BlockStyle>& style) {
+    return style && style->kind == BlockStyle::Kind::heading && style->level > 0;
+}
+
 }  // namespace
 
 std::vector<OutlineEntry> NoteOutline::entries(const AttributedText& edited) {
@@ -28,7 +32,7 @@ std::vector<OutlineEntry> NoteOutline::entries(const AttributedText& edited) {
         for (; styled != edited.paragraphs.end() && styledEnd + styled->length <= start; ++styled)
             styledEnd += styled->length;
         if (styled == edited.paragraphs.end()) break;
-        if (!styled->style || styled->style->kind != BlockStyle::Kind::heading) continue;
+        if (!isHeading(styled->style)) continue;
         const std::string line = text::fromUTF16(withoutEnding(text.substr(start, end - start)));
         const std::string_view trimmed = text::trimmed(line);
         if (trimmed.empty()) continue;

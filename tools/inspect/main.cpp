@@ -9,6 +9,7 @@ int main() {
     using namespace tesserine::inspect;
     Operations operations;
     addBaseOperations(operations);
+    addBodyOperations(operations);
     addServiceOperations(operations);
 
     std::ios::sync_with_stdio(false);
