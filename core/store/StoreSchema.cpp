@@ -112,6 +112,29 @@ void addListIndex(const EntityDescription& entity, std::vector<Definition>& resu
     result.push_back({name, text + ")"});
 }
 
+/// The orders in which tasks are listed. Open tasks have indexes of their own, because after some
+/// years most tasks are done.
+void addTaskListIndexes(const EntityDescription& entity, std::vector<Definition>& result) {
+    struct List {
+        const char* name;
+        const char* columns;
+        const char* condition;
+    };
+    static constexpr std::array lists{
+        List{"open", "ZSORTINDEX, ZCREATEDAT, ZID", " WHERE ZCOMPLETEDAT IS NULL"},
+        List{"due", "ZDUEDATE, ZPRIORITY, ZSORTINDEX, ZID", " WHERE ZCOMPLETEDAT IS NULL"},
+        List{"done", "ZCOMPLETEDAT DESC, ZID", " WHERE ZCOMPLETEDAT IS NOT NULL"},
+        List{"remind", "ZREMINDERAT, ZID", " WHERE ZREMINDERAT IS NOT NULL"},
+        List{"place", "ZSORTINDEX DESC, ZID", ""},  // finds the last place
+    };
+    for (const auto& [name, columns, condition] : lists) {
+        const std::string index = std::string(name) + "_" + entity.name;
+        result.push_back(
+            {index,
+             "CREATE INDEX " + index + " ON " + entity.table + "(" + columns + ")" + condition});
+    }
+}
+
 void addIndexes(const EntityDescription& entity, std::vector<Definition>& result) {
     const auto add = [&](const std::string& name, const std::string& column) {
         result.push_back(
@@ -129,6 +152,7 @@ void addIndexes(const EntityDescription& entity, std::vector<Definition>& result
         add("ref_" + entity.name + "_" + relationship.name, relationship.column);
     }
     addListIndex(entity, result);
+    if (entity.kind == EntityKind::task) addTaskListIndexes(entity, result);
 }
 
 void addLinkTables(const EntityDescription& entity, std::vector<Definition>& result) {
