@@ -12,14 +12,14 @@
 
 namespace tesserine {
 
-/// Takes any tree and writes its stored form: decides element by element what is left out, renamed,
-/// kept or unwrapped.
+/// Takes any tree and writes what a body may hold of it: decides element by element what is left
+/// out, renamed, kept or unwrapped.
 class BodySanitizer final : public HTMLSink {
 public:
     /// `limit` is the largest result, in bytes of HTML; beyond it any call throws
     /// `BodyError::tooLarge`.
-    BodySanitizer(const SanitizerOptions& options, std::size_t limit)
-        : options_(options), attributes_(options_, report_), writer_(limit) {}
+    BodySanitizer(const SanitizerOptions& options, std::size_t limit, BodyWriter::Nesting nesting)
+        : options_(options), attributes_(options_, report_), writer_(limit, nesting) {}
 
     void open(HTMLElement element, std::string_view name, std::span<const HTMLAttribute> attributes)
         override;

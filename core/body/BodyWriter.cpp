@@ -115,6 +115,7 @@ BodyWriter::Result BodyWriter::finish() {
 
 /// Closes what the element cannot stand in, and reopens what it can.
 void BodyWriter::makeRoomFor(HTMLElement element) {
+    if (nesting_ == Nesting::asTold) return;
     if (element == HTMLElement::a) open_.forgetWaitingLinks();
     if (const auto closed = open_.elements().closedByStart(element)) closeFrom(*closed);
     if (html::continuesLine(element)) reopenFormatting();

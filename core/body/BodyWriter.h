@@ -14,16 +14,21 @@ namespace tesserine {
 /// Writes the stored form of a body and its plain text at once, from elements that the stored form
 /// may hold.
 ///
-/// It keeps the rules by which the tree builder reads: what would be read back otherwise (a block
-/// in a paragraph, a link in a link) is closed before it is written, white space is collapsed, and
-/// the rest is escaped. So the result reads back as it was written.
+/// White space is collapsed, and what is not markup escaped. `Nesting::readable` keeps the rules by
+/// which the tree builder reads: what would be read back otherwise (a block in a paragraph, a link
+/// in a link) is closed before it is written. So the result reads back as it was written.
 class BodyWriter {
 public:
+    enum class Nesting : std::uint8_t {
+        readable,
+        asTold,  ///< for the tree of somebody else, who says what stands in what
+    };
+
     /// Names one open element, whatever is closed and reopened in between.
     enum class Handle : std::uint32_t { none };
 
     /// Throws `BodyError::tooLarge` as soon as there are more than `limit` bytes of HTML.
-    explicit BodyWriter(std::size_t limit) : limit_(limit) {}
+    BodyWriter(std::size_t limit, Nesting nesting) : limit_(limit), nesting_(nesting) {}
 
     /// Begins an element that is not void.
     Handle open(HTMLElement element, const KeptAttributes& attributes);
@@ -67,6 +72,7 @@ private:
     void checkLimit() const;
 
     const std::size_t limit_;
+    const Nesting nesting_;
     std::string html_;
     PlainTextWriter plainText_;
     OpenStack<Detail> open_;

@@ -12,7 +12,7 @@ namespace tesserine {
 
 CanonicalBody canonicalBody(std::string_view html, const SanitizerOptions& options) {
     if (!text::isClean(html)) return canonicalBody(text::sanitized(std::string(html)), options);
-    BodySanitizer sanitizer(options, limits::canonicalBodyBytes);
+    BodySanitizer sanitizer(options, limits::canonicalBodyBytes, BodyWriter::Nesting::readable);
     parseHTML(html, sanitizer);
     auto [written, plainText, report] = sanitizer.finish();
     return {std::move(written), std::move(plainText), std::move(report)};

@@ -29,7 +29,8 @@ struct NodeTeller {
 }  // namespace
 
 SanitizationResult sanitize(const HTMLNode& root, const SanitizerOptions& options) {
-    BodySanitizer sanitizer(options, std::numeric_limits<std::size_t>::max());
+    BodySanitizer sanitizer(
+        options, std::numeric_limits<std::size_t>::max(), BodyWriter::Nesting::asTold);
     NodeTeller teller{sanitizer};
     walk(root, teller);
     return sanitizer.finish();

@@ -33,15 +33,18 @@ struct SanitizationReport {
 };
 
 struct SanitizationResult {
-    /// The stored form: see `docs/formats/note-body.md`.
+    /// Elements, attributes and text as `docs/formats/note-body.md` says.
     std::string html;
     /// The text of what `html` holds.
     std::string plainText;
     SanitizationReport report;
 };
 
-/// Makes the stored form of the tree below `root`. Never fails; time linear in the tree, no
-/// recursion. Sanitising the result again gives it back byte for byte.
+/// Writes what a body may hold of the tree below `root`, every element where the tree has it. Never
+/// fails; time linear in the tree, no recursion.
+///
+/// A tree may nest what HTML cannot (a paragraph in a paragraph), and so read back as another one:
+/// the library stores what `canonicalBody` makes of a text, which is stable.
 SanitizationResult sanitize(const HTMLNode& root, const SanitizerOptions& options = {});
 
 }  // namespace tesserine
