@@ -1,5 +1,7 @@
 #include "tests/support/FaultyVFS.h"
 
+#include "tests/support/UnsyncedWrites.h"
+
 #include <sqlite3.h>
 #include <unistd.h>
 
@@ -31,13 +33,14 @@ struct FaultyVFS::State {
     sqlite3_vfs* real = nullptr;
     sqlite3_vfs vfs{};
 
+    UnsyncedWrites unsynced;
     std::mutex mutex;
     // Behind mutex.
     std::vector<ArmedRule> rules;
     std::array<std::array<int, fileCount>, operationCount> counts{};
 
-    /// Counts one operation and tells which fault strikes it.
-    std::optional<Fault> faultOf(Operation operation, File file);
+    /// Counts one operation and tells which rule strikes it.
+    std::optional<Rule> ruleFor(Operation operation, File file);
 };
 
 namespace {
@@ -52,6 +55,7 @@ struct FaultyFile {
     sqlite3_file base;
     FaultyVFS::State* state;
     File kind;
+    const char* path;  // SQLite's, good until the file is closed; none for a nameless one
 
     sqlite3_file* real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
 };
@@ -59,15 +63,19 @@ static_assert(sizeof(FaultyFile) % alignof(void*) == 0, "the real file needs its
 
 FaultyFile& ours(sqlite3_file* file) { return *reinterpret_cast<FaultyFile*>(file); }
 
-[[noreturn]] void killProcess() { ::_exit(FaultyVFS::killedStatus); }
+/// Ends the process, with the power when the fault says so.
+[[noreturn]] void endProcess(FaultyVFS::State& state, const FaultyVFS::Rule& rule) {
+    if (rule.fault == Fault::powerCut) state.unsynced.cutPower(rule.seed);
+    ::_exit(FaultyVFS::killedStatus);
+}
 
 /// The code SQLite gets instead of the operation, or none if it is to go on.
 std::optional<int> struck(FaultyFile& file, Operation operation, int ioErrorCode) {
-    const auto fault = file.state->faultOf(operation, file.kind);
-    if (!fault) return std::nullopt;
-    if (*fault == Fault::full) return SQLITE_FULL;
-    if (*fault == Fault::ioError) return ioErrorCode;
-    killProcess();
+    const auto rule = file.state->ruleFor(operation, file.kind);
+    if (!rule) return std::nullopt;
+    if (rule->fault == Fault::full) return SQLITE_FULL;
+    if (rule->fault == Fault::ioError) return ioErrorCode;
+    endProcess(*file.state, *rule);
 }
 
 int closeFile(sqlite3_file* file) {
@@ -81,28 +89,39 @@ int readFile(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
 }
 
 int writeFile(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
-    sqlite3_file* const real = ours(file).real();
-    const auto fault = ours(file).state->faultOf(Operation::write, ours(file).kind);
-    if (!fault) return real->pMethods->xWrite(real, bytes, count, offset);
-    switch (*fault) {
-    case Fault::full: return SQLITE_FULL;
-    case Fault::ioError: return SQLITE_IOERR_WRITE;
-    case Fault::tornKill: real->pMethods->xWrite(real, bytes, count / 2, offset); break;
-    case Fault::kill: break;
+    FaultyFile& self = ours(file);
+    sqlite3_file* const real = self.real();
+    const auto rule = self.state->ruleFor(Operation::write, self.kind);
+    if (rule) {
+        if (rule->fault == Fault::full) return SQLITE_FULL;
+        if (rule->fault == Fault::ioError) return SQLITE_IOERR_WRITE;
+        if (rule->fault == Fault::tornKill) real->pMethods->xWrite(real, bytes, count / 2, offset);
+        endProcess(*self.state, *rule);
     }
-    killProcess();
+    if (self.path != nullptr) {
+        self.state->unsynced.willWrite(
+            self.path,
+            static_cast<std::uint64_t>(offset),
+            {static_cast<const std::uint8_t*>(bytes), static_cast<std::size_t>(count)});
+    }
+    return real->pMethods->xWrite(real, bytes, count, offset);
 }
 
 int truncateFile(sqlite3_file* file, sqlite3_int64 size) {
-    const auto code = struck(ours(file), Operation::truncate, SQLITE_IOERR_TRUNCATE);
-    sqlite3_file* const real = ours(file).real();
-    return code ? *code : real->pMethods->xTruncate(real, size);
+    FaultyFile& self = ours(file);
+    if (const auto code = struck(self, Operation::truncate, SQLITE_IOERR_TRUNCATE)) return *code;
+    if (self.path != nullptr) {
+        self.state->unsynced.willTruncate(self.path, static_cast<std::uint64_t>(size));
+    }
+    return self.real()->pMethods->xTruncate(self.real(), size);
 }
 
 int syncFile(sqlite3_file* file, int flags) {
-    const auto code = struck(ours(file), Operation::sync, SQLITE_IOERR_FSYNC);
-    sqlite3_file* const real = ours(file).real();
-    return code ? *code : real->pMethods->xSync(real, flags);
+    FaultyFile& self = ours(file);
+    if (const auto code = struck(self, Operation::sync, SQLITE_IOERR_FSYNC)) return *code;
+    const int code = self.real()->pMethods->xSync(self.real(), flags);
+    if (code == SQLITE_OK && self.path != nullptr) self.state->unsynced.forget(self.path);
+    return code;
 }
 
 int fileSize(sqlite3_file* file, sqlite3_int64* size) {
@@ -201,7 +220,8 @@ File kindOf(std::string_view path) {
 
 int openFile(sqlite3_vfs* vfs, const char* path, sqlite3_file* file, int flags, int* outFlags) {
     FaultyVFS::State& state = stateOf(vfs);
-    auto* const made = new (file) FaultyFile{.base = {}, .state = &state, .kind = kindOf(flags)};
+    auto* const made =
+        new (file) FaultyFile{.base = {}, .state = &state, .kind = kindOf(flags), .path = path};
     // SQLite asks for a file to be closed exactly if it has methods.
     if (const auto code = struck(*made, Operation::open, SQLITE_CANTOPEN)) return *code;
     made->real()->pMethods = nullptr;
@@ -212,9 +232,11 @@ int openFile(sqlite3_vfs* vfs, const char* path, sqlite3_file* file, int flags, 
 
 int removeFile(sqlite3_vfs* vfs, const char* path, int mustSync) {
     FaultyVFS::State& state = stateOf(vfs);
-    FaultyFile file{.base = {}, .state = &state, .kind = kindOf(std::string_view(path))};
-    const auto code = struck(file, Operation::remove, SQLITE_IOERR_DELETE);
-    return code ? *code : state.real->xDelete(state.real, path, mustSync);
+    FaultyFile file{
+        .base = {}, .state = &state, .kind = kindOf(std::string_view(path)), .path = path};
+    if (const auto code = struck(file, Operation::remove, SQLITE_IOERR_DELETE)) return *code;
+    state.unsynced.forget(path);
+    return state.real->xDelete(state.real, path, mustSync);
 }
 
 int accessFile(sqlite3_vfs* vfs, const char* path, int flags, int* result) {
@@ -229,18 +251,18 @@ int fullPath(sqlite3_vfs* vfs, const char* path, int size, char* result) {
 
 }  // namespace
 
-std::optional<Fault> FaultyVFS::State::faultOf(Operation operation, File file) {
+std::optional<FaultyVFS::Rule> FaultyVFS::State::ruleFor(Operation operation, File file) {
     const std::lock_guard lock(mutex);
     ++counts[static_cast<std::size_t>(operation)][static_cast<std::size_t>(file)];
-    std::optional<Fault> fault;
+    std::optional<Rule> striking;
     for (ArmedRule& armed : rules) {
         if (!covers(armed.rule, operation, file)) continue;
         ++armed.seen;
         const bool strikes =
             armed.rule.isLasting ? armed.seen >= armed.rule.nth : armed.seen == armed.rule.nth;
-        if (strikes && !fault) fault = armed.rule.fault;
+        if (strikes && !striking) striking = armed.rule;
     }
-    return fault;
+    return striking;
 }
 
 FaultyVFS::FaultyVFS(std::string name) : state_(std::make_unique<State>()) {
@@ -270,6 +292,10 @@ const std::string& FaultyVFS::name() const noexcept { return state_->name; }
 void FaultyVFS::fail(const Rule& rule) {
     const std::lock_guard lock(state_->mutex);
     state_->rules.push_back({.rule = rule});
+}
+
+void FaultyVFS::cutPower(std::uint64_t seed) {
+    endProcess(*state_, {.fault = Fault::powerCut, .seed = seed});
 }
 
 void FaultyVFS::clear() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -22,8 +23,9 @@ public:
         ioError,   ///< the disk reports an error: SQLITE_IOERR_…
         kill,      ///< the process ends with status 137 before the operation
         tornKill,  ///< half of the bytes are written, then the process ends; otherwise as `kill`
+        powerCut,  ///< as `kill`, and what was not synced is lost, whole or in part
     };
-    /// What `_exit` is given by the two faults that end the process.
+    /// What `_exit` is given by the faults that end the process.
     static constexpr int killedStatus = 137;
 
     struct Rule {
@@ -32,6 +34,7 @@ public:
         int nth = 1;  ///< counted from 1, from when the rule was given
         Fault fault = Fault::ioError;
         bool isLasting = false;  ///< the later ones fail as well, until `clear`
+        std::uint64_t seed = 0;  ///< of a power cut: which unsynced writes reach the disk
     };
 
     /// Registers itself with SQLite under `name`, which must be unused.
@@ -44,6 +47,8 @@ public:
 
     /// Adds a rule.
     void fail(const Rule& rule);
+    /// Ends the process as the fault `powerCut` does.
+    [[noreturn]] void cutPower(std::uint64_t seed);
     /// Forgets every rule: the disk works again.
     void clear();
     /// How many operations were asked for since construction or `resetCounts`, failed ones
