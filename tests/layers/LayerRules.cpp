@@ -24,7 +24,7 @@ constexpr std::array rooms = {
     Room{"core/import", {"core/services", "core/tasks"}},
     Room{"core/export", {"core/services", "core/tasks"}},
     Room{"sync", {"core/services", "core/tasks"}},
-    Room{"search", {"core/store", "core/body"}},
+    Room{"search", {"core/services"}},
     Room{"ai", {"search", "sync"}},
     Room{"updates", {"base"}},
     Room{"scans", {"core/model"}},
