@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+/// Kinds of characters as the index's tokenizer sees them.
+namespace tesserine {
+
+bool isWhiteSpace(char32_t scalar);
+/// Whether the index can hold anything of `text`: a letter, a digit or another number.
+bool hasWordCharacter(std::string_view text);
+bool hasDigit(std::string_view text);
+/// How many letters `text` has.
+std::size_t letterCount(std::string_view text);
+/// Whether `text` holds a letter of a script that sets no spaces between its words: Han, Hiragana,
+/// Katakana, Thai, Lao, Khmer or Myanmar.
+bool hasUnspacedScript(std::string_view text);
+
+/// `text` up to `byteLimit` bytes, ended where a word ends if possible.
+std::string_view cutAtWord(std::string_view text, std::size_t byteLimit);
+
+}  // namespace tesserine

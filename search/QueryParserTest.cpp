@@ -1,0 +1,211 @@
+#include "search/QueryParser.h"
+
+#include "base/Text.h"
+#include "tests/support/SeededRandom.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace tesserine {
+namespace {
+
+std::string_view nameOf(QueryField field) {
+    if (field == QueryField::scope) return "scope";
+    const auto fields = queryFields();
+    return std::ranges::find(fields, field, &QueryFieldInfo::field)->name;
+}
+
+std::string shown(const QueryText& text) {
+    switch (text.form) {
+    case QueryText::Form::word: return text.text;
+    case QueryText::Form::prefix: return text.text + "*";
+    case QueryText::Form::part: return "*" + text.text + "*";
+    case QueryText::Form::phrase: return "'" + text.text + "'";
+    }
+    return {};
+}
+
+std::string shown(const QueryFilter& filter) {
+    static constexpr const char* signs[] = {"", "=", ">=", "<=", ">", "<"};
+    std::string line = "[" + std::string(nameOf(filter.field)) + ":"
+                       + signs[static_cast<std::size_t>(filter.comparison)];
+    for (const QueryValue& value : filter.values) {
+        if (&value != filter.values.data()) line += ",";
+        line += value.isQuoted ? "'" + value.text + "'" : value.text;
+        if (value.upTo) line += ".." + *value.upTo;
+    }
+    return line + "]";
+}
+
+/// The tree as one line: words as they are, filters in brackets, `(and a b)`, `(or a b)`, `-a`.
+std::string shown(const QueryNode& node) {
+    if (node.kind == QueryNode::Kind::text) return shown(node.text);
+    if (node.kind == QueryNode::Kind::filter) return shown(node.filter);
+    if (node.kind == QueryNode::Kind::negation) return "-" + shown(node.children.front());
+    std::string line = node.kind == QueryNode::Kind::any ? "(or" : "(and";
+    for (const QueryNode& child : node.children) {
+        line += " " + shown(child);
+    }
+    return line + ")";
+}
+
+std::string read(
+    std::string_view text, QueryScanner::LastWord lastWord = QueryScanner::LastWord::asTyped) {
+    std::string line;
+    for (const QueryNode& child : parseQuery(text, lastWord).root.children) {
+        line += (line.empty() ? "" : " ") + shown(child);
+    }
+    return line;
+}
+
+std::size_t depth(const QueryNode& node) {
+    std::size_t below = 0;
+    for (const QueryNode& child : node.children) {
+        below = std::max(below, depth(child));
+    }
+    return below + 1;
+}
+
+struct Case {
+    const char* query;
+    const char* tree;
+};
+
+TEST(QueryParser, JoinsByAndBeforeOr) {
+    for (const auto& [query, tree] : {
+             Case{"red wine", "red wine"},
+             Case{"red AND wine & cheese", "red wine cheese"},
+             Case{"red OR white wine", "(or red (and white wine))"},
+             Case{"(red OR white) wine", "(or red white) wine"},
+             Case{"red|white", "(or red white)"},
+             Case{"a OR (b OR c)", "(or a b c)"},
+             Case{"a (b (c d))", "a b c d"},
+             Case{"salt or pepper", "salt or pepper"},  // only capitals are operators
+             Case{"AT&T", "AT&T"},
+             Case{"-draft !old NOT new", "-draft -old -new"},
+             Case{"--a ---b", "a -b"},
+             Case{"-(a b) -(c OR d)", "-(and a b) -(or c d)"},
+             Case{"e-mail well-known!", "e-mail well-known!"},
+         }) {
+        EXPECT_EQ(read(query), tree) << query;
+    }
+}
+
+TEST(QueryParser, ReadsWordsPhrasesAndTags) {
+    for (const auto& [query, tree] : {
+             Case{"inv*", "inv*"},
+             Case{"*voic*", "*voic*"},
+             Case{"*ice", "*ice*"},
+             Case{"\"annual report\"", "'annual report'"},
+             Case{R"("say \"no\" now")", "'say \"no\" now'"},
+             Case{"\"left open", "'left open'"},
+             Case{"a\"b c\"d", "a 'b c' d"},
+             Case{"#work #\"to do\" C#", "[tag:'work'] [tag:'to do'] C#"},
+             Case{"#work, #home", "[tag:'work'] [tag:'home']"},
+         }) {
+        EXPECT_EQ(read(query), tree) << query;
+    }
+}
+
+TEST(QueryParser, ReadsFields) {
+    for (const auto& [query, tree] : {
+             Case{"tag:work", "[tag:work]"},
+             Case{"TAG:work label:home", "[tag:work] [tag:home]"},
+             Case{"tag: work", "[tag:work]"},
+             Case{"tag:=work -tag:a,b", "[tag:=work] -[tag:a,b]"},
+             Case{
+                 "in:\"Work / Plans\" in:trash in:\"trash\"",
+                 "[notebook:'Work / Plans'] [scope:trash] [notebook:'trash']"},
+             Case{
+                 "created:2025-01..2025-03 since:>=7d due:..today",
+                 "[created:2025-01..2025-03] [edited:>=7d] [due:..today]"},
+             Case{"amount:1,234.50 near:52.5,13.4,10km", "[amount:1,234.50] [near:52.5,13.4,10km]"},
+             Case{"(is:open)", "[is:open]"},
+             Case{"https://example.org/a?b=c at 10:30", "https://example.org/a?b=c at 10:30"},
+             Case{"file:///home file:a.pdf", "file:///home [file:a.pdf]"},
+             // While someone types, what is not there yet filters nothing.
+             Case{"tag:", ""},
+             Case{"tag: is:open", "[is:open]"},
+             Case{"tag: OR b", "b"},
+             Case{"tag:\"\" tag:,a", "[tag:a]"},
+         }) {
+        EXPECT_EQ(read(query), tree) << query;
+    }
+}
+
+TEST(QueryParser, LeavesOutWhatMakesNoSense) {
+    for (const char* nothing :
+         {"",  " \t\n", "\"",  "\"\"", "(((",   ")))", "()", "-", "--",   "*",       "**",
+          "#", "OR",    "NOT", "|",    "& AND", "!?",  "—",  "🎉", "tag:", "- \"?\"", "NOT (OR)"}) {
+        EXPECT_EQ(read(nothing), "") << nothing;
+    }
+    for (const auto& [query, tree] : {
+             Case{"NEAR(a b)", "NEAR a b"},
+             Case{"a OR", "a"},
+             Case{"OR a", "a"},
+             Case{"a (b", "a b"},
+             Case{"a) b", "a b"},
+             Case{"-? a", "a"},  // the minus goes with what it stood before
+             Case{"-() a", "a"},
+             Case{"^title {x} a:b", "^title {x} a:b"},
+         }) {
+        EXPECT_EQ(read(query), tree) << query;
+    }
+}
+
+TEST(QueryParser, SaysWhatItLeftOutOrMisread) {
+    EXPECT_THAT(
+        parseQuery("author:smith 10:30 C:\\x http://a.b").hints,
+        testing::ElementsAre("“author:” is no field, so it was looked for as text."));
+    std::string many;
+    for (int i = 0; i < 40; ++i) {
+        many += "w" + std::to_string(i) + " ";
+    }
+    const Query query = parseQuery(many);
+    EXPECT_EQ(query.root.children.size(), maximumQueryTerms);
+    EXPECT_THAT(query.hints, testing::ElementsAre("Only the first 32 terms were used."));
+    EXPECT_TRUE(parseQuery(many.substr(0, many.find("w32"))).hints.empty());
+}
+
+TEST(QueryParser, TheWordBeingTypedIsABeginning) {
+    const auto typing = QueryScanner::LastWord::mayGoOn;
+    for (const auto& [query, tree] : {
+             Case{"red win", "red win*"},
+             Case{"red win ", "red win"},
+             Case{"\"red win", "'red win'"},
+             Case{"red -win", "red -win*"},
+             Case{"tag:wi", "[tag:wi]"},
+             Case{"title:wi", "[title:wi*]"},
+             Case{"red (win)", "red win"},
+         }) {
+        EXPECT_EQ(read(query, typing), tree) << query;
+    }
+}
+
+TEST(QueryParser, AnswersEveryTextSoon) {
+    test::SeededRandom random(7);
+    constexpr std::string_view pieces[] = {
+        "\"",   "(",        ")", "-", "!",    "*",  "#", ":", ",", "..",    " ", "OR ", "NOT ",
+        "tag:", "in:trash", "a", "é", "日本", "\\", "%", "|", "&", "near:", ">", "1,2", "\u3000"};
+    for (int i = 0; i < 2'000; ++i) {
+        std::string text;
+        for (std::uint64_t j = random.below(40); j > 0; --j) {
+            text += pieces[random.below(std::size(pieces))];
+        }
+        SCOPED_TRACE(text);
+        EXPECT_LE(depth(parseQuery(text).root), 3 * maximumQueryTerms);
+    }
+    for (const char* piece :
+         {"(", "-", "\"", "a", "a ", "tag:", "-(", "\\\"", ",", "tag:,", "* "}) {
+        std::string text;
+        while (text.size() < 1'000'000) {
+            text += piece;
+        }
+        EXPECT_LE(depth(parseQuery(text).root), 3 * maximumQueryTerms) << piece;
+    }
+}
+
+}  // namespace
+}  // namespace tesserine

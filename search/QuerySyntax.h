@@ -1,0 +1,64 @@
+#pragma once
+
+#include "search/QueryFields.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What a query says, as values: the tree that `QueryParser.h` reads and `QueryCompiler.h` turns
+/// into a search.
+namespace tesserine {
+
+/// A word or a phrase, as it was typed.
+struct QueryText {
+    enum class Form {
+        word,
+        prefix,  ///< begins a word: `inv*`, or the last word while someone types
+        part,    ///< stands somewhere in a word: `*voic*`
+        phrase,  ///< words that follow each other
+    };
+    std::string text;  ///< without quotes and asterisks; holds a letter or a digit
+    Form form = Form::word;
+};
+
+/// What stands after a field's colon.
+struct QueryValue {
+    std::string text;
+    std::optional<std::string> upTo;  ///< of `a..b`; empty: without end
+    bool isQuoted = false;
+};
+
+/// A field with its values, any of which will do.
+struct QueryFilter {
+    enum class Comparison { none, equal, atLeast, atMost, above, below };
+    QueryField field = QueryField::tag;
+    Comparison comparison = Comparison::none;
+    std::vector<QueryValue> values;  ///< none: filters nothing, yet
+};
+
+/// A part of a query.
+struct QueryNode {
+    enum class Kind { all, any, negation, text, filter };
+    Kind kind = Kind::all;
+    std::vector<QueryNode> children{};  ///< of `all` and `any`; the one of `negation`
+    QueryText text{};
+    QueryFilter filter{};
+    std::string typed{};  ///< of `text` and `filter`: as they stand in the query
+};
+
+/// Words, phrases and filters of a query; what follows them is ignored.
+inline constexpr std::size_t maximumQueryTerms = 32;
+
+/// A whole query.
+struct Query {
+    /// Always of kind `all`; no children when nothing restricts the search. A child of `all` is not
+    /// `all` itself, nor of `any` `any`, nor of `negation` `negation`, so that the tree is not
+    /// deeper than a few times its terms.
+    QueryNode root{};
+    /// Sentences that tell what was not understood, or left out.
+    std::vector<std::string> hints{};
+};
+
+}  // namespace tesserine

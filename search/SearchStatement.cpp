@@ -1,0 +1,153 @@
+#include "search/SearchStatement.h"
+
+#include "search/SearchFilters.h"
+
+#include <array>
+#include <iterator>
+
+namespace tesserine {
+
+namespace {
+
+/// How old a change may be, in seconds, to rank higher.
+constexpr std::array<double, 3> recentAges{30 * 86'400.0, 365 * 86'400.0, 1'095 * 86'400.0};
+
+/// An SQL text literal; `text` holds no quotation mark.
+std::string literal(std::string_view text) { return "'" + std::string(text) + "'"; }
+
+std::string markers() { return literal(marker::open) + ", " + literal(marker::close); }
+
+std::string highlighted(std::string_view table, int column) {
+    return "highlight(" + std::string(table) + ", " + std::to_string(column) + ", " + markers()
+           + ")";
+}
+
+std::string snippet(std::string_view table, int column, int tokenCount) {
+    return "snippet(" + std::string(table) + ", " + std::to_string(column) + ", " + markers()
+           + ", '…', " + std::to_string(tokenCount) + ")";
+}
+
+void append(BoundSQL& statement, const BoundSQL& piece) {
+    statement.sql += piece.sql;
+    statement.bindings.insert(
+        statement.bindings.end(), piece.bindings.begin(), piece.bindings.end());
+}
+
+/// Lower ranks higher: what helps is taken away, what sinks a row is added.
+BoundSQL score(const Search& search, Instant now) {
+    BoundSQL score{"bm25(fts, 12.0, 3.0, 6.0, 4.0, 2.0, 0.0)"
+                   " + (CASE WHEN docs.trashed = 1 THEN 6.0 ELSE 0.0 END)"
+                   " - (CASE WHEN docs.favorite = 1 THEN 0.4 ELSE 0.0 END)"
+                   " - (CASE WHEN docs.updated > ? THEN 0.5 WHEN docs.updated > ? THEN 0.3"
+                   " WHEN docs.updated > ? THEN 0.1 ELSE 0.0 END)"};
+    for (const double age : recentAges) {
+        score.bindings.emplace_back(now.seconds() - age);
+    }
+    if (search.strict) {
+        score.sql += " - (CASE WHEN docs.rowid IN (SELECT rowid FROM fts WHERE fts MATCH ?)"
+                     " THEN 1.5 ELSE 0.0 END)";
+        score.bindings.emplace_back(*search.strict);
+    }
+    return score;
+}
+
+BoundSQL conditions(const Search& search) {
+    std::vector<BoundSQL> all;
+    if (search.match) all.push_back({"fts MATCH ?", {*search.match}});
+    for (const std::string& expression : search.negated) {
+        all.push_back(filter::notMatching(expression));
+    }
+    all.insert(all.end(), search.filters.begin(), search.filters.end());
+
+    BoundSQL where;
+    for (const BoundSQL& condition : all) {
+        where.sql += where.sql.empty() ? "\nWHERE " : " AND ";
+        append(where, condition);
+    }
+    return where;
+}
+
+/// `relevance` is what a search for words, or a browse, sorts by.
+BoundSQL order(SearchSort sort, const BoundSQL& relevance) {
+    if (sort == SearchSort::newest) return {"\nORDER BY docs.updated DESC"};
+    if (sort == SearchSort::oldest) return {"\nORDER BY docs.updated ASC"};
+    BoundSQL order{"\nORDER BY "};
+    append(order, relevance);
+    return order;
+}
+
+void appendLimit(BoundSQL& statement, std::int64_t limit) {
+    append(statement, {"\nLIMIT ?", {limit}});
+}
+
+BoundSQL matchStatement(const Search& search, Instant now) {
+    const BoundSQL score = tesserine::score(search, now);
+    BoundSQL statement{
+        "SELECT docs.uid, docs.kind, docs.title, docs.notebook, docs.tags, docs.created,\n"
+        "       docs.updated, docs.has_attach,\n"
+        "       "
+        + snippet("fts", 1, 14) + ",\n       "};
+    append(statement, score);
+    statement.sql += ",\n       " + highlighted("fts", 0) + ", docs.latitude, docs.longitude,\n"
+                     + "       " + highlighted("fts", 2) + ",\n       " + highlighted("fts", 3)
+                     + ",\n       " + highlighted("fts", 4)
+                     + ",\n       docs.trashed, docs.favorite\n"
+                       "FROM fts JOIN docs ON docs.rowid = fts.rowid";
+    append(statement, conditions(search));
+    BoundSQL relevance = score;
+    relevance.sql += ", docs.updated DESC, docs.uid ASC";
+    append(statement, order(search.sort, relevance));
+    appendLimit(statement, search.limit);
+    return statement;
+}
+
+BoundSQL browseStatement(const Search& search) {
+    BoundSQL statement{
+        "SELECT docs.uid, docs.kind, docs.title, docs.notebook, docs.tags, docs.created,\n"
+        "       docs.updated, docs.has_attach, '', 0.0, docs.title, docs.latitude, docs.longitude,\n"
+        "       '', '', '', docs.trashed, docs.favorite\n"
+        "FROM docs"};
+    append(statement, conditions(search));
+    append(
+        statement,
+        order(
+            search.sort,
+            {"(CASE WHEN docs.favorited > 0 THEN docs.favorited ELSE docs.updated END) DESC, "
+             "docs.uid ASC"}));
+    appendLimit(statement, search.limit);
+    return statement;
+}
+
+}  // namespace
+
+BoundSQL searchStatement(const Search& search, Instant now) {
+    return search.match ? matchStatement(search, now) : browseStatement(search);
+}
+
+BoundSQL countStatement(const Search& search) {
+    BoundSQL statement{"SELECT COUNT(*) FROM (SELECT 1 FROM "};
+    statement.sql += search.match ? "fts JOIN docs ON docs.rowid = fts.rowid" : "docs";
+    append(statement, conditions(search));
+    appendLimit(statement, search.limit);
+    statement.sql += ")";
+    return statement;
+}
+
+BoundSQL attachmentStatement(const std::string& expression, const std::vector<std::string>& uids) {
+    BoundSQL statement{
+        "SELECT atts.note_uid, atts.uid, atts.filename, atts.mime,\n"
+        "       "
+            + snippet("afts", 1, 18) + ",\n       " + highlighted("afts", 0)
+            + ",\n       bm25(afts, 4.0, 1.0, 0.0)\n"
+              "FROM afts JOIN atts ON atts.rowid = afts.rowid\n"
+              "WHERE afts MATCH ? AND atts.note_uid IN (",
+        {expression}};
+    for (std::size_t i = 0; i < uids.size(); ++i) {
+        statement.sql += i == 0 ? "?" : ",?";
+        statement.bindings.emplace_back(uids[i]);
+    }
+    statement.sql += ")\nORDER BY bm25(afts, 4.0, 1.0, 0.0)";
+    return statement;
+}
+
+}  // namespace tesserine
