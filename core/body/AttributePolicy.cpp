@@ -101,9 +101,9 @@ bool keepAttachmentKind(std::string_view value, std::string& kept) {
     return std::ranges::find(kinds, value) != kinds.end();
 }
 
+/// Whatever it is: a later version of the program may be able to read it.
 bool keepCipher(std::string_view value, std::string& kept) {
-    kept = value;
-    return !value.empty() && isBase64(value);
+    return keepText(value, kept) && !kept.empty();
 }
 
 bool keepLink(std::string_view value, std::string& kept) {

@@ -2,13 +2,13 @@
 
 #include "base/Text.h"
 #include "core/body/SanitizerTables.h"
+#include "core/body/SelectiveEncryption.h"
 
 #include <utility>
 
 namespace tesserine {
 namespace {
 
-constexpr std::string_view encryptedPlaceholder = "🔒 Encrypted text";
 constexpr std::string_view imagePlaceholder = "Image";
 
 void count(SanitizationReport::Counts& counts, std::string_view name) {
@@ -100,7 +100,7 @@ void BodySanitizer::writePlaceholder(std::string_view alternative) {
 /// Writes a locked passage whole; whatever else the element held is left out.
 void BodySanitizer::writeEncrypted(HTMLElement element, const KeptAttributes& attributes) {
     const auto passage = writer_.open(element, attributes);
-    writer_.text(encryptedPlaceholder);
+    writer_.text(SelectiveEncryption::placeholder);
     writer_.close(passage);
     leftOut_ = 1;
 }

@@ -138,7 +138,7 @@ TEST(Sanitizer, KeepsAddressesThatOpenPagesMailAndNotes) {
              Case{"vbscript:x", ""},
              Case{"data:text/html,x", ""},
              Case{"file:///etc/passwd", ""},
-             Case{"\\\\host\\share", ""},
+             Case{R"(\\host\share)", ""},
              Case{"smb://host", ""},
              Case{"ms-msdt:x", ""},
              Case{"//e.org", ""},
@@ -158,7 +158,7 @@ TEST(Sanitizer, KeepsTheImagesThatTheOptionsAllow) {
         "<img src='data:image/svg+xml;base64,QUJD' alt=B><img src='data:image/png,ABC'>"
         "<img src='tesserine-attachment://x' alt=' '>";
     constexpr std::string_view attachment =
-        "<img src=\"tesserine-attachment://0A1B2C3D-0000-4000-8000-00000000000F\" width=\"10\">";
+        R"(<img src="tesserine-attachment://0A1B2C3D-0000-4000-8000-00000000000F" width="10">)";
     const auto placeholder = [](const std::string& text) {
         return "<span class=\"ts-unsupported\">" + text + "</span>";
     };
@@ -193,13 +193,13 @@ TEST(Sanitizer, KeepsTheAttributesThatBelongToAnElement) {
              Case{"<p data-checked=true start=2 colspan=2 href=https://e.org>", "<p></p>"},
              Case{
                  "<ol type=a start=-3><ol type=x start=1.5>",
-                 "<ol start=\"-3\" type=\"a\"><ol></ol></ol>"},
+                 R"(<ol start="-3" type="a"><ol></ol></ol>)"},
              Case{
                  "<td colspan=1000 rowspan=1><td colspan=1001 rowspan=0>",
-                 "<td colspan=\"1000\" rowspan=\"1\"></td><td></td>"},
+                 R"(<td colspan="1000" rowspan="1"></td><td></td>)"},
              Case{
                  "<p dir=RTL lang=' en-GB '><p dir=x lang='e n'>",
-                 "<p dir=\"rtl\" lang=\"en-GB\"></p><p></p>"},
+                 R"(<p dir="rtl" lang="en-GB"></p><p></p>)"},
              // Colours in one form, the last one that can be read.
              Case{
                  "<mark style='color:RED;color:x;background-color: rgb(0 50% 255 / 1)'>x</mark>",
@@ -235,7 +235,11 @@ TEST(Sanitizer, LocksAPassageOrTakesItForText) {
                  "<div style='text-align:left' data-ts-cipher=AXr/+w== class='x ts-encrypted'>"
                  "<p>forged</p></div>a",
                  "<div class=\"ts-encrypted\" data-ts-cipher=\"AXr/+w==\">🔒 Encrypted text</div>a"},
-             Case{"<div class=ts-encrypted data-ts-cipher='\"><b>x</b>'>a</div>", "<div>a</div>"},
+             // What is no blob of today may be one of tomorrow.
+             Case{
+                 "<div class=ts-encrypted data-ts-cipher='\"><b>x</b>'>a</div>",
+                 "<div class=\"ts-encrypted\" data-ts-cipher=\"&quot;>&lt;b>x&lt;/b>\">"
+                 "🔒 Encrypted text</div>"},
              Case{"<div class=ts-encrypted>a</div>", "<div>a</div>"},
              Case{"<div data-ts-cipher=QUJD>a</div>", "<div>a</div>"},
              Case{

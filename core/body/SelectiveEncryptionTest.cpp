@@ -21,10 +21,8 @@ const std::string emptyBlob = "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm+yLZppYVPHY
 const std::string millBlob =
     "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm9sE/2ULEpT4nldUFCYm2aJvuMV+lZTqbAJpkNrAroPZAv6HhSHys7Mg"
     "HpNyQ2SOGh852fwcA==";
-const std::string composedBlob =
-    "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm+G0OC6VNxGNS0ysls69c8JGw==";
-const std::string notUTF8Blob =
-    "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm8HDO3KZqde3JH/X7EKeM4uI/Y=";
+const std::string composedBlob = "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm+G0OC6VNxGNS0ysls69c8JGw==";
+const std::string notUTF8Blob = "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm8HDO3KZqde3JH/X7EKeM4uI/Y=";
 const std::string nulBlob = "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm+Z8gd3nhq5X+WYExXKbqJyhF8U";
 
 /// The failure of opening `blob`, none when it opens.

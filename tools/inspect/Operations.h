@@ -52,6 +52,7 @@ const boost::json::array& array(const boost::json::object& input, std::string_vi
 /// One function for each room; a room's operations stand in a file of its own.
 void addBaseOperations(Operations& operations);
 void addBodyOperations(Operations& operations);
+void addCryptoOperations(Operations& operations);
 void addServiceOperations(Operations& operations);
 
 }  // namespace tesserine::inspect

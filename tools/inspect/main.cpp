@@ -10,6 +10,7 @@ int main() {
     Operations operations;
     addBaseOperations(operations);
     addBodyOperations(operations);
+    addCryptoOperations(operations);
     addServiceOperations(operations);
 
     std::ios::sync_with_stdio(false);
