@@ -1,0 +1,265 @@
+#include "core/tasks/TaskService.h"
+
+#include "base/Calendar.h"
+#include "core/body/PlainText.h"
+#include "core/store/StoreContext.h"
+#include "core/tasks/TaskLabels.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tesserine {
+namespace {
+
+/// A place behind all tasks of the level that `parent` stands for; null is the top.
+std::int64_t lastPlace(StoreContext& context, const CDTask* parent) {
+    std::optional<std::int64_t> highest;
+    if (parent != nullptr) {
+        for (const CDTask* sibling : parent->subtasks.all()) {
+            highest = std::max(highest, sibling->sortIndex.get());
+        }
+    } else if (
+        const CDTask* last = context.fetchFirst<CDTask>(
+            {.predicate = {"parent == nil"},
+             .sort = {{"sortIndex", SortDescriptor::Order::descending}}})) {
+        highest = last->sortIndex.valueOr(0);
+    }
+    return highest ? *highest + 1 : 0;
+}
+
+/// When a task that repeats is due after being completed now; none when it does not go on.
+std::optional<Instant> nextDue(const CDTask& task, Instant now, const Calendar& calendar) {
+    const auto rule = RecurrenceRule::fromStorageString(task.recurrenceRule.valueOr(""));
+    if (!rule || !task.dueDate) return std::nullopt;
+    return rule->catchUp(*task.dueDate, now, calendar);
+}
+
+void addDays(Attribute<Instant>& instant, int days, const Calendar& calendar) {
+    if (instant) instant = calendar.addDays(*instant, days);
+}
+
+}  // namespace
+
+void TaskService::checkTitle(const std::string& title) {
+    if (title.size() <= maximumTitleCharacters) return;  // no character has less than a byte
+    if (text::prefix(title, maximumTitleCharacters).size() < title.size()) {
+        throw TaskError::titleTooLong();
+    }
+}
+
+std::vector<CDTask*> TaskService::tasks(
+    StoreContext& context, const View& view, const Calendar& calendar) const {
+    return context.fetch<CDTask>(view.request(clock_.now(), calendar));
+}
+
+std::vector<TaskSnapshot> TaskService::snapshots(
+    StoreContext& context,
+    const View& view,
+    const Calendar& calendar,
+    const text::Collator& collator) const {
+    std::vector<TaskSnapshot> result;
+    for (const CDTask* task : tasks(context, view, calendar)) {
+        result.push_back(TaskSnapshot::of(*task, collator));
+    }
+    return result;
+}
+
+std::size_t TaskService::count(
+    StoreContext& context, const View& view, const Calendar& calendar) const {
+    return context.count<CDTask>(view.request(clock_.now(), calendar).predicate);
+}
+
+CDTask& TaskService::create(StoreContext& context, TaskDraft draft) const {
+    checkTitle(draft.title);
+    CDTask* parent = draft.parent;
+    if (parent != nullptr && parent->parent != nullptr) parent = parent->parent;
+    CDProject* project = parent != nullptr ? parent->project : draft.project;
+    if (project == nullptr) project = &projects_.findOrCreate(context, draft.projectName);
+    const std::int64_t place = lastPlace(context, parent);
+
+    CDTask& task = context.insert<CDTask>();
+    if (draft.id) task.id = *draft.id;
+    task.title = std::move(draft.title);
+    task.details = std::move(draft.details);
+    task.project = project;
+    task.parent = parent;
+    task.linkedNote = draft.linkedNote;
+    task.sortIndex = place;
+    task.createdAt = clock_.now();
+    setDue(task, draft.due);
+    setReminder(task, draft.reminderAt);
+    setPriority(task, draft.priority);
+    setRecurrence(task, draft.recurrence);
+    for (const std::string& name : draft.labels) {
+        addLabel(context, task, name);
+    }
+    return task;
+}
+
+CDTask& TaskService::createFromNote(
+    StoreContext& context, CDNote& note, std::optional<std::string> title) const {
+    const std::string noteTitle = displayTitle(note.title.valueOr(""), note.plainText.valueOr(""));
+    return create(
+        context,
+        {.title = title ? std::move(*title) : noteTitle,
+         .details = "From note: " + noteTitle,
+         .linkedNote = &note});
+}
+
+CDTask& TaskService::duplicate(StoreContext& context, const CDTask& task) const {
+    const std::int64_t place = lastPlace(context, task.parent);
+    CDTask& copy = context.insert<CDTask>();
+    copy.title = duplicateTitle(task.title.valueOr(""));
+    copy.details = task.details;
+    copy.project = task.project;
+    copy.parent = task.parent;
+    copy.dueDate = task.dueDate;
+    copy.dueHasTime = task.dueHasTime;
+    copy.reminderAt = task.reminderAt;
+    copy.priority = task.priority;
+    copy.recurrenceRule = task.recurrenceRule;
+    copy.linkedNote = task.linkedNote;
+    copy.sortIndex = place;
+    copy.createdAt = clock_.now();
+    copy.updatedAt = copy.createdAt;
+    return copy;
+}
+
+std::string TaskService::duplicateTitle(std::string_view title) {
+    const std::string_view trimmed = text::trimmed(title);
+    return trimmed.empty() ? "Copy" : std::string(trimmed) + " copy";
+}
+
+CDTask* TaskService::complete(StoreContext& context, CDTask& task, const Calendar& calendar) const {
+    if (task.completedAt) return nullptr;
+    if (const auto next = nextDue(task, clock_.now(), calendar)) {
+        CDTask& done = insertCompletedCopy(context, task);
+        moveOn(task, *next, calendar);
+        return &done;
+    }
+    task.completedAt = clock_.now();
+    task.updatedAt = clock_.now();
+    return nullptr;
+}
+
+CDTask& TaskService::insertCompletedCopy(StoreContext& context, const CDTask& task) const {
+    const std::int64_t place = lastPlace(context, nullptr);
+    CDTask& done = context.insert<CDTask>();
+    done.title = task.title;
+    done.details = task.details;
+    done.project = task.project;
+    done.dueDate = task.dueDate;
+    done.dueHasTime = task.dueHasTime;
+    done.priority = task.priority;
+    done.createdAt = task.createdAt;
+    done.linkedNote = task.linkedNote;
+    done.sortIndex = place;
+    done.completedAt = clock_.now();
+    done.updatedAt = clock_.now();
+    for (CDTag* label : task.labels.all()) {
+        done.labels.add(*label);
+    }
+    return done;
+}
+
+void TaskService::moveOn(CDTask& task, Instant nextDue, const Calendar& calendar) const {
+    const int days = calendar.daysBetween(*task.dueDate, nextDue);
+    task.dueDate = nextDue;
+    addDays(task.reminderAt, days, calendar);
+    task.updatedAt = clock_.now();
+    for (CDTask* subtask : task.subtasks.all()) {
+        addDays(subtask->dueDate, days, calendar);
+        addDays(subtask->reminderAt, days, calendar);
+        subtask->completedAt = std::nullopt;
+        if (subtask->isChanged()) subtask->updatedAt = clock_.now();
+    }
+}
+
+void TaskService::reopen(CDTask& task) const {
+    task.completedAt = std::nullopt;
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::setTitle(CDTask& task, std::string title) const {
+    checkTitle(title);
+    task.title = std::move(title);
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::setDetails(CDTask& task, std::string details) const {
+    task.details = std::move(details);
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::setDue(CDTask& task, const std::optional<TaskDue>& due) const {
+    task.dueDate = due ? std::optional(due->date) : std::nullopt;
+    task.dueHasTime = due && due->hasTime;
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::setReminder(CDTask& task, const std::optional<Instant>& at) const {
+    task.reminderAt = at;
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::setPriority(CDTask& task, TaskPriority priority) const {
+    task.priority = static_cast<std::int16_t>(priority);
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::setRecurrence(CDTask& task, const std::optional<RecurrenceRule>& rule) const {
+    task.recurrenceRule = rule ? std::optional(rule->storageString()) : std::nullopt;
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::addLabel(StoreContext& context, CDTask& task, std::string_view name) const {
+    CDTag* label = labelNamed(context, name, clock_.now());
+    if (label == nullptr) return;
+    task.labels.add(*label);
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::removeLabel(CDTask& task, CDTag& label) const {
+    task.labels.remove(label);
+    task.updatedAt = clock_.now();
+}
+
+void TaskService::moveToProject(StoreContext& context, CDTask& task, CDProject& project) const {
+    if (task.parent != nullptr) setParent(context, task, nullptr);
+    task.project = &project;
+    task.updatedAt = clock_.now();
+    for (CDTask* subtask : task.subtasks.all()) {
+        subtask->project = &project;
+        subtask->updatedAt = clock_.now();
+    }
+}
+
+bool TaskService::setParent(StoreContext& context, CDTask& task, CDTask* parent) const {
+    if (parent != nullptr && parent->parent != nullptr) parent = parent->parent;
+    if (parent == &task || (parent != nullptr && !task.subtasks.empty())) return false;
+    if (parent == task.parent) return true;
+    task.sortIndex = lastPlace(context, parent);
+    task.parent = parent;
+    if (parent != nullptr) task.project = parent->project;
+    task.updatedAt = clock_.now();
+    return true;
+}
+
+void TaskService::reorder(const std::vector<CDTask*>& inNewOrder) const {
+    std::vector<std::int64_t> places;
+    for (const CDTask* task : inNewOrder) {
+        places.push_back(task->sortIndex.valueOr(0));
+    }
+    std::ranges::sort(places);
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        if (i > 0) places[i] = std::max(places[i], places[i - 1] + 1);
+        CDTask& task = *inNewOrder[i];
+        if (task.sortIndex == places[i]) continue;
+        task.sortIndex = places[i];
+        task.updatedAt = clock_.now();
+    }
+}
+
+void TaskService::remove(StoreContext& context, CDTask& task) const { context.remove(task); }
+
+}  // namespace tesserine
