@@ -18,12 +18,15 @@ enum class ByteKind : std::uint8_t { ordinary, space, special, control };
 
 constexpr auto byteKinds = [] {
     std::array<ByteKind, 256> kinds{};
-    for (std::size_t c = 0; c < 0x20; ++c)
+    for (std::size_t c = 0; c < 0x20; ++c) {
         kinds[c] = ByteKind::control;
-    for (const char c : {' ', '\t', '\n', '\f', '\r'})
+    }
+    for (const char c : {' ', '\t', '\n', '\f', '\r'}) {
         kinds[static_cast<unsigned char>(c)] = ByteKind::space;
-    for (const char c : {'&', '<', '>', '\xC2'})
+    }
+    for (const char c : {'&', '<', '>', '\xC2'}) {
         kinds[static_cast<unsigned char>(c)] = ByteKind::special;
+    }
     return kinds;
 }();
 

@@ -73,8 +73,9 @@ constexpr std::string_view hexDigits = "0123456789abcdef";
 
 std::string written(std::uint32_t color) {
     std::string text(7, '#');
-    for (std::size_t i = text.size(); i-- > 1; color >>= 4)
+    for (std::size_t i = text.size(); i-- > 1; color >>= 4) {
         text[i] = hexDigits[color & 0xF];
+    }
     return text;
 }
 
@@ -85,8 +86,9 @@ std::optional<std::string> hexColor(std::string_view digits) {
     if (digits.size() == 8 && digits.ends_with("ff")) digits.remove_suffix(2);
     if (digits.size() != 3 && digits.size() != 6) return std::nullopt;
     std::string text = "#";
-    for (const char digit : digits)
+    for (const char digit : digits) {
         text.append(digits.size() == 3 ? 2 : 1, digit);
+    }
     return text;
 }
 

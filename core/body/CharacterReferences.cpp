@@ -94,8 +94,9 @@ std::size_t appendNumeric(std::string& output, std::string_view text) {
 /// Decodes what follows "&"; returns how much of it belongs to the reference, or 0.
 std::size_t appendNamed(std::string& output, std::string_view text, ReferenceContext context) {
     std::size_t length = 0;
-    while (length < std::min(text.size(), longestName) && isAlphanumeric(text[length]))
+    while (length < std::min(text.size(), longestName) && isAlphanumeric(text[length])) {
         ++length;
+    }
     if (length < text.size() && text[length] == ';') {
         const std::string_view value = valueNamed(text.substr(0, length + 1));
         output += value;

@@ -6,7 +6,9 @@ namespace {
 constexpr std::size_t slotCount = 512;
 
 constexpr std::size_t slotOf(std::string_view name) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(name[i]); };
+    const auto byte = [&](std::size_t i) -> std::size_t {
+        return static_cast<unsigned char>(name[i]);
+    };
     const std::size_t middle = byte(name.size() / 2);
     return (name.size() * 57 + byte(0) * 7 + byte(name.size() - 1) * 31 + middle * 113) % slotCount;
 }
@@ -16,8 +18,9 @@ constexpr auto slots = [] {
     std::array<HTMLElement, slotCount> filled{};
     for (std::size_t i = 1; i < elementCount; ++i) {
         std::size_t slot = slotOf(elementNames[i]);
-        while (filled[slot] != HTMLElement::other)
+        while (filled[slot] != HTMLElement::other) {
             slot = (slot + 1) % slotCount;
+        }
         filled[slot] = static_cast<HTMLElement>(i);
     }
     return filled;
@@ -25,8 +28,9 @@ constexpr auto slots = [] {
 
 constexpr std::size_t longestName = [] {
     std::size_t longest = 0;
-    for (const std::string_view name : elementNames)
+    for (const std::string_view name : elementNames) {
         longest = std::max(longest, name.size());
+    }
     return longest;
 }();
 

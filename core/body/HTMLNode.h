@@ -106,6 +106,8 @@ public:
     /// memory are linear in the size.
     static HTMLDocument parse(std::string_view source);
 
+    HTMLDocument(const HTMLDocument&) = delete;
+    HTMLDocument& operator=(const HTMLDocument&) = delete;
     HTMLDocument(HTMLDocument&&) noexcept;
     HTMLDocument& operator=(HTMLDocument&&) noexcept;
     ~HTMLDocument();

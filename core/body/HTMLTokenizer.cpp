@@ -24,8 +24,9 @@ enum Ends : std::uint8_t { endsTagName = 1, endsAttributeName = 2, endsValue = 4
 
 constexpr auto ends = [] {
     std::array<std::uint8_t, 256> table{};
-    for (const char c : {' ', '\n', '\t', '\f', '\r', '>'})
+    for (const char c : {' ', '\n', '\t', '\f', '\r', '>'}) {
         table[static_cast<unsigned char>(c)] = endsTagName | endsAttributeName | endsValue;
+    }
     table['/'] = endsTagName | endsAttributeName;
     table['='] = endsAttributeName;
     return table;
@@ -33,8 +34,9 @@ constexpr auto ends = [] {
 
 /// Where the run of bytes that `kind` does not end stops, from `start` on.
 std::size_t endOf(std::string_view html, std::size_t start, Ends kind) {
-    while (start < html.size() && (ends[static_cast<unsigned char>(html[start])] & kind) == 0)
+    while (start < html.size() && (ends[static_cast<unsigned char>(html[start])] & kind) == 0) {
         ++start;
+    }
     return start;
 }
 
@@ -237,8 +239,9 @@ void HTMLTokenizer::readBogusComment(HTMLToken& token) {
 }
 
 void HTMLTokenizer::skipSpaces() {
-    while (position_ < html_.size() && isSpace(html_[position_]))
+    while (position_ < html_.size() && isSpace(html_[position_])) {
         ++position_;
+    }
 }
 
 std::string_view HTMLTokenizer::decoded(std::string_view raw, bool isAttribute) {

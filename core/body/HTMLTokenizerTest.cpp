@@ -58,12 +58,12 @@ TEST(HTMLTokenizer, CutsSourceIntoTokens) {
              Case{"a &lt;b&gt; <=>", "\"a <b> <=>\""},
              // Comments and what is taken for one.
              Case{"<!--a--b--->c", "{a--b-} \"c\""},
-             Case{"<!-->a<!--->b", "{} \"a\" {} \"b\""},
+             Case{"<!-->a<!--->b", R"({} "a" {} "b")"},
              Case{"<!--a--!>b", "{a} \"b\""},
              Case{"<!--a-- >b", "{a-- >b}"},
              Case{"<!DOCTYPE html><!x><?y?></ z>", "{doctype html} {x} {?y?} { z}"},
              Case{"<![CDATA[a>b]]>", "{[CDATA[a} \"b]]>\""},
-             Case{"a</>b", "\"a\" \"b\""},
+             Case{"a</>b", R"("a" "b")"},
              // Raw text.
              Case{"<script>a<b&amp;</SCRIPT >c", R"(script "a<b&amp;" /script "c")"},
              Case{"<style></styles></style/>", "style \"</styles>\" /style"},

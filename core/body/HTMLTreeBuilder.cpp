@@ -17,8 +17,9 @@ bool isForeign(Element element) { return element == Element::svg || element == E
 
 std::size_t byteCount(std::string_view name, std::span<const HTMLAttribute> attributes) {
     std::size_t count = name.size() + 2;
-    for (const HTMLAttribute& attribute : attributes)
+    for (const HTMLAttribute& attribute : attributes) {
         count += attribute.name.size() + attribute.value.size() + 4;
+    }
     return count;
 }
 
@@ -26,8 +27,9 @@ std::size_t byteCount(std::string_view name, std::span<const HTMLAttribute> attr
 
 void HTMLTreeBuilder::build() {
     HTMLToken token;
-    while (tokenizer_.next(token))
+    while (tokenizer_.next(token)) {
         take(token);
+    }
     closeFrom(0);
 }
 

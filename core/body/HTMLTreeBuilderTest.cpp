@@ -84,7 +84,7 @@ TEST(HTMLTreeBuilder, LetsMisnestedFormattingGoOn) {
             Case{"<p><b>x</p>\n<p>y</p>", "<p><b>x</b></p>\n<p><b>y</b></p>"},
             Case{
                 "<p><a href=x><div>y</div></a>z",
-                "<p><a href=\"x\"></a></p><div><a href=\"x\">y</a></div>z"},
+                R"(<p><a href="x"></a></p><div><a href="x">y</a></div>z)"},
             Case{"<ul><li><b>x</li><li>y</ul>", "<ul><li><b>x</b></li><li><b>y</b></li></ul>"},
             Case{"<b><i><u></b></i>x", "<b><i><u></u></i></b><u>x</u>"},
             Case{"<b><div>x</b>y", "<b><div>x</div></b>y"},  // blocks are not reopened

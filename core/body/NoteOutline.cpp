@@ -29,8 +29,9 @@ std::vector<OutlineEntry> NoteOutline::entries(const AttributedText& edited) {
     std::size_t styledEnd = 0;
     for (std::size_t start = 0, end = 0; start < text.size(); start = end) {
         end = std::min(text.find_first_of(paragraphEnds, start), text.size() - 1) + 1;
-        for (; styled != edited.paragraphs.end() && styledEnd + styled->length <= start; ++styled)
+        for (; styled != edited.paragraphs.end() && styledEnd + styled->length <= start; ++styled) {
             styledEnd += styled->length;
+        }
         if (styled == edited.paragraphs.end()) break;
         if (!isHeading(styled->style)) continue;
         const std::string line = text::fromUTF16(withoutEnding(text.substr(start, end - start)));

@@ -57,8 +57,9 @@ public:
         const auto first = waiting_.begin() + static_cast<std::ptrdiff_t>(firstWaiting_);
         const std::vector<Waiting> ready(first, waiting_.end());
         waiting_.resize(firstWaiting_);
-        for (const Waiting& formatting : ready)
+        for (const Waiting& formatting : ready) {
             reopen(formatting.element, formatting.detail);
+        }
     }
 
     /// Takes the innermost formatting that waits here and matches off the list, if there is one.

@@ -26,7 +26,7 @@ TEST(PlainText, SetsBlocksCellsAndItemsApart) {
              Case{"<br>a<br><br>", "\na"},  // only the end is trimmed
              Case{"a<hr>b", "a\n———\nb"},
              Case{"<hr><hr>", "———\n———"},
-             Case{"a<img><img alt=\"\"><img alt=\"b\">c", "abc"},
+             Case{R"(a<img><img alt=""><img alt="b">c)", "abc"},
              Case{
                  "<ul><li>a</li><li data-checked=true>b</li><li data-checked>c</li></ul>",
                  "• a\n[x] b\n[ ] c"},

@@ -12,8 +12,9 @@ constexpr std::string_view noBreakSpace = "\u00A0";
 
 constexpr std::size_t blockCount = [] {
     std::size_t count = 0;
-    for (std::size_t i = 0; i < html::elementCount; ++i)
+    for (std::size_t i = 0; i < html::elementCount; ++i) {
         count += html::has(static_cast<HTMLElement>(i), html::isBlock) ? 1 : 0;
+    }
     return count;
 }();
 static_assert(blockCount == 27);
@@ -47,8 +48,9 @@ void replaceAll(std::string& text, std::string_view what, std::string_view with)
 
 std::string_view trimmedLine(std::string_view line) {
     line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-    while (line.ends_with(' ') || line.ends_with('\t'))
+    while (line.ends_with(' ') || line.ends_with('\t')) {
         line.remove_suffix(1);
+    }
     return line;
 }
 

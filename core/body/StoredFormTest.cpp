@@ -96,8 +96,9 @@ public:
 
     std::string soup() {
         std::string html;
-        for (std::size_t i = 0, count = 1 + below(50); i < count; ++i)
+        for (std::size_t i = 0, count = 1 + below(50); i < count; ++i) {
             html += piece();
+        }
         return html;
     }
 
@@ -158,8 +159,9 @@ private:
 
     std::string startTag() {
         std::string tag = "<" + std::string(name());
-        while (below(3) == 0)
+        while (below(3) == 0) {
             tag.append(" ").append(attributes[below(attributes.size())]);
+        }
         return tag + ">";
     }
 
@@ -188,8 +190,9 @@ private:
 
     std::string read() {
         std::string fault;
-        while (!rest_.empty() && fault.empty())
+        while (!rest_.empty() && fault.empty()) {
             fault = rest_.starts_with('<') ? readTag() : readText("<");
+        }
         if (fault.empty() && !open_.empty()) fault = "unclosed " + open_.back();
         return fault;
     }
@@ -215,7 +218,7 @@ private:
             rest_.remove_prefix(attribute.size() + 2);
             if (!rest_.starts_with('"')) return "unquoted " + attribute;
             rest_.remove_prefix(1);
-            const std::string fault = readText("\"");
+            std::string fault = readText("\"");
             if (!fault.empty()) return fault;
             if (!rest_.starts_with('"')) return "unended " + attribute;
             rest_.remove_prefix(1);
@@ -318,7 +321,7 @@ TEST(StoredForm, OfTheProgramsOwnBodiesIsTheBody) {
     for (const std::string& html : {
              "<h2>Attendees</h2><p></p><h2>Agenda</h2><p></p><h2>Action Items</h2>"
              "<ul class=\"ts-checklist\"><li data-checked=\"false\"></li></ul>"s,
-             "<ul class=\"ts-checklist\"><li data-checked=\"false\"></li></ul>"s,
+             R"(<ul class="ts-checklist"><li data-checked="false"></li></ul>)"s,
              "<p>a</p><div class=\"ts-encrypted\" data-ts-cipher=\"AXr/+w==\">"
              "🔒 Encrypted text</div><p>b</p>"s,
              "<p><img src=\"tesserine-attachment://0A1B2C3D-0000-4000-8000-00000000000F\" "
