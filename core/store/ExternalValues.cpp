@@ -24,9 +24,13 @@ bool hasColumn(SQLiteDatabase& database, const std::string& table, const std::st
            > 0;
 }
 
-Bytes columnNaming(const std::string& fileName) {
-    Bytes column{inFile};
-    column.insert(column.end(), fileName.begin(), fileName.end());
+/// The form, then what it is about: the bytes or the file's name.
+template <class Content>
+Bytes columnOf(std::uint8_t form, const Content& content) {
+    Bytes column;
+    column.reserve(content.size() + 1);
+    column.push_back(form);
+    column.insert(column.end(), content.begin(), content.end());
     return column;
 }
 
@@ -37,18 +41,12 @@ ExternalValues::ExternalValues(std::optional<std::filesystem::path> library) {
 }
 
 Bytes ExternalValues::encode(std::span<const std::uint8_t> value, Random& random) const {
-    if (!folder_ || value.size() <= inlineLimit) {
-        Bytes column;
-        column.reserve(value.size() + 1);
-        column.push_back(inRow);
-        column.insert(column.end(), value.begin(), value.end());
-        return column;
-    }
+    if (!folder_ || value.size() <= inlineLimit) return columnOf(inRow, value);
     const std::string name = Uuid::random(random).text();
     files::createPrivateFolder(*folder_);
     files::writeNew(*folder_ / name, value);
     FAIL_POINT("external.written");
-    return columnNaming(name);
+    return columnOf(inFile, name);
 }
 
 std::optional<Bytes> ExternalValues::encodeShared(
@@ -65,7 +63,7 @@ std::optional<Bytes> ExternalValues::encodeShared(
         const std::string name = Uuid::random(random).text();
         files::linkOrCopy(source, *folder_ / name);
         FAIL_POINT("external.written");
-        return columnNaming(name);
+        return columnOf(inFile, name);
     } catch (const FileError&) {
         return std::nullopt;  // the bytes are at hand: the caller writes them
     } catch (const std::filesystem::filesystem_error&) {
