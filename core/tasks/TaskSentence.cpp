@@ -38,6 +38,10 @@ RecurrenceRule anchored(const RecurrenceRule& rule, Instant due, const Calendar&
 
 }  // namespace
 
+TaskDraft TaskService::draftOf(std::string_view sentence, const Calendar& calendar) const {
+    return draftOf(QuickAddParser(clock_.now(), calendar).parse(sentence), calendar);
+}
+
 TaskDraft TaskService::draftOf(const QuickAddResult& result, const Calendar& calendar) const {
     TaskDraft draft{
         .title = result.title,
@@ -58,8 +62,7 @@ TaskDraft TaskService::draftOf(const QuickAddResult& result, const Calendar& cal
 
 CDTask& TaskService::createFromSentence(
     StoreContext& context, std::string_view sentence, const Calendar& calendar) const {
-    const QuickAddParser parser(clock_.now(), calendar);
-    return create(context, draftOf(parser.parse(sentence), calendar));
+    return create(context, draftOf(sentence, calendar));
 }
 
 }  // namespace tesserine

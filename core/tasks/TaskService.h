@@ -79,6 +79,7 @@ public:
     /// The task that a quick-add sentence means. A rule without a date is due first on the first
     /// day that fits it, today included unless the time of day has passed; a monthly or yearly rule
     /// keeps to the 29th to 31st when the due date is one of them.
+    TaskDraft draftOf(std::string_view sentence, const Calendar& calendar) const;
     TaskDraft draftOf(const QuickAddResult& result, const Calendar& calendar) const;
     CDTask& createFromSentence(
         StoreContext& context, std::string_view sentence, const Calendar& calendar) const;

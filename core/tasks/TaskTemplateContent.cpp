@@ -111,6 +111,13 @@ void TaskTemplateContent::store(CDTaskTemplate& stored) const {
     stored.subtasksJSON = asJSONArray(subtasks);
 }
 
+TaskTemplateSnapshot TaskTemplateSnapshot::of(const CDTaskTemplate& stored) {
+    return {
+        .id = stored.id.valueOr({}),
+        .content = TaskTemplateContent::of(stored),
+        .createdAt = stored.createdAt.valueOr({})};
+}
+
 std::string TaskTemplateContent::summary() const {
     std::vector<std::string> parts;
     if (priority != TaskPriority::p4) parts.push_back(shortLabel(priority));

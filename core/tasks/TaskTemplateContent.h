@@ -37,6 +37,15 @@ struct TaskTemplateContent {
     std::string summary() const;
 };
 
+/// A task template as plain values, for a user interface.
+struct TaskTemplateSnapshot {
+    Uuid id{};
+    TaskTemplateContent content{};
+    Instant createdAt{};
+
+    static TaskTemplateSnapshot of(const CDTaskTemplate& stored);
+};
+
 /// "09:05"
 std::string timeText(TimeOfDay time);
 /// Reads that form, also with one digit for the hour; none for a time that is none.

@@ -8,9 +8,6 @@
 namespace tesserine {
 namespace {
 
-/// A hundred years: enough for anybody, and no date beyond the calendar's end.
-constexpr std::int64_t mostDueOffsetDays = 36'500;
-
 void trim(std::string& text) { text = std::string(text::trimmed(text)); }
 
 void tidy(std::vector<std::string>& texts) {
@@ -30,35 +27,21 @@ TaskTemplateContent storable(TaskTemplateContent content) {
     TaskService::checkTitle(content.title);
     std::ranges::for_each(content.subtasks, TaskService::checkTitle);
     if (content.dueOffsetDays) {
-        content.dueOffsetDays =
-            std::clamp<std::int64_t>(*content.dueOffsetDays, 0, mostDueOffsetDays);
+        content.dueOffsetDays = std::clamp<std::int64_t>(
+            *content.dueOffsetDays, 0, TaskTemplateService::mostDueOffsetDays);
     }
     return content;
 }
 
 }  // namespace
 
-std::vector<TaskTemplateSnapshot> TaskTemplateService::all(
+std::vector<CDTaskTemplate*> TaskTemplateService::all(
     StoreContext& context, const text::Collator& collator) const {
-    std::vector<TaskTemplateSnapshot> result;
-    for (const CDTaskTemplate* stored : context.fetch<CDTaskTemplate>({.sort = {{"createdAt"}}})) {
-        result.push_back(
-            {.id = stored->id.valueOr({}),
-             .content = TaskTemplateContent::of(*stored),
-             .createdAt = stored->createdAt.valueOr({})});
-    }
-    std::ranges::stable_sort(result, [&](const auto& a, const auto& b) {
-        return collator.compare(a.content.name, b.content.name) < 0;
+    auto templates = context.fetch<CDTaskTemplate>({.sort = {{"createdAt"}}});
+    std::ranges::stable_sort(templates, [&](const CDTaskTemplate* a, const CDTaskTemplate* b) {
+        return collator.compare(a->name.valueOr(""), b->name.valueOr("")) < 0;
     });
-    return result;
-}
-
-TaskTemplateSnapshot TaskTemplateService::get(StoreContext& context, const Uuid& id) const {
-    const CDTaskTemplate& stored = find(context, id);
-    return {
-        .id = id,
-        .content = TaskTemplateContent::of(stored),
-        .createdAt = stored.createdAt.valueOr({})};
+    return templates;
 }
 
 CDTaskTemplate& TaskTemplateService::createUntitled(StoreContext& context) const {

@@ -7,13 +7,6 @@
 
 namespace tesserine {
 
-/// A task template as plain values, for a user interface.
-struct TaskTemplateSnapshot {
-    Uuid id{};
-    TaskTemplateContent content{};
-    Instant createdAt{};
-};
-
 /// Keeps the task templates and makes tasks from them.
 ///
 /// Works in the context it is handed and never saves. Content is put in order on its way in: texts
@@ -23,14 +16,13 @@ class TaskTemplateService {
 public:
     static constexpr const char* untitledName = "Untitled Template";
     static constexpr std::size_t maximumNameCharacters = 200;
+    /// A hundred years: enough for anybody, and no date beyond the calendar's end.
+    static constexpr std::int64_t mostDueOffsetDays = 36'500;
 
     explicit TaskTemplateService(const Clock& clock) : clock_(clock), tasks_(clock) {}
 
     /// The templates by name.
-    std::vector<TaskTemplateSnapshot> all(
-        StoreContext& context, const text::Collator& collator) const;
-    /// Throws `TaskTemplateError::notFound`.
-    TaskTemplateSnapshot get(StoreContext& context, const Uuid& id) const;
+    std::vector<CDTaskTemplate*> all(StoreContext& context, const text::Collator& collator) const;
 
     /// A new template called "Untitled Template", otherwise empty.
     CDTaskTemplate& createUntitled(StoreContext& context) const;

@@ -71,8 +71,9 @@ TEST_F(TaskTemplateServiceTest, ATemplateMakesTheTaskItDescribes) {
 }
 
 TEST_F(TaskTemplateServiceTest, ANameIsNeededAndAMissingTemplateIsSaid) {
-    const Uuid id = *templates.createUntitled(context).id;
-    EXPECT_EQ(templates.get(context, id).content.name, "Untitled Template");
+    const auto untitled = TaskTemplateSnapshot::of(templates.createUntitled(context));
+    EXPECT_EQ(untitled.content.name, "Untitled Template");
+    const Uuid id = untitled.id;
 
     const auto refusal = [](auto change) -> std::string {
         try {
