@@ -68,7 +68,8 @@ std::size_t removeAll(StoreContext& context, const std::vector<CDNote*>& notes) 
 struct NoteService::RevisionContent {
     explicit RevisionContent(const CDNoteRevision& revision)
         : title(revision.title), html(revision.html), plainText(revision.plainText) {
-        if (!html) return;
+        // Every revision has a body: this one was pruned elsewhere after it was listed here.
+        if (!html) throw StoreError::notFound("The earlier version");
         // What an older program or another device kept passes the same door as everything else.
         CanonicalBody body = canonicalBody(*html);
         if (*html == body.html) return;

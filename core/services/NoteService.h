@@ -147,7 +147,8 @@ public:
     std::vector<CDNoteRevision*> revisions(const CDNote& note) const;
     /// Takes a `preEdit` revision of the present state (under its rule), then copies title and body
     /// of `revision`, which must be one of the note's. `hasConflict` then tells whether another
-    /// `conflict` revision waits.
+    /// `conflict` revision waits. Throws `StoreError::notFound` when the revision was pruned
+    /// elsewhere meanwhile.
     void restoreRevision(StoreContext& context, CDNote& note, CDNoteRevision& revision) const;
     /// What a person's "Restore" does: the same, but a present body that no newest revision holds
     /// is kept as an `autosave` revision first, however recent the last one is.

@@ -196,6 +196,30 @@ TEST_F(NoteServiceTest, RestoringTheOldestRevisionWorksThoughItsCopyPrunesIt) {
     EXPECT_EQ(history(note).front(), "preEdit: <p>25</p>");
 }
 
+TEST_F(NoteServiceTest, AVersionThatWasPrunedElsewhereIsNotPutBackAsNothing) {
+    CDNote& note = insert("Plan", "<p>now</p>");
+    service.takeRevision(context, note, NoteRevisionReason::autosave);
+    context.save();
+    CDNoteRevision& shown = *service.revisions(note).front();
+    context.releaseLargeValues();
+    const auto other = store.newBackgroundContext();
+    CDNote& same = service.getNote(*other, *note.id);
+    for (std::size_t i = 0; i < NoteService::maximumRevisions; ++i) {
+        advance(std::chrono::seconds(1));
+        service.takeRevision(*other, same, NoteRevisionReason::autosave);
+    }
+    other->save();
+
+    try {
+        service.revertTo(context, note, shown);
+        FAIL() << "there is nothing to revert to";
+    } catch (const StoreError& error) {
+        EXPECT_STREQ(error.what(), "The earlier version could not be found.");
+    }
+    EXPECT_EQ(note.html, "<p>now</p>");
+    EXPECT_EQ(service.revisions(note).size(), NoteService::maximumRevisions);
+}
+
 TEST_F(NoteServiceTest, RevertingKeepsWhatWasTypedSinceTheLastRevision) {
     CDNote& note = insert("Plan", "<p>old</p>");
     edit(note, "<p>typed</p>");
