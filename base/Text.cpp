@@ -136,6 +136,20 @@ std::string folded(std::string_view text) {
     return composedText.toUTF8String(result);
 }
 
+std::string withoutMarks(std::string_view text) {
+    if (utf8::isASCII(text)) return std::string(text);
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* const decomposer = icu::Normalizer2::getNFDInstance(status);
+    const icu::Normalizer2* const composer = icu::Normalizer2::getNFCInstance(status);
+    require(status);
+    const auto decomposed =
+        decomposer->normalize(icu::UnicodeString::fromUTF8(piece(text)), status);
+    const auto bare = composer->normalize(withoutNonspacingMarks(decomposed), status);
+    require(status);
+    std::string result;
+    return bare.toUTF8String(result);
+}
+
 std::string lowercased(std::string_view text) {
     if (utf8::isASCII(text)) return asciiLowercased(text);
     std::string lower;

@@ -25,6 +25,8 @@ bool isBlank(std::string_view text);
 std::string caseFolded(std::string_view text);
 /// Case folding with combining marks stripped: Café = cafe, İstanbul = istanbul.
 std::string folded(std::string_view text);
+/// Without nonspacing marks, otherwise as it was and composed: Café becomes Cafe.
+std::string withoutMarks(std::string_view text);
 /// Lower case by the root locale, the same on every machine.
 std::string lowercased(std::string_view text);
 /// ASCII only; for names of protocols and formats.

@@ -1,9 +1,11 @@
 #include "search/IndexDocument.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 namespace tesserine {
 namespace {
@@ -14,6 +16,40 @@ std::int64_t wholeSeconds(const std::optional<Instant>& instant) {
     return static_cast<std::int64_t>(std::clamp(instant->seconds(), -bound, bound));
 }
 
+/// Calls `visit` with each text of the document.
+template <class Document, class Visit>
+void forEachText(Document& document, Visit visit) {
+    visit(document.title);
+    visit(document.body);
+    visit(document.notebook);
+    visit(document.attachmentText);
+    for (auto& tag : document.tags) {
+        visit(tag);
+    }
+    for (auto& type : document.attachmentTypes) {
+        visit(type);
+    }
+    for (auto& attachment : document.attachments) {
+        visit(attachment.filename);
+        visit(attachment.mimeType);
+        visit(attachment.text);
+    }
+}
+
+bool isFitText(const std::string& text) {
+    return text.size() <= maximumIndexedBytes && text::isClean(text);
+}
+
+/// At most so many bytes, and no half of a character at the end.
+void cut(std::string& text) {
+    if (text.size() <= maximumIndexedBytes) return;
+    std::size_t end = maximumIndexedBytes;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
+        --end;
+    }
+    text.resize(end);
+}
+
 }  // namespace
 
 std::string_view nameOf(SearchKind kind) {
@@ -22,6 +58,20 @@ std::string_view nameOf(SearchKind kind) {
     case SearchKind::task: return "task";
     }
     return "note";
+}
+
+bool isFit(const IndexDocument& document) {
+    bool isFit = true;
+    forEachText(document, [&](const std::string& text) { isFit = isFit && isFitText(text); });
+    return isFit;
+}
+
+IndexDocument fitted(IndexDocument document) {
+    forEachText(document, [](std::string& text) {
+        text = text::sanitized(std::move(text));
+        cut(text);
+    });
+    return document;
 }
 
 DocumentState stateOf(const IndexDocument& document) {

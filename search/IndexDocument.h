@@ -3,6 +3,7 @@
 #include "base/Instant.h"
 #include "base/Uuid.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,7 +25,7 @@ struct IndexAttachment {
     std::string text;  ///< extracted or recognised; empty when there is none
 };
 
-/// One note or task as the index takes it. Texts are valid UTF-8 without U+0000.
+/// One note or task as the index takes it.
 struct IndexDocument {
     Uuid id;
     SearchKind kind = SearchKind::note;
@@ -44,6 +45,13 @@ struct IndexDocument {
     std::optional<Instant> favoritedAt;
     std::vector<IndexAttachment> attachments;
 };
+
+/// Longer texts are cut: a row that SQLite refuses would be a document nobody finds.
+inline constexpr std::size_t maximumIndexedBytes = 20'000'000;
+/// Whether every text is valid UTF-8 without U+0000 and not too long.
+bool isFit(const IndexDocument& document);
+/// The document with such texts.
+IndexDocument fitted(IndexDocument document);
 
 /// What a document's signature is made of.
 struct DocumentState {

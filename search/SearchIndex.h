@@ -37,8 +37,6 @@ struct SearchIndexOptions {
 class SearchIndex {
 public:
     static constexpr const char* fileName = "Search.sqlite";
-    static constexpr std::int64_t schemaVersion = 6;
-
     /// Opens or makes the file and brings its schema up to date; one of another version is emptied.
     /// Throws `SQLiteDatabase::Error` (open), which tells whether the file is damaged.
     explicit SearchIndex(std::filesystem::path file, SearchIndexOptions options = {});
@@ -63,7 +61,7 @@ public:
     /// group what must be whole in a `batch`.
     void upsert(const IndexDocument& document);
     /// Takes the document with all its rows out; nothing when it is not there.
-    void remove(const Uuid& id);
+    void remove(const std::string& uid);
     /// Takes every document out; tag tree and `meta` stay.
     void clear();
     /// Runs `body` on the queue in one transaction, or in the one that is open. All or nothing.
@@ -92,15 +90,15 @@ public:
         std::int64_t attachmentsWithText = 0;
     };
     Counts counts();
-    /// Hands every document's identity, kind and signature to `visit`, on the queue.
+    /// Hands every document's uid, kind and signature to `visit`, on the queue.
     struct Entry {
-        Uuid id;
-        SearchKind kind;
+        std::string_view uid;
+        std::string_view kind;
         std::string_view signature;
     };
     void visitEntries(const std::function<void(const Entry&)>& visit);
-    /// The document that an attachment belongs to.
-    std::optional<Uuid> ownerOfAttachment(const Uuid& attachment);
+    /// The uid of the document that an attachment belongs to.
+    std::optional<std::string> ownerOfAttachment(const Uuid& attachment);
 
     // What suggestions and corrections read. Keys of the analyzer are never among the terms.
 
@@ -140,19 +138,19 @@ public:
 
     /// Whether the file at this place is no longer the one that is open.
     bool isReplaced();
-    /// Opens the file at this place, as the constructor does; with `removeDamaged` it is deleted
-    /// first. When this throws, every later call does until one of these succeeds.
+    /// Closes the file and opens what is at its place, as the constructor does. When it throws,
+    /// every later call throws the same until one succeeds.
     void reopen();
+    /// The same after removing the file with its -wal and -shm.
     void replaceFile();
-    /// Writes SQLite's cache sizes for long work; `ordinary` gives the memory back.
-    enum class Cache { ordinary, large };
-    void setCache(Cache cache);
 
 private:
     SQLiteDatabase& database();
     void open();
-    void setUp();
-    IndexWriter& writer(std::unique_ptr<IndexWriter>& afresh);
+    void close();
+    /// Runs `write(IndexWriter&)` with the batch's writer or one of its own.
+    template <class Write>
+    void writing(Write write);
 
     // Fixed after construction.
     std::filesystem::path file_;
@@ -163,7 +161,8 @@ private:
 
     // Touched on queue_ only.
     std::unique_ptr<SQLiteDatabase> database_;
-    std::unique_ptr<IndexWriter> batchWriter_;  // holds its statements as long as a batch
+    std::optional<SQLiteDatabase::Error> failure_;  // why there is none
+    std::unique_ptr<IndexWriter> batchWriter_;      // holds its statements as long as a batch
     std::int64_t openings_ = 0;
     std::pair<std::uint64_t, std::uint64_t> identity_{};  // device and inode that were opened
 

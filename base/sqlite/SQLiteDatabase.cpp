@@ -110,6 +110,8 @@ SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file)
 SQLiteDatabase::SQLiteDatabase(std::filesystem::path file, Options options)
     : url_(std::move(file)), options_(std::move(options)) {
     open();
+    // Before anything reads the file: another process may be changing its journal mode right now.
+    sqlite3_busy_timeout(handle(), options_.busyTimeoutMilliseconds);
     if (options_.isHardened) harden();
     if (options_.keepsLog) {
         sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
@@ -120,7 +122,6 @@ SQLiteDatabase::SQLiteDatabase(std::filesystem::path file, Options options)
     setJournal();
     const bool isFull = options_.synchronous == Synchronous::full;
     execute(isFull ? "PRAGMA synchronous = FULL;" : "PRAGMA synchronous = NORMAL;");
-    sqlite3_busy_timeout(handle(), options_.busyTimeoutMilliseconds);
     if (options_.cacheKiB > 0) {
         execute("PRAGMA cache_size = -" + std::to_string(options_.cacheKiB) + ";");
     }
@@ -148,8 +149,6 @@ void SQLiteDatabase::open() {
 }
 
 void SQLiteDatabase::harden() {
-    // Before anything reads the file: another process may be changing its journal mode right now.
-    sqlite3_busy_timeout(handle(), options_.busyTimeoutMilliseconds);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
