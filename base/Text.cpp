@@ -108,6 +108,21 @@ bool isBlank(std::string_view text) {
     return true;
 }
 
+std::string collapsed(std::string_view text) {
+    std::string result;
+    bool isBetweenWords = false;
+    while (!text.empty()) {
+        const std::size_t space = leadingWhiteSpace(text);
+        if (space == 0) {
+            if (isBetweenWords && !result.empty()) result += ' ';
+            result += text.substr(0, utf8::first(text).length);
+        }
+        isBetweenWords = space > 0;
+        text.remove_prefix(space > 0 ? space : utf8::first(text).length);
+    }
+    return result;
+}
+
 std::string caseFolded(std::string_view text) {
     if (utf8::isASCII(text)) return asciiLowercased(text);
     std::string folded;

@@ -21,6 +21,9 @@ std::string_view trimmed(std::string_view text);
 /// Whether nothing but `White_Space` is left.
 bool isBlank(std::string_view text);
 
+/// Without `White_Space` at both ends, and every run of it inside as one space.
+std::string collapsed(std::string_view text);
+
 /// Full default case folding, no diacritic folding: straße = STRASSE, Café ≠ Cafe.
 std::string caseFolded(std::string_view text);
 /// Case folding with combining marks stripped: Café = cafe, İstanbul = istanbul.

@@ -80,6 +80,8 @@ TEST(Text, TrimsEveryWhiteSpaceOfUnicodeAndNothingElse) {
     EXPECT_EQ(text::trimmed(" \t\r\n\u00A0 a b \u3000\u2029"), "a b");
     EXPECT_EQ(text::trimmed("\u2003 "), "");
     EXPECT_TRUE(text::isBlank(""));
+    EXPECT_EQ(text::collapsed(" \t\u3000a\r\n b\u2029\u00A0çà "), "a b çà");
+    EXPECT_EQ(text::collapsed("\u2003 "), "");
 }
 
 TEST(Text, FoldingComparesNamesAsPeopleDo) {
