@@ -1,39 +1,351 @@
 #include "core/tasks/RecurrenceRule.h"
 
 #include "base/Calendar.h"
+#include "tests/support/SeededRandom.h"
 
 #include <gtest/gtest.h>
+
+#include <climits>
+#include <vector>
 
 namespace tesserine {
 namespace {
 
 using Unit = RecurrenceRule::Unit;
 
-/// The occurrences that follow `start`, as wall-clock times in the calendar's zone.
-std::vector<std::string> walk(
-    const RecurrenceRule& rule, const Calendar& calendar, const char* start, int count) {
-    std::vector<std::string> times;
-    Instant at = calendar.instant(LocalTime::parseISO(start).value());
-    for (int i = 0; i < count; ++i) {
-        at = rule.nextOccurrence(at, calendar).value();
-        times.push_back(calendar.local(at).iso().substr(0, 16));
+Instant at(const Calendar& calendar, const char* wallClock) {
+    return calendar.instant(LocalTime::parseISO(wallClock).value());
+}
+
+std::string minuteOf(const Calendar& calendar, std::optional<Instant> instant) {
+    return instant ? calendar.local(*instant).iso().substr(0, 16) : "none";
+}
+
+/// The occurrences after `start`, in the calendar's wall-clock time, as many as asked for.
+std::string walk(
+    const RecurrenceRule& rule, const Calendar& calendar, const char* start, int count = 1) {
+    std::string times;
+    std::optional<Instant> occurrence = at(calendar, start);
+    for (int i = 0; i < count && occurrence; ++i) {
+        occurrence = rule.nextOccurrence(*occurrence, calendar);
+        times += (i == 0 ? "" : ", ") + minuteOf(calendar, occurrence);
     }
     return times;
 }
 
-using Times = std::vector<std::string>;
+TEST(RecurrenceRule, EveryUnitMovesByItsInterval) {
+    struct Case {
+        RecurrenceRule rule;
+        const char* from;
+        const char* next;
+    };
+    for (const auto& [rule, from, next] : {
+             Case{{.unit = Unit::day}, "2026-12-31T23:59", "2027-01-01T23:59"},
+             Case{{.unit = Unit::day, .interval = 3}, "2028-02-27T08:00", "2028-03-01T08:00"},
+             Case{{.unit = Unit::week}, "2026-12-28T08:00", "2027-01-04T08:00"},
+             Case{{.unit = Unit::week, .interval = 2}, "2026-02-16T08:00", "2026-03-02T08:00"},
+             Case{{.unit = Unit::month, .interval = 13}, "2026-01-15T08:00", "2027-02-15T08:00"},
+             Case{{.unit = Unit::month, .dayOfMonth = 5}, "2026-12-20T08:00", "2027-01-05T08:00"},
+             Case{{.unit = Unit::year, .interval = 4}, "2024-02-29T08:00", "2028-02-29T08:00"},
+             Case{
+                 {.unit = Unit::year, .dayOfMonth = 1, .monthOfYear = 1},
+                 "2026-12-31T08:00",
+                 "2027-01-01T08:00"},
+             // The day is the one of the date before, not of the clamped year's February.
+             Case{{.unit = Unit::year, .monthOfYear = 3}, "2024-02-29T08:00", "2025-03-29T08:00"},
+             Case{{.unit = Unit::year, .dayOfMonth = 31}, "2026-04-30T08:00", "2027-04-30T08:00"},
+         }) {
+        SCOPED_TRACE(rule.storageString());
+        EXPECT_EQ(walk(rule, Calendar("UTC"), from), next);
+    }
+}
 
 TEST(RecurrenceRule, LongMonthDaysAreClampedToTheMonthTheyFallIn) {
     const Calendar calendar("UTC");
     const RecurrenceRule lastDay{.unit = Unit::month, .dayOfMonth = 31};
     EXPECT_EQ(
         walk(lastDay, calendar, "2026-01-31T09:00", 3),
-        (Times{"2026-02-28T09:00", "2026-03-31T09:00", "2026-04-30T09:00"}));
-    EXPECT_EQ(walk(lastDay, calendar, "2028-01-31T09:00", 1), Times{"2028-02-29T09:00"});
+        "2026-02-28T09:00, 2026-03-31T09:00, 2026-04-30T09:00");
+    EXPECT_EQ(walk(lastDay, calendar, "2028-01-31T09:00"), "2028-02-29T09:00");
+
+    const RecurrenceRule leapDay{.unit = Unit::year, .dayOfMonth = 29, .monthOfYear = 2};
+    EXPECT_EQ(walk(leapDay, calendar, "2026-02-28T09:00", 2), "2027-02-28T09:00, 2028-02-29T09:00");
+
     // Without a day of its own a rule stays where a short month has put it.
     EXPECT_EQ(
         walk({.unit = Unit::month}, calendar, "2026-01-31T09:00", 2),
-        (Times{"2026-02-28T09:00", "2026-03-28T09:00"}));
+        "2026-02-28T09:00, 2026-03-28T09:00");
+    EXPECT_EQ(
+        walk({.unit = Unit::year}, calendar, "2025-02-28T09:00", 3),
+        "2026-02-28T09:00, 2027-02-28T09:00, 2028-02-28T09:00");
+}
+
+TEST(RecurrenceRule, WeeksCountFromTheCalendarsFirstWeekday) {
+    struct Case {
+        RecurrenceRule rule;
+        int firstWeekday;
+        const char* from;
+        const char* next;
+    };
+    const RecurrenceRule sundayMonday{.unit = Unit::week, .interval = 2, .weekdays = {1, 2}};
+    const RecurrenceRule mondayThursday{.unit = Unit::week, .interval = 2, .weekdays = {2, 5}};
+    const RecurrenceRule workdays{.unit = Unit::week, .weekdays = {2, 3, 4, 5, 6}};
+    for (const auto& [rule, firstWeekday, from, next] : {
+             Case{
+                 sundayMonday,
+                 1,
+                 "2026-03-01T09:00",
+                 "2026-03-02T09:00, 2026-03-15T09:00, 2026-03-16T09:00"},
+             Case{
+                 sundayMonday,
+                 2,
+                 "2026-03-01T09:00",
+                 "2026-03-09T09:00, 2026-03-15T09:00, 2026-03-23T09:00"},
+             Case{
+                 mondayThursday,
+                 2,
+                 "2026-03-09T09:00",
+                 "2026-03-12T09:00, 2026-03-23T09:00, 2026-03-26T09:00"},
+             // From a day the rule does not mean, the rest of its week still counts.
+             Case{
+                 mondayThursday,
+                 1,
+                 "2026-03-11T09:00",
+                 "2026-03-12T09:00, 2026-03-23T09:00, 2026-03-26T09:00"},
+             Case{
+                 mondayThursday,
+                 1,
+                 "2026-03-13T09:00",
+                 "2026-03-23T09:00, 2026-03-26T09:00, 2026-04-06T09:00"},
+             Case{
+                 workdays,
+                 1,
+                 "2026-03-13T09:00",
+                 "2026-03-16T09:00, 2026-03-17T09:00, 2026-03-18T09:00"},
+             Case{
+                 {.unit = Unit::week, .weekdays = {7}},
+                 7,
+                 "2026-03-14T09:00",
+                 "2026-03-21T09:00, 2026-03-28T09:00, 2026-04-04T09:00"},
+         }) {
+        SCOPED_TRACE(from);
+        EXPECT_EQ(walk(rule, Calendar("UTC", firstWeekday), from, 3), next);
+    }
+}
+
+TEST(RecurrenceRule, TheWallClockStaysAcrossClockChanges) {
+    struct Case {
+        const char* zone;
+        RecurrenceRule rule;
+        const char* from;
+        const char* next;
+    };
+    const RecurrenceRule daily{.unit = Unit::day};
+    const RecurrenceRule mondayThursday{.unit = Unit::week, .weekdays = {2, 5}};
+    for (const auto& [zone, rule, from, next] : {
+             Case{"Europe/Berlin", daily, "2026-03-28T09:00", "2026-03-29T09:00, 2026-03-30T09:00"},
+             Case{"Europe/Berlin", daily, "2026-10-24T02:30", "2026-10-25T02:30, 2026-10-26T02:30"},
+             // A skipped time moves forward, and nothing remembers the time that was wished.
+             Case{"Europe/Berlin", daily, "2026-03-28T02:30", "2026-03-29T03:30, 2026-03-30T03:30"},
+             Case{
+                 "America/New_York",
+                 daily,
+                 "2026-03-07T02:30",
+                 "2026-03-08T03:30, 2026-03-09T03:30"},
+             Case{
+                 "America/New_York",
+                 daily,
+                 "2026-10-31T01:30",
+                 "2026-11-01T01:30, 2026-11-02T01:30"},
+             Case{
+                 "Australia/Lord_Howe",
+                 daily,
+                 "2026-10-03T02:15",
+                 "2026-10-04T02:45, 2026-10-05T02:45"},
+             Case{
+                 "Australia/Lord_Howe",
+                 daily,
+                 "2026-04-04T01:45",
+                 "2026-04-05T01:45, 2026-04-06T01:45"},
+             // Passing over the day of the change is no landing in its gap.
+             Case{
+                 "Europe/Berlin",
+                 mondayThursday,
+                 "2026-03-26T02:30",
+                 "2026-03-30T02:30, 2026-04-02T02:30"},
+             Case{
+                 "Europe/Berlin",
+                 {.unit = Unit::month, .interval = 2, .dayOfMonth = 30},
+                 "2026-01-29T02:30",
+                 "2026-03-30T02:30, 2026-05-30T02:30"},
+         }) {
+        SCOPED_TRACE(std::string(zone) + " " + from);
+        EXPECT_EQ(walk(rule, Calendar(zone), from, 2), next);
+    }
+    // Of a time that occurs twice, the first.
+    const Calendar berlin("Europe/Berlin");
+    EXPECT_EQ(
+        daily.nextOccurrence(at(berlin, "2026-10-24T02:30"), berlin)->iso(),
+        "2026-10-25T00:30:00.000Z");
+}
+
+TEST(RecurrenceRule, EndsWithTheCalendarAndDoesNotHang) {
+    const Calendar calendar("Europe/Berlin");
+    EXPECT_EQ(walk({.unit = Unit::day}, calendar, "9999-12-30T09:00", 9), "9999-12-31T09:00, none");
+    EXPECT_EQ(walk({.unit = Unit::year}, calendar, "9999-12-30T09:00"), "none");
+    for (const Unit unit : {Unit::day, Unit::week, Unit::month, Unit::year}) {
+        for (const std::set<int>& weekdays : {std::set<int>{}, std::set<int>{2}}) {
+            const RecurrenceRule hostile{.unit = unit, .interval = INT_MAX, .weekdays = weekdays};
+            EXPECT_EQ(walk(hostile, calendar, "2026-03-14T09:00"), "none");
+            for (const double seconds : {1e300, -1e300, 1e13, -1e13}) {
+                EXPECT_NO_THROW(hostile.nextOccurrence(Instant::fromSeconds(seconds), calendar));
+            }
+        }
+    }
+}
+
+/// The rule of weeks as one would do it by hand: one day at a time, counting weeks.
+std::optional<Instant> weekWalk(
+    const RecurrenceRule& rule, Instant after, const Calendar& calendar) {
+    const Instant week = calendar.startOfWeek(after);
+    for (int days = 1; days <= (rule.interval + 1) * 7; ++days) {
+        const Instant candidate = calendar.addDays(after, days);
+        const int weeks = calendar.daysBetween(week, calendar.startOfWeek(candidate)) / 7;
+        if (rule.weekdays.contains(calendar.weekday(candidate)) && weeks % rule.interval == 0) {
+            return candidate;
+        }
+    }
+    return std::nullopt;
+}
+
+RecurrenceRule anyRule(test::SeededRandom& random) {
+    const auto upTo = [&](std::uint64_t most) { return static_cast<int>(random.below(most)) + 1; };
+    RecurrenceRule rule{.unit = static_cast<Unit>(random.below(4)), .interval = upTo(5)};
+    if (rule.unit == Unit::week) {
+        for (int count = upTo(8) - 1; count > 0; --count) {
+            rule.weekdays.insert(upTo(7));
+        }
+    }
+    const bool hasDay = rule.unit == Unit::month || rule.unit == Unit::year;
+    if (hasDay && random.below(2) == 1) rule.dayOfMonth = upTo(31);
+    if (rule.unit == Unit::year && random.below(2) == 1) rule.monthOfYear = upTo(12);
+    return rule;
+}
+
+TEST(RecurrenceRule, RandomRulesAreLaterFitTheirDaysAndSurviveStorage) {
+    test::SeededRandom random(20260314);
+    for (const char* zone :
+         {"UTC", "Europe/Berlin", "America/New_York", "Australia/Lord_Howe", "Asia/Kolkata"}) {
+        for (int i = 0; i < 2000; ++i) {
+            const Calendar calendar(zone, static_cast<int>(random.below(7)) + 1);
+            const RecurrenceRule rule = anyRule(random);
+            const auto minutes = static_cast<std::int64_t>(random.below(60LL * 24 * 366 * 100));
+            const Instant after = Instant::fromMilliseconds(minutes * 60'000);
+            const auto next = rule.nextOccurrence(after, calendar);
+            SCOPED_TRACE(rule.storageString() + " after " + after.iso() + " in " + zone);
+            ASSERT_TRUE(next && *next > after);
+            if (!rule.weekdays.empty()) {
+                ASSERT_EQ(*next, weekWalk(rule, after, calendar));
+            }
+            const LocalTime from = calendar.local(after);
+            const LocalTime to = calendar.local(*next);
+            if (rule.dayOfMonth) {
+                ASSERT_EQ(to.day, std::min(*rule.dayOfMonth, daysInMonth(to.year, to.month)));
+            }
+            if (rule.monthOfYear) {
+                ASSERT_EQ(to.month, *rule.monthOfYear);
+            }
+            const int later = (to.hour - from.hour) * 60 + to.minute - from.minute;
+            ASSERT_TRUE(later == 0 || later == 60 || later == 30) << to.iso();
+            ASSERT_EQ(RecurrenceRule::fromStorageString(rule.storageString()), rule);
+        }
+    }
+}
+
+TEST(RecurrenceRule, CatchingUpStopsAtTheFirstOccurrenceAfterNow) {
+    struct Case {
+        RecurrenceRule rule;
+        const char* due;
+        const char* now;
+        const char* next;
+    };
+    const RecurrenceRule daily{.unit = Unit::day};
+    for (const auto& [rule, due, now, next] : {
+             Case{daily, "2025-03-14T09:00", "2026-03-14T08:59", "2026-03-14T09:00"},
+             Case{daily, "2025-03-14T09:00", "2026-03-14T09:00", "2026-03-15T09:00"},  // not later
+             Case{daily, "2026-03-20T09:00", "2026-03-14T09:00", "2026-03-21T09:00"},  // done early
+             // 1 + 500 occurrences and no more: the last one stands, although it is over.
+             Case{daily, "2026-01-01T09:00", "2027-05-17T08:59", "2027-05-17T09:00"},
+             Case{daily, "2026-01-01T09:00", "2027-05-17T09:00", "2027-05-17T09:00"},
+             Case{daily, "2026-01-01T09:00", "2030-01-01T09:00", "2027-05-17T09:00"},
+             Case{
+                 {.unit = Unit::year, .dayOfMonth = 29, .monthOfYear = 2},
+                 "2024-02-29T09:00",
+                 "2026-04-10T10:00",
+                 "2027-02-28T09:00"},
+             Case{
+                 {.unit = Unit::week, .weekdays = {9}},
+                 "2026-03-14T09:00",
+                 "2026-03-14T09:00",
+                 "none"},
+             Case{daily, "9999-12-29T09:00", "9999-12-31T20:00", "9999-12-31T09:00"},
+         }) {
+        SCOPED_TRACE(due);
+        const Calendar calendar("Europe/Berlin");
+        const auto caughtUp = rule.catchUp(at(calendar, due), at(calendar, now), calendar);
+        EXPECT_EQ(minuteOf(calendar, caughtUp), next);
+    }
+}
+
+TEST(RecurrenceRule, TheFirstFittingDayMayBeTheDayItself) {
+    struct Case {
+        RecurrenceRule rule;
+        const char* from;
+        const char* first;
+    };
+    const RecurrenceRule workdays{.unit = Unit::week, .weekdays = {2, 3, 4, 5, 6}};
+    const RecurrenceRule lastDay{.unit = Unit::month, .interval = 3, .dayOfMonth = 31};
+    const RecurrenceRule newYear{.unit = Unit::year, .dayOfMonth = 1, .monthOfYear = 1};
+    for (const auto& [rule, from, first] : {
+             Case{workdays, "2026-03-13T09:00", "2026-03-13T09:00"},
+             Case{workdays, "2026-03-14T09:00", "2026-03-16T09:00"},
+             // The first day is no matter of the interval.
+             Case{
+                 {.unit = Unit::week, .interval = 3, .weekdays = {2}},
+                 "2026-03-17T09:00",
+                 "2026-03-23T09:00"},
+             Case{lastDay, "2026-02-10T09:00", "2026-02-28T09:00"},
+             Case{lastDay, "2026-02-28T09:00", "2026-02-28T09:00"},
+             Case{{.unit = Unit::month, .dayOfMonth = 9}, "2026-12-10T09:00", "2027-01-09T09:00"},
+             Case{newYear, "2026-01-01T09:00", "2026-01-01T09:00"},
+             Case{newYear, "2026-01-02T09:00", "2027-01-01T09:00"},
+             Case{{.unit = Unit::year, .dayOfMonth = 5}, "2026-03-14T09:00", "2026-04-05T09:00"},
+             Case{{.unit = Unit::week}, "2026-03-14T09:00", "2026-03-14T09:00"},
+             Case{{.unit = Unit::month}, "2026-03-14T09:00", "2026-03-14T09:00"},
+             Case{{.unit = Unit::day, .interval = 2}, "2026-03-14T09:00", "2026-03-14T09:00"},
+         }) {
+        SCOPED_TRACE(rule.storageString() + " from " + from);
+        const Calendar calendar("America/New_York", 2);
+        EXPECT_EQ(minuteOf(calendar, rule.firstFittingDay(at(calendar, from), calendar)), first);
+    }
+}
+
+TEST(RecurrenceRule, AnEditorsRuleTakesItsDayFromTheDueDateInTheZone) {
+    const auto due = Instant::parseISO("2026-01-31T23:30:00Z");  // 1 February in Berlin
+    struct Case {
+        RecurrenceRule::EditorState state;
+        const char* storage;
+    };
+    for (const auto& [state, storage] : {
+             Case{{Unit::day, 2, {1, 2}, due}, "unit=day;interval=2"},
+             Case{{Unit::week, 1, {6, 2}, due}, "unit=week;interval=1;weekdays=2,6"},
+             Case{{Unit::month, 1, {2}, due}, "unit=month;interval=1;dayOfMonth=1"},
+             Case{{Unit::year, 1, {2}, due}, "unit=year;interval=1;dayOfMonth=1;monthOfYear=2"},
+             Case{{Unit::year, 0, {}, {}}, "unit=year;interval=1"},
+         }) {
+        const Calendar berlin("Europe/Berlin");
+        EXPECT_EQ(RecurrenceRule::fromEditor(state, berlin).storageString(), storage);
+    }
 }
 
 }  // namespace
