@@ -54,5 +54,6 @@ void addBaseOperations(Operations& operations);
 void addBodyOperations(Operations& operations);
 void addCryptoOperations(Operations& operations);
 void addServiceOperations(Operations& operations);
+void addTaskServiceOperations(Operations& operations);
 
 }  // namespace tesserine::inspect

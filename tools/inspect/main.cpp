@@ -12,6 +12,7 @@ int main() {
     addBodyOperations(operations);
     addCryptoOperations(operations);
     addServiceOperations(operations);
+    addTaskServiceOperations(operations);
 
     std::ios::sync_with_stdio(false);
     std::string line;
