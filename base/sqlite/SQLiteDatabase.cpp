@@ -303,6 +303,28 @@ bool SQLiteDatabase::checkpoint(Checkpoint how) {
 
 void SQLiteDatabase::interrupt() const { sqlite3_interrupt(handle()); }
 
+bool SQLiteDatabase::finishesWithin(
+    std::chrono::milliseconds limit, const std::function<void()>& body) const {
+    using Monotonic = std::chrono::steady_clock;
+    struct Watch {
+        sqlite3* connection;
+        Monotonic::time_point end;
+        static int isOver(void* watch) {
+            return Monotonic::now() > static_cast<const Watch*>(watch)->end ? 1 : 0;
+        }
+        ~Watch() { sqlite3_progress_handler(connection, 0, nullptr, nullptr); }
+    } watch{handle(), Monotonic::now() + limit};
+    constexpr int instructionsBetweenLooks = 1'000;
+    sqlite3_progress_handler(handle(), instructionsBetweenLooks, &Watch::isOver, &watch);
+    try {
+        body();
+        return true;
+    } catch (const Error& error) {
+        if (error.resultCode() != SQLITE_INTERRUPT) throw;
+        return false;
+    }
+}
+
 int sqliteVersionNumber() { return sqlite3_libversion_number(); }
 
 }  // namespace tesserine

@@ -4,6 +4,7 @@
 #include "base/sqlite/Statement.h"
 #include "base/UserError.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -126,6 +127,9 @@ public:
         const std::function<bool(int remaining, int total)>& progress);
     /// Ends a running statement of this connection from another thread.
     void interrupt() const;
+    /// Runs `body`, whose statements on this connection end when `limit` is over; tells whether it
+    /// got to its end. Not to be nested.
+    bool finishesWithin(std::chrono::milliseconds limit, const std::function<void()>& body) const;
 
     sqlite3* handle() const noexcept { return handle_.get(); }
 

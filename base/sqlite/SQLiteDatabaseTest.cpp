@@ -287,5 +287,18 @@ TEST_F(SQLite, ARunningStatementCanBeInterruptedFromAnotherThread) {
     EXPECT_EQ(error.resultCode(), SQLITE_INTERRUPT);
 }
 
+TEST_F(SQLite, StatementsCanBeGivenALimitedTime) {
+    SQLiteDatabase database(file_);
+    EXPECT_FALSE(database.finishesWithin(std::chrono::milliseconds(5), [&] {
+        database.integer(
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT count(*) FROM n");
+    }));
+    const std::string count =
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100000)"
+        " SELECT count(*) FROM n";
+    EXPECT_EQ(database.integer(count), 100'000);  // the limit is gone
+    EXPECT_TRUE(database.finishesWithin(std::chrono::hours(1), [&] { database.integer(count); }));
+}
+
 }  // namespace
 }  // namespace tesserine
