@@ -55,8 +55,26 @@ bool hasDigit(std::string_view text) {
     return count(text, [](char32_t scalar) { return isOfCategory(scalar, U_GC_N_MASK); }) > 0;
 }
 
-std::size_t letterCount(std::string_view text) {
-    return count(text, [](char32_t scalar) { return isOfCategory(scalar, U_GC_L_MASK); });
+bool isOnlyLetters(std::string_view text) {
+    return count(text, [](char32_t scalar) { return !isOfCategory(scalar, U_GC_L_MASK); }) == 0;
+}
+
+std::size_t length(std::string_view text) {
+    return count(text, [](char32_t) { return true; });
+}
+
+std::string_view withoutPunctuation(std::string_view text) {
+    std::size_t begin = text.size();
+    std::size_t end = 0;
+    for (std::size_t place = 0; place < text.size();) {
+        const auto [scalar, length] = utf8::first(text.substr(place));
+        if (isWordCharacter(scalar)) {
+            begin = std::min(begin, place);
+            end = place + length;
+        }
+        place += length;
+    }
+    return begin < end ? text.substr(begin, end - begin) : std::string_view();
 }
 
 bool hasUnspacedScript(std::string_view text) { return count(text, isUnspacedScript) > 0; }

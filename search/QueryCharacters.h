@@ -10,8 +10,12 @@ bool isWhiteSpace(char32_t scalar);
 /// Whether the index can hold anything of `text`: a letter, a digit or another number.
 bool hasWordCharacter(std::string_view text);
 bool hasDigit(std::string_view text);
-/// How many letters `text` has.
-std::size_t letterCount(std::string_view text);
+bool isOnlyLetters(std::string_view text);
+/// Scalars in `text`.
+std::size_t length(std::string_view text);
+/// `text` without what stands before its first and behind its last letter or number; empty when it
+/// has none. A view into `text`.
+std::string_view withoutPunctuation(std::string_view text);
 /// Whether `text` holds a letter of a script that sets no spaces between its words: Han, Hiragana,
 /// Katakana, Thai, Lao, Khmer or Myanmar.
 bool hasUnspacedScript(std::string_view text);

@@ -10,8 +10,9 @@ namespace {
 
 using Kind = QueryNode::Kind;
 
-/// Brackets inside each other; deeper ones group nothing.
-constexpr std::size_t maximumBrackets = 64;
+/// Brackets inside each other; deeper ones group nothing. SQLite's parsers take no deeper nesting
+/// than this may grow into.
+constexpr std::size_t maximumBrackets = 8;
 
 /// Adds `node` to the children of an `all` or `any`; one of the same kind gives its own.
 void adopt(std::vector<QueryNode>& children, QueryNode node, Kind parent) {

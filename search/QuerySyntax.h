@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// What a query says, as values: the tree that `QueryParser.h` reads and `QueryCompiler.h` turns
@@ -28,6 +29,13 @@ struct QueryValue {
     std::string text;
     std::optional<std::string> upTo;  ///< of `a..b`; empty: without end
     bool isQuoted = false;
+
+    /// Whether an asterisk stands for the rest of it.
+    bool isBeginning() const { return !isQuoted && text.ends_with('*'); }
+    /// Without that asterisk.
+    std::string_view stem() const {
+        return std::string_view(text).substr(0, text.size() - (isBeginning() ? 1 : 0));
+    }
 };
 
 /// A field with its values, any of which will do.

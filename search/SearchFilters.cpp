@@ -3,7 +3,9 @@
 #include "base/JSON.h"
 #include "search/SearchIndex.h"
 
+#include <array>
 #include <cassert>
+#include <span>
 
 namespace tesserine::filter {
 
@@ -24,9 +26,18 @@ BoundSQL within(const std::string& column, const TimeSpan& span) {
     return condition;
 }
 
-BoundSQL joined(const std::vector<BoundSQL>& conditions, const std::string& word) {
+/// SQLite takes no deeper expression than 1,000, and a chain is as deep as it is long.
+constexpr std::size_t longestChain = 200;
+
+BoundSQL joined(std::span<const BoundSQL> conditions, const std::string& word) {
     assert(!conditions.empty() && "there is something to join");
     if (conditions.size() == 1) return conditions.front();
+    if (conditions.size() > longestChain) {
+        const std::size_t half = conditions.size() / 2;
+        const std::array halves{
+            joined(conditions.first(half), word), joined(conditions.subspan(half), word)};
+        return joined(halves, word);
+    }
     BoundSQL all{"("};
     for (const BoundSQL& condition : conditions) {
         if (all.sql.size() > 1) all.sql += word;

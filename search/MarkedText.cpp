@@ -1,0 +1,65 @@
+#include "search/MarkedText.h"
+
+#include "search/SearchStatement.h"
+
+#include <algorithm>
+
+namespace tesserine::marked {
+
+namespace {
+
+constexpr std::string_view blanks = " \t\r\n";
+
+/// Where the word before the one at `place` begins; 0 at the first.
+std::size_t previousWord(std::string_view text, std::size_t place) {
+    const std::size_t end =
+        place == 0 ? std::string_view::npos : text.find_last_not_of(blanks, place - 1);
+    if (end == std::string_view::npos) return 0;
+    const std::size_t blank = text.find_last_of(blanks, end);
+    return blank == std::string_view::npos ? 0 : blank + 1;
+}
+
+/// Where the blanks behind the word at `place` begin.
+std::size_t wordEnd(std::string_view text, std::size_t place) {
+    const std::size_t begin = std::min(text.find_first_not_of(blanks, place), text.size());
+    return std::min(text.find_first_of(blanks, begin), text.size());
+}
+
+}  // namespace
+
+bool hasMark(std::string_view text) { return text.find(marker::open) != std::string_view::npos; }
+
+std::string excerpt(std::string_view text, std::size_t wordLimit) {
+    const std::size_t mark = std::min(text.find(marker::open), text.size());
+    // A third of the words stand before the match, so that it is seen at once.
+    std::size_t begin = mark;
+    for (std::size_t i = 0; i < wordLimit / 3; ++i) {
+        begin = previousWord(text, begin);
+    }
+    std::size_t end = begin;
+    for (std::size_t i = 0; i < wordLimit; ++i) {
+        end = wordEnd(text, end);
+    }
+    const bool isOpen = text.substr(begin, end - begin).rfind(marker::open)
+                            > text.substr(begin, end - begin).rfind(marker::close)
+                        && hasMark(text.substr(begin, end - begin));
+    std::string words = begin > 0 ? "…" : "";
+    words += text.substr(begin, end - begin);
+    if (isOpen) words += marker::close;
+    if (text.find_first_not_of(blanks, end) != std::string_view::npos) words += "…";
+    return words;
+}
+
+void forEachPiece(
+    std::string_view text, const std::function<void(std::string_view piece, bool isMarked)>& take) {
+    bool isMarked = false;
+    while (!text.empty()) {
+        const std::string_view next = isMarked ? marker::close : marker::open;
+        const std::size_t end = std::min(text.find(next), text.size());
+        if (end > 0) take(text.substr(0, end), isMarked);
+        text.remove_prefix(std::min(end + next.size(), text.size()));
+        isMarked = !isMarked;
+    }
+}
+
+}  // namespace tesserine::marked

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "base/sqlite/SQLiteDatabase.h"
+#include "search/SearchResponse.h"
+#include "search/SearchStatement.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Runs statements of a search on the index and reads their rows. To be called on the index's
+/// queue; throws `SQLiteDatabase::Error`.
+namespace tesserine {
+
+/// The results of `search`, without their attachments.
+std::vector<SearchResult> readResults(SQLiteDatabase& index, const Search& search, Instant now);
+
+/// How many there are, counted no further than the limit.
+std::int64_t countResults(SQLiteDatabase& index, const Search& search);
+
+/// Gives each of `results` its attachments that match `expression`; tells whether there was any.
+bool readAttachmentMatches(
+    SQLiteDatabase& index, const std::string& expression, std::vector<SearchResult>& results);
+
+}  // namespace tesserine
