@@ -53,6 +53,7 @@ const boost::json::array& array(const boost::json::object& input, std::string_vi
 void addBaseOperations(Operations& operations);
 void addBodyOperations(Operations& operations);
 void addCryptoOperations(Operations& operations);
+void addQuickAddOperations(Operations& operations);
 void addServiceOperations(Operations& operations);
 void addTaskServiceOperations(Operations& operations);
 

@@ -11,6 +11,7 @@ int main() {
     addBaseOperations(operations);
     addBodyOperations(operations);
     addCryptoOperations(operations);
+    addQuickAddOperations(operations);
     addServiceOperations(operations);
     addTaskServiceOperations(operations);
 
