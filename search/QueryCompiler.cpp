@@ -1,6 +1,5 @@
 #include "search/QueryCompiler.h"
 
-#include "base/Text.h"
 #include "search/MatchExpression.h"
 #include "search/QueryCharacters.h"
 #include "search/QueryKeys.h"
@@ -18,11 +17,6 @@ namespace {
 using Kind = QueryNode::Kind;
 using Form = QueryText::Form;
 
-/// A word on its own, neither in quotes nor behind a field.
-bool isWord(const QueryNode& node) {
-    return node.kind == Kind::text && node.text.form != Form::phrase;
-}
-
 /// Whether full-text expressions alone can say it.
 bool isTextual(const QueryNode& node) {
     switch (node.kind) {
@@ -37,61 +31,35 @@ bool isTextual(const QueryNode& node) {
     return std::ranges::find(fields, node.filter.field) != fields.end();
 }
 
-template <class Visit>
-void forEachTerm(QueryNode& node, Visit visit) {
-    if (node.children.empty()) visit(node);
-    for (QueryNode& child : node.children) {
-        forEachTerm(child, visit);
-    }
-}
-
-template <class Test>
-bool anyFilter(const QueryNode& node, Test test) {
-    if (node.kind == Kind::filter && test(node.filter)) return true;
-    return std::ranges::any_of(
-        node.children, [&](const QueryNode& child) { return anyFilter(child, test); });
-}
-
-bool hasValue(const QueryFilter& filter, std::string_view value) {
-    return std::ranges::any_of(filter.values, [&](const QueryValue& own) {
-        return text::asciiLowercased(own.text) == value;
+/// Whether the query says itself where it looks for what is in the trash.
+bool looksIntoTrash(const QueryNode& root) {
+    bool looks = false;
+    forEachNode(root, [&](const QueryNode& node) {
+        const QueryFilter& filter = node.filter;
+        const bool isTrashed = filter.field == QueryField::is && filter.says("trashed");
+        const bool isScope = filter.field == QueryField::scope || isTrashed;
+        looks = looks || (node.kind == Kind::filter && isScope);
     });
+    return looks;
 }
 
-bool looksIntoTrash(const QueryFilter& filter) {
-    return filter.field == QueryField::scope
-           || (filter.field == QueryField::is && hasValue(filter, "trashed"));
-}
-
-bool isAboutTasks(const QueryFilter& filter) {
-    if (filter.field == QueryField::due || filter.field == QueryField::priority) return true;
-    if (filter.field != QueryField::is) return false;
-    return std::ranges::any_of(
-        std::array{"task", "open", "done", "overdue"},
-        [&](const char* value) { return hasValue(filter, value); });
-}
-
-/// Turns `p1` to `p4` into the filter they stand for.
-void readPriorities(QueryNode& node) {
-    const bool isPriority = isWord(node) && node.text.text.size() == 2
-                            && std::string_view("pP").find(node.text.text[0]) != std::string::npos
-                            && node.text.text[1] >= '1' && node.text.text[1] <= '4';
-    if (!isPriority) return;
-    node.kind = Kind::filter;
-    node.filter = {.field = QueryField::priority, .values = {{.text = node.text.text}}};
-}
-
-SearchSort sortOf(const QueryFilter& filter) {
-    if (hasValue(filter, "newest")) return SearchSort::newest;
-    if (hasValue(filter, "oldest")) return SearchSort::oldest;
-    return SearchSort::relevance;
+/// The last order asked for.
+SearchSort sortOf(const QueryNode& root) {
+    SearchSort sort = SearchSort::relevance;
+    forEachNode(root, [&](const QueryNode& node) {
+        if (node.kind != Kind::filter || node.filter.field != QueryField::sort) return;
+        sort = node.filter.says("newest")   ? SearchSort::newest
+               : node.filter.says("oldest") ? SearchSort::oldest
+                                            : SearchSort::relevance;
+    });
+    return sort;
 }
 
 /// The words in their order as one phrase; a single word as it stands. None without words.
 std::optional<std::string> strictExpression(const std::vector<const QueryNode*>& required) {
     std::string words;
     for (const QueryNode* node : required) {
-        if (isWord(*node)) words += (words.empty() ? "" : " ") + node->text.text;
+        if (node->isWord()) words += (words.empty() ? "" : " ") + node->text.text;
     }
     if (words.empty()) return std::nullopt;
     return match::in(match::writtenColumns, match::phrase(words));
@@ -99,22 +67,14 @@ std::optional<std::string> strictExpression(const std::vector<const QueryNode*>&
 
 }  // namespace
 
-bool asksForTasks(const Query& query) { return anyFilter(query.root, isAboutTasks); }
-
 CompiledQuery QueryCompiler::compile(const Query& query, std::int64_t limit) {
-    QueryNode root = query.root;
-    if (asksForTasks(query)) forEachTerm(root, readPriorities);
-
-    CompiledQuery compiled{.search = {.limit = limit}, .hints = query.hints};
+    CompiledQuery compiled{
+        .search = {.sort = sortOf(query.root), .limit = limit}, .hints = query.hints};
     Search& search = compiled.search;
-    if (!anyFilter(root, looksIntoTrash)) search.filters.push_back(filter::isTrashed(false));
-    forEachTerm(root, [&](const QueryNode& term) {
-        const bool isSort = term.kind == Kind::filter && term.filter.field == QueryField::sort;
-        if (isSort) search.sort = sortOf(term.filter);
-    });
+    if (!looksIntoTrash(query.root)) search.filters.push_back(filter::isTrashed(false));
 
     std::vector<const QueryNode*> required;
-    for (const QueryNode& child : root.children) {
+    for (const QueryNode& child : query.root.children) {
         const bool isLeftOut = child.kind == Kind::negation && isTextual(child.children.front());
         if (isTextual(child)) {
             required.push_back(&child);
@@ -192,7 +152,7 @@ std::vector<std::string> QueryCompiler::expressions(
     std::vector<std::string> all;
     while (!nodes.empty()) {
         const auto run = static_cast<std::size_t>(
-            std::ranges::find_if_not(nodes, [](const QueryNode* node) { return isWord(*node); })
+            std::ranges::find_if_not(nodes, [](const QueryNode* node) { return node->isWord(); })
             - nodes.begin());
         for (std::string& part : neighbours(nodes.first(run), columns)) {
             all.push_back(std::move(part));

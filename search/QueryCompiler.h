@@ -68,7 +68,4 @@ private:
     std::vector<std::string> hints_;
 };
 
-/// Whether a query asks for tasks, so that `p1` in it is a priority.
-bool asksForTasks(const Query& query);
-
 }  // namespace tesserine

@@ -2,6 +2,7 @@
 
 #include "base/Text.h"
 #include "search/MatchExpression.h"
+#include "search/QueryTimes.h"
 #include "search/SearchIndex.h"
 
 #include <algorithm>
@@ -25,19 +26,6 @@ bool isNone(const QueryValue& value) {
 /// A pattern of LIKE for a folded name; an asterisk at the end of a bare one stands for any rest.
 std::string pattern(const QueryValue& value) {
     return filter::likeLiteral(indexFold(value.stem())) + (value.isBeginning() ? "%" : "");
-}
-
-/// What is compared starts, or ends, where the other one does.
-filter::TimeSpan compared(const DateSpan& span, Comparison comparison) {
-    switch (comparison) {
-    case Comparison::atLeast: return {.begin = span.begin};
-    case Comparison::above: return {.begin = span.end};
-    case Comparison::atMost: return {.end = span.end};
-    case Comparison::below: return {.end = span.begin};
-    case Comparison::none:
-    case Comparison::equal: break;
-    }
-    return {.begin = span.begin, .end = span.end};
 }
 
 std::optional<double> numberIn(std::string_view text) {
@@ -193,6 +181,7 @@ std::optional<BoundSQL> QueryConditions::is(const QueryValue& value) {
         {"conflict", Kind::hasConflict},
         {"template", Kind::isTemplate},
     }};
+    if (what == "template") hint("Templates are in no search; they have a list of their own.");
     for (const auto& [name, kind] : answers) {
         if (what == name) return answered({.kind = kind});
     }
@@ -260,32 +249,9 @@ std::optional<BoundSQL> QueryConditions::answered(const LibraryCondition& condit
     return std::nullopt;
 }
 
-/// The time that a value names for its field; none when it holds no date.
 std::optional<filter::TimeSpan> QueryConditions::span(
     const QueryFilter& filter, const QueryValue& value) const {
-    if (value.upTo) {
-        const auto from = date(value.text);
-        const auto to = date(*value.upTo);
-        const bool isReadable = (from || value.text.empty()) && (to || value.upTo->empty());
-        if (!isReadable || (!from && !to)) return std::nullopt;
-        filter::TimeSpan span;
-        if (from) span.begin = from->begin;
-        if (to) span.end = to->end;
-        return span;
-    }
-    const auto found = date(value.text);
-    if (!found) return std::nullopt;
-    Comparison comparison = filter.comparison;
-    if (filter.field == QueryField::before) comparison = Comparison::below;
-    if (filter.field == QueryField::after) comparison = Comparison::above;
-    const bool reachesOn =
-        filter.field == QueryField::edited || (filter.field == QueryField::created && found->isAge);
-    if (comparison == Comparison::none && reachesOn) comparison = Comparison::atLeast;
-    return compared(*found, comparison);
-}
-
-std::optional<DateSpan> QueryConditions::date(const std::string& text) const {
-    return parseQueryDate(text, setting_.now, setting_.calendar);
+    return timeOf(filter, value, setting_.now, setting_.calendar);
 }
 
 void QueryConditions::hint(const std::string& sentence) {

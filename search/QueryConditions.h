@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Calendar.h"
-#include "search/QueryDates.h"
 #include "search/QuerySources.h"
 #include "search/QuerySyntax.h"
 
@@ -41,7 +40,6 @@ private:
     Condition answered(const LibraryCondition& condition);
 
     std::optional<filter::TimeSpan> span(const QueryFilter& filter, const QueryValue& value) const;
-    std::optional<DateSpan> date(const std::string& text) const;
     void hint(const std::string& sentence);
 
     Setting setting_;

@@ -64,6 +64,20 @@ private:
     bool isNextNegated_ = false;
 };
 
+/// Turns `p1` to `p4` into the filter they stand for where tasks are asked for.
+void readPriorities(Query& query) {
+    if (!query.asksForTasks()) return;
+    forEachNode(query.root, [](QueryNode& node) {
+        const std::string& word = node.text.text;
+        const bool isPriority = node.isWord() && word.size() == 2
+                                && (word[0] == 'p' || word[0] == 'P') && word[1] >= '1'
+                                && word[1] <= '4';
+        if (!isPriority) return;
+        node.kind = Kind::filter;
+        node.filter = {.field = QueryField::priority, .values = {{.text = word}}};
+    });
+}
+
 class Parser {
 public:
     Parser(std::string_view text, QueryScanner::LastWord lastWord) : scanner_(text, lastWord) {}
@@ -81,6 +95,7 @@ public:
         if (auto root = groups_.back().finish()) {
             adopt(query.root.children, std::move(*root), Kind::all);
         }
+        readPriorities(query);
         return query;
     }
 

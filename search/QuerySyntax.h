@@ -43,7 +43,10 @@ struct QueryFilter {
     enum class Comparison { none, equal, atLeast, atMost, above, below };
     QueryField field = QueryField::tag;
     Comparison comparison = Comparison::none;
-    std::vector<QueryValue> values;  ///< none: filters nothing, yet
+    std::vector<QueryValue> values;  ///< at least one
+
+    /// Whether one of the values is `value`, which is in lower case, ignoring case.
+    bool says(std::string_view value) const;
 };
 
 /// A part of a query.
@@ -54,7 +57,19 @@ struct QueryNode {
     QueryText text{};
     QueryFilter filter{};
     std::string typed{};  ///< of `text` and `filter`: as they stand in the query
+
+    /// Whether it is a word on its own, neither in quotes nor behind a field.
+    bool isWord() const { return kind == Kind::text && text.form != QueryText::Form::phrase; }
 };
+
+/// Calls `visit` with `node` and everything below it, each before what it holds.
+template <class Node, class Visit>
+void forEachNode(Node& node, const Visit& visit) {
+    visit(node);
+    for (auto& child : node.children) {
+        forEachNode(child, visit);
+    }
+}
 
 /// Words, phrases and filters of a query; what follows them is ignored.
 inline constexpr std::size_t maximumQueryTerms = 32;
@@ -67,6 +82,9 @@ struct Query {
     QueryNode root{};
     /// Sentences that tell what was not understood, or left out.
     std::vector<std::string> hints{};
+
+    /// Whether a filter that only tasks can pass is in it.
+    bool asksForTasks() const;
 };
 
 }  // namespace tesserine

@@ -13,6 +13,7 @@ namespace tesserine {
 /// One search on its way from stage to stage.
 struct SearchEngine::Run {
     Query query;
+    bool isTyping = false;
     std::int64_t limit = 0;
     Instant now;
     std::chrono::nanoseconds end{};  // of the time it may take, on the monotonic clock
@@ -28,19 +29,16 @@ using Form = QueryText::Form;
 constexpr std::int64_t mostTermsContaining = 50;
 constexpr std::int64_t mostPartsOfWords = 200;
 constexpr std::chrono::milliseconds longestLookIntoWords{1'000};
+constexpr std::chrono::milliseconds longestLookWhileTyping{100};
 constexpr std::size_t shortestPart = 2;       // bytes
 constexpr std::size_t shortestCorrected = 4;  // letters
 
 constexpr const char* outOfTime = "The search took too long, so it was given up.";
 
-bool isWord(const QueryNode& node) {
-    return node.kind == Kind::text && node.text.form != Form::phrase;
-}
-
 std::vector<std::size_t> wordsOf(const Query& query) {
     std::vector<std::size_t> places;
     for (std::size_t i = 0; i < query.root.children.size(); ++i) {
-        if (isWord(query.root.children[i])) places.push_back(i);
+        if (query.root.children[i].isWord()) places.push_back(i);
     }
     return places;
 }
@@ -51,12 +49,9 @@ Query without(const Query& query, std::size_t place) {
     return rest;
 }
 
-/// The end of the terms that begin with something.
-std::string endOfTermsFrom(const std::string& beginning) { return beginning + "\xF4\x8F\xBF\xBF"; }
-
 /// Every word that is to be found, wherever it stands; what is negated is not.
 void forEachWord(QueryNode& node, const std::function<void(QueryNode& word)>& visit) {
-    if (isWord(node)) visit(node);
+    if (node.isWord()) visit(node);
     if (node.kind == Kind::negation) return;
     for (QueryNode& child : node.children) {
         forEachWord(child, visit);
@@ -70,6 +65,7 @@ SearchResponse SearchEngine::search(const Request& request) {
     const std::string text = text::sanitized(request.text);
     Run run{
         .query = parseQuery(text, request.lastWord),
+        .isTyping = request.lastWord == QueryScanner::LastWord::mayGoOn,
         .limit = std::clamp<std::int64_t>(request.limit, 1, largestLimit),
         .now = setting_.clock.now(),
         .end = begin + longestSearch};
@@ -111,7 +107,7 @@ bool SearchEngine::findPartsOfWords(Run& run) {
     Query rest = run.query;
     std::vector<BoundSQL> parts;
     std::erase_if(rest.root.children, [&](const QueryNode& child) {
-        if (!isWord(child) || child.text.text.size() < shortestPart) return false;
+        if (!child.isWord() || child.text.text.size() < shortestPart) return false;
         parts.push_back(filter::textContaining(child.text.text));
         return true;
     });
@@ -122,7 +118,8 @@ bool SearchEngine::findPartsOfWords(Run& run) {
 
     // Reading every text takes its time; nobody waits for it as for a search of the index.
     const auto end = run.end;
-    run.end = std::min(end, setting_.clock.monotonic() + longestLookIntoWords);
+    const auto longest = run.isTyping ? longestLookWhileTyping : longestLookIntoWords;
+    run.end = std::min(end, setting_.clock.monotonic() + longest);
     const bool isFound = take(run, compiled);
     run.end = end;
     run.isOutOfTime = false;
@@ -154,7 +151,7 @@ bool SearchEngine::findAnyWord(Run& run) {
     Query any;
     QueryNode words{.kind = Kind::any};
     for (const QueryNode& child : run.query.root.children) {
-        (isWord(child) ? words : any.root).children.push_back(child);
+        (child.isWord() ? words : any.root).children.push_back(child);
     }
     any.root.children.push_back(std::move(words));
     if (!take(run, compile(any, run.limit))) return false;
@@ -200,6 +197,7 @@ bool SearchEngine::take(Run& run, const CompiledQuery& compiled) {
         }
     });
     if (!isFinished) results.clear();
+    std::ranges::for_each(results, showWhatMatched);
     run.response.results = std::move(results);
     return !run.response.results.empty();
 }
@@ -228,7 +226,7 @@ std::optional<std::string> SearchEngine::correction(const QueryText& word) {
     const bool isCorrectable =
         word.form != Form::part && isOnlyLetters(folded) && length(folded) >= shortestCorrected;
     if (!isCorrectable) return std::nullopt;
-    if (setting_.index.hasTerm(folded, endOfTermsFrom(folded))) return std::nullopt;
+    if (setting_.index.hasTerm(folded, folded + std::string(lastOfTerms))) return std::nullopt;
     return dictionary().closest(folded);
 }
 
@@ -245,8 +243,24 @@ std::vector<std::string> SearchEngine::termsContaining(const std::string& part) 
     return setting_.index.termsLike("%" + filter::likeLiteral(part) + "%", mostTermsContaining);
 }
 
+/// Tags are told apart by case and accents in the tree, never by a person who looks for one.
 std::vector<std::string> SearchEngine::tagsBelow(const std::string& name) {
-    return setting_.index.descendantTags(name);
+    const std::string folded = indexFold(name);
+    const auto meant = setting_.index.perform([&](SQLiteDatabase& index) {
+        std::vector<std::string> names;
+        Statement all = index.prepare("SELECT name FROM tag_tree");
+        while (all.step()) {
+            std::string tag = all.text(0).value_or("");
+            if (indexFold(tag) == folded) names.push_back(std::move(tag));
+        }
+        return names;
+    });
+    std::vector<std::string> below;
+    for (const std::string& tag : meant) {
+        const auto tags = setting_.index.descendantTags(tag);
+        below.insert(below.end(), tags.begin(), tags.end());
+    }
+    return below;
 }
 
 }  // namespace tesserine

@@ -33,7 +33,7 @@ struct SearchResult {
     std::optional<Instant> createdAt;
     std::optional<Instant> updatedAt;
     bool hasAttachment = false;
-    /// From the body, or from where else something matched: files, tags, the notebook.
+    /// From the body, or from where else something matched.
     std::string snippet;
     double score = 0;  ///< lower is better
     std::string highlightedTitle;

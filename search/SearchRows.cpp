@@ -54,19 +54,8 @@ std::optional<double> degreesOf(const Statement& row, int column) {
     return row.real(column);
 }
 
-/// When nothing matched in the body, its beginning says nothing: shows what did match.
-void chooseSnippet(SearchResult& result) {
-    if (marked::hasMark(result.snippet)) return;
-    for (const std::string* text :
-         {&result.highlightedAttachments, &result.highlightedTags, &result.highlightedNotebook}) {
-        if (!marked::hasMark(*text)) continue;
-        result.snippet = *text;
-        return;
-    }
-}
-
 SearchResult resultOf(const Statement& row) {
-    SearchResult result{
+    return {
         .id = Uuid::parse(textOf(row, 0)).value_or(Uuid{}),
         .kind = row.textView(1) == nameOf(SearchKind::task) ? SearchKind::task : SearchKind::note,
         .title = textOf(row, 2),
@@ -86,8 +75,6 @@ SearchResult resultOf(const Statement& row) {
         .highlightedAttachments = marked::excerpt(row.textView(15), snippetWords),
         .isTrashed = row.integer(16) != 0,
         .isFavorite = row.integer(17) != 0};
-    chooseSnippet(result);
-    return result;
 }
 
 void readInto(
@@ -115,6 +102,16 @@ std::vector<SearchResult> readResults(SQLiteDatabase& index, const Search& searc
         if (half.limit > 0) readInto(results, index, half, now);
     }
     return results;
+}
+
+void showWhatMatched(SearchResult& result) {
+    if (marked::hasMark(result.snippet)) return;
+    for (const std::string* text :
+         {&result.highlightedAttachments, &result.highlightedTags, &result.highlightedNotebook}) {
+        if (!marked::hasMark(*text)) continue;
+        result.snippet = *text;
+        return;
+    }
 }
 
 std::int64_t countResults(SQLiteDatabase& index, const Search& search) {

@@ -12,8 +12,12 @@
 /// queue; throws `SQLiteDatabase::Error`.
 namespace tesserine {
 
-/// The results of `search`, without their attachments.
+/// The results of `search`, without their attachments; snippets are those of the body.
 std::vector<SearchResult> readResults(SQLiteDatabase& index, const Search& search, Instant now);
+
+/// When nothing matched in the body, its beginning says nothing: the snippet becomes that of the
+/// files, tags or notebook that did match.
+void showWhatMatched(SearchResult& result);
 
 /// How many there are, counted no further than the limit.
 std::int64_t countResults(SQLiteDatabase& index, const Search& search);

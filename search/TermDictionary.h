@@ -10,6 +10,9 @@
 
 namespace tesserine {
 
+/// Put behind the beginning of terms it stands after all of them.
+inline constexpr std::string_view lastOfTerms = "\xF4\x8F\xBF\xBF";
+
 /// The words of the index, for finding the one that somebody meant. Values; safe from any thread
 /// once made.
 class TermDictionary {
