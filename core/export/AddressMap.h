@@ -1,0 +1,13 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace tesserine {
+
+/// Gives the address that is written for one of a stored body, such as the file that was made of an
+/// attachment. Without a function, addresses stay as they are.
+using AddressMap = std::function<std::string(std::string_view address)>;
+
+}  // namespace tesserine
