@@ -109,6 +109,11 @@ void HTMLSerializer::text(std::string_view text) {
 
 void HTMLSerializer::comment(std::string_view /*text*/) {}
 
+void HTMLSerializer::storedForm(std::string_view html) {
+    isAfterPre_ = false;
+    html_ += html;
+}
+
 std::string HTMLSerializer::serialize(const HTMLNode& root) {
     NodeWriter writer;
     walk(root, writer);

@@ -22,6 +22,9 @@ public:
     void text(std::string_view text) override;
     void comment(std::string_view text) override;
 
+    /// Adds a piece that is in stored form already.
+    void storedForm(std::string_view html);
+
     /// What was written so far.
     const std::string& html() const noexcept { return html_; }
 
