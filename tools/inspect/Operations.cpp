@@ -89,6 +89,10 @@ std::int64_t integer(const object& input, std::string_view key, std::int64_t oth
     return find(input, key) == nullptr ? otherwise : integer(input, key);
 }
 
+std::optional<std::int64_t> optionalInteger(const object& input, std::string_view key) {
+    return find(input, key) == nullptr ? std::nullopt : std::optional(integer(input, key));
+}
+
 const boost::json::array& array(const object& input, std::string_view key) {
     const value& found = member(input, key);
     if (!found.is_array()) fail(key, "a list");

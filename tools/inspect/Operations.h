@@ -47,6 +47,7 @@ std::optional<std::string> optionalText(const boost::json::object& input, std::s
 std::int64_t integer(const boost::json::object& input, std::string_view key);
 std::int64_t integer(
     const boost::json::object& input, std::string_view key, std::int64_t otherwise);
+std::optional<std::int64_t> optionalInteger(const boost::json::object& input, std::string_view key);
 const boost::json::array& array(const boost::json::object& input, std::string_view key);
 
 /// One function for each room; a room's operations stand in a file of its own.
@@ -55,6 +56,7 @@ void addBodyOperations(Operations& operations);
 void addCryptoOperations(Operations& operations);
 void addQuickAddOperations(Operations& operations);
 void addServiceOperations(Operations& operations);
+void addTaskOperations(Operations& operations);
 void addTaskServiceOperations(Operations& operations);
 
 }  // namespace tesserine::inspect

@@ -13,6 +13,7 @@ int main() {
     addCryptoOperations(operations);
     addQuickAddOperations(operations);
     addServiceOperations(operations);
+    addTaskOperations(operations);
     addTaskServiceOperations(operations);
 
     std::ios::sync_with_stdio(false);
