@@ -46,8 +46,9 @@ std::optional<Lines> linesBetweenMarks(std::string_view text, std::size_t& end) 
 
 /// `lines` without the indentation that all of them have, and without blank lines at the end.
 std::string dedented(Lines lines) {
-    while (!lines.empty() && isBlankLine(lines.back()))
+    while (!lines.empty() && isBlankLine(lines.back())) {
         lines.pop_back();
+    }
     std::size_t common = SIZE_MAX;
     for (const std::string_view line : lines) {
         if (!isBlankLine(line)) common = std::min(common, indentation(line));
@@ -63,7 +64,7 @@ std::string dedented(Lines lines) {
 
 /// The text of a block scalar: of its lines as they are, or folded into paragraphs.
 std::string blockScalar(const Lines& lines, bool isFolded) {
-    const std::string text = dedented(lines);
+    std::string text = dedented(lines);
     if (!isFolded) return text;
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -72,8 +73,9 @@ std::string blockScalar(const Lines& lines, bool isFolded) {
             continue;
         }
         std::size_t breaks = 1;
-        for (; i + 1 < text.size() && text[i + 1] == '\n'; ++i)
+        for (; i + 1 < text.size() && text[i + 1] == '\n'; ++i) {
             ++breaks;
+        }
         if (breaks == 1) {
             result += ' ';
         } else {
@@ -156,8 +158,9 @@ private:
     /// The value of a key that has nothing on its own line: a list, a text, or nested keys.
     FrontMatterField valueBelow() {
         const std::size_t begin = next_;
-        while (next_ < lines_.size() && (isContinuation(next_) || isListItem(lines_[next_])))
+        while (next_ < lines_.size() && (isContinuation(next_) || isListItem(lines_[next_]))) {
             ++next_;
+        }
         const Lines below(lines_.begin() + offset(begin), lines_.begin() + offset(next_));
         const std::string text = dedented(below);
         if (isListItem(text.substr(0, text.find('\n')))) return listFrom(text);
@@ -190,8 +193,9 @@ private:
     }
     Lines takeIndented() {
         const std::size_t begin = next_;
-        while (next_ < lines_.size() && isContinuation(next_))
+        while (next_ < lines_.size() && isContinuation(next_)) {
             ++next_;
+        }
         return {lines_.begin() + offset(begin), lines_.begin() + offset(next_)};
     }
     static std::ptrdiff_t offset(std::size_t line) { return static_cast<std::ptrdiff_t>(line); }

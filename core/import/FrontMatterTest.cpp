@@ -47,8 +47,8 @@ TEST(FrontMatter, ScalarsAndListsAreRead) {
              Case{"a: >-\n  one\n  two\n\n  three", "a=one two/three"},
              Case{"a:\n  b: 1\n  c:\n    d: 2", "a=b: 1/c:/  d: 2"},
              Case{"a: {b: 1, c: [2]}", "a={b: 1, c: [2]}"},
-             Case{"a: \"broken \\q \\u12", "a=\"broken \\q \\u12"},
-             Case{"a: \"\\u0000\\ud800\"", "a=\uFFFD\uFFFD"},
+             Case{R"(a: "broken \q \u12)", R"(a="broken \q \u12)"},
+             Case{R"(a: "\u0000\ud800")", "a=\uFFFD\uFFFD"},
              Case{"", ""},
          }) {
         SCOPED_TRACE(yaml);

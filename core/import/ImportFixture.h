@@ -23,7 +23,7 @@ namespace tesserine::test {
 
 /// A folder of Markdown to be filled, and an empty library on the morning of 14 March 2026.
 class ImportFixture : public ::testing::Test {
-protected:
+public:
     ImportFixture() { std::filesystem::create_directory(source()); }
 
     std::filesystem::path source() const { return folder.path() / "Vault"; }
@@ -108,7 +108,7 @@ protected:
     }
     /// The oldest note of this title outside the trash.
     CDNote& note(const std::string& title) {
-        CDNote* found = context().fetchFirst<CDNote>(
+        auto* found = context().fetchFirst<CDNote>(
             {.predicate = {"title == %@ AND trashedAt == nil", title}});
         if (found == nullptr) throw std::runtime_error("no note " + title);
         return *found;

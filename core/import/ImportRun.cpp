@@ -223,8 +223,9 @@ void ImportRun::keepSource(CDNote& note, ImportDraft& draft) {
 /// and so does what the user attached.
 void ImportRun::dropFormerAttachments(CDNote& note, const Intake& intake) {
     for (CDAttachment* attachment : note.attachments.all()) {
-        if (intake.wasTaken(attachment) || attachment->sourceKind != std::string("import"))
+        if (intake.wasTaken(attachment) || attachment->sourceKind != std::string("import")) {
             continue;
+        }
         if (!attachments_.referringRevisions(*attachment).empty()) continue;
         context_.remove(*attachment);
     }

@@ -75,7 +75,7 @@ public:
     static constexpr std::uint64_t bytesPerBatch = 32'000'000;
 
     /// `file` names the source in the report. An import of the same source that was stopped is
-    /// continued: its seed is used again. Throws `StoreError`.
+    /// continued: its seed is used again. `environment` outlives the run. Throws `StoreError`.
     ImportRun(
         StoreContext& context,
         const ImportEnvironment& environment,
@@ -116,7 +116,7 @@ private:
 
     // Fixed after construction.
     StoreContext& context_;
-    const ImportEnvironment environment_;
+    const ImportEnvironment& environment_;
     const ImportOptions options_;
     const NoteService notes_;
     const NotebookService notebooks_;

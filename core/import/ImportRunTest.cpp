@@ -16,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 
 class ImportRunTest : public test::ImportFixture {
-protected:
+public:
     void putNumbered(int count) const {
         for (int i = 0; i < count; ++i) {
             std::string number = std::to_string(i);

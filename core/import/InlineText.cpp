@@ -113,8 +113,9 @@ void InlineText::writeTag(std::string& html, std::string_view tag) {
 
 void InlineText::leaveSpan() {
     --spanDepth_;
-    while (!marks_.empty() && marks_.back().spanDepth > spanDepth_)
+    while (!marks_.empty() && marks_.back().spanDepth > spanDepth_) {
         marks_.pop_back();
+    }
 }
 
 void InlineText::finish(std::string& html) {

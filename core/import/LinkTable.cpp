@@ -117,11 +117,12 @@ std::string LinkTable::key(std::string_view path) const {
 
 std::vector<std::size_t> LinkTable::candidates(
     const std::vector<Entry>& entries, std::string_view key) const {
-    const auto [begin, end] = std::ranges::equal_range(
-        entries, std::hash<std::string>{}(std::string(key)), {}, &Entry::hash);
+    const std::uint64_t hash = std::hash<std::string>{}(std::string(key));
     std::vector<std::size_t> result;
-    for (auto entry = begin; entry != end; ++entry)
+    auto entry = std::ranges::lower_bound(entries, hash, {}, &Entry::hash);
+    for (; entry != entries.end() && entry->hash == hash; ++entry) {
         result.push_back(entry->file);
+    }
     return result;
 }
 

@@ -32,7 +32,7 @@ TEST(LocalAddress, AddressesAreTakenApartAndKeptInTheFolder) {
              Case{"x/../../../b.md", "refused"},
              Case{"%2e%2e/%2e%2e/b.md", "refused"},
              Case{"/etc/passwd", "refused"},
-             Case{"\\\\server\\share", "refused"},
+             Case{R"(\\server\share)", "refused"},
              Case{"c:/x.png", "refused"},
              Case{"~/x.png", "refused"},
              Case{"File:///etc/passwd", "refused"},

@@ -72,6 +72,7 @@ private:
     void enterCell(const char* name, MD_ALIGN alignment);
     void leaveCode();
     void writeAttribute(const MD_ATTRIBUTE& attribute);
+    void endPictureText();
     void enterLink(const MD_ATTRIBUTE& address);
     void writeTitle(const MD_ATTRIBUTE& title);
     void writeRawHTML(std::string_view html);
@@ -277,10 +278,20 @@ void HTMLWriter::leaveSpan(MD_SPANTYPE type, const void* detail) {
         --linkDepth_;
         break;
     case MD_SPAN_IMG:
-        write("\"");
+        endPictureText();
         writeTitle(static_cast<const MD_SPAN_IMG_DETAIL*>(detail)->title);
         write(">");
         break;
+    }
+}
+
+/// Ends the "alt" of a picture, which one without a text does not have.
+void HTMLWriter::endPictureText() {
+    constexpr std::string_view begin = " alt=\"";
+    if (out().ends_with(begin)) {
+        out().resize(out().size() - begin.size());
+    } else {
+        write("\"");
     }
 }
 

@@ -32,18 +32,18 @@ TEST(MarkdownHTML, BlocksAndSpansBecomeNoteBodyElements) {
                 "<p><a href=\"http://www.example.org\">www.example.org</a>, "
                 "<a href=\"mailto:a@b.c\">a@b.c</a></p>"},
             Case{
-                "[x](/u?a=1&b \"T \\\"q\\\"\")",
-                "<p><a href=\"/u?a=1&amp;b\" title=\"T &quot;q&quot;\">x</a></p>"},
+                R"([x](/u?a=1&b "T \"q\""))",
+                R"(<p><a href="/u?a=1&amp;b" title="T &quot;q&quot;">x</a></p>)"},
             Case{
                 "![a *b* `c`\nd](p.png \"T\")",
-                "<p><img src=\"p.png\" alt=\"a b c d\" title=\"T\"></p>"},
+                R"(<p><img src="p.png" alt="a b c d" title="T"></p>)"},
             Case{
                 "[[Some note]] and [[other#part|text]]",
                 "<p><a href=\"tesserine-wiki:Some note\">Some note</a> and "
                 "<a href=\"tesserine-wiki:other#part\">text</a></p>"},
             Case{
                 "![[a \"b\".png|300]]",
-                "<p><a href=\"tesserine-embed:a &quot;b&quot;.png\">a \"b\".png</a></p>"},
+                R"(<p><a href="tesserine-embed:a &quot;b&quot;.png">a "b".png</a></p>)"},
         }) {
         SCOPED_TRACE(markdown);
         EXPECT_EQ(markdownToHTML(markdown).html, html);
@@ -154,8 +154,9 @@ TEST(MarkdownHTML, TagWordsAreCollectedOnlyWhenAskedFor) {
 
 std::string repeated(std::string_view part, std::size_t count) {
     std::string result;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         result += part;
+    }
     return result;
 }
 

@@ -243,7 +243,7 @@ ImportedNote Session::importNote(ImportRun& run, NoteLinks& links, std::size_t n
     const SourceFile& file = folder_.notes()[number];
     try {
         MarkdownNote note = readMarkdownNote(folder_, file, environment_, options_);
-        const ImportedNote result = run.add(draftOf(note, links, number));
+        ImportedNote result = run.add(draftOf(note, links, number));
         const bool isOld = run.isContinued() && result.outcome == ImportOutcome::skipped;
         if (isOld) findLinks(note, *result.noteID, number, links);
         return result;

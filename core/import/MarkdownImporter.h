@@ -3,6 +3,7 @@
 #include "core/import/ImportTypes.h"
 
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 namespace tesserine {
@@ -18,7 +19,8 @@ class StoreContext;
 /// and then. `environment` outlives it.
 class MarkdownImporter {
 public:
-    explicit MarkdownImporter(const ImportEnvironment& environment) : environment_(environment) {}
+    explicit MarkdownImporter(ImportEnvironment environment)
+        : environment_(std::move(environment)) {}
 
     /// What `run` would do; reads the files and the library and writes nothing. Throws `FileError`
     /// when a source is not there, and `StoreError`.

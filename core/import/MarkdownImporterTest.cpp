@@ -148,7 +148,7 @@ TEST_F(MarkdownImporterTest, PicturesAndFilesBecomeAttachments) {
 
     CDNote& made = note("Note");
     const std::string picture = "<img src=\"tesserine-attachment://" + attachmentID(made) + "\"";
-    const std::string size = " width=\"1\" height=\"1\">";
+    const std::string size = R"( width="1" height="1">)";
     EXPECT_EQ(
         made.html,
         "<p>" + picture + " alt=\"alt\" title=\"T\"" + size + " " + picture + " alt=\"again\""

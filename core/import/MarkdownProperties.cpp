@@ -88,8 +88,9 @@ private:
             names =
                 split(field.values.front(), areHashWords(field.values.front()) ? " \t\n," : ",");
         }
-        for (const std::string& name : names)
+        for (const std::string& name : names) {
             addTag(withoutHash(name));
+        }
         return true;
     }
     void addTag(const std::string& name) {
@@ -152,8 +153,9 @@ private:
 
 MarkdownProperties markdownProperties(const FrontMatter& matter, const Calendar& calendar) {
     Reading reading(calendar);
-    for (const FrontMatterField& field : matter.fields)
+    for (const FrontMatterField& field : matter.fields) {
         reading.take(field);
+    }
     return std::move(reading).result();
 }
 

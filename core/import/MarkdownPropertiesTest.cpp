@@ -69,8 +69,9 @@ TEST(MarkdownProperties, TagsComeInManyForms) {
     EXPECT_THAT(propertiesOf("tags:\n  - a\n  - 'b, c'").tags, ElementsAre("a", "b, c"));
 
     std::string many = "tags: [";
-    for (int i = 0; i < 50'000; ++i)
+    for (int i = 0; i < 50'000; ++i) {
         many += "t" + std::to_string(i) + ",";
+    }
     const MarkdownProperties note = propertiesOf(many + "]");
     EXPECT_EQ(note.tags.size(), MarkdownProperties::mostTags);
     EXPECT_THAT(note.warnings, ElementsAre("Tags were left out: too many, or too long."));

@@ -16,8 +16,9 @@ bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 
 std::string nameAt(std::string_view html, std::size_t begin) {
     std::size_t end = begin;
-    while (end < html.size() && (isLetter(html[end]) || (html[end] >= '0' && html[end] <= '9')))
+    while (end < html.size() && (isLetter(html[end]) || (html[end] >= '0' && html[end] <= '9'))) {
         ++end;
+    }
     return text::asciiLowercased(html.substr(begin, end - begin));
 }
 

@@ -27,8 +27,9 @@ public:
     std::optional<int> number(std::size_t least, std::size_t most) {
         std::size_t digits = 0;
         while (digits < rest_.size() && digits < most && rest_[digits] >= '0'
-               && rest_[digits] <= '9')
+               && rest_[digits] <= '9') {
             ++digits;
+        }
         if (digits < least) return std::nullopt;
         int value = 0;
         std::from_chars(rest_.data(), rest_.data() + digits, value);

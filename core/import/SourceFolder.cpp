@@ -43,7 +43,7 @@ Instant instantOf(const struct statx_timestamp& time) {
 SourceFolder::SourceFolder(
     const std::vector<fs::path>& sources,
     bool (*isNote)(std::string_view filename),
-    std::stop_token stop)
+    const std::stop_token& stop)
     : isNote_(isNote) {
     for (const fs::path& source : sources) {
         const fs::path path = realPath(source);
@@ -92,8 +92,11 @@ void SourceFolder::addEntries(
         if (name.starts_with('.')) continue;
         std::error_code ignored;  // a file that vanished meanwhile is of no kind
         const fs::file_type type = entries->symlink_status(ignored).type();
-        if (type == fs::file_type::directory) folders.push_back(std::move(name));
-        if (type == fs::file_type::regular) files.push_back(std::move(name));
+        if (type == fs::file_type::directory) {
+            folders.push_back(std::move(name));
+        } else if (type == fs::file_type::regular) {
+            files.push_back(std::move(name));
+        }
     }
     if (error) {
         const std::string sentence = FileError::fromErrno(path, "read", error.value()).what();

@@ -44,7 +44,7 @@ public:
     SourceFolder(
         const std::vector<std::filesystem::path>& sources,
         bool (*isNote)(std::string_view filename),
-        std::stop_token stop = {});
+        const std::stop_token& stop = {});
 
     const std::vector<SourceFile>& notes() const { return notes_; }
     const std::vector<SourceFile>& others() const { return others_; }

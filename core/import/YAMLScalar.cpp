@@ -45,8 +45,9 @@ void appendCharacter(std::string& text, std::string_view digits) {
     const auto bytes = fromHex(digits);
     char32_t scalar = 0;
     if (bytes) {
-        for (const std::uint8_t byte : *bytes)
+        for (const std::uint8_t byte : *bytes) {
             scalar = scalar << 8U | byte;
+        }
     }
     const bool isSurrogate = scalar >= 0xD800 && scalar <= 0xDFFF;
     const bool isText = scalar != 0 && scalar <= 0x10FFFF && !isSurrogate;
@@ -125,8 +126,10 @@ void BracketCount::add(std::string_view line) {
 }
 
 std::optional<LeadingKey> leadingKey(std::string_view line) {
-    if (line.empty() || std::string_view(" \t-#[]{}").find(line.front()) != std::string_view::npos)
+    if (line.empty()
+        || std::string_view(" \t-#[]{}").find(line.front()) != std::string_view::npos) {
         return std::nullopt;
+    }
     for (const char quote : {'"', '\''}) {
         const auto inside = insideQuotes(line, quote);
         if (!inside) continue;
