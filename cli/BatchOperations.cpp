@@ -31,7 +31,7 @@ boost::json::object BatchOperations::apply(const boost::json::object& operation,
         std::string_view name;
         boost::json::object (BatchOperations::*apply)(JSONFields& fields);
     };
-    static constexpr std::array<Entry, 9> entries{{
+    static constexpr std::array<Entry, 11> entries{{
         {"note.add", &BatchOperations::addNote},
         {"note.set", &BatchOperations::setNote},
         {"note.trash", &BatchOperations::trashNote},
@@ -40,6 +40,8 @@ boost::json::object BatchOperations::apply(const boost::json::object& operation,
         {"note.pin", &BatchOperations::pinNote},
         {"note.unpin", &BatchOperations::unpinNote},
         {"attachment.add", &BatchOperations::addAttachment},
+        {"task.add", &BatchOperations::addTask},
+        {"task.done", &BatchOperations::completeTask},
         {"group", &BatchOperations::applyGroup},
     }};
     JSONFields fields(operation);
@@ -67,6 +69,14 @@ std::optional<std::string> BatchOperations::body(JSONFields& fields) {
     return html;
 }
 
+std::optional<Uuid> BatchOperations::newID(JSONFields& fields) {
+    const auto text = fields.text("id");
+    if (!text) return std::nullopt;
+    const auto id = Uuid::parse(*text);
+    if (!id) throw CommandError::badInput("The field “id” must be a UUID.");
+    return id;
+}
+
 CDNote& BatchOperations::namedNote(JSONFields& fields) {
     const std::string name = fields.requiredText("id");
     fields.refuseOthers();
@@ -80,10 +90,7 @@ boost::json::object BatchOperations::addNote(JSONFields& fields) {
         .sourceURL = fields.text("sourceURL")};
     const auto notebook = fields.text("notebook");
     const auto tags = fields.texts("tags");
-    if (const auto id = fields.text("id")) {
-        draft.id = Uuid::parse(*id);
-        if (!draft.id) throw CommandError::badInput("The field “id” must be a UUID.");
-    }
+    draft.id = newID(fields);
     fields.refuseOthers();
 
     StoreContext& context = session_.context();
@@ -162,6 +169,30 @@ boost::json::object BatchOperations::addAttachment(JSONFields& fields) {
     const bool isInText = std::ranges::find(inText, attachment.id.get()) != inText.end();
     if (!isInText) session_.attachments().appendToBody(context, note, {&attachment});
     return {{"id", asJSON(attachment.id.get())}};
+}
+
+boost::json::object BatchOperations::addTask(JSONFields& fields) {
+    const std::string sentence = fields.requiredText("sentence");
+    const auto id = newID(fields);
+    fields.refuseOthers();
+    if (text::isBlank(sentence)) throw CommandError::badInput("A task needs a title.");
+
+    StoreContext& context = session_.context();
+    // Repeated after a lost answer: the task is there already.
+    if (id && context.find<CDTask>(*id) != nullptr) return {{"id", asJSON(id)}};
+    session_.holdNames();
+    TaskDraft draft = session_.tasks().draftOf(sentence, session_.calendar());
+    draft.id = id;
+    CDTask& task = session_.tasks().create(context, std::move(draft));
+    return {{"id", asJSON(task.id.get())}};
+}
+
+boost::json::object BatchOperations::completeTask(JSONFields& fields) {
+    const std::string name = fields.requiredText("id");
+    fields.refuseOthers();
+    CDTask& task = resolveTask(session_, name);
+    session_.tasks().complete(session_.context(), task, session_.calendar());
+    return {{"id", asJSON(task.id.get())}};
 }
 
 boost::json::object BatchOperations::applyGroup(JSONFields& fields) {

@@ -35,9 +35,12 @@ private:
     boost::json::object pinNote(JSONFields& fields);
     boost::json::object unpinNote(JSONFields& fields);
     boost::json::object addAttachment(JSONFields& fields);
+    boost::json::object addTask(JSONFields& fields);
+    boost::json::object completeTask(JSONFields& fields);
     boost::json::object applyGroup(JSONFields& fields);
 
     std::optional<std::string> body(JSONFields& fields);
+    std::optional<Uuid> newID(JSONFields& fields);
     CDNote& namedNote(JSONFields& fields);
 
     Session& session_;

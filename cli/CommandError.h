@@ -13,6 +13,7 @@ public:
         noteExists,
         savedSearchExists,
         wouldMakeCycle,
+        cannotBeSubtask,
         editorFailed,
         damagedAttachment,
         badInput,
@@ -32,6 +33,11 @@ public:
     static CommandError wouldMakeCycle(const std::string& name) {
         return {
             Kind::wouldMakeCycle, "“" + name + "” cannot be moved into itself or below itself."};
+    }
+    static CommandError cannotBeSubtask(const std::string& title) {
+        return {
+            Kind::cannotBeSubtask,
+            "“" + title + "” cannot become a subtask: it has subtasks, or it is that task itself."};
     }
     static CommandError editorFailed(const std::string& editor) {
         return {

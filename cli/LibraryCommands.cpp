@@ -5,6 +5,7 @@
 #include "cli/ObjectJSON.h"
 #include "cli/Presentation.h"
 #include "cli/Session.h"
+#include "cli/TaskPresentation.h"
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
@@ -36,6 +37,7 @@ ExitStatus makeLibrary(Session& session, const Arguments&) {
 
 /// What the overview shows, section by section.
 struct Overview {
+    std::vector<CDTask*> due;
     std::vector<CDNote*> pinned;
     std::vector<CDNote*> reminders;
     std::vector<CDNote*> conflicts;
@@ -46,7 +48,10 @@ Overview gatherOverview(Session& session) {
     StoreContext& context = session.context();
     const std::string live = "trashedAt == nil AND isTemplate == NO";
     const auto newest = SortDescriptor::Order::descending;
+    FetchRequest due = TaskView::today().request(session.now(), session.calendar());
+    due.limit = overviewLimit;
     return {
+        .due = context.fetch<CDTask>(due),
         .pinned = context.fetch<CDNote>(
             {.predicate = {live + " AND isPinned == YES"},
              .sort = {{"favoritedAt", newest}},
@@ -66,6 +71,25 @@ boost::json::array asJSON(const std::vector<CDNote*>& notes) {
         array.push_back(asJSON(*note, Detail::header));
     }
     return array;
+}
+
+void showDue(Session& session, const std::vector<CDTask*>& tasks, std::size_t count) {
+    if (tasks.empty()) return;
+    Output& output = session.output();
+    output.line(output.styled("Due", Style::strong));
+    Table table{
+        .columns = {
+            {.title = "", .style = Style::accent},
+            {.title = "", .style = Style::faint},
+            {.title = "", .mayShrink = true}}};
+    for (const CDTask* task : tasks) {
+        table.rows.push_back({shortID(task->id), dueText(session, *task), titleOf(*task)});
+    }
+    output.table(table);
+    if (count > tasks.size()) {
+        output.line("and " + std::to_string(count - tasks.size()) + " more");
+    }
+    output.line("");
 }
 
 void showSection(
@@ -92,20 +116,27 @@ void showSection(
 ExitStatus showOverview(Session& session, const Arguments&) {
     const Overview overview = gatherOverview(session);
     const std::size_t count = session.notes().liveNoteCount(session.context());
+    const auto tasks = [&](const TaskView& view) {
+        return session.tasks().count(session.context(), view, session.calendar());
+    };
     if (session.output().isJSON()) {
         session.output().json(
-            {{"pinned", asJSON(overview.pinned)},
+            {{"due", tasksJSON(session, overview.due)},
+             {"pinned", asJSON(overview.pinned)},
              {"reminders", asJSON(overview.reminders)},
              {"conflicts", asJSON(overview.conflicts)},
              {"recent", asJSON(overview.recent)},
-             {"noteCount", count}});
+             {"noteCount", count},
+             {"taskCount", tasks(TaskView::all())}});
         return ExitStatus::done;
     }
+    showDue(session, overview.due, tasks(TaskView::today()));
     showSection(session, "Pinned", overview.pinned, &CDNote::favoritedAt);
     showSection(session, "Reminders", overview.reminders, &CDNote::reminderAt);
     showSection(session, "With a conflict", overview.conflicts, &CDNote::updatedAt);
     showSection(session, "Recent", overview.recent, &CDNote::updatedAt);
-    session.output().line(counted(count, "note") + ".");
+    session.output().line(
+        counted(count, "note") + ", " + counted(tasks(TaskView::all()), "open task") + ".");
     return ExitStatus::done;
 }
 
@@ -167,7 +198,7 @@ std::vector<Command> libraryCommands() {
          .example = "tesserine --library ~/Notes init",
          .run = makeLibrary},
         {.path = "overview",
-         .summary = "Shows what is pinned, what has a reminder, and what changed last",
+         .summary = "Shows what is due, what is pinned, what has a reminder, and what changed last",
          .example = "tesserine overview",
          .run = showOverview},
         {.path = "info",

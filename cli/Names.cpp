@@ -172,6 +172,42 @@ CDSavedSearch& resolveSavedSearch(Session& session, const std::string& name) {
         nameOf<CDSavedSearch>);
 }
 
+CDTask& resolveTask(Session& session, const std::string& name, TaskScope scope) {
+    const auto found = meant<CDTask>(session, name, {"title == %@", name});
+    std::vector<CDTask*> preferred;
+    std::ranges::copy_if(found, std::back_inserter(preferred), [&](const CDTask* task) {
+        return task->completedAt.get().has_value() == (scope == TaskScope::completed);
+    });
+    return single(preferred.empty() ? found : preferred, "task", name, [&](const CDTask& task) {
+        std::string text = task.title.valueOr("");
+        if (task.parent != nullptr) text += " (part of “" + task.parent->title.valueOr("") + "”)";
+        if (task.completedAt) text += " (completed " + session.localTime(*task.completedAt) + ")";
+        return text;
+    });
+}
+
+CDProject& resolveProject(Session& session, const std::string& name) {
+    const std::string trimmed(text::trimmed(name));
+    return single(
+        meant<CDProject>(session, trimmed, {"name ==[c] %@", trimmed}),
+        "project",
+        name,
+        nameOf<CDProject>);
+}
+
+CDProject& projectToChange(Session& session, const std::string& name) {
+    CDProject* known = session.tasks().projects().find(session.context(), name);
+    return known != nullptr ? *known : resolveProject(session, name);
+}
+
+CDTaskTemplate& resolveTaskTemplate(Session& session, const std::string& name) {
+    return single(
+        meant<CDTaskTemplate>(session, name, {"name ==[c] %@", name}),
+        "task template",
+        name,
+        nameOf<CDTaskTemplate>);
+}
+
 CDAttachment& resolveAttachment(Session& session, const std::string& name) {
     return single(
         meant<CDAttachment>(session, name, {"filename == %@", name}),

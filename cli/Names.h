@@ -12,7 +12,10 @@
 
 namespace tesserine {
 class CDImportReport;
-}
+class CDProject;
+class CDTask;
+class CDTaskTemplate;
+}  // namespace tesserine
 
 /// How people name things on the command line: by UUID, by a unique beginning of it, or by title.
 namespace tesserine::cli {
@@ -35,11 +38,18 @@ enum class NoteScope {
     templates,  ///< templates only
 };
 
+/// Which tasks a name means when it fits several: the open ones, if any, or the completed ones. A
+/// task that repeats leaves completed copies of its name behind.
+enum class TaskScope { open, completed };
+
 /// These throw `StoreError::notFound` ("The note “Plan” could not be found.") and `AmbiguousName`.
 CDNote& resolveNote(Session& session, const std::string& name, NoteScope scope = NoteScope::live);
 CDNotebook& resolveNotebook(Session& session, const std::string& name);
 CDTag& resolveTag(Session& session, const std::string& name);
 CDSavedSearch& resolveSavedSearch(Session& session, const std::string& name);
+CDTask& resolveTask(Session& session, const std::string& name, TaskScope scope = TaskScope::open);
+CDProject& resolveProject(Session& session, const std::string& name);
+CDTaskTemplate& resolveTaskTemplate(Session& session, const std::string& name);
 CDAttachment& resolveAttachment(Session& session, const std::string& name);
 CDImportReport& resolveImport(Session& session, const std::string& name);
 /// One of the note's revisions, also by its place in the list: 1 is the newest.
@@ -48,6 +58,8 @@ CDNoteRevision& resolveRevision(Session& session, CDNote& note, const std::strin
 /// The notebook that is meant, made when there is none: a path such as "Work / Plans" makes each
 /// level. A UUID is never a new name.
 CDNotebook& notebookToFill(Session& session, const std::string& name);
+/// The project that is meant; the Inbox is made when there is none yet.
+CDProject& projectToChange(Session& session, const std::string& name);
 /// The names of a path such as "Work / Plans", trimmed, without empty ones.
 std::vector<std::string> pathNames(std::string_view path);
 /// The tag that is meant, made when there is none. Throws `UsageError` for an empty name.

@@ -3,8 +3,6 @@
 #include "base/Digest.h"
 #include "base/UserError.h"
 
-#include <boost/json/array.hpp>
-
 #include <cmath>
 #include <type_traits>
 
@@ -65,6 +63,14 @@ boost::json::value asJSON(const std::optional<Instant>& instant) {
 
 boost::json::value asJSON(const std::optional<std::string>& text) {
     return text ? boost::json::value(*text) : nullptr;
+}
+
+boost::json::array asJSON(const std::vector<std::string>& texts) {
+    boost::json::array array;
+    for (const std::string& text : texts) {
+        array.emplace_back(text);
+    }
+    return array;
 }
 
 boost::json::object asJSON(

@@ -32,19 +32,18 @@ std::string tagNames(const CDNote& note) {
     return text;
 }
 
-/// "Notebook   Work / Plans", unless there is nothing to say.
+}  // namespace
+
+std::string inQuotes(std::string_view name) { return "“" + oneLine(name) + "”"; }
+
+std::string quotedTitle(const CDNote& note) { return inQuotes(displayTitle(note)); }
+
 void showField(Session& session, std::string_view name, const std::string& value) {
     if (value.empty()) return;
     std::string label(name);
     label.resize(12, ' ');
     session.output().line(session.output().styled(label, Style::faint) + oneLine(value));
 }
-
-}  // namespace
-
-std::string inQuotes(std::string_view name) { return "“" + oneLine(name) + "”"; }
-
-std::string quotedTitle(const CDNote& note) { return inQuotes(displayTitle(note)); }
 
 std::string localText(Session& session, const std::optional<Instant>& instant) {
     return instant ? session.localTime(*instant) : std::string();

@@ -33,6 +33,8 @@ ExitStatus answerWithID(Session& session, StoreObject& object);
 ExitStatus answerCount(
     Session& session, std::string_view key, std::size_t count, const std::string& sentence);
 
+/// "Notebook   Work / Plans": a line about one thing, unless there is nothing to say.
+void showField(Session& session, std::string_view name, const std::string& value);
 /// A local time or nothing.
 std::string localText(Session& session, const std::optional<Instant>& instant);
 

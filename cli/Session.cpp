@@ -115,7 +115,9 @@ Session::Session(Environment& environment, const Arguments& arguments, Access ac
       notes_(clock()),
       notebooks_(clock()),
       tags_(clock()),
-      savedSearches_(clock()) {}
+      savedSearches_(clock()),
+      tasks_(clock()),
+      taskTemplates_(clock()) {}
 
 Session::~Session() = default;
 

@@ -17,6 +17,8 @@
 #include "core/services/TagService.h"
 #include "core/store/StoreContext.h"
 #include "core/store/TesserineStore.h"
+#include "core/tasks/TaskService.h"
+#include "core/tasks/TaskTemplateService.h"
 
 #include <cstdint>
 #include <exception>
@@ -108,6 +110,8 @@ public:
     const NotebookService& notebooks() const { return notebooks_; }
     const TagService& tags() const { return tags_; }
     const SavedSearchService& savedSearches() const { return savedSearches_; }
+    const TaskService& tasks() const { return tasks_; }
+    const TaskTemplateService& taskTemplates() const { return taskTemplates_; }
     /// Reads the registry of file types the first time.
     const mime::TypeRegistry& types();
     const AttachmentService& attachments();
@@ -137,6 +141,8 @@ private:
     NotebookService notebooks_;
     TagService tags_;
     SavedSearchService savedSearches_;
+    TaskService tasks_;
+    TaskTemplateService taskTemplates_;
     std::unique_ptr<mime::TypeRegistry> types_;
     std::unique_ptr<AttachmentService> attachments_;
     std::unique_ptr<TesserineStore> store_;
