@@ -1,31 +1,20 @@
 #include "bench/BodyJobs.h"
 #include "bench/Measure.h"
+#include "bench/RecurrenceJobs.h"
 #include "bench/StoreJobs.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdlib>
 #include <iostream>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace tesserine::bench {
 namespace {
-
-constexpr const char* usage =
-    R"(usage: tesserine-bench [--notes N] [--rounds N] [--only JOB] [--folder DIR]
-
-Measures this build beside the raw limit of what it stands on, in turns, and prints a table.
-  --notes N     notes in the sample library, at least 1,000 (default 10,000)
-  --rounds N    how often each job is repeated (default 5)
-  --only JOB    one of insert, list, body, change, open, canonical
-  --folder DIR  where the libraries are made, in a folder "bench-libraries" that is removed
-                (default: beside the program)
-)";
-
-constexpr std::string_view canonicalJobName = "canonical";
-/// More bodies than this say nothing new.
-constexpr std::size_t mostBodies = 10'000;
 
 struct Arguments {
     std::size_t noteCount = 10'000;
@@ -33,6 +22,48 @@ struct Arguments {
     std::string only;
     std::filesystem::path folder;
 };
+
+/// More bodies than this say nothing new.
+constexpr std::size_t mostBodies = 10'000;
+
+/// What is measured besides the store.
+struct Job {
+    std::string_view name;
+    std::vector<Row> (*run)(const Arguments& arguments);
+};
+
+constexpr auto jobs = std::to_array<Job>({
+    {"canonical",
+     [](const Arguments& arguments) {
+         return bodyJobs(std::min(arguments.noteCount, mostBodies), arguments.rounds);
+     }},
+    {"recurrence", [](const Arguments& arguments) { return recurrenceJobs(arguments.rounds); }},
+});
+
+std::string usage() {
+    std::string names;
+    for (const std::string_view name : storeJobNames) {
+        names += std::string(name) + ", ";
+    }
+    for (const Job& job : jobs) {
+        names += std::string(job.name) + (&job == &jobs.back() ? "" : ", ");
+    }
+    return R"(usage: tesserine-bench [--notes N] [--rounds N] [--only JOB] [--folder DIR]
+
+Measures this build beside the raw limit of what it stands on, in turns, and prints a table.
+  --notes N     notes in the sample library, at least 1,000 (default 10,000)
+  --rounds N    how often each job is repeated (default 5)
+  --only JOB    one of )"
+           + names + R"(
+  --folder DIR  where the libraries are made, in a folder "bench-libraries" that is removed
+                (default: beside the program)
+)";
+}
+
+bool isJob(std::string_view name) {
+    return std::ranges::count(storeJobNames, name) > 0
+           || std::ranges::count(jobs, name, &Job::name) > 0;
+}
 
 std::optional<std::size_t> number(std::string_view text, std::size_t least) {
     std::size_t value = 0;
@@ -53,8 +84,7 @@ std::optional<Arguments> parse(int count, char** words) {
             continue;
         }
         if (option == "--only") {
-            const bool isStoreJob = std::ranges::count(storeJobNames, value) > 0;
-            if (!isStoreJob && value != canonicalJobName) return std::nullopt;
+            if (!isJob(value)) return std::nullopt;
             arguments.only = value;
             continue;
         }
@@ -78,8 +108,9 @@ int run(const Arguments& arguments) {
         .rounds = arguments.rounds,
         .only = arguments.only,
     });
-    if (arguments.only.empty() || arguments.only == canonicalJobName) {
-        const auto more = bodyJobs(std::min(arguments.noteCount, mostBodies), arguments.rounds);
+    for (const Job& job : jobs) {
+        if (!arguments.only.empty() && arguments.only != job.name) continue;
+        const auto more = job.run(arguments);
         rows.insert(rows.end(), more.begin(), more.end());
     }
     std::cout << machineLine() << "\n\n";
@@ -92,12 +123,12 @@ int run(const Arguments& arguments) {
 
 int main(int count, char** words) {
     if (count == 2 && std::string_view(words[1]) == "--help") {
-        std::cout << tesserine::bench::usage;
+        std::cout << tesserine::bench::usage();
         return EXIT_SUCCESS;
     }
     const auto arguments = tesserine::bench::parse(count, words);
     if (!arguments) {
-        std::cerr << tesserine::bench::usage;
+        std::cerr << tesserine::bench::usage();
         return 2;
     }
     try {
