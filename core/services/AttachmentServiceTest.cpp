@@ -25,7 +25,7 @@ Bytes bytes(const std::string& text) {
 }
 
 class AttachmentServiceTest : public test::LibraryFixture {
-protected:
+public:
     CDAttachment& attach(CDNote& to, const std::string& filename, const std::string& content) {
         return service.insert(context, to, {.filename = filename, .data = bytes(content)});
     }
@@ -116,38 +116,25 @@ TEST_F(AttachmentServiceTest, TheSameBytesTwiceInOneNoteAreOneAttachment) {
 }
 
 TEST_F(AttachmentServiceTest, AFileIsShownInTheBodyByItsKindAndTheBodyStaysCanonical) {
+    const auto block = [](const std::string& kind, const std::string& name) {
+        return R"(<div data-ts-attachment="ID" data-ts-kind=")" + kind + "\">" + name + "</div>";
+    };
     struct Case {
         const char* filename;
         std::string content;
         const char* sourceKind;
-        const char* element;
+        std::string element;
     };
     for (const auto& [filename, content, sourceKind, element] : {
              Case{
                  "p.png",
                  picture,
                  "file",
-                 "<img src=\"tesserine-attachment://ID\" width=\"640\" height=\"400\">"},
-             Case{
-                 "R&D <1>.pdf",
-                 "%PDF-1",
-                 "file",
-                 "<div data-ts-attachment=\"ID\" data-ts-kind=\"pdf\">R&amp;D -1-.pdf</div>"},
-             Case{
-                 "s.pdf",
-                 "%PDF-2",
-                 "scan",
-                 "<div data-ts-attachment=\"ID\" data-ts-kind=\"scan\">s.pdf</div>"},
-             Case{
-                 "a.mp3",
-                 "ID3",
-                 "recording",
-                 "<div data-ts-attachment=\"ID\" data-ts-kind=\"audio\">a.mp3</div>"},
-             Case{
-                 "drawing.svg",
-                 "<svg/>",
-                 "file",
-                 "<div data-ts-attachment=\"ID\" data-ts-kind=\"file\">drawing.svg</div>"},
+                 R"(<img src="tesserine-attachment://ID" width="640" height="400">)"},
+             Case{"R&D <1>.pdf", "%PDF-1", "file", block("pdf", "R&amp;D -1-.pdf")},
+             Case{"s.pdf", "%PDF-2", "scan", block("scan", "s.pdf")},
+             Case{"a.mp3", "ID3", "recording", block("audio", "a.mp3")},
+             Case{"drawing.svg", "<svg/>", "file", block("file", "drawing.svg")},
          }) {
         SCOPED_TRACE(filename);
         CDAttachment& made = service.insert(
@@ -232,7 +219,7 @@ TEST(AttachmentReferences, AreReadFromElementsAndNotFromText) {
     const std::string two = "55555555-6666-7777-8888-BBBBBBBBBBBB";
     const std::string body =
         "<p>tesserine-attachment://" + two + " in words<img src=\"tesserine-attachment://" + one
-        + "\"></p><div data-ts-attachment=\"" + two + "\" data-ts-kind=\"file\">f</div>"
+        + "\"></p><div data-ts-attachment=\"" + two + R"(" data-ts-kind="file">f</div>)"
         + "<img src=\"https://example.org/" + one + ".png\">";
     EXPECT_THAT(attachmentReferences(body), ElementsAre(*Uuid::parse(one), *Uuid::parse(two)));
     EXPECT_THAT(attachmentReferences("<p>none</p>"), IsEmpty());

@@ -23,7 +23,7 @@ using ::testing::UnorderedElementsAre;
 
 /// A library in a folder of its own, with a note, a notebook and a large attachment.
 class LibraryCheckerTest : public ::testing::Test {
-protected:
+public:
     LibraryCheckerTest() { open(); }
 
     void open() {
@@ -182,7 +182,7 @@ TEST_F(LibraryCheckerTest, CyclesAreBrokenAtTheSmallestIdentifier) {
         tags.push_back(&context->insert<CDTag>());
         tags.back()->id = Uuid::parse(id);
     }
-    CDTask& alone = context->insert<CDTask>();
+    auto& alone = context->insert<CDTask>();
     context->save();
     alone.parent = &alone;
     tags[0]->parent = tags[1];

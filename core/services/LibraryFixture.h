@@ -18,18 +18,18 @@ inline Instant at(const char* text) { return *Instant::parseISO(text); }
 
 /// A fresh library in memory on the morning of 14 March 2026.
 class LibraryFixture : public ::testing::Test {
-protected:
+public:
     void advance(std::chrono::seconds by) { clock.advance(by); }
     static constexpr std::chrono::seconds days(int count) { return std::chrono::hours(24 * count); }
 
     CDTag& insertTag(const std::string& name) {
-        CDTag& tag = context.insert<CDTag>();
+        auto& tag = context.insert<CDTag>();
         tag.name = name;
         tag.createdAt = clock.now();
         return tag;
     }
     CDNotebook& insertNotebook(const std::string& name, CDNotebook* parent = nullptr) {
-        CDNotebook& notebook = context.insert<CDNotebook>();
+        auto& notebook = context.insert<CDNotebook>();
         notebook.name = name;
         notebook.createdAt = clock.now();
         notebook.parent = parent;

@@ -10,7 +10,7 @@ namespace {
 using ::testing::ElementsAre;
 
 class SavedSearchServiceTest : public test::LibraryFixture {
-protected:
+public:
     std::vector<std::string> list() {
         std::vector<std::string> lines;
         for (const CDSavedSearch* search : service.list(context)) {

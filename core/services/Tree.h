@@ -65,7 +65,7 @@ template <class Entity>
 std::string pathText(const Entity& object) {
     std::string path = object.name.valueOr("");
     for (const Entity* parent : ancestors(object)) {
-        path = parent->name.valueOr("") + " / " + path;
+        path.insert(0, parent->name.valueOr("") + " / ");
     }
     return path;
 }
