@@ -25,6 +25,12 @@ std::size_t wordEnd(std::string_view text, std::size_t place) {
     return std::min(text.find_first_of(blanks, begin), text.size());
 }
 
+bool endsInsideMark(std::string_view text) {
+    const std::size_t open = text.rfind(marker::open);
+    return open != std::string_view::npos
+           && text.find(marker::close, open) == std::string_view::npos;
+}
+
 }  // namespace
 
 bool hasMark(std::string_view text) { return text.find(marker::open) != std::string_view::npos; }
@@ -40,12 +46,10 @@ std::string excerpt(std::string_view text, std::size_t wordLimit) {
     for (std::size_t i = 0; i < wordLimit; ++i) {
         end = wordEnd(text, end);
     }
-    const bool isOpen = text.substr(begin, end - begin).rfind(marker::open)
-                            > text.substr(begin, end - begin).rfind(marker::close)
-                        && hasMark(text.substr(begin, end - begin));
+    const std::string_view kept = text.substr(begin, end - begin);
     std::string words = begin > 0 ? "…" : "";
-    words += text.substr(begin, end - begin);
-    if (isOpen) words += marker::close;
+    words += kept;
+    if (endsInsideMark(kept)) words += marker::close;
     if (text.find_first_not_of(blanks, end) != std::string_view::npos) words += "…";
     return words;
 }

@@ -81,8 +81,9 @@ std::vector<std::string> keysOf(const Amount& amount) {
     }
     std::vector<std::string> keys;
     for (const std::string& fraction : {amount.fraction, shortest, cents}) {
-        const std::string point = fraction.empty() ? "" : ".";
-        add(keys, SearchAnalyzer::amountKey(amount.whole + point + fraction));
+        std::string written = amount.whole;
+        if (!fraction.empty()) written.append(".").append(fraction);
+        add(keys, SearchAnalyzer::amountKey(written));
     }
     return keys;
 }

@@ -238,8 +238,9 @@ std::vector<QueryValue> QueryScanner::values(QueryField field) {
 }
 
 QueryValue QueryScanner::value(QueryField field) {
-    if (peek() == '"')
+    if (peek() == '"') {
         return {.text = std::string(text::trimmed(kept(phrase()))), .isQuoted = true};
+    }
     const std::string_view typed = bare(hasCommas(field) ? wordEndings : "\"()|,");
     const std::size_t dots = typed.find("..");
     if (dots != std::string_view::npos && typed.size() > 2) {
