@@ -157,6 +157,8 @@ void SQLiteDatabase::harden() {
     sqlite3_limit(handle(), SQLITE_LIMIT_LIKE_PATTERN_LENGTH, maximumLikePattern);
     sqlite3_limit(handle(), SQLITE_LIMIT_ATTACHED, maximumAttached);
     execute("PRAGMA cell_size_check = ON; PRAGMA mmap_size = 0; PRAGMA secure_delete = ON;");
+    // One huge commit does not leave a huge journal behind; in bytes.
+    execute("PRAGMA journal_size_limit = 67108864;");
 }
 
 void SQLiteDatabase::setJournal() {

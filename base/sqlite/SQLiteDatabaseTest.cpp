@@ -192,6 +192,7 @@ TEST_F(SQLite, AHardenedConnectionTrustsNothingInTheFile) {
     EXPECT_EQ(database.integer("PRAGMA trusted_schema"), 0);
     EXPECT_EQ(database.integer("PRAGMA cell_size_check"), 1);
     EXPECT_EQ(database.integer("PRAGMA mmap_size"), 0);
+    EXPECT_EQ(database.integer("PRAGMA journal_size_limit"), 64 * 1024 * 1024);
     EXPECT_EQ(database.integer("PRAGMA cache_size"), -4096);
     EXPECT_EQ(database.integer("PRAGMA wal_autocheckpoint"), 0);
     // Without shared memory there is no write-ahead log; SQLite alone would go on without a word.
