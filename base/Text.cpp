@@ -43,6 +43,14 @@ std::size_t trailingWhiteSpace(std::string_view text) {
     return isWhiteSpaceAboveASCII(scalar.value) ? scalar.length : 0;
 }
 
+std::size_t lengthUntilWhiteSpace(std::string_view text) {
+    std::size_t length = 0;
+    while (length < text.size() && leadingWhiteSpace(text.substr(length)) == 0) {
+        length += utf8::first(text.substr(length)).length;
+    }
+    return length;
+}
+
 icu::StringPiece piece(std::string_view text) {
     return {text.data(), static_cast<std::int32_t>(text.size())};
 }
@@ -108,17 +116,20 @@ bool isBlank(std::string_view text) {
     return true;
 }
 
+std::vector<std::string_view> words(std::string_view text) {
+    std::vector<std::string_view> found;
+    for (text = trimmed(text); !text.empty(); text = trimmed(text)) {
+        found.push_back(text.substr(0, lengthUntilWhiteSpace(text)));
+        text.remove_prefix(found.back().size());
+    }
+    return found;
+}
+
 std::string collapsed(std::string_view text) {
     std::string result;
-    bool isBetweenWords = false;
-    while (!text.empty()) {
-        const std::size_t space = leadingWhiteSpace(text);
-        if (space == 0) {
-            if (isBetweenWords && !result.empty()) result += ' ';
-            result += text.substr(0, utf8::first(text).length);
-        }
-        isBetweenWords = space > 0;
-        text.remove_prefix(space > 0 ? space : utf8::first(text).length);
+    for (const std::string_view word : words(text)) {
+        if (!result.empty()) result += ' ';
+        result += word;
     }
     return result;
 }

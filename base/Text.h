@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Unicode text rules. All texts are valid UTF-8 without U+0000 unless a function says otherwise;
 /// `sanitized` makes them so at the program's doors.
@@ -21,7 +22,9 @@ std::string_view trimmed(std::string_view text);
 /// Whether nothing but `White_Space` is left.
 bool isBlank(std::string_view text);
 
-/// Without `White_Space` at both ends, and every run of it inside as one space.
+/// The pieces between `White_Space`, as views into `text`.
+std::vector<std::string_view> words(std::string_view text);
+/// The words joined by single spaces.
 std::string collapsed(std::string_view text);
 
 /// Full default case folding, no diacritic folding: straße = STRASSE, Café ≠ Cafe.

@@ -51,8 +51,7 @@ MaybeDate hit(std::optional<sys_days> date, TextRange range) {
 }
 
 MaybeDate isoDate(const Sentence& sentence, sys_days) {
-    static const Regex pattern(
-        R"x((?:^|\s)(\d{4})-(\d{1,2})-(\d{1,2})\b)x", Regex::Case::insensitive);
+    static const Pattern pattern(R"x((?:^|\s)(\d{4})-(\d{1,2})-(\d{1,2})\b)x", "0");
     return sentence.first(pattern, [](const Found& found) -> MaybeDate {
         if (!isYear(found.number(1))) return std::nullopt;
         return hit(dayOf(found.number(1), found.number(2), found.number(3)), found.range());
@@ -60,18 +59,18 @@ MaybeDate isoDate(const Sentence& sentence, sys_days) {
 }
 
 struct RelativeDay {
-    Regex pattern;
+    Pattern pattern;
     days offset;
     std::optional<TimeOfDay> impliedTime{};
 };
 
 MaybeDate relativeDay(const Sentence& sentence, sys_days today) {
     static const std::array<RelativeDay, 5> words = {
-        RelativeDay{wordPattern("today"), days(0)},
-        RelativeDay{wordPattern("tonight"), days(0), TimeOfDay{.hour = 19}},
-        RelativeDay{wordPattern("tomorrow"), days(1)},
-        RelativeDay{wordPattern("tmrw"), days(1)},
-        RelativeDay{wordPattern("tmw"), days(1)},
+        RelativeDay{Pattern::word("today"), days(0)},
+        RelativeDay{Pattern::word("tonight"), days(0), TimeOfDay{.hour = 19}},
+        RelativeDay{Pattern::word("tomorrow"), days(1)},
+        RelativeDay{Pattern::word("tmrw"), days(1)},
+        RelativeDay{Pattern::word("tmw"), days(1)},
     };
     for (const RelativeDay& word : words) {
         const auto date = sentence.first(word.pattern, [&](const Found& found) -> MaybeDate {
@@ -83,8 +82,7 @@ MaybeDate relativeDay(const Sentence& sentence, sys_days today) {
 }
 
 MaybeDate numericDate(const Sentence& sentence, sys_days today) {
-    static const Regex pattern(
-        R"x((?:^|\s)(\d{1,2})/(\d{1,2})(?:/(\d{2,4}))?\b)x", Regex::Case::insensitive);
+    static const Pattern pattern(R"x((?:^|\s)(\d{1,2})/(\d{1,2})(?:/(\d{2,4}))?\b)x", "0");
     return sentence.first(pattern, [&](const Found& found) -> MaybeDate {
         const int month = found.number(1);
         const int day = found.number(2);
@@ -108,29 +106,28 @@ MaybeDate namedDay(const Found& found, std::string_view monthName, int day, sys_
 }
 
 MaybeDate monthFirst(const Sentence& sentence, sys_days today) {
-    static const Regex pattern(
+    static const Pattern pattern(
         R"x((?:^|\s)()x" + monthAlternation()
             + R"x()\.?\s+(\d{1,2})(?:st|nd|rd|th)?(?:,?\s*(\d{4}))?\b)x",
-        Regex::Case::insensitive);
+        monthAlternation());
     return sentence.first(pattern, [&](const Found& found) -> MaybeDate {
         return namedDay(found, found.text(1), found.number(2), today);
     });
 }
 
 MaybeDate dayFirst(const Sentence& sentence, sys_days today) {
-    static const Regex pattern(
+    static const Pattern pattern(
         R"x((?:^|\s)(\d{1,2})(?:st|nd|rd|th)?\s+()x" + monthAlternation()
             + R"x()\.?(?:,?\s*(\d{4}))?\b)x",
-        Regex::Case::insensitive);
+        monthAlternation());
     return sentence.first(pattern, [&](const Found& found) -> MaybeDate {
         return namedDay(found, found.text(2), found.number(1), today);
     });
 }
 
 MaybeDate relativeOffset(const Sentence& sentence, sys_days today) {
-    static const Regex pattern(
-        R"((?:^|\s)in\s+(\d{1,3})\s+(day|days|week|weeks|month|months|year|years)\b)",
-        Regex::Case::insensitive);
+    static const Pattern pattern(
+        R"((?:^|\s)in\s+(\d{1,3})\s+(day|days|week|weeks|month|months|year|years)\b)", "in");
     return sentence.first(pattern, [&](const Found& found) -> MaybeDate {
         const int count = found.number(1);
         if (count == 0) return std::nullopt;
@@ -144,8 +141,8 @@ MaybeDate relativeOffset(const Sentence& sentence, sys_days today) {
 }
 
 MaybeDate nextWeekOrMonth(const Sentence& sentence, sys_days today) {
-    static const Regex week(R"((?:^|\s)next\s+week\b)", Regex::Case::insensitive);
-    static const Regex month(R"((?:^|\s)next\s+month\b)", Regex::Case::insensitive);
+    static const Pattern week(R"((?:^|\s)next\s+week\b)", "next");
+    static const Pattern month(R"((?:^|\s)next\s+month\b)", "next");
     const auto date = sentence.first(
         week, [&](const Found& found) { return hit(today + days(7), found.range()); });
     if (date) return date;
@@ -154,9 +151,9 @@ MaybeDate nextWeekOrMonth(const Sentence& sentence, sys_days today) {
 }
 
 MaybeDate weekday(const Sentence& sentence, sys_days today) {
-    static const Regex pattern(
+    static const Pattern pattern(
         R"x((?:^|\s)(?:(this|next)\s+)?()x" + weekdayAlternation() + R"x()\b)x",
-        Regex::Case::insensitive);
+        weekdayAlternation());
     return sentence.first(pattern, [&](const Found& found) -> MaybeDate {
         const std::chrono::weekday wanted(static_cast<unsigned>(*weekdayNumber(found.text(2)) - 1));
         days ahead = wanted - std::chrono::weekday(today);

@@ -9,7 +9,8 @@ namespace tesserine::quickadd {
 namespace {
 
 /// The names that `pattern` finds, quoted in group 1 or bare in group 2; at most `limit`.
-std::vector<NameHit> findNames(const Sentence& sentence, const Regex& pattern, std::size_t limit) {
+std::vector<NameHit> findNames(
+    const Sentence& sentence, const Pattern& pattern, std::size_t limit) {
     std::vector<NameHit> names;
     sentence.forEach(pattern, [&](const Found& found) {
         const TextRange range = found.range();
@@ -37,22 +38,19 @@ bool isEndOfWord(std::string_view rest) {
 }  // namespace
 
 std::optional<NameHit> findProject(const Sentence& sentence) {
-    static const Regex pattern(
-        R"x((?:^|\s)#(?:"([^"]{1,64})"|([\p{L}\p{N}_&/-]{1,64})))x", Regex::Case::insensitive);
+    static const Pattern pattern(R"x((?:^|\s)#(?:"([^"]{1,64})"|([\p{L}\p{N}_&/-]{1,64})))x", "#");
     auto names = findNames(sentence, pattern, 1);
     if (names.empty()) return std::nullopt;
     return std::move(names.front());
 }
 
 std::vector<NameHit> findLabels(const Sentence& sentence) {
-    static const Regex pattern(
-        R"x((?:^|\s)@(?:"([^"]{1,64})"|([\p{L}\p{N}_&/-]{1,64})))x", Regex::Case::insensitive);
+    static const Pattern pattern(R"x((?:^|\s)@(?:"([^"]{1,64})"|([\p{L}\p{N}_&/-]{1,64})))x", "@");
     return findNames(sentence, pattern, std::string::npos);
 }
 
 std::optional<PriorityHit> findPriority(const Sentence& sentence) {
-    static const Regex pattern(
-        R"((?:^|\s)(?:!{1,3}|p|P)?\s?[pP]?([1-4])\b)", Regex::Case::insensitive);
+    static const Pattern pattern(R"((?:^|\s)(?:!{1,3}|p|P)?\s?[pP]?([1-4])\b)", "0|!|p");
     std::optional<PriorityHit> lone;
     const auto marked = sentence.first(pattern, [&](const Found& found) {
         const TextRange range = found.range();

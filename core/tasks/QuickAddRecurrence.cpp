@@ -27,13 +27,13 @@ RecurrenceRule ruleOf(std::string_view word) {
 /// Groups of the pattern of "every".
 enum Group : std::size_t { interval = 1, word, lastWeekday, dayOfMonth };
 
-const Regex& everyPattern() {
-    static const Regex pattern(
+const Pattern& everyPattern() {
+    static const Pattern pattern(
         R"x((?:^|\s)every\s+(?:(\d+)\s+)?()x"
         "weekdays|weekday|days|day|weeks|week|months|month|years|year|"
             + weekdayAlternation() + R"x()(?:s)?(?:(?:\s*,\s*|\s+and\s+|\s+)()x"
             + weekdayAlternation() + R"x())*(?:\s+on\s+the\s+(\d{1,2})(?:st|nd|rd|th)?)?)x",
-        Regex::Case::insensitive);
+        "every");
     return pattern;
 }
 
@@ -90,8 +90,9 @@ MaybeRecurrence keywordHit(const Found& found) {
 }  // namespace
 
 std::optional<RecurrenceHit> findRecurrence(const Sentence& sentence) {
-    static const Regex keywords(
-        R"((?:^|\s)(daily|weekly|monthly|yearly|annually)\b)", Regex::Case::insensitive);
+    static const Pattern keywords(
+        R"((?:^|\s)(daily|weekly|monthly|yearly|annually)\b)",
+        "daily|weekly|monthly|yearly|annually");
     if (auto hit = sentence.first(everyPattern(), everyHit)) return hit;
     return sentence.first(keywords, keywordHit);
 }

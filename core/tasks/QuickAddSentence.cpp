@@ -81,12 +81,9 @@ TextRange Found::rangeUntil(std::size_t end) const {
     return trimmed(sentence_, {match_.groups[0].begin, end});
 }
 
-Regex wordPattern(std::string_view word) {
-    return Regex(R"((?:^|\s))" + std::string(word) + R"(\b)", Regex::Case::insensitive);
-}
-
 Sentence::Sentence(std::string_view typed, std::span<const TextRange> leftAlone)
     : text_(withStraightQuotes(text::composed(typed))),
+      words_(text::words(text_)),
       leftAlone_(leftAlone.begin(), leftAlone.end()) {}
 
 bool Sentence::isFree(TextRange range) const {
@@ -109,8 +106,12 @@ bool Sentence::isCutInCharacter(TextRange range) const {
     return beginsWith(marks, std::string_view(text_).substr(range.end));
 }
 
-void Sentence::forEach(const Regex& pattern, const std::function<bool(const Found&)>& take) const {
-    pattern.forEach(text_, [&](const Regex::Match& match) { return take(Found(text_, match)); });
+void Sentence::forEach(
+    const Pattern& pattern, const std::function<bool(const Found&)>& take) const {
+    const auto mayTake = [&](std::string_view word) { return pattern.mayTake(word); };
+    if (std::ranges::none_of(words_, mayTake)) return;
+    pattern.regex().forEach(
+        text_, [&](const Regex::Match& match) { return take(Found(text_, match)); });
 }
 
 std::string Sentence::title() const {

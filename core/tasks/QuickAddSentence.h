@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Regex.h"
 #include "core/tasks/QuickAddParser.h"
+#include "core/tasks/QuickAddPattern.h"
 
 #include <cstddef>
 #include <functional>
@@ -38,14 +38,14 @@ private:
     const Regex::Match& match_;
 };
 
-/// Finds `word` where it is a word of its own, ignoring case.
-Regex wordPattern(std::string_view word);
-
 /// A sentence while tokens are looked for in it: its text, and the parts that are no longer free.
 class Sentence {
 public:
     /// Composes `typed` and straightens the quotes around names in it.
     Sentence(std::string_view typed, std::span<const TextRange> leftAlone);
+    Sentence(const Sentence&) = delete;
+    Sentence& operator=(const Sentence&) = delete;
+    ~Sentence() = default;
 
     const std::string& text() const { return text_; }
 
@@ -61,12 +61,12 @@ public:
     bool isCutInCharacter(TextRange range) const;
 
     /// Shows `take` each match of `pattern`, from left to right, until it returns false.
-    void forEach(const Regex& pattern, const std::function<bool(const Found&)>& take) const;
+    void forEach(const Pattern& pattern, const std::function<bool(const Found&)>& take) const;
 
     /// What `read` makes of the first match for which its hit has a `range` that is free and whole.
     /// A match that comes to nothing is passed over as if it were not there.
     template <class Read>
-    auto first(const Regex& pattern, Read read) const {
+    auto first(const Pattern& pattern, Read read) const {
         std::invoke_result_t<Read, const Found&> hit;
         forEach(pattern, [&](const Found& found) {
             hit = read(found);
@@ -81,6 +81,7 @@ public:
 
 private:
     std::string text_;
+    std::vector<std::string_view> words_;
     std::vector<TextRange> leftAlone_;
     std::vector<TextRange> tokens_;
 };

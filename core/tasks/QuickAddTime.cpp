@@ -11,9 +11,9 @@ using MaybeTime = std::optional<TimeHit>;
 
 MaybeTime twelveHourClock(const Sentence& sentence) {
     // The dotted forms end in no word, so that they need an end of their own.
-    static const Regex pattern(
+    static const Pattern pattern(
         R"x((?:^|\s)(?:at\s+)?(\d{1,2})(?::(\d{2}))?\s*(?:(am|pm)\b|(a\.m\.|p\.m\.)(?![\p{L}\p{N}])))x",
-        Regex::Case::insensitive);
+        "0");
     return sentence.first(pattern, [](const Found& found) -> MaybeTime {
         const int hour = found.number(1);
         const int minute = found.number(2);
@@ -24,7 +24,7 @@ MaybeTime twelveHourClock(const Sentence& sentence) {
 }
 
 MaybeTime twentyFourHourClock(const Sentence& sentence) {
-    static const Regex pattern(R"x((?:^|\s)at\s+(\d{1,2}):(\d{2})\b)x", Regex::Case::insensitive);
+    static const Pattern pattern(R"x((?:^|\s)at\s+(\d{1,2}):(\d{2})\b)x", "at");
     return sentence.first(pattern, [](const Found& found) -> MaybeTime {
         const TimeOfDay time{found.number(1), found.number(2)};
         if (time.hour > 23 || time.minute > 59) return std::nullopt;
@@ -34,13 +34,13 @@ MaybeTime twentyFourHourClock(const Sentence& sentence) {
 
 MaybeTime namedTime(const Sentence& sentence) {
     struct NamedTime {
-        Regex pattern;
+        Pattern pattern;
         TimeOfDay time;
     };
     static const std::array<NamedTime, 3> names = {
-        NamedTime{wordPattern("noon"), {.hour = 12}},
-        NamedTime{wordPattern("midnight"), {.hour = 0}},
-        NamedTime{wordPattern("tonight"), {.hour = 19}},
+        NamedTime{Pattern::word("noon"), {.hour = 12}},
+        NamedTime{Pattern::word("midnight"), {.hour = 0}},
+        NamedTime{Pattern::word("tonight"), {.hour = 19}},
     };
     for (const NamedTime& name : names) {
         const auto time = sentence.first(name.pattern, [&](const Found& found) -> MaybeTime {
