@@ -1,6 +1,7 @@
 #include "bench/BodyJobs.h"
 #include "bench/Measure.h"
 #include "bench/RecurrenceJobs.h"
+#include "bench/SentenceJobs.h"
 #include "bench/StoreJobs.h"
 
 #include <algorithm>
@@ -38,6 +39,7 @@ constexpr auto jobs = std::to_array<Job>({
          return bodyJobs(std::min(arguments.noteCount, mostBodies), arguments.rounds);
      }},
     {"recurrence", [](const Arguments& arguments) { return recurrenceJobs(arguments.rounds); }},
+    {"sentences", [](const Arguments& arguments) { return sentenceJobs(arguments.rounds); }},
 });
 
 std::string usage() {

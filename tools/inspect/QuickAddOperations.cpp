@@ -1,5 +1,5 @@
 #include "core/tasks/QuickAddParser.h"
-#include "tools/inspect/Operations.h"
+#include "tools/inspect/DateInputs.h"
 
 #include <utility>
 
@@ -9,17 +9,6 @@ namespace {
 using boost::json::array;
 using boost::json::object;
 using boost::json::value;
-
-/// The calendar and the moment a sentence is typed in.
-QuickAddParser parserOf(const object& input) {
-    const std::string zone = text(input, "tz");
-    if (!Calendar::isZone(zone)) throw InputError("“tz” is no time zone");
-    const auto now = Instant::parseISO(text(input, "nowUTC"));
-    if (!now) throw InputError("“nowUTC” is no instant");
-    const std::int64_t firstWeekday = integer(input, "firstWeekday", 1);
-    if (firstWeekday < 1 || firstWeekday > 7) throw InputError("“firstWeekday” is no weekday");
-    return {*now, Calendar(zone, static_cast<int>(firstWeekday))};
-}
 
 array textsOf(const std::vector<std::string>& texts) {
     array answer;
@@ -39,9 +28,10 @@ array pairsOf(const std::vector<RecognisedToken>& tokens) {
 
 /// `quickadd.parse`: what a sentence says.
 value parsed(const object& input) {
-    const QuickAddResult result = parserOf(input).parse(text(input, "text"));
+    const Calendar calendar = calendarOf(input);
+    const QuickAddParser parser(instant(input, "nowUTC"), calendar);
+    const QuickAddResult result = parser.parse(text(input, "text"));
 
-    const Calendar calendar(text(input, "tz"));
     value dueDay = nullptr;
     value dueLocal = nullptr;
     if (result.dueDate) {
