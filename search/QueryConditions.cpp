@@ -135,7 +135,7 @@ std::optional<BoundSQL> QueryConditions::tag(const QueryFilter& filter, const Qu
 }
 
 std::optional<BoundSQL> QueryConditions::notebook(
-    const QueryFilter& filter, const QueryValue& value) {
+    const QueryFilter& filter, const QueryValue& value) const {
     if (isNone(value)) return filter::inNotebook("");
     QueryLibrary::Notebooks found;
     if (setting_.library != nullptr) {

@@ -31,7 +31,7 @@ private:
     using Condition = std::optional<BoundSQL>;
     Condition ofValue(const QueryFilter& filter, const QueryValue& value);
     Condition tag(const QueryFilter& filter, const QueryValue& value);
-    Condition notebook(const QueryFilter& filter, const QueryValue& value);
+    Condition notebook(const QueryFilter& filter, const QueryValue& value) const;
     Condition has(const QueryValue& value);
     Condition is(const QueryValue& value);
     Condition due(const QueryFilter& filter, const QueryValue& value);
