@@ -84,8 +84,10 @@ void InlineMarkdown::add(const HTMLNode& node) {
 }
 
 std::string InlineMarkdown::take() {
-    moveSpacesOut();
-    dropEmptyMarks();
+    if (!options_.readBack) {
+        moveSpacesOut();
+        dropEmptyMarks();
+    }
     chooseMarks();
     return written();
 }
@@ -163,6 +165,7 @@ void InlineMarkdown::addLink(const HTMLNode& node) {
     if (!title && holdsTextOnly(node) && textOf(node) == address && isAutolink(address)) {
         return addVerbatim("<" + address + ">");
     }
+    hasLinks_ = true;
     addVerbatim("[");
     addChildren(node);
     addVerbatim("]" + destination(address, title.value_or(""), isCell()));
@@ -228,8 +231,13 @@ bool InlineMarkdown::isEmpty(std::size_t open) const {
 }
 
 void InlineMarkdown::chooseMarks() {
-    for (std::size_t i = 0; i < marks_.size(); ++i) {
-        if (marks_[i].kind == Mark::Kind::open && !marks_[i].isChosen) choose(i);
+    // Emphasis comes last: it has two marks, of which one differs from its neighbour's.
+    for (const bool isEmphasis : {false, true}) {
+        for (std::size_t i = 0; i < marks_.size(); ++i) {
+            const Mark& mark = marks_[i];
+            const bool isTurn = (mark.element == Element::em) == isEmphasis;
+            if (mark.kind == Mark::Kind::open && !mark.isChosen && isTurn) choose(i);
+        }
     }
 }
 
@@ -317,10 +325,17 @@ std::string InlineMarkdown::written() {
         writeText(output, i);
         if (i < marks_.size()) writeMark(output, i);
     }
-    const std::size_t end = output.find_last_not_of(' ');
-    output.resize(end == std::string::npos ? 0 : end + 1);
-    output.erase(0, output.find_first_not_of(' '));
-    return output;
+    return withoutOuterSpaces(std::move(output));
+}
+
+/// Readers drop spaces at both ends, unless they are written as references.
+std::string InlineMarkdown::withoutOuterSpaces(std::string output) const {
+    const std::size_t end = output.find_last_not_of(' ') + 1;
+    const std::size_t begin = std::min(output.find_first_not_of(' '), end);
+    const bool areKept = options_.readBack && end > begin;
+    const std::string space = areKept ? "&#32;" : "";
+    return (begin > 0 ? space : "") + output.substr(begin, end - begin)
+           + (end < output.size() ? space : "");
 }
 
 void InlineMarkdown::writeText(std::string& output, std::size_t index) const {
@@ -333,7 +348,7 @@ void InlineMarkdown::writeText(std::string& output, std::size_t index) const {
          .isAfterBreak = isAfterBreak,
          .isCell = isCell(),
          .hasTildes = hasTildes_,
-         .hidesAddresses = options_.readBack != nullptr});
+         .hidesAddresses = hasLinks_ || options_.readBack});
     // What a heading ends in, and what makes a picture of a link, are markup too.
     const bool isLast = index == marks_.size();
     const bool endsHeading = isLast && place_ == Place::heading && text.ends_with('#');

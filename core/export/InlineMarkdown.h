@@ -68,6 +68,7 @@ private:
 
     std::size_t shownMarks() const;
     std::string written();
+    std::string withoutOuterSpaces(std::string output) const;
     void writeText(std::string& output, std::size_t index) const;
     void writeMark(std::string& output, std::size_t index) const;
     bool isCell() const { return place_ == Place::cell; }
@@ -78,6 +79,7 @@ private:
     std::vector<std::string> texts_;
     std::vector<Mark> marks_;
     bool hasTildes_ = false;  // more than one
+    bool hasLinks_ = false;
     std::size_t shownMarks_ = 0;
 };
 

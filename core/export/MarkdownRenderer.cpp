@@ -69,13 +69,15 @@ std::optional<int> firstNumber(const HTMLNode& list, std::size_t itemCount) {
 /// `lines` with `prefix` before every line but the first, which has `first`. Empty lines get none
 /// of its spaces.
 std::string prefixed(std::string_view lines, std::string_view first, std::string_view prefix) {
+    const std::string_view bare = prefix.substr(0, prefix.find(' '));
     std::string output(first);
-    for (const char c : lines) {
-        if (output.ends_with('\n'))
-            output += c == '\n' ? prefix.substr(0, prefix.find(' ')) : prefix;
-        output += c;
+    for (std::size_t end = lines.find('\n'); end != std::string_view::npos;
+         end = lines.find('\n')) {
+        output += lines.substr(0, end + 1);
+        lines.remove_prefix(end + 1);
+        output += lines.starts_with('\n') ? bare : prefix;
     }
-    return output;
+    return output.append(lines);
 }
 
 /// Tells lists that follow a list of their kind: two in a row are one, unless their marks differ.
@@ -223,26 +225,24 @@ std::string Renderer::list(const HTMLNode& node, bool isOtherList) const {
     return lines;
 }
 
-/// What stands behind the marker of an item: its first line, if it has one, and all blocks below.
+/// What stands behind the marker of an item: its first line, if it has one, and all blocks below. A
+/// list follows its line without a gap.
 std::string Renderer::item(const HTMLNode& node) const {
     std::string text;
-    bool isFirst = true;
+    bool isTight = true;
     ListTurns turns;
     for (const Piece& piece : piecesOf(node)) {
-        const bool isParagraph = piece.block != nullptr && piece.block->element() == Element::p;
-        std::string written;
-        if (piece.block == nullptr) {
-            written = line(piece.line, InlineMarkdown::Place::paragraph);
-        } else {
-            written = block(*piece.block, turns.takesOther(*piece.block));
-        }
+        const HTMLNode* const nested = piece.block;
+        const bool isLine = nested == nullptr || nested->element() == Element::p;
+        const std::string written = nested == nullptr
+                                        ? line(piece.line, InlineMarkdown::Place::paragraph)
+                                        : block(*nested, turns.takesOther(*nested));
         if (written.empty()) continue;
-        const bool isOnMarkerLine = isFirst && (piece.block == nullptr || isParagraph);
-        const bool isTight = text.find("\n\n") == std::string::npos && piece.block != nullptr
-                             && isList(*piece.block);
-        if (!isOnMarkerLine) text += isFirst || isTight ? "\n" : "\n\n";
+        if (!text.empty() || !isLine) {
+            isTight = isTight && (text.empty() || (nested != nullptr && isList(*nested)));
+            text += isTight ? "\n" : "\n\n";
+        }
         text += written;
-        isFirst = false;
     }
     return text;
 }

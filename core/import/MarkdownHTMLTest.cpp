@@ -37,6 +37,7 @@ TEST(MarkdownHTML, BlocksAndSpansBecomeNoteBodyElements) {
             Case{
                 "![a *b* `c`\nd](p.png \"T\")",
                 R"(<p><img src="p.png" alt="a b c d" title="T"></p>)"},
+            Case{"![](p.png)", R"(<p><img src="p.png"></p>)"},
             Case{
                 "[[Some note]] and [[other#part|text]]",
                 "<p><a href=\"tesserine-wiki:Some note\">Some note</a> and "
