@@ -22,7 +22,12 @@ std::string shortLabel(TaskPriority priority) {
 }
 
 std::vector<CDTask*> subtasksInOrder(const CDTask& task) {
+    if (task.parent != nullptr) return {};
     auto subtasks = task.subtasks.all();
+    for (std::size_t i = 0; i < subtasks.size(); ++i) {
+        const auto below = subtasks[i]->subtasks.all();
+        subtasks.insert(subtasks.end(), below.begin(), below.end());
+    }
     std::ranges::stable_sort(subtasks, {}, [](const CDTask* subtask) {
         return std::pair(subtask->sortIndex.valueOr(0), subtask->createdAt.valueOr({}));
     });

@@ -78,5 +78,19 @@ TEST_F(TaskViewTest, RemindersOfOpenTasksArePendingFromNowOn) {
     EXPECT_EQ(titles(context.fetch<CDTask>(tasksWithPendingReminder(now))), "now, later");
 }
 
+TEST_F(TaskViewTest, NothingBelowASubtaskIsHiddenAndRingsEnd) {
+    CDTask& top = add({.title = "top"});
+    CDTask& middle = add({.title = "middle", .parent = &top});
+    CDTask& bottom = add({.title = "bottom"});
+    bottom.parent = &middle;  // as two devices can do
+    EXPECT_EQ(titles(subtasksInOrder(top)), "middle, bottom");
+
+    CDTask& ring = add({.title = "ring"});
+    CDTask& other = add({.title = "other", .parent = &ring});
+    ring.parent = &other;
+    ring.completedAt = clock.now();
+    EXPECT_EQ(service.snapshots(context, TaskView::completed(), calendar, collator).size(), 1U);
+}
+
 }  // namespace
 }  // namespace tesserine
