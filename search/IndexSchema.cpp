@@ -78,7 +78,15 @@ std::optional<std::int64_t> versionIn(std::string_view text) {
     return isWhole ? std::optional(number) : std::nullopt;
 }
 
-void stamp(SQLiteDatabase& database) {
+void dropTables(SQLiteDatabase& database) {
+    database.execute(dropScript);
+    Statement row = database.prepare("DELETE FROM meta WHERE key = ?;");
+    row.bindText(1, historyKey);
+    row.step();
+}
+
+void makeTables(SQLiteDatabase& database) {
+    database.execute(script);
     Statement row =
         database.prepare("INSERT OR REPLACE INTO meta(key, value) VALUES('schema', ?);");
     row.bindText(1, std::to_string(version));
@@ -96,10 +104,14 @@ void setUp(SQLiteDatabase& database) {
     // Read again inside: another process may have set the file up meanwhile.
     database.transaction([&] {
         const auto stored = versionIn(storedVersion(database));
-        if (stored && *stored != version) database.execute(dropScript);
-        database.execute(script);
-        stamp(database);
+        if (stored && *stored != version) dropTables(database);
+        makeTables(database);
     });
+}
+
+void remake(SQLiteDatabase& database) {
+    dropTables(database);
+    makeTables(database);
 }
 
 }  // namespace tesserine::indexSchema

@@ -1,7 +1,6 @@
 #include "search/SearchIndex.h"
 
 #include "base/FailPoint.h"
-#include "base/Files.h"
 #include "base/Text.h"
 #include "search/IndexSchema.h"
 #include "search/IndexWriter.h"
@@ -9,6 +8,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <system_error>
 #include <thread>
 
 namespace tesserine {
@@ -111,11 +111,19 @@ void SearchIndex::reopen() {
 void SearchIndex::replaceFile() {
     queue_.sync([this] {
         close();
-        for (const char* suffix : {"", "-wal", "-shm"}) {
-            files::removeIfPresent(file_.string() + suffix);
-        }
+        removeFile(file_);
         open();
     });
+}
+
+bool SearchIndex::removeFile(const std::filesystem::path& file) {
+    bool isGone = true;
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        std::error_code error;
+        std::filesystem::remove(file.string() + suffix, error);
+        isGone = isGone && !error;
+    }
+    return isGone;
 }
 
 template <class Write>
@@ -148,6 +156,13 @@ void SearchIndex::remove(const std::string& uid) {
 void SearchIndex::clear() {
     perform([&](SQLiteDatabase& database) {
         database.execute("DELETE FROM fts; DELETE FROM docs; DELETE FROM afts; DELETE FROM atts;");
+        ++generation_;
+    });
+}
+
+void SearchIndex::makeAfresh() {
+    batch([this] {
+        indexSchema::remake(database());
         ++generation_;
     });
 }

@@ -64,6 +64,8 @@ public:
     void remove(const std::string& uid);
     /// Takes every document out; tag tree and `meta` stay.
     void clear();
+    /// The same, with the tag tree, and quickly however full it is: for a full rebuild.
+    void makeAfresh();
     /// Runs `body` on the queue in one transaction, or in the one that is open. All or nothing.
     void batch(const std::function<void()>& body);
 
@@ -143,6 +145,8 @@ public:
     void reopen();
     /// The same after removing the file with its -wal and -shm.
     void replaceFile();
+    /// Removes an index that nothing of this process has open; tells whether it is gone.
+    static bool removeFile(const std::filesystem::path& file);
 
 private:
     SQLiteDatabase& database();

@@ -11,7 +11,9 @@ int main() {
     addBaseOperations(operations);
     addBodyOperations(operations);
     addCryptoOperations(operations);
+    addIndexOperations(operations);
     addQuickAddOperations(operations);
+    addSearchOperations(operations);
     addServiceOperations(operations);
     addTaskOperations(operations);
     addTaskServiceOperations(operations);
