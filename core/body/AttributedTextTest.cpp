@@ -48,10 +48,10 @@ void expectKept(const std::string& body) { ASSERT_EQ(canonicalHTML(attributedTex
 
 TEST(AttributedText, KeepsEveryCanonicalBodyToTheLetter) {
     test::BodyMaker maker(11);
-    for (int i = 0; i < 6'000 && !testing::Test::HasFatalFailure(); ++i) {
+    for (int i = 0; i < 3'000 && !testing::Test::HasFatalFailure(); ++i) {
         expectKept(canonicalBody(i % 3 == 0 ? maker.mutated(maker.soup()) : maker.soup()).html);
     }
-    for (int i = 0; i < 4'000 && !testing::Test::HasFatalFailure(); ++i) {
+    for (int i = 0; i < 2'000 && !testing::Test::HasFatalFailure(); ++i) {
         expectKept(canonicalBody(HTMLSerializer::serialize(maker.tree().root())).html);
     }
 }
