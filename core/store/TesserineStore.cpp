@@ -15,6 +15,19 @@
 #include <thread>
 
 namespace tesserine {
+namespace {
+
+/// Moves the journal into the library's file; tells whether all of it was moved.
+bool moveJournal(StoreCore& core, SQLiteDatabase::Checkpoint how) {
+    try {
+        const StoreCore::Writing writing = core.beginWriting();
+        return writing.database().checkpoint(how);
+    } catch (const SQLiteDatabase::Error& error) {
+        throw StoreError::saveFailed(StoreCore::explain(error));
+    }
+}
+
+}  // namespace
 
 std::filesystem::path StoreConfiguration::defaultDirectory(
     const std::optional<std::string>& dataHome, const std::filesystem::path& home) {
@@ -260,12 +273,11 @@ bool TesserineStore::wasCreated() const { return core_->wasCreated(); }
 bool TesserineStore::wasEndedUncleanly() const { return core_->wasEndedUncleanly(); }
 
 void TesserineStore::checkpoint() {
-    try {
-        const StoreCore::Writing writing = core_->beginWriting();
-        writing.database().checkpoint(SQLiteDatabase::Checkpoint::passive);
-    } catch (const SQLiteDatabase::Error& error) {
-        throw StoreError::saveFailed(StoreCore::explain(error));
-    }
+    moveJournal(*core_, SQLiteDatabase::Checkpoint::passive);
+}
+
+bool TesserineStore::emptyJournal() {
+    return moveJournal(*core_, SQLiteDatabase::Checkpoint::truncate);
 }
 
 }  // namespace tesserine

@@ -111,6 +111,10 @@ public:
     std::size_t tidyUp();
     /// Writes the journal into the file as far as possible. Called when idle; closing does it too.
     void checkpoint();
+    /// Writes the whole journal into the file and empties it: what was deleted is then in none of
+    /// the two, because the file is overwritten where rows stood. False when a reader kept the
+    /// journal in use for too long. Throws `StoreError` (saveFailed).
+    bool emptyJournal();
 
     /// Shared by the rooms that examine the library's file; not for changing objects.
     StoreCore& core() const { return *core_; }
