@@ -2,11 +2,11 @@
 
 #include "base/Encoding.h"
 
-#include <string.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -83,6 +83,11 @@ void SecretBytes::swap(SecretBytes& other) noexcept {
 void wipe(std::string& text) noexcept {
     ::explicit_bzero(text.data(), text.capacity());
     text.clear();
+}
+
+void wipe(std::vector<std::uint8_t>& bytes) noexcept {
+    ::explicit_bzero(bytes.data(), bytes.size());
+    bytes.clear();
 }
 
 }  // namespace tesserine

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tesserine {
 
@@ -50,5 +51,6 @@ private:
 /// Overwrites `text`, also what stands in it beyond its length, and empties it. For texts that a
 /// library handed out as `std::string`.
 void wipe(std::string& text) noexcept;
+void wipe(std::vector<std::uint8_t>& bytes) noexcept;
 
 }  // namespace tesserine

@@ -14,6 +14,7 @@ std::vector<Command> allCommands() {
           noteCommands,
           noteStateCommands,
           noteHistoryCommands,
+          lockCommands,
           attachmentCommands,
           trashCommands,
           notebookCommands,

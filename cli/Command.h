@@ -74,6 +74,7 @@ std::vector<Command> libraryCommands();
 std::vector<Command> noteCommands();
 std::vector<Command> noteStateCommands();
 std::vector<Command> noteHistoryCommands();
+std::vector<Command> lockCommands();
 std::vector<Command> attachmentCommands();
 std::vector<Command> trashCommands();
 std::vector<Command> notebookCommands();

@@ -61,7 +61,8 @@ protected:
             .outputIsTerminal = isTerminal_,
             .errorIsTerminal = isTerminal_,
             .stop = stop_.get_token(),
-            .runProgram = runProgram_};
+            .runProgram = runProgram_,
+            .showTyping = [this](bool isShown) { typing_ += isShown ? "shown " : "hidden "; }};
         const ExitStatus status = runCommand(line, environment);
         return {.status = status, .output = output.str(), .error = error.str()};
     }
@@ -86,6 +87,7 @@ protected:
     std::function<std::optional<int>(const std::vector<std::string>&)> runProgram_;
     std::stop_source stop_;
     bool isTerminal_ = false;
+    std::string typing_;  // what the terminal was told of it
 };
 
 }  // namespace tesserine::cli

@@ -37,6 +37,8 @@ struct Environment {
     /// Runs a program with arguments on the terminal, waits, and tells its exit status. The first
     /// word is looked up in PATH. None when it could not be started.
     std::function<std::optional<int>(const std::vector<std::string>& words)> runProgram{};
+    /// Sets whether the terminal behind `input` shows what is typed.
+    std::function<void(bool isShown)> showTyping{};
     /// Starts the window in place of this program; returns only when there is none to start.
     std::function<void()> openWindow{};
     /// The time zone of the machine.

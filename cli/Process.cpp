@@ -8,6 +8,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -99,6 +100,14 @@ std::size_t terminalColumns(int descriptor) {
     winsize size = {};
     if (::ioctl(descriptor, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return usual;
     return size.ws_col;
+}
+
+void showTyping(bool isShown) {
+    termios settings = {};
+    if (::tcgetattr(STDIN_FILENO, &settings) != 0) return;
+    const auto echo = static_cast<tcflag_t>(ECHO);
+    settings.c_lflag = isShown ? settings.c_lflag | echo : settings.c_lflag & ~echo;
+    ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &settings);
 }
 
 std::optional<int> runProgram(const std::vector<std::string>& words) {

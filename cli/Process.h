@@ -19,6 +19,9 @@ std::filesystem::path homeFolder();
 /// Columns of the terminal behind a descriptor; 80 when it does not say.
 std::size_t terminalColumns(int descriptor);
 
+/// Sets whether the terminal behind standard input shows what is typed; nothing without one.
+void showTyping(bool isShown);
+
 /// Runs a program and waits for it; its exit status, 128 + n when a signal ended it, none when it
 /// could not be started.
 std::optional<int> runProgram(const std::vector<std::string>& words);

@@ -43,6 +43,7 @@ int main(int count, char** words) {
         .terminalColumns = cli::terminalColumns(STDOUT_FILENO),
         .stop = interruption.token(),
         .runProgram = cli::runProgram,
+        .showTyping = cli::showTyping,
         .openWindow = [] { cli::becomeProgramBeside("tesserine-desktop"); },
         .systemZone = Calendar::systemZone()};
     const std::vector<std::string> line(words + std::min(count, 1), words + count);
