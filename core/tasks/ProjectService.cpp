@@ -2,6 +2,7 @@
 
 #include "base/Text.h"
 #include "core/store/StoreContext.h"
+#include "core/tasks/Places.h"
 
 namespace tesserine {
 namespace {
@@ -94,9 +95,9 @@ std::size_t ProjectService::mergeInboxes(StoreContext& context) const {
 CDProject& ProjectService::insert(StoreContext& context, std::string_view name) const {
     const CDProject* last =
         context.fetchFirst<CDProject>({.sort = {{"sortIndex", SortDescriptor::Order::descending}}});
-    CDProject& made = context.insert<CDProject>();
+    auto& made = context.insert<CDProject>();
     made.name = std::string(name);
-    made.sortIndex = last == nullptr ? 0 : last->sortIndex.valueOr(0) + 1;
+    made.sortIndex = last == nullptr ? 0 : placeAfter(last->sortIndex.valueOr(0));
     made.createdAt = clock_.now();
     made.updatedAt = made.createdAt;
     return made;

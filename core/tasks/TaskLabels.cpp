@@ -9,11 +9,11 @@ namespace tesserine {
 CDTag* labelNamed(StoreContext& context, std::string_view name, Instant now) {
     const std::string_view stored = text::trimmed(name);
     if (stored.empty()) return nullptr;
-    CDTag* known = context.fetchFirst<CDTag>(
+    auto* known = context.fetchFirst<CDTag>(
         {.predicate = {"name ==[c] %@", stored}, .sort = {{"createdAt"}}});
     if (known != nullptr) return known;
 
-    CDTag& made = context.insert<CDTag>();
+    auto& made = context.insert<CDTag>();
     made.name = std::string(stored);
     made.createdAt = now;
     made.updatedAt = now;

@@ -60,6 +60,11 @@ TaskDraft TaskService::draftOf(const QuickAddResult& result, const Calendar& cal
     return draft;
 }
 
+void TaskService::repeat(CDTask& task, const RecurrenceRule& rule, const Calendar& calendar) const {
+    if (!task.dueDate) setDue(task, firstDue(rule, std::nullopt, clock_.now(), calendar));
+    setRecurrence(task, anchored(rule, *task.dueDate, calendar));
+}
+
 CDTask& TaskService::createFromSentence(
     StoreContext& context, std::string_view sentence, const Calendar& calendar) const {
     return create(context, draftOf(sentence, calendar));

@@ -71,6 +71,13 @@ TEST_F(TaskSentenceTest, AMonthlyRuleThatBeginsLateInAMonthKeepsItsDay) {
          }) {
         EXPECT_EQ(type(sentence).recurrenceRule, rule) << sentence;
     }
+
+    CDTask& later = addDue("Rent", "2026-03-31T09:00");
+    service.repeat(later, {.unit = RecurrenceRule::Unit::month}, calendar);
+    EXPECT_EQ(later.recurrenceRule, "unit=month;interval=1;dayOfMonth=31");
+    CDTask& undated = add({.title = "Swim"});
+    service.repeat(undated, {.unit = RecurrenceRule::Unit::week, .weekdays = {2}}, calendar);
+    EXPECT_EQ(local(undated.dueDate), "2026-03-16T00:00");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "base/Calendar.h"
 #include "core/body/PlainText.h"
 #include "core/store/StoreContext.h"
+#include "core/tasks/Places.h"
 #include "core/tasks/TaskLabels.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace tesserine {
 namespace {
 
 /// A place behind all tasks of the level that `parent` stands for; null is the top.
-std::int64_t lastPlace(StoreContext& context, const CDTask* parent) {
+std::int64_t placeAtEnd(StoreContext& context, const CDTask* parent) {
     std::optional<std::int64_t> highest;
     if (parent != nullptr) {
         for (const CDTask* sibling : parent->subtasks.all()) {
@@ -24,7 +25,7 @@ std::int64_t lastPlace(StoreContext& context, const CDTask* parent) {
              .sort = {{"sortIndex", SortDescriptor::Order::descending}}})) {
         highest = last->sortIndex.valueOr(0);
     }
-    return highest ? *highest + 1 : 0;
+    return highest ? placeAfter(*highest) : 0;
 }
 
 /// When a task that repeats is due after being completed now; none when it does not go on.
@@ -75,9 +76,9 @@ CDTask& TaskService::create(StoreContext& context, TaskDraft draft) const {
     if (parent != nullptr && parent->parent != nullptr) parent = parent->parent;
     CDProject* project = parent != nullptr ? parent->project : draft.project;
     if (project == nullptr) project = &projects_.findOrCreate(context, draft.projectName);
-    const std::int64_t place = lastPlace(context, parent);
+    const std::int64_t place = placeAtEnd(context, parent);
 
-    CDTask& task = context.insert<CDTask>();
+    auto& task = context.insert<CDTask>();
     if (draft.id) task.id = *draft.id;
     task.title = std::move(draft.title);
     task.details = std::move(draft.details);
@@ -101,14 +102,14 @@ CDTask& TaskService::createFromNote(
     const std::string noteTitle = displayTitle(note.title.valueOr(""), note.plainText.valueOr(""));
     return create(
         context,
-        {.title = title ? std::move(*title) : noteTitle,
+        {.title = std::move(title).value_or(noteTitle),
          .details = "From note: " + noteTitle,
          .linkedNote = &note});
 }
 
 CDTask& TaskService::duplicate(StoreContext& context, const CDTask& task) const {
-    const std::int64_t place = lastPlace(context, task.parent);
-    CDTask& copy = context.insert<CDTask>();
+    const std::int64_t place = placeAtEnd(context, task.parent);
+    auto& copy = context.insert<CDTask>();
     copy.title = duplicateTitle(task.title.valueOr(""));
     copy.details = task.details;
     copy.project = task.project;
@@ -143,8 +144,8 @@ CDTask* TaskService::complete(StoreContext& context, CDTask& task, const Calenda
 }
 
 CDTask& TaskService::insertCompletedCopy(StoreContext& context, const CDTask& task) const {
-    const std::int64_t place = lastPlace(context, nullptr);
-    CDTask& done = context.insert<CDTask>();
+    const std::int64_t place = placeAtEnd(context, nullptr);
+    auto& done = context.insert<CDTask>();
     done.title = task.title;
     done.details = task.details;
     done.project = task.project;
@@ -176,6 +177,7 @@ void TaskService::moveOn(CDTask& task, Instant nextDue, const Calendar& calendar
 }
 
 void TaskService::reopen(CDTask& task) const {
+    if (!task.completedAt) return;
     task.completedAt = std::nullopt;
     task.updatedAt = clock_.now();
 }
@@ -238,7 +240,7 @@ bool TaskService::setParent(StoreContext& context, CDTask& task, CDTask* parent)
     if (parent != nullptr && parent->parent != nullptr) parent = parent->parent;
     if (parent == &task || (parent != nullptr && !task.subtasks.empty())) return false;
     if (parent == task.parent) return true;
-    task.sortIndex = lastPlace(context, parent);
+    task.sortIndex = placeAtEnd(context, parent);
     task.parent = parent;
     if (parent != nullptr) task.project = parent->project;
     task.updatedAt = clock_.now();
@@ -247,12 +249,13 @@ bool TaskService::setParent(StoreContext& context, CDTask& task, CDTask* parent)
 
 void TaskService::reorder(const std::vector<CDTask*>& inNewOrder) const {
     std::vector<std::int64_t> places;
+    places.reserve(inNewOrder.size());
     for (const CDTask* task : inNewOrder) {
         places.push_back(task->sortIndex.valueOr(0));
     }
     std::ranges::sort(places);
     for (std::size_t i = 0; i < places.size(); ++i) {
-        if (i > 0) places[i] = std::max(places[i], places[i - 1] + 1);
+        if (i > 0) places[i] = std::max(places[i], placeAfter(places[i - 1]));
         CDTask& task = *inNewOrder[i];
         if (task.sortIndex == places[i]) continue;
         task.sortIndex = places[i];

@@ -97,6 +97,7 @@ public:
     /// its reminder and subtasks with it, and a completed copy of it is kept, which is returned.
     /// Does nothing for a completed task.
     CDTask* complete(StoreContext& context, CDTask& task, const Calendar& calendar) const;
+    /// Does nothing for an open task.
     void reopen(CDTask& task) const;
 
     /// Throws `TaskError`.
@@ -105,7 +106,11 @@ public:
     void setDue(CDTask& task, const std::optional<TaskDue>& due) const;
     void setReminder(CDTask& task, const std::optional<Instant>& at) const;
     void setPriority(CDTask& task, TaskPriority priority) const;
+    /// Keeps the rule as it is given; none ends the repetition.
     void setRecurrence(CDTask& task, const std::optional<RecurrenceRule>& rule) const;
+    /// Makes the task repeat by a rule that a person typed, with the due date and the day of the
+    /// month that `draftOf` would give it.
+    void repeat(CDTask& task, const RecurrenceRule& rule, const Calendar& calendar) const;
 
     /// Adds the label, made when there is none of this name; an empty name changes nothing.
     void addLabel(StoreContext& context, CDTask& task, std::string_view name) const;

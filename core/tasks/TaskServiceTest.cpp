@@ -1,5 +1,7 @@
 #include "core/tasks/TaskFixture.h"
 
+#include <limits>
+
 namespace tesserine {
 namespace {
 
@@ -215,6 +217,11 @@ TEST_F(TaskServiceTest, ANewOrderWritesOnlyWhatChangesItsPlace) {
     EXPECT_FALSE(d.isChanged());
     service.reorder({&d, &c});
     EXPECT_EQ(titles(TaskView::all()), "d, a, b, c");
+
+    c.sortIndex = std::numeric_limits<std::int64_t>::max();  // as another device may send it
+    clock.advance(std::chrono::seconds(1));
+    add({.title = "e"});
+    EXPECT_EQ(titles(TaskView::all()), "d, a, b, c, e");
 }
 
 }  // namespace

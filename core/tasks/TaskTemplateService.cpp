@@ -51,7 +51,7 @@ CDTaskTemplate& TaskTemplateService::createUntitled(StoreContext& context) const
 CDTaskTemplate& TaskTemplateService::create(
     StoreContext& context, TaskTemplateContent content) const {
     content = storable(std::move(content));
-    CDTaskTemplate& made = context.insert<CDTaskTemplate>();
+    auto& made = context.insert<CDTaskTemplate>();
     content.store(made);
     made.createdAt = clock_.now();
     made.updatedAt = clock_.now();
