@@ -135,8 +135,9 @@ ExitStatus showOverview(Session& session, const Arguments&) {
     showSection(session, "Reminders", overview.reminders, &CDNote::reminderAt);
     showSection(session, "With a conflict", overview.conflicts, &CDNote::updatedAt);
     showSection(session, "Recent", overview.recent, &CDNote::updatedAt);
-    session.output().line(
-        counted(count, "note") + ", " + counted(tasks(TaskView::all()), "open task") + ".");
+    const std::size_t openTasks = tasks(TaskView::all());
+    const std::string tasksText = openTasks == 0 ? "" : ", " + counted(openTasks, "open task");
+    session.output().line(counted(count, "note") + tasksText + ".");
     return ExitStatus::done;
 }
 

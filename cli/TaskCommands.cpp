@@ -129,8 +129,12 @@ ExitStatus editTask(Session& session, const Arguments& arguments) {
     if (const auto priority = arguments.text("priority")) {
         tasks.setPriority(task, parsePriority(*priority));
     }
-    if (const auto rule = arguments.text("repeat")) {
-        tasks.setRecurrence(task, parseRepeat(session, *rule));
+    if (const auto words = arguments.text("repeat")) {
+        if (const auto rule = parseRepeat(session, *words)) {
+            tasks.repeat(task, *rule, session.calendar());
+        } else {
+            tasks.setRecurrence(task, std::nullopt);
+        }
     }
     if (const auto name = arguments.text("project")) {
         tasks.moveToProject(context, task, tasks.projects().findOrCreate(context, *name));

@@ -314,6 +314,7 @@ TEST_F(TaskCommandsTest, WhatMakesNoSenseIsRefusedAndChangesNothing) {
              Case{{"task", "edit", id}, ExitStatus::usage},
              Case{{"task", "edit", id, "--title", " "}, ExitStatus::usage},
              Case{{"task", "edit", id, "--due", "soon"}, ExitStatus::usage},
+             Case{{"task", "edit", id, "--due", "tomorrow p1"}, ExitStatus::usage},
              Case{{"task", "edit", id, "--due", "2026-02-30"}, ExitStatus::usage},
              Case{{"task", "edit", id, "--priority", "5"}, ExitStatus::usage},
              Case{{"task", "edit", id, "--repeat", "tomorrow"}, ExitStatus::usage},

@@ -4,6 +4,8 @@
 #include "cli/When.h"
 #include "core/tasks/QuickAddParser.h"
 
+#include <algorithm>
+
 namespace tesserine::cli {
 
 namespace {
@@ -19,7 +21,10 @@ QuickAddResult parsed(Session& session, const std::string& typed) {
 std::optional<TaskDue> parseDue(Session& session, const std::string& typed) {
     if (typed == none) return std::nullopt;
     const QuickAddResult words = parsed(session, typed);
-    if (words.title.empty() && words.dueDate) {
+    const bool saysMore = std::ranges::any_of(words.recognisedTokens, [](const auto& token) {
+        return token.kind != TokenKind::date && token.kind != TokenKind::time;
+    });
+    if (words.title.empty() && words.dueDate && !saysMore) {
         return TaskDue{.date = *words.dueDate, .hasTime = words.dueHasTime};
     }
     return TaskDue{.date = parseWhen(typed, session.calendar()), .hasTime = true};
