@@ -112,9 +112,10 @@ std::vector<Command> batchCommands() {
              "Operations: note.add {id?, title, html | markdown | text, notebook?, tags?, "
              "sourceURL?}, note.set {id, title?, html | markdown | text?, ifVersion?}, note.trash, "
              "note.restore, note.delete, note.pin, note.unpin {id}, attachment.add {note, filename, "
-             "mimeType?, base64}, task.add {id?, sentence}, task.done {id}, group {ops}: all of them in one save, or none. The field “op” "
-             "names the operation. An answer holds “ok”, and “id” or “error”; a refusal does not "
-             "end the run. Repeating an operation with the same id is harmless.",
+             "mimeType?, base64}, task.add {id?, sentence}, task.done {id}, search {query, limit?}, "
+             "group {ops}: all of them in one save, or none. The field “op” names the operation. An "
+             "answer holds “ok”, and “id”, what was found, or “error”; a refusal does not end the "
+             "run. Repeating an operation with the same id is harmless.",
          .example = R"(echo '{"op": "note.add", "title": "Plan"}' | tesserine batch)",
          .run = batch}};
 }

@@ -3,8 +3,10 @@
 #include "cli/BodyInput.h"
 #include "cli/CommandError.h"
 #include "cli/JSONFields.h"
+#include "cli/LibrarySearch.h"
 #include "cli/Names.h"
 #include "cli/ObjectJSON.h"
+#include "cli/SearchPresentation.h"
 #include "cli/Session.h"
 
 #include <boost/json/array.hpp>
@@ -31,7 +33,7 @@ boost::json::object BatchOperations::apply(const boost::json::object& operation,
         std::string_view name;
         boost::json::object (BatchOperations::*apply)(JSONFields& fields);
     };
-    static constexpr std::array<Entry, 11> entries{{
+    static constexpr std::array<Entry, 12> entries{{
         {"note.add", &BatchOperations::addNote},
         {"note.set", &BatchOperations::setNote},
         {"note.trash", &BatchOperations::trashNote},
@@ -42,6 +44,7 @@ boost::json::object BatchOperations::apply(const boost::json::object& operation,
         {"attachment.add", &BatchOperations::addAttachment},
         {"task.add", &BatchOperations::addTask},
         {"task.done", &BatchOperations::completeTask},
+        {"search", &BatchOperations::search},
         {"group", &BatchOperations::applyGroup},
     }};
     JSONFields fields(operation);
@@ -52,6 +55,9 @@ boost::json::object BatchOperations::apply(const boost::json::object& operation,
     }
     if (nesting == Nesting::refused && name == "group") {
         throw CommandError::badInput("A group cannot hold another group.");
+    }
+    if (nesting == Nesting::refused && name == "search") {
+        throw CommandError::badInput("A group cannot hold a search: it is not saved yet.");
     }
     return (this->*found->apply)(fields);
 }
@@ -193,6 +199,14 @@ boost::json::object BatchOperations::completeTask(JSONFields& fields) {
     CDTask& task = resolveTask(session_, name);
     session_.tasks().complete(session_.context(), task, session_.calendar());
     return {{"id", asJSON(task.id.get())}};
+}
+
+boost::json::object BatchOperations::search(JSONFields& fields) {
+    const std::string query = fields.requiredText("query");
+    const std::int64_t limit = fields.integer("limit").value_or(SearchEngine::defaultLimit);
+    fields.refuseOthers();
+    const SearchResponse response = session_.search().search({.text = query, .limit = limit});
+    return responseJSON(response, session_.search().explanation(query));
 }
 
 boost::json::object BatchOperations::applyGroup(JSONFields& fields) {

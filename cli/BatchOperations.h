@@ -37,6 +37,7 @@ private:
     boost::json::object addAttachment(JSONFields& fields);
     boost::json::object addTask(JSONFields& fields);
     boost::json::object completeTask(JSONFields& fields);
+    boost::json::object search(JSONFields& fields);
     boost::json::object applyGroup(JSONFields& fields);
 
     std::optional<std::string> body(JSONFields& fields);

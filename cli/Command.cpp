@@ -21,6 +21,8 @@ std::vector<Command> allCommands() {
           tagCommands,
           templateCommands,
           savedSearchCommands,
+          searchCommands,
+          indexCommands,
           taskCommands,
           projectCommands,
           taskTemplateCommands,

@@ -81,6 +81,8 @@ std::vector<Command> notebookCommands();
 std::vector<Command> tagCommands();
 std::vector<Command> templateCommands();
 std::vector<Command> savedSearchCommands();
+std::vector<Command> searchCommands();
+std::vector<Command> indexCommands();
 std::vector<Command> taskCommands();
 std::vector<Command> projectCommands();
 std::vector<Command> taskTemplateCommands();

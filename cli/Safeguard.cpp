@@ -2,6 +2,7 @@
 
 #include "cli/Session.h"
 #include "core/services/TrashRetention.h"
+#include "search/LegacySavedSearches.h"
 
 namespace tesserine::cli {
 
@@ -39,6 +40,16 @@ void purgeExpired(Session& session) {
     }
 }
 
+void bringSearchesOver(Session& session) {
+    try {
+        LegacySavedSearches legacy(session.savedSearches(), session.preferences());
+        if (legacy.isDue()) legacy.migrate(session.context());
+    } catch (const UserError& error) {
+        session.context().rollback();
+        session.log().warning(std::string("saved searches of earlier builds: ") + error.what());
+    }
+}
+
 }  // namespace
 
 LibraryBackups backupsOf(Session& session) {
@@ -55,6 +66,7 @@ void backUpBefore(Session& session, const std::string& reason) {
 }
 
 void doStartWork(Session& session) {
+    bringSearchesOver(session);
     if (session.store().wasCreated()) return;
     makeDailyBackup(session);
     if (TrashRetention::days(session.preferences())) purgeExpired(session);

@@ -2,6 +2,7 @@
 #include "cli/Names.h"
 #include "cli/ObjectJSON.h"
 #include "cli/Presentation.h"
+#include "cli/SearchRun.h"
 #include "cli/Session.h"
 
 #include <boost/json/array.hpp>
@@ -85,6 +86,11 @@ ExitStatus reorderSearches(Session& session, const Arguments& arguments) {
     return listSearches(session, arguments);
 }
 
+ExitStatus runSaved(Session& session, const Arguments& arguments) {
+    const CDSavedSearch& search = resolveSavedSearch(session, arguments.word(0));
+    return runSearch(session, search.query.valueOr(""), arguments);
+}
+
 }  // namespace
 
 std::vector<Command> savedSearchCommands() {
@@ -124,7 +130,13 @@ std::vector<Command> savedSearchCommands() {
          .access = Access::writes,
          .arguments = {{.name = "SEARCH", .isRepeatable = true}},
          .example = "tesserine saved-search reorder Journeys Recipes",
-         .run = reorderSearches}};
+         .run = reorderSearches},
+        {.path = "saved-search run",
+         .summary = "Searches for what a saved search asks",
+         .arguments = {search},
+         .options = searchOptions(),
+         .example = "tesserine saved-search run Journeys",
+         .run = runSaved}};
 }
 
 }  // namespace tesserine::cli

@@ -62,7 +62,10 @@ ExitStatus runSearch(Session& session, const std::string& query, const Arguments
         session.output().json(responseJSON(response, explanation));
         return ExitStatus::done;
     }
-    if (arguments.has("explain")) session.output().line(markedLine(session, explanation));
+    if (arguments.has("explain")) {
+        session.output().line(markedLine(session, explanation));
+        session.output().flush();  // before the remarks, which take another way
+    }
     showResponse(session, response);
     return ExitStatus::done;
 }

@@ -1,6 +1,7 @@
 #include "cli/Session.h"
 
 #include "base/Files.h"
+#include "cli/LibrarySearch.h"
 #include "cli/Safeguard.h"
 #include "cli/Settings.h"
 
@@ -161,6 +162,7 @@ void Session::openStore() {
 
 void Session::closeLibrary() {
     releaseNames();
+    search_.reset();
     store_.reset();
 }
 
@@ -182,6 +184,11 @@ const mime::TypeRegistry& Session::types() {
 const AttachmentService& Session::attachments() {
     if (!attachments_) attachments_ = std::make_unique<AttachmentService>(clock(), types());
     return *attachments_;
+}
+
+LibrarySearch& Session::search() {
+    if (!search_) search_ = std::make_unique<LibrarySearch>(*this);
+    return *search_;
 }
 
 void Session::throwIfStopped() const {

@@ -31,6 +31,8 @@
 
 namespace tesserine::cli {
 
+class LibrarySearch;
+
 /// The library could not be opened for a reason that stands before the store: exit status 3.
 class LibraryUnavailable final : public UserError {
 public:
@@ -115,6 +117,8 @@ public:
     /// Reads the registry of file types the first time.
     const mime::TypeRegistry& types();
     const AttachmentService& attachments();
+    /// Opens the library's search the first time.
+    LibrarySearch& search();
 
     std::stop_token stop() const { return environment_.stop; }
     /// Throws `Interrupted` after Ctrl-C.
@@ -146,6 +150,7 @@ private:
     std::unique_ptr<mime::TypeRegistry> types_;
     std::unique_ptr<AttachmentService> attachments_;
     std::unique_ptr<TesserineStore> store_;
+    std::unique_ptr<LibrarySearch> search_;
     std::optional<files::FolderLock> names_;
     std::optional<std::int64_t> backedUpChange_;
 };

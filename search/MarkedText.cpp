@@ -1,8 +1,10 @@
 #include "search/MarkedText.h"
 
+#include "base/Text.h"
 #include "search/SearchStatement.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace tesserine::marked {
 
@@ -35,8 +37,28 @@ bool endsInsideMark(std::string_view text) {
 
 bool hasMark(std::string_view text) { return text.find(marker::open) != std::string_view::npos; }
 
+std::string mark(std::string_view text, std::span<const std::string> parts) {
+    const std::string lower = text::asciiLowercased(text);
+    std::vector<bool> isMarked(text.size() + 1);  // the last one ends a mark at the end
+    for (const std::string& part : parts) {
+        const std::string wanted = text::asciiLowercased(part);
+        for (std::size_t at = lower.find(wanted); at != std::string::npos && !wanted.empty();
+             at = lower.find(wanted, at + wanted.size())) {
+            std::fill_n(isMarked.begin() + static_cast<std::ptrdiff_t>(at), wanted.size(), true);
+        }
+    }
+    std::string result;
+    bool isOpen = false;
+    for (std::size_t i = 0; i < isMarked.size(); ++i) {
+        if (isMarked[i] != isOpen) result += isOpen ? marker::close : marker::open;
+        isOpen = isMarked[i];
+        if (i < text.size()) result += text[i];
+    }
+    return result;
+}
+
 std::string excerpt(std::string_view text, std::size_t wordLimit) {
-    const std::size_t mark = std::min(text.find(marker::open), text.size());
+    const std::size_t mark = hasMark(text) ? text.find(marker::open) : 0;
     // A third of the words stand before the match, so that it is seen at once.
     std::size_t begin = mark;
     for (std::size_t i = 0; i < wordLimit / 3; ++i) {

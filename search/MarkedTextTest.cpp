@@ -30,6 +30,7 @@ TEST(MarkedText, AnExcerptShowsTheFirstMatchAmongItsWords) {
     for (const auto& [text, excerpt] : {
              Case{"", ""},
              Case{"one two", "one two"},
+             Case{"a b c d e f g h", "a b c d e f…"},
              Case{"a b c d e f [g] h i j k", "…e f [g] h i j…"},
              Case{"[a] b c d e f g", "[a] b c d e f…"},
              Case{"a b c d e [f]", "…d e [f]"},
@@ -38,6 +39,13 @@ TEST(MarkedText, AnExcerptShowsTheFirstMatchAmongItsWords) {
          }) {
         EXPECT_EQ(marked::excerpt(marked(text), 6), marked(excerpt)) << text;
     }
+}
+
+TEST(MarkedText, PartsAreMarkedWhereverTheyStand) {
+    const std::vector<std::string> parts{"voic", "ICE", "é"};
+    EXPECT_EQ(marked::mark("An invoice, Évian é", parts), marked("An in[voice], Évian [é]"));
+    EXPECT_EQ(marked::mark("", parts), "");
+    EXPECT_EQ(marked::mark("none", std::vector<std::string>{""}), "none");
 }
 
 TEST(MarkedText, ComesInPiecesWithoutItsMarkers) {

@@ -1,6 +1,7 @@
 #include "search/QueryExplanation.h"
 
 #include "base/Text.h"
+#include "search/QueryCharacters.h"
 #include "search/QueryTimes.h"
 #include "search/SearchStatement.h"
 
@@ -64,12 +65,12 @@ public:
         if (!clauses_.excluded.empty()) {
             further.push_back("but not " + listed(clauses_.excluded, "nor"));
         }
-        if (!clauses_.order.empty()) further.push_back(clauses_.order);
         // The first one needs no comma when nothing stands between it and the subject.
         for (std::size_t i = 0; i < further.size(); ++i) {
             const bool isFirst = i == 0 && clauses_.attached.empty();
             text += (isFirst ? " " : ", ") + further[i];
         }
+        if (!clauses_.order.empty()) text += ", " + clauses_.order;
         return text + ".";
     }
 
@@ -158,19 +159,20 @@ private:
     }
 
     std::string word(const QueryText& text) const {
+        const std::string plain(withoutPunctuation(text.text));
         switch (text.form) {
         case Form::phrase: return strong("“" + text.text + "”");
-        case Form::prefix: return strong(text.text + "…");
-        case Form::part: return strong("…" + text.text + "…");
+        case Form::prefix: return strong(plain + "…");
+        case Form::part: return strong("…" + plain + "…");
         case Form::word: break;
         }
         const auto synonyms = setting_.synonyms.of(text.text);
-        if (synonyms.empty()) return strong(text.text);
+        if (synonyms.empty()) return strong(plain);
         std::vector<std::string> others;
         for (const std::string& synonym : synonyms) {
             others.push_back(strong(synonym));
         }
-        return strong(text.text) + " (and " + listed(others, "and") + ", your "
+        return strong(plain) + " (and " + listed(others, "and") + ", your "
                + (others.size() == 1 ? "synonym)" : "synonyms)");
     }
 
@@ -205,7 +207,7 @@ private:
             if (isNone) return "in no notebook";
             return (isExact ? "directly in " : "in ") + shown;
         case QueryField::type: return "with an attachment of type " + shown;
-        case QueryField::has: return "having " + shown;
+        case QueryField::has: return belonging(value);
         case QueryField::is: return "that are " + shown;
         case QueryField::title: return "with " + shown + " in the title";
         case QueryField::body: return "with " + shown + " in the text";
@@ -215,6 +217,21 @@ private:
         case QueryField::account: return "with the account number " + shown;
         default: return shown;
         }
+    }
+
+    static std::string belonging(const QueryValue& value) {
+        static constexpr std::array<std::pair<std::string_view, std::string_view>, 5> clauses{{
+            {"attachment", "with an attachment"},
+            {"text", "with text in an attachment"},
+            {"location", "with a place"},
+            {"reminder", "with a reminder"},
+            {"tag", "with a tag"},
+        }};
+        const std::string name = text::asciiLowercased(value.text);
+        for (const auto& [known, clause] : clauses) {
+            if (name == known) return std::string(clause);
+        }
+        return "with an attachment of type " + strong(value.text);
     }
 
     static std::string priority(const QueryFilter& filter, const QueryValue& value) {
@@ -232,7 +249,8 @@ private:
         }
         const std::string distance = parts.size() == 3 ? parts[2] : "10km";
         parts.resize(std::min<std::size_t>(parts.size(), 2));
-        return "written within " + strong(distance) + " of " + strong(listed(parts, ","));
+        const std::string place = parts.size() == 2 ? parts[0] + ", " + parts[1] : parts.front();
+        return "written within " + strong(distance) + " of " + strong(place);
     }
 
     std::optional<std::string> timed(std::string_view verb, const QueryFilter& filter) const {

@@ -53,6 +53,10 @@ TEST(QueryExplanation, SaysInOneSentenceWhatWasUnderstood) {
                  "(red OR white) -tag:a,b (is:note OR wine)",
                  "Notes and tasks not with *#a* or with *#b*, either that are *note* or containing "
                  "*wine*, containing either *red* or *white*."},
+             Case{
+                 "january 15, near:1,2 sort:oldest has:pdf,tag",
+                 "Notes and tasks written within *10km* of *1, 2*, with an attachment of type "
+                 "*pdf* or with a tag, containing *january* and *15*, oldest first."},
              Case{"created:soon tag:none x", "Notes and tasks without tags, containing *x*."},
          }) {
         EXPECT_EQ(sentence(query), expected) << query;

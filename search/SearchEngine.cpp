@@ -105,18 +105,20 @@ bool SearchEngine::findCorrected(Run& run) {
 /// Looks for the words in the stored text itself, where they may be parts of longer ones.
 bool SearchEngine::findPartsOfWords(Run& run) {
     Query rest = run.query;
-    std::vector<BoundSQL> parts;
+    std::vector<std::string> parts;
     std::erase_if(rest.root.children, [&](const QueryNode& child) {
         if (!child.isWord() || child.text.text.size() < shortestPart) return false;
-        parts.push_back(filter::textContaining(child.text.text));
+        parts.push_back(child.text.text);
         return true;
     });
     if (parts.empty()) return false;
     CompiledQuery compiled = compile(rest, std::min(run.limit, mostPartsOfWords));
-    auto& filters = compiled.search.filters;
-    filters.insert(filters.end(), parts.begin(), parts.end());
+    for (const std::string& part : parts) {
+        compiled.search.filters.push_back(filter::textContaining(part));
+    }
 
     // Reading every text takes its time; nobody waits for it as for a search of the index.
+    if (run.isOutOfTime) return false;
     const auto end = run.end;
     const auto longest = run.isTyping ? longestLookWhileTyping : longestLookIntoWords;
     run.end = std::min(end, setting_.clock.monotonic() + longest);
@@ -124,7 +126,11 @@ bool SearchEngine::findPartsOfWords(Run& run) {
     run.end = end;
     run.isOutOfTime = false;
     run.response.matchedPartsOfWords = isFound;
-    return isFound;
+    if (!isFound) return false;
+    setting_.index.perform(
+        [&](SQLiteDatabase& index) { markParts(index, parts, run.response.results); });
+    std::ranges::for_each(run.response.results, showWhatMatched);
+    return true;
 }
 
 /// Leaves out the word without which there is most to find; of equals, the last.

@@ -155,6 +155,8 @@ TEST_F(SearchEngineTest, LooksIntoWordsBeforeItDropsAny) {
     EXPECT_EQ(titles(response), "Pay the invoice, Tax return");
     EXPECT_TRUE(response.matchedPartsOfWords);
     EXPECT_FALSE(response.matchedSomeTermsOnly);
+    EXPECT_EQ(
+        plain(search("voic is:note").results.at(0).snippet), "The in[voic]e of the annual report");
     EXPECT_EQ(found("_nvoice %oice"), "");  // these are no wildcards
 }
 

@@ -114,6 +114,24 @@ void showWhatMatched(SearchResult& result) {
     }
 }
 
+void markParts(
+    SQLiteDatabase& index,
+    const std::vector<std::string>& parts,
+    std::vector<SearchResult>& results) {
+    Statement stored = index.prepare(
+        "SELECT body, attachments FROM fts WHERE rowid = (SELECT rowid FROM docs WHERE uid = ?)");
+    for (SearchResult& result : results) {
+        result.highlightedTitle = marked::mark(result.title, parts);
+        stored.bindText(1, result.id.text());
+        if (stored.step()) {
+            result.snippet = marked::excerpt(marked::mark(stored.textView(0), parts), snippetWords);
+            result.highlightedAttachments =
+                marked::excerpt(marked::mark(stored.textView(1), parts), snippetWords);
+        }
+        stored.reset();
+    }
+}
+
 std::int64_t countResults(SQLiteDatabase& index, const Search& search) {
     Statement count = prepared(index, countStatement(search));
     return count.step() ? count.integer(0) : 0;

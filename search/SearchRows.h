@@ -19,6 +19,13 @@ std::vector<SearchResult> readResults(SQLiteDatabase& index, const Search& searc
 /// files, tags or notebook that did match.
 void showWhatMatched(SearchResult& result);
 
+/// Marks `parts` in the titles and in an excerpt of the text of each of `results`, which were found
+/// by them and not by the words of the index.
+void markParts(
+    SQLiteDatabase& index,
+    const std::vector<std::string>& parts,
+    std::vector<SearchResult>& results);
+
 /// How many there are, counted no further than the limit.
 std::int64_t countResults(SQLiteDatabase& index, const Search& search);
 

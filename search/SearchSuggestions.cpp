@@ -34,6 +34,8 @@ namespace {
 
 using Kind = SearchSuggestion::Kind;
 
+/// Bytes; nobody waits for help with a longer text.
+constexpr std::size_t longestTyped = 10'000;
 /// Titles offered beside words.
 constexpr std::int64_t mostTitles = 3;
 /// Words offered, so that a title may follow.
@@ -107,7 +109,8 @@ std::string_view nameOf(SearchSuggestion::Kind kind) {
 
 std::vector<SearchSuggestion> SearchSuggestions::suggest(
     std::string_view typed, std::span<const std::string> recent) const {
-    const std::string text = text::sanitized(std::string(cutAtWord(typed, 10'000)));
+    if (typed.size() > longestTyped) return {};
+    const std::string text = text::sanitized(std::string(typed));
     const std::size_t begin = lastWordOf(text);
     Typing typing{.before = text.substr(0, begin), .word = text.substr(begin)};
     while (typing.word.starts_with('-') || typing.word.starts_with('!')) {

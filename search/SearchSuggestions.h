@@ -38,7 +38,7 @@ public:
     explicit SearchSuggestions(SearchIndex& index) : index_(index) {}
 
     /// For `typed`, whose end is where the person types: operators, values, earlier queries, words,
-    /// titles, at most eight. None for a text that ends in white space or inside quotes.
+    /// titles, at most eight. None for a very long text.
     std::vector<SearchSuggestion> suggest(
         std::string_view typed, std::span<const std::string> recent) const;
 

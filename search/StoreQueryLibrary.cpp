@@ -1,5 +1,6 @@
 #include "search/StoreQueryLibrary.h"
 
+#include "base/Text.h"
 #include "core/model/TaskEntities.h"
 #include "core/services/NotebookService.h"
 #include "core/store/StoreContext.h"
@@ -32,6 +33,18 @@ Predicate dueWithin(const filter::TimeSpan& span) {
     if (span.begin) return {"dueDate >= %@", *span.begin};
     if (span.end) return {"dueDate != nil AND dueDate < %@", *span.end};
     return {"dueDate != nil"};
+}
+
+/// The names of a path folded, without the spaces around "/".
+std::string foldedPath(std::string_view path) {
+    std::string folded;
+    while (true) {
+        const std::size_t end = std::min(path.find('/'), path.size());
+        folded += indexFold(text::trimmed(path.substr(0, end)));
+        if (end == path.size()) return folded;
+        folded += '/';
+        path.remove_prefix(end + 1);
+    }
 }
 
 }  // namespace
@@ -76,9 +89,10 @@ std::vector<std::string> StoreQueryLibrary::documents(const LibraryCondition& co
 std::vector<CDNotebook*> StoreQueryLibrary::named(std::string_view name) {
     auto found = NotebookService(clock_).named(context_, name);
     if (!found.empty()) return found;
-    const std::string wanted = indexFold(name);
+    const std::string wanted = "/" + foldedPath(name);
     for (CDNotebook* notebook : context_.fetch<CDNotebook>()) {
-        if (indexFold(notebook->name.valueOr("")) == wanted) found.push_back(notebook);
+        const std::string path = "/" + foldedPath(NotebookService::pathText(*notebook));
+        if (path.ends_with(wanted)) found.push_back(notebook);
     }
     return found;
 }

@@ -22,7 +22,7 @@ public:
         : context_(context), clock_(clock), calendar_(calendar) {}
 
     std::vector<std::string> documents(const LibraryCondition& condition) override;
-    /// By path or by name, ignoring case, else ignoring diacritics as well.
+    /// By path or by name, ignoring case; else by the end of the path, ignoring diacritics as well.
     Notebooks notebooks(std::string_view name, Depth depth) override;
 
 private:

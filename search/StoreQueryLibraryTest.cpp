@@ -102,6 +102,8 @@ TEST_F(StoreQueryLibraryTest, ANotebookHoldsThoseBelowIt) {
     EXPECT_THAT(names("Work", Depth::itself), ElementsAre("Work"));
     EXPECT_THAT(names("cafe", Depth::itself), ElementsAre("Café"));
     EXPECT_THAT(names("work/café", Depth::itself), ElementsAre("Café"));
+    notebook("Plans", &cafe);
+    EXPECT_THAT(names("Cafe/plans", Depth::itself), ElementsAre("Plans"));  // the end of its path
     EXPECT_THAT(names("Nowhere", Depth::descendants), ElementsAre());
 
     // “Home / Archive” has a twin elsewhere, so its notes are named one by one.
