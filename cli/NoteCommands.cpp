@@ -2,6 +2,7 @@
 #include "cli/CommandError.h"
 #include "cli/Names.h"
 #include "cli/NoteEditor.h"
+#include "cli/NoteMarkdown.h"
 #include "cli/Presentation.h"
 #include "cli/Session.h"
 
@@ -107,13 +108,19 @@ ExitStatus listNotes(Session& session, const Arguments& arguments) {
     return ExitStatus::done;
 }
 
+std::string bodyAs(std::string_view form, const CDNote& note) {
+    if (form == "html") return note.html.valueOr("");
+    if (form == "markdown") return markdownOfNote(note.html.valueOr("")).text;
+    return note.plainText.valueOr("");
+}
+
 ExitStatus showOneNote(Session& session, const Arguments& arguments) {
-    const std::string_view form = arguments.oneOf({"html", "text"});
+    const std::string_view form = arguments.oneOf({"html", "text", "markdown"});
     CDNote& note = resolveNote(session, arguments.word(0));
     if (session.output().isJSON() || form.empty()) {
         showNote(session, note);
     } else {
-        session.output().text(form == "html" ? note.html.valueOr("") : note.plainText.valueOr(""));
+        session.output().text(bodyAs(form, note));
     }
     return ExitStatus::done;
 }
@@ -186,8 +193,8 @@ Command editCommand() {
               .value = "NAME",
               .summary = "A tag to take away",
               .isRepeatable = true}},
-        .details = "On a terminal and without options it opens the note's HTML in $VISUAL or "
-                   "$EDITOR.",
+        .details = "On a terminal and without options it opens the note in $VISUAL or $EDITOR: as "
+                   "Markdown, or as HTML where Markdown would lose something.",
         .example = "tesserine note edit Plan --add-tag urgent --html plan.html",
         .run = editNote};
     for (Option& option : bodyOptions()) {
@@ -221,7 +228,8 @@ std::vector<Command> noteCommands() {
          .arguments = {{.name = "NOTE"}},
          .options =
              {{.name = "html", .summary = "Only its body, as HTML"},
-              {.name = "text", .summary = "Only its body, as plain text"}},
+              {.name = "text", .summary = "Only its body, as plain text"},
+              {.name = "markdown", .summary = "Only its body, as Markdown"}},
          .example = "tesserine note show Plan --text",
          .run = showOneNote},
         editCommand()};

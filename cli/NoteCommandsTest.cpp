@@ -204,7 +204,7 @@ TEST_F(NoteCommands, TheEditorGetsTheBodyAndLosesNobodysWork) {
     std::string opened;
     runProgram_ = [&](const std::vector<std::string>& words) {
         opened = test::contentOf(words.back());
-        test::putContent(words.back(), "<p>mine</p>");
+        test::putContent(words.back(), "*mine*");
         isTerminal_ = false;
         mustRun({"note", "edit", id, "--text", "theirs"});
         isTerminal_ = true;
@@ -212,14 +212,31 @@ TEST_F(NoteCommands, TheEditorGetsTheBodyAndLosesNobodysWork) {
     };
     mustRun({"note", "edit", "Plan"});
     isTerminal_ = false;
-    EXPECT_EQ(opened, "<p>old</p>");
+    EXPECT_EQ(opened, "old\n");
     const auto note = mustRun({"note", "show", id, "--json"}).json();
-    EXPECT_EQ(shown(note.at("html")), "<p>mine</p>");
+    EXPECT_EQ(shown(note.at("html")), "<p><em>mine</em></p>");
     EXPECT_EQ(shown(note.at("hasConflict")), "true");
     EXPECT_EQ(mustRun({"note", "revision", id, "1", "--html"}).output, "<p>theirs</p>\n");
     EXPECT_EQ(
         shown(mustRun({"note", "revert", id, "1", "--json"}).json().at("hasConflict")), "false");
     EXPECT_EQ(mustRun({"note", "show", id, "--html"}).output, "<p>theirs</p>\n");
+}
+
+TEST_F(NoteCommands, TheEditorGetsHTMLWhereMarkdownWouldLoseSomething) {
+    const auto body = folder_ / "body.html";
+    test::putContent(body, "in no paragraph");
+    const std::string id = addNote("Plan", {"--html", body.string()});
+    EXPECT_EQ(mustRun({"note", "show", id, "--markdown"}).output, "in no paragraph\n");
+    isTerminal_ = true;
+    runProgram_ = [&](const std::vector<std::string>& words) {
+        EXPECT_EQ(test::contentOf(words.back()), "in no paragraph");
+        test::putContent(words.back(), "in *no* paragraph");
+        return 0;
+    };
+    const std::string remark = "Markdown cannot hold all of this note, so it opens as HTML.";
+    EXPECT_NE(mustRun({"note", "edit", id}).error.find(remark), std::string::npos);
+    isTerminal_ = false;
+    EXPECT_EQ(mustRun({"note", "show", id, "--html"}).output, "in *no* paragraph\n");
 }
 
 TEST_F(NoteCommands, AnEditorThatFailsChangesNothingAndKeepsTheFile) {

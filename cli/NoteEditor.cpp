@@ -4,6 +4,7 @@
 #include "cli/BodyInput.h"
 #include "cli/CommandError.h"
 #include "cli/Names.h"
+#include "cli/NoteMarkdown.h"
 #include "cli/Presentation.h"
 #include "cli/Session.h"
 
@@ -21,14 +22,28 @@ struct Loaded {
     std::string html;
 };
 
+/// A body in the form in which it is edited.
+struct Draft {
+    std::string text;
+    bool isMarkdown = false;
+};
+
+Draft draftOf(Session& session, const std::string& html) {
+    NoteMarkdown markdown = markdownOfNote(html);
+    if (markdown.isLossless) return {.text = std::move(markdown.text), .isMarkdown = true};
+    session.remark("Markdown cannot hold all of this note, so it opens as HTML.");
+    return {.text = html};
+}
+
 /// A file of the note's text that only its owner can read; the name tells nothing of the note.
-fs::path newEditorFile(Session& session, const std::string& html) {
+fs::path newEditorFile(Session& session, const Draft& draft) {
     const auto runtime = session.environment().variable("XDG_RUNTIME_DIR");
     const auto temporary = session.environment().variable("TMPDIR");
     const fs::path folder = runtime ? *runtime : temporary.value_or("/tmp");
     const Uuid name = Uuid::random(session.environment().random);
-    fs::path file = folder / ("tesserine-" + name.wireText() + ".html");
-    files::writeNew(file, bytesOf(html));
+    const std::string extension = draft.isMarkdown ? ".md" : ".html";
+    fs::path file = folder / ("tesserine-" + name.wireText() + extension);
+    files::writeNew(file, bytesOf(draft.text));
     return file;
 }
 
@@ -74,16 +89,18 @@ ExitStatus editNoteInEditor(Session& session, const std::string& name) {
     const Loaded loaded = load(session, name);
     session.closeLibrary();
 
-    const fs::path file = newEditorFile(session, loaded.html);
+    const Draft draft = draftOf(session, loaded.html);
+    const fs::path file = newEditorFile(session, draft);
     try {
         runEditor(session, file);
         const std::string edited = readText(session, file);
-        if (edited == loaded.html) {
+        if (edited == draft.text) {
             files::removeIfPresent(file);
             session.remark("Nothing was changed.");
             return ExitStatus::done;
         }
-        const ExitStatus status = saveEdited(session, loaded, edited);
+        const ExitStatus status =
+            saveEdited(session, loaded, draft.isMarkdown ? htmlFromMarkdown(edited) : edited);
         files::removeIfPresent(file);
         return status;
     } catch (const UserError&) {

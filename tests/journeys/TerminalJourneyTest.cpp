@@ -132,7 +132,7 @@ TEST(TerminalJourney, OnATerminalTheEditorOpensTheBody) {
     const ProgramRunner program;
     ASSERT_EQ(program.run({"note", "add", "--title", "Plan", "--text", "old"}).status, 0);
     const auto editor = program.folder() / "an editor";
-    putContent(editor, "#!/bin/sh\ngrep -q old \"$2\" && printf '<p>%s</p>' \"$1\" >\"$2\"\n");
+    putContent(editor, "#!/bin/sh\ngrep -q old \"$2\" && printf '**%s**' \"$1\" >\"$2\"\n");
     std::filesystem::permissions(editor, std::filesystem::perms::owner_all);
     auto variables = program.variables();
     variables["EDITOR"] = "'" + editor.string() + "' typed";
@@ -142,9 +142,9 @@ TEST(TerminalJourney, OnATerminalTheEditorOpensTheBody) {
         program.commandLine({"note", "edit", "Plan"}), variables, Channel::terminal);
     EXPECT_TRUE(edit.readUntil("Changed “Plan”."));
     EXPECT_EQ(edit.wait(), 0);
-    EXPECT_EQ(program.run({"note", "show", "Plan", "--html"}).output, "<p>typed</p>\n");
+    EXPECT_EQ(program.run({"note", "show", "Plan", "--html"}).output, "<p><strong>typed</strong></p>\n");
     for (const auto& entry : std::filesystem::directory_iterator(program.folder())) {
-        EXPECT_NE(entry.path().extension(), ".html") << "the text stays in " << entry.path();
+        EXPECT_NE(entry.path().extension(), ".md") << "the text stays in " << entry.path();
     }
 }
 
