@@ -3,6 +3,7 @@
 #include "bench/RecurrenceJobs.h"
 #include "bench/SentenceJobs.h"
 #include "bench/StoreJobs.h"
+#include "bench/TaskJobs.h"
 
 #include <algorithm>
 #include <array>
@@ -40,6 +41,10 @@ constexpr auto jobs = std::to_array<Job>({
      }},
     {"recurrence", [](const Arguments& arguments) { return recurrenceJobs(arguments.rounds); }},
     {"sentences", [](const Arguments& arguments) { return sentenceJobs(arguments.rounds); }},
+    {"tasks",
+     [](const Arguments& arguments) {
+         return taskJobs(arguments.folder / "bench-tasks", arguments.noteCount, arguments.rounds);
+     }},
 });
 
 std::string usage() {
