@@ -29,6 +29,16 @@ std::string priorityText(const CDTask& task) {
     return priority == TaskPriority::p4 ? std::string() : shortLabel(priority);
 }
 
+/// "@home @urgent, Every day"
+std::string remarks(Session& session, const CDTask& task) {
+    std::string text;
+    for (const std::string& name : labelNames(task, session.collator())) {
+        text += (text.empty() ? "@" : " @") + name;
+    }
+    const std::string repeats = repeatText(task);
+    return text + (text.empty() || repeats.empty() ? "" : ", ") + repeats;
+}
+
 std::vector<std::string> row(Session& session, const CDTask& task, std::size_t depth) {
     const std::string box = task.completedAt ? "[x] " : "[ ] ";
     return {
@@ -37,8 +47,7 @@ std::vector<std::string> row(Session& session, const CDTask& task, std::size_t d
         priorityText(task),
         std::string(depth * 4, ' ') + box + titleOf(task),
         projectName(task),
-        joined(labelNames(task, session.collator())),
-        repeatText(task)};
+        remarks(session, task)};
 }
 
 std::string dayOrTime(Session& session, Instant instant, bool hasTime) {
@@ -113,8 +122,7 @@ void showTasks(Session& session, const std::vector<CDTask*>& tasks, std::string_
             {.title = "", .style = Style::warning},
             {.title = "TITLE", .style = Style::strong, .mayShrink = true},
             {.title = "PROJECT", .mayShrink = true},
-            {.title = "LABELS", .mayShrink = true},
-            {.title = "REPEATS", .style = Style::faint, .mayShrink = true}}};
+            {.title = "", .style = Style::faint, .mayShrink = true}}};
     for (const CDTask* task : tasks) {
         table.rows.push_back(row(session, *task, 0));
         for (const CDTask* subtask : subtasksInOrder(*task)) {
