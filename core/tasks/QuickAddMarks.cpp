@@ -1,9 +1,8 @@
 #include "core/tasks/QuickAddMarks.h"
 
 #include "base/Text.h"
-#include "base/UTF8.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace tesserine::quickadd {
 namespace {
@@ -30,9 +29,9 @@ bool isEndOfWord(std::string_view rest) {
     if (beginsWithSpace(rest)) return true;
     const std::string_view behindSign = rest.substr(1);
     if (rest.front() == '.') return beginsWithSpace(behindSign);
-    const bool isNumber =
+    const bool goesOn =
         !behindSign.empty() && behindSign.front() >= '0' && behindSign.front() <= '9';
-    return std::string_view(",;!?)").find(rest.front()) != std::string_view::npos && !isNumber;
+    return std::string_view(",;!?)").find(rest.front()) != std::string_view::npos && !goesOn;
 }
 
 }  // namespace
@@ -56,7 +55,7 @@ std::optional<PriorityHit> findPriority(const Sentence& sentence) {
         const TextRange range = found.range();
         const PriorityHit hit{static_cast<TaskPriority>(found.number(1)), range};
         if (range.begin < found.range(1).begin) return std::optional(hit);
-        const bool isWord = isEndOfWord(sentence.text().substr(range.end));
+        const bool isWord = isEndOfWord(sentence.behind(range));
         if (!lone && isWord && sentence.isFree(range)) lone = hit;
         return std::optional<PriorityHit>();
     });

@@ -12,6 +12,7 @@
 namespace tesserine {
 namespace {
 
+using namespace quickadd;
 using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
@@ -42,11 +43,59 @@ Instant nextTime(TimeOfDay time, Instant now, const Calendar& calendar) {
     return due > now ? due : instantOf(today + std::chrono::days(1), time, calendar);
 }
 
+/// What was found in a sentence.
+struct Hits {
+    std::optional<NameHit> project{};
+    std::vector<NameHit> labels{};
+    std::optional<PriorityHit> priority{};
+    std::optional<RecurrenceHit> recurrence{};
+    std::optional<DateHit> date{};
+    std::optional<TimeHit> time{};
+};
+
 /// Passes `hit` on, and keeps what is looked for later away from it.
 template <class Hit>
-std::optional<Hit> take(std::optional<Hit> hit, quickadd::Sentence& sentence) {
+std::optional<Hit> taken(std::optional<Hit> hit, Sentence& sentence) {
     if (hit) sentence.take(hit->range);
     return hit;
+}
+
+Hits findAll(Sentence& sentence, sys_days today) {
+    Hits hits;
+    hits.project = taken(findProject(sentence), sentence);
+    hits.labels = findLabels(sentence);
+    for (const NameHit& label : hits.labels) {
+        sentence.take(label.range);
+    }
+    hits.recurrence = taken(findRecurrence(sentence), sentence);
+    if (hits.recurrence) sentence.leaveAlone(hits.recurrence->cutOff);
+    hits.date = taken(findDate(sentence, today), sentence);
+    hits.time = taken(findTime(sentence), sentence);
+    // Last, so that it does not take the 3 of "in 3 weeks".
+    hits.priority = taken(findPriority(sentence), sentence);
+    return hits;
+}
+
+std::vector<RecognisedToken> tokensOf(const Hits& hits, const std::string& sentence) {
+    std::vector<RecognisedToken> tokens;
+    const auto add = [&](TokenKind kind, const auto& hit) {
+        const TextRange range = hit.range;
+        tokens.push_back({sentence.substr(range.begin, range.end - range.begin), kind, range});
+    };
+    if (hits.project) add(TokenKind::project, *hits.project);
+    for (const NameHit& label : hits.labels) {
+        add(TokenKind::label, label);
+    }
+    if (hits.priority) add(TokenKind::priority, *hits.priority);
+    if (hits.recurrence) add(TokenKind::recurrence, *hits.recurrence);
+    if (hits.date) add(TokenKind::date, *hits.date);
+    if (hits.time) add(TokenKind::time, *hits.time);
+    return tokens;
+}
+
+std::optional<TimeOfDay> timeOf(const Hits& hits) {
+    if (hits.time) return hits.time->components;
+    return hits.date ? hits.date->impliedTime : std::nullopt;
 }
 
 }  // namespace
@@ -56,56 +105,23 @@ QuickAddResult QuickAddParser::parse(
     if (typed.size() > longestSentence) {
         return {.title = text::collapsed(typed), .sentence = std::string(typed)};
     }
-    quickadd::Sentence sentence(typed, leftAlone);
-    const sys_days today = dayOf(calendar_.local(now_));
-
-    const auto project = take(quickadd::findProject(sentence), sentence);
-    const auto labels = quickadd::findLabels(sentence);
-    for (const quickadd::NameHit& label : labels) {
-        sentence.take(label.range);
-    }
-    const auto recurrence = take(quickadd::findRecurrence(sentence), sentence);
-    if (recurrence) sentence.leaveAlone(recurrence->cutOff);
-    const auto date = take(quickadd::findDate(sentence, today), sentence);
-    const auto time = take(quickadd::findTime(sentence), sentence);
-    // Last, because any digit may be one, but reported before the three above.
-    const auto priority = take(quickadd::findPriority(sentence), sentence);
+    Sentence sentence(typed, leftAlone);
+    const Hits hits = findAll(sentence, dayOf(calendar_.local(now_)));
 
     QuickAddResult result{.title = sentence.title(), .sentence = sentence.text()};
-    const auto report = [&](TokenKind kind, TextRange range) {
-        const auto length = range.end - range.begin;
-        result.recognisedTokens.push_back(
-            {sentence.text().substr(range.begin, length), kind, range});
-    };
-    if (project) {
-        result.projectName = project->name;
-        report(TokenKind::project, project->range);
-    }
-    for (const quickadd::NameHit& label : labels) {
+    result.recognisedTokens = tokensOf(hits, sentence.text());
+    if (hits.project) result.projectName = hits.project->name;
+    for (const NameHit& label : hits.labels) {
         result.labels.push_back(label.name);
-        report(TokenKind::label, label.range);
     }
-    if (priority) {
-        result.priority = priority->priority;
-        report(TokenKind::priority, priority->range);
-    }
-    if (recurrence) {
-        result.recurrence = recurrence->rule;
-        report(TokenKind::recurrence, recurrence->range);
-    }
-    if (date) {
-        result.dueTime = date->impliedTime;
-        report(TokenKind::date, date->range);
-    }
-    if (time) {
-        result.dueTime = time->components;
-        report(TokenKind::time, time->range);
-    }
+    if (hits.priority) result.priority = hits.priority->priority;
+    if (hits.recurrence) result.recurrence = hits.recurrence->rule;
+    result.dueTime = timeOf(hits);
     result.dueHasTime = result.dueTime.has_value();
-    if (date) {
-        result.dueDate = instantOf(date->date, result.dueTime, calendar_);
-    } else if (time && !recurrence) {
-        result.dueDate = nextTime(time->components, now_, calendar_);
+    if (hits.date) {
+        result.dueDate = instantOf(hits.date->date, result.dueTime, calendar_);
+    } else if (hits.time && !hits.recurrence) {
+        result.dueDate = nextTime(hits.time->components, now_, calendar_);
     }
     return result;
 }

@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tesserine {
@@ -91,11 +92,10 @@ public:
     /// Dates are counted from `now` in the zone of `calendar`.
     QuickAddParser(Instant now, Calendar calendar) : now_(now), calendar_(std::move(calendar)) {}
 
-    /// `sentence` is UTF-8 without U+0000. A token that overlaps one of the ranges `leftAlone`
+    /// `typed` is UTF-8 without U+0000. A token that overlaps one of the ranges `leftAlone`
     /// stays in the title, so that a person can turn a token back into text; those ranges are
     /// places in `QuickAddResult::sentence`.
-    QuickAddResult parse(
-        std::string_view sentence, std::span<const TextRange> leftAlone = {}) const;
+    QuickAddResult parse(std::string_view typed, std::span<const TextRange> leftAlone = {}) const;
 
 private:
     Instant now_;

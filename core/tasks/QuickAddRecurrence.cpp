@@ -3,6 +3,9 @@
 #include "base/Text.h"
 #include "core/tasks/QuickAddNames.h"
 
+#include <set>
+#include <utility>
+
 namespace tesserine::quickadd {
 namespace {
 
@@ -79,11 +82,11 @@ MaybeRecurrence everyHit(const Found& found) {
 }
 
 MaybeRecurrence keywordHit(const Found& found) {
-    const std::string word = text::caseFolded(found.text(1));
+    const std::string name = text::caseFolded(found.text(1));
     RecurrenceRule rule{.unit = Unit::year};
-    if (word == "daily") rule.unit = Unit::day;
-    if (word == "weekly") rule.unit = Unit::week;
-    if (word == "monthly") rule.unit = Unit::month;
+    if (name == "daily") rule.unit = Unit::day;
+    if (name == "weekly") rule.unit = Unit::week;
+    if (name == "monthly") rule.unit = Unit::month;
     return RecurrenceHit{std::move(rule), found.range()};
 }
 

@@ -26,8 +26,8 @@ bool endsInDigit(std::string_view text) {
     return beginsWith(digits, text.substr(last));
 }
 
-/// What `rest` begins with once one of `openings` is taken off; none when it begins otherwise.
-std::optional<std::string_view> behind(
+/// `rest` without the one of `openings` it begins with; none when it begins otherwise.
+std::optional<std::string_view> without(
     std::span<const std::string_view> openings, std::string_view rest) {
     for (const std::string_view opening : openings) {
         if (rest.starts_with(opening)) return rest.substr(opening.size());
@@ -94,17 +94,15 @@ bool Sentence::isFree(TextRange range) const {
 bool Sentence::isWhole(TextRange range) const {
     static constexpr std::string_view apostrophes[] = {"'", "’"};
     static constexpr std::string_view numberSigns[] = {":", "/", "."};
-    const std::string_view rest = std::string_view(text_).substr(range.end);
+    const std::string_view rest = behind(range);
     if (rest.starts_with('_') || beginsWith(letters | marks | digits, rest)) return false;
-    if (const auto suffix = behind(apostrophes, rest)) return !beginsWith(letters, *suffix);
+    if (const auto suffix = without(apostrophes, rest)) return !beginsWith(letters, *suffix);
     if (!endsInDigit(std::string_view(text_).substr(0, range.end))) return true;
-    const auto decimals = behind(numberSigns, rest);
+    const auto decimals = without(numberSigns, rest);
     return !decimals || !beginsWith(digits, *decimals);
 }
 
-bool Sentence::isCutInCharacter(TextRange range) const {
-    return beginsWith(marks, std::string_view(text_).substr(range.end));
-}
+bool Sentence::isCutInCharacter(TextRange range) const { return beginsWith(marks, behind(range)); }
 
 void Sentence::forEach(
     const Pattern& pattern, const std::function<bool(const Found&)>& take) const {
@@ -125,8 +123,7 @@ std::string Sentence::title() const {
         if (before.end > copied) kept.append(text_, copied, before.end - copied);
         copied = token.end;
         // A name that was cut at its greatest length, or a word right behind a quoted one.
-        const auto rest = std::string_view(text_).substr(copied);
-        if (beginsWith(letters | marks | digits, rest)) kept += ' ';
+        if (beginsWith(letters | marks | digits, behind(token))) kept += ' ';
     }
     return text::collapsed(kept.append(text_, copied));
 }

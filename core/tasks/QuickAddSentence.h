@@ -54,6 +54,9 @@ public:
     /// Keeps `range` in the title: no token may overlap it.
     void leaveAlone(TextRange range) { leftAlone_.push_back(range); }
     bool isFree(TextRange range) const;
+    std::string_view behind(TextRange range) const {
+        return std::string_view(text_).substr(range.end);
+    }
     /// Whether a word, a number or an amount does not go on behind `range`: "today's", "3/5/20275"
     /// and "every sun|set" do.
     bool isWhole(TextRange range) const;
