@@ -1,5 +1,6 @@
 #include "bench/BodyJobs.h"
 #include "bench/Measure.h"
+#include "bench/QueryJobs.h"
 #include "bench/RecurrenceJobs.h"
 #include "bench/SentenceJobs.h"
 #include "bench/StoreJobs.h"
@@ -44,6 +45,10 @@ constexpr auto jobs = std::to_array<Job>({
     {"tasks",
      [](const Arguments& arguments) {
          return taskJobs(arguments.folder / "bench-tasks", arguments.noteCount, arguments.rounds);
+     }},
+    {"search",
+     [](const Arguments& arguments) {
+         return queryJobs(arguments.folder / "bench-index", arguments.noteCount, arguments.rounds);
      }},
 });
 

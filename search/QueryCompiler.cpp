@@ -217,7 +217,7 @@ std::vector<std::string> QueryCompiler::variants(const QueryText& word) {
     if (any.empty() || isBeginning) {
         any.push_back(isBeginning ? match::beginning(word.text) : match::phrase(word.text));
     }
-    for (const std::string& synonym : synonyms_.of(word.text)) {
+    for (const std::string& synonym : synonyms_.of(withoutPunctuation(word.text))) {
         if (hasWordCharacter(synonym)) any.push_back(match::phrase(synonym));
     }
     return any;

@@ -166,7 +166,7 @@ private:
         case Form::part: return strong("…" + plain + "…");
         case Form::word: break;
         }
-        const auto synonyms = setting_.synonyms.of(text.text);
+        const auto synonyms = setting_.synonyms.of(plain);
         if (synonyms.empty()) return strong(plain);
         std::vector<std::string> others;
         for (const std::string& synonym : synonyms) {
@@ -178,15 +178,13 @@ private:
 
     /// None for a filter that says nothing that could be understood.
     std::optional<std::string> ofFilter(const QueryFilter& filter) const {
-        switch (filter.field) {
-        case QueryField::before:
-        case QueryField::after:
-        case QueryField::created: return timed("written", filter);
-        case QueryField::edited: return timed("edited", filter);
-        case QueryField::due: return timed("due", filter);
-        case QueryField::near: return near(filter);
-        default: break;
-        }
+        if (filter.field == QueryField::edited) return timed("edited", filter);
+        if (filter.field == QueryField::due) return timed("due", filter);
+        if (filter.field == QueryField::near) return near(filter);
+        static constexpr std::array writing{
+            QueryField::before, QueryField::after, QueryField::created};
+        const bool isWriting = std::ranges::find(writing, filter.field) != writing.end();
+        if (isWriting) return timed("written", filter);
         std::vector<std::string> values;
         for (const QueryValue& value : filter.values) {
             values.push_back(ofValue(filter, value));
@@ -215,8 +213,16 @@ private:
         case QueryField::priority: return "of priority " + priority(filter, value);
         case QueryField::amount: return "with the amount " + shown;
         case QueryField::account: return "with the account number " + shown;
-        default: return shown;
+        case QueryField::scope: return value.text == "trash" ? "in the trash" : "anywhere";
+        case QueryField::before:
+        case QueryField::after:
+        case QueryField::created:
+        case QueryField::edited:
+        case QueryField::due:
+        case QueryField::near:
+        case QueryField::sort: break;  // not said value by value
         }
+        return shown;
     }
 
     static std::string belonging(const QueryValue& value) {

@@ -235,8 +235,16 @@ std::vector<SearchSuggestion> SearchSuggestions::valuesOf(QueryField field) cons
     case QueryField::has: return fixedValues(belongings);
     case QueryField::is: return fixedValues(states);
     case QueryField::priority: return fixedValues(priorities);
-    default: return {};
+    case QueryField::scope:
+    case QueryField::title:
+    case QueryField::body:
+    case QueryField::file:
+    case QueryField::near:
+    case QueryField::due:
+    case QueryField::amount:
+    case QueryField::account: break;
     }
+    return {};
 }
 
 }  // namespace tesserine
