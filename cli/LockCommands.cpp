@@ -1,15 +1,19 @@
 #include "cli/BodyInput.h"
 #include "cli/CommandError.h"
+#include "cli/IndexWork.h"
 #include "cli/Names.h"
 #include "cli/Passphrase.h"
 #include "cli/Presentation.h"
 #include "cli/Session.h"
 #include "core/body/SelectiveEncryption.h"
 #include "core/services/PassageService.h"
+#include "search/SearchCoordinator.h"
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
+#include <filesystem>
+#include <utility>
 #include <variant>
 
 namespace tesserine::cli {
@@ -55,12 +59,30 @@ void removeCopies(
     }
 }
 
-/// What was deleted stays in no file that this program keeps beside the library.
+/// Whether the search index, if there is one, holds no more than the library does.
+bool forgetInIndex(Session& session) {
+    if (!std::filesystem::exists(session.libraryFolder() / SearchIndex::fileName)) return true;
+    try {
+        IndexWork work(session, "Indexing");
+        SearchCoordinator coordinator(
+            session.store(), {.clock = session.clock(), .log = session.log()});
+        return coordinator.forgetDeleted(work);
+    } catch (const SQLiteDatabase::Error& error) {
+        session.log().warning(std::string("search index: ") + error.what());
+        return false;
+    }
+}
+
+/// What was deleted stays in no file that this program keeps.
 void forgetDeleted(Session& session) {
     if (!session.store().emptyJournal()) {
         session.remark(
             "Another program is using the library. Its journal may hold the text until that "
             "program is closed.");
+    }
+    if (!forgetInIndex(session)) {
+        session.remark(
+            "The search index may still hold the text; “tesserine index rebuild” takes it out.");
     }
     session.remark(
         "Backups, exports and what a sync service keeps are older copies: they may still hold the "

@@ -51,12 +51,15 @@ TEST_F(LockCommands, LeaveTheTextInNoFileOfTheLibrary) {
     clock_.advance(std::chrono::hours(1));
     mustRun({"note", "edit", "Plan", "--text", "Do meet at the old mill."});
     EXPECT_EQ(mustRun({"note", "revisions", "Plan", "--json"}).json().as_array().size(), 1U);
-    EXPECT_NE(filesWith("old mill"), "");
+    mustRun({"search", "meet"});  // makes the index
+    EXPECT_NE(filesWith("old mill").find("Search.sqlite"), std::string::npos);
+    EXPECT_NE(filesWith("old mill").find("Tesserine.sqlite"), std::string::npos);
 
     clock_.advance(std::chrono::hours(1));
     mustRun({"note", "lock", "Plan", "--text", "old mill"}, "correct horse\n");
     EXPECT_TRUE(mustRun({"note", "revisions", "Plan", "--json"}).json().as_array().empty());
     EXPECT_EQ(filesWith("old mill"), "");
+    EXPECT_EQ(mustRun({"search", "meet", "--json"}).json().at("results").as_array().size(), 1U);
 }
 
 TEST_F(LockCommands, KeepEarlierVersionsWhenTold) {

@@ -167,6 +167,16 @@ void SearchIndex::makeAfresh() {
     });
 }
 
+bool SearchIndex::forgetDeleted() {
+    return perform([](SQLiteDatabase& database) {
+        // A full-text table keeps the words of a deleted document until its parts are merged.
+        database.execute(
+            "INSERT INTO fts(fts) VALUES('optimize'); INSERT INTO afts(afts) VALUES('optimize'); "
+            "VACUUM;");
+        return database.checkpoint(SQLiteDatabase::Checkpoint::truncate);
+    });
+}
+
 void SearchIndex::batch(const std::function<void()>& body) {
     perform([&](SQLiteDatabase& database) {
         if (database.isInTransaction()) {

@@ -66,6 +66,10 @@ public:
     void clear();
     /// The same, with the tag tree, and quickly however full it is: for a full rebuild.
     void makeAfresh();
+    /// Writes the file anew without what was taken out of it, and empties its journal: deleted text
+    /// is then in none of the two. Takes time by the size of the index. False when another process
+    /// kept the journal in use for too long.
+    bool forgetDeleted();
     /// Runs `body` on the queue in one transaction, or in the one that is open. All or nothing.
     void batch(const std::function<void()>& body);
 

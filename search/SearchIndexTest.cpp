@@ -312,6 +312,28 @@ TEST_F(SearchIndexFile, SaysWhyItCannotBeOpened) {
     EXPECT_FALSE(folder->isDamage());
 }
 
+TEST_F(SearchIndexFile, ForgetsTheTextOfWhatWasTakenOut) {
+    SearchIndex index(file_);
+    const auto filesHold = [&](const std::string& text) {
+        const std::string journal = file_.string() + "-wal";
+        return (test::contentOf(file_) + test::contentOf(journal)).find(text) != std::string::npos;
+    };
+    for (int i = 0; i < 40; ++i) {
+        index.upsert(note(
+            i,
+            "Plan",
+            "meet at the quagmire " + std::string(static_cast<std::size_t>(100 * i), 'x')));
+    }
+    ASSERT_TRUE(filesHold("quagmire"));
+    for (int i = 0; i < 40; ++i) {
+        index.upsert(note(i, "Plan", "meet at noon"));
+    }
+    ASSERT_TRUE(index.forgetDeleted());
+    EXPECT_FALSE(filesHold("quagmire"));
+    EXPECT_EQ(rowsOf(index, "SELECT count(*) FROM fts WHERE fts MATCH 'noon'"), "40\n");
+    EXPECT_EQ(rowsOf(index, "SELECT count(*) FROM fts WHERE fts MATCH 'quagmire'"), "0\n");
+}
+
 TEST_F(SearchIndexFile, SeveralProcessesMayMakeAndFillItAtOnce) {
     constexpr int processes = 4;
     constexpr int documents = 25;

@@ -272,9 +272,7 @@ bool TesserineStore::wasCreated() const { return core_->wasCreated(); }
 
 bool TesserineStore::wasEndedUncleanly() const { return core_->wasEndedUncleanly(); }
 
-void TesserineStore::checkpoint() {
-    moveJournal(*core_, SQLiteDatabase::Checkpoint::passive);
-}
+void TesserineStore::checkpoint() { moveJournal(*core_, SQLiteDatabase::Checkpoint::passive); }
 
 bool TesserineStore::emptyJournal() {
     return moveJournal(*core_, SQLiteDatabase::Checkpoint::truncate);
