@@ -7,10 +7,13 @@
 #include "search/ChangedDocuments.h"
 #include "search/IndexComparison.h"
 #include "search/IndexMeta.h"
-#include "search/IndexRebuild.h"
 #include "search/IndexUpdater.h"
 
+#include <algorithm>
+#include <future>
+#include <span>
 #include <utility>
+#include <vector>
 
 namespace tesserine {
 namespace {
@@ -142,21 +145,15 @@ IndexCoverage SearchCoordinator::coverage() {
 }
 
 SearchCoordinator::Outcome SearchCoordinator::catchUpHere(const SearchWork& work) {
-    if (followToTheEnd()) return Outcome::complete;
+    const auto isWhole = [&] { return canFollow() && !IndexMeta(index()).isRebuildUnfinished(); };
+    if (canFollow()) follow();
+    if (isWhole()) return Outcome::complete;
+
     const Lock lock = lockForRebuild(milliseconds(0));
     if (!lock) return Outcome::beingRebuilt;
-    if (followToTheEnd()) return Outcome::complete;  // another process has just ended its rebuild
-    return fill(work);
-}
-
-/// Follows where that is possible and tells whether the index is whole then. On the index's queue
-/// as one piece: each of its many small calls would otherwise wait for another thread.
-bool SearchCoordinator::followToTheEnd() {
-    return index().perform([this](SQLiteDatabase& /*database*/) {
-        if (!canFollow()) return false;
-        follow();
-        return !IndexMeta(index()).isRebuildUnfinished();
-    });
+    if (!isWhole()) return fill(work);
+    follow();  // another process has just ended its rebuild
+    return Outcome::complete;
 }
 
 /// Whether the index holds a known place in this library's history from which on all is kept.
@@ -224,10 +221,11 @@ SearchCoordinator::Outcome SearchCoordinator::rebuildHere(const SearchWork& work
     return lock ? fill(work) : Outcome::beingRebuilt;
 }
 
-/// The full rebuild; the lock is held. What changes meanwhile is indexed once more at the end, so
-/// it does not matter which was first.
+/// The full rebuild; the lock is held. The next batch is read while the last one is written. What
+/// changes meanwhile is indexed once more at the end, so it does not matter which was first.
 SearchCoordinator::Outcome SearchCoordinator::fill(const SearchWork& work) {
     const IndexMeta meta(index());
+    IndexUpdater updater(index(), reader(), log_);
     const HistoryMark beginning{store_.historyID(), store_.lastTransactionNumber()};
     index().batch([&] {
         index().makeAfresh();
@@ -236,7 +234,24 @@ SearchCoordinator::Outcome SearchCoordinator::fill(const SearchWork& work) {
     });
     FAIL_POINT("rebuild.cleared");
 
-    if (!writeEverything(index(), reader(), log_, work)) return Outcome::stopped;
+    const std::vector<DocumentKey> keys = reader().allKeys();
+    std::future<void> writing;
+    for (std::size_t done = 0; done < keys.size();) {
+        if (work.stop.stop_requested()) return Outcome::stopped;
+        const std::size_t count = std::min(IndexUpdater::batchSize, keys.size() - done);
+        std::vector<IndexDocument> documents;
+        for (const DocumentKey& key : std::span(keys).subspan(done, count)) {
+            if (auto document = reader().document(key)) documents.push_back(std::move(*document));
+        }
+        if (writing.valid()) writing.get();
+        writing = std::async(std::launch::async, [&updater, documents = std::move(documents)] {
+            updater.write(documents);
+        });
+        done += count;
+        FAIL_POINT("rebuild.batch");
+        if (work.progress) work.progress(done, keys.size());
+    }
+    if (writing.valid()) writing.get();
     index().batch([&] {
         index().replaceTagTree(reader().tagTree());
         meta.endRebuild(setting_.clock.now());
