@@ -83,7 +83,7 @@ constexpr std::string_view rawValue(RecurrenceRule::Unit unit) {
     return {};
 }
 /// The unit with that text; none for any other text.
-std::optional<RecurrenceRule::Unit> recurrenceUnit(std::string_view rawValue);
+std::optional<RecurrenceRule::Unit> recurrenceUnit(std::string_view text);
 
 /// An English ordinal: "1st", "12th", "23rd".
 std::string ordinal(int number);

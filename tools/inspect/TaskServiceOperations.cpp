@@ -1,6 +1,6 @@
 #include "core/tasks/TaskService.h"
 #include "core/tasks/TaskTemplateContent.h"
-#include "tools/inspect/Operations.h"
+#include "tools/inspect/DateInputs.h"
 
 #include <boost/json/array.hpp>
 
@@ -42,15 +42,6 @@ std::optional<TimeOfDay> dueTime(const object& content) {
     return time;
 }
 
-std::optional<RecurrenceRule> recurrence(const object& content) {
-    const object* rule = optionalObject(content, "recurrence");
-    if (rule == nullptr) return std::nullopt;
-    const auto unit = recurrenceUnit(text(*rule, "unit"));
-    if (!unit) throw InputError("“unit” is none of day, week, month and year");
-    return RecurrenceRule{
-        .unit = *unit, .interval = static_cast<int>(integer(*rule, "interval", 1))};
-}
-
 /// `template.summary`: the line that tells what a task template makes.
 value summaryOfTemplate(const object& input) {
     const object* given = optionalObject(input, "content");
@@ -59,11 +50,10 @@ value summaryOfTemplate(const object& input) {
         .priority = taskPriority(integer(*given, "priority", 4)),
         .labels = texts(*given, "labels"),
         .dueTime = dueTime(*given),
-        .recurrence = recurrence(*given),
         .subtasks = texts(*given, "subtasks")};
-    const value* offset = given->if_contains("dueOffsetDays");
-    if (offset != nullptr && !offset->is_null()) {
-        content.dueOffsetDays = integer(*given, "dueOffsetDays");
+    content.dueOffsetDays = optionalInteger(*given, "dueOffsetDays");
+    if (const object* rule = optionalObject(*given, "recurrence")) {
+        content.recurrence = recurrenceRule(*rule);
     }
     return boost::json::string(content.summary());
 }
