@@ -262,6 +262,17 @@ void writeNew(const fs::path& file, std::span<const std::uint8_t> bytes) {
     syncFolder(folderOf(file));
 }
 
+void writeOneOfMany(const fs::path& file, std::span<const std::uint8_t> bytes) {
+    PendingFile pending(file);
+    pending.append(bytes);
+    pending.publishNew();
+}
+
+void syncFileSystem(const fs::path& folder) {
+    const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor.isOpen() || ::syncfs(descriptor.number()) != 0) fail(folder, "written");
+}
+
 Bytes read(const fs::path& file, std::uint64_t limit, Links links) {
     const Descriptor descriptor = openToRead(file, links);
     const struct stat status = statusOfRegular(file, descriptor);

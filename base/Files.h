@@ -40,6 +40,10 @@ void createPrivateFolder(const std::filesystem::path& folder);
 void writeAtomically(const std::filesystem::path& file, std::span<const std::uint8_t> bytes);
 /// Creates `file`, which must not exist, with `bytes`, and syncs file and folder. Mode 0600.
 void writeNew(const std::filesystem::path& file, std::span<const std::uint8_t> bytes);
+/// The same without syncing, for one of many files: `syncFileSystem` follows when all are written.
+void writeOneOfMany(const std::filesystem::path& file, std::span<const std::uint8_t> bytes);
+/// Syncs everything that was written to the file system of `folder`.
+void syncFileSystem(const std::filesystem::path& folder);
 
 /// The whole content of a regular file of at most `limit` bytes. A link is followed only if
 /// `followLinks`; folders, pipes and devices are refused.

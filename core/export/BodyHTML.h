@@ -7,8 +7,9 @@
 
 namespace tesserine {
 
-/// The HTML of `node`, a part of a stored body, with `addressOf` in place of its links and
-/// pictures.
+/// The HTML of `node`, a part of a stored body. With `addressOf`, links and pictures get its
+/// addresses, and elements that stand for files become links. What leads nowhere is text of the
+/// class `ts-unsupported`.
 std::string htmlOf(const HTMLNode& node, const AddressMap& addressOf);
 
 /// The start tag alone; `node` is an element.

@@ -13,8 +13,6 @@ namespace {
 
 using Element = HTMLElement;
 
-constexpr std::string_view attachmentAddress = "tesserine-attachment://";
-
 bool isSpace(char32_t c) {
     return c == ' ' || c == '\n' || u_isUWhiteSpace(static_cast<UChar32>(c)) != 0;
 }
@@ -162,6 +160,7 @@ void InlineMarkdown::addLink(const HTMLNode& node) {
     const std::size_t known = (href ? 1U : 0U) + (title ? 1U : 0U);
     if (!href || node.attributes().size() > known) return addTagged(node);
     const std::string address = options_.addressOf ? options_.addressOf(*href) : std::string(*href);
+    if (address.empty()) return addChildren(node);
     if (!title && holdsTextOnly(node) && textOf(node) == address && isAutolink(address)) {
         return addVerbatim("<" + address + ">");
     }
@@ -174,6 +173,7 @@ void InlineMarkdown::addLink(const HTMLNode& node) {
 void InlineMarkdown::addFile(const HTMLNode& node, std::string_view attachment) {
     const std::string address =
         options_.addressOf(std::string(attachmentAddress).append(attachment));
+    if (address.empty()) return addChildren(node);
     addVerbatim("[");
     texts_.back() += textOf(node);
     addVerbatim("]" + destination(address, "", isCell()));
@@ -189,6 +189,7 @@ void InlineMarkdown::addImage(const HTMLNode& node) {
     appendEscaped(
         alternative, node.attribute("alt").value_or(""), {.isCell = isCell(), .hasTildes = true});
     const std::string address = options_.addressOf ? options_.addressOf(source) : source;
+    if (address.empty()) return addVerbatim(htmlOf(node, options_.addressOf));
     addVerbatim(
         "![" + onOneLine(alternative) + "]"
         + destination(address, node.attribute("title").value_or(""), isCell()));

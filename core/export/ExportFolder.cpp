@@ -1,0 +1,106 @@
+#include "core/export/ExportFolder.h"
+
+#include "base/Calendar.h"
+#include "base/Files.h"
+#include "base/Text.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace tesserine {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string folderName(const LocalTime& time) {
+    // As in "2026-03-14T09:15:00", in a form that every file system takes.
+    std::string text = time.iso().substr(0, 16);
+    std::ranges::replace(text, 'T', ' ');
+    std::ranges::replace(text, ':', '.');
+    return "Tesserine Export " + text;
+}
+
+fs::path newFolder(const fs::path& parent, const std::string& name) {
+    files::createPrivateFolder(parent);
+    for (int number = 1;; ++number) {
+        const fs::path folder = parent / (number == 1 ? name : name + " " + std::to_string(number));
+        std::error_code error;
+        if (fs::create_directory(folder, error)) {
+            fs::permissions(folder, fs::perms::owner_all);
+            return folder;
+        }
+        if (error) throw FileError::fromErrno(folder, "made", error.value());
+    }
+}
+
+bool needsNoEncoding(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')
+           || std::string_view("-._~/").find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+ExportFolder::ExportFolder(const fs::path& parent, Instant now, const Calendar& calendar)
+    : path_(newFolder(parent, folderName(calendar.local(now)))) {}
+
+std::string ExportFolder::newPath(
+    const std::string& folder,
+    std::string_view name,
+    std::initializer_list<std::string_view> extensions) {
+    const std::string stem = files::safeName(name);
+    const std::string prefix = folder.empty() ? "" : folder + "/";
+    std::set<std::string>& taken = taken_[folder];
+    std::size_t& twins = twins_[prefix + text::caseFolded(stem)];
+    for (;;) {
+        const std::string candidate = ++twins == 1 ? stem : stem + " " + std::to_string(twins);
+        std::vector<std::string> names;
+        for (const std::string_view extension : extensions) {
+            names.push_back(text::caseFolded(candidate + std::string(extension)));
+        }
+        const auto isTaken = [&taken](const std::string& path) { return taken.contains(path); };
+        if (std::ranges::any_of(names, isTaken)) continue;
+        taken.insert(names.begin(), names.end());
+        return prefix + candidate;
+    }
+}
+
+std::string ExportFolder::newFilePath(const std::string& folder, std::string_view filename) {
+    const std::string name = files::safeName(filename);
+    const fs::path path(name);
+    const std::string extension = path.extension().string();
+    return newPath(folder, path.stem().string(), {extension}) + extension;
+}
+
+void ExportFolder::write(const std::string& path, std::string_view text) {
+    write(path, Bytes(text.begin(), text.end()));
+}
+
+void ExportFolder::write(const std::string& path, const Bytes& bytes) {
+    const fs::path file = path_ / path;
+    if (madeFolders_.insert(file.parent_path().string()).second) {
+        files::createPrivateFolder(file.parent_path());
+    }
+    files::writeOneOfMany(file, bytes);
+    bytesWritten_ += bytes.size();
+}
+
+void ExportFolder::sync() const { files::syncFileSystem(path_); }
+
+std::string addressFrom(std::string_view from, std::string_view path) {
+    std::string address;
+    for (auto depth = std::ranges::count(from, '/'); depth > 0; --depth) {
+        address += "../";
+    }
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    for (const char c : path) {
+        if (needsNoEncoding(c)) {
+            address += c;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(c);
+        address.append("%").append(1, digits[byte >> 4]).append(1, digits[byte & 0xF]);
+    }
+    return address;
+}
+
+}  // namespace tesserine

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "base/Encoding.h"
+#include "base/Instant.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace tesserine {
+
+class Calendar;
+
+/// The folder that an export is written to. Names inside are made of titles, which anybody may have
+/// written: each is one safe path component, and no two are the same for a file system that
+/// ignores case. Paths are relative to the folder, with "/".
+class ExportFolder {
+public:
+    /// Makes a new folder "Tesserine Export 2026-03-14 09.15" in `parent`, with " 2", " 3", …
+    /// behind when there is one. Throws `FileError`.
+    ExportFolder(const std::filesystem::path& parent, Instant now, const Calendar& calendar);
+
+    const std::filesystem::path& path() const noexcept { return path_; }
+    std::uint64_t bytesWritten() const noexcept { return bytesWritten_; }
+
+    /// A path in `folder` for something called `name`, with any of `extensions` behind it not used
+    /// before; for a folder without one. Remembers it.
+    std::string newPath(
+        const std::string& folder,
+        std::string_view name,
+        std::initializer_list<std::string_view> extensions = {""});
+    /// The same for a file whose name has its extension already.
+    std::string newFilePath(const std::string& folder, std::string_view filename);
+
+    /// Writes a new file; its folders are made. Throws `FileError`.
+    void write(const std::string& path, std::string_view text);
+    void write(const std::string& path, const Bytes& bytes);
+    /// Makes sure that everything written is on the disk.
+    void sync() const;
+
+private:
+    std::filesystem::path path_;
+    std::map<std::string, std::set<std::string>> taken_;  // folded names by folder
+    std::map<std::string, std::size_t> twins_;            // of a name, so far
+    std::set<std::string> madeFolders_;
+    std::uint64_t bytesWritten_ = 0;
+};
+
+/// The address of `path` as seen from the file `from`, both relative to the export's folder.
+std::string addressFrom(std::string_view from, std::string_view path);
+
+}  // namespace tesserine
