@@ -62,6 +62,7 @@ private:
         int place,
         StoreObject& object,
         std::size_t reference);
+    void removeFiles(const std::vector<std::string>& names);
     void writeDigest(SQLiteDatabase& database, StoreObject& object, std::size_t attribute);
     void writeLinks(SQLiteDatabase& database);
     void record(SQLiteDatabase& database);
