@@ -3,7 +3,7 @@
 #include "base/Calendar.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <chrono>
 
 namespace tesserine {
 namespace {
@@ -46,6 +46,24 @@ Instant inLaterMonth(LocalTime from, int months, int day, const Calendar& calend
     return calendar.instant(from);
 }
 
+/// The next occurrence as the calendar gives it, which stops at its end.
+std::optional<Instant> candidateAfter(
+    Instant after, const RecurrenceRule& rule, const Calendar& calendar) {
+    const int step = std::clamp(rule.interval, 1, longestInterval);
+    if (rule.unit == Unit::day) return calendar.addDays(after, step);
+    if (rule.unit == Unit::week) {
+        if (rule.weekdays.empty()) return calendar.addDays(after, step * 7);
+        const auto days =
+            daysToNextWeekday(rule, step, calendar.weekday(after), calendar.firstWeekday());
+        return days ? std::optional(calendar.addDays(after, *days)) : std::nullopt;
+    }
+    const LocalTime from = calendar.local(after);
+    const int day = rule.dayOfMonth.value_or(from.day);
+    if (rule.unit == Unit::month) return inLaterMonth(from, step, day, calendar);
+    const int months = step * 12 + rule.monthOfYear.value_or(from.month) - from.month;
+    return inLaterMonth(from, months, day, calendar);
+}
+
 }  // namespace
 
 RecurrenceRule RecurrenceRule::fromEditor(const EditorState& state, const Calendar& calendar) {
@@ -61,28 +79,7 @@ RecurrenceRule RecurrenceRule::fromEditor(const EditorState& state, const Calend
 
 std::optional<Instant> RecurrenceRule::nextOccurrence(
     Instant after, const Calendar& calendar) const {
-    const int step = std::clamp(interval, 1, longestInterval);
-    const std::optional<Instant> next = [&]() -> std::optional<Instant> {
-        switch (unit) {
-        case Unit::day: return calendar.addDays(after, step);
-        case Unit::week: {
-            if (weekdays.empty()) return calendar.addDays(after, step * 7);
-            const auto days =
-                daysToNextWeekday(*this, step, calendar.weekday(after), calendar.firstWeekday());
-            return days ? std::optional(calendar.addDays(after, *days)) : std::nullopt;
-        }
-        case Unit::month: {
-            const LocalTime from = calendar.local(after);
-            return inLaterMonth(from, step, dayOfMonth.value_or(from.day), calendar);
-        }
-        case Unit::year: {
-            const LocalTime from = calendar.local(after);
-            const int months = step * 12 + monthOfYear.value_or(from.month) - from.month;
-            return inLaterMonth(from, months, dayOfMonth.value_or(from.day), calendar);
-        }
-        }
-        return std::nullopt;
-    }();
+    const auto next = candidateAfter(after, *this, calendar);
     if (!next || *next <= after || *next >= endOfCalendar) return std::nullopt;
     return next;
 }
