@@ -1,5 +1,7 @@
 #include "bench/NoteGenerator.h"
 
+#include "core/body/AttributedTextReader.h"
+#include "core/body/AttributedTextWriter.h"
 #include "core/body/CanonicalBody.h"
 
 #include <gtest/gtest.h>
@@ -51,6 +53,22 @@ TEST(NoteGenerator, BodiesAreInTheStoredFormAndThePlainTextIsTheirs) {
         const CanonicalBody body = canonicalBody(note.html);
         ASSERT_EQ(body.html, note.html);
         ASSERT_EQ(body.plainText, note.plainText);
+    }
+}
+
+TEST(NoteGenerator, BodiesCanBeEditedAndComeBackToTheLetter) {
+    const NoteGenerator generator(400);
+    for (const GeneratedNote& note : generator.allNotes()) {
+        const AttributedText text = attributedText(note.html);
+        ASSERT_EQ(canonicalHTML(text), note.html);
+        // Only tables and attachments are not text.
+        for (const AttributedText::Run& run : text.runs) {
+            const std::string& object = run.style.object;
+            ASSERT_TRUE(
+                object.empty() || object.starts_with("<table") || object.starts_with("<img")
+                || object.starts_with("<div data-ts-attachment"))
+                << object;
+        }
     }
 }
 

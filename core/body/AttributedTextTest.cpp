@@ -200,6 +200,54 @@ TEST(AttributedText, WritesWhatWasEdited) {
     EXPECT_EQ(canonicalHTML(table), "<p>x</p><table><tr><td>a</td></tr></table><p>y</p>");
 }
 
+/// A text as an editor may leave it: paragraphs and marks of any kind in any order.
+AttributedText randomText(test::SeededRandom& random) {
+    constexpr std::array elements{
+        HTMLElement::strong, HTMLElement::em, HTMLElement::code, HTMLElement::a, HTMLElement::span};
+    const auto below = [&](std::uint64_t bound) { return static_cast<int>(random.below(bound)); };
+    AttributedText text;
+    text.containers = {{}, {.parent = 1}};
+    for (int i = below(12); i >= 0; --i) {
+        AttributedText::Paragraph paragraph{
+            .style = BlockStyle{static_cast<Kind>(below(kindNames.size())), below(8)},
+            .indent = below(10),
+            .alignment = static_cast<AttributedText::Alignment>(below(5)),
+            .holder = static_cast<AttributedText::Holder>(below(5)),
+            .beginsBlock = below(3) == 0,
+            .container = static_cast<std::uint32_t>(below(6) == 0 ? below(3) : 0)};
+        const std::size_t start = text.text.size();
+        for (int piece = below(4); piece > 0; --piece) {
+            const std::size_t pieceStart = text.text.size();
+            text.text += std::u16string_view(u"ab  c\u2028 d").substr(below(3));
+            InlineStyle style;
+            for (int mark = below(3); mark > 0; --mark) {
+                style.marks.push_back({.element = elements[random.below(elements.size())]});
+                if (style.marks.back().element != HTMLElement::a) continue;
+                style.marks.back().attributes = {{"href", "https://example.org"}};
+            }
+            text.runs.push_back({pieceStart, text.text.size() - pieceStart, style});
+        }
+        text.text += u'\n';
+        paragraph.length = text.text.size() - start;
+        text.paragraphs.push_back(std::move(paragraph));
+    }
+    return text;
+}
+
+std::string lettersOf(std::string text) {
+    std::erase_if(text, [](char c) { return c < 'a' || c > 'd'; });
+    return text;
+}
+
+TEST(AttributedText, LosesNoTextWhateverItLooksLike) {
+    test::SeededRandom random(12);
+    for (int i = 0; i < 2'000; ++i) {
+        const AttributedText text = randomText(random);
+        const CanonicalBody body = canonicalBody(canonicalHTML(text));
+        ASSERT_EQ(lettersOf(body.plainText), lettersOf(text::fromUTF16(text.text))) << body.html;
+    }
+}
+
 TEST(AttributedText, IsReadAndWrittenInLinearTime) {
     const auto secondsFor = [](int count) {
         std::string source;

@@ -220,13 +220,15 @@ void BlockWriter::writeQuote() {
 
 /// A paragraph in its element, or without one where it can be told from what stands before it.
 void BlockWriter::writeHeld() {
-    const bool isBare = current().holder == Holder::none && !isEmpty() && !isAfterBareText_;
+    const OwnedAttributes attributes = attributesOf(current());
+    const bool mayBeBare = attributes.empty() && !isEmpty() && !isAfterBareText_;
+    const bool isBare = current().holder == Holder::none && mayBeBare;
     if (isBare) {
         writeText();
         inline_.finish();
     } else {
         const bool isDivision = current().holder == Holder::division;
-        writeElement(isDivision ? HTMLElement::div : HTMLElement::p, attributesOf(current()));
+        writeElement(isDivision ? HTMLElement::div : HTMLElement::p, attributes);
     }
     isAfterBareText_ = isBare;
 }
