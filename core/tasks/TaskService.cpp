@@ -28,6 +28,21 @@ std::int64_t placeAtEnd(StoreContext& context, const CDTask* parent) {
     return highest ? placeAfter(*highest) : 0;
 }
 
+/// A new task below `parent` with what every copy of a task takes over.
+CDTask& insertCopy(StoreContext& context, const CDTask& task, CDTask* parent) {
+    const std::int64_t place = placeAtEnd(context, parent);
+    auto& copy = context.insert<CDTask>();
+    copy.details = task.details;
+    copy.project = task.project;
+    copy.parent = parent;
+    copy.dueDate = task.dueDate;
+    copy.dueHasTime = task.dueHasTime;
+    copy.priority = task.priority;
+    copy.linkedNote = task.linkedNote;
+    copy.sortIndex = place;
+    return copy;
+}
+
 /// When a task that repeats is due after being completed now; none when it does not go on.
 std::optional<Instant> nextDue(const CDTask& task, Instant now, const Calendar& calendar) {
     const auto rule = RecurrenceRule::fromStorageString(task.recurrenceRule.valueOr(""));
@@ -108,21 +123,12 @@ CDTask& TaskService::createFromNote(
 }
 
 CDTask& TaskService::duplicate(StoreContext& context, const CDTask& task) const {
-    const std::int64_t place = placeAtEnd(context, task.parent);
-    auto& copy = context.insert<CDTask>();
+    CDTask& copy = insertCopy(context, task, task.parent);
     copy.title = duplicateTitle(task.title.valueOr(""));
-    copy.details = task.details;
-    copy.project = task.project;
-    copy.parent = task.parent;
-    copy.dueDate = task.dueDate;
-    copy.dueHasTime = task.dueHasTime;
     copy.reminderAt = task.reminderAt;
-    copy.priority = task.priority;
     copy.recurrenceRule = task.recurrenceRule;
-    copy.linkedNote = task.linkedNote;
-    copy.sortIndex = place;
     copy.createdAt = clock_.now();
-    copy.updatedAt = copy.createdAt;
+    copy.updatedAt = clock_.now();
     return copy;
 }
 
@@ -144,17 +150,9 @@ CDTask* TaskService::complete(StoreContext& context, CDTask& task, const Calenda
 }
 
 CDTask& TaskService::insertCompletedCopy(StoreContext& context, const CDTask& task) const {
-    const std::int64_t place = placeAtEnd(context, nullptr);
-    auto& done = context.insert<CDTask>();
+    CDTask& done = insertCopy(context, task, nullptr);
     done.title = task.title;
-    done.details = task.details;
-    done.project = task.project;
-    done.dueDate = task.dueDate;
-    done.dueHasTime = task.dueHasTime;
-    done.priority = task.priority;
     done.createdAt = task.createdAt;
-    done.linkedNote = task.linkedNote;
-    done.sortIndex = place;
     done.completedAt = clock_.now();
     done.updatedAt = clock_.now();
     for (CDTag* label : task.labels.all()) {
