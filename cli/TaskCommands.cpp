@@ -33,8 +33,9 @@ ExitStatus addTask(Session& session, const Arguments& arguments) {
                           ? TaskDraft{.title = sentence}
                           : session.tasks().draftOf(sentence, session.calendar());
     draft.details = arguments.text("details").value_or("");
-    if (const auto when = arguments.text("remind"))
+    if (const auto when = arguments.text("remind")) {
         draft.reminderAt = parseReminder(session, *when);
+    }
     CDTask& task = session.tasks().create(context, std::move(draft));
     context.save();
     answerWithID(session, task);
@@ -63,7 +64,7 @@ TaskView viewNamed(Session& session, const Arguments& arguments) {
     const bool takesName = view == "project" || view == "label";
     if (takesName && !name) throw UsageError::missingArgument("task list " + view, "a name");
     if (!takesName && name) throw UsageError::extraArgument(*name);
-    if (view == "project") return TaskView::project(*resolveProject(session, *name).id);
+    if (view == "project") return TaskView::project(resolveProject(session, *name).id.valueOr({}));
     if (view == "label") return TaskView::label(resolveTag(session, *name).name.valueOr(""));
     if (view == "inbox") return TaskView::inbox();
     if (view == "today") return TaskView::today();
@@ -151,47 +152,51 @@ ExitStatus duplicateTask(Session& session, const Arguments& arguments) {
     return answerWithID(session, copy);
 }
 
-/// Puts the task before or behind another one of its level.
-void placeBeside(Session& session, CDTask& task, CDTask& other, std::string_view side) {
+void moveBelow(Session& session, CDTask& task, CDTask* parent) {
+    if (session.tasks().setParent(session.context(), task, parent)) return;
+    throw CommandError::cannotBeSubtask(task.title.valueOr(""));
+}
+
+/// The open and completed tasks among which `task` has its place.
+std::vector<CDTask*> levelOf(Session& session, CDTask& task) {
+    if (const CDTask* parent = task.parent) return subtasksInOrder(*parent);
+    return session.context().fetch<CDTask>(
+        {.predicate = {"parent == nil AND project == %@", task.project.get()},
+         .sort = {{"sortIndex"}, {"createdAt"}}});
+}
+
+/// Puts the task before or behind another one, in its project and below its parent.
+void moveBeside(Session& session, CDTask& task, CDTask& other, std::string_view side) {
     if (&task == &other) return;
-    StoreContext& context = session.context();
-    auto level = other.parent != nullptr
-                     ? subtasksInOrder(*other.parent)
-                     : context.fetch<CDTask>(
-                         {.predicate = {"parent == nil AND project == %@", other.project.get()},
-                          .sort = {{"sortIndex"}, {"createdAt"}}});
+    moveBelow(session, task, other.parent);
+    CDProject* project = other.project;
+    if (task.parent == nullptr && project != nullptr && task.project != project) {
+        session.tasks().moveToProject(session.context(), task, *project);
+    }
+    auto level = levelOf(session, task);
     std::erase(level, &task);
-    const auto place = std::ranges::find(level, &other) + (side == "after" ? 1 : 0);
-    level.insert(place, &task);
+    const auto place = std::ranges::find(level, &other);
+    if (place == level.end()) return;  // two tasks without a common level stay where they are
+    level.insert(side == "after" ? place + 1 : place, &task);
     session.tasks().reorder(level);
 }
 
 ExitStatus moveTask(Session& session, const Arguments& arguments) {
     const std::string_view target = arguments.oneOf({"parent", "before", "after"});
-    const auto projectWord = arguments.wordIfAny(1);
-    if (target.empty() == !projectWord) {
+    const auto project = arguments.wordIfAny(1);
+    if (target.empty() == !project) {
         throw UsageError::because("Say where to: a project, --parent, --before or --after.");
     }
     session.holdNames();
     StoreContext& context = session.context();
-    const TaskService& tasks = session.tasks();
     CDTask& task = resolveTask(session, arguments.word(0));
-    if (projectWord) {
-        tasks.moveToProject(context, task, projectToChange(session, *projectWord));
+    const std::string name = project ? *project : *arguments.text(target);
+    if (project) {
+        session.tasks().moveToProject(context, task, projectToChange(session, name));
+    } else if (target != "parent") {
+        moveBeside(session, task, resolveTask(session, name), target);
     } else {
-        const std::string name = *arguments.text(target);
-        const bool isToTheTop = target == "parent" && name == "none";
-        CDTask* other = isToTheTop ? nullptr : &resolveTask(session, name);
-        CDTask* parent = target == "parent" ? other : other->parent.get();
-        if (!tasks.setParent(context, task, parent)) {
-            throw CommandError::cannotBeSubtask(task.title.valueOr(""));
-        }
-        if (target != "parent") {
-            if (parent == nullptr && task.project != other->project) {
-                tasks.moveToProject(context, task, *other->project);
-            }
-            placeBeside(session, task, *other, target);
-        }
+        moveBelow(session, task, name == "none" ? nullptr : &resolveTask(session, name));
     }
     context.save();
     return answerTask(session, task, "Moved " + quotedTitle(task) + ".");

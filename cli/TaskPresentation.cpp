@@ -142,8 +142,9 @@ void showTask(Session& session, CDTask& task) {
     const auto id = task.id.get();
     showField(session, "Id", id ? id->text() : std::string());
     showField(session, "Reminder", localText(session, task.reminderAt));
-    if (const CDTask* parent = task.parent)
+    if (const CDTask* parent = task.parent) {
         showField(session, "Part of", parent->title.valueOr(""));
+    }
     if (const CDNote* note = task.linkedNote) showField(session, "Note", displayTitle(*note));
     showField(session, "Created", localText(session, task.createdAt));
     showField(session, "Completed", localText(session, task.completedAt));

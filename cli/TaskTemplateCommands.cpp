@@ -56,8 +56,9 @@ void edit(Session& session, TaskTemplateContent& content, const Arguments& argum
     if (const auto text = arguments.text("priority")) content.priority = parsePriority(*text);
     if (const auto text = arguments.text("due-offset")) content.dueOffsetDays = parseOffset(*text);
     if (const auto text = arguments.text("due-time")) content.dueTime = parseTime(*text);
-    if (const auto text = arguments.text("repeat"))
-        content.recurrence = parseRepeat(session, *text);
+    if (const auto words = arguments.text("repeat")) {
+        content.recurrence = parseRepeat(session, *words);
+    }
     if (const auto name = arguments.text("project")) {
         content.projectID.reset();
         if (*name != none) content.projectID = resolveProject(session, *name).id;
