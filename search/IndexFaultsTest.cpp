@@ -68,7 +68,7 @@ TEST_F(IndexFaults, AKillAnywhereIsMendedByTheNextStart) {
              Case{"rebuild.batch", 1, true},
              Case{"rebuild.batch", 2, true},
              Case{"index.upsert", 300, true},
-             Case{"index.commit", 4, true},
+             Case{"index.commit", 3, true},
              Case{"rebuild.ended", 1, true},
          }) {
         SCOPED_TRACE(std::string(point) + " " + std::to_string(pass));

@@ -60,28 +60,32 @@ std::vector<std::string> SearchIndex::descendantTags(const std::string& name) {
 }
 
 std::optional<std::string> SearchIndex::meta(const std::string& key) {
-    return perform([&](SQLiteDatabase& database) -> std::optional<std::string> {
-        Statement row = database.prepare("SELECT value FROM meta WHERE key = ?;");
+    return perform([&](SQLiteDatabase& database) {
+        Statement& row = database.cached("SELECT value FROM meta WHERE key = ?;");
         row.bindText(1, key);
-        if (!row.step()) return std::nullopt;
-        return row.text(0);
+        std::optional<std::string> value;
+        if (row.step()) value = row.text(0);
+        row.reset();
+        return value;
     });
 }
 
 void SearchIndex::setMeta(const std::string& key, const std::string& value) {
     perform([&](SQLiteDatabase& database) {
-        Statement row = database.prepare("INSERT OR REPLACE INTO meta(key, value) VALUES(?, ?);");
+        Statement& row = database.cached("INSERT OR REPLACE INTO meta(key, value) VALUES(?, ?);");
         row.bindText(1, key);
         row.bindText(2, value);
         row.step();
+        row.reset();
     });
 }
 
 void SearchIndex::deleteMeta(const std::string& key) {
     perform([&](SQLiteDatabase& database) {
-        Statement row = database.prepare("DELETE FROM meta WHERE key = ?;");
+        Statement& row = database.cached("DELETE FROM meta WHERE key = ?;");
         row.bindText(1, key);
         row.step();
+        row.reset();
     });
 }
 

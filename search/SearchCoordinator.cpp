@@ -7,13 +7,10 @@
 #include "search/ChangedDocuments.h"
 #include "search/IndexComparison.h"
 #include "search/IndexMeta.h"
+#include "search/IndexRebuild.h"
 #include "search/IndexUpdater.h"
 
-#include <algorithm>
-#include <future>
-#include <span>
 #include <utility>
-#include <vector>
 
 namespace tesserine {
 namespace {
@@ -145,15 +142,21 @@ IndexCoverage SearchCoordinator::coverage() {
 }
 
 SearchCoordinator::Outcome SearchCoordinator::catchUpHere(const SearchWork& work) {
-    const auto isWhole = [&] { return canFollow() && !IndexMeta(index()).isRebuildUnfinished(); };
-    if (canFollow()) follow();
-    if (isWhole()) return Outcome::complete;
-
+    if (followToTheEnd()) return Outcome::complete;
     const Lock lock = lockForRebuild(milliseconds(0));
     if (!lock) return Outcome::beingRebuilt;
-    if (!isWhole()) return fill(work);
-    follow();  // another process has just ended its rebuild
-    return Outcome::complete;
+    if (followToTheEnd()) return Outcome::complete;  // another process has just ended its rebuild
+    return fill(work);
+}
+
+/// Follows where that is possible and tells whether the index is whole then. On the index's queue
+/// as one piece: each of its many small calls would otherwise wait for another thread.
+bool SearchCoordinator::followToTheEnd() {
+    return index().perform([this](SQLiteDatabase& /*database*/) {
+        if (!canFollow()) return false;
+        follow();
+        return !IndexMeta(index()).isRebuildUnfinished();
+    });
 }
 
 /// Whether the index holds a known place in this library's history from which on all is kept.
@@ -166,23 +169,25 @@ bool SearchCoordinator::canFollow() const {
 
 void SearchCoordinator::follow() {
     const IndexMeta meta(index());
-    while (const auto mark = meta.mark()) {
-        reached_ = mark->number;
-        const auto transactions = store_.history(mark->number, historyPage);
+    bool hasMore = true;
+    while (hasMore) {
+        const HistoryMark mark = meta.mark().value_or(HistoryMark{});
+        const auto transactions = store_.history(mark.number, historyPage);
+        hasMore = transactions.size() == historyPage;
         if (transactions.empty()) break;
 
         const std::int64_t number = transactions.back().number;
         const auto changed = changedDocuments(transactions, reader(), index());
         IndexUpdater(index(), reader(), log_).update(changed, [&] {
             // Another process may have come further meanwhile.
-            const auto now = meta.mark();
-            const bool isBehind = now && now->number < number;
-            if (isBehind) meta.setMark({mark->historyID, number});
+            const bool isBehind = meta.mark().value_or(mark).number < number;
+            if (isBehind) meta.setMark({mark.historyID, number});
         });
         FAIL_POINT("coordinator.followed");
         keepHistory(number);
         if (setting_.changed) setting_.changed();
     }
+    reached_ = meta.mark().value_or(HistoryMark{}).number;
 }
 
 void SearchCoordinator::keepHistory(std::int64_t number) {
@@ -221,11 +226,10 @@ SearchCoordinator::Outcome SearchCoordinator::rebuildHere(const SearchWork& work
     return lock ? fill(work) : Outcome::beingRebuilt;
 }
 
-/// The full rebuild; the lock is held. The next batch is read while the last one is written. What
-/// changes meanwhile is indexed once more at the end, so it does not matter which was first.
+/// The full rebuild; the lock is held. What changes meanwhile is indexed once more at the end, so
+/// it does not matter which was first.
 SearchCoordinator::Outcome SearchCoordinator::fill(const SearchWork& work) {
     const IndexMeta meta(index());
-    IndexUpdater updater(index(), reader(), log_);
     const HistoryMark beginning{store_.historyID(), store_.lastTransactionNumber()};
     index().batch([&] {
         index().makeAfresh();
@@ -234,24 +238,7 @@ SearchCoordinator::Outcome SearchCoordinator::fill(const SearchWork& work) {
     });
     FAIL_POINT("rebuild.cleared");
 
-    const std::vector<DocumentKey> keys = reader().allKeys();
-    std::future<void> writing;
-    for (std::size_t done = 0; done < keys.size();) {
-        if (work.stop.stop_requested()) return Outcome::stopped;
-        const std::size_t count = std::min(IndexUpdater::batchSize, keys.size() - done);
-        std::vector<IndexDocument> documents;
-        for (const DocumentKey& key : std::span(keys).subspan(done, count)) {
-            if (auto document = reader().document(key)) documents.push_back(std::move(*document));
-        }
-        if (writing.valid()) writing.get();
-        writing = std::async(std::launch::async, [&updater, documents = std::move(documents)] {
-            updater.write(documents);
-        });
-        done += count;
-        FAIL_POINT("rebuild.batch");
-        if (work.progress) work.progress(done, keys.size());
-    }
-    if (writing.valid()) writing.get();
+    if (!writeEverything(index(), reader(), log_, work)) return Outcome::stopped;
     index().batch([&] {
         index().replaceTagTree(reader().tagTree());
         meta.endRebuild(setting_.clock.now());

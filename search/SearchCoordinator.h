@@ -6,11 +6,11 @@
 #include "base/SerialQueue.h"
 #include "search/DocumentReader.h"
 #include "search/IndexCoverage.h"
+#include "search/IndexRebuild.h"
 #include "search/SearchIndex.h"
 
 #include <atomic>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -23,13 +23,6 @@ namespace tesserine {
 class RemoteChangeObserver;
 class StoreContext;
 class TesserineStore;
-
-/// What a long piece of work reports to and is stopped by, between two batches.
-struct SearchWork {
-    std::stop_token stop{};
-    /// Documents done and all there are; called on a queue of the coordinator.
-    std::function<void(std::size_t done, std::size_t total)> progress{};
-};
 
 /// Keeps the search index of a library true by itself.
 ///
@@ -109,6 +102,7 @@ private:
     Outcome repairHere(Care care, const SearchWork& work);
     Outcome rebuildHere(const SearchWork& work);
     Outcome fill(const SearchWork& work);
+    bool followToTheEnd();
     bool canFollow() const;
     void follow();
     void keepHistory(std::int64_t number);

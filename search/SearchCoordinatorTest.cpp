@@ -181,7 +181,7 @@ TEST_F(Coordinator, RebuildsWithProgressUntilItIsStopped) {
     EXPECT_EQ(progress, "200/450 400/450 ");
     EXPECT_EQ(
         coordinator->coverage().summary("en_US"),
-        "400 of 450 notes, 0 of 0 tasks, 80 of 90 attachments with text indexed — 50 missing, a "
+        "0 of 450 notes, 0 of 0 tasks, 0 of 90 attachments with text indexed — 450 missing, a "
         "rebuild was interrupted");
 
     clock.advance(Instant::Duration(60));
