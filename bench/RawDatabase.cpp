@@ -86,13 +86,16 @@ void RawDatabase::Close::operator()(sqlite3* connection) const noexcept {
     sqlite3_close_v2(connection);
 }
 
-RawDatabase::RawDatabase(const std::filesystem::path& file) {
+RawDatabase::RawDatabase(const std::filesystem::path& file, Settings settings) {
     sqlite3* opened = nullptr;
     const int code = sqlite3_open(file.c_str(), &opened);
     connection_.reset(opened);
     require(code == SQLITE_OK, opened);
-    execute("PRAGMA page_size = 8192; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; "
-            "PRAGMA cache_size = -65536;");
+    execute(
+        settings == Settings::library
+            ? "PRAGMA page_size = 8192; PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; "
+              "PRAGMA cache_size = -65536;"
+            : "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;");
 }
 
 void RawDatabase::execute(const std::string& sql) {

@@ -41,12 +41,15 @@ private:
     std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
 };
 
-/// SQLite as it comes: the limit that our own store is measured against. Page size, journal,
-/// synchronous mode and cache are the library's; all else is SQLite's default. Failures throw
+/// SQLite as it comes: the limit that our own store and index are measured against. Failures throw
 /// `std::runtime_error` in SQLite's words.
 class RawDatabase {
 public:
-    explicit RawDatabase(const std::filesystem::path& file);
+    enum class Settings {
+        library,   ///< page size, journal, synchronous mode and cache of the library
+        ordinary,  ///< SQLite's own, with a write-ahead log that is synced at checkpoints
+    };
+    explicit RawDatabase(const std::filesystem::path& file, Settings settings = Settings::library);
     void execute(const std::string& sql);
     RawStatement prepare(const std::string& sql);
 

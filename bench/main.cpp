@@ -1,4 +1,5 @@
 #include "bench/BodyJobs.h"
+#include "bench/IndexJobs.h"
 #include "bench/Measure.h"
 #include "bench/QueryJobs.h"
 #include "bench/RecurrenceJobs.h"
@@ -45,6 +46,11 @@ constexpr auto jobs = std::to_array<Job>({
     {"tasks",
      [](const Arguments& arguments) {
          return taskJobs(arguments.folder / "bench-tasks", arguments.noteCount, arguments.rounds);
+     }},
+    {"index",
+     [](const Arguments& arguments) {
+         return indexJobs(
+             arguments.folder / "bench-coordinator", arguments.noteCount, arguments.rounds);
      }},
     {"search",
      [](const Arguments& arguments) {
