@@ -141,6 +141,8 @@ TEST_F(TaskCommandsTest, EverythingOfATaskCanBeChangedAndTakenAway) {
          "TRAVEL"});
     EXPECT_EQ(value("dueDate") + value("dueHasTime"), "2026-04-01T00:00:00.000Zfalse");
     EXPECT_EQ(value("reminderAt") + value("recurrenceRule") + value("labels"), "nullnull[]");
+    mustRun({"task", "edit", id, "--due", "2500-01-01"});  // beyond what sentences understand
+    EXPECT_EQ(value("dueDate"), "2500-01-01T00:00:00.000Z");
     mustRun({"task", "edit", id, "--due", "none"});
     EXPECT_EQ(value("dueDate"), "null");
 }

@@ -20,6 +20,9 @@ QuickAddResult parsed(Session& session, const std::string& typed) {
 
 std::optional<TaskDue> parseDue(Session& session, const std::string& typed) {
     if (typed == none) return std::nullopt;
+    if (const auto day = LocalTime::parseISO(typed + "T00:00")) {
+        return TaskDue{.date = session.calendar().instant(*day)};
+    }
     const QuickAddResult words = parsed(session, typed);
     const bool saysMore = std::ranges::any_of(words.recognisedTokens, [](const auto& token) {
         return token.kind != TokenKind::date && token.kind != TokenKind::time;
