@@ -28,6 +28,7 @@ std::vector<Command> allCommands() {
           taskTemplateCommands,
           calendarCommands,
           importCommands,
+          exportCommands,
           backupCommands,
           settingsCommands,
           dumpCommands,

@@ -7,6 +7,7 @@
 #include "core/export/IndexPage.h"
 #include "core/export/ManifestWriter.h"
 #include "core/export/MarkdownFile.h"
+#include "core/export/NoteFacts.h"
 #include "core/export/NotePage.h"
 #include "core/export/ReadMe.h"
 #include "core/export/TaskList.h"
@@ -22,7 +23,6 @@ namespace tesserine {
 namespace {
 
 constexpr std::string_view noteAddress = "tesserine://note/";
-constexpr std::string_view unfiled = "Unfiled";
 
 /// Keeps what a context reads as it is now, whatever others write meanwhile.
 class Snapshot {
@@ -88,9 +88,6 @@ private:
     void writePages(const CDNote& note, const std::string& path, std::vector<ListedFile> listed);
     void addToIndex(const CDNote& note, const NotePlan& plan);
     AddressMap addressesFor(const std::string& path, std::string_view extension) const;
-    std::vector<PageFact> factsOf(const CDNote& note) const;
-    std::string dateText(Instant instant) const;
-    std::vector<std::string> tagNames(const CDNote& note) const;
     void finish();
 
     const LibraryExporter::Environment& environment_;
@@ -268,7 +265,7 @@ void ExportRun::writePages(
     const std::string body = note.html.valueOr("");
     const NotePage page{
         .title = displayTitle(note.title.valueOr(""), note.plainText.valueOr("")),
-        .facts = factsOf(note),
+        .facts = factsOf(note, environment_.calendar, environment_.collator),
         .body = body,
         .files = std::move(listed)};
     folder_.write(path + ".html", htmlPage(page, addressesFor(path, ".html")));
@@ -282,7 +279,7 @@ void ExportRun::addToIndex(const CDNote& note, const NotePlan& plan) {
         {.title = displayTitle(note.title.valueOr(""), note.plainText.valueOr("")),
          .address = addressFrom("index.html", plan.path + ".html"),
          .date = environment_.calendar.longDate(note.updatedAt.valueOr(now_)),
-         .tags = tagNames(note)});
+         .tags = tagNames(note, environment_.collator)});
 }
 
 /// The addresses of a body as they are written in the note's file `path` with `extension`.
@@ -299,38 +296,6 @@ AddressMap ExportRun::addressesFor(const std::string& path, std::string_view ext
     };
 }
 
-std::vector<PageFact> ExportRun::factsOf(const CDNote& note) const {
-    std::vector<PageFact> facts;
-    const CDNotebook* const notebook = note.notebook;
-    facts.push_back({notebook == nullptr ? std::string(unfiled) : tree::pathText(*notebook)});
-    for (const std::string& tag : tagNames(note)) {
-        facts.push_back({tag});
-    }
-    if (note.createdAt) facts.push_back({"Created " + dateText(*note.createdAt)});
-    if (note.updatedAt) facts.push_back({"Updated " + dateText(*note.updatedAt)});
-    if (note.sourceURL) facts.push_back({*note.sourceURL, true});
-    if (note.trashedAt) facts.push_back({"In the trash"});
-    if (note.isPinned) facts.push_back({"Pinned"});
-    return facts;
-}
-
-/// "14 March 2026 at 10:15"
-std::string ExportRun::dateText(Instant instant) const {
-    const std::string time = environment_.calendar.local(instant).iso().substr(11, 5);
-    return environment_.calendar.longDate(instant) + " at " + time;
-}
-
-std::vector<std::string> ExportRun::tagNames(const CDNote& note) const {
-    std::vector<CDTag*> tags = note.tags.all();
-    tree::sortByName(tags, environment_.collator);
-    std::vector<std::string> names;
-    names.reserve(tags.size());
-    for (const CDTag* const tag : tags) {
-        names.push_back(tag->name.valueOr(""));
-    }
-    return names;
-}
-
 void ExportRun::finish() {
     manifest::Counts& counts = content_.counts;
     counts.notebooks = content_.notebooks.size();
@@ -344,7 +309,8 @@ void ExportRun::finish() {
     content_.exportedAt = now_;
     if (options_.includeTasks) folder_.write("tasks.md", taskList_);
     folder_.write("index.html", indexPage(index_));
-    folder_.write("README.txt", readMeOf(counts, dateText(now_), options_.appVersion));
+    folder_.write(
+        "README.txt", readMeOf(counts, dateText(now_, environment_.calendar), options_.appVersion));
     folder_.sync();
     manifest_.write(folder_.path() / "manifest.json", content_);
 }

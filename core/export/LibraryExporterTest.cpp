@@ -1,6 +1,9 @@
 #include "core/export/LibraryExporter.h"
 
+#include "base/Digest.h"
+#include "base/Files.h"
 #include "base/JSON.h"
+#include "core/export/ExportVerifier.h"
 #include "core/model/TaskEntities.h"
 #include "core/services/LibraryFixture.h"
 #include "tests/support/TemporaryFolder.h"
@@ -9,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 
 namespace tesserine {
@@ -227,6 +231,40 @@ TEST_F(LibraryExport, WarnsOfAFileWithoutBytes) {
     EXPECT_THAT(
         test::contentOf(summary.directory / "notes/Unfiled/Plan.html"),
         HasSubstr("<p><span class=\"ts-unsupported\">A</span></p>"));
+}
+
+TEST_F(LibraryExport, IsVerifiedFileByFile) {
+    CDNote& note = insertNote("Plan");
+    const std::string link = "<a href=\"tesserine://note/" + note.id->text() + "\">x</a>";
+    insertNote("Link", "<p>" + link + " <a href=\"https://e.org\">y</a></p>");
+    insertFile(note, "a.txt", "bytes").sha256 =
+        sha256Hex(std::array<std::uint8_t, 5>{'b', 'y', 't', 'e', 's'});
+    const fs::path directory = exported().directory;
+    const ExportVerification whole = verifyExport(directory);
+    EXPECT_THAT(whole.problems, testing::IsEmpty());
+    EXPECT_EQ(whole.notes, 2U);
+    EXPECT_EQ(whole.files, 7U);
+
+    fs::remove(directory / "notes/Unfiled/Plan.html");
+    std::string manifest = test::contentOf(directory / "manifest.json");
+    const auto change = [&manifest](std::string_view from, std::string_view to) {
+        manifest.replace(manifest.find(from), from.size(), to);
+    };
+    change("\"attachmentBytes\":5", "\"attachmentBytes\":6");
+    change("notes/Unfiled/Link.md", "../../../etc/passwd");
+    test::putContent(directory / "manifest.json", manifest);
+    EXPECT_THAT(
+        verifyExport(directory).problems,
+        ElementsAre(
+            "“notes/Unfiled/Link.html” leads to “notes/Unfiled/Plan.html”, which is missing.",
+            "“../../../etc/passwd” is no file of this folder.",
+            HasSubstr("Plan.html” could not be read"),
+            "“index.html” leads to “notes/Unfiled/Plan.html”, which is missing.",
+            "“manifest.json” counts 6 as attachmentBytes where there are 5."));
+
+    test::putContent(directory / "manifest.json", "{");
+    EXPECT_EQ(verifyExport(directory).problems.size(), 1U);
+    EXPECT_THROW(verifyExport(directory / "notes"), FileError);
 }
 
 TEST_F(LibraryExport, ThatIsNotWholeHasNoManifest) {

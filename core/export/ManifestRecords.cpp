@@ -1,6 +1,7 @@
 #include "core/export/ManifestRecords.h"
 
 #include "base/JSON.h"
+#include "core/export/NoteFacts.h"
 #include "core/services/Tree.h"
 #include "core/tasks/TaskSnapshot.h"
 #include "core/tasks/TaskTemplateContent.h"
@@ -42,16 +43,6 @@ value identifier(const Attribute<Uuid>& id) { return valueOf(id.valueOr(Uuid()))
 template <class Entity>
 std::optional<Uuid> idOf(const Entity* object) {
     return object == nullptr ? std::nullopt : object->id.get();
-}
-
-value tagNames(const CDNote& note, const text::Collator& collator) {
-    std::vector<CDTag*> tags = note.tags.all();
-    tree::sortByName(tags, collator);
-    array names;
-    for (const CDTag* tag : tags) {
-        names.push_back(valueOf(tag->name.valueOr("")));
-    }
-    return names;
 }
 
 /// What an import left over: an object of texts, or nothing that can be read.
@@ -112,7 +103,7 @@ object record(const CDNote& note, NoteFiles files, const text::Collator& collato
         {"updatedAt", valueOf(updated)}};
     add(record, "notebookID", idOf(notebook));
     record["notebookPath"] = notebook == nullptr ? "" : tree::pathText(*notebook);
-    record["tags"] = tagNames(note, collator);
+    record["tags"] = texts(tagNames(note, collator));
     record["isPinned"] = note.isPinned.valueOr(false);
     record["isTemplate"] = note.isTemplate.valueOr(false);
     add(record, "reminderAt", note.reminderAt.get());

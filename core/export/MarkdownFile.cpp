@@ -4,10 +4,11 @@
 #include "core/body/PlainText.h"
 #include "core/export/MarkdownEscapes.h"
 #include "core/export/MarkdownRenderer.h"
+#include "core/export/NoteFacts.h"
 #include "core/services/Tree.h"
 
 #include <algorithm>
-#include <vector>
+#include <optional>
 
 namespace tesserine {
 namespace {
@@ -29,11 +30,9 @@ private:
 };
 
 std::string tagList(const CDNote& note, const text::Collator& collator) {
-    std::vector<CDTag*> tags = note.tags.all();
-    tree::sortByName(tags, collator);
     std::string list;
-    for (const CDTag* tag : tags) {
-        list += (list.empty() ? "" : ", ") + json::quoted(tag->name.valueOr(""));
+    for (const std::string& name : tagNames(note, collator)) {
+        list += (list.empty() ? "" : ", ") + json::quoted(name);
     }
     return "[" + list + "]";
 }

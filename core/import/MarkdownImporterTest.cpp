@@ -96,10 +96,12 @@ TEST_F(MarkdownImporterTest, TitleIsTheHeadingOrTheNameOfTheFile) {
     put("a.md", "intro\n\n# First &amp; *only*\n\n# Second");
     put("Some name.md", "## Not this");
     put("empty.md", "");
+    put("twice.md", "---\ntitle: Twice\n---\n\n# Twice\n\ntext");
     run();
     EXPECT_EQ(body("First & only"), "<p>intro</p><h1>Second</h1>");
     EXPECT_EQ(body("Some name"), "<h2>Not this</h2>");
     EXPECT_EQ(body("empty"), "");
+    EXPECT_EQ(body("Twice"), "<p>text</p>");
 }
 
 TEST_F(MarkdownImporterTest, DatesComeFromTheFileWhenItSaysNone) {

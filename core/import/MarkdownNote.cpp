@@ -70,6 +70,10 @@ std::string headingText(const MarkdownHTML& markdown) {
 void takeTitle(MarkdownNote& note, MarkdownHTML& markdown, const SourceFile& file) {
     if (note.properties.title) {
         note.title = *note.properties.title;
+        // Many programs write the title twice, as the first line again.
+        const bool isRepeated = markdown.hasHeading() && markdown.headingBegin == 0
+                                && headingText(markdown) == text::trimmed(note.title);
+        if (isRepeated) markdown.removeHeading();
         return;
     }
     if (markdown.hasHeading()) note.title = headingText(markdown);
