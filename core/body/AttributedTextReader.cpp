@@ -34,18 +34,6 @@ Kind kindOfList(const HTMLNode& list) {
     return list.attribute("class") == "ts-checklist" ? Kind::checklist : Kind::bullet;
 }
 
-OwnedAttribute owned(const HTMLAttribute& attribute) {
-    return {std::string(attribute.name), std::string(attribute.value)};
-}
-
-OwnedAttributes attributesOf(const HTMLNode& node) {
-    OwnedAttributes attributes;
-    for (const HTMLAttribute& attribute : node.attributes()) {
-        attributes.push_back(owned(attribute));
-    }
-    return attributes;
-}
-
 /// Those of a paragraph's own element.
 void takeAttributes(const HTMLNode& node, Paragraph& paragraph) {
     for (const HTMLAttribute& attribute : node.attributes()) {
@@ -165,7 +153,7 @@ AttributedText BlockReader::read() {
 }
 
 void BlockReader::enter(const HTMLNode& container) {
-    text_.containers.push_back({.parent = container_, .attributes = attributesOf(container)});
+    text_.containers.push_back({.parent = container_, .attributes = owned(container.attributes())});
     container_ = static_cast<std::uint32_t>(text_.containers.size());
 }
 
@@ -226,14 +214,15 @@ bool BlockReader::readCode(const HTMLNode& node) {
     }
     Paragraph line{
         .style = BlockStyle{Kind::codeBlock}, .holder = isInCode ? Holder::code : Holder::usual};
-    if (isInCode) line.attributes = attributesOf(lines);
-    line.frameAttributes = attributesOf(node);
+    if (isInCode) line.attributes = owned(lines.attributes());
+    line.frameAttributes = owned(node.attributes());
     splitLines(std::move(line));
     return true;
 }
 
 /// Makes a paragraph of each line that was read.
 void BlockReader::splitLines(Paragraph line) {
+    line.container = container_;
     std::size_t end = text_.text.find(u'\n', paragraphStart_);
     for (; end != std::u16string::npos; end = text_.text.find(u'\n', paragraphStart_)) {
         line.length = end + 1 - paragraphStart_;
@@ -300,7 +289,7 @@ bool BlockReader::readQuote(const HTMLNode& node) {
     for (std::size_t i = first; i < text_.paragraphs.size(); ++i) {
         text_.paragraphs[i].style = BlockStyle{Kind::quote};
     }
-    text_.paragraphs[first].frameAttributes = attributesOf(node);
+    text_.paragraphs[first].frameAttributes = owned(node.attributes());
     return true;
 }
 

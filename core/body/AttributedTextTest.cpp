@@ -95,6 +95,7 @@ TEST(AttributedText, ShowsEveryBlockAsWhatItIs) {
              Case{
                  "<div><div>a</div><div><ul><li>b</li></ul></div></div><ul><li>c</li></ul>",
                  "p: a\nbullet: b\nbullet: c\n"},
+             Case{"<div><pre>a\nb</pre></div>", "code: a\ncode: b\n"},
              // What no editor changes.
              Case{
                  "<div class=\"ts-encrypted\" data-ts-cipher=\"QQ==\">🔒 Encrypted text</div>",

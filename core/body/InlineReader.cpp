@@ -109,10 +109,7 @@ void InlineReader::addObject(std::string html) {
 }
 
 InlineMark InlineReader::markFor(const HTMLNode& element) const {
-    InlineMark mark{.element = element.element()};
-    for (const HTMLAttribute& attribute : element.attributes()) {
-        mark.attributes.push_back({std::string(attribute.name), std::string(attribute.value)});
-    }
+    InlineMark mark{.element = element.element(), .attributes = owned(element.attributes())};
     if (!continuesLastRun()) return mark;
     const auto& before = target_.runs.back().style.marks;
     const std::size_t depth = marks_.size();

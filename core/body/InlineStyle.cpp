@@ -33,6 +33,19 @@ std::string_view innermostDeclared(const InlineStyle& style, std::string_view na
 
 }  // namespace
 
+OwnedAttribute owned(const HTMLAttribute& attribute) {
+    return {std::string(attribute.name), std::string(attribute.value)};
+}
+
+OwnedAttributes owned(std::span<const HTMLAttribute> attributes) {
+    OwnedAttributes all;
+    all.reserve(attributes.size());
+    for (const HTMLAttribute& attribute : attributes) {
+        all.push_back(owned(attribute));
+    }
+    return all;
+}
+
 bool InlineStyle::has(HTMLElement element) const {
     return std::ranges::find(marks, element, &InlineMark::element) != marks.end();
 }

@@ -20,6 +20,9 @@ struct OwnedAttribute {
 };
 using OwnedAttributes = std::vector<OwnedAttribute>;
 
+OwnedAttribute owned(const HTMLAttribute& attribute);
+OwnedAttributes owned(std::span<const HTMLAttribute> attributes);
+
 /// One element around a stretch of text: strong, em, u, s, code, mark, sub, sup, span or a.
 struct InlineMark {
     HTMLElement element = HTMLElement::span;
