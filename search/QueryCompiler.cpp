@@ -247,10 +247,18 @@ std::optional<std::string> QueryCompiler::keyed(const QueryNode& node, const Col
             any.push_back(match::phrase(key));
         }
     }
-    if (!any.empty()) return match::in(columns.keys, match::anyOf(any));
-    const std::string sentence = "“" + node.typed + "” holds no number, so it was left out.";
+    using Comparison = QueryFilter::Comparison;
+    const Comparison comparison = node.filter.comparison;
+    const bool isCompared = comparison != Comparison::none && comparison != Comparison::equal;
+    if (isCompared) hint("Amounts and account numbers can only be looked for exactly.");
+    if (any.empty()) hint("“" + node.typed + "” holds no number, so it was left out.");
+    if (any.empty()) return std::nullopt;
+    return match::in(columns.keys, match::anyOf(any));
+}
+
+/// A query is compiled for documents and for attachments: each sentence is said once.
+void QueryCompiler::hint(const std::string& sentence) {
     if (std::ranges::find(hints_, sentence) == hints_.end()) hints_.push_back(sentence);
-    return std::nullopt;
 }
 
 }  // namespace tesserine

@@ -61,6 +61,7 @@ private:
     std::vector<std::string> variants(const QueryText& word);
     Expression looked(const QueryFilter& filter, const Columns& columns);
     Expression keyed(const QueryNode& node, const Columns& columns);
+    void hint(const std::string& sentence);
 
     QueryConditions::Setting setting_;
     const SearchSynonyms& synonyms_;

@@ -214,6 +214,9 @@ TEST_F(QueryCompilerTest, StatesConditions) {
 }
 
 TEST_F(QueryCompilerTest, SaysWhatItCannotUnderstand) {
+    EXPECT_THAT(
+        compiled("amount:>9.90").hints,
+        testing::ElementsAre("Amounts and account numbers can only be looked for exactly."));
     for (const auto& [query, hint] : {
              Case{"created:soon a", "“soon” is no date, so it was left out."},
              Case{"is:nice a", "“is:” knows nothing called “nice”, so it was left out."},

@@ -25,8 +25,8 @@ struct SearchSuggestions::Typing {
         const auto isSame = [&](const SearchSuggestion& known) {
             return known.replacement == suggestion.replacement;
         };
-        if (!isFull() && std::ranges::none_of(found, isSame))
-            found.push_back(std::move(suggestion));
+        if (isFull() || std::ranges::any_of(found, isSame)) return;
+        found.push_back(std::move(suggestion));
     }
 };
 
