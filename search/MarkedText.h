@@ -15,7 +15,8 @@ bool hasMark(std::string_view text);
 /// `text` with every place where one of `parts` stands marked, ignoring the case of ASCII letters.
 std::string mark(std::string_view text, std::span<const std::string> parts);
 
-/// `wordLimit` words around the first mark, or from the beginning without one, with "…" where something is missing.
+/// `wordLimit` words around the first mark, or from the beginning without one, with "…" where
+/// something is missing.
 std::string excerpt(std::string_view text, std::size_t wordLimit);
 
 /// Hands `text` over piece by piece, without the markers.
