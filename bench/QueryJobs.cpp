@@ -185,7 +185,7 @@ std::vector<Row> queryJobs(
     const SystemClock clock;
     const Calendar calendar("UTC");
     SearchEngine engine({.index = index, .clock = clock, .calendar = calendar});
-    RawDatabase raw(index.file());
+    RawDatabase raw(index.file(), RawDatabase::Settings::ordinary);
     std::vector<Row> rows;
     for (const Job& job : jobsFor(index, generator)) {
         rows.push_back(measure(job, engine, raw, clock.now(), rounds));
