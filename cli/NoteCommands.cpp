@@ -1,10 +1,13 @@
 #include "cli/BodyInput.h"
 #include "cli/CommandError.h"
+#include "cli/DisplayText.h"
 #include "cli/Names.h"
 #include "cli/NoteEditor.h"
 #include "cli/NoteMarkdown.h"
 #include "cli/Presentation.h"
 #include "cli/Session.h"
+#include "core/body/AttributedTextReader.h"
+#include "core/body/NoteOutline.h"
 
 #include <algorithm>
 
@@ -108,14 +111,25 @@ ExitStatus listNotes(Session& session, const Arguments& arguments) {
     return ExitStatus::done;
 }
 
+/// The headings of a body, each as far in as its level says.
+std::string outlineOf(const std::string& html) {
+    std::string lines;
+    for (const OutlineEntry& entry : NoteOutline::entries(attributedText(html))) {
+        const auto indent = 2 * static_cast<std::size_t>(entry.level - 1);
+        lines += std::string(indent, ' ') + oneLine(entry.text) + "\n";
+    }
+    return lines;
+}
+
 std::string bodyAs(std::string_view form, const CDNote& note) {
     if (form == "html") return note.html.valueOr("");
     if (form == "markdown") return markdownOfNote(note.html.valueOr("")).text;
+    if (form == "outline") return outlineOf(note.html.valueOr(""));
     return note.plainText.valueOr("");
 }
 
 ExitStatus showOneNote(Session& session, const Arguments& arguments) {
-    const std::string_view form = arguments.oneOf({"html", "text", "markdown"});
+    const std::string_view form = arguments.oneOf({"html", "text", "markdown", "outline"});
     CDNote& note = resolveNote(session, arguments.word(0));
     if (session.output().isJSON() || form.empty()) {
         showNote(session, note);
@@ -229,7 +243,8 @@ std::vector<Command> noteCommands() {
          .options =
              {{.name = "html", .summary = "Only its body, as HTML"},
               {.name = "text", .summary = "Only its body, as plain text"},
-              {.name = "markdown", .summary = "Only its body, as Markdown"}},
+              {.name = "markdown", .summary = "Only its body, as Markdown"},
+              {.name = "outline", .summary = "Only its headings"}},
          .example = "tesserine note show Plan --text",
          .run = showOneNote},
         editCommand()};

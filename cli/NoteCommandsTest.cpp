@@ -222,6 +222,13 @@ TEST_F(NoteCommands, TheEditorGetsTheBodyAndLosesNobodysWork) {
     EXPECT_EQ(mustRun({"note", "show", id, "--html"}).output, "<p>theirs</p>\n");
 }
 
+TEST_F(NoteCommands, OutlineIsTheHeadings) {
+    const auto body = folder_ / "body.md";
+    test::putContent(body, "# One\n\ntext\n\n### Two *three*\n\n# Four\n");
+    const std::string id = addNote("Plan", {"--markdown", body.string()});
+    EXPECT_EQ(mustRun({"note", "show", id, "--outline"}).output, "One\n    Two three\nFour\n");
+}
+
 TEST_F(NoteCommands, TheEditorGetsHTMLWhereMarkdownWouldLoseSomething) {
     const auto body = folder_ / "body.html";
     test::putContent(body, "in no paragraph");

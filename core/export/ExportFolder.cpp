@@ -87,6 +87,12 @@ void ExportFolder::write(const std::string& path, const Bytes& bytes) {
 void ExportFolder::sync() const { files::syncFileSystem(path_); }
 
 std::string addressFrom(std::string_view from, std::string_view path) {
+    // The folders that both stand in say nothing.
+    for (std::size_t end = from.find('/'); end != std::string_view::npos; end = from.find('/')) {
+        if (from.substr(0, end + 1) != path.substr(0, end + 1)) break;
+        from.remove_prefix(end + 1);
+        path.remove_prefix(end + 1);
+    }
     std::string address;
     for (auto depth = std::ranges::count(from, '/'); depth > 0; --depth) {
         address += "../";

@@ -1,5 +1,6 @@
 #include "core/export/InlineMarkdown.h"
 
+#include "base/Text.h"
 #include "base/UTF8.h"
 #include "core/export/BodyHTML.h"
 
@@ -156,11 +157,11 @@ void InlineMarkdown::addCode(const HTMLNode& node) {
 
 void InlineMarkdown::addLink(const HTMLNode& node) {
     const auto href = node.attribute("href");
-    const auto title = node.attribute("title");
-    const std::size_t known = (href ? 1U : 0U) + (title ? 1U : 0U);
-    if (!href || node.attributes().size() > known) return addTagged(node);
+    if (!href) return addTagged(node);
     const std::string address = options_.addressOf ? options_.addressOf(*href) : std::string(*href);
     if (address.empty()) return addChildren(node);
+    const auto title = node.attribute("title");
+    if (node.attributes().size() > (title ? 2U : 1U)) return addTagged(node);
     if (!title && holdsTextOnly(node) && textOf(node) == address && isAutolink(address)) {
         return addVerbatim("<" + address + ">");
     }
@@ -180,16 +181,20 @@ void InlineMarkdown::addFile(const HTMLNode& node, std::string_view attachment) 
 }
 
 void InlineMarkdown::addImage(const HTMLNode& node) {
+    const std::string source(node.attribute("src").value_or(""));
+    const std::string_view text = node.attribute("alt").value_or("");
+    const std::string address = options_.addressOf ? options_.addressOf(source) : source;
+    if (address.empty()) {
+        addVerbatim("<span class=\"ts-unsupported\">");
+        texts_.back() += text::isBlank(text) ? "Image" : text;
+        return addVerbatim("</span>");
+    }
     const bool hasMore = std::ranges::any_of(node.attributes(), [](const HTMLAttribute& attribute) {
         return attribute.name != "src" && attribute.name != "alt" && attribute.name != "title";
     });
     if (hasMore && options_.readBack) return addTagged(node);
-    const std::string source(node.attribute("src").value_or(""));
     std::string alternative;
-    appendEscaped(
-        alternative, node.attribute("alt").value_or(""), {.isCell = isCell(), .hasTildes = true});
-    const std::string address = options_.addressOf ? options_.addressOf(source) : source;
-    if (address.empty()) return addVerbatim(htmlOf(node, options_.addressOf));
+    appendEscaped(alternative, text, {.isCell = isCell(), .hasTildes = true});
     addVerbatim(
         "![" + onOneLine(alternative) + "]"
         + destination(address, node.attribute("title").value_or(""), isCell()));

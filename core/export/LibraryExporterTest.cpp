@@ -115,7 +115,7 @@ TEST_F(LibraryExport, ShowsTheLibraryInFilesThatNeedNoProgram) {
         page,
         HasSubstr("<p class=\"ts-meta\">Work / Q1/Q2 · urgent · Created 14 March 2026 at 10:00 · "
                   "Updated 14 March 2026 at 10:00 · Pinned</p>"));
-    EXPECT_THAT(page, HasSubstr("<a href=\"../../../notes/Unfiled/Untitled.html\">other</a>"));
+    EXPECT_THAT(page, HasSubstr("<a href=\"../../Unfiled/Untitled.html\">other</a>"));
     EXPECT_THAT(page, HasSubstr("<span class=\"ts-unsupported\">gone</span>"));
     EXPECT_THAT(page, HasSubstr("<a href=\"../../../attachments/a%20b.txt\">a b.txt</a></div>"));
     EXPECT_THAT(page, HasSubstr("<span class=\"ts-size\">5 bytes</span>"));
@@ -126,7 +126,7 @@ TEST_F(LibraryExport, ShowsTheLibraryInFilesThatNeedNoProgram) {
         "---\ntitle: \"Plan\"\nid: \"" + planID
             + "\"\ncreated: 2026-03-14T09:00:00.000Z\nupdated: 2026-03-14T09:00:00.000Z\n"
               "tags: [\"urgent\"]\nnotebook: \"Work / Q1/Q2\"\npinned: true\n---\n\n# Plan\n\n"
-              "## Head\n\n[other](../../../notes/Unfiled/Untitled.md) gone\n\n"
+              "## Head\n\n[other](../../Unfiled/Untitled.md) gone\n\n"
               "[a b.txt](../../../attachments/a%20b.txt)\n");
     EXPECT_THAT(
         test::contentOf(summary.directory / "index.html"),

@@ -138,6 +138,15 @@ TEST(MarkdownRenderer, WritesLinksPicturesAndFiles) {
         "<dl><dd><a href=\"files/note/F\">g</a></dd></dl>\n");
 }
 
+TEST(MarkdownRenderer, LeavesOutAddressesThatLeadNowhere) {
+    EXPECT_EQ(
+        markdownOf(
+            "<a href=\"tesserine://note/A\" lang=\"en\">b</a> <img src=\"c\" alt=\"d\">"
+            "<div data-ts-attachment=\"E\">f.pdf</div>",
+            {.addressOf = [](std::string_view) { return std::string(); }}),
+        "b <span class=\"ts-unsupported\">d</span>\n\nf.pdf\n");
+}
+
 TEST(MarkdownRenderer, AsksTheReaderWhatWouldBeLost) {
     std::string asked;
     const MarkdownOptions options{.readBack = [&](const std::string& markdown) {

@@ -4,7 +4,7 @@
 #include "core/body/HTMLNode.h"
 #include "core/body/HTMLSerializer.h"
 #include "core/export/BodyHTML.h"
-#include "core/export/NoteLook.h"
+#include "core/export/PageStyle.h"
 
 #include <array>
 
