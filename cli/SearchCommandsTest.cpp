@@ -93,6 +93,22 @@ TEST_F(SearchCommands, SuggestHowAQueryMayGoOn) {
         R"({"kind":"recent","title":"tag:home rent","replacement":"tag:home rent","detail":""}])");
 }
 
+TEST_F(SearchCommands, FindWordsForEachOther) {
+    addNote("Rent", {"--text", "the bill of March"});
+    addNote("Hotel", {"--text", "a credit note"});
+    EXPECT_EQ(found("invoice"), "");
+    const std::string groups = "invoice, bill, credit note; car, auto";
+    mustRun({"settings", "set", "search.synonyms", " invoice,bill , credit note;car,auto;x"});
+    EXPECT_EQ(mustRun({"settings", "get", "search.synonyms"}).output, groups + "\n");
+    EXPECT_EQ(found("invoice sort:oldest"), "Rent, Hotel");
+    EXPECT_TRUE(mustRun({"search", "--explain", "invoice"})
+                    .output.starts_with("Notes and tasks containing invoice (and bill and credit "
+                                        "note, your synonyms).\n"));
+    EXPECT_EQ(run({"settings", "set", "search.synonyms", "alone"}).status, ExitStatus::failed);
+    mustRun({"settings", "reset", "search.synonyms"});
+    EXPECT_EQ(found("invoice"), "");
+}
+
 TEST_F(SearchCommands, RunSavedSearches) {
     addNote("Rent", {"--tag", "home"});
     mustRun({"saved-search", "add", "Mine", "tag:home"});

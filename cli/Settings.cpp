@@ -1,6 +1,7 @@
 #include "cli/Settings.h"
 
 #include "core/services/TrashRetention.h"
+#include "search/SearchSynonyms.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +13,7 @@ namespace {
 constexpr std::string_view prefix = "tesserine.";
 constexpr std::string_view firstWeekdayKey = "tesserine.firstWeekday";
 
-constexpr std::array<Setting, 2> table{{
+constexpr std::array<Setting, 3> table{{
     {.key = TrashRetention::daysKey,
      .type = Setting::Type::integer,
      .least = 0,
@@ -25,6 +26,10 @@ constexpr std::array<Setting, 2> table{{
      .most = 7,
      .fallback = "that of the language",
      .summary = "The first day of the week, from 1 (Sunday) to 7 (Saturday)"},
+    {.key = SearchSynonyms::preferenceKey,
+     .type = Setting::Type::synonyms,
+     .fallback = "none",
+     .summary = "Words that are found for each other, as “invoice, bill; car, auto”"},
 }};
 
 }  // namespace

@@ -12,7 +12,11 @@ namespace tesserine::cli {
 
 /// A preference that people may see and change.
 struct Setting {
-    enum class Type { integer, boolean };
+    enum class Type {
+        integer,
+        boolean,
+        synonyms,  ///< groups of words between semicolons, the words between commas
+    };
     std::string_view key;
     Type type = Type::integer;
     std::int64_t least = 0;  ///< of an integer

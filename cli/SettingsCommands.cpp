@@ -1,10 +1,12 @@
 #include "cli/CommandError.h"
 #include "cli/Session.h"
 #include "cli/Settings.h"
+#include "search/SearchSynonyms.h"
 
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
+#include <algorithm>
 #include <charconv>
 
 namespace tesserine::cli {
@@ -16,6 +18,25 @@ const Setting& settingNamed(const std::string& key) {
     throw CommandError::unknownSetting(key);
 }
 
+/// "invoice, bill; car, auto"
+std::string synonymsOnOneLine(const Preferences& preferences) {
+    std::string line;
+    for (const char c : SearchSynonyms::load(preferences).lines()) {
+        line += c == '\n' ? std::string("; ") : std::string(1, c);
+    }
+    return line.substr(0, line.rfind(';'));
+}
+
+void setSynonyms(Preferences& preferences, const Setting& setting, std::string typed) {
+    std::ranges::replace(typed, ';', '\n');
+    const SearchSynonyms synonyms = SearchSynonyms::fromLines(typed);
+    if (synonyms.groups.empty()) {
+        throw CommandError::badSettingValue(
+            std::string(setting.key), "groups of words such as “invoice, bill; car, auto”");
+    }
+    synonyms.save(preferences);
+}
+
 /// The value as JSON; null while it is not set, or holds something of another type.
 boost::json::value valueOf(const Preferences& preferences, const Setting& setting) {
     switch (setting.type) {
@@ -25,12 +46,17 @@ boost::json::value valueOf(const Preferences& preferences, const Setting& settin
     case Setting::Type::boolean:
         if (const auto flag = preferences.boolean(setting.key)) return *flag;
         return nullptr;
+    case Setting::Type::synonyms: {
+        const std::string groups = synonymsOnOneLine(preferences);
+        return groups.empty() ? boost::json::value(nullptr) : boost::json::value(groups);
+    }
     }
     return nullptr;
 }
 
 std::string textOf(const boost::json::value& value, const Setting& setting) {
     if (value.is_null()) return "(" + std::string(setting.fallback) + ")";
+    if (value.is_string()) return std::string(value.as_string());
     if (value.is_bool()) return value.as_bool() ? "yes" : "no";
     return std::to_string(value.as_int64());
 }
@@ -108,6 +134,9 @@ ExitStatus setSetting(Session& session, const Arguments& arguments) {
         break;
     case Setting::Type::boolean:
         setBoolean(session.preferences(), setting, arguments.word(1));
+        break;
+    case Setting::Type::synonyms:
+        setSynonyms(session.preferences(), setting, arguments.word(1));
         break;
     }
     return answerSetting(session, setting);
