@@ -122,6 +122,7 @@ std::vector<Row> sentenceJobs(std::size_t rounds) {
     const QuickAddParser parser(now, calendar);
     const BarePatterns patterns;
     std::vector<icu::UnicodeString> prepared;
+    prepared.reserve(sentences.size());
     for (const std::string_view sentence : sentences) {
         prepared.push_back(icu::UnicodeString::fromUTF8(std::string(sentence)));
     }
