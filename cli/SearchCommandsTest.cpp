@@ -116,6 +116,19 @@ TEST_F(SearchCommands, RunSavedSearches) {
     ASSERT_EQ(response.at("results").as_array().size(), 1U);
 }
 
+TEST_F(SearchCommands, SearchesOfEarlierBuildsAreBroughtOver) {
+    std::filesystem::create_directories(folder_ / "config" / "Tesserine");
+    test::putContent(
+        folder_ / "config" / "Tesserine" / "preferences.json",
+        R"({"tesserine.search.legacySaved": [{"name": "Old", "query": "intitle:rent"}]})");
+    addNote("Rent");
+    const auto response = mustRun({"saved-search", "run", "Old", "--json"}).json();
+    EXPECT_EQ(response.at("results").as_array().size(), 1U);
+    EXPECT_EQ(shown(response.at("explanation")), "Notes and tasks with **rent** in the title.");
+    addNote("Other");
+    EXPECT_EQ(mustRun({"saved-search", "list", "--json"}).json().as_array().size(), 1U);
+}
+
 TEST_F(SearchCommands, AnswerInsideABatch) {
     const std::string answers = mustRun(
                                     {"batch"},
