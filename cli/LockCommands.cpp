@@ -184,10 +184,11 @@ ExitStatus removeLocks(Session& session, CDNote& note, const std::vector<Opened>
         return ExitStatus::failed;
     }
     std::size_t count = 0;
-    for (auto passage = passages.rbegin(); passage != passages.rend(); ++passage) {
-        if (passage->text() == nullptr) continue;
-        passagesOf(session).removeLock(
-            session.context(), note, passage->index, passage->text()->text());
+    // From the last to the first: the places of those before stay what they are.
+    for (std::size_t i = passages.size(); i-- > 0;) {
+        const SecretBytes* const text = passages[i].text();
+        if (text == nullptr) continue;
+        passagesOf(session).removeLock(session.context(), note, passages[i].index, text->text());
         ++count;
     }
     session.context().save();

@@ -115,7 +115,7 @@ const std::array<BlockWriter::Rule, 10> BlockWriter::rules{
     Rule{Kind::divider, &BlockWriter::writeDivider}};
 
 void BlockWriter::writeBlock() {
-    const auto rule = std::ranges::find(rules, kindOf(current()), &Rule::kind);
+    const auto* const rule = std::ranges::find(rules, kindOf(current()), &Rule::kind);
     (this->*rule->write)();
 }
 

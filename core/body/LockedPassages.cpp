@@ -9,7 +9,7 @@ namespace tesserine {
 namespace {
 
 // A canonical body holds "<" only where a tag begins, and such a block only in this form.
-constexpr std::string_view opening = "<div class=\"ts-encrypted\" data-ts-cipher=\"";
+constexpr std::string_view opening = R"(<div class="ts-encrypted" data-ts-cipher=")";
 constexpr std::string_view behindBlob = "\">";
 constexpr std::string_view closing = "</div>";
 

@@ -18,21 +18,21 @@ namespace {
 class PassageServiceTest : public test::LibraryFixture {
 protected:
     CDNote& noteWith(const std::string& html) {
-        return notes.createNote(context, {.title = "Plan", .html = html});
+        return notes_.createNote(context, {.title = "Plan", .html = html});
     }
     /// Changes the body an hour after the last change, which keeps the present one as a revision.
     void edit(CDNote& note, const std::string& html) {
         advance(std::chrono::hours(1));
-        notes.updateNote(context, note, {.html = html});
+        notes_.updateNote(context, note, {.html = html});
     }
 
-    NoteService notes{clock};
-    PassageService passages{notes, random};
+    NoteService notes_{clock};
+    PassageService passages_{notes_, random};
 };
 
 TEST_F(PassageServiceTest, LocksAndUnlocksByUpdatesOfTheNote) {
     CDNote& note = noteWith("<p>Meet at the old mill.</p><ul><li>Bring the old mill map</li></ul>");
-    passages.lock(context, note, "old mill", "pass");
+    passages_.lock(context, note, "old mill", "pass");
 
     const auto blobs = PassageService::blobs(note);
     ASSERT_EQ(blobs.size(), 2U);
@@ -41,9 +41,9 @@ TEST_F(PassageServiceTest, LocksAndUnlocksByUpdatesOfTheNote) {
     EXPECT_EQ(
         *note.plainText, "Meet at the\n🔒 Encrypted text\n.\n• Bring the\n🔒 Encrypted text\n• map");
     EXPECT_EQ(note.contentVersion.valueOr(0), 2);
-    EXPECT_EQ(notes.revisions(note).size(), 1U);
+    EXPECT_EQ(notes_.revisions(note).size(), 1U);
 
-    passages.removeLock(context, note, 1, "old\nmill <3");
+    passages_.removeLock(context, note, 1, "old\nmill <3");
     EXPECT_EQ(PassageService::blobs(note).size(), 1U);
     EXPECT_EQ(
         *note.plainText, "Meet at the\n🔒 Encrypted text\n.\n• Bring the\nold\nmill <3\n• map");
@@ -55,7 +55,7 @@ TEST_F(PassageServiceTest, LeavesTheNoteAloneWhenItCannotLock) {
     const std::string body = *note.html;
     const auto refusal = [&](const std::string& passage) -> std::string {
         try {
-            passages.lock(context, note, passage, "pass");
+            passages_.lock(context, note, passage, "pass");
             return {};
         } catch (const UserError& error) {
             return error.what();
@@ -67,9 +67,9 @@ TEST_F(PassageServiceTest, LeavesTheNoteAloneWhenItCannotLock) {
     EXPECT_EQ(refusal("b"), notLockable);
     EXPECT_EQ(refusal("c"), notLockable);
     EXPECT_EQ(refusal(" "), notLockable);
-    EXPECT_THROW(passages.lock(context, note, "a", ""), SelectiveEncryptionError);
+    EXPECT_THROW(passages_.lock(context, note, "a", ""), SelectiveEncryptionError);
     EXPECT_EQ(*note.html, body);
-    EXPECT_TRUE(notes.revisions(note).empty());
+    EXPECT_TRUE(notes_.revisions(note).empty());
 
     std::string many;
     for (std::size_t i = 0; i <= PassageService::mostPlaces; ++i) {
@@ -84,7 +84,7 @@ TEST_F(PassageServiceTest, FindsWhatStillHoldsThePassage) {
     edit(note, "<p>the <em>se</em>cret</p>");
     edit(note, "<ul><li>secret</li><li>word</li></ul><table><tr><td>secret</td></tr></table>");
     note.originalSource = Bytes{'#', ' ', 's', 'e', 'c', 'r', 'e', 't'};
-    passages.lock(context, note, "secret\nword", "pass");
+    passages_.lock(context, note, "secret\nword", "pass");
 
     auto copies = PassageService::copiesOf(note, "secret\nword");
     EXPECT_EQ(copies.revisions.size(), 0U);  // taken less than five minutes after the last
@@ -98,13 +98,13 @@ TEST_F(PassageServiceTest, FindsWhatStillHoldsThePassage) {
     copies = PassageService::copiesOf(note, "secret");
     EXPECT_TRUE(copies.isInNote);
     EXPECT_FALSE(copies.canBeRemoved());
-    EXPECT_EQ(notes.revisions(note).size(), 1U);
+    EXPECT_EQ(notes_.revisions(note).size(), 1U);
 }
 
 TEST_F(PassageServiceTest, EndsAConflictOnlyWithItsLastVersion) {
     CDNote& note = noteWith("<p>a</p>");
-    notes.saveEdit(context, note, {.html = "<p>secret</p>", .loadedHTML = "<p>old</p>"});
-    notes.saveEdit(context, note, {.html = "<p>b</p>", .loadedHTML = "<p>old</p>"});
+    notes_.saveEdit(context, note, {.html = "<p>secret</p>", .loadedHTML = "<p>old</p>"});
+    notes_.saveEdit(context, note, {.html = "<p>b</p>", .loadedHTML = "<p>old</p>"});
     ASSERT_TRUE(note.hasConflict.valueOr(false));
     PassageService::remove(context, note, PassageService::copiesOf(note, "secret"));
     EXPECT_TRUE(note.hasConflict.valueOr(false));
@@ -144,8 +144,10 @@ TEST(LockedPassage, IsInNoFileOfTheLibraryAfterwards) {
             const std::string source = std::string(300'000, '.') + secret;
             note->originalSource = Bytes(source.begin(), source.end());
         } else if (i > 20 && i % 2 == 0) {
-            const std::string body = filler + "<p>So " + secret + ".</p>" + filler.substr(0, 400);
-            notes.updateNote(context, *note, {.html = i % 4 == 0 ? body + filler : body});
+            std::string body = filler;
+            body.append("<p>So ").append(secret).append(".</p>").append(filler, 0, 400);
+            if (i % 4 == 0) body += filler;
+            notes.updateNote(context, *note, {.html = body});
         } else {
             notes.createNote(context, {.title = "Other", .html = filler});
         }
