@@ -27,8 +27,8 @@ std::string SearchAnalyzer::keyText(std::span<const std::string_view> texts) {
         KeyScanner(text, found).scan();
     }
     std::ranges::sort(found, {}, &Found::key);
-    const auto repeated = std::ranges::unique(found, {}, &Found::key);
-    found.erase(repeated.begin(), repeated.end());
+    const auto isRepeated = [](const Found& a, const Found& b) { return a.key == b.key; };
+    found.erase(std::unique(found.begin(), found.end(), isRepeated), found.end());
 
     std::string joined;
     for (std::size_t i = 0; i < found.size() && i < maximumKeys; ++i) {
