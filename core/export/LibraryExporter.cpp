@@ -233,6 +233,7 @@ manifest::NoteFiles ExportRun::exportFiles(
             {attachment->filename.valueOr(""),
              path.empty() ? "" : addressFrom(files.html, path),
              static_cast<std::uint64_t>(attachment->byteCount.valueOr(0))});
+        context_.releaseLargeValues();  // one file in memory is enough
     }
     const bool hasSource = note.originalFormat == "enex" && note.originalSource;
     if (options_.includeOriginalImportSource && hasSource) {
