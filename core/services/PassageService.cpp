@@ -16,7 +16,7 @@ namespace tesserine {
 namespace {
 
 std::vector<TextRange> lockablePlaces(const AttributedText& body, std::string_view passage) {
-    const auto places = placesOf(body, passage);
+    auto places = placesOf(body, passage);
     if (places.size() > PassageService::mostPlaces) throw PassageError::tooManyPlaces();
     const bool areLockable = std::ranges::all_of(
         places, [&](const TextRange& place) { return isLockable(body, place); });
@@ -52,8 +52,9 @@ void PassageService::lock(
     std::string text = plainText(body, places.front());
     const std::string blob = SelectiveEncryption::encrypt(text, passphrase, random_);
     wipe(text);
-    for (auto place = places.rbegin(); place != places.rend(); ++place) {
-        lockRange(body, *place, blob);
+    // From the last to the first: the offsets of those before stay what they are.
+    for (std::size_t i = places.size(); i-- > 0;) {
+        lockRange(body, places[i], blob);
     }
     notes_.updateNote(context, note, {.html = canonicalHTML(body)});
 }
