@@ -125,8 +125,10 @@ BoundSQL searchStatement(const Search& search, Instant now) {
 }
 
 BoundSQL countStatement(const Search& search) {
+    // Without an order, SQLite would start at the index on the kind and run the match for each row;
+    // a cross join is taken from left to right.
     BoundSQL statement{"SELECT COUNT(*) FROM (SELECT 1 FROM "};
-    statement.sql += search.match ? "fts JOIN docs ON docs.rowid = fts.rowid" : "docs";
+    statement.sql += search.match ? "fts CROSS JOIN docs ON docs.rowid = fts.rowid" : "docs";
     append(statement, conditions(search));
     appendLimit(statement, search.limit);
     statement.sql += ")";

@@ -91,7 +91,7 @@ TEST(SearchStatement, CountsNoFurtherThanItMust) {
     EXPECT_EQ(
         countStatement({.match = "\"a\"", .filters = {filter::hasAttachmentText()}, .limit = 3}),
         (BoundSQL{
-            "SELECT COUNT(*) FROM (SELECT 1 FROM fts JOIN docs ON docs.rowid = fts.rowid\n"
+            "SELECT COUNT(*) FROM (SELECT 1 FROM fts CROSS JOIN docs ON docs.rowid = fts.rowid\n"
             "WHERE fts MATCH ? AND docs.att_text > 0\nLIMIT ?)",
             {"\"a\"", std::int64_t{3}}}));
 }
