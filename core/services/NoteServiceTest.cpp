@@ -44,6 +44,7 @@ public:
     }
     static std::vector<std::string> titles(const std::vector<CDNote*>& notes) {
         std::vector<std::string> result;
+        result.reserve(notes.size());
         for (const CDNote* note : notes) {
             result.push_back(note->title.valueOr("-"));
         }
