@@ -55,10 +55,10 @@ public:
     void visitEntries(const std::function<void(const Entry&)>& visit);
 
 private:
-    std::optional<IndexDocument> note(std::int64_t row);
-    std::optional<IndexDocument> task(std::int64_t row);
-    std::vector<std::string> tagNames(SearchKind kind, std::int64_t row);
-    void addAttachments(IndexDocument& document, std::int64_t row);
+    std::optional<IndexDocument> note(std::int64_t key);
+    std::optional<IndexDocument> task(std::int64_t key);
+    std::vector<std::string> tagNames(SearchKind kind, std::int64_t key);
+    void addAttachments(IndexDocument& document, std::int64_t note);
     std::vector<std::int64_t> rows(const char* sql, std::int64_t parameter);
 
     SQLiteDatabase& library_;

@@ -43,7 +43,7 @@ private:
 
 bool IndexCoverage::isHealthy() const {
     return missing == 0 && stale == 0 && orphaned == 0 && !interruptedRebuild
-           && schemaVersion == indexSchema::version
+           && schemaVersion == indexschema::version
            && indexedAttachmentsWithText == attachmentsWithText;
 }
 
@@ -64,7 +64,7 @@ std::string IndexCoverage::summary(const std::string& locale) const {
     const bool differs = indexedAttachmentsWithText != attachmentsWithText;
     if (missing == 0 && stale == 0 && differs) problems.emplace_back("attachment text differs");
     if (interruptedRebuild) problems.emplace_back("a rebuild was interrupted");
-    if (schemaVersion != indexSchema::version) problems.emplace_back("old index format");
+    if (schemaVersion != indexschema::version) problems.emplace_back("old index format");
     return counts + " — " + joined(problems);
 }
 

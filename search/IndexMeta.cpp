@@ -24,7 +24,7 @@ std::optional<std::int64_t> integerIn(std::string_view text) {
 
 /// Stored as "<history ID> <number>".
 std::optional<HistoryMark> IndexMeta::mark() const {
-    const std::string text = index_.meta(indexSchema::historyKey).value_or("");
+    const std::string text = index_.meta(indexschema::historyKey).value_or("");
     const std::size_t space = text.find(' ');
     if (space == std::string::npos) return std::nullopt;
     const auto number = integerIn(std::string_view(text).substr(space + 1));
@@ -33,7 +33,7 @@ std::optional<HistoryMark> IndexMeta::mark() const {
 }
 
 void IndexMeta::setMark(const HistoryMark& mark) const {
-    index_.setMeta(indexSchema::historyKey, mark.historyID + " " + std::to_string(mark.number));
+    index_.setMeta(indexschema::historyKey, mark.historyID + " " + std::to_string(mark.number));
 }
 
 std::optional<std::int64_t> IndexMeta::schemaVersion() const {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace tesserine::indexSchema {
+namespace tesserine::indexschema {
 namespace {
 
 constexpr const char* metaTable =
@@ -114,4 +114,4 @@ void remake(SQLiteDatabase& database) {
     makeTables(database);
 }
 
-}  // namespace tesserine::indexSchema
+}  // namespace tesserine::indexschema

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 /// The tables of the search index.
-namespace tesserine::indexSchema {
+namespace tesserine::indexschema {
 
 inline constexpr std::int64_t version = 6;
 
@@ -19,4 +19,4 @@ void setUp(SQLiteDatabase& database);
 /// than deleting rows, and whatever was wrong in the full-text tables goes with them.
 void remake(SQLiteDatabase& database);
 
-}  // namespace tesserine::indexSchema
+}  // namespace tesserine::indexschema

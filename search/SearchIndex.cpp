@@ -39,7 +39,7 @@ Error openError(const Error& error) {
 std::unique_ptr<SQLiteDatabase> openOnce(
     const std::filesystem::path& file, const std::string& vfs) {
     auto opened = std::make_unique<SQLiteDatabase>(file, SQLiteDatabase::Options{.vfs = vfs});
-    indexSchema::setUp(*opened);
+    indexschema::setUp(*opened);
     return opened;
 }
 
@@ -162,7 +162,7 @@ void SearchIndex::clear() {
 
 void SearchIndex::makeAfresh() {
     batch([this] {
-        indexSchema::remake(database());
+        indexschema::remake(database());
         ++generation_;
     });
 }

@@ -142,7 +142,8 @@ TEST(TerminalJourney, OnATerminalTheEditorOpensTheBody) {
         program.commandLine({"note", "edit", "Plan"}), variables, Channel::terminal);
     EXPECT_TRUE(edit.readUntil("Changed “Plan”."));
     EXPECT_EQ(edit.wait(), 0);
-    EXPECT_EQ(program.run({"note", "show", "Plan", "--html"}).output, "<p><strong>typed</strong></p>\n");
+    EXPECT_EQ(
+        program.run({"note", "show", "Plan", "--html"}).output, "<p><strong>typed</strong></p>\n");
     for (const auto& entry : std::filesystem::directory_iterator(program.folder())) {
         EXPECT_NE(entry.path().extension(), ".md") << "the text stays in " << entry.path();
     }

@@ -31,8 +31,6 @@ value decrypted(const object& input) {
 
 }  // namespace
 
-void addCryptoOperations(Operations& operations) {
-    operations.add("crypto.decrypt", decrypted);
-}
+void addCryptoOperations(Operations& operations) { operations.add("crypto.decrypt", decrypted); }
 
 }  // namespace tesserine::inspect
