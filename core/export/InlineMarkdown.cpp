@@ -331,11 +331,11 @@ std::string InlineMarkdown::written() {
         writeText(output, i);
         if (i < marks_.size()) writeMark(output, i);
     }
-    return withoutOuterSpaces(std::move(output));
+    return withoutOuterSpaces(output);
 }
 
 /// Readers drop spaces at both ends, unless they are written as references.
-std::string InlineMarkdown::withoutOuterSpaces(std::string output) const {
+std::string InlineMarkdown::withoutOuterSpaces(const std::string& output) const {
     const std::size_t end = output.find_last_not_of(' ') + 1;
     const std::size_t begin = std::min(output.find_first_not_of(' '), end);
     const bool areKept = options_.readBack && end > begin;

@@ -68,7 +68,7 @@ private:
 
     std::size_t shownMarks() const;
     std::string written();
-    std::string withoutOuterSpaces(std::string output) const;
+    std::string withoutOuterSpaces(const std::string& output) const;
     void writeText(std::string& output, std::size_t index) const;
     void writeMark(std::string& output, std::size_t index) const;
     bool isCell() const { return place_ == Place::cell; }

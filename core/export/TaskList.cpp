@@ -7,6 +7,7 @@
 #include "core/tasks/TaskSnapshot.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <tuple>
 #include <unordered_map>
@@ -91,9 +92,10 @@ public:
             if (!written_.insert(task).second) continue;
             output.append(2 * depth, ' ').append(lineOf(*task, calendar_, collator_)).append("\n");
             std::vector<const CDTask*>& below = children_[task];
-            std::ranges::sort(below, {}, order);
-            for (auto child = below.rbegin(); child != below.rend(); ++child) {
-                open.emplace_back(*child, depth + 1);
+            // The last one pushed is written first.
+            std::ranges::sort(below, std::ranges::greater(), order);
+            for (const CDTask* const child : below) {
+                open.emplace_back(child, depth + 1);
             }
         }
     }
