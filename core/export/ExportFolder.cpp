@@ -23,7 +23,7 @@ std::string folderName(const LocalTime& time) {
 fs::path newFolder(const fs::path& parent, const std::string& name) {
     files::createPrivateFolder(parent);
     for (int number = 1;; ++number) {
-        const fs::path folder = parent / (number == 1 ? name : name + " " + std::to_string(number));
+        fs::path folder = parent / (number == 1 ? name : name + " " + std::to_string(number));
         std::error_code error;
         if (fs::create_directory(folder, error)) {
             fs::permissions(folder, fs::perms::owner_all);

@@ -46,8 +46,8 @@ protected:
     ExportSummary exported(const ExportControl& control = {}) {
         context.save();
         const LibraryExporter exporter(
-            {.clock = clock, .calendar = calendar, .collator = collator});
-        return exporter.run(context, folder / "out", options, control);
+            {.clock = clock, .calendar = calendar_, .collator = collator_});
+        return exporter.run(context, folder_ / "out", options_, control);
     }
     /// The files of an export, as paths in it.
     static std::vector<std::string> filesIn(const fs::path& directory) {
@@ -61,10 +61,10 @@ protected:
         return paths;
     }
 
-    test::TemporaryFolder folder;
-    Calendar calendar{"Europe/Berlin"};
-    text::Collator collator{""};
-    ExportOptions options{
+    test::TemporaryFolder folder_;
+    Calendar calendar_{"Europe/Berlin"};
+    text::Collator collator_{""};
+    ExportOptions options_{
         .includeMarkdown = true,
         .includeOriginalImportSource = true,
         .includeAttachments = true,
@@ -85,13 +85,13 @@ TEST_F(LibraryExport, ShowsTheLibraryInFilesThatNeedNoProgram) {
     plan.html = "<h1>Head</h1><p><a href=\"tesserine://note/" + other.id->text()
                 + "\">other</a> <a href=\"tesserine://note/" + Uuid().text()
                 + "\">gone</a></p><div data-ts-attachment=\"" + file.id->text()
-                + "\" data-ts-kind=\"file\">a b.txt</div>";
+                + R"(" data-ts-kind="file">a b.txt</div>)";
     insertNote("Old").trashedAt = clock.now();
     const std::string planID = plan.id->text();
     clock.set(test::at("2026-03-14T09:15:00Z"));
 
     const ExportSummary summary = exported();
-    EXPECT_EQ(summary.directory, folder / "out" / "Tesserine Export 2026-03-14 10.15");
+    EXPECT_EQ(summary.directory, folder_ / "out" / "Tesserine Export 2026-03-14 10.15");
     EXPECT_EQ(summary.notesWritten, 2U);
     EXPECT_EQ(summary.attachmentBytes, 5U);
     EXPECT_THAT(
@@ -161,7 +161,7 @@ TEST_F(LibraryExport, RecordsEverythingInItsManifest) {
     subtask.parent = &task;
     subtask.project = &inbox;
     subtask.completedAt = clock.now();
-    options.includeTrash = true;
+    options_.includeTrash = true;
     const std::string taskID = task.id->text();
 
     const ExportSummary summary = exported();
@@ -205,7 +205,7 @@ TEST_F(LibraryExport, NamesStayInsideAndDiffer) {
     insertFile(note, "../a.txt", "1");
     insertFile(note, "A.TXT", "2");
     const ExportSummary summary = exported();
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "out"), {}), 1);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "out"), {}), 1);
     const auto paths = filesIn(summary.directory);
     for (const char* path :
          {"notes/Unfiled/same.html",
@@ -224,7 +224,7 @@ TEST_F(LibraryExport, NamesStayInsideAndDiffer) {
 TEST_F(LibraryExport, WarnsOfAFileWithoutBytes) {
     CDNote& note = insertNote("Plan");
     const CDAttachment& file = insertFile(note, "a.png", "");
-    note.html = "<p><img src=\"tesserine-attachment://" + file.id->text() + "\" alt=\"A\"></p>";
+    note.html = "<p><img src=\"tesserine-attachment://" + file.id->text() + R"(" alt="A"></p>)";
     const ExportSummary summary = exported();
     EXPECT_THAT(
         summary.warnings, ElementsAre("Attachment on “Plan” had no stored bytes and was skipped."));
@@ -285,13 +285,13 @@ TEST_F(LibraryExport, ThatIsNotWholeHasNoManifest) {
         EXPECT_STREQ(
             error.what(), "The export was cancelled. Files already written were left in place.");
     }
-    const fs::path directory = fs::directory_iterator(folder / "out")->path();
+    const fs::path directory = fs::directory_iterator(folder_ / "out")->path();
     EXPECT_EQ(filesIn(directory).size(), 4U);
 
-    std::ofstream(folder / "file") << "x";
-    const LibraryExporter exporter({.clock = clock, .calendar = calendar, .collator = collator});
+    std::ofstream(folder_ / "file") << "x";
+    const LibraryExporter exporter({.clock = clock, .calendar = calendar_, .collator = collator_});
     try {
-        exporter.run(context, folder / "file", options);
+        exporter.run(context, folder_ / "file", options_);
         FAIL() << "there is no such folder";
     } catch (const ExportError& error) {
         EXPECT_THAT(

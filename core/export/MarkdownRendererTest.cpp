@@ -116,10 +116,10 @@ TEST(MarkdownRenderer, WritesLinksPicturesAndFiles) {
              Case{"<a href=\"https://e.org\">e[]<em>f</em></a>", "[e\\[\\]*f*](https://e.org)\n"},
              Case{"<a href=\"https://e.org/a (b)\">c</a>", "[c](<https://e.org/a (b)>)\n"},
              Case{
-                 "<a href=\"https://e.org/\\&amp;lt;\" title='a \"b\"'>c</a>",
+                 R"(<a href="https://e.org/\&amp;lt;" title='a "b"'>c</a>)",
                  "[c](https://e.org/\\\\\\&lt; \"a \\\"b\\\"\")\n"},
              Case{"<a>b</a>", "<a>b</a>\n"},
-             Case{"<img src=\"a.png\" alt=\"b [c]\" width=\"10\">", "![b \\[c\\]](a.png)\n"},
+             Case{R"(<img src="a.png" alt="b [c]" width="10">)", "![b \\[c\\]](a.png)\n"},
          }) {
         SCOPED_TRACE(html);
         EXPECT_EQ(markdownOf(html), markdown);
