@@ -36,11 +36,11 @@ private:
     std::size_t byteCount_ = 0;
 };
 
-/// Gives the index a page cache of 64 MB and checkpoints every 16 MB, as long as it lives.
+/// Gives the index a page cache of 64 MB and checkpoints every 64 MB, as long as it lives.
 class LargeCache {
 public:
     explicit LargeCache(SearchIndex& index) : index_(index) {
-        set("PRAGMA cache_size = -65536; PRAGMA wal_autocheckpoint = 4000;");
+        set("PRAGMA cache_size = -65536; PRAGMA wal_autocheckpoint = 16000;");
     }
     LargeCache(const LargeCache&) = delete;
     LargeCache& operator=(const LargeCache&) = delete;
