@@ -95,7 +95,7 @@ TEST_F(QueryCompilerTest, QuotesEveryWord) {
     for (const auto& [query, expected] : {
              Case{"red wine", R"((w : "red" AND w : "wine"))"},
              Case{"red OR wine*", R"((w : "red" OR w : "wine"*))"},
-             Case{"\"red \\\"wine\\\" OR\"", R"(w : "red ""wine"" OR")"},
+             Case{R"("red \"wine\" OR")", R"(w : "red ""wine"" OR")"},
              Case{"(a OR \"b c\") d", R"(((w : "a" OR w : "b c") AND w : "d"))"},
              Case{"title:x,\"y z\" body:v*", R"((title : ("x" OR "y z") AND body : "v"*))"},
              Case{"*voic*", R"(w : ("invoice" OR "voice"))"},
@@ -148,6 +148,7 @@ TEST_F(QueryCompilerTest, RanksTheTypedWordsInTheirOrderHigher) {
 TEST_F(QueryCompilerTest, LeavesOutWhatIsNegated) {
     const auto negated = compiled("a -b -\"c d\" -(e f) -(g OR h)").search.negated;
     std::vector<std::string> lines;
+    lines.reserve(negated.size());
     for (const std::string& expression : negated) {
         lines.push_back(shortened(expression));
     }
@@ -166,47 +167,48 @@ TEST_F(QueryCompilerTest, StatesConditions) {
         const char* query;
         std::string expected;
     };
-    for (const auto& [query, expected] : std::vector<Line>{
-             {"tag:Work",
-              "(" + tag + " OR " + tag + " OR " + tag
-                  + ") <%\x1Fwork\x1F%> <%\x1F"
-                    "cafe\x1F%>"
-                    " <%\x1F"
-                    "50\\%\x1F%>"},
-             {"tag:=Work", tag + " <%\x1Fwork\x1F%>"},
-             {"-#a_b",
-              "NOT (" + tag
-                  + ") <%\x1F"
-                    "a\\_b\x1F%>"},
-             {"tag:pro* tag:none", tag + " <%\x1Fpro%\x1F%> & " + tag + " <%\x1F\x1F%>"},
-             {"notebook:Work", "(" + book + " OR " + book + ") <work> <plane>"},
-             {"in:=Work", book + " <work>"},
-             {"in:\"Home Ü\" notebook:none", book + " <home u> & " + book + " <>"},
-             {"in:Twins", ids + " <[\"A\",\"B\"]>"},
-             {"created:2025", "(docs.created >= ? AND docs.created < ?) <1735689600> <1767225600>"},
-             {"created:7d before:2025-01-15 after:2025",
-              "docs.created >= ? <1772841600> & docs.created < ? <1736899200> & "
-              "docs.created >= ? <1767225600>"},
-             {"edited:2025-02 updated:..2024",
-              "docs.updated >= ? <1738368000> & docs.updated < ? "
-              "<1735689600>"},
-             {"created:>2025 created:<=2024",
-              "docs.created >= ? <1767225600> & docs.created < ? "
-              "<1735689600>"},
-             {"has:pdf,text", "(docs.types_fold LIKE ? ESCAPE '\\' OR docs.att_text > 0) <%pdf%>"},
-             {"is:task is:pinned", "docs.kind = ? <task> & docs.favorite = 1"},
-             {"in:trash", "docs.trashed = 1"},
-             {"in:anywhere", ""},
-             {"is:overdue p1", ids + " <[\"K6 14\"]> & " + ids + " <[\"K9 11\"]>"},
-             {"priority:>=2 priority:1..3", ids + " <[\"K9 24\"]> & " + ids + " <[\"K9 13\"]>"},
-             {"file:scan",
-              "docs.uid IN (SELECT atts.note_uid FROM afts JOIN atts ON atts.rowid = "
-              "afts.rowid WHERE afts MATCH ?) <filename : \"scan\">"},
-             {"near:10,20,111.19493km",
-              "(docs.latitude IS NOT NULL AND docs.longitude IS NOT NULL AND docs.latitude BETWEEN "
-              "? AND ? AND docs.longitude BETWEEN ? AND ?) <9> <11> <19> <21>"},
-             {"a OR is:task", "(" + text + " OR docs.kind = ?) <w : \"a\"> <task>"},
-         }) {
+    const std::vector<Line> table{
+        {"tag:Work",
+         "(" + tag + " OR " + tag + " OR " + tag
+             + ") <%\x1Fwork\x1F%> <%\x1F"
+               "cafe\x1F%>"
+               " <%\x1F"
+               "50\\%\x1F%>"},
+        {"tag:=Work", tag + " <%\x1Fwork\x1F%>"},
+        {"-#a_b",
+         "NOT (" + tag
+             + ") <%\x1F"
+               "a\\_b\x1F%>"},
+        {"tag:pro* tag:none", tag + " <%\x1Fpro%\x1F%> & " + tag + " <%\x1F\x1F%>"},
+        {"notebook:Work", "(" + book + " OR " + book + ") <work> <plane>"},
+        {"in:=Work", book + " <work>"},
+        {"in:\"Home Ü\" notebook:none", book + " <home u> & " + book + " <>"},
+        {"in:Twins", ids + R"( <["A","B"]>)"},
+        {"created:2025", "(docs.created >= ? AND docs.created < ?) <1735689600> <1767225600>"},
+        {"created:7d before:2025-01-15 after:2025",
+         "docs.created >= ? <1772841600> & docs.created < ? <1736899200> & "
+         "docs.created >= ? <1767225600>"},
+        {"edited:2025-02 updated:..2024",
+         "docs.updated >= ? <1738368000> & docs.updated < ? "
+         "<1735689600>"},
+        {"created:>2025 created:<=2024",
+         "docs.created >= ? <1767225600> & docs.created < ? "
+         "<1735689600>"},
+        {"has:pdf,text", "(docs.types_fold LIKE ? ESCAPE '\\' OR docs.att_text > 0) <%pdf%>"},
+        {"is:task is:pinned", "docs.kind = ? <task> & docs.favorite = 1"},
+        {"in:trash", "docs.trashed = 1"},
+        {"in:anywhere", ""},
+        {"is:overdue p1", ids + " <[\"K6 14\"]> & " + ids + " <[\"K9 11\"]>"},
+        {"priority:>=2 priority:1..3", ids + " <[\"K9 24\"]> & " + ids + " <[\"K9 13\"]>"},
+        {"file:scan",
+         "docs.uid IN (SELECT atts.note_uid FROM afts JOIN atts ON atts.rowid = "
+         "afts.rowid WHERE afts MATCH ?) <filename : \"scan\">"},
+        {"near:10,20,111.19493km",
+         "(docs.latitude IS NOT NULL AND docs.longitude IS NOT NULL AND docs.latitude BETWEEN "
+         "? AND ? AND docs.longitude BETWEEN ? AND ?) <9> <11> <19> <21>"},
+        {"a OR is:task", "(" + text + " OR docs.kind = ?) <w : \"a\"> <task>"},
+    };
+    for (const auto& [query, expected] : table) {
         EXPECT_EQ(shortened(filters(query)), expected) << query;
     }
     EXPECT_EQ(compiled("in:anywhere").search.filters.size(), 0U);

@@ -77,7 +77,7 @@ SearchIndex::~SearchIndex() {
 
 SQLiteDatabase& SearchIndex::database() {
     if (database_) return *database_;
-    throw *failure_;
+    throw Error(*failure_);
 }
 
 void SearchIndex::open() {
