@@ -4,7 +4,7 @@ namespace tesserine {
 namespace {
 
 class ProjectServiceTest : public test::TaskFixture {
-protected:
+public:
     const ProjectService& projects = service.projects();
 
     std::string names() {

@@ -16,7 +16,7 @@ namespace tesserine::test {
 
 /// A fresh library in memory at ten in the morning of Saturday, 14 March 2026, in Berlin.
 class TaskFixture : public ::testing::Test {
-protected:
+public:
     /// A moment in Berlin, such as "2026-03-14T10:00".
     Instant at(const char* local) const { return calendar.instant(*LocalTime::parseISO(local)); }
     std::string local(const std::optional<Instant>& instant) const {

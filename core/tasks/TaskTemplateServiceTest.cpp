@@ -6,7 +6,7 @@ namespace tesserine {
 namespace {
 
 class TaskTemplateServiceTest : public test::TaskFixture {
-protected:
+public:
     TaskTemplateService templates{clock};
 };
 
