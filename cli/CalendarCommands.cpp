@@ -45,6 +45,7 @@ std::string dateText(Session& session, Instant instant) {
 
 std::vector<Day> daysOf(Session& session, const std::vector<CalendarDayCell>& cells) {
     std::vector<Day> days;
+    days.reserve(cells.size());
     for (const CalendarDayCell& cell : cells) {
         days.push_back(
             {cell, session.context().fetch<CDTask>(tasksDueOn(cell.date, session.calendar()))});

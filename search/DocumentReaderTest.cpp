@@ -9,14 +9,14 @@ namespace {
 class DocumentReaderOfLibrary : public test::LibraryFixture {
 protected:
     CDNote& insertNote(const std::string& title) {
-        CDNote& note = context.insert<CDNote>();
+        auto& note = context.insert<CDNote>();
         note.title = title;
         note.createdAt = clock.now();
         note.updatedAt = clock.now();
         return note;
     }
     CDAttachment& attach(CDNote& note, const std::string& name, const std::string& type) {
-        CDAttachment& attachment = context.insert<CDAttachment>();
+        auto& attachment = context.insert<CDAttachment>();
         attachment.filename = name;
         attachment.mimeType = type;
         attachment.note = &note;
@@ -98,12 +98,12 @@ TEST_F(DocumentReaderOfLibrary, ReadsEveryTaskAndEveryNoteButTemplates) {
     CDNote& pattern = insertNote("Template");
     pattern.isTemplate = true;
     attach(pattern, "a.txt", "text/plain");
-    CDTask& done = context.insert<CDTask>();
+    auto& done = context.insert<CDTask>();
     done.title = "Done";
     done.details = "in detail";
     done.completedAt = clock.now();
     done.labels.add(insertTag("label"));
-    CDTask& part = context.insert<CDTask>();
+    auto& part = context.insert<CDTask>();
     part.title = "Part";
     part.parent = &done;
     context.save();

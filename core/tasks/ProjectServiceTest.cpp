@@ -81,7 +81,7 @@ TEST_F(ProjectServiceTest, TasksOfADeletedProjectComeToTheInbox) {
 
 TEST_F(ProjectServiceTest, TwoInboxesBecomeTheOlderOne) {
     const auto addInbox = [&](const char* id, const char* createdAt, const char* task) {
-        CDProject& inbox = context.insert<CDProject>();
+        auto& inbox = context.insert<CDProject>();
         inbox.id = *Uuid::parse(std::string(id) + "000000-0000-4000-8000-000000000000");
         inbox.name = "Inbox";
         inbox.isInbox = true;

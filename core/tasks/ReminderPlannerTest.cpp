@@ -21,14 +21,14 @@ Instant utc(const char* text) { return Instant::parseISO(text).value(); }
 class ReminderPlannerTest : public ::testing::Test {
 protected:
     CDTask& addTask(Instant reminderAt, const char* title) {
-        CDTask& task = context_.insert<CDTask>();
+        auto& task = context_.insert<CDTask>();
         task.title = title;
         task.reminderAt = reminderAt;
         owners_.tasks.push_back(&task);
         return task;
     }
     CDNote& addNote(Instant reminderAt, const char* title, const char* plainText = "") {
-        CDNote& note = context_.insert<CDNote>();
+        auto& note = context_.insert<CDNote>();
         note.title = title;
         note.plainText = plainText;
         note.reminderAt = reminderAt;
@@ -90,7 +90,7 @@ TEST_F(ReminderPlannerTest, TheEarliestArePlannedInAFixedOrder) {
 }
 
 TEST_F(ReminderPlannerTest, TitlesAndBodiesFallBackToWhatThereIs) {
-    CDProject& project = context_.insert<CDProject>();
+    auto& project = context_.insert<CDProject>();
     project.name = "Work";
     addTask(now_ + 1s, "").project = &project;
     addTask(now_ + 2s, " ").details = "Bring cake";

@@ -20,7 +20,8 @@ std::string grid(const std::vector<CalendarDayCell>& cells, const Calendar& cale
         std::string day = std::to_string(calendar.local(cells[i].date).day);
         if (!cells[i].isInDisplayedMonth) day = "(" + day + ")";
         if (cells[i].isToday) day += "*";
-        text += day + (i % 7 == 6 ? "\n" : " ");
+        text += day;
+        text += i % 7 == 6 ? '\n' : ' ';
     }
     return text;
 }

@@ -52,7 +52,7 @@ TEST_F(TaskServiceTest, ATitleMayHaveTenThousandCharactersAndNoMore) {
 }
 
 TEST_F(TaskServiceTest, ADailyTaskOfLastYearMovesPastNowAndLeavesOneCompletedCopy) {
-    CDNote& note = context.insert<CDNote>();
+    auto& note = context.insert<CDNote>();
     CDTask& task = add(
         {.title = "water",
          .details = "the plants",
@@ -166,7 +166,7 @@ TEST_F(TaskServiceTest, ADuplicateStandsBesideTheTaskWithoutItsLabelsAndSubtasks
 }
 
 TEST_F(TaskServiceTest, ATaskFromANoteIsLinkedToItAndNamesIt) {
-    CDNote& note = context.insert<CDNote>();
+    auto& note = context.insert<CDNote>();
     note.plainText = "\n  First line\nsecond";
     const CDTask& task = service.createFromNote(context, note);
     EXPECT_EQ(task.title, "First line");

@@ -97,7 +97,7 @@ TEST_F(TaskTemplateServiceTest, ANameIsNeededAndAMissingTemplateIsSaid) {
 }
 
 TEST_F(TaskTemplateServiceTest, AStoredTemplateOfAnotherProgramIsReadAsFarAsItGoes) {
-    CDTaskTemplate& stored = context.insert<CDTaskTemplate>();
+    auto& stored = context.insert<CDTaskTemplate>();
     stored.labelsJSON = R"(["home", 3, null])";
     stored.subtasksJSON = "{not json";
     stored.dueTime = "25:00";
