@@ -8,7 +8,7 @@ namespace fs = std::filesystem;
 class ExportCommands : public CommandFixture {};
 
 TEST_F(ExportCommands, LibraryGoesIntoANewFolder) {
-    addNote("Plan", {"--notebook", "Work", "--html", "-"});
+    addNote("Plan", {"--notebook", "Office", "--html", "-"});
     mustRun({"task", "add", "Call Ada tomorrow"});
     const fs::path target = folder_ / "out";
     const auto summary =
@@ -17,14 +17,14 @@ TEST_F(ExportCommands, LibraryGoesIntoANewFolder) {
     EXPECT_EQ(shown(summary.at("tasksWritten")), "1");
     const fs::path made = shown(summary.at("directory"));
     EXPECT_EQ(made.filename(), "Tesserine Export 2026-03-14 09.15");
-    EXPECT_TRUE(fs::exists(made / "notes/Work/Plan.md"));
+    EXPECT_TRUE(fs::exists(made / "notes/Office/Plan.md"));
     EXPECT_TRUE(fs::exists(made / "tasks.md"));
 
     // Without options only the pages.
     EXPECT_EQ(
         mustRun({"export", "library", "--to", target.string()}).output,
         "Exported 1 note, 0 attachments (0 bytes) and 0 tasks to “" + made.string() + " 2”.\n");
-    EXPECT_FALSE(fs::exists(made.string() + " 2/notes/Work/Plan.md"));
+    EXPECT_FALSE(fs::exists(made.string() + " 2/notes/Office/Plan.md"));
 }
 
 TEST_F(ExportCommands, VerifyFindsOneChangedByte) {

@@ -92,6 +92,7 @@ std::optional<std::string> FilterWording::clause(const QueryFilter& filter) cons
     const bool isWriting = std::ranges::find(writing, filter.field) != writing.end();
     if (isWriting) return timed("written", filter);
     std::vector<std::string> values;
+    values.reserve(filter.values.size());
     for (const QueryValue& value : filter.values) {
         values.push_back(ofValue(filter, value));
     }
@@ -104,7 +105,7 @@ std::optional<std::string> FilterWording::timed(
     for (const QueryValue& value : filter.values) {
         const std::string text = text::asciiLowercased(value.text);
         if (filter.field == QueryField::due && (text == "none" || text == "any")) {
-            times.push_back(text == "none" ? "never" : "some day");
+            times.emplace_back(text == "none" ? "never" : "some day");
         } else if (const auto time = timeOf(filter, value, now_, calendar_)) {
             times.push_back(span(*time, value));
         }

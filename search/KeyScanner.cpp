@@ -302,15 +302,17 @@ std::optional<int> KeyScanner::dayIn(const Token& token) const {
     return numberIn({token.begin, token.begin + digits});
 }
 
-/// The month that a name or its beginning of three letters says.
 std::optional<int> KeyScanner::monthIn(const Token& token) const {
-    if (token.length() < 3) return std::nullopt;
-    const std::string word = text::asciiLowercased(textOf(token));
+    return monthNamed(text::asciiLowercased(textOf(token)));
+}
+
+std::optional<int> KeyScanner::monthNamed(std::string_view word) {
+    if (word == "sept") return 9;
     const auto* const name = std::ranges::find_if(monthNames, [&](std::string_view month) {
         return word == month || word == month.substr(0, 3);
     });
-    if (name != monthNames.end()) return static_cast<int>(name - monthNames.begin()) + 1;
-    return word == "sept" ? std::optional(9) : std::nullopt;
+    if (name == monthNames.end()) return std::nullopt;
+    return static_cast<int>(name - monthNames.begin()) + 1;
 }
 
 /// The value of at most four digits.

@@ -23,6 +23,9 @@ public:
 
     void scan();
 
+    /// The month, from 1, that a lower-cased English name, its first three letters, or "sept" says.
+    static std::optional<int> monthNamed(std::string_view word);
+
 private:
     /// A part of the text, by byte offsets.
     struct Token {

@@ -1,9 +1,9 @@
 #include "search/QueryDates.h"
 
 #include "base/Text.h"
+#include "search/KeyScanner.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <string>
 #include <vector>
@@ -32,27 +32,6 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     }
     parts.push_back(text);
     return parts;
-}
-
-std::optional<int> monthNamed(std::string_view word) {
-    static constexpr std::array<std::string_view, 12> names{
-        "january",
-        "february",
-        "march",
-        "april",
-        "may",
-        "june",
-        "july",
-        "august",
-        "september",
-        "october",
-        "november",
-        "december"};
-    if (word == "sept") return 9;
-    const auto* const found = std::ranges::find_if(
-        names, [&](std::string_view name) { return word == name || word == name.substr(0, 3); });
-    if (found == names.end()) return std::nullopt;
-    return static_cast<int>(found - names.begin()) + 1;
 }
 
 /// Reads one date, by the calendar and the day it was handed.
@@ -152,7 +131,7 @@ private:
     std::optional<DateSpan> monthAndYear(std::string_view text) const {
         const std::size_t space = text.find(' ');
         if (space == std::string_view::npos) return std::nullopt;
-        const auto monthNumber = monthNamed(text.substr(0, space));
+        const auto monthNumber = KeyScanner::monthNamed(text.substr(0, space));
         const std::string_view digits = text::trimmed(text.substr(space));
         if (!monthNumber || digits.size() != 4) return std::nullopt;
         const auto yearNumber = number(digits, 4);

@@ -144,6 +144,7 @@ private:
         const auto synonyms = setting_.synonyms.of(plain);
         if (synonyms.empty()) return strong(plain);
         std::vector<std::string> others;
+        others.reserve(synonyms.size());
         for (const std::string& synonym : synonyms) {
             others.push_back(strong(synonym));
         }

@@ -81,6 +81,7 @@ std::vector<SearchSuggestion> counted(const std::vector<std::vector<std::string>
     std::ranges::stable_sort(
         ordered, std::ranges::greater{}, &decltype(ordered)::value_type::second);
     std::vector<SearchSuggestion> all;
+    all.reserve(ordered.size());
     for (const auto& [name, count] : ordered) {
         all.push_back({.kind = Kind::value, .title = name, .detail = std::to_string(count)});
     }

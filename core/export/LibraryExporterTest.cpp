@@ -73,9 +73,9 @@ protected:
 };
 
 TEST_F(LibraryExport, ShowsTheLibraryInFilesThatNeedNoProgram) {
-    CDNotebook& work = insertNotebook("Work");
+    CDNotebook& office = insertNotebook("Office");
     CDNote& plan = insertNote("Plan");
-    plan.notebook = &insertNotebook("Q1/Q2", &work);
+    plan.notebook = &insertNotebook("Q1/Q2", &office);
     plan.isPinned = true;
     plan.tags.add(insertTag("urgent"));
     const CDAttachment& file = insertFile(plan, "a b.txt", "bytes");
@@ -101,19 +101,19 @@ TEST_F(LibraryExport, ShowsTheLibraryInFilesThatNeedNoProgram) {
             "attachments/a b.txt",
             "index.html",
             "manifest.json",
+            "notes/Office/Q1-Q2/Plan.html",
+            "notes/Office/Q1-Q2/Plan.md",
             "notes/Unfiled/Untitled.html",
             "notes/Unfiled/Untitled.md",
-            "notes/Work/Q1-Q2/Plan.html",
-            "notes/Work/Q1-Q2/Plan.md",
             "original-source/text.xml",
             "tasks.md"));
     EXPECT_EQ(test::contentOf(summary.directory / "attachments/a b.txt"), "bytes");
 
-    const std::string page = test::contentOf(summary.directory / "notes/Work/Q1-Q2/Plan.html");
+    const std::string page = test::contentOf(summary.directory / "notes/Office/Q1-Q2/Plan.html");
     EXPECT_THAT(page, testing::StartsWith("<!doctype html>\n<html lang=\"en\">"));
     EXPECT_THAT(
         page,
-        HasSubstr("<p class=\"ts-meta\">Work / Q1/Q2 · urgent · Created 14 March 2026 at 10:00 · "
+        HasSubstr("<p class=\"ts-meta\">Office / Q1/Q2 · urgent · Created 14 March 2026 at 10:00 · "
                   "Updated 14 March 2026 at 10:00 · Pinned</p>"));
     EXPECT_THAT(page, HasSubstr("<a href=\"../../Unfiled/Untitled.html\">other</a>"));
     EXPECT_THAT(page, HasSubstr("<span class=\"ts-unsupported\">gone</span>"));
@@ -122,15 +122,15 @@ TEST_F(LibraryExport, ShowsTheLibraryInFilesThatNeedNoProgram) {
     EXPECT_EQ(page.find("<script"), std::string::npos);
 
     EXPECT_EQ(
-        test::contentOf(summary.directory / "notes/Work/Q1-Q2/Plan.md"),
+        test::contentOf(summary.directory / "notes/Office/Q1-Q2/Plan.md"),
         "---\ntitle: \"Plan\"\nid: \"" + planID
             + "\"\ncreated: 2026-03-14T09:00:00.000Z\nupdated: 2026-03-14T09:00:00.000Z\n"
-              "tags: [\"urgent\"]\nnotebook: \"Work / Q1/Q2\"\npinned: true\n---\n\n# Plan\n\n"
+              "tags: [\"urgent\"]\nnotebook: \"Office / Q1/Q2\"\npinned: true\n---\n\n# Plan\n\n"
               "## Head\n\n[other](../../Unfiled/Untitled.md) gone\n\n"
               "[a b.txt](../../../attachments/a%20b.txt)\n");
     EXPECT_THAT(
         test::contentOf(summary.directory / "index.html"),
-        HasSubstr("<h2>Work / Q1/Q2</h2>\n<ul>\n<li><a href=\"notes/Work/Q1-Q2/Plan.html\">Plan"
+        HasSubstr("<h2>Office / Q1/Q2</h2>\n<ul>\n<li><a href=\"notes/Office/Q1-Q2/Plan.html\">Plan"
                   "</a> <span class=\"ts-date\">14 March 2026 · urgent</span></li>\n</ul>"));
     EXPECT_THAT(
         test::contentOf(summary.directory / "README.txt"),
