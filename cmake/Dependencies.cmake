@@ -9,6 +9,14 @@ find_package(Boost 1.81 REQUIRED COMPONENTS json)           # JSON in and out, k
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(MD4C REQUIRED IMPORTED_TARGET md4c)       # reads Markdown; target PkgConfig::MD4C
+pkg_check_modules(Hunspell REQUIRED IMPORTED_TARGET hunspell)    # spelling; target PkgConfig::Hunspell
+pkg_check_modules(Secret REQUIRED IMPORTED_TARGET libsecret-1)   # the keyring; target PkgConfig::Secret
+
+find_package(EXPAT 2.5 REQUIRED)                            # XML of other programs; EXPAT::EXPAT
+find_package(ZLIB REQUIRED)                                 # their compressed bodies; ZLIB::ZLIB
+find_package(CURL 7.88 REQUIRED)                            # HTTP; CURL::libcurl
+find_package(Qt6 6.4 REQUIRED                               # the window, met in app/ only
+    COMPONENTS Widgets Svg PrintSupport Network DBus)
 
 if(BUILD_TESTING)
     find_package(GTest REQUIRED)                            # tests; GTest::gtest_main, GTest::gmock
