@@ -6,6 +6,7 @@
 #include "cli/Presentation.h"
 #include "cli/Session.h"
 #include "core/export/ExportVerifier.h"
+#include "core/export/ICSExporter.h"
 #include "core/export/LibraryExporter.h"
 #include "core/export/NoteExport.h"
 
@@ -128,6 +129,22 @@ ExitStatus verify(Session& session, const Arguments& arguments) {
     throw CommandError::badInput("The export has " + counted(found.problems.size(), "fault") + ".");
 }
 
+ExitStatus exportTasks(Session& session, const Arguments& arguments) {
+    const fs::path file = targetOf(arguments);
+    const std::size_t count = exportCalendar(
+        session.context(),
+        file,
+        {.includeCompleted = arguments.has("completed")},
+        session.calendar());
+    if (session.output().isJSON()) {
+        session.output().json(boost::json::object{{"file", file.string()}, {"tasks", count}});
+    } else {
+        session.output().line(
+            "Exported " + counted(count, "task") + " to “" + oneLine(file.string()) + "”.");
+    }
+    return ExitStatus::done;
+}
+
 ExitStatus exportNote(Session& session, const Arguments& arguments) {
     const fs::path file = targetOf(arguments);
     CDNote& note = resolveNote(session, arguments.word(0));
@@ -167,6 +184,17 @@ std::vector<Command> exportCommands() {
          .arguments = {{.name = "DIR", .completion = Completion::folder}},
          .example = "tesserine export verify ~/Desktop/Export",
          .run = verify},
+        {.path = "export calendar",
+         .summary = "Writes tasks with a due date as a file that calendar programs read",
+         .options =
+             {{.name = "to",
+               .value = "FILE",
+               .summary = "A new file, which usually ends in .ics",
+               .completion = Completion::file},
+              {.name = "completed", .summary = "Completed tasks as well"}},
+         .details = "Each task is a to-do of the iCalendar format, with its rule of repetition.",
+         .example = "tesserine export calendar --to ~/tasks.ics",
+         .run = exportTasks},
         {.path = "export note",
          .summary = "Writes one note as a page, as Markdown or as text",
          .arguments = {{.name = "NOTE"}},

@@ -83,5 +83,19 @@ TEST_F(ExportCommands, NoteBecomesOneFile) {
         std::string::npos);
 }
 
+TEST_F(ExportCommands, DatedTasksGoIntoACalendarFile) {
+    mustRun({"task", "add", "Call Ada tomorrow"});
+    mustRun({"task", "add", "Someday"});
+    const fs::path file = folder_ / "tasks.ics";
+    EXPECT_EQ(
+        mustRun({"export", "calendar", "--to", file.string()}).output,
+        "Exported 1 task to “" + file.string() + "”.\n");
+    EXPECT_NE(
+        test::contentOf(file).find("SUMMARY:Call Ada\r\nDTSTART;VALUE=DATE:20260315\r\n"),
+        std::string::npos);
+    EXPECT_EQ(run({"export", "calendar", "--to", file.string()}).status, ExitStatus::failed);
+    EXPECT_EQ(run({"export", "calendar"}).status, ExitStatus::usage);
+}
+
 }  // namespace
 }  // namespace tesserine::cli

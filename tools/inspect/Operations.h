@@ -54,6 +54,7 @@ const boost::json::array& array(const boost::json::object& input, std::string_vi
 void addBaseOperations(Operations& operations);
 void addBodyOperations(Operations& operations);
 void addCryptoOperations(Operations& operations);
+void addExportOperations(Operations& operations);
 void addIndexOperations(Operations& operations);
 void addQuickAddOperations(Operations& operations);
 void addSearchOperations(Operations& operations);

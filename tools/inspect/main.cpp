@@ -11,6 +11,7 @@ int main() {
     addBaseOperations(operations);
     addBodyOperations(operations);
     addCryptoOperations(operations);
+    addExportOperations(operations);
     addIndexOperations(operations);
     addQuickAddOperations(operations);
     addSearchOperations(operations);
