@@ -61,5 +61,6 @@ void addSearchOperations(Operations& operations);
 void addServiceOperations(Operations& operations);
 void addTaskOperations(Operations& operations);
 void addTaskServiceOperations(Operations& operations);
+void addUpdateOperations(Operations& operations);
 
 }  // namespace tesserine::inspect

@@ -18,6 +18,7 @@ int main() {
     addServiceOperations(operations);
     addTaskOperations(operations);
     addTaskServiceOperations(operations);
+    addUpdateOperations(operations);
 
     std::ios::sync_with_stdio(false);
     std::string line;
