@@ -19,6 +19,7 @@ find_package(Qt6 6.4 REQUIRED                               # the window, met in
     COMPONENTS Widgets Svg PrintSupport Network DBus)
 
 if(BUILD_TESTING)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Test)          # keys and clicks in the window's tests
     find_package(GTest REQUIRED)                            # tests; GTest::gtest_main, GTest::gmock
     include(GoogleTest)
 endif()
