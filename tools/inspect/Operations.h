@@ -51,6 +51,7 @@ std::optional<std::int64_t> optionalInteger(const boost::json::object& input, st
 const boost::json::array& array(const boost::json::object& input, std::string_view key);
 
 /// One function for each room; a room's operations stand in a file of its own.
+void addAIOperations(Operations& operations);
 void addBaseOperations(Operations& operations);
 void addBodyOperations(Operations& operations);
 void addCryptoOperations(Operations& operations);

@@ -8,6 +8,7 @@
 int main() {
     using namespace tesserine::inspect;
     Operations operations;
+    addAIOperations(operations);
     addBaseOperations(operations);
     addBodyOperations(operations);
     addCryptoOperations(operations);
