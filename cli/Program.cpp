@@ -86,7 +86,9 @@ ExitStatus dispatchSafely(const std::vector<std::string>& line, Environment& env
         return ExitStatus::interrupted;
     } catch (const UsageError& error) {
         return fail(environment, ExitStatus::usage, error.what());
-    } catch (const LibraryUnavailable& error) {
+    } catch (const NoLibrary& error) {
+        return fail(environment, ExitStatus::noLibrary, error.what());
+    } catch (const LibraryFolderError& error) {
         return fail(environment, ExitStatus::noLibrary, error.what());
     } catch (const StoreError& error) {
         const bool isLibrary = error.kind() == StoreError::Kind::loadFailed;

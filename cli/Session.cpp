@@ -1,13 +1,9 @@
 #include "cli/Session.h"
 
 #include "base/Files.h"
+#include "base/FirstWeekday.h"
 #include "cli/LibrarySearch.h"
 #include "cli/Safeguard.h"
-#include "cli/Settings.h"
-
-#include <sys/stat.h>
-#include <unicode/ucal.h>
-#include <unistd.h>
 
 #include <system_error>
 
@@ -44,24 +40,15 @@ std::unique_ptr<FixedClock> clockOf(const Environment& environment, const Argume
     return std::make_unique<FixedClock>(instant->floorToMillisecond());
 }
 
-int weekdayOfLocale(const std::string& locale) {
-    UErrorCode code = U_ZERO_ERROR;
-    UCalendar* calendar = ucal_open(nullptr, -1, locale.c_str(), UCAL_GREGORIAN, &code);
-    if (U_FAILURE(code)) return UCAL_SUNDAY;
-    const int first = ucal_getAttribute(calendar, UCAL_FIRST_DAY_OF_WEEK);
-    ucal_close(calendar);
-    return first;
-}
-
 Calendar calendarOf(
     const Environment& environment, const Arguments& arguments, const Preferences& preferences) {
     const auto zone = given(environment, arguments, "time-zone", "TESSERINE_TIME_ZONE");
     if (zone && !Calendar::isZone(zone->value)) {
         throw UsageError::badValue(zone->name, "a time zone such as Europe/Berlin");
     }
-    auto weekday = arguments.integer("first-weekday", 1, 7);
-    if (!weekday) weekday = firstWeekdaySetting(preferences);
-    const int first = weekday ? static_cast<int>(*weekday) : weekdayOfLocale(environment.locale());
+    const auto weekday = arguments.integer("first-weekday", 1, 7);
+    const int first =
+        weekday ? static_cast<int>(*weekday) : firstWeekday(preferences, environment.locale());
     return Calendar(zone ? zone->value : environment.systemZone, first);
 }
 
@@ -84,24 +71,6 @@ fs::path logPath(const Environment& environment) {
 }
 
 }  // namespace
-
-fs::path checkedLibraryFolder(const fs::path& folder) {
-    std::error_code error;
-    const fs::path canonical = fs::weakly_canonical(fs::absolute(folder, error), error);
-    if (error) throw LibraryUnavailable::refused(folder, "cannot be reached");
-    // "folder/" names the same place as "folder".
-    fs::path clean = canonical.has_filename() ? canonical : canonical.parent_path();
-    if (clean == clean.root_path()) {
-        throw LibraryUnavailable::refused(clean, "is the root of the file system, not a library");
-    }
-    struct stat status = {};
-    if (::stat(clean.c_str(), &status) != 0) return clean;
-    if (!S_ISDIR(status.st_mode)) throw LibraryUnavailable::refused(clean, "is not a folder");
-    if (status.st_uid != ::geteuid()) {
-        throw LibraryUnavailable::refused(clean, "belongs to another user");
-    }
-    return clean;
-}
 
 Session::Session(Environment& environment, const Arguments& arguments, Access access)
     : environment_(environment),
@@ -147,7 +116,7 @@ TesserineStore& Session::store() {
 
 void Session::openStore() {
     const fs::path folder = libraryFolder();
-    if (access_ == Access::reads && !hasLibrary()) throw LibraryUnavailable::none(folder);
+    if (access_ == Access::reads && !hasLibrary()) throw NoLibrary(folder);
     store_ = std::make_unique<TesserineStore>(
         StoreConfiguration{.directory = folder},
         StoreEnvironment{
@@ -163,6 +132,7 @@ void Session::openStore() {
 void Session::closeLibrary() {
     releaseNames();
     search_.reset();
+    care_.reset();
     store_.reset();
 }
 
@@ -189,6 +159,13 @@ const AttachmentService& Session::attachments() {
 LibrarySearch& Session::search() {
     if (!search_) search_ = std::make_unique<LibrarySearch>(*this);
     return *search_;
+}
+
+LibraryCare& Session::care() {
+    if (!care_) {
+        care_ = std::make_unique<LibraryCare>(store(), clock(), environment_.random, log_);
+    }
+    return *care_;
 }
 
 void Session::throwIfStopped() const {

@@ -10,17 +10,18 @@
 #include "cli/Environment.h"
 #include "cli/Output.h"
 #include "core/services/AttachmentService.h"
+#include "core/services/LibraryCare.h"
 #include "core/services/MIMEType.h"
 #include "core/services/NotebookService.h"
 #include "core/services/NoteService.h"
 #include "core/services/SavedSearchService.h"
 #include "core/services/TagService.h"
+#include "core/store/LibraryFolder.h"
 #include "core/store/StoreContext.h"
 #include "core/store/TesserineStore.h"
 #include "core/tasks/TaskService.h"
 #include "core/tasks/TaskTemplateService.h"
 
-#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <memory>
@@ -33,26 +34,12 @@ namespace tesserine::cli {
 
 class LibrarySearch;
 
-/// The library could not be opened for a reason that stands before the store: exit status 3.
-class LibraryUnavailable final : public UserError {
+/// There is no library to read.
+class NoLibrary final : public UserError {
 public:
-    enum class Kind { none, refused };
-
-    static LibraryUnavailable none(const std::filesystem::path& folder) {
-        return {
-            Kind::none,
-            "There is no library in “" + folder.string() + "”; “tesserine init” makes one."};
-    }
-    /// `reason` completes "The folder “X” …".
-    static LibraryUnavailable refused(
-        const std::filesystem::path& folder, const std::string& reason) {
-        return {Kind::refused, "The folder “" + folder.string() + "” " + reason + "."};
-    }
-    Kind kind() const noexcept { return kind_; }
-
-private:
-    LibraryUnavailable(Kind kind, const std::string& sentence) : UserError(sentence), kind_(kind) {}
-    Kind kind_;
+    explicit NoLibrary(const std::filesystem::path& folder)
+        : UserError(
+            "There is no library in “" + folder.string() + "”; “tesserine init” makes one.") {}
 };
 
 /// Ctrl-C was pressed and the command stopped where nothing is half done.
@@ -60,10 +47,6 @@ class Interrupted final : public std::exception {
 public:
     const char* what() const noexcept override { return "Interrupted."; }
 };
-
-/// The folder of a library as it is opened: absolute, links resolved. Throws `LibraryUnavailable`
-/// for "/", for what is no folder, and for a folder of another user.
-std::filesystem::path checkedLibraryFolder(const std::filesystem::path& folder);
 
 /// One run of one command: what it was given, and what it opens when it needs it.
 ///
@@ -87,10 +70,10 @@ public:
     std::filesystem::path logFile() const;
     std::filesystem::path preferencesFile() const;
 
-    /// Where the library is or would be; throws `LibraryUnavailable`.
+    /// Where the library is or would be; throws `LibraryFolderError`.
     std::filesystem::path libraryFolder() const;
     bool hasLibrary() const;
-    /// Opens the library the first time. Throws `LibraryUnavailable` and `StoreError`.
+    /// Opens the library the first time. Throws `NoLibrary`, `LibraryFolderError` and `StoreError`.
     TesserineStore& store();
     /// The store's main context.
     StoreContext& context() { return store().viewContext(); }
@@ -99,10 +82,8 @@ public:
     /// closing of the library, or the end. Throws `StoreError` when another holds it for too long.
     void holdNames();
     void releaseNames() { names_.reset(); }
-    /// Remembers that there is a backup of the library as it stands.
-    void noteBackup() { backedUpChange_ = store().lastTransactionNumber(); }
-    /// Whether nothing was changed since then, by anyone.
-    bool isBackedUp() { return backedUpChange_ == store().lastTransactionNumber(); }
+    /// Backups and the purge; opens the library the first time.
+    LibraryCare& care();
     /// From now on the command only reads, so that nothing is made or written by opening.
     void onlyRead() { access_ = Access::reads; }
     /// Closes the library; the next use opens it again.
@@ -150,9 +131,9 @@ private:
     std::unique_ptr<mime::TypeRegistry> types_;
     std::unique_ptr<AttachmentService> attachments_;
     std::unique_ptr<TesserineStore> store_;
+    std::unique_ptr<LibraryCare> care_;
     std::unique_ptr<LibrarySearch> search_;
     std::optional<files::FolderLock> names_;
-    std::optional<std::int64_t> backedUpChange_;
 };
 
 }  // namespace tesserine::cli

@@ -1,5 +1,6 @@
 #include "cli/Settings.h"
 
+#include "base/FirstWeekday.h"
 #include "core/services/TrashRetention.h"
 #include "search/SearchSynonyms.h"
 
@@ -11,7 +12,6 @@ namespace tesserine::cli {
 namespace {
 
 constexpr std::string_view prefix = "tesserine.";
-constexpr std::string_view firstWeekdayKey = "tesserine.firstWeekday";
 
 constexpr std::array<Setting, 3> table{{
     {.key = TrashRetention::daysKey,
@@ -41,12 +41,6 @@ const Setting* findSetting(std::string_view key) {
         return setting.key == key || setting.key.substr(prefix.size()) == key;
     });
     return found == table.end() ? nullptr : &*found;
-}
-
-std::optional<std::int64_t> firstWeekdaySetting(const Preferences& preferences) {
-    const auto day = preferences.integer(firstWeekdayKey);
-    if (!day || *day < 1 || *day > 7) return std::nullopt;
-    return day;
 }
 
 }  // namespace tesserine::cli

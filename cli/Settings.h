@@ -1,9 +1,6 @@
 #pragma once
 
-#include "base/Preferences.h"
-
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,8 +26,5 @@ struct Setting {
 std::span<const Setting> settings();
 /// By key, which may be given without its beginning "tesserine."; null when there is none.
 const Setting* findSetting(std::string_view key);
-
-/// The first day of the week that the user chose, 1 = Sunday … 7 = Saturday.
-std::optional<std::int64_t> firstWeekdaySetting(const Preferences& preferences);
 
 }  // namespace tesserine::cli

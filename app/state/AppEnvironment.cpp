@@ -98,10 +98,10 @@ void AppEnvironment::bringSearchesOver() {
 
 void AppEnvironment::careForLibrary() {
     inBackground(
-        [this](StoreContext& context, const std::stop_token& stop) {
+        [this](StoreContext&, const std::stop_token& stop) {
             LibraryCare care(store_, clock(), random(), log_);
             care.makeDailyBackup();
-            care.purgeTrash(context, preferences_, stop);
+            care.purgeTrash(preferences_, stop);
         },
         this);
 }

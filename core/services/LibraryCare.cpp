@@ -2,6 +2,7 @@
 
 #include "base/Preferences.h"
 #include "core/services/TrashRetention.h"
+#include "core/store/StoreContext.h"
 #include "core/store/TesserineStore.h"
 
 namespace tesserine {
@@ -32,13 +33,13 @@ void LibraryCare::makeDailyBackup() {
     }
 }
 
-void LibraryCare::purgeTrash(
-    StoreContext& context, Preferences& preferences, const std::stop_token& stop) {
+void LibraryCare::purgeTrash(Preferences& preferences, const std::stop_token& stop) {
     if (!TrashRetention::days(preferences)) return;
     try {
+        const auto context = store_.newBackgroundContext();
         TrashRetention(clock_, preferences)
             .run(
-                context, [&] { return hasBackupForPurge(stop); }, stop);
+                *context, [&] { return hasBackupForPurge(stop); }, stop);
     } catch (const UserError& error) {
         log_.warning(std::string("purge of the trash: ") + error.what());
     }

@@ -10,7 +10,6 @@
 namespace tesserine {
 
 class Preferences;
-class StoreContext;
 class TesserineStore;
 
 /// What programs do of their own accord to keep a library safe and tidy: the daily backup, a backup
@@ -31,8 +30,7 @@ public:
     /// One backup a day; with it goes what no follower and no row needs. What fails is logged.
     void makeDailyBackup();
     /// The purge of old notes that the user asked for, after a backup. What fails is logged.
-    void purgeTrash(
-        StoreContext& context, Preferences& preferences, const std::stop_token& stop = {});
+    void purgeTrash(Preferences& preferences, const std::stop_token& stop = {});
 
 private:
     bool hasBackupForPurge(const std::stop_token& stop);
