@@ -80,6 +80,17 @@ SearchResponse SearchEngine::search(const Request& request) {
     return std::move(run.response);
 }
 
+SearchResponse SearchEngine::find(Query query, std::int64_t limit) {
+    Run run{
+        .query = std::move(query),
+        .limit = std::clamp<std::int64_t>(limit, 1, largestLimit),
+        .now = setting_.clock.now(),
+        .end = setting_.clock.monotonic() + longestSearch};
+    findAsTyped(run);
+    if (run.isOutOfTime) run.response.hints.emplace_back(outOfTime);
+    return std::move(run.response);
+}
+
 bool SearchEngine::findAsTyped(Run& run) {
     const CompiledQuery compiled = compile(run.query, run.limit);
     run.response.hints = compiled.hints;

@@ -53,6 +53,8 @@ public:
         Effort effort = Effort::all;
     };
     SearchResponse search(const Request& request);
+    /// The best results of exactly this query, at most `limit`; no other one is tried.
+    SearchResponse find(Query query, std::int64_t limit);
 
 private:
     struct Run;
