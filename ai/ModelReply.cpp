@@ -165,6 +165,14 @@ std::string chatText(const object& body) {
 
 }  // namespace
 
+ServiceReply judged(const HTTPReply& reply) {
+    const std::string* const retryAfter = reply.header("Retry-After");
+    return {
+        .status = reply.status,
+        .body = reply.body,
+        .retryAfter = retryAfter != nullptr ? std::string_view(*retryAfter) : ""};
+}
+
 std::string grok::requestBody(const AIRequest& request) {
     object body{
         {"model", request.model},

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ai/AIMessage.h"
+#include "base/HTTP.h"
 
 #include <optional>
 #include <string>
@@ -16,6 +17,9 @@ struct ServiceReply {
     std::string_view body;
     std::string_view retryAfter;  ///< the header of that name, empty when absent
 };
+
+/// The parts of `reply` that count, as views into it.
+ServiceReply judged(const HTTPReply& reply);
 
 namespace grok {
 /// The JSON body of a request to the provider's "responses" endpoint.

@@ -1,0 +1,108 @@
+#include "ai/AIError.h"
+#include "ai/GrokProvider.h"
+#include "ai/RelayProvider.h"
+#include "base/HTTP.h"
+#include "base/OperationCancelled.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tesserine {
+namespace {
+
+/// Keeps what was sent and answers as it is told.
+class ScriptedTransport final : public HTTPTransport {
+public:
+    HTTPReply send(const HTTPRequest& request, const std::stop_token&) override {
+        sent.push_back(request);
+        return answer();
+    }
+    std::string header(const std::string& name) const {
+        for (const HTTPHeader& header : sent.back().headers) {
+            if (header.name == name) return header.value;
+        }
+        return "";
+    }
+
+    std::vector<HTTPRequest> sent;
+    std::function<HTTPReply()> answer = [] { return HTTPReply{.status = 200, .body = "{}"}; };
+};
+
+class ProviderTest : public testing::Test {
+protected:
+    RelayProvider relay(bool configured) {
+        return RelayProvider(
+            {.baseURL = "https://service.example/api/v1/",
+             .session = transport_,
+             .token = [](const std::stop_token&) { return "access"; },
+             .configured = configured});
+    }
+    std::string failure(AIProvider& provider) {
+        try {
+            provider.complete(request_, {});
+        } catch (const AIError& error) {
+            return error.what();
+        }
+        return "answered";
+    }
+
+    ScriptedTransport transport_;
+    GrokProvider grok_{{.apiKey = "key", .baseURL = "https://p.example/v1", .session = transport_}};
+    AIRequest request_{.messages = {{AIMessage::Role::user, "Why?"}}, .model = "m"};
+};
+
+TEST_F(ProviderTest, SendsEachRequestOnceToItsEndpoint) {
+    transport_.answer = [] { return HTTPReply{.status = 200, .body = R"({"text":"So."})"}; };
+    RelayProvider provider = relay(true);
+    EXPECT_EQ(provider.complete(request_, {}).text, "So.");
+    EXPECT_EQ(transport_.sent.back().url, "https://service.example/api/v1/ai/ask");
+    EXPECT_EQ(transport_.header("Authorization"), "Bearer access");
+    EXPECT_EQ(transport_.header("User-Agent"), "Tesserine/" TESSERINE_VERSION " (macOS)");
+    EXPECT_EQ(provider.destination(), "service.example");
+
+    transport_.answer = [] {
+        return HTTPReply{.status = 200, .body = R"({"choices":[{"message":{"content":"So."}}]})"};
+    };
+    EXPECT_EQ(grok_.complete(request_, {}).model, "m");
+    const HTTPRequest& direct = transport_.sent.back();
+    EXPECT_EQ(direct.method + " " + direct.url, "POST https://p.example/v1/responses");
+    EXPECT_EQ(transport_.header("Authorization"), "Bearer key");
+    EXPECT_EQ(direct.inactivity, std::chrono::seconds(90));
+    EXPECT_FALSE(direct.isRepeatable);
+    EXPECT_EQ(transport_.sent.size(), 2U);
+}
+
+TEST_F(ProviderTest, TurnsEveryKindOfSilenceIntoASentence) {
+    const auto throwing = [this](HTTPError::Kind kind) {
+        transport_.answer = [kind]() -> HTTPReply { throw HTTPError(kind, "why"); };
+    };
+    const std::string unreadable = "Tesserine could not read the AI service's reply. ";
+    throwing(HTTPError::Kind::unreachable);
+    EXPECT_EQ(failure(grok_), AIError::offline().what());
+    throwing(HTTPError::Kind::untrusted);
+    EXPECT_EQ(failure(grok_), AIError::offline().what());
+    throwing(HTTPError::Kind::malformed);
+    EXPECT_EQ(failure(grok_), unreadable + "The service did not return an HTTP response.");
+    RelayProvider provider = relay(true);
+    EXPECT_EQ(failure(provider), unreadable + "The relay did not return an HTTP response.");
+    transport_.answer = []() -> HTTPReply { throw OperationCancelled(); };
+    EXPECT_EQ(failure(grok_), AIError::cancelled().what());
+    // A redirect is not followed, so that the key stays with its host.
+    transport_.answer = [] {
+        return HTTPReply{.status = 307, .headers = {{"Location", "https://evil.example/"}}};
+    };
+    EXPECT_EQ(
+        failure(grok_), "The AI service returned an error (307). The service did not explain why.");
+}
+
+TEST_F(ProviderTest, TouchesNoNetworkBeforeItIsSetUp) {
+    RelayProvider provider = relay(false);
+    EXPECT_EQ(failure(provider), AIError::notConfigured().what());
+    EXPECT_TRUE(transport_.sent.empty());
+}
+
+}  // namespace
+}  // namespace tesserine
