@@ -20,7 +20,6 @@ QLabel* centredLabel(QWidget* parent, TextRole role) {
     label->setWordWrap(true);
     label->setTextFormat(Qt::PlainText);
     label->setFont(Theme::font(role));
-    label->setFixedWidth(textWidth);
     return label;
 }
 
@@ -32,17 +31,24 @@ EmptyState::EmptyState(const Content& content, QWidget* parent)
       title_(centredLabel(this, TextRole::heading)),
       text_(centredLabel(this, TextRole::body)),
       button_(new QPushButton(this)) {
-    auto* const column = new QVBoxLayout(this);
+    auto* const middle = new QWidget(this);  // gives the texts their width, and so their lines
+    middle->setMaximumWidth(textWidth);
+    auto* const column = new QVBoxLayout(middle);
+    column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addStretch(2);
     column->addWidget(picture_, 0, Qt::AlignHCenter);
     column->addSpacing(space::large);
-    column->addWidget(title_, 0, Qt::AlignHCenter);
+    column->addWidget(title_);
     column->addSpacing(space::tiny);
-    column->addWidget(text_, 0, Qt::AlignHCenter);
+    column->addWidget(text_);
     column->addSpacing(space::large);
     column->addWidget(button_, 0, Qt::AlignHCenter);
     column->addStretch(3);  // a little above the middle, where the eye rests
+    auto* const row = new QHBoxLayout(this);
+    row->addStretch(1);
+    row->addWidget(middle, 1000);
+    row->addStretch(1);
     connect(button_, &QPushButton::clicked, this, &EmptyState::acted);
     setContent(content);
     followPalette();

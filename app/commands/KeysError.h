@@ -1,0 +1,18 @@
+#pragma once
+
+#include "base/UserError.h"
+
+namespace tesserine::app {
+
+/// Why a command cannot have the keys that were asked for it.
+class KeysError final : public UserError {
+public:
+    static KeysError taken(const std::string& keys, const std::string& command) {
+        return KeysError(keys + " already belongs to “" + command + "”.");
+    }
+
+private:
+    using UserError::UserError;
+};
+
+}  // namespace tesserine::app
