@@ -11,8 +11,30 @@
 namespace tesserine {
 namespace {
 
-/// The queue whose thread this is; compared by address only.
-thread_local const void* currentQueue = nullptr;
+/// Marks this thread as the one that runs a queue's tasks, for the frame's life. A task of one
+/// queue may wait for another and run that one's task on the same thread.
+class Running {
+public:
+    explicit Running(const void* queue) : queue_(queue), outer_(innermost) { innermost = this; }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    ~Running() { innermost = outer_; }
+
+    static bool isHere(const void* queue) {
+        const Running* frame = innermost;
+        while (frame != nullptr && frame->queue_ != queue) {
+            frame = frame->outer_;
+        }
+        return frame != nullptr;
+    }
+
+private:
+    static thread_local const Running* innermost;
+    const void* queue_;  // compared by address only
+    const Running* outer_;
+};
+
+thread_local const Running* Running::innermost = nullptr;
 
 }  // namespace
 
@@ -25,6 +47,7 @@ struct SerialQueue::State {
     std::condition_variable changed;
     // Behind mutex.
     std::deque<std::function<void()>> tasks;
+    bool isRunning = false;  // a task, here or on the thread that waits for it
     bool isSuspended = false;
     bool isEnding = false;
 
@@ -32,23 +55,43 @@ struct SerialQueue::State {
 
     void run();
     void runTask(const std::function<void()>& task) const noexcept;
+    bool takeTurn();
+    void endTurn();
 };
 
 void SerialQueue::State::run() {
     constexpr std::size_t longestThreadName = 15;
     ::pthread_setname_np(::pthread_self(), name.substr(0, longestThreadName).c_str());
-    currentQueue = this;
+    const Running here(this);
 
     std::unique_lock lock(mutex);
     while (true) {
-        changed.wait(lock, [this] { return isEnding || (!isSuspended && !tasks.empty()); });
+        changed.wait(
+            lock, [this] { return !isRunning && (isEnding || (!isSuspended && !tasks.empty())); });
         if (tasks.empty()) return;
         std::function<void()> task = std::move(tasks.front());
         tasks.pop_front();
+        isRunning = true;
         lock.unlock();
         runTask(task);
         lock.lock();
+        isRunning = false;
     }
+}
+
+/// Whether nothing is before the caller, who then runs a task in its own thread and ends its turn.
+bool SerialQueue::State::takeTurn() {
+    const std::lock_guard lock(mutex);
+    const bool isIdle = !isRunning && !isSuspended && tasks.empty();
+    if (isIdle) isRunning = true;
+    return isIdle;
+}
+
+void SerialQueue::State::endTurn() {
+    // Told under the lock: whoever waits may end the queue's life at once.
+    const std::lock_guard lock(mutex);
+    isRunning = false;
+    if (!tasks.empty() || isEnding) changed.notify_all();
 }
 
 void SerialQueue::State::runTask(const std::function<void()>& task) const noexcept {
@@ -94,6 +137,16 @@ void SerialQueue::sync(const std::function<void()>& task) {
         task();
         return;
     }
+    if (state_->takeTurn()) {
+        struct Turn {
+            State& state;
+            Running here{&state};
+            ~Turn() { state.endTurn(); }
+        };
+        const Turn turn{*state_};
+        task();
+        return;
+    }
 
     std::mutex mutex;
     std::condition_variable finished;
@@ -115,7 +168,7 @@ void SerialQueue::sync(const std::function<void()>& task) {
     if (failure) std::rethrow_exception(failure);
 }
 
-bool SerialQueue::isCurrent() const { return currentQueue == state_.get(); }
+bool SerialQueue::isCurrent() const { return Running::isHere(state_.get()); }
 
 void SerialQueue::suspend() {
     const std::lock_guard lock(state_->mutex);

@@ -47,6 +47,36 @@ TEST(SerialQueue, AWaitingCallFromTheQueueItselfRunsInPlace) {
     EXPECT_EQ(answer, 42);
 }
 
+TEST(SerialQueue, WaitingThreadsTakeTurnsWithTheQueuesOwn) {
+    SerialQueue queue("test");
+    int count = 0;  // touched on the queue only
+    {
+        std::vector<std::jthread> threads;
+        threads.reserve(4);
+        for (int thread = 0; thread < 4; ++thread) {
+            threads.emplace_back([&] {
+                for (int i = 0; i < 500; ++i) {
+                    queue.sync([&] { ++count; });
+                    queue.async([&] { ++count; });
+                }
+            });
+        }
+    }
+    EXPECT_EQ(queue.call<int>([&] { return count; }), 4000);
+}
+
+TEST(SerialQueue, ATaskThatWaitsForAnotherQueueMayBeCalledBack) {
+    SerialQueue outer("outer");
+    SerialQueue inner("inner");
+    const bool isBoth = outer.call<bool>([&] {
+        return inner.call<bool>([&] {
+            return inner.isCurrent() && outer.call<bool>([&] { return outer.isCurrent(); });
+        });
+    });
+    EXPECT_TRUE(isBoth);
+    EXPECT_FALSE(outer.isCurrent() || inner.isCurrent());
+}
+
 TEST(SerialQueue, GivesExceptionsToWhoWaitsAndLogsTheOthers) {
     const auto sink = std::make_shared<MemorySink>();
     SerialQueue queue("index", Log(sink, "app", "queue"));

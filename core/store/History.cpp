@@ -104,8 +104,11 @@ std::vector<StoreTransaction> after(
 
 std::int64_t lastNumber(SQLiteDatabase& database) {
     // The sequence remembers the number also when its row was dropped.
-    return database.integer(
+    Statement& row = database.cached(
         "SELECT IFNULL((SELECT seq FROM sqlite_sequence WHERE name = 'Z_HISTORY'), 0)");
+    const std::int64_t number = row.step() ? row.integer(0) : 0;
+    row.reset();
+    return number;
 }
 
 bool isCompleteAfter(SQLiteDatabase& database, std::int64_t number) {
