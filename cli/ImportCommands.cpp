@@ -5,6 +5,7 @@
 #include "cli/Presentation.h"
 #include "cli/Safeguard.h"
 #include "cli/Session.h"
+#include "core/import/ENEXImporter.h"
 #include "core/import/ImportReports.h"
 #include "core/import/MarkdownImporter.h"
 #include "core/model/BookkeepingEntities.h"
@@ -27,7 +28,8 @@ ImportOptions optionsFrom(Session& session, const Arguments& arguments) {
     ImportOptions options{
         .tag = arguments.text("tag"),
         .keepsRemoteImages = arguments.has("remote-images"),
-        .recognisesTags = arguments.has("recognise-tags")};
+        .recognisesTags = arguments.has("recognise-tags"),
+        .createsTasks = !arguments.has("no-tasks")};
     if (const auto policy = arguments.text("duplicates")) {
         options.duplicates = *duplicatePolicyNamed(*policy);
     }
@@ -38,8 +40,8 @@ ImportOptions optionsFrom(Session& session, const Arguments& arguments) {
 }
 
 /// Looks only; a folder without a library is looked at as an empty one.
-ExitStatus previewMarkdown(
-    Session& session, const MarkdownImporter& importer, const Arguments& arguments) {
+template <class Importer>
+ExitStatus preview(Session& session, const Importer& importer, const Arguments& arguments) {
     session.onlyRead();
     std::optional<TesserineStore> empty;
     if (!session.hasLibrary()) {
@@ -53,8 +55,8 @@ ExitStatus previewMarkdown(
     return ExitStatus::done;
 }
 
-ImportReport runImport(
-    Session& session, const MarkdownImporter& importer, const Arguments& arguments) {
+template <class Importer>
+ImportReport runImport(Session& session, const Importer& importer, const Arguments& arguments) {
     const ImportOptions options = optionsFrom(session, arguments);
     if (!session.store().wasCreated() && !arguments.has("no-backup")) {
         backUpBefore(session, "import");
@@ -70,14 +72,15 @@ ImportReport runImport(
          }});
 }
 
-ExitStatus importMarkdown(Session& session, const Arguments& arguments) {
-    const MarkdownImporter importer(
+template <class Importer>
+ExitStatus importWith(Session& session, const Arguments& arguments) {
+    const Importer importer(
         {.clock = session.clock(),
          .random = session.environment().random,
          .calendar = session.calendar(),
          .types = session.types(),
          .log = session.log()});
-    if (arguments.has("dry-run")) return previewMarkdown(session, importer, arguments);
+    if (arguments.has("dry-run")) return preview(session, importer, arguments);
 
     const ImportReport report = runImport(session, importer, arguments);
     showReport(session, report);
@@ -141,15 +144,35 @@ ExitStatus undoImport(Session& session, const Arguments& arguments) {
     const ImportUndo undo = runUndo(session, *id);
     if (session.output().isJSON()) {
         session.output().json(boost::json::object{
-            {"trashed", undo.trashed}, {"gone", undo.gone}, {"prunedTags", undo.prunedTags}});
+            {"trashed", undo.trashed},
+            {"gone", undo.gone},
+            {"prunedTags", undo.prunedTags},
+            {"tasks", undo.tasks}});
     } else {
         session.output().line(
             "Moved " + counted(undo.trashed, "note") + " to the trash (" + std::to_string(undo.gone)
-            + " were gone already) and deleted " + counted(undo.prunedTags, "unused tag") + ".");
+            + " were gone already) and deleted " + counted(undo.prunedTags, "unused tag")
+            + (undo.tasks == 0 ? "" : " and " + counted(undo.tasks, "task")) + ".");
     }
     session.output().flush();
     if (undo.wasStopped) throw Interrupted();
     return ExitStatus::done;
+}
+
+/// What every import from another program offers, with `more` of its own.
+std::vector<Option> importOptions(std::vector<Option> more = {}) {
+    std::vector<Option> options{
+        {.name = "dry-run", .summary = "Only tell what would be imported"},
+        {.name = "notebook", .value = "NAME", .summary = "The notebook everything goes into"},
+        {.name = "tag", .value = "NAME", .summary = "A tag for every imported note"},
+        {.name = "duplicates",
+         .value = "POLICY",
+         .summary = "skip (which is usual), replace or keep notes that are there already",
+         .choices = {"skip", "replace", "keep"}},
+        {.name = "remote-images", .summary = "Keep pictures on other servers as pictures"}};
+    options.insert(options.end(), more.begin(), more.end());
+    options.push_back({.name = "no-backup", .summary = "Make no backup first"});
+    return options;
 }
 
 }  // namespace
@@ -160,22 +183,25 @@ std::vector<Command> importCommands() {
          .summary = "Imports Markdown files, or all of a folder, with a report that is kept",
          .access = Access::writes,
          .arguments = {{.name = "PATH", .isRepeatable = true, .completion = Completion::file}},
-         .options =
-             {{.name = "dry-run", .summary = "Only tell what would be imported"},
-              {.name = "notebook", .value = "NAME", .summary = "The notebook everything goes into"},
-              {.name = "tag", .value = "NAME", .summary = "A tag for every imported note"},
-              {.name = "duplicates",
-               .value = "POLICY",
-               .summary = "skip (which is usual), replace or keep notes that are there already",
-               .choices = {"skip", "replace", "keep"}},
-              {.name = "remote-images", .summary = "Keep pictures on other servers as pictures"},
-              {.name = "recognise-tags", .summary = "Make tags of #words in the text"},
-              {.name = "no-backup", .summary = "Make no backup first"}},
+         .options = importOptions(
+             {{.name = "recognise-tags", .summary = "Make tags of #words in the text"}}),
          .details = "Folders become notebooks; links between the files become links between notes; "
                     "pictures and files beside them become attachments. Notes that are there "
                     "already are skipped, so a run that was stopped can be run again.",
          .example = "tesserine import markdown ~/Documents/notes --tag imported",
-         .run = importMarkdown},
+         .run = importWith<MarkdownImporter>},
+        {.path = "import enex",
+         .summary = "Imports Evernote's export files, with a report that is kept",
+         .access = Access::writes,
+         .arguments = {{.name = "FILE", .isRepeatable = true, .completion = Completion::file}},
+         .options = importOptions(
+             {{.name = "no-tasks", .summary = "Make checklists of tasks instead of tasks"}}),
+         .details = "Each file becomes a notebook of its name. Text, pictures, files, tags, dates, "
+                    "reminders and tasks come along. At the end the library is read again and "
+                    "compared with the files, byte by byte. Notes that are there already are "
+                    "skipped, so a run that was stopped can be run again.",
+         .example = "tesserine import enex ~/Downloads/Recipes.enex",
+         .run = importWith<ENEXImporter>},
         {.path = "import list",
          .summary = "Lists the imports whose reports are kept, newest first",
          .example = "tesserine import list",

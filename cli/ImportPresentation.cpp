@@ -31,6 +31,15 @@ boost::json::array arrayOf(const std::vector<ImportedNote>& notes) {
     return array;
 }
 
+boost::json::value asJSON(const std::optional<ImportCheck>& check) {
+    if (!check) return nullptr;
+    return boost::json::object{
+        {"notes", check->notes},
+        {"expectedNotes", check->expectedNotes},
+        {"files", check->files},
+        {"expectedFiles", check->expectedFiles}};
+}
+
 std::string attachmentText(std::size_t count, std::uint64_t bytes) {
     return counted(count, "attachment") + " (" + byteText(bytes) + ")";
 }
@@ -67,6 +76,7 @@ boost::json::object asJSON(const ImportReport& report) {
         {"failed", report.failed},
         {"attachments", report.attachments},
         {"attachmentBytes", report.attachmentBytes},
+        {"check", asJSON(report.check)},
         {"notes", arrayOf(report.notes)}};
 }
 
@@ -82,6 +92,7 @@ void showReport(Session& session, const ImportReport& report) {
         + " imported, " + std::to_string(report.replaced) + " replaced, "
         + std::to_string(report.skipped) + " skipped, " + std::to_string(report.failed)
         + " failed; " + attachmentText(report.attachments, report.attachmentBytes) + ".");
+    if (report.check) output.line("Compared with the source: " + report.check->sentence());
     if (!report.finished) output.line("It was stopped before its end; run it again to go on.");
     if (report.undone) output.line("It was undone at " + session.localTime(*report.undone) + ".");
     if (report.id) output.line("The report is kept as " + report.id->text() + ".");

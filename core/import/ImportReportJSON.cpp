@@ -23,6 +23,12 @@ boost::json::object encoded(const ImportedNote& note) {
         warnings.emplace_back(warning);
     }
     object["warnings"] = std::move(warnings);
+    if (note.taskIDs.empty()) return object;
+    boost::json::array tasks;
+    for (const Uuid& id : note.taskIDs) {
+        tasks.emplace_back(id.text());
+    }
+    object["taskIDs"] = std::move(tasks);
     return object;
 }
 
@@ -51,6 +57,36 @@ std::uint64_t numberIn(const boost::json::object& object, std::string_view key) 
     return static_cast<std::uint64_t>(value->get_int64());
 }
 
+std::vector<std::string> textsIn(const boost::json::object& object, std::string_view key) {
+    std::vector<std::string> texts;
+    const auto* const values = object.if_contains(key);
+    if (values == nullptr || !values->is_array()) return texts;
+    for (const auto& value : values->get_array()) {
+        if (value.is_string()) texts.emplace_back(value.get_string());
+    }
+    return texts;
+}
+
+boost::json::value encoded(const std::optional<ImportCheck>& check) {
+    if (!check) return nullptr;
+    return boost::json::object{
+        {"notes", check->notes},
+        {"expectedNotes", check->expectedNotes},
+        {"files", check->files},
+        {"expectedFiles", check->expectedFiles}};
+}
+
+std::optional<ImportCheck> checkIn(const boost::json::object& report) {
+    const auto* const value = report.if_contains("check");
+    if (value == nullptr || !value->is_object()) return std::nullopt;
+    const auto& object = value->get_object();
+    return ImportCheck{
+        .notes = numberIn(object, "notes"),
+        .expectedNotes = numberIn(object, "expectedNotes"),
+        .files = numberIn(object, "files"),
+        .expectedFiles = numberIn(object, "expectedFiles")};
+}
+
 /// Adds the notes of `object` to `report` and counts them.
 void takeNotes(const boost::json::object& object, ImportReport& report) {
     const auto* const notes = object.if_contains("notes");
@@ -62,11 +98,9 @@ void takeNotes(const boost::json::object& object, ImportReport& report) {
         if (!outcome) continue;
         ImportedNote note{.title = textIn(entry, "title"), .outcome = *outcome};
         note.noteID = Uuid::parse(textIn(entry, "noteID"));
-        const auto* const warnings = entry.if_contains("warnings");
-        if (warnings != nullptr && warnings->is_array()) {
-            for (const auto& warning : warnings->get_array()) {
-                if (warning.is_string()) note.warnings.emplace_back(warning.get_string());
-            }
+        note.warnings = textsIn(entry, "warnings");
+        for (const std::string& text : textsIn(entry, "taskIDs")) {
+            if (const auto id = Uuid::parse(text)) note.taskIDs.push_back(*id);
         }
         report.add(std::move(note));
     }
@@ -101,6 +135,7 @@ std::string encodedImportReport(const ImportReport& report) {
         {"failed", report.failed},
         {"attachments", report.attachments},
         {"attachmentBytes", report.attachmentBytes},
+        {"check", encoded(report.check)},
         {"notes", encodedNotes(report, 0)},
     });
 }
@@ -116,6 +151,7 @@ std::optional<ImportReport> decodedImportReport(std::string_view json) {
     report.undone = instantIn(*object, "undone");
     report.seed = Uuid::parse(textIn(*object, "seed")).value_or(Uuid{});
     report.found = numberIn(*object, "found");
+    report.check = checkIn(*object);
     takeNotes(*object, report);
     return report;
 }

@@ -2,6 +2,7 @@
 
 #include "core/import/ImportReportJSON.h"
 #include "core/model/BookkeepingEntities.h"
+#include "core/model/TaskEntities.h"
 #include "core/services/NoteService.h"
 #include "core/services/TagService.h"
 #include "core/store/StoreContext.h"
@@ -18,6 +19,7 @@ std::string formatName(const std::string& format) {
     if (format == "markdown") return "Markdown";
     if (format == "enex") return "Evernote";
     if (format == "apple-notes") return "Apple Notes";
+    if (format == "tesserine") return "Tesserine";
     return format;
 }
 
@@ -35,6 +37,18 @@ std::vector<CDImportReport*> batchRows(StoreContext& context, const Uuid& report
     auto rows = context.fetch<CDImportReport>({.predicate = {"title == nil"}});
     std::erase_if(rows, [&](const auto* row) { return !isImportBatch(payloadOf(*row), report); });
     return rows;
+}
+
+/// Deletes the tasks that came with a note and were not touched since; tells how many.
+std::size_t removeTasks(StoreContext& context, const ImportedNote& imported, Instant started) {
+    std::size_t removed = 0;
+    for (const Uuid& id : imported.taskIDs) {
+        auto* task = context.find<CDTask>(id);
+        if (task == nullptr || task->updatedAt.valueOr(Instant{}) > started) continue;
+        context.remove(*task);
+        ++removed;
+    }
+    return removed;
 }
 
 std::string counted(std::size_t count, const std::string& noun) {
@@ -78,6 +92,7 @@ std::string ImportReports::text(const ImportReport& report, const Calendar& cale
     text += "Failed: " + std::to_string(report.failed) + "\n";
     text += "Attachments: " + std::to_string(report.attachments) + " ("
             + counted(report.attachmentBytes, "byte") + ")\n";
+    if (report.check) text += "Compared with the source: " + report.check->sentence() + "\n";
     if (!report.finished) text += "The import was stopped before its end.\n";
     if (report.undone) text += "The import was undone.\n";
     text += "\n";
@@ -102,6 +117,7 @@ ImportUndo ImportReports::undo(
         ++done;
         if (control.progress) control.progress({done, report.notes.size(), imported.title});
         if (imported.outcome != ImportOutcome::imported || !imported.noteID) continue;
+        result.tasks += removeTasks(context, imported, report.started);
         CDNote* note = notes.findNote(context, *imported.noteID);
         if (note == nullptr || note->trashedAt) {
             ++result.gone;

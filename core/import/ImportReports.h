@@ -15,6 +15,7 @@ struct ImportUndo {
     std::size_t trashed = 0;
     std::size_t gone = 0;  ///< were in the trash already, or deleted
     std::size_t prunedTags = 0;
+    std::size_t tasks = 0;    ///< deleted; those that were changed since the import stay
     bool wasStopped = false;  ///< before the end; undoing again goes on
 };
 

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <set>
 
 namespace tesserine {
 namespace {
@@ -55,12 +56,17 @@ public:
     Intake(ImportRun& run, std::function<CDNote&()> note, const ImportedNote& soFar)
         : run_(run), note_(std::move(note)), soFar_(soFar) {}
 
-    const CDAttachment& take(AttachmentDraft draft) override {
+    const CDAttachment& take(
+        AttachmentDraft draft, const std::optional<std::string>& recognisedText) override {
         draft.sourceKind = "import";
         const std::uint64_t bytes = draft.data.size();
         CDAttachment& taken = run_.attachments_.insert(run_.context_, note_(), std::move(draft));
         const bool isFirst = std::ranges::find(taken_, &taken) == taken_.end();
         if (isFirst) taken_.push_back(&taken);
+        if (recognisedText) {
+            taken.ocrText = *recognisedText;
+            taken.ocrStatus = "done";
+        }
         if (isFirst && taken.isInserted()) add(taken, bytes);
         return taken;
     }
@@ -108,6 +114,7 @@ ImportRun::ImportRun(
       notebooks_(environment.clock),
       tagService_(environment.clock),
       attachments_(environment.clock, environment.types),
+      tasks_(environment.clock),
       reports_(environment.clock) {
     const auto before = reports_.unfinished(context, format, file);
     isContinued_ = before.has_value();
@@ -187,6 +194,7 @@ void ImportRun::create(ImportDraft& draft, ImportedNote& result) {
         throw;
     }
     note->importFingerprint = draft.fingerprint;
+    takeDetails(*note, draft, result);
     if (draft.createdAt) note->createdAt = *draft.createdAt;
     if (draft.updatedAt) note->updatedAt = *draft.updatedAt;
     note->isPinned = draft.isPinned;
@@ -208,7 +216,33 @@ void ImportRun::replace(ImportDraft& draft, CDNote& note, ImportedNote& result) 
     }
     dropFormerAttachments(note, intake);
     replaceTags(note, draft);
+    takeDetails(note, draft, result);
     keepSource(note, draft);
+}
+
+void ImportRun::takeDetails(CDNote& note, const ImportDraft& draft, ImportedNote& result) {
+    if (draft.location) notes_.setLocation(note, *draft.location);
+    if (draft.reminderAt) notes_.setReminder(note, *draft.reminderAt);
+    if (draft.tasks.empty()) return;
+    // A note that is replaced may have them from the first import.
+    std::set<std::string> present;
+    for (const CDTask* task : note.tasks.all()) {
+        present.insert(task->title.valueOr(""));
+    }
+    for (const ImportedTask& task : draft.tasks) {
+        if (!present.contains(task.draft.title)) makeTask(task, note, result);
+    }
+}
+
+void ImportRun::makeTask(const ImportedTask& imported, CDNote& note, ImportedNote& result) {
+    TaskDraft draft = imported.draft;
+    draft.linkedNote = &note;
+    CDTask& task = tasks_.create(context_, std::move(draft));
+    // Stamps no later than the run, so that undoing it knows the tasks that were changed since.
+    task.createdAt = std::min(imported.createdAt.value_or(report_.started), report_.started);
+    task.updatedAt = std::min(imported.updatedAt.value_or(report_.started), report_.started);
+    if (imported.completedAt) task.completedAt = *imported.completedAt;
+    result.taskIDs.push_back(*task.id);
 }
 
 void ImportRun::keepSource(CDNote& note, ImportDraft& draft) {
@@ -309,8 +343,9 @@ void ImportRun::save() {
     bytesInBatch_ = 0;
 }
 
-ImportReport ImportRun::finish(bool isComplete) {
+ImportReport ImportRun::finish(bool isComplete, std::optional<ImportCheck> check) {
     if (!hasBegun_) save();
+    report_.check = check;
     if (isComplete) report_.finished = environment_.clock.now();
     reports_.rewrite(context_, report_);
     context_.save();

@@ -6,6 +6,7 @@
 #include "core/services/NotebookService.h"
 #include "core/services/NoteService.h"
 #include "core/services/TagService.h"
+#include "core/tasks/TaskService.h"
 
 #include <functional>
 #include <optional>
@@ -26,8 +27,18 @@ public:
     AttachmentIntake& operator=(const AttachmentIntake&) = delete;
     virtual ~AttachmentIntake() = default;
 
-    /// The note's attachment with these bytes. Throws `AttachmentError`.
-    virtual const CDAttachment& take(AttachmentDraft draft) = 0;
+    /// The note's attachment with these bytes; with `recognisedText` it needs no recognition any
+    /// more. Throws `AttachmentError`.
+    virtual const CDAttachment& take(
+        AttachmentDraft draft, const std::optional<std::string>& recognisedText = {}) = 0;
+};
+
+/// A task as an importer hands it over with its note.
+struct ImportedTask {
+    TaskDraft draft{};
+    std::optional<Instant> createdAt{};
+    std::optional<Instant> updatedAt{};
+    std::optional<Instant> completedAt{};
 };
 
 /// One note as an importer hands it over.
@@ -41,6 +52,9 @@ struct ImportDraft {
     std::vector<std::string> tags{};
     std::optional<std::string> sourceURL{};
     bool isPinned = false;
+    std::optional<NoteLocation> location{};
+    std::optional<Instant> reminderAt{};
+    std::vector<ImportedTask> tasks{};
     std::string originalFormat{};
     Bytes originalSource{};
     std::string importedFrom{};
@@ -95,7 +109,7 @@ public:
     /// Saves what is pending without ending the run.
     void save();
     /// Saves and closes the report; `isComplete` when every note was dealt with.
-    ImportReport finish(bool isComplete);
+    ImportReport finish(bool isComplete, std::optional<ImportCheck> check = {});
 
 private:
     class Intake;
@@ -104,6 +118,8 @@ private:
     void create(ImportDraft& draft, ImportedNote& result);
     void replace(ImportDraft& draft, CDNote& note, ImportedNote& result);
     void keepSource(CDNote& note, ImportDraft& draft);
+    void takeDetails(CDNote& note, const ImportDraft& draft, ImportedNote& result);
+    void makeTask(const ImportedTask& imported, CDNote& note, ImportedNote& result);
     void dropFormerAttachments(CDNote& note, const Intake& intake);
     void replaceTags(CDNote& note, const ImportDraft& draft);
     std::optional<Uuid> freeIdentifier(const ImportDraft& draft);
@@ -122,6 +138,7 @@ private:
     const NotebookService notebooks_;
     const TagService tagService_;
     const AttachmentService attachments_;
+    const TaskService tasks_;
     const ImportReports reports_;
     bool isContinued_ = false;
 

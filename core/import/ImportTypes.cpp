@@ -32,6 +32,15 @@ std::optional<ImportOutcome> importOutcomeNamed(std::string_view name) {
     return std::nullopt;
 }
 
+std::string ImportCheck::sentence() const {
+    const auto ofAll = [](std::size_t count, std::size_t all, const std::string& noun) {
+        return std::to_string(count) + " of " + std::to_string(all) + " " + noun
+               + (all == 1 ? "" : "s");
+    };
+    return ofAll(notes, expectedNotes, "note") + " and " + ofAll(files, expectedFiles, "file")
+           + " are in the library, every byte equal.";
+}
+
 void ImportReport::add(ImportedNote note) {
     ++countOf(note.outcome);
     notes.push_back(std::move(note));

@@ -36,6 +36,8 @@ struct ImportOptions {
     /// Whether pictures on other servers stay pictures; otherwise they become links.
     bool keepsRemoteImages = false;
     bool recognisesTags = false;  ///< `#tag` words in texts become tags
+    /// Whether tasks of the source become tasks; otherwise they are a checklist in their note.
+    bool createsTasks = true;
 };
 
 /// What importers are given by the program. Everything outlives them.
@@ -72,6 +74,19 @@ struct ImportedNote {
     ImportOutcome outcome = ImportOutcome::failed;
     std::optional<Uuid> noteID{};  ///< in the library; absent when nothing of it is there
     std::vector<std::string> warnings{};
+    std::vector<Uuid> taskIDs{};  ///< of the tasks that were made with it
+};
+
+/// What was found when the library was read again after an import and compared with the source.
+struct ImportCheck {
+    std::size_t notes = 0;  ///< of the source that are in the library
+    std::size_t expectedNotes = 0;
+    std::size_t files = 0;  ///< of the notes that came in, every byte of which is there
+    std::size_t expectedFiles = 0;
+
+    bool isWhole() const { return notes == expectedNotes && files == expectedFiles; }
+    /// "112 of 112 notes and 57 of 57 files are in the library, every byte equal."
+    std::string sentence() const;
 };
 
 /// What an import did.
@@ -90,6 +105,7 @@ struct ImportReport {
     std::size_t attachments = 0;
     std::uint64_t attachmentBytes = 0;
     std::vector<ImportedNote> notes{};
+    std::optional<ImportCheck> check{};  ///< absent when nothing was compared
     /// From which the identifiers of the notes are made, so that links between notes lead to the
     /// right ones when a stopped import is run again.
     Uuid seed{};

@@ -2,19 +2,17 @@
 
 #include "base/Files.h"
 #include "base/Text.h"
-#include "core/body/CanonicalBody.h"
+#include "core/import/ImportPreviewRun.h"
 #include "core/import/ImportRun.h"
+#include "core/import/LinkRepair.h"
 #include "core/import/LocalReferences.h"
 #include "core/import/MarkdownNote.h"
 #include "core/import/NoteLinks.h"
 #include "core/services/Limits.h"
 #include "core/store/StoreContext.h"
 
-#include <algorithm>
 #include <exception>
 #include <map>
-#include <set>
-#include <unordered_set>
 
 namespace tesserine {
 namespace {
@@ -43,16 +41,6 @@ std::vector<std::string> notebookPath(
     return path;
 }
 
-std::string joinedPath(const std::vector<std::string>& names) {
-    std::string path;
-    for (const std::string& name : names) {
-        path += path.empty() ? name : " / " + name;
-    }
-    return path;
-}
-
-std::string noteAddressOf(const Uuid& id) { return NoteService::noteURL(id); }
-
 /// References of a note that is going into the library.
 class WrittenReferences final : public LocalReferences {
 public:
@@ -74,7 +62,7 @@ private:
     std::optional<std::string> noteAddress(std::size_t note) override {
         const auto id = links_.address(note, noteID_);
         if (!id) return std::nullopt;
-        return noteAddressOf(*id);
+        return NoteService::noteURL(*id);
     }
     std::optional<std::string> fileElement(const SourceFile& file) override {
         const auto known = elements_.find(file.relative);
@@ -129,7 +117,7 @@ public:
 private:
     std::optional<std::string> noteAddress(std::size_t note) override {
         notes.push_back(note);
-        return noteAddressOf({});
+        return NoteService::noteURL({});
     }
     std::optional<std::string> fileElement(const SourceFile& file) override {
         if (!files.contains(file.relative)) {
@@ -148,25 +136,6 @@ private:
     }
 
     const SourceFolder& folder_;
-};
-
-/// Points links elsewhere, in a body that is in the library.
-class RepairedLinks final : public ReferenceResolver {
-public:
-    explicit RepairedLinks(const std::vector<NoteLinks::Repair>& repairs) : repairs_(repairs) {}
-
-    ReferenceChange picture(std::string_view) override { return {}; }
-    ReferenceChange link(std::string_view address) override {
-        for (const auto& [expected, actual] : repairs_) {
-            if (address != noteAddressOf(expected)) continue;
-            if (!actual) return {ReferenceChange::Kind::text};
-            return {ReferenceChange::Kind::address, noteAddressOf(*actual)};
-        }
-        return {};
-    }
-
-private:
-    const std::vector<NoteLinks::Repair>& repairs_;
 };
 
 /// One run over the files of an import.
@@ -197,8 +166,9 @@ private:
     ImportedNote importNote(ImportRun& run, NoteLinks& links, std::size_t number);
     ImportDraft draftOf(MarkdownNote& note, NoteLinks& links, std::size_t number);
     void findLinks(const MarkdownNote& note, const Uuid& id, std::size_t number, NoteLinks& links);
-    void repairLinks(ImportRun& run, NoteLinks& links);
-    ImportedNote lookAt(ImportPreview& preview, std::size_t number);
+    void lookAt(ImportPreviewRun& preview, NoteLinks& links, std::size_t number);
+    ImportPreviewRun::Files filesOf(
+        const HTMLDocument& body, const SourceFile& file, std::vector<std::string>& warnings) const;
 
     StoreContext& context_;
     const ImportEnvironment& environment_;
@@ -206,9 +176,6 @@ private:
     const ImportControl& control_;
     const SourceFolder folder_;
     const SourceIndex index_;
-    std::unordered_set<std::string> fingerprints_;  // of a preview
-    std::set<std::string> notebooks_;
-    std::set<std::string> tags_;
 };
 
 ImportReport Session::run() {
@@ -226,7 +193,7 @@ ImportReport Session::run() {
         report(++done, note.title);
     }
     run.save();
-    repairLinks(run, links);
+    repairLinks(context_, run, links);
     return run.finish(done == total() && !control_.stop.stop_requested());
 }
 
@@ -303,82 +270,48 @@ void Session::findLinks(
     }
 }
 
-void Session::repairLinks(ImportRun& run, NoteLinks& links) {
-    std::size_t pending = 0;
-    for (const auto& [id, repairs] : links.takeRepairs()) {
-        auto* note = context_.find<CDNote>(id);
-        if (note == nullptr || !note->html) continue;
-        RepairedLinks repaired(repairs);
-        const HTMLDocument body = HTMLDocument::parse(*note->html);
-        note->html =
-            canonicalBody(withResolvedReferences(body, repaired, BodyOrigin::library)).html;
-        if (++pending % ImportRun::notesPerBatch == 0) run.save();
-    }
-}
-
 ImportPreview Session::preview() {
-    ImportPreview preview;
-    preview.found = total();
+    ImportPreviewRun preview(context_, environment_, options_);
+    NoteLinks links(std::vector<Uuid>(folder_.notes().size()));  // are not asked
     std::size_t done = 0;
     for (const auto& [name, sentence] : folder_.problems()) {
-        preview.notes.push_back({.title = name, .warnings = {sentence}});
+        preview.addFailure(name, sentence);
         report(++done, name);
     }
     for (std::size_t i = 0; i < folder_.notes().size(); ++i) {
         if (control_.stop.stop_requested()) break;
-        preview.notes.push_back(lookAt(preview, i));
-        report(++done, preview.notes.back().title);
+        lookAt(preview, links, i);
+        report(++done, preview.last().title);
     }
-    for (const ImportedNote& note : preview.notes) {
-        if (note.outcome == ImportOutcome::failed) ++preview.unreadable;
-        if (note.noteID || note.outcome == ImportOutcome::skipped) ++preview.duplicates;
-    }
-    preview.notebooks.assign(notebooks_.begin(), notebooks_.end());
-    preview.tags.assign(tags_.begin(), tags_.end());
-    return preview;
+    return preview.finish();
 }
 
-ImportedNote Session::lookAt(ImportPreview& preview, std::size_t number) {
+void Session::lookAt(ImportPreviewRun& preview, NoteLinks& links, std::size_t number) {
     const SourceFile& file = folder_.notes()[number];
     try {
         MarkdownNote note = readMarkdownNote(folder_, file, environment_, options_);
-        ImportedNote result{.title = note.title, .outcome = ImportOutcome::imported};
-        result.warnings = std::move(note.warnings);
-        preview.sourceBytes += note.source.size();
-
-        const CDNote* present =
-            NoteService(environment_.clock).findByImportFingerprint(context_, note.fingerprint);
-        if (present != nullptr) result.noteID = present->id;
-        const bool isDuplicate =
-            !fingerprints_.insert(note.fingerprint).second || present != nullptr;
-        if (isDuplicate && options_.duplicates == DuplicatePolicy::skip) {
-            result.outcome = ImportOutcome::skipped;
-            return result;
-        }
-        if (isDuplicate && options_.duplicates == DuplicatePolicy::replace) {
-            result.outcome = ImportOutcome::replaced;
-        }
-        const auto path = notebookPath(folder_, file, note.properties, options_);
-        if (!path.empty()) notebooks_.insert(joinedPath(path));
-        for (const std::string& tag : note.properties.tags) {
-            tags_.insert(tag);
-        }
-        if (options_.tag) tags_.insert(*options_.tag);
-        if (!note.body) return result;
-        CountedReferences references(index_, file, options_, result.warnings);
-        withResolvedReferences(*note.body, references);
-        preview.attachments += references.files.size();
-        for (const auto& [name, bytes] : references.files) {
-            preview.attachmentBytes += bytes;
-        }
-        return result;
+        const ImportDraft draft = draftOf(note, links, number);
+        preview.add(draft, [&](std::vector<std::string>& warnings) {
+            return note.body ? filesOf(*note.body, file, warnings) : ImportPreviewRun::Files{};
+        });
     } catch (const StoreError&) {
         throw;
     } catch (const UserError& error) {
-        return {.title = SourceFolder::name(file), .warnings = {error.what()}};
+        preview.addFailure(SourceFolder::name(file), error.what());
     } catch (const std::exception&) {
-        return {.title = SourceFolder::name(file), .warnings = {unexpected}};
+        preview.addFailure(SourceFolder::name(file), unexpected);
     }
+}
+
+ImportPreviewRun::Files Session::filesOf(
+    const HTMLDocument& body, const SourceFile& file, std::vector<std::string>& warnings) const {
+    CountedReferences references(index_, file, options_, warnings);
+    withResolvedReferences(body, references);
+    ImportPreviewRun::Files files{.count = references.files.size()};
+    for (const auto& [name, bytes] : references.files) {
+        files.byteCount += bytes;
+    }
+    return files;
 }
 
 }  // namespace

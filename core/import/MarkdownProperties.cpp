@@ -2,7 +2,7 @@
 
 #include "base/Text.h"
 #include "core/import/SourceDate.h"
-#include "core/services/Limits.h"
+#include "core/import/SourceNames.h"
 
 #include <algorithm>
 #include <array>
@@ -75,11 +75,8 @@ private:
     };
 
     bool title(const FrontMatterField& field) {
-        const std::string title(text::trimmed(field.text()));
-        if (title.empty() || result_.title) return false;
-        const std::string_view cut = text::prefix(title, limits::titleCharacters);
-        if (cut.size() < title.size()) result_.warnings.emplace_back("The title was cut.");
-        result_.title = cut;
+        if (text::isBlank(field.text()) || result_.title) return false;
+        result_.title = sourceTitle(field.text(), result_.warnings);
         return true;
     }
     bool tags(const FrontMatterField& field) {
@@ -89,22 +86,10 @@ private:
                 split(field.values.front(), areHashWords(field.values.front()) ? " \t\n," : ",");
         }
         for (const std::string& name : names) {
-            addTag(withoutHash(name));
+            tags_.add(withoutHash(name), result_.warnings);
         }
+        result_.tags = tags_.names();
         return true;
-    }
-    void addTag(const std::string& name) {
-        if (name.empty()) return;
-        const bool isTooLong =
-            text::prefix(name, MarkdownProperties::mostTagCharacters).size() < name.size();
-        if (isTooLong || result_.tags.size() == MarkdownProperties::mostTags) {
-            if (!hasWarnedOfTags_) {
-                result_.warnings.emplace_back("Tags were left out: too many, or too long.");
-            }
-            hasWarnedOfTags_ = true;
-            return;
-        }
-        result_.tags.push_back(name);
     }
     bool date(const FrontMatterField& field, std::optional<Instant>& into) {
         if (into) return false;
@@ -146,7 +131,7 @@ private:
 
     const Calendar& calendar_;
     MarkdownProperties result_;
-    bool hasWarnedOfTags_ = false;
+    SourceTags tags_;
 };
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include "base/Calendar.h"
 #include "core/import/FrontMatter.h"
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
@@ -16,9 +15,6 @@ namespace tesserine {
 /// Known keys, in either case: title; tags; created or date; updated or modified; pinned or
 /// favorite; notebook (names separated by "/", or a list); source (a web address).
 struct MarkdownProperties {
-    static constexpr std::size_t mostTags = 500;
-    static constexpr std::size_t mostTagCharacters = 200;
-
     std::optional<std::string> title;
     std::vector<std::string> tags;
     std::optional<Instant> created;

@@ -1,6 +1,7 @@
 #include "core/import/MarkdownProperties.h"
 
 #include "core/import/SourceDate.h"
+#include "core/import/SourceNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -73,7 +74,7 @@ TEST(MarkdownProperties, TagsComeInManyForms) {
         many += "t" + std::to_string(i) + ",";
     }
     const MarkdownProperties note = propertiesOf(many + "]");
-    EXPECT_EQ(note.tags.size(), MarkdownProperties::mostTags);
+    EXPECT_EQ(note.tags.size(), SourceTags::mostTags);
     EXPECT_THAT(note.warnings, ElementsAre("Tags were left out: too many, or too long."));
 }
 

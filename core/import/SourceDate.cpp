@@ -94,6 +94,10 @@ bool readOffset(Scanner& scanner, std::optional<int>& offset) {
     return true;
 }
 
+std::optional<Instant> utcInstant(const LocalTime& time) {
+    return Instant::parseISO(time.iso() + "Z");
+}
+
 }  // namespace
 
 std::optional<Instant> sourceDate(std::string_view text, const Calendar& calendar) {
@@ -109,10 +113,30 @@ std::optional<Instant> sourceDate(std::string_view text, const Calendar& calenda
         if (!readOffset(scanner, offset) || !scanner.isAtEnd()) return std::nullopt;
     }
     if (!offset) return calendar.instant(time);
-    const auto utc = Instant::parseISO(time.iso() + "Z");
+    const auto utc = utcInstant(time);
     if (!utc) return std::nullopt;
     const std::chrono::milliseconds fraction(time.millisecond);
     return *utc + fraction - std::chrono::minutes(*offset);
+}
+
+std::optional<Instant> compactDate(std::string_view text) {
+    Scanner scanner(text::trimmed(text));
+    const auto year = scanner.number(4, 4);
+    const auto month = scanner.number(2, 2);
+    const auto day = scanner.number(2, 2);
+    if (!scanner.skip("T")) return std::nullopt;
+    const auto hour = scanner.number(2, 2);
+    const auto minute = scanner.number(2, 2);
+    const auto second = scanner.number(2, 2);
+    if (!second || !scanner.skip("Z") || !scanner.isAtEnd()) return std::nullopt;
+    if (*year < 1000 || *year > 2999) return std::nullopt;
+    return utcInstant(
+        {.year = *year,
+         .month = *month,
+         .day = *day,
+         .hour = *hour,
+         .minute = *minute,
+         .second = *second});
 }
 
 }  // namespace tesserine

@@ -13,4 +13,7 @@ namespace tesserine {
 /// `calendar`. Anything else, days that do not exist and years before 1000 or after 2999 are none.
 std::optional<Instant> sourceDate(std::string_view text, const Calendar& calendar);
 
+/// The instant of a date such as `20260314T091500Z`, under the same limits.
+std::optional<Instant> compactDate(std::string_view text);
+
 }  // namespace tesserine

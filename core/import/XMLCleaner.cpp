@@ -1,0 +1,79 @@
+#include "core/import/XMLCleaner.h"
+
+#include "base/Text.h"
+#include "base/UTF8.h"
+
+#include <algorithm>
+
+namespace tesserine {
+namespace {
+
+/// How many bytes at the end are the beginning of a sequence that may go on.
+std::size_t unfinishedSuffix(std::string_view bytes) {
+    for (std::size_t back = 1; back <= std::min<std::size_t>(3, bytes.size()); ++back) {
+        const auto byte = static_cast<std::uint8_t>(bytes[bytes.size() - back]);
+        if (byte < 0x80) return 0;
+        if (byte < 0xC0) continue;
+        const std::size_t length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
+        return length > back ? back : 0;
+    }
+    return 0;
+}
+
+bool isForbidden(char c) {
+    return static_cast<std::uint8_t>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+}
+
+}  // namespace
+
+std::string XMLCleaner::clean(std::string_view bytes, bool isLast) {
+    replaced_ = {};
+    if (encoding_ == Encoding::unknown) encoding_ = encodingOf(bytes);
+    if (encoding_ == Encoding::wide) return std::string(bytes);
+    const bool isUTF8 = encoding_ == Encoding::utf8;
+    if (isUTF8 && !isLast) bytes.remove_suffix(unfinishedSuffix(bytes));
+    std::string piece(bytes);
+    if (isUTF8) replaceBadUTF8(piece);
+    replaceControls(piece);
+    return piece;
+}
+
+/// Source: XML 1.0, appendix F.
+XMLCleaner::Encoding XMLCleaner::encodingOf(std::string_view beginning) {
+    const bool isWide = beginning.starts_with("\xFE\xFF") || beginning.starts_with("\xFF\xFE")
+                        || beginning.substr(0, 2).find('\0') != std::string_view::npos;
+    if (isWide) return Encoding::wide;
+    const std::string_view declaration = beginning.substr(0, beginning.find("?>"));
+    const std::size_t at = declaration.find("encoding");
+    if (!declaration.starts_with("<?xml") || at == std::string_view::npos) return Encoding::utf8;
+    const std::string name = text::asciiLowercased(declaration.substr(at, 30));
+    return name.find("utf-8") == std::string::npos ? Encoding::ascii : Encoding::utf8;
+}
+
+void XMLCleaner::replaceBadUTF8(std::string& piece) {
+    std::size_t at = utf8::cleanPrefix(piece);
+    while (at < piece.size()) {
+        const bool isZero = piece[at] == '\0';
+        const std::size_t bad = isZero ? 1 : utf8::badPrefix(std::string_view(piece).substr(at));
+        replace(piece, at, bad, isZero ? ' ' : '?');
+        at += bad;
+        at += utf8::cleanPrefix(std::string_view(piece).substr(at));
+    }
+}
+
+void XMLCleaner::replaceControls(std::string& piece) {
+    auto found = std::ranges::find_if(piece, isForbidden);
+    while (found != piece.end()) {
+        replace(piece, static_cast<std::size_t>(found - piece.begin()), 1, ' ');
+        found = std::find_if(found, piece.end(), isForbidden);
+    }
+}
+
+void XMLCleaner::replace(std::string& piece, std::size_t at, std::size_t count, char by) {
+    std::fill_n(piece.begin() + static_cast<std::ptrdiff_t>(at), count, by);
+    const bool isFirst = replaced_.begin == replaced_.end;
+    replaced_.begin = isFirst ? at : std::min(replaced_.begin, at);
+    replaced_.end = isFirst ? at + count : std::max(replaced_.end, at + count);
+}
+
+}  // namespace tesserine
