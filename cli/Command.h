@@ -88,6 +88,7 @@ std::vector<Command> projectCommands();
 std::vector<Command> taskTemplateCommands();
 std::vector<Command> calendarCommands();
 std::vector<Command> importCommands();
+std::vector<Command> libraryImportCommands();
 std::vector<Command> exportCommands();
 std::vector<Command> backupCommands();
 std::vector<Command> settingsCommands();

@@ -98,6 +98,30 @@ void showReport(Session& session, const ImportReport& report) {
     if (report.id) output.line("The report is kept as " + report.id->text() + ".");
 }
 
+void showReport(Session& session, const TesserineImport& imported) {
+    Output& output = session.output();
+    if (output.isJSON()) {
+        boost::json::object json = asJSON(imported.report);
+        json["notebooks"] = imported.notebooks;
+        json["tags"] = imported.tags;
+        json["projects"] = imported.projects;
+        json["tasks"] = imported.tasks;
+        json["taskTemplates"] = imported.taskTemplates;
+        json["remarks"] = arrayOf(imported.remarks);
+        output.json(json);
+        return;
+    }
+    showReport(session, imported.report);
+    output.line(
+        "With them came " + counted(imported.notebooks, "notebook") + ", "
+        + counted(imported.tags, "tag") + ", " + counted(imported.projects, "project") + ", "
+        + counted(imported.tasks, "task") + " and "
+        + counted(imported.taskTemplates, "task template") + ".");
+    for (const std::string& remark : imported.remarks) {
+        session.remark(remark);
+    }
+}
+
 void showPreview(Session& session, const ImportPreview& preview) {
     Output& output = session.output();
     if (output.isJSON()) {

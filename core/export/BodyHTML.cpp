@@ -52,7 +52,7 @@ private:
         const std::string_view name = isImage ? "src" : "href";
         const std::string address = addressOf_(node.attribute(name).value_or(""));
         if (address.empty()) {
-            openUnsupported();
+            openUnsupported(node);
             const std::string_view alternative = node.attribute("alt").value_or("");
             if (isImage) serializer_.text(text::isBlank(alternative) ? "Image" : alternative);
             return;
@@ -63,8 +63,13 @@ private:
         }
         serializer_.open(node.element(), node.name(), attributes);
     }
-    void openUnsupported() {
-        constexpr std::array attributes{HTMLAttribute{"class", "ts-unsupported"}};
+    /// Keeps what stood here, so that an import can put it back.
+    void openUnsupported(const HTMLNode& node) {
+        HTMLSerializer original;
+        original.open(node.element(), node.name(), node.attributes());
+        const std::array attributes{
+            HTMLAttribute{"class", "ts-unsupported"},
+            HTMLAttribute{"data-ts-element", original.html()}};
         serializer_.open(Element::span, html::nameOf(Element::span), attributes);
     }
 

@@ -3,6 +3,7 @@
 #include "base/Digest.h"
 #include "base/Files.h"
 #include "base/JSON.h"
+#include "base/PercentEncoding.h"
 #include "core/body/HTMLNode.h"
 #include "core/export/ExportTypes.h"
 
@@ -41,20 +42,6 @@ std::vector<const object*> objectsAt(const object& record, std::string_view key)
         if (entry.is_object()) objects.push_back(&entry.get_object());
     }
     return objects;
-}
-
-std::string percentDecoded(std::string_view address) {
-    std::string path;
-    for (std::size_t i = 0; i < address.size(); ++i) {
-        const auto byte = address[i] == '%' ? fromHex(address.substr(i + 1, 2)) : std::nullopt;
-        if (byte && byte->size() == 1) {
-            path += static_cast<char>(byte->front());
-            i += 2;
-        } else {
-            path += address[i];
-        }
-    }
-    return path;
 }
 
 /// Whether an address names a file beside the page it stands on.

@@ -150,14 +150,17 @@ std::string ExportRun::folderFor(const CDNotebook& notebook) {
 }
 
 void ExportRun::readTasks() {
-    for (const CDProject* const project : context_.fetch<CDProject>()) {
+    // The order of the lists is that of the library: an import keeps it.
+    const FetchRequest inOrder{.sort = {{"sortIndex"}, {"createdAt"}}};
+    for (const CDProject* const project : context_.fetch<CDProject>(inOrder)) {
         content_.projects.push_back(manifest::record(*project));
     }
-    const auto tasks = context_.fetch<CDTask>();
+    const auto tasks = context_.fetch<CDTask>(inOrder);
     for (const CDTask* const task : tasks) {
         content_.tasks.push_back(manifest::record(*task, environment_.collator));
     }
-    for (const CDTaskTemplate* const taskTemplate : context_.fetch<CDTaskTemplate>()) {
+    for (const CDTaskTemplate* const taskTemplate :
+         context_.fetch<CDTaskTemplate>({.sort = {{"createdAt"}}})) {
         content_.taskTemplates.push_back(manifest::record(*taskTemplate));
     }
     taskList_ = taskListOf(tasks, environment_.calendar, environment_.collator);
@@ -184,7 +187,8 @@ void ExportRun::planNotes() {
 /// Their places are known before any page is written: a body may refer to those of other notes.
 void ExportRun::planAttachments() {
     const std::string condition = options_.includeTrash ? "" : "note.trashedAt == nil";
-    context_.visitRows<CDAttachment>({.predicate = {condition}}, [this](const ListedRow& row) {
+    const FetchRequest request{.predicate = {condition}, .sort = {{"id"}}};
+    context_.visitRows<CDAttachment>(request, [this](const ListedRow& row) {
         const auto id = row.get(&CDAttachment::id);
         if (!id || row.key(&CDAttachment::note) == 0) return;
         const std::string filename = row.get(&CDAttachment::filename).value_or("");

@@ -19,6 +19,7 @@ namespace tesserine {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -116,7 +117,10 @@ TEST_F(LibraryExport, ShowsTheLibraryInFilesThatNeedNoProgram) {
         HasSubstr("<p class=\"ts-meta\">Office / Q1/Q2 · urgent · Created 14 March 2026 at 10:00 · "
                   "Updated 14 March 2026 at 10:00 · Pinned</p>"));
     EXPECT_THAT(page, HasSubstr("<a href=\"../../Unfiled/Untitled.html\">other</a>"));
-    EXPECT_THAT(page, HasSubstr("<span class=\"ts-unsupported\">gone</span>"));
+    EXPECT_THAT(
+        page,
+        ContainsRegex("<span class=\"ts-unsupported\" data-ts-element=\"&lt;a "
+                      "href=&quot;tesserine://note/[-0-9A-F]{36}&quot;>\">gone</span>"));
     EXPECT_THAT(page, HasSubstr("<a href=\"../../../attachments/a%20b.txt\">a b.txt</a></div>"));
     EXPECT_THAT(page, HasSubstr("<span class=\"ts-size\">5 bytes</span>"));
     EXPECT_EQ(page.find("<script"), std::string::npos);
@@ -158,6 +162,7 @@ TEST_F(LibraryExport, RecordsEverythingInItsManifest) {
     task.project = &inbox;
     auto& subtask = context.insert<CDTask>();
     subtask.title = "Call";
+    subtask.sortIndex = 1;
     subtask.parent = &task;
     subtask.project = &inbox;
     subtask.completedAt = clock.now();
@@ -230,7 +235,9 @@ TEST_F(LibraryExport, WarnsOfAFileWithoutBytes) {
         summary.warnings, ElementsAre("Attachment on “Plan” had no stored bytes and was skipped."));
     EXPECT_THAT(
         test::contentOf(summary.directory / "notes/Unfiled/Plan.html"),
-        HasSubstr("<p><span class=\"ts-unsupported\">A</span></p>"));
+        ContainsRegex(
+            "<p><span class=\"ts-unsupported\" data-ts-element=\"&lt;img [^\"]*\">A</span>"
+            "</p>"));
 }
 
 TEST_F(LibraryExport, IsVerifiedFileByFile) {

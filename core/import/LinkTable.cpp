@@ -1,6 +1,6 @@
 #include "core/import/LinkTable.h"
 
-#include "base/Encoding.h"
+#include "base/PercentEncoding.h"
 #include "base/Text.h"
 
 #include <algorithm>
@@ -21,20 +21,6 @@ bool hasScheme(std::string_view address) {
     return std::ranges::all_of(address.substr(0, colon), [](char c) {
         return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
     });
-}
-
-std::string percentDecoded(std::string_view text) {
-    std::string result;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = text[i] == '%' ? fromHex(text.substr(i + 1, 2)) : std::nullopt;
-        if (byte && byte->size() == 1) {
-            result += static_cast<char>(byte->front());
-            i += 2;
-        } else {
-            result += text[i];
-        }
-    }
-    return text::sanitized(std::move(result));
 }
 
 std::string_view folderOf(std::string_view path) {
@@ -84,7 +70,7 @@ LocalAddress localAddress(std::string_view address, std::string_view from) {
     if (scheme == "file:") return {LocalAddress::Kind::refused};
     if (address.starts_with("//") || hasScheme(address)) return {LocalAddress::Kind::elsewhere};
 
-    std::string path = percentDecoded(withoutQueryAndFragment(address));
+    std::string path = text::sanitized(percentDecoded(withoutQueryAndFragment(address)));
     std::ranges::replace(path, '\\', '/');
     if (text::isBlank(path)) return {LocalAddress::Kind::elsewhere};
     const bool isDrive = path.size() > 1 && path[1] == ':' && isLetter(path[0]);
