@@ -1,0 +1,332 @@
+#include "app/tasks/TaskListModel.h"
+
+#include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskWords.h"
+#include "core/tasks/TaskSnapshot.h"
+
+#include <QMimeData>
+
+#include <algorithm>
+#include <map>
+#include <tuple>
+#include <utility>
+
+namespace tesserine::app {
+namespace {
+
+constexpr const char* overdueGroup = "Overdue";
+
+bool concernsTasks(const std::vector<ObjectChange>& changes) {
+    return std::ranges::any_of(changes, [](const ObjectChange& change) {
+        return change.entity == EntityKind::task || change.entity == EntityKind::project
+               || change.entity == EntityKind::tag;
+    });
+}
+
+/// Finds lines by what they stand for, whatever they show.
+class Places {
+public:
+    explicit Places(const std::vector<TaskRow>& lines) {
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            places_.emplace(key(lines[i]), static_cast<int>(i));
+        }
+    }
+    bool hold(const TaskRow& line) const { return places_.contains(key(line)); }
+    /// -1 for a line that is not there.
+    int of(const TaskRow& line) const {
+        const auto found = places_.find(key(line));
+        return found == places_.end() ? -1 : found->second;
+    }
+
+private:
+    using Key = std::tuple<Uuid, QString, bool>;
+    static Key key(const TaskRow& line) { return {line.id, line.heading, line.isSubtask}; }
+    std::map<Key, int> places_;
+};
+
+}  // namespace
+
+TaskListModel::TaskListModel(AppEnvironment& environment, QObject* parent)
+    : QAbstractListModel(parent), environment_(environment) {
+    connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
+        if (concernsTasks(changes)) reload();
+    });
+    connect(&environment, &AppEnvironment::calendarChanged, this, [this] { setView(view_); });
+}
+
+void TaskListModel::setView(const TaskView& view) {
+    view_ = view;
+    held_.clear();
+    auto lines = read(0, pageSize, isEnd_);
+    readCount_ = pageSize;
+    beginResetModel();
+    lines_ = std::move(lines);
+    endResetModel();
+}
+
+std::size_t TaskListModel::taskCount() const {
+    return environment_.tasks().count(environment_.context(), view_, environment_.calendar());
+}
+
+// Reading
+
+QString TaskListModel::groupOf(const CDTask& task) const {
+    const Calendar& calendar = environment_.calendar();
+    const TaskWords words(environment_.now(), calendar);
+    switch (view_.kind()) {
+    case TaskView::Kind::today: {
+        const bool isOverdue = *task.dueDate < calendar.startOfDay(environment_.now());
+        return isOverdue ? QString(overdueGroup) : words.day(environment_.now());
+    }
+    case TaskView::Kind::upcoming: return words.day(*task.dueDate);
+    case TaskView::Kind::completed: return words.day(*task.completedAt);
+    case TaskView::Kind::project:
+    case TaskView::Kind::label:
+    case TaskView::Kind::inbox:
+    case TaskView::Kind::all: break;
+    }
+    return {};
+}
+
+std::vector<TaskRow> TaskListModel::read(std::size_t offset, std::size_t limit, bool& isEnd) const {
+    FetchRequest request = view_.request(environment_.now(), environment_.calendar());
+    request.offset = offset;
+    request.limit = limit;
+    const auto tasks = environment_.context().fetch<CDTask>(request);
+    isEnd = tasks.size() < limit;
+
+    std::vector<TaskRow> lines;
+    QString group;
+    if (offset > 0) {
+        const auto last = std::find_if(
+            lines_.rbegin(), lines_.rend(), [](const TaskRow& line) { return !line.isTask(); });
+        if (last != lines_.rend()) group = last->heading;
+    }
+    for (const CDTask* task : tasks) {
+        const QString own = groupOf(*task);
+        if (own != group) lines.push_back(TaskRow::group(own, own == overdueGroup));
+        group = own;
+        appendTask(lines, *task);
+    }
+    return lines;
+}
+
+void TaskListModel::appendTask(std::vector<TaskRow>& lines, const CDTask& task) const {
+    const bool isOfOneProject =
+        view_.kind() == TaskView::Kind::project || view_.kind() == TaskView::Kind::inbox;
+    const auto line = [&](const CDTask& of) {
+        TaskRow row = TaskRow::of(of, environment_.collator());
+        if (isOfOneProject || row.isSubtask) row.project.clear();
+        return row;
+    };
+    lines.push_back(line(task));
+    // Completed subtasks stand in the view of completed tasks by themselves.
+    if (view_.kind() == TaskView::Kind::completed) return;
+    if (lines.back().subtaskCount == 0 || !expanded_.contains(lines.back().id)) return;
+    lines.back().isExpanded = true;
+    for (const CDTask* subtask : subtasksInOrder(task)) {
+        lines.push_back(line(*subtask));
+    }
+}
+
+bool TaskListModel::canFetchMore(const QModelIndex& parent) const {
+    return !parent.isValid() && !isEnd_;
+}
+
+void TaskListModel::fetchMore(const QModelIndex& /*parent*/) {
+    const std::vector<TaskRow> more = read(readCount_, pageSize, isEnd_);
+    readCount_ += pageSize;
+    if (more.empty()) return;
+    const int first = rowCount();
+    beginInsertRows({}, first, first + static_cast<int>(more.size()) - 1);
+    lines_.insert(lines_.end(), more.begin(), more.end());
+    endInsertRows();
+}
+
+void TaskListModel::reload() {
+    std::vector<TaskRow> lines = read(0, readCount_, isEnd_);
+    keepHeld(lines);
+    replaceLines(lines);
+}
+
+void TaskListModel::setExpanded(const Uuid& task, bool isExpanded) {
+    if (isExpanded) {
+        expanded_.insert(task);
+    } else {
+        expanded_.erase(task);
+    }
+    reload();
+}
+
+void TaskListModel::release(const Uuid& task) {
+    if (held_.erase(task) != 0) reload();
+}
+
+void TaskListModel::keepHeld(std::vector<TaskRow>& lines) const {
+    for (const Uuid& task : held_) {
+        const QModelIndex index = indexOf(task);
+        const Places places(lines);
+        if (!index.isValid() || places.hold(line(index))) continue;
+        int before = index.row() - 1;
+        while (before >= 0 && !places.hold(line(before))) {
+            --before;
+        }
+        TaskRow kept = line(index);
+        kept.isCompleted = true;
+        const int place = before < 0 ? 0 : places.of(line(before)) + 1;
+        lines.insert(lines.begin() + place, std::move(kept));
+    }
+}
+
+// From the lines that are shown to others, in steps that keep what is selected.
+
+void TaskListModel::replaceLines(const std::vector<TaskRow>& lines) {
+    if (lines == lines_) return;
+    removeMissing(lines);
+    bringIntoOrder(lines);
+    insertNew(lines);
+    takeValues(lines);
+}
+
+void TaskListModel::removeMissing(const std::vector<TaskRow>& lines) {
+    const Places wanted(lines);
+    for (int last = rowCount() - 1; last >= 0; --last) {
+        int first = last;
+        while (first >= 0 && !wanted.hold(line(first))) {
+            --first;
+        }
+        if (first == last) continue;
+        beginRemoveRows({}, first + 1, last);
+        lines_.erase(lines_.begin() + first + 1, lines_.begin() + last + 1);
+        endRemoveRows();
+        last = first;
+    }
+}
+
+void TaskListModel::bringIntoOrder(const std::vector<TaskRow>& lines) {
+    const Places present(lines_);
+    std::vector<TaskRow> ordered;
+    for (const TaskRow& wanted : lines) {
+        if (present.hold(wanted)) ordered.push_back(line(present.of(wanted)));
+    }
+    if (ordered == lines_) return;
+    emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    const Places places(ordered);
+    const QModelIndexList before = persistentIndexList();
+    QModelIndexList after;
+    for (const QModelIndex& old : before) {
+        after += index(places.of(line(old)));
+    }
+    lines_ = std::move(ordered);
+    changePersistentIndexList(before, after);
+    emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+void TaskListModel::insertNew(const std::vector<TaskRow>& lines) {
+    const Places present(lines_);
+    const auto isNew = [&](std::size_t place) {
+        return place < lines.size() && !present.hold(lines[place]);
+    };
+    for (std::size_t first = 0; first < lines.size(); ++first) {
+        std::size_t end = first;
+        while (isNew(end)) {
+            ++end;
+        }
+        if (end == first) continue;
+        const auto offset = [](std::size_t place) { return static_cast<std::ptrdiff_t>(place); };
+        beginInsertRows({}, static_cast<int>(first), static_cast<int>(end) - 1);
+        lines_.insert(
+            lines_.begin() + offset(first),
+            lines.begin() + offset(first),
+            lines.begin() + offset(end));
+        endInsertRows();
+        first = end - 1;
+    }
+}
+
+void TaskListModel::takeValues(const std::vector<TaskRow>& lines) {
+    for (int row = 0; row < rowCount(); ++row) {
+        TaskRow& shown = lines_[static_cast<std::size_t>(row)];
+        const TaskRow& wanted = lines[static_cast<std::size_t>(row)];
+        if (shown == wanted) continue;
+        shown = wanted;
+        emit dataChanged(index(row), index(row));
+    }
+}
+
+// The model
+
+QModelIndex TaskListModel::indexOf(const Uuid& task) const {
+    const auto found = std::ranges::find_if(
+        lines_, [&](const TaskRow& line) { return line.isTask() && line.id == task; });
+    if (found == lines_.end()) return {};
+    return index(static_cast<int>(found - lines_.begin()));
+}
+
+int TaskListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(lines_.size());
+}
+
+QVariant TaskListModel::data(const QModelIndex& index, int role) const {
+    const TaskRow& row = line(index);
+    if (!row.isTask()) return role == Qt::DisplayRole ? row.heading : QVariant();
+    if (role == Qt::DisplayRole) return shownTitle(row.title);
+    if (role != Qt::AccessibleTextRole) return {};
+    const TaskWords words(environment_.now(), environment_.calendar());
+    QStringList parts{shownTitle(row.title)};
+    if (row.isCompleted) parts += "completed";
+    if (row.due()) {
+        parts +=
+            (words.isOverdue(*row.due()) ? "overdue since " : "due ") + words.longDue(*row.due());
+    }
+    if (row.priority != TaskPriority::p4) {
+        parts += QString("priority %1").arg(static_cast<int>(row.priority));
+    }
+    if (row.repeats) parts += "repeats";
+    if (!row.labels.isEmpty()) parts += "labels " + row.labels.join(", ");
+    return parts.join(", ");
+}
+
+Qt::ItemFlags TaskListModel::flags(const QModelIndex& index) const {
+    if (!index.isValid() || !line(index).isTask()) return Qt::NoItemFlags;
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled
+           | Qt::ItemNeverHasChildren;
+}
+
+std::vector<Uuid> TaskListModel::tasksOf(const QModelIndexList& indexes) const {
+    std::vector<int> rows;
+    for (const QModelIndex& index : indexes) {
+        if (line(index).isTask()) rows.push_back(index.row());
+    }
+    std::ranges::sort(rows);
+    std::vector<Uuid> tasks;
+    for (const int row : rows) {
+        tasks.push_back(line(row).id);
+    }
+    return tasks;
+}
+
+QStringList TaskListModel::mimeTypes() const { return {tasksMimeType}; }
+
+QMimeData* TaskListModel::mimeData(const QModelIndexList& indexes) const {
+    QByteArray ids;
+    QStringList titles;
+    for (const Uuid& task : tasksOf(indexes)) {
+        ids += QByteArray::fromStdString(task.text()) + '\n';
+        titles += line(indexOf(task)).title;
+    }
+    auto* const data = new QMimeData;
+    data->setData(tasksMimeType, ids);
+    data->setText(titles.join('\n'));
+    return data;
+}
+
+std::vector<Uuid> draggedTasks(const QMimeData& data) {
+    std::vector<Uuid> tasks;
+    for (const QByteArray& line : data.data(tasksMimeType).split('\n')) {
+        if (const auto id = Uuid::parse(line.toStdString())) tasks.push_back(*id);
+    }
+    return tasks;
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,45 @@
+#include "app/tasks/TaskRow.h"
+
+#include "core/tasks/TaskSnapshot.h"
+
+namespace tesserine::app {
+
+TaskRow TaskRow::group(const QString& heading, bool isOverdue) {
+    TaskRow row;
+    row.heading = heading;
+    row.isOverdueGroup = isOverdue;
+    return row;
+}
+
+TaskRow TaskRow::of(const CDTask& task, const text::Collator& collator) {
+    TaskRow row;
+    row.id = task.id.valueOr({});
+    row.title = QString::fromStdString(task.title.valueOr(""));
+    row.dueDate = task.dueDate;
+    row.dueHasTime = task.dueHasTime.valueOr(false);
+    row.priority = taskPriority(task.priority.valueOr(4));
+    if (const CDProject* project = task.project) {
+        row.project = QString::fromStdString(project->name.valueOr(""));
+    }
+    for (const std::string& label : labelNames(task, collator)) {
+        row.labels += QString::fromStdString(label);
+    }
+    for (const CDTask* subtask : subtasksInOrder(task)) {
+        ++row.subtaskCount;
+        if (subtask->completedAt) ++row.doneSubtaskCount;
+    }
+    row.isSubtask = task.parent != nullptr;
+    row.isCompleted = task.completedAt.get().has_value();
+    row.repeats = !task.recurrenceRule.valueOr("").empty();
+    row.hasReminder = task.reminderAt.get().has_value();
+    row.hasDetails = !task.details.valueOr("").empty();
+    row.hasNote = task.linkedNote != nullptr;
+    return row;
+}
+
+QString shownTitle(const QString& title) {
+    const QString line = title.simplified();
+    return line.isEmpty() ? QStringLiteral("Untitled task") : line;
+}
+
+}  // namespace tesserine::app
