@@ -20,7 +20,6 @@ std::string formatName(const std::string& format) {
     if (format == "enex") return "Evernote";
     if (format == "apple-notes") return "Apple Notes";
     if (format == "tesserine") return "Tesserine";
-    if (format == "tesserine") return "Tesserine";
     return format;
 }
 
