@@ -107,7 +107,7 @@ void print(std::ostream& out, const std::vector<Row>& rows) {
             {row.job,
              row.raw,
              row.ours,
-             fixed(row.ratio, 2),
+             row.ratio > 0 ? fixed(row.ratio, 2) : "",
              row.goal,
              row.goal.empty() ? ""
              : row.isReached  ? "reached"

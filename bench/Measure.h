@@ -40,7 +40,7 @@ struct Row {
     std::string job;
     std::string raw;
     std::string ours;
-    double ratio = 0;        ///< ours to raw; above 1 is slower
+    double ratio = 0;        ///< ours to raw, above 1 is slower; 0: there is nothing to compare
     std::string goal{};      ///< empty: for information
     bool isReached = false;  ///< the goal, if there is one
 };

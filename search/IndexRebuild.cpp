@@ -18,47 +18,40 @@ class Gathered {
 public:
     void add(IndexDocument document) {
         byteCount_ += document.body.size() + 2 * document.attachmentText.size();
-        documents_.push_back(std::move(document));
+        rows_.emplace_back(std::move(document));
     }
-    bool isFull() const {
-        return documents_.size() >= largestCount || byteCount_ >= largestByteCount;
-    }
-    std::vector<IndexDocument> take() {
+    bool isFull() const { return rows_.size() >= largestCount || byteCount_ >= largestByteCount; }
+    std::vector<IndexRows> take() {
         byteCount_ = 0;
-        return std::exchange(documents_, {});
+        return std::exchange(rows_, {});
     }
 
 private:
-    static constexpr std::size_t largestCount = 10 * IndexUpdater::batchSize;
-    static constexpr std::size_t largestByteCount = 4'000'000;
+    static constexpr std::size_t largestCount = 25 * IndexUpdater::batchSize;
+    static constexpr std::size_t largestByteCount = 8'000'000;
 
-    std::vector<IndexDocument> documents_;
+    std::vector<IndexRows> rows_;
     std::size_t byteCount_ = 0;
 };
 
-/// Gives the index a page cache of 64 MB and checkpoints every 64 MB, as long as it lives.
-class LargeCache {
+/// Has the index prepared for everything as long as it lives.
+class Preparation {
 public:
-    explicit LargeCache(SearchIndex& index) : index_(index) {
-        set("PRAGMA cache_size = -65536; PRAGMA wal_autocheckpoint = 16000;");
+    explicit Preparation(SearchIndex& index) : index_(index) {
+        index_.prepareFor(SearchIndex::Work::everything);
     }
-    LargeCache(const LargeCache&) = delete;
-    LargeCache& operator=(const LargeCache&) = delete;
-    ~LargeCache() {
+    Preparation(const Preparation&) = delete;
+    Preparation& operator=(const Preparation&) = delete;
+    ~Preparation() {
         try {
-            set("PRAGMA cache_size = -2000; PRAGMA wal_autocheckpoint = 1000; "
-                "PRAGMA shrink_memory;");
+            index_.prepareFor(SearchIndex::Work::changes);
         } catch (const SQLiteDatabase::Error&) {
-            // The index is closed or broken; its next connection begins with SQLite's own sizes.
+            // The index is closed or broken; its next connection begins prepared for changes.
             return;
         }
     }
 
 private:
-    void set(const char* pragmas) {
-        index_.perform([&](SQLiteDatabase& database) { database.execute(pragmas); });
-    }
-
     SearchIndex& index_;
 };
 
@@ -66,7 +59,7 @@ private:
 
 bool writeEverything(
     SearchIndex& index, DocumentReader& reader, const Log& log, const SearchWork& work) {
-    const LargeCache cache(index);
+    const Preparation preparation(index);
     const std::vector<DocumentKey> keys = reader.allKeys();
     IndexUpdater updater(index, reader, log);
     std::future<void> writing;
@@ -80,9 +73,8 @@ bool writeEverything(
         done += count;
         if (gathered.isFull() || done == keys.size()) {
             if (writing.valid()) writing.get();
-            writing = std::async(std::launch::async, [&updater, documents = gathered.take()] {
-                updater.write(documents);
-            });
+            writing = std::async(
+                std::launch::async, [&updater, rows = gathered.take()] { updater.insert(rows); });
         }
         FAIL_POINT("rebuild.batch");
         if (work.progress) work.progress(done, keys.size());

@@ -17,8 +17,8 @@ struct SearchWork {
     std::function<void(std::size_t done, std::size_t total)> progress{};
 };
 
-/// Writes every document of the library to an emptied index, in transactions of at most 2,000
-/// documents or about 4 MB; the next documents are read while the last ones are written. Returns
+/// Writes every document of the library to an emptied index, in transactions of at most 5,000
+/// documents or about 8 MB; the next documents are read while the last ones are written. Returns
 /// false when it was stopped: what was not written yet is missing then.
 bool writeEverything(
     SearchIndex& index, DocumentReader& reader, const Log& log, const SearchWork& work);

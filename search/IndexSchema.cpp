@@ -61,6 +61,17 @@ CREATE VIRTUAL TABLE IF NOT EXISTS vocab USING fts5vocab(fts, 'row');
 CREATE TABLE IF NOT EXISTS tag_tree (name TEXT PRIMARY KEY, parent TEXT);
 )";
 
+/// Words are gathered in up to 8 MB of memory before they become a part of a full-text table, and
+/// parts are merged when `SearchIndex::tidyUp` says so; 64 are merged in any case.
+constexpr const char* settings = R"(
+INSERT INTO fts(fts, rank) VALUES('hashsize', 8000000);
+INSERT INTO fts(fts, rank) VALUES('automerge', 0);
+INSERT INTO fts(fts, rank) VALUES('crisismerge', 64);
+INSERT INTO afts(afts, rank) VALUES('hashsize', 8000000);
+INSERT INTO afts(afts, rank) VALUES('automerge', 0);
+INSERT INTO afts(afts, rank) VALUES('crisismerge', 64);
+)";
+
 constexpr const char* dropScript =
     "DROP TABLE IF EXISTS vocab; DROP TABLE IF EXISTS fts; DROP TABLE IF EXISTS docs; "
     "DROP TABLE IF EXISTS tag_tree; DROP TABLE IF EXISTS afts; DROP TABLE IF EXISTS atts;";
@@ -112,6 +123,7 @@ void setUp(SQLiteDatabase& database) {
 void remake(SQLiteDatabase& database) {
     dropTables(database);
     makeTables(database);
+    database.execute(settings);
 }
 
 }  // namespace tesserine::indexschema

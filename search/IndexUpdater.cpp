@@ -38,8 +38,8 @@ void IndexUpdater::update(const ChangedDocuments& changed, const std::function<v
             count,
             [&](std::size_t i) {
                 const auto& [key, id] = all[done + i];
-                if (const auto document = reader_.document(key)) {
-                    index_.upsert(*document);
+                if (auto document = reader_.document(key)) {
+                    index_.upsert(std::move(*document));
                 } else if (id) {
                     index_.remove(id->text());
                 }
@@ -53,9 +53,9 @@ void IndexUpdater::update(const ChangedDocuments& changed, const std::function<v
     } while (done < all.size());
 }
 
-void IndexUpdater::write(const std::vector<IndexDocument>& documents) {
+void IndexUpdater::insert(const std::vector<IndexRows>& rows) {
     batch(
-        documents.size(), [&](std::size_t i) { index_.upsert(documents[i]); }, [] {});
+        rows.size(), [&](std::size_t i) { index_.insert(rows[i]); }, [] {});
 }
 
 void IndexUpdater::batch(std::size_t count, const Each& each, const std::function<void()>& finish) {

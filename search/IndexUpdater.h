@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "search/ChangedDocuments.h"
 #include "search/DocumentReader.h"
+#include "search/IndexRows.h"
 #include "search/SearchIndex.h"
 
 #include <cstddef>
@@ -26,8 +27,8 @@ public:
     /// transaction that writes them, so that nobody can have written anything newer. `finish` runs
     /// in the last batch.
     void update(const ChangedDocuments& changed, const std::function<void()>& finish);
-    /// Writes documents that were read before, in one batch.
-    void write(const std::vector<IndexDocument>& documents);
+    /// Adds documents that were read before to an emptied index, in one batch.
+    void insert(const std::vector<IndexRows>& rows);
 
 private:
     using Each = std::function<void(std::size_t)>;

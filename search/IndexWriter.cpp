@@ -1,34 +1,9 @@
 #include "search/IndexWriter.h"
 
-#include "base/Text.h"
-#include "search/SearchAnalyzer.h"
-#include "search/SearchIndex.h"
-
-#include <functional>
-#include <utility>
-#include <vector>
-
 namespace tesserine {
 namespace {
 
 double secondsOf(const std::optional<Instant>& instant) { return instant ? instant->seconds() : 0; }
-
-std::string joined(const std::vector<std::string>& words, char separator) {
-    std::string text;
-    for (const std::string& word : words) {
-        if (&word != &words.front()) text += separator;
-        text += word;
-    }
-    return text;
-}
-
-template <class Fold>
-std::string foldedAndJoined(std::vector<std::string> words, char separator, Fold fold) {
-    for (std::string& word : words) {
-        word = fold(word);
-    }
-    return joined(words, separator);
-}
 
 /// Binds the values of one row from the first parameter on.
 class RowBinder {
@@ -52,7 +27,7 @@ private:
 const char* IndexWriter::sqlOf(Use use) {
     switch (use) {
     case insertDocument:
-        return "INSERT INTO docs(uid, kind, title, notebook, tags, types, created, updated, "
+        return "INSERT OR IGNORE INTO docs(uid, kind, title, notebook, tags, types, created, updated, "
                "has_attach, trashed, latitude, longitude, favorite, favorited, title_fold, "
                "notebook_fold, tags_fold, types_fold, sig, att_count, att_text) "
                "VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?);";
@@ -80,28 +55,29 @@ Statement& IndexWriter::prepared(Use use) {
     return *statement;
 }
 
-void IndexWriter::insert(const IndexDocument& document) {
-    if (!isFit(document)) {
-        insert(fitted(document));
-        return;
+void IndexWriter::insert(const IndexRows& rows) {
+    // Another process may have indexed it while a rebuild was on its way to it.
+    if (!insertRow(rows)) {
+        remove(rows.uid);
+        insertRow(rows);
     }
-    insertRow(document);
-    insertWords(document, database_.lastInsertRowID());
-    for (const IndexAttachment& attachment : document.attachments) {
-        insertFile(attachment, document.id.text());
+    insertWords(rows, database_.lastInsertRowID());
+    for (std::size_t i = 0; i < rows.document.attachments.size(); ++i) {
+        insertFile(rows, i);
     }
 }
 
-void IndexWriter::insertRow(const IndexDocument& document) {
-    const DocumentState state = stateOf(document);
+/// False when there is a row of that document already.
+bool IndexWriter::insertRow(const IndexRows& rows) {
+    const IndexDocument& document = rows.document;
     Statement& statement = prepared(insertDocument);
     RowBinder row(statement);
-    row.text(document.id.text());
+    row.text(rows.uid);
     row.text(std::string(nameOf(document.kind)));
     row.text(document.title);
     row.text(document.notebook);
-    row.text(joined(document.tags, tagSeparator));
-    row.text(joined(document.attachmentTypes, ' '));
+    row.text(rows.tags);
+    row.text(rows.types);
     row.real(secondsOf(document.createdAt));
     row.real(secondsOf(document.updatedAt));
     row.integer(document.hasAttachment ? 1 : 0);
@@ -110,36 +86,38 @@ void IndexWriter::insertRow(const IndexDocument& document) {
     row.optionalReal(document.longitude);
     row.integer(document.favorite ? 1 : 0);
     row.real(secondsOf(document.favoritedAt));
-    row.text(indexFold(document.title));
-    row.text(indexFold(document.notebook));
-    row.text(foldedAndJoined(document.tags, tagSeparator, indexFold));
-    row.text(foldedAndJoined(document.attachmentTypes, ' ', text::lowercased));
-    row.text(signature(state));
-    row.integer(static_cast<std::int64_t>(state.attachmentCount));
-    row.integer(static_cast<std::int64_t>(state.attachmentsWithText));
+    row.text(rows.titleFold);
+    row.text(rows.notebookFold);
+    row.text(rows.tagsFold);
+    row.text(rows.typesFold);
+    row.text(rows.signature);
+    row.integer(static_cast<std::int64_t>(rows.state.attachmentCount));
+    row.integer(static_cast<std::int64_t>(rows.state.attachmentsWithText));
     statement.step();
     statement.reset();
+    return database_.changes() > 0;
 }
 
-void IndexWriter::insertWords(const IndexDocument& document, std::int64_t rowID) {
+void IndexWriter::insertWords(const IndexRows& rows, std::int64_t rowID) {
     Statement& statement = prepared(insertText);
     RowBinder row(statement);
     row.integer(rowID);
-    row.text(document.title);
-    row.text(document.body);
-    row.text(joined(document.tags, ' '));
-    row.text(document.notebook);
-    row.text(document.attachmentText);
-    row.text(SearchAnalyzer::keyText({{document.title, document.body, document.attachmentText}}));
+    row.text(rows.document.title);
+    row.text(rows.document.body);
+    row.text(rows.tagWords);
+    row.text(rows.document.notebook);
+    row.text(rows.document.attachmentText);
+    row.text(rows.keys);
     statement.step();
     statement.reset();
 }
 
-void IndexWriter::insertFile(const IndexAttachment& attachment, const std::string& note) {
+void IndexWriter::insertFile(const IndexRows& rows, std::size_t place) {
+    const IndexAttachment& attachment = rows.document.attachments[place];
     Statement& statement = prepared(insertAttachment);
     RowBinder row(statement);
     row.text(attachment.id.text());
-    row.text(note);
+    row.text(rows.uid);
     row.text(attachment.filename);
     row.text(attachment.mimeType);
     row.integer(attachment.text.empty() ? 0 : 1);
@@ -151,7 +129,7 @@ void IndexWriter::insertFile(const IndexAttachment& attachment, const std::strin
     wordsRow.integer(database_.lastInsertRowID());
     wordsRow.text(attachment.filename);
     wordsRow.text(attachment.text);
-    wordsRow.text(SearchAnalyzer::keyText({{attachment.text}}));
+    wordsRow.text(rows.attachmentKeys[place]);
     words.step();
     words.reset();
 }

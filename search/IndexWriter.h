@@ -1,9 +1,10 @@
 #pragma once
 
 #include "base/sqlite/SQLiteDatabase.h"
-#include "search/IndexDocument.h"
+#include "search/IndexRows.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,8 +17,9 @@ class IndexWriter {
 public:
     explicit IndexWriter(SQLiteDatabase& database) : database_(database) {}
 
-    /// Adds the rows of a document that is not in the index, with its texts made fit.
-    void insert(const IndexDocument& document);
+    /// Adds the rows of a document. One that is in the index is taken out first; to expect none is
+    /// quicker than to look.
+    void insert(const IndexRows& rows);
     /// Deletes the rows of a document and tells whether there were any.
     bool remove(const std::string& uid);
 
@@ -36,9 +38,9 @@ private:
     };
     static const char* sqlOf(Use use);
     Statement& prepared(Use use);
-    void insertRow(const IndexDocument& document);
-    void insertWords(const IndexDocument& document, std::int64_t row);
-    void insertFile(const IndexAttachment& attachment, const std::string& note);
+    bool insertRow(const IndexRows& rows);
+    void insertWords(const IndexRows& rows, std::int64_t row);
+    void insertFile(const IndexRows& rows, std::size_t place);
     void run(Use use, std::int64_t row);
     void run(Use use, const std::string& uid);
 

@@ -125,6 +125,10 @@ SearchCoordinator::Outcome SearchCoordinator::catchUp(const SearchWork& work) {
     return mending(work, [&] { return catchUpHere(work); });
 }
 
+void SearchCoordinator::tidyUp() {
+    queue_.sync([this] { index().tidyUp(); });
+}
+
 bool SearchCoordinator::forgetDeleted(const SearchWork& work) {
     return catchUp(work) == Outcome::complete && index().forgetDeleted();
 }
@@ -153,25 +157,24 @@ SearchCoordinator::Outcome SearchCoordinator::catchUpHere(const SearchWork& work
 /// as one piece: each of its many small calls would otherwise wait for another thread.
 bool SearchCoordinator::followToTheEnd() {
     return index().perform([this](SQLiteDatabase& /*database*/) {
-        if (!canFollow()) return false;
-        follow();
-        return !IndexMeta(index()).isRebuildUnfinished();
+        const IndexMeta meta(index());
+        const auto mark = meta.mark();
+        if (!mark || !canFollowFrom(*mark)) return false;
+        followFrom(*mark);
+        return !meta.isRebuildUnfinished();
     });
 }
 
-/// Whether the index holds a known place in this library's history from which on all is kept.
-bool SearchCoordinator::canFollow() const {
-    const auto mark = IndexMeta(index()).mark();
-    return mark && mark->historyID == store_.historyID()
-           && mark->number <= store_.lastTransactionNumber()
-           && store_.keepsHistoryAfter(mark->number);
+/// Whether this is a known place in this library's history from which on all is kept.
+bool SearchCoordinator::canFollowFrom(const HistoryMark& mark) const {
+    return mark.historyID == store_.historyID() && mark.number <= store_.lastTransactionNumber()
+           && store_.keepsHistoryAfter(mark.number);
 }
 
-void SearchCoordinator::follow() {
+void SearchCoordinator::followFrom(HistoryMark mark) {
     const IndexMeta meta(index());
     bool hasMore = true;
     while (hasMore) {
-        const HistoryMark mark = meta.mark().value_or(HistoryMark{});
         const auto transactions = store_.history(mark.number, historyPage);
         hasMore = transactions.size() == historyPage;
         if (transactions.empty()) break;
@@ -180,14 +183,14 @@ void SearchCoordinator::follow() {
         const auto changed = changedDocuments(transactions, reader(), index());
         IndexUpdater(index(), reader(), log_).update(changed, [&] {
             // Another process may have come further meanwhile.
-            const bool isBehind = meta.mark().value_or(mark).number < number;
-            if (isBehind) meta.setMark({mark.historyID, number});
+            mark.number = std::max(number, meta.mark().value_or(mark).number);
+            meta.setMark(mark);
         });
         FAIL_POINT("coordinator.followed");
-        keepHistory(number);
+        keepHistory(mark.number);
         if (setting_.changed) setting_.changed();
     }
-    reached_ = meta.mark().value_or(HistoryMark{}).number;
+    reached_ = mark.number;
 }
 
 void SearchCoordinator::keepHistory(std::int64_t number) {
@@ -246,7 +249,7 @@ SearchCoordinator::Outcome SearchCoordinator::fill(const SearchWork& work) {
     });
     FAIL_POINT("rebuild.ended");
     store_.setHistoryMark(followerName, beginning.number);
-    follow();
+    followFrom(beginning);
     if (setting_.changed) setting_.changed();
     return Outcome::complete;
 }
@@ -266,6 +269,7 @@ void SearchCoordinator::follower() {
     if (store_.lastTransactionNumber() == reached_) return;
     if (!setting_.clock.sleep(collectingTime, stop_.get_token())) return;
     catchUp({.stop = stop_.get_token()});
+    if (store_.lastTransactionNumber() == reached_) tidyUp();
 }
 
 }  // namespace tesserine

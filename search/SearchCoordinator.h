@@ -20,6 +20,7 @@
 
 namespace tesserine {
 
+struct HistoryMark;
 class RemoteChangeObserver;
 class StoreContext;
 class TesserineStore;
@@ -73,6 +74,8 @@ public:
     /// Brings the index up to everything that is committed now. Costs next to nothing when it is.
     /// Rebuilds an index that is new, was left unfinished or belongs to another history.
     Outcome catchUp(const SearchWork& work = {});
+    /// Does what indexing put off, for a moment when nobody waits; `start` does it by itself.
+    void tidyUp();
     /// Catches up, and takes out of the index's files what is no longer in the library, such as a
     /// passage that was locked. False when that could not be done now.
     bool forgetDeleted(const SearchWork& work = {});
@@ -103,8 +106,8 @@ private:
     Outcome rebuildHere(const SearchWork& work);
     Outcome fill(const SearchWork& work);
     bool followToTheEnd();
-    bool canFollow() const;
-    void follow();
+    bool canFollowFrom(const HistoryMark& mark) const;
+    void followFrom(HistoryMark mark);
     void keepHistory(std::int64_t number);
     void follower();
     DocumentReader& reader();

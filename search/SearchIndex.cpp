@@ -17,6 +17,13 @@ namespace {
 using Error = SQLiteDatabase::Error;
 
 constexpr const char* logCategory = "index";
+/// `tidyUp` lets so many documents be written first.
+constexpr std::uint64_t documentsBeforeTidying = 16;
+/// A commit moves a journal beyond 16 or 64 MB into the file itself.
+constexpr const char* settingsForChanges =
+    "PRAGMA cache_size = -2000; PRAGMA wal_autocheckpoint = 4000;";
+constexpr const char* settingsForEverything =
+    "PRAGMA cache_size = -65536; PRAGMA wal_autocheckpoint = 16000;";
 constexpr int openingAttempts = 100;
 constexpr std::chrono::milliseconds betweenAttempts{20};
 
@@ -39,6 +46,9 @@ Error openError(const Error& error) {
 std::unique_ptr<SQLiteDatabase> openOnce(
     const std::filesystem::path& file, const std::string& vfs) {
     auto opened = std::make_unique<SQLiteDatabase>(file, SQLiteDatabase::Options{.vfs = vfs});
+    opened->execute(settingsForChanges);
+    // Pages that fall free keep what was deleted; `forgetDeleted` is there for that.
+    opened->execute("PRAGMA secure_delete = FAST;");
     indexschema::setUp(*opened);
     return opened;
 }
@@ -128,21 +138,31 @@ bool SearchIndex::removeFile(const std::filesystem::path& file) {
 
 template <class Write>
 void SearchIndex::writing(Write write) {
-    queue_.sync([&] {
-        if (batchWriter_) {
-            write(*batchWriter_);
-        } else {
-            IndexWriter afresh(database());
+    perform([&](SQLiteDatabase& database) {
+        if (!database.isInTransaction()) {
+            IndexWriter afresh(database);
             write(afresh);
+            return;
         }
+        if (!batchWriter_) batchWriter_ = std::make_unique<IndexWriter>(database);
+        write(*batchWriter_);
     });
 }
 
-void SearchIndex::upsert(const IndexDocument& document) {
+void SearchIndex::upsert(IndexDocument document) {
+    const IndexRows rows(std::move(document));
     writing([&](IndexWriter& writer) {
         FAIL_POINT("index.upsert");
-        writer.remove(document.id.text());
-        writer.insert(document);
+        writer.remove(rows.uid);
+        writer.insert(rows);
+        ++generation_;
+    });
+}
+
+void SearchIndex::insert(const IndexRows& rows) {
+    writing([&](IndexWriter& writer) {
+        FAIL_POINT("index.upsert");
+        writer.insert(rows);
         ++generation_;
     });
 }
@@ -167,6 +187,25 @@ void SearchIndex::makeAfresh() {
     });
 }
 
+void SearchIndex::prepareFor(Work work) {
+    perform([&](SQLiteDatabase& database) {
+        const bool isEverything = work == Work::everything;
+        database.execute(isEverything ? settingsForEverything : settingsForChanges);
+        if (!isEverything) database.execute("PRAGMA shrink_memory;");
+    });
+}
+
+void SearchIndex::tidyUp() {
+    perform([this](SQLiteDatabase& database) {
+        if (generation_ - tidyGeneration_ < documentsBeforeTidying) return;
+        tidyGeneration_ = generation_;
+        // At most so many pages of each; what is left is merged the next time.
+        database.execute("INSERT INTO fts(fts, rank) VALUES('merge', 500); "
+                         "INSERT INTO afts(afts, rank) VALUES('merge', 500);");
+        database.checkpoint(SQLiteDatabase::Checkpoint::passive);
+    });
+}
+
 bool SearchIndex::forgetDeleted() {
     return perform([](SQLiteDatabase& database) {
         // A full-text table keeps the words of a deleted document until its parts are merged.
@@ -184,14 +223,7 @@ void SearchIndex::batch(const std::function<void()>& body) {
             return;
         }
         database.transaction([&] {
-            batchWriter_ = std::make_unique<IndexWriter>(database);
-            try {
-                body();
-            } catch (...) {
-                batchWriter_.reset();
-                throw;
-            }
-            batchWriter_.reset();
+            body();
             FAIL_POINT("index.commit");
         });
     });

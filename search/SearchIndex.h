@@ -20,6 +20,7 @@
 namespace tesserine {
 
 class IndexWriter;
+struct IndexRows;
 
 /// How an index is opened besides its place.
 struct SearchIndexOptions {
@@ -59,13 +60,22 @@ public:
 
     /// Puts the document in the place of its older self. What it wrote before it failed stays:
     /// group what must be whole in a `batch`.
-    void upsert(const IndexDocument& document);
+    void upsert(IndexDocument document);
+    /// The same for a document that is not expected to be there, as in a full rebuild.
+    void insert(const IndexRows& rows);
     /// Takes the document with all its rows out; nothing when it is not there.
     void remove(const std::string& uid);
     /// Takes every document out; tag tree and `meta` stay.
     void clear();
     /// The same, with the tag tree, and quickly however full it is: for a full rebuild.
     void makeAfresh();
+    /// How much is going to be written: a whole library gets a page cache and a journal of 64 MB.
+    enum class Work { changes, everything };
+    void prepareFor(Work work);
+    /// Does what writing put off: merges parts of the full-text tables and moves the journal into
+    /// the file. For a moment when nobody waits; does nothing until some documents were written,
+    /// and never takes long.
+    void tidyUp();
     /// Writes the file anew without what was taken out of it, and empties its journal: deleted text
     /// is then in none of the two. Takes time by the size of the index. False when another process
     /// kept the journal in use for too long.
@@ -156,7 +166,7 @@ private:
     SQLiteDatabase& database();
     void open();
     void close();
-    /// Runs `write(IndexWriter&)` with the batch's writer or one of its own.
+    /// Runs `write(IndexWriter&)` with the batches' writer or, outside of a batch, one of its own.
     template <class Write>
     void writing(Write write);
 
@@ -170,8 +180,9 @@ private:
     // Touched on queue_ only.
     std::unique_ptr<SQLiteDatabase> database_;
     std::optional<SQLiteDatabase::Error> failure_;  // why there is none
-    std::unique_ptr<IndexWriter> batchWriter_;      // holds its statements as long as a batch
+    std::unique_ptr<IndexWriter> batchWriter_;      // holds its statements from batch to batch
     std::int64_t openings_ = 0;
+    std::uint64_t tidyGeneration_ = 0;                    // when `tidyUp` last did something
     std::pair<std::uint64_t, std::uint64_t> identity_{};  // device and inode that were opened
 
     SerialQueue queue_;  // last: it ends before what its tasks touch

@@ -1,6 +1,7 @@
 #include "search/SearchIndex.h"
 
 #include "base/FailPoint.h"
+#include "search/IndexRows.h"
 #include "tests/support/Child.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -199,6 +200,42 @@ TEST_F(SearchIndexFile, ABatchIsAllOrNothingAndMayHoldEveryKindOfWrite) {
     EXPECT_EQ(index.descendantTags("B"), std::vector<std::string>{"a"});
     index.upsert(note(3, "three"));  // the broken batch left nothing behind
     EXPECT_EQ(index.countDocuments(), 2);
+}
+
+TEST_F(SearchIndexFile, TakesTheOlderSelfOutOfWhatARebuildAdds) {
+    SearchIndex index(file_);
+    IndexDocument document = note(1, "by a process that was quicker");
+    document.attachments = {{uuid(11), "scan.pdf", "application/pdf", "text"}};
+    index.batch([&] {
+        index.upsert(document);
+        index.insert(IndexRows(note(1, "by the rebuild")));
+        index.insert(IndexRows(note(2, "another")));
+    });
+    EXPECT_EQ(
+        rowsOf(index, "SELECT d.title, f.title FROM docs d JOIN fts f ON f.rowid = d.rowid"),
+        "by the rebuild|by the rebuild\nanother|another\n");
+    EXPECT_EQ(rowsOf(index, "SELECT count(*) FROM fts"), "2\n");
+    EXPECT_EQ(rowsOf(index, "SELECT count(*) FROM atts UNION SELECT count(*) FROM afts"), "0\n");
+}
+
+TEST_F(SearchIndexFile, MergesItsPartsAndItsJournalWhenThereIsTime) {
+    SearchIndex index(file_);
+    index.makeAfresh();
+    const auto parts = [&] { return rowsOf(index, "SELECT count(DISTINCT segid) FROM fts_idx"); };
+    const auto fileSize = [&] { return std::filesystem::file_size(file_); };
+    const auto emptySize = fileSize();
+    for (int i = 1; i < 15; ++i) {
+        index.upsert(note(i, "Plan " + std::to_string(i)));
+    }
+    index.tidyUp();  // too early
+    EXPECT_EQ(parts(), "14\n");
+    EXPECT_EQ(fileSize(), emptySize);
+
+    index.upsert(note(15, "Plan"));
+    index.tidyUp();
+    EXPECT_EQ(parts(), "1\n");
+    EXPECT_GT(fileSize(), emptySize);
+    EXPECT_EQ(rowsOf(index, "SELECT count(*) FROM fts WHERE fts MATCH 'plan'"), "15\n");
 }
 
 TEST_F(SearchIndexFile, FindsTheTagsBelowATagEvenInACircle) {
