@@ -1,0 +1,53 @@
+#include "app/lists/ListWords.h"
+
+#include "app/lists/NoteSummary.h"
+#include "base/Calendar.h"
+
+#include <QLocale>
+
+namespace tesserine::app {
+namespace {
+
+constexpr const char* months[] = {
+    "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr const char* weekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+
+QString clockTime(const LocalTime& time) {
+    return QString("%1:%2").arg(time.hour, 2, 10, QChar('0')).arg(time.minute, 2, 10, QChar('0'));
+}
+
+/// The day, without a time; empty for today.
+QString day(Instant instant, Instant now, const Calendar& calendar) {
+    const int days = calendar.daysBetween(now, instant);
+    if (days == 0) return {};
+    if (days == -1) return "Yesterday";
+    if (days == 1) return "Tomorrow";
+    if (days > -7 && days < 7) return weekdays[calendar.weekday(instant) - 1];
+    const LocalTime local = calendar.local(instant);
+    const QString date = QString("%1 %2").arg(local.day).arg(months[local.month - 1]);
+    if (local.year == calendar.local(now).year) return date;
+    return date + QString(" %1").arg(local.year);
+}
+
+}  // namespace
+
+QString shownTitle(const NoteSummary& note) {
+    return note.title.isEmpty() ? QString("Untitled") : note.title;
+}
+
+QString shownDate(Instant instant, Instant now, const Calendar& calendar) {
+    const QString date = day(instant, now, calendar);
+    return date.isEmpty() ? clockTime(calendar.local(instant)) : date;
+}
+
+QString shownTime(Instant instant, Instant now, const Calendar& calendar) {
+    const QString date = day(instant, now, calendar);
+    return (date.isEmpty() ? QString("Today") : date) + " " + clockTime(calendar.local(instant));
+}
+
+QString shownCount(std::size_t count, const QString& one, const QString& many) {
+    static const QLocale english(QLocale::English);
+    return english.toString(static_cast<qulonglong>(count)) + " " + (count == 1 ? one : many);
+}
+
+}  // namespace tesserine::app

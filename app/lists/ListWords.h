@@ -1,0 +1,27 @@
+#pragma once
+
+#include "base/Instant.h"
+
+#include <QString>
+
+namespace tesserine {
+class Calendar;
+}
+
+namespace tesserine::app {
+
+struct NoteSummary;
+
+/// "Untitled" for a note without a title.
+QString shownTitle(const NoteSummary& note);
+
+/// As short as it can be said: "09:15" today, "Yesterday", "Tomorrow", "Wed" within six days, "14
+/// Mar", "14 Mar 2024".
+QString shownDate(Instant instant, Instant now, const Calendar& calendar);
+/// The same with the time of day, for what will happen: "Today 09:15", "14 Mar 09:15".
+QString shownTime(Instant instant, Instant now, const Calendar& calendar);
+
+/// "1 note", "12,345 notes"
+QString shownCount(std::size_t count, const QString& one, const QString& many);
+
+}  // namespace tesserine::app

@@ -1,0 +1,163 @@
+#include "app/lists/NoteActions.h"
+
+#include "app/lists/ListWords.h"
+#include "app/state/AppEnvironment.h"
+#include "app/state/Notice.h"
+#include "core/services/LibraryCare.h"
+
+#include <QWidget>
+
+#include <algorithm>
+
+namespace tesserine::app {
+
+using Kind = Place::Kind;
+
+std::optional<Uuid> NoteActions::create(const Place& place) const {
+    StoreContext& context = environment_.context();
+    CDNotebook* notebook =
+        place.kind == Kind::notebook ? context.find<CDNotebook>(place.id) : nullptr;
+    if (notebook != nullptr) {
+        const auto* start = environment_.notebooks().noteTemplate(context, *notebook);
+        if (start != nullptr) return createFromTemplate(*start->id, place);
+    }
+    CDNote& note = environment_.notes().createNote(context, {.notebook = notebook});
+    takeOver(note, place);
+    return saved(note);
+}
+
+/// What a new note in the place is, besides standing in its notebook.
+void NoteActions::takeOver(CDNote& note, const Place& place) const {
+    const NoteService& notes = environment_.notes();
+    if (place.kind == Kind::pinned) notes.pin(note);
+    if (place.kind == Kind::templates) note.isTemplate = true;
+    if (place.kind != Kind::tag) return;
+    if (auto* tag = environment_.context().find<CDTag>(place.id)) notes.addTag(note, *tag);
+}
+
+std::optional<Uuid> NoteActions::createFromTemplate(
+    const Uuid& noteTemplate, const Place& place) const {
+    StoreContext& context = environment_.context();
+    CDNote* start = context.find<CDNote>(noteTemplate);
+    if (start == nullptr) return std::nullopt;
+    CDNotebook* notebook =
+        place.kind == Kind::notebook ? context.find<CDNotebook>(place.id) : nullptr;
+    CDNote& note = environment_.notes().createFromTemplate(context, *start, notebook);
+    environment_.attachments().cloneReferenced(context, note);
+    if (place.kind != Kind::templates) takeOver(note, place);
+    return saved(note);
+}
+
+std::optional<Uuid> NoteActions::saveAsTemplate(const Uuid& id) const {
+    StoreContext& context = environment_.context();
+    CDNote* note = context.find<CDNote>(id);
+    if (note == nullptr) return std::nullopt;
+    CDNote& made = environment_.notes().saveAsTemplate(context, *note);
+    environment_.attachments().cloneReferenced(context, made);
+    return saved(made);
+}
+
+NoteActions::Notes NoteActions::duplicate(const Notes& notes) const {
+    StoreContext& context = environment_.context();
+    Notes copies;
+    for (const Uuid& id : notes) {
+        CDNote* note = context.find<CDNote>(id);
+        if (note == nullptr) continue;
+        CDNote& copy = environment_.notes().duplicateNote(context, *note);
+        environment_.attachments().cloneReferenced(context, copy);
+        copies.push_back(*copy.id);
+    }
+    environment_.save(parent_);
+    return copies;
+}
+
+void NoteActions::setPinned(const Notes& notes, bool isPinned) const {
+    forEach(notes, [&](CDNote& note) {
+        isPinned ? environment_.notes().pin(note) : environment_.notes().unpin(note);
+    });
+}
+
+bool NoteActions::arePinned(const Notes& notes) const {
+    return std::ranges::all_of(notes, [this](const Uuid& id) {
+        const CDNote* note = environment_.context().find<CDNote>(id);
+        return note == nullptr || bool(note->isPinned);
+    });
+}
+
+void NoteActions::move(const Notes& notes, const std::optional<Uuid>& notebook) const {
+    CDNotebook* target = nullptr;
+    if (notebook) {
+        target = environment_.context().find<CDNotebook>(*notebook);
+        if (target == nullptr) return;
+    }
+    forEach(notes, [&](CDNote& note) { environment_.notes().moveToNotebook(note, target); });
+}
+
+void NoteActions::addTag(const Notes& notes, const Uuid& tag) const {
+    CDTag* added = environment_.context().find<CDTag>(tag);
+    if (added == nullptr) return;
+    forEach(notes, [&](CDNote& note) { environment_.notes().addTag(note, *added); });
+}
+
+void NoteActions::addTag(const Notes& notes, const QString& name) const {
+    CDTag* added = environment_.tags().findOrCreate(environment_.context(), name.toStdString());
+    if (added == nullptr) return;
+    forEach(notes, [&](CDNote& note) { environment_.notes().addTag(note, *added); });
+}
+
+void NoteActions::removeTag(const Notes& notes, const Uuid& tag) const {
+    CDTag* removed = environment_.context().find<CDTag>(tag);
+    if (removed == nullptr) return;
+    forEach(notes, [&](CDNote& note) { environment_.notes().removeTag(note, *removed); });
+}
+
+void NoteActions::moveToTrash(const Notes& notes) const {
+    forEach(notes, [&](CDNote& note) { environment_.notes().moveToTrash(note); });
+}
+
+void NoteActions::restore(const Notes& notes) const {
+    forEach(notes, [&](CDNote& note) { environment_.notes().restoreFromTrash(note); });
+}
+
+void NoteActions::deleteForGood(const Notes& notes) const {
+    forEach(notes, [&](CDNote& note) {
+        environment_.notes().deleteNote(environment_.context(), note);
+    });
+}
+
+void NoteActions::emptyTrash(std::function<void()> done) const {
+    environment_.inBackground(
+        [&environment = environment_](StoreContext& context, const std::stop_token& stop) {
+            LibraryCare care(
+                environment.store(), environment.clock(), environment.random(), environment.log());
+            care.backUpBefore("purge", stop);
+            environment.notes().emptyTrash(context);
+            context.save();
+        },
+        parent_,
+        std::move(done),
+        [parent = parent_](const std::string& sentence) { showNotice(parent, sentence); });
+}
+
+QString NoteActions::describe(const Notes& notes) const {
+    if (notes.size() != 1) return shownCount(notes.size(), "note", "notes");
+    const CDNote* note = environment_.context().find<CDNote>(notes.front());
+    const std::string title = note == nullptr ? "" : note->title.valueOr("");
+    return title.empty() ? QString("the untitled note")
+                         : QString("“%1”").arg(QString::fromStdString(title).left(60));
+}
+
+void NoteActions::forEach(const Notes& notes, const std::function<void(CDNote&)>& change) const {
+    for (const Uuid& id : notes) {
+        if (CDNote* note = environment_.context().find<CDNote>(id)) change(*note);
+    }
+    environment_.save(parent_);
+}
+
+std::optional<Uuid> NoteActions::saved(const CDNote& note) const {
+    const Uuid id = *note.id;
+    if (!environment_.save(parent_)) return std::nullopt;
+    return id;
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,292 @@
+#include "app/lists/NoteList.h"
+
+#include "app/lists/ListWords.h"
+#include "app/lists/NoteListView.h"
+#include "app/lists/PlaceWords.h"
+#include "app/look/EmptyState.h"
+#include "app/look/Icon.h"
+#include "app/look/IconButton.h"
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+
+#include <QActionGroup>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace tesserine::app {
+namespace {
+
+struct OrderName {
+    NoteOrder order;
+    const char* word;  ///< in the preferences
+    const char* title;
+};
+constexpr std::array orderNames = {
+    OrderName{NoteOrder::updated, "updated", "Last Changed"},
+    OrderName{NoteOrder::created, "created", "Created"},
+    OrderName{NoteOrder::title, "title", "Title"},
+};
+
+}  // namespace
+
+NoteList::NoteList(AppEnvironment& environment, QWidget* parent)
+    : QWidget(parent),
+      environment_(environment),
+      actions_(environment, this),
+      model_(new NoteListModel(environment, this)),
+      view_(new NoteListView(environment, *model_, this)),
+      empty_(new EmptyState(emptyContentOf(Place::Kind::allNotes), this)),
+      title_(new QLabel(this)),
+      count_(new QLabel(this)),
+      orderButton_(new IconButton("sort", "Order of notes", this)),
+      newButton_(new IconButton("note-add", "New note", this)),
+      emptyTrashButton_(new QPushButton("Empty Trash", this)) {
+    setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Base);
+    buildHeader();
+    connect(view_, &NoteListView::selectionTurned, this, &NoteList::tellSelection);
+    connect(view_, &NoteListView::opened, this, [this] {
+        const auto notes = selected();
+        if (notes.size() == 1) emit noteOpened(notes.front());
+    });
+    connect(view_, &QWidget::customContextMenuRequested, this, &NoteList::showMenu);
+    connect(empty_, &EmptyState::acted, this, &NoteList::createNote);
+    for (const auto change :
+         {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
+        connect(model_, change, this, &NoteList::refreshHeader);
+    }
+    connect(model_, &QAbstractItemModel::modelReset, this, &NoteList::refreshHeader);
+    connect(model_, &NoteListModel::completed, this, &NoteList::refreshHeader);
+    connect(
+        model_,
+        &QAbstractItemModel::rowsAboutToBeRemoved,
+        this,
+        [this](const QModelIndex&, int row) { chooseNext(row); });
+    connect(&environment, &AppEnvironment::libraryChanged, this, &NoteList::refreshHeader);
+}
+
+void NoteList::buildHeader() {
+    title_->setFont(Theme::font(TextRole::heading));
+    title_->setTextFormat(Qt::PlainText);
+    title_->setMinimumWidth(0);
+    title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    count_->setFont(Theme::font(TextRole::caption));
+    count_->setForegroundRole(QPalette::PlaceholderText);
+    emptyTrashButton_->setObjectName("emptyTrash");
+    newButton_->setObjectName("newNote");
+    orderButton_->setObjectName("noteOrder");
+    connect(newButton_, &QToolButton::clicked, this, &NoteList::createNote);
+    connect(emptyTrashButton_, &QPushButton::clicked, this, &NoteList::emptyTrash);
+
+    auto* menu = new QMenu(orderButton_);
+    auto* group = new QActionGroup(menu);
+    for (const OrderName& name : orderNames) {
+        QAction* action = menu->addAction(name.title);
+        action->setCheckable(true);
+        action->setChecked(name.order == order());
+        group->addAction(action);
+        connect(
+            action, &QAction::triggered, this, [this, chosen = name.order] { setOrder(chosen); });
+    }
+    orderButton_->setMenu(menu);
+    orderButton_->setPopupMode(QToolButton::InstantPopup);
+
+    auto* names = new QVBoxLayout;
+    names->setSpacing(0);
+    names->addWidget(title_);
+    names->addWidget(count_);
+    auto* header = new QHBoxLayout;
+    header->setContentsMargins(space::large, space::medium, space::small, space::small);
+    header->setSpacing(space::tiny);
+    header->addLayout(names, 1);
+    header->addWidget(emptyTrashButton_);
+    header->addWidget(orderButton_);
+    header->addWidget(newButton_);
+
+    stack_ = new QStackedLayout;
+    stack_->addWidget(view_);
+    stack_->addWidget(empty_);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(header);
+    column->addLayout(stack_, 1);
+}
+
+void NoteList::show(const Place& place, const std::optional<Uuid>& note) {
+    awaited_ = note;
+    empty_->setContent(emptyContentOf(place.kind));
+    view_->clearSelection();
+    model_->show(NoteScope(place, order()));
+    view_->scrollToTop();
+    if (note) {
+        choose(*note);
+    } else if (model_->rowCount() > 0) {
+        view_->choose(model_->noteAt(0));
+    }
+    tellSelection();
+    QWidget::show();
+}
+
+void NoteList::choose(const Uuid& note) {
+    awaited_ = note;
+    if (view_->choose(note)) awaited_.reset();
+}
+
+std::vector<Uuid> NoteList::selected() const { return view_->selected(); }
+
+void NoteList::createNote() {
+    const auto note = actions_.create(place());
+    if (!note) return;
+    choose(*note);
+    emit noteOpened(*note);
+}
+
+void NoteList::togglePin() {
+    const auto notes = selected();
+    actions_.setPinned(notes, !actions_.arePinned(notes));
+}
+
+void NoteList::duplicate() {
+    const auto copies = actions_.duplicate(selected());
+    if (copies.size() == 1) choose(copies.front());
+}
+
+void NoteList::moveToTrash() {
+    const auto notes = selected();
+    if (notes.empty()) return;
+    if (isTrash()) return deleteForGood();
+    actions_.moveToTrash(notes);
+    emit movedToTrash(notes);
+}
+
+void NoteList::restore() { actions_.restore(selected()); }
+
+void NoteList::deleteForGood() {
+    const auto notes = selected();
+    if (notes.empty()) return;
+    ask(QString("Delete %1 for good? Earlier versions and attached files go too. This cannot be "
+                "undone.")
+            .arg(actions_.describe(notes)),
+        "Delete Permanently",
+        [this, notes] { actions_.deleteForGood(notes); });
+}
+
+void NoteList::emptyTrash() {
+    const auto count = static_cast<std::size_t>(model_->rowCount());
+    if (count == 0) return;
+    ask(QString("Delete %1 in the trash for good? This cannot be undone.")
+            .arg(shownCount(count, "note", "notes")),
+        "Empty Trash",
+        [this] { actions_.emptyTrash({}); });
+}
+
+/// Cancel is what Return and Escape choose.
+void NoteList::ask(const QString& question, const QString& verb, std::function<void()> act) {
+    auto* box = new QMessageBox(QMessageBox::Question, verb, question, QMessageBox::Cancel, this);
+    box->setObjectName("question");
+    box->setTextFormat(Qt::PlainText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setDefaultButton(QMessageBox::Cancel);
+    QPushButton* button = box->addButton(verb, QMessageBox::DestructiveRole);
+    connect(button, &QPushButton::clicked, this, std::move(act));
+    box->open();
+}
+
+NoteOrder NoteList::order() const {
+    const auto word = environment_.preferences().string(orderKey).value_or("");
+    const auto* const found =
+        std::ranges::find(orderNames, word, [](const OrderName& name) { return name.word; });
+    return found == orderNames.end() ? NoteOrder::updated : found->order;
+}
+
+void NoteList::setOrder(NoteOrder order) {
+    const auto* const name = std::ranges::find(orderNames, order, &OrderName::order);
+    environment_.preferences().set(orderKey, name->word);
+    const auto notes = selected();
+    show(place(), notes.size() == 1 ? std::optional(notes.front()) : std::nullopt);
+}
+
+void NoteList::tellSelection() {
+    const auto notes = selected();
+    emit noteChosen(notes.size() == 1 ? std::optional(notes.front()) : std::nullopt);
+    emit selectionTurned(notes);
+}
+
+void NoteList::refreshHeader() {
+    if (awaited_ && view_->choose(*awaited_)) awaited_.reset();
+    if (model_->isComplete()) awaited_.reset();
+    title_->setText(titleOf(place(), environment_.context()));
+    const auto count = static_cast<std::size_t>(model_->rowCount());
+    count_->setText(model_->isComplete() ? shownCount(count, "note", "notes") : QString(" "));
+    const bool isEmpty = count == 0 && model_->isComplete();
+    stack_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(empty_) : view_);
+    emptyTrashButton_->setVisible(isTrash() && !isEmpty);
+    newButton_->setVisible(!isTrash());
+    const auto kind = place().kind;
+    orderButton_->setVisible(
+        kind != Place::Kind::trash && kind != Place::Kind::pinned
+        && kind != Place::Kind::reminders);
+}
+
+/// The selected line is about to go: its neighbour is selected in its place.
+void NoteList::chooseNext(int row) {
+    const auto notes = selected();
+    if (notes.size() != 1 || model_->noteAt(row) != notes.front()) return;
+    const int next = row + 1 < model_->rowCount() ? row + 1 : row - 1;
+    if (next >= 0) view_->choose(model_->noteAt(next));
+}
+
+void NoteList::showMenu(const QPoint& where) {
+    if (selected().empty()) return;
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->setObjectName("noteMenu");
+    isTrash() ? fillTrashMenu(*menu) : fillMenu(*menu);
+    menu->popup(view_->viewport()->mapToGlobal(where));
+}
+
+void NoteList::fillMenu(QMenu& menu) {
+    const auto notes = selected();
+    const Uuid first = notes.front();
+    if (notes.size() == 1) {
+        menu.addAction("Open in New Tab", this, [this, first] { emit newTabWanted(first); });
+        menu.addSeparator();
+    }
+    menu.addAction(
+        icon("pin"), actions_.arePinned(notes) ? "Unpin" : "Pin", this, &NoteList::togglePin);
+    menu.addAction(icon("notebook"), "Move to Notebook…", this, &NoteList::moveWanted);
+    menu.addAction(icon("tag"), "Add Tag…", this, &NoteList::tagsWanted);
+    menu.addSeparator();
+    menu.addAction(icon("duplicate"), "Duplicate", this, &NoteList::duplicate);
+    if (notes.size() == 1) {
+        menu.addAction(icon("template"), "Save as Template", this, [this, first] {
+            actions_.saveAsTemplate(first);
+        });
+        menu.addAction(icon("link"), "Copy Link to Note", this, [first] {
+            QGuiApplication::clipboard()->setText(
+                QString::fromStdString(NoteService::noteURL(first)));
+        });
+    }
+    menu.addSeparator();
+    menu.addAction(icon("trash"), "Move to Trash", this, &NoteList::moveToTrash);
+}
+
+void NoteList::fillTrashMenu(QMenu& menu) {
+    menu.addAction(icon("restore"), "Restore", this, &NoteList::restore);
+    menu.addSeparator();
+    menu.addAction(
+        icon("trash", Ink::danger), "Delete Permanently", this, &NoteList::deleteForGood);
+}
+
+}  // namespace tesserine::app

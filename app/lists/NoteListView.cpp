@@ -1,0 +1,84 @@
+#include "app/lists/NoteListView.h"
+
+#include "app/lists/NoteListModel.h"
+#include "app/lists/NoteRowDelegate.h"
+
+#include <QKeyEvent>
+
+namespace tesserine::app {
+
+NoteListView::NoteListView(AppEnvironment& environment, NoteListModel& model, QWidget* parent)
+    : QListView(parent), model_(model) {
+    setObjectName("noteList");
+    setAccessibleName("Notes");
+    setFrameShape(QFrame::NoFrame);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setUniformItemSizes(true);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setMouseTracking(true);
+    setDragEnabled(true);
+    setDragDropMode(QAbstractItemView::DragOnly);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    setItemDelegate(new NoteRowDelegate(environment, model, this));
+    // Before the view's own answer to a reset, which clears the selection.
+    connect(
+        &model, &QAbstractItemModel::modelAboutToBeReset, this, &NoteListView::rememberSelection);
+    setModel(&model);
+    connect(&model, &QAbstractItemModel::modelReset, this, &NoteListView::putSelectionBack);
+    connect(this, &QAbstractItemView::doubleClicked, this, &NoteListView::opened);
+}
+
+std::vector<Uuid> NoteListView::selected() const {
+    std::vector<Uuid> notes;
+    for (const QModelIndex& index : selectionModel()->selectedRows()) {
+        notes.push_back(model_.noteAt(index.row()));
+    }
+    return notes;
+}
+
+bool NoteListView::choose(const Uuid& note) {
+    const int row = model_.rowOf(note);
+    if (row < 0) return false;
+    const QModelIndex index = model_.index(row);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    scrollTo(index);
+    return true;
+}
+
+void NoteListView::selectionChanged(const QItemSelection& now, const QItemSelection& before) {
+    QListView::selectionChanged(now, before);
+    emit selectionTurned();
+}
+
+void NoteListView::keyPressEvent(QKeyEvent* event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && event->modifiers() == Qt::NoModifier && currentIndex().isValid()) {
+        emit opened();
+        return;
+    }
+    QListView::keyPressEvent(event);
+}
+
+void NoteListView::rememberSelection() {
+    remembered_ = selected();
+    const QModelIndex top = indexAt(viewport()->rect().topLeft() + QPoint(1, 1));
+    rememberedTop_ = top.isValid() && top.row() > 0 ? model_.noteAt(top.row()) : Uuid{};
+}
+
+void NoteListView::putSelectionBack() {
+    QItemSelection selection;
+    for (const Uuid& note : remembered_) {
+        const int row = model_.rowOf(note);
+        if (row >= 0) selection.select(model_.index(row), model_.index(row));
+    }
+    if (!selection.isEmpty()) {
+        selectionModel()->setCurrentIndex(
+            selection.indexes().front(), QItemSelectionModel::NoUpdate);
+        selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    }
+    const int top = rememberedTop_.isNil() ? -1 : model_.rowOf(rememberedTop_);
+    if (top >= 0) scrollTo(model_.index(top), QAbstractItemView::PositionAtTop);
+}
+
+}  // namespace tesserine::app
