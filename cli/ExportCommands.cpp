@@ -13,8 +13,6 @@
 #include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 
-#include <algorithm>
-
 namespace tesserine::cli {
 
 namespace {
@@ -25,16 +23,6 @@ fs::path targetOf(const Arguments& arguments) {
     const auto target = arguments.path("to");
     if (!target) throw UsageError::because("“--to” says where the export goes; it is missing.");
     return *target;
-}
-
-/// An export among the library's own files would look like a part of it.
-void refuseInsideLibrary(Session& session, const fs::path& target) {
-    const fs::path library = fs::weakly_canonical(session.libraryFolder());
-    const fs::path folder = fs::weakly_canonical(target);
-    const auto [end, rest] =
-        std::mismatch(library.begin(), library.end(), folder.begin(), folder.end());
-    if (end != library.end()) return;
-    throw CommandError::badInput("An export cannot go into the folder of the library itself.");
 }
 
 ExportOptions optionsFrom(const Arguments& arguments) {
@@ -54,7 +42,10 @@ ExportSummary runExport(Session& session, const fs::path& target, const ExportOp
     Progress progress(session.environment(), "Exporting");
     const auto context = session.store().newBackgroundContext();
     const LibraryExporter exporter(
-        {.clock = session.clock(), .calendar = session.calendar(), .collator = session.collator()});
+        {.clock = session.clock(),
+         .calendar = session.calendar(),
+         .collator = session.collator(),
+         .library = session.libraryFolder()});
     const ExportControl control{
         .stop = session.stop(), .progress = [&progress](const ExportProgress& state) {
             progress.show(state.notesWritten, state.totalNotes, state.currentNotebook);
@@ -94,7 +85,6 @@ void show(Session& session, const ExportSummary& summary) {
 ExitStatus exportLibrary(Session& session, const Arguments& arguments) {
     const fs::path target = targetOf(arguments);
     session.store();  // a library that is not there is said before anything else
-    refuseInsideLibrary(session, target);
     try {
         show(session, runExport(session, target, optionsFrom(arguments)));
     } catch (const ExportError& error) {

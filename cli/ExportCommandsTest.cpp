@@ -54,7 +54,8 @@ TEST_F(ExportCommands, RefusesWhatCannotBeMeant) {
     EXPECT_EQ(run({"export", "library"}).status, ExitStatus::usage);
     EXPECT_EQ(
         run({"export", "library", "--to", (library() / "out").string()}).error,
-        "An export cannot go into the folder of the library itself.\n");
+        "Tesserine could not finish writing the export. An export cannot go into the folder of the "
+        "library itself.\n");
     EXPECT_EQ(
         run({"export", "note", "Plan", "--to", (folder_ / "plan.pdf").string()}).status,
         ExitStatus::usage);

@@ -1,6 +1,7 @@
 #include "core/export/ExportFolder.h"
 
 #include "base/Calendar.h"
+#include "base/FailPoint.h"
 #include "base/Files.h"
 #include "base/Text.h"
 
@@ -76,6 +77,7 @@ void ExportFolder::write(const std::string& path, std::string_view text) {
 }
 
 void ExportFolder::write(const std::string& path, const Bytes& bytes) {
+    FAIL_POINT("export.file");
     const fs::path file = path_ / path;
     if (madeFolders_.insert(file.parent_path().string()).second) {
         files::createPrivateFolder(file.parent_path());

@@ -14,6 +14,7 @@
 #include "core/services/Tree.h"
 #include "core/store/StoreContext.h"
 
+#include <algorithm>
 #include <cassert>
 #include <map>
 #include <optional>
@@ -320,6 +321,16 @@ void ExportRun::finish() {
     manifest_.write(folder_.path() / "manifest.json", content_);
 }
 
+/// An export among the library's own files would look like a part of it.
+void refuseInside(const std::filesystem::path& library, const std::filesystem::path& parent) {
+    if (library.empty()) return;
+    const auto home = std::filesystem::weakly_canonical(library);
+    const auto target = std::filesystem::weakly_canonical(parent);
+    const auto [end, rest] = std::ranges::mismatch(home, target);
+    if (end != home.end()) return;
+    throw ExportError::writeFailed("An export cannot go into the folder of the library itself.");
+}
+
 }  // namespace
 
 ExportSummary LibraryExporter::run(
@@ -329,6 +340,7 @@ ExportSummary LibraryExporter::run(
     const ExportControl& control) const {
     assert(!context.hasChanges() && "an export forgets the objects of its context");
     try {
+        refuseInside(environment_.library, parent);
         return ExportRun(environment_, context, parent, options, control).run();
     } catch (const FileError& error) {
         throw ExportError::writeFailed(error.what());

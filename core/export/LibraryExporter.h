@@ -23,14 +23,16 @@ public:
         const Clock& clock;
         const Calendar& calendar;
         const text::Collator& collator;
+        /// The library's own folder, into which nothing is exported; empty for one in memory.
+        std::filesystem::path library{};
     };
 
     explicit LibraryExporter(const Environment& environment) : environment_(environment) {}
 
     /// Exports into a new folder inside `parent`. `manifest.json` comes last: a folder that has one
-    /// is whole. On the thread that owns `context`, which must have no changes and is reset now and
-    /// then, so that memory does not grow with bodies and files. Throws `ExportError`,
-    /// `StoreError`.
+    /// is whole. Where nothing can be written, nothing is begun. On the thread that owns `context`,
+    /// which must have no changes and is reset now and then, so that memory does not grow with
+    /// bodies and files. Throws `ExportError`, `StoreError`.
     ExportSummary run(
         StoreContext& context,
         const std::filesystem::path& parent,

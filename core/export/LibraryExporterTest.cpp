@@ -1,6 +1,7 @@
 #include "core/export/LibraryExporter.h"
 
 #include "base/Digest.h"
+#include "base/FailPoint.h"
 #include "base/Files.h"
 #include "base/JSON.h"
 #include "core/export/ExportVerifier.h"
@@ -13,7 +14,7 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
+#include <cerrno>
 
 namespace tesserine {
 namespace {
@@ -49,6 +50,21 @@ protected:
         const LibraryExporter exporter(
             {.clock = clock, .calendar = calendar_, .collator = collator_});
         return exporter.run(context, folder_ / "out", options_, control);
+    }
+    /// The sentence with which an export into `parent` is refused.
+    std::string refusal(const char* parent) {
+        context.save();
+        const LibraryExporter exporter(
+            {.clock = clock,
+             .calendar = calendar_,
+             .collator = collator_,
+             .library = folder_ / "library"});
+        try {
+            exporter.run(context, folder_ / parent, options_);
+        } catch (const ExportError& error) {
+            return error.what();
+        }
+        return "it was not refused";
     }
     /// The files of an export, as paths in it.
     static std::vector<std::string> filesIn(const fs::path& directory) {
@@ -202,7 +218,15 @@ TEST_F(LibraryExport, NamesStayInsideAndDiffer) {
     insertNotebook("..");
     insertNotebook("Unfiled");
     for (const char* title :
-         {"../../etc/passwd", "CON", "Same", "same", "Same.html", "a\n/b", "."}) {
+         {"../../etc/passwd",
+          "CON",
+          "Same",
+          "same",
+          "Same.html",
+          "s\u00e1me",
+          "sa\u0301me",  // the same letters in another form
+          "a\n/b",
+          "."}) {
         insertNote(title);
     }
     insertNote(std::string(400, 'x'));
@@ -216,11 +240,13 @@ TEST_F(LibraryExport, NamesStayInsideAndDiffer) {
          {"notes/Unfiled/same.html",
           "notes/Unfiled/Same 2.html",
           "notes/Unfiled/Same.html.html",
+          "notes/Unfiled/s\u00e1me.html",
+          "notes/Unfiled/s\u00e1me 2.html",
           "notes/Unfiled/CON_.html"}) {
         EXPECT_THAT(paths, testing::Contains(path));
     }
     EXPECT_EQ(
-        std::ranges::count_if(paths, [](const auto& path) { return path.ends_with(".md"); }), 10);
+        std::ranges::count_if(paths, [](const auto& path) { return path.ends_with(".md"); }), 12);
     EXPECT_EQ(summary.attachmentsWritten, 2U);
     // A second export stands beside the first one.
     EXPECT_THAT(exported().directory.string(), testing::EndsWith(" 2"));
@@ -294,17 +320,81 @@ TEST_F(LibraryExport, ThatIsNotWholeHasNoManifest) {
     }
     const fs::path directory = fs::directory_iterator(folder_ / "out")->path();
     EXPECT_EQ(filesIn(directory).size(), 4U);
+}
 
-    std::ofstream(folder_ / "file") << "x";
-    const LibraryExporter exporter({.clock = clock, .calendar = calendar_, .collator = collator_});
-    try {
-        exporter.run(context, folder_ / "file", options_);
-        FAIL() << "there is no such folder";
-    } catch (const ExportError& error) {
-        EXPECT_THAT(
-            error.what(),
-            testing::StartsWith("Tesserine could not finish writing the export. “file”"));
+#ifdef TESSERINE_FAIL_POINTS  // what users run has none
+TEST_F(LibraryExport, AFailureAtAnyFileLeavesWhatWasWrittenAndNoManifest) {
+    insertFile(insertNote("Plan"), "a.txt", "bytes");
+    constexpr int fileCount = 6;
+    for (int file = 1; file <= fileCount; ++file) {
+        failpoint::arm("export.file", file, [] {
+            throw FileError::fromErrno("Plan.html", "written", ENOSPC);
+        });
+        EXPECT_EQ(
+            refusal("out"),
+            "Tesserine could not finish writing the export. “Plan.html” could not be written: there "
+            "is no space left on the disk.");
+        failpoint::disarmAll();
+        const fs::path directory = fs::directory_iterator(folder_ / "out")->path();
+        EXPECT_EQ(filesIn(directory).size(), static_cast<std::size_t>(file - 1));
+        EXPECT_FALSE(fs::exists(directory / "manifest.json"));
+        fs::remove_all(folder_ / "out");
     }
+    EXPECT_EQ(filesIn(exported().directory).size(), static_cast<std::size_t>(fileCount + 1));
+}
+#endif
+
+TEST_F(LibraryExport, GoesNowhereItMustNot) {
+    insertNote("Plan");
+    context.save();
+    test::putContent(folder_ / "file", "mine");
+    fs::create_directories(folder_ / "library/inside");
+    fs::create_directory_symlink(folder_ / "library", folder_ / "link");
+    const std::string begin = "Tesserine could not finish writing the export. ";
+    EXPECT_THAT(refusal("file"), testing::StartsWith(begin + "“file”"));
+    EXPECT_THAT(refusal("file/out"), testing::StartsWith(begin + "“out” could not be made"));
+    for (const char* parent : {"library", "library/inside", "library/new", "link", "link/inside"}) {
+        EXPECT_EQ(
+            refusal(parent), begin + "An export cannot go into the folder of the library itself.");
+    }
+    EXPECT_EQ(test::contentOf(folder_ / "file"), "mine");
+    EXPECT_THAT(filesIn(folder_ / "library"), testing::IsEmpty());
+
+    // A link where the new folder would be is not followed.
+    fs::create_directory(folder_ / "elsewhere");
+    fs::create_directory(folder_ / "out");
+    const std::string name = "Tesserine Export 2026-03-14 10.01";
+    fs::create_directory_symlink(folder_ / "elsewhere", folder_ / "out" / name);
+    EXPECT_EQ(exported().directory, folder_ / "out" / (name + " 2"));
+    EXPECT_TRUE(fs::is_empty(folder_ / "elsewhere"));
+}
+
+TEST_F(LibraryExport, ShowsTheMomentAtWhichItBegan) {
+    TesserineStore library{{.directory = folder_ / "library"}, {.clock = clock, .random = random}};
+    const auto writing = library.newBackgroundContext();
+    for (const char* title : {"first", "second", "third"}) {
+        writing->insert<CDNote>().title = title;
+    }
+    writing->save();
+    const ExportControl control{.progress = [&writing](const ExportProgress& progress) {
+        if (progress.notesWritten != 1) return;
+        for (CDNote* const note : writing->fetch<CDNote>()) {
+            if (note->title == std::string("third")) {
+                writing->remove(*note);
+            } else {
+                note->title = "changed";
+            }
+        }
+        writing->insert<CDNote>().title = "fourth";
+        writing->save();
+    }};
+    const auto reading = library.newBackgroundContext();
+    const LibraryExporter exporter({.clock = clock, .calendar = calendar_, .collator = collator_});
+    const ExportSummary summary = exporter.run(*reading, folder_ / "out", {}, control);
+    EXPECT_THAT(
+        filesIn(summary.directory / "notes"),
+        ElementsAre("Unfiled/first.html", "Unfiled/second.html", "Unfiled/third.html"));
+    EXPECT_THAT(verifyExport(summary.directory).problems, testing::IsEmpty());
 }
 
 }  // namespace

@@ -289,6 +289,7 @@ TEST_F(TesserineImporterTest, RingsAndChildrenBeforeParentsBecomeTrees) {
     EXPECT_LT(*sub.sortIndex, *sub.parent->sortIndex);  // the order of the export
 }
 
+#ifdef TESSERINE_FAIL_POINTS  // what users run has none
 TEST_F(TesserineImporterTest, StoppedAnywhereItGoesOnTheNextTime) {
     constexpr int count = 120;
     for (int number = 1; number <= count; ++number) {
@@ -321,6 +322,7 @@ TEST_F(TesserineImporterTest, StoppedAnywhereItGoesOnTheNextTime) {
     EXPECT_EQ(note(1).title, "Note 1");
     EXPECT_EQ(context.get<CDTask>(uuid(500), "The task").linkedNote->id, uuid(count));
 }
+#endif
 
 TEST_F(TesserineImporterTest, AFolderThatIsNoExportIsRefused) {
     const auto sentence = [this](const std::function<void()>& prepare) -> std::string {
