@@ -60,6 +60,8 @@ void addIndexOperations(Operations& operations);
 void addQuickAddOperations(Operations& operations);
 void addSearchOperations(Operations& operations);
 void addServiceOperations(Operations& operations);
+void addSyncOperations(Operations& operations);
+void addSyncPlanOperations(Operations& operations);
 void addTaskOperations(Operations& operations);
 void addTaskServiceOperations(Operations& operations);
 void addUpdateOperations(Operations& operations);

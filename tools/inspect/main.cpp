@@ -17,6 +17,8 @@ int main() {
     addQuickAddOperations(operations);
     addSearchOperations(operations);
     addServiceOperations(operations);
+    addSyncOperations(operations);
+    addSyncPlanOperations(operations);
     addTaskOperations(operations);
     addTaskServiceOperations(operations);
     addUpdateOperations(operations);
