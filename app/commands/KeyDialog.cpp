@@ -48,10 +48,15 @@ KeyDialog::KeyDialog(Commands& commands, std::string_view id, QWidget* parent)
     column->addWidget(buttons);
     setMinimumWidth(400);
 
-    connect(pressed_, &QKeySequenceEdit::keySequenceChanged, this, [=, this](const auto& keys) {
-        refusal_->clear();
-        useThese->setEnabled(!keys.isEmpty());
-    });
+    // The field may still tell of keys while the dialog goes; what it changes goes after it.
+    connect(
+        pressed_,
+        &QKeySequenceEdit::keySequenceChanged,
+        refusal_,
+        [refusal = refusal_, useThese](const QKeySequence& keys) {
+            refusal->clear();
+            useThese->setEnabled(!keys.isEmpty());
+        });
     connect(useThese, &QPushButton::clicked, this, [this] { use({pressed_->keySequence()}); });
     connect(none, &QPushButton::clicked, this, [this] { use({}); });
     connect(reset, &QPushButton::clicked, this, [this, usual] { use(usual); });

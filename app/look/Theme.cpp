@@ -1,9 +1,10 @@
 #include "app/look/Theme.h"
 
+#include "app/look/WindowStyle.h"
+
 #include <QApplication>
 #include <QEvent>
 #include <QPalette>
-#include <QStyleFactory>
 
 namespace tesserine::app {
 namespace {
@@ -85,7 +86,7 @@ bool isDarkDesktop(const QPalette& palette) {
 }  // namespace
 
 Theme::Theme(QApplication& application) : application_(application) {
-    QApplication::setStyle(QStyleFactory::create("Fusion"));
+    QApplication::setStyle(new WindowStyle);
     application_.installEventFilter(this);
     apply();
 }

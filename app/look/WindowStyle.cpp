@@ -1,0 +1,310 @@
+#include "app/look/WindowStyle.h"
+
+#include "app/look/Icon.h"
+#include "app/look/Theme.h"
+
+#include <QComboBox>
+#include <QPainter>
+#include <QStyleFactory>
+#include <QStyleOption>
+
+#include <algorithm>
+#include <optional>
+
+namespace tesserine::app {
+namespace {
+
+constexpr int scrollBarWidth = 10;
+constexpr int shortestThumb = 32;
+constexpr int boxRadius = 4;
+
+bool has(const QStyleOption& option, QStyle::StateFlag flag) { return option.state.testFlag(flag); }
+
+QColor mixed(const QColor& one, const QColor& other, double share) {
+    const auto part = [share](float a, float b) {
+        return static_cast<float>(a * (1 - share) + b * share);
+    };
+    return QColor::fromRgbF(
+        part(one.redF(), other.redF()),
+        part(one.greenF(), other.greenF()),
+        part(one.blueF(), other.blueF()));
+}
+
+/// The border of what can be pressed or typed into: stronger than a line between panes.
+QColor borderColor(const QStyleOption& option) {
+    const Colors& colors = Theme::colors();
+    if (has(option, QStyle::State_HasFocus)) return colors.accent;
+    const double strength = has(option, QStyle::State_Enabled) ? 0.35 : 0.1;
+    return mixed(colors.line, colors.secondaryText, strength);
+}
+
+void drawBox(
+    QPainter& painter, const QStyleOption& option, const QColor& fill, const QColor& border) {
+    const qreal width = has(option, QStyle::State_HasFocus) ? 1.5 : 1;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(border, width));
+    painter.setBrush(fill);
+    const qreal inset = width / 2;
+    painter.drawRoundedRect(
+        QRectF(option.rect).adjusted(inset, inset, -inset, -inset), cornerRadius, cornerRadius);
+    painter.restore();
+}
+
+void fillBox(QPainter& painter, const QRect& area, const QColor& fill) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    painter.drawRoundedRect(area, cornerRadius, cornerRadius);
+    painter.restore();
+}
+
+bool isDefault(const QStyleOption& option) {
+    const auto* const button = qstyleoption_cast<const QStyleOptionButton*>(&option);
+    return button && button->features.testFlag(QStyleOptionButton::DefaultButton)
+           && has(option, QStyle::State_Enabled);
+}
+
+void drawButton(QPainter& painter, const QStyleOption& option) {
+    const Colors& colors = Theme::colors();
+    const bool isPressed = has(option, QStyle::State_Sunken) || has(option, QStyle::State_On);
+    const bool isHovered = has(option, QStyle::State_MouseOver);
+    if (isDefault(option)) {
+        const double change = isPressed ? 0.2 : isHovered ? 0.1 : 0;
+        const QColor fill = mixed(colors.accent, colors.text, change);
+        drawBox(painter, option, fill, has(option, QStyle::State_HasFocus) ? colors.text : fill);
+        return;
+    }
+    const QColor fill = isPressed ? colors.selection : isHovered ? colors.hover : colors.raised;
+    drawBox(painter, option, fill, borderColor(option));
+}
+
+void drawToolButton(QPainter& painter, const QStyleOption& option) {
+    const Colors& colors = Theme::colors();
+    const bool isOn = has(option, QStyle::State_Sunken) || has(option, QStyle::State_On);
+    const bool isHovered = has(option, QStyle::State_MouseOver);
+    const bool isFocused = has(option, QStyle::State_HasFocus);
+    const bool isFlat = has(option, QStyle::State_AutoRaise);
+    if (isFlat && !isOn && !isFocused && !(isHovered && has(option, QStyle::State_Enabled))) return;
+    const QColor fill = isOn        ? colors.selection
+                        : isHovered ? colors.hover
+                                    : QColor(Qt::transparent);
+    drawBox(painter, option, fill, isFocused ? colors.accent : isFlat ? fill : borderColor(option));
+}
+
+/// The ground of a check box or radio button; what is checked is filled.
+void drawMarkGround(QPainter& painter, const QStyleOption& option, qreal radius, bool isChecked) {
+    const Colors& colors = Theme::colors();
+    const bool isEnabled = has(option, QStyle::State_Enabled);
+    const QColor checked = isEnabled ? colors.accent : colors.secondaryText;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(isChecked ? checked : borderColor(option), 1.25));
+    painter.setBrush(isChecked ? checked : colors.raised);
+    painter.drawRoundedRect(QRectF(option.rect).adjusted(1, 1, -1, -1), radius, radius);
+}
+
+void drawCheckBox(QPainter& painter, const QStyleOption& option) {
+    const bool isPartly = has(option, QStyle::State_NoChange);
+    const bool isChecked = has(option, QStyle::State_On) || isPartly;
+    painter.save();
+    drawMarkGround(painter, option, boxRadius, isChecked);
+    if (isChecked) {
+        const QRect inner = option.rect.adjusted(2, 2, -2, -2);
+        icon(isPartly ? "minus" : "check", Theme::colors().onAccent).paint(&painter, inner);
+    }
+    painter.restore();
+}
+
+void drawRadioButton(QPainter& painter, const QStyleOption& option) {
+    const bool isChecked = has(option, QStyle::State_On);
+    painter.save();
+    drawMarkGround(painter, option, option.rect.height() / 2.0, isChecked);
+    if (isChecked) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(Theme::colors().onAccent);
+        const qreal inset = option.rect.width() * 0.32;
+        painter.drawEllipse(QRectF(option.rect).adjusted(inset, inset, -inset, -inset));
+    }
+    painter.restore();
+}
+
+void drawScrollBar(QPainter& painter, const QStyleOption& option, const QRect& thumb) {
+    const Colors& colors = Theme::colors();
+    const bool isHeld = has(option, QStyle::State_Sunken) || has(option, QStyle::State_MouseOver);
+    const bool isUpright = !has(option, QStyle::State_Horizontal);
+    if (!has(option, QStyle::State_Enabled)) return;
+    const QRect slim = isUpright ? thumb.adjusted(2, 1, -2, -1) : thumb.adjusted(1, 2, -1, -2);
+    const qreal radius = (isUpright ? slim.width() : slim.height()) / 2.0;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(mixed(colors.line, colors.secondaryText, isHeld ? 0.6 : 0.25));
+    painter.drawRoundedRect(slim, radius, radius);
+    painter.restore();
+}
+
+/// Where the thumb of a scroll bar stands, which fills all of it: there are no arrows.
+QRect thumbOf(const QStyleOptionSlider& bar) {
+    const bool isUpright = bar.orientation == Qt::Vertical;
+    const int room = isUpright ? bar.rect.height() : bar.rect.width();
+    const qint64 range = qint64{bar.maximum} - bar.minimum;
+    const auto share = room * qint64{bar.pageStep} / std::max<qint64>(range + bar.pageStep, 1);
+    const int length =
+        range > 0 ? std::clamp(static_cast<int>(share), std::min(shortestThumb, room), room) : room;
+    const int at = QStyle::sliderPositionFromValue(
+        bar.minimum, bar.maximum, bar.sliderPosition, room - length, bar.upsideDown);
+    const QRect thumb = isUpright ? QRect(0, at, bar.rect.width(), length)
+                                  : QRect(at, 0, length, bar.rect.height());
+    return QStyle::visualRect(bar.direction, bar.rect, thumb.translated(bar.rect.topLeft()));
+}
+
+void drawComboBox(QPainter& painter, const QStyleOptionComboBox& box) {
+    drawButton(painter, box);
+    constexpr int side = 14;
+    const QRect arrow(
+        box.rect.right() - side - space::small, box.rect.center().y() - side / 2 + 1, side, side);
+    const auto mode = has(box, QStyle::State_Enabled) ? QIcon::Normal : QIcon::Disabled;
+    icon("chevron-down", Ink::secondary)
+        .paint(&painter, QStyle::visualRect(box.direction, box.rect, arrow), Qt::AlignCenter, mode);
+}
+
+}  // namespace
+
+WindowStyle::WindowStyle() : QProxyStyle(QStyleFactory::create("Fusion")) {}
+
+void WindowStyle::drawPrimitive(
+    PrimitiveElement element,
+    const QStyleOption* option,
+    QPainter* painter,
+    const QWidget* widget) const {
+    switch (element) {
+    case PE_PanelButtonCommand: return drawButton(*painter, *option);
+    case PE_PanelButtonTool: return drawToolButton(*painter, *option);
+    case PE_IndicatorCheckBox: return drawCheckBox(*painter, *option);
+    case PE_IndicatorRadioButton: return drawRadioButton(*painter, *option);
+    case PE_FrameLineEdit: return drawBox(*painter, *option, Qt::transparent, borderColor(*option));
+    case PE_PanelLineEdit: {
+        const auto* const frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+        if (!frame || frame->lineWidth == 0) break;
+        return drawBox(*painter, *option, Theme::colors().raised, borderColor(*option));
+    }
+    case PE_FrameFocusRect: {
+        const bool isButton = widget && widget->inherits("QPushButton");
+        if (isButton || (widget && widget->inherits("QComboBox"))) return;  // framed themselves
+        return drawBox(*painter, *option, Qt::transparent, Theme::colors().accent);
+    }
+    default: break;
+    }
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+}
+
+void WindowStyle::drawControl(
+    ControlElement element,
+    const QStyleOption* option,
+    QPainter* painter,
+    const QWidget* widget) const {
+    const Colors& colors = Theme::colors();
+    if (element == CE_ToolBar) return;  // stands on the ground of its window
+    if (element == CE_PushButtonLabel && isDefault(*option)) {
+        QStyleOptionButton button(*qstyleoption_cast<const QStyleOptionButton*>(option));
+        button.palette.setColor(QPalette::ButtonText, colors.onAccent);
+        return QProxyStyle::drawControl(element, &button, painter, widget);
+    }
+    const bool isMenu = element == CE_MenuItem || element == CE_MenuBarItem;
+    if (const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option); item && isMenu) {
+        QStyleOptionMenuItem quiet(*item);
+        quiet.palette.setColor(QPalette::Highlight, colors.selection);
+        quiet.palette.setColor(QPalette::HighlightedText, colors.text);
+        return QProxyStyle::drawControl(element, &quiet, painter, widget);
+    }
+    if (element == CE_ProgressBarGroove) return fillBox(*painter, option->rect, colors.hover);
+    QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+void WindowStyle::drawComplexControl(
+    ComplexControl control,
+    const QStyleOptionComplex* option,
+    QPainter* painter,
+    const QWidget* widget) const {
+    if (control == CC_ScrollBar) {
+        return drawScrollBar(
+            *painter, *option, subControlRect(control, option, SC_ScrollBarSlider, widget));
+    }
+    const auto* const box = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+    if (control == CC_ComboBox && box && !box->editable) return drawComboBox(*painter, *box);
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+QRect WindowStyle::subControlRect(
+    ComplexControl control,
+    const QStyleOptionComplex* option,
+    SubControl part,
+    const QWidget* widget) const {
+    const auto* const bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (control != CC_ScrollBar || !bar) {
+        return QProxyStyle::subControlRect(control, option, part, widget);
+    }
+    const QRect thumb = thumbOf(*bar);
+    const bool isUpright = bar->orientation == Qt::Vertical;
+    switch (part) {
+    case SC_ScrollBarSlider: return thumb;
+    case SC_ScrollBarGroove: return bar->rect;
+    case SC_ScrollBarSubPage:
+        return isUpright ? QRect(bar->rect.topLeft(), thumb.topRight())
+                         : QRect(bar->rect.topLeft(), thumb.bottomLeft());
+    case SC_ScrollBarAddPage:
+        return isUpright ? QRect(thumb.bottomLeft(), bar->rect.bottomRight())
+                         : QRect(thumb.topRight(), bar->rect.bottomRight());
+    default: return {};  // no arrows
+    }
+}
+
+QRect WindowStyle::subElementRect(
+    SubElement element, const QStyleOption* option, const QWidget* widget) const {
+    const QRect area = QProxyStyle::subElementRect(element, option, widget);
+    const auto* const frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+    const bool isField = element == SE_LineEditContents && frame && frame->lineWidth > 0;
+    return isField ? area.adjusted(space::tiny, 0, -space::tiny, 0) : area;
+}
+
+int WindowStyle::pixelMetric(
+    PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
+    switch (metric) {
+    case PM_ScrollBarExtent: return scrollBarWidth;
+    case PM_ScrollBarSliderMin: return shortestThumb;
+    case PM_IndicatorWidth:
+    case PM_IndicatorHeight:
+    case PM_ExclusiveIndicatorWidth:
+    case PM_ExclusiveIndicatorHeight: return 18;
+    case PM_ButtonMargin: return space::medium;
+    case PM_ToolBarFrameWidth: return 0;
+    default: return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+}
+
+QSize WindowStyle::sizeFromContents(
+    ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const {
+    QSize result = QProxyStyle::sizeFromContents(type, option, size, widget);
+    constexpr int leastHeight = 30;
+    const bool isControl =
+        type == CT_PushButton || type == CT_LineEdit || type == CT_ComboBox || type == CT_SpinBox;
+    const auto* const frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+    const bool isBare = frame && frame->lineWidth == 0;
+    if (isControl && !isBare) result.setHeight(std::max(result.height(), leastHeight));
+    if (type == CT_PushButton) result.rwidth() += space::medium;
+    if (type == CT_MenuItem) result.rheight() += space::hair;
+    return result;
+}
+
+int WindowStyle::styleHint(
+    StyleHint hint,
+    const QStyleOption* option,
+    const QWidget* widget,
+    QStyleHintReturn* returned) const {
+    // A click into the groove goes there.
+    if (hint == SH_ScrollBar_LeftClickAbsolutePosition) return 1;
+    return QProxyStyle::styleHint(hint, option, widget, returned);
+}
+
+}  // namespace tesserine::app
