@@ -152,9 +152,11 @@ ImportReport Session::run() {
     });
     run.save();
     repairLinks(context_, run, links);
+    run.save();
     const bool isComplete = done == digests_.size() && !isStopped();
-    return run.finish(
-        isComplete, isComplete ? reconciliation.run(context_, control_.stop) : std::nullopt);
+    if (!isComplete) return run.finish(false);
+    const auto check = reconciliation.run(context_, control_.stop);
+    return run.finish(check.has_value(), check);
 }
 
 std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {

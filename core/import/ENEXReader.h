@@ -19,7 +19,7 @@ namespace tesserine {
 class ENEXReader {
 public:
     /// A note without its files may have so many bytes; the text of a larger one is not kept.
-    static constexpr std::size_t mostSourceBytes = 64'000'000;
+    static constexpr std::size_t mostSourceBytes = 32'000'000;
     /// More files of a note are named in a failure.
     static constexpr std::size_t mostResources = 5'000;
     /// Elements inside each other, outside of a note's text.
