@@ -80,14 +80,14 @@ void TaskCommands::reopen(const Tasks& tasks) const {
     environment_.save(parent_);
 }
 
-void TaskCommands::setDay(const Tasks& tasks, const std::optional<Instant>& day) const {
+void TaskCommands::setDue(const Tasks& tasks, const std::optional<TaskDue>& due) const {
     const Calendar& calendar = environment_.calendar();
     for (CDTask* task : found(tasks)) {
-        std::optional<TaskDue> due;
-        if (day) due = TaskDue{.date = calendar.startOfDay(*day)};
-        const bool hasTime = task->dueDate && task->dueHasTime.valueOr(false);
-        if (day && hasTime) due = TaskDue{onDay(*day, *task->dueDate, calendar), true};
-        environment_.tasks().setDue(*task, due);
+        const bool keepsTime =
+            due && !due->hasTime && task->dueDate && task->dueHasTime.valueOr(false);
+        const auto kept = keepsTime ? TaskDue{onDay(due->date, *task->dueDate, calendar), true}
+                                    : due.value_or(TaskDue{});
+        environment_.tasks().setDue(*task, due ? std::optional(kept) : std::nullopt);
     }
     environment_.save(parent_);
 }

@@ -53,8 +53,8 @@ public:
     void undo(const Completion& completion) const;
     void reopen(const Tasks& tasks) const;
 
-    /// The day; a time of day that a task has stays. None: due no more.
-    void setDay(const Tasks& tasks, const std::optional<Instant>& day) const;
+    /// Without a time of day the one that a task has stays. None: due no more.
+    void setDue(const Tasks& tasks, const std::optional<TaskDue>& due) const;
     void setPriority(const Tasks& tasks, TaskPriority priority) const;
     void move(const Tasks& tasks, const Uuid& project) const;
     void duplicate(const Tasks& tasks) const;

@@ -23,6 +23,11 @@ bool concernsTasks(const std::vector<ObjectChange>& changes) {
     });
 }
 
+/// Whether the groups of the view are the days on which tasks are due.
+bool isDay(TaskView::Kind kind) {
+    return kind == TaskView::Kind::today || kind == TaskView::Kind::upcoming;
+}
+
 /// Finds lines by what they stand for, whatever they show.
 class Places {
 public:
@@ -106,12 +111,13 @@ std::vector<TaskRow> TaskListModel::read(std::size_t offset, std::size_t limit, 
         const QString own = groupOf(*task);
         if (own != group) lines.push_back(TaskRow::group(own, own == overdueGroup));
         group = own;
-        appendTask(lines, *task);
+        appendTask(lines, *task, isDay(view_.kind()) && own != overdueGroup);
     }
     return lines;
 }
 
-void TaskListModel::appendTask(std::vector<TaskRow>& lines, const CDTask& task) const {
+void TaskListModel::appendTask(
+    std::vector<TaskRow>& lines, const CDTask& task, bool isBelowItsDay) const {
     const bool isOfOneProject =
         view_.kind() == TaskView::Kind::project || view_.kind() == TaskView::Kind::inbox;
     const auto line = [&](const CDTask& of) {
@@ -120,6 +126,7 @@ void TaskListModel::appendTask(std::vector<TaskRow>& lines, const CDTask& task) 
         return row;
     };
     lines.push_back(line(task));
+    lines.back().isBelowItsDay = isBelowItsDay;
     // Completed subtasks stand in the view of completed tasks by themselves.
     if (view_.kind() == TaskView::Kind::completed) return;
     if (lines.back().subtaskCount == 0 || !expanded_.contains(lines.back().id)) return;

@@ -61,7 +61,7 @@ public:
 private:
     std::vector<TaskRow> read(std::size_t offset, std::size_t limit, bool& isEnd) const;
     QString groupOf(const CDTask& task) const;
-    void appendTask(std::vector<TaskRow>& lines, const CDTask& task) const;
+    void appendTask(std::vector<TaskRow>& lines, const CDTask& task, bool isBelowItsDay) const;
     void keepHeld(std::vector<TaskRow>& lines) const;
 
     void replaceLines(const std::vector<TaskRow>& lines);

@@ -195,11 +195,12 @@ TEST_F(TaskListModelTest, ADragCarriesTheTasksInTheirOrder) {
 TEST_F(TaskListModelTest, ADayThatIsSetKeepsTheTimeOfDay) {
     CDTask& timed = addTask("Timed tomorrow 9am");
     CDTask& dated = addTask("Dated tomorrow");
-    commands.setDay({*timed.id, *dated.id}, Instant::parseISO("2026-04-01T15:00:00Z"));
+    const auto day = TaskDue{.date = *Instant::parseISO("2026-04-01T00:00:00Z")};
+    commands.setDue({*timed.id, *dated.id}, day);
     EXPECT_EQ(timed.dueDate->iso(), "2026-04-01T09:00:00.000Z");
     EXPECT_TRUE(timed.dueHasTime);
     EXPECT_EQ(dated.dueDate->iso(), "2026-04-01T00:00:00.000Z");
-    commands.setDay({*timed.id}, {});
+    commands.setDue({*timed.id}, {});
     EXPECT_FALSE(timed.dueDate);
     EXPECT_FALSE(timed.dueHasTime);
 }

@@ -18,7 +18,8 @@ TaskRow TaskRow::of(const CDTask& task, const text::Collator& collator) {
     row.dueDate = task.dueDate;
     row.dueHasTime = task.dueHasTime.valueOr(false);
     row.priority = taskPriority(task.priority.valueOr(4));
-    if (const CDProject* project = task.project) {
+    const CDProject* project = task.project;
+    if (project != nullptr && !project->isInbox.valueOr(false)) {
         row.project = QString::fromStdString(project->name.valueOr(""));
     }
     for (const std::string& label : labelNames(task, collator)) {

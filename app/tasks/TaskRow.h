@@ -28,11 +28,12 @@ struct TaskRow {
     std::optional<Instant> dueDate{};
     bool dueHasTime = false;
     TaskPriority priority = TaskPriority::p4;
-    QString project{};  ///< empty where the list shows one project only
+    QString project{};  ///< empty for the Inbox, and where a list is of one project
     QStringList labels{};
     int subtaskCount = 0;
     int doneSubtaskCount = 0;
     bool isSubtask = false;
+    bool isBelowItsDay = false;  ///< a heading above names the day it is due
     bool isCompleted = false;
     bool isExpanded = false;
     bool repeats = false;

@@ -1,0 +1,260 @@
+#include "app/tasks/TaskListView.h"
+
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskListModel.h"
+
+#include <QApplication>
+#include <QDrag>
+#include <QDragMoveEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QVariantAnimation>
+
+#include <algorithm>
+
+namespace tesserine::app {
+namespace {
+
+constexpr int tickMilliseconds = 280;
+
+}  // namespace
+
+bool isMotionReduced(AppEnvironment& environment) {
+    if (environment.preferences().boolean("tesserine.reduceMotion").value_or(false)) return true;
+    return QApplication::style()->styleHint(QStyle::SH_Widget_Animation_Duration) == 0;
+}
+
+TaskListView::TaskListView(AppEnvironment& environment, TaskListModel& model, QWidget* parent)
+    : QListView(parent),
+      environment_(environment),
+      model_(model),
+      delegate_(new TaskDelegate(
+          environment,
+          [this](const Uuid& task) -> std::optional<double> {
+              const auto tick = ticks_.find(task);
+              if (tick == ticks_.end()) return std::nullopt;
+              return tick->second->currentValue().toDouble();
+          },
+          this)) {
+    setObjectName("taskList");
+    setAccessibleName("Tasks");
+    setModel(&model_);
+    setItemDelegate(delegate_);
+    setFrameShape(QFrame::NoFrame);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDragDropMode(QAbstractItemView::DragDrop);
+    setDropIndicatorShown(false);
+    setMouseTracking(true);
+    setUniformItemSizes(false);
+    setResizeMode(QListView::Adjust);
+}
+
+// Selection
+
+std::vector<Uuid> TaskListView::selectedTasks() const {
+    return model_.tasksOf(selectionModel()->selectedIndexes());
+}
+
+void TaskListView::selectTask(const Uuid& task) {
+    const QModelIndex index = model_.indexOf(task);
+    if (!index.isValid()) return;
+    setCurrentIndex(index);
+    scrollTo(index);
+}
+
+void TaskListView::selectionChanged(
+    const QItemSelection& selected, const QItemSelection& deselected) {
+    QListView::selectionChanged(selected, deselected);
+    const auto tasks = selectedTasks();
+    emit chosen(tasks.size() == 1 ? std::optional(tasks.front()) : std::nullopt);
+}
+
+// Ticks
+
+void TaskListView::drawTicks(const std::vector<Uuid>& tasks) {
+    if (isMotionReduced(environment_)) return;
+    for (const Uuid& task : tasks) {
+        if (ticks_.contains(task) || !model_.indexOf(task).isValid()) continue;
+        model_.hold(task);
+        auto* const animation = new QVariantAnimation(this);
+        animation->setStartValue(0.0);
+        animation->setEndValue(1.0);
+        animation->setDuration(tickMilliseconds);
+        animation->setEasingCurve(QEasingCurve::OutCubic);
+        connect(animation, &QVariantAnimation::valueChanged, this, [this, task] {
+            update(model_.indexOf(task));
+        });
+        connect(animation, &QVariantAnimation::finished, this, [this, task, animation] {
+            ticks_.erase(task);
+            animation->deleteLater();
+            model_.release(task);
+        });
+        ticks_.emplace(task, animation);
+        animation->start();
+    }
+}
+
+// Mouse and keys
+
+TaskDelegate::Part TaskListView::partAt(const QPoint& place) const {
+    const QModelIndex index = indexAt(place);
+    if (!index.isValid()) return TaskDelegate::Part::line;
+    return delegate_->partAt(place, visualRect(index), model_.line(index));
+}
+
+void TaskListView::mousePressEvent(QMouseEvent* event) {
+    const QModelIndex index = indexAt(event->pos());
+    const TaskDelegate::Part part = partAt(event->pos());
+    if (event->button() != Qt::LeftButton || part == TaskDelegate::Part::line) {
+        QListView::mousePressEvent(event);
+    } else if (part == TaskDelegate::Part::circle) {
+        emit ticked(model_.line(index).id);
+    } else {
+        const TaskRow& row = model_.line(index);
+        model_.setExpanded(row.id, !row.isExpanded);
+    }
+}
+
+void TaskListView::mouseDoubleClickEvent(QMouseEvent* event) {
+    const QModelIndex index = indexAt(event->pos());
+    const bool isTask = index.isValid() && model_.line(index).isTask();
+    if (isTask && partAt(event->pos()) == TaskDelegate::Part::line) {
+        emit opened(model_.line(index).id);
+    } else {
+        mousePressEvent(event);
+    }
+}
+
+bool TaskListView::setExpanded(bool isExpanded) {
+    const QModelIndex index = currentIndex();
+    if (!index.isValid()) return false;
+    const TaskRow& row = model_.line(index);
+    if (row.subtaskCount == 0 || row.isExpanded == isExpanded) return false;
+    model_.setExpanded(row.id, isExpanded);
+    return true;
+}
+
+void TaskListView::keyPressEvent(QKeyEvent* event) {
+    const bool isLeftToRight = layoutDirection() == Qt::LeftToRight;
+    const int expands = isLeftToRight ? Qt::Key_Right : Qt::Key_Left;
+    const int collapses = isLeftToRight ? Qt::Key_Left : Qt::Key_Right;
+    if (event->key() == expands && setExpanded(true)) return;
+    if (event->key() == collapses && setExpanded(false)) return;
+    QListView::keyPressEvent(event);
+}
+
+// Drag and drop
+
+bool TaskListView::isManual() const {
+    const TaskView::Kind kind = model_.view().kind();
+    return kind != TaskView::Kind::today && kind != TaskView::Kind::upcoming
+           && kind != TaskView::Kind::completed;
+}
+
+bool TaskListView::acceptsDrops() const {
+    return isManual() || model_.view().kind() == TaskView::Kind::upcoming;
+}
+
+int TaskListView::dropRow(const QPoint& place) const {
+    const QModelIndex index = indexAt(place);
+    if (!index.isValid()) return model_.rowCount();
+    const bool isLowerHalf = place.y() > visualRect(index).center().y();
+    return index.row() + (isLowerHalf ? 1 : 0);
+}
+
+std::optional<Instant> TaskListView::dayAt(int row) const {
+    for (int above = row - 1; above >= 0; --above) {
+        if (const auto due = model_.line(above).dueDate) {
+            return environment_.calendar().startOfDay(*due);
+        }
+        if (!model_.line(above).isTask() && above + 1 < model_.rowCount()) {
+            return environment_.calendar().startOfDay(*model_.line(above + 1).dueDate);
+        }
+    }
+    return std::nullopt;
+}
+
+void TaskListView::startDrag(Qt::DropActions /*actions*/) {
+    const QModelIndexList indexes = selectionModel()->selectedIndexes();
+    if (indexes.isEmpty()) return;
+    const QString text = indexes.size() == 1 ? shownTitle(model_.line(indexes.front()).title)
+                                             : QString("%1 tasks").arg(indexes.size());
+    constexpr int widest = 260;
+    const QFontMetrics metrics(font());
+    const QString shown = metrics.elidedText(text, Qt::ElideRight, widest);
+    const QSize size(
+        metrics.horizontalAdvance(shown) + 2 * space::medium, metrics.height() + space::medium);
+    QPixmap pixmap(size * devicePixelRatioF());
+    pixmap.setDevicePixelRatio(devicePixelRatioF());
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Theme::colors().accent);
+    painter.setBrush(Theme::colors().raised);
+    painter.drawRoundedRect(
+        QRectF({0, 0}, size).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+    painter.setPen(Theme::colors().text);
+    painter.drawText(QRect({0, 0}, size), Qt::AlignCenter, shown);
+    painter.end();
+
+    auto* const drag = new QDrag(this);
+    drag->setMimeData(model_.mimeData(indexes));
+    drag->setPixmap(pixmap);
+    drag->setHotSpot({space::medium, size.height() / 2});
+    drag->exec(Qt::MoveAction);
+}
+
+void TaskListView::dragEnterEvent(QDragEnterEvent* event) {
+    if (acceptsDrops() && event->mimeData()->hasFormat(tasksMimeType))
+        event->acceptProposedAction();
+}
+
+void TaskListView::dragMoveEvent(QDragMoveEvent* event) {
+    QListView::dragMoveEvent(event);  // scrolls at the edges
+    dropRow_ = dropRow(event->position().toPoint());
+    viewport()->update();
+    event->acceptProposedAction();
+}
+
+void TaskListView::dragLeaveEvent(QDragLeaveEvent* event) {
+    QListView::dragLeaveEvent(event);
+    dropRow_.reset();
+    viewport()->update();
+}
+
+void TaskListView::dropEvent(QDropEvent* event) {
+    const int row = dropRow(event->position().toPoint());
+    const auto tasks = draggedTasks(*event->mimeData());
+    dropRow_.reset();
+    viewport()->update();
+    event->acceptProposedAction();
+    if (isManual()) {
+        std::optional<Uuid> before;
+        if (row < model_.rowCount()) before = model_.line(row).id;
+        emit placed(tasks, before);
+    } else if (const auto day = dayAt(row)) {
+        emit movedToDay(tasks, *day);
+    }
+}
+
+void TaskListView::paintEvent(QPaintEvent* event) {
+    QListView::paintEvent(event);
+    if (!dropRow_ || model_.rowCount() == 0) return;
+    const bool isBehind = *dropRow_ >= model_.rowCount();
+    const QRect line = visualRect(model_.index(isBehind ? model_.rowCount() - 1 : *dropRow_));
+    const int y = isBehind ? line.bottom() : line.top();
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Theme::colors().accent, 2, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(line.left() + space::medium, y, line.right() - space::medium, y);
+}
+
+}  // namespace tesserine::app

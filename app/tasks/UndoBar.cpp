@@ -1,0 +1,66 @@
+#include "app/tasks/UndoBar.h"
+
+#include "app/look/IconButton.h"
+#include "app/look/Theme.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QTimer>
+
+#include <chrono>
+
+namespace tesserine::app {
+namespace {
+
+constexpr std::chrono::seconds offered{12};
+
+}  // namespace
+
+UndoBar::UndoBar(QWidget* parent)
+    : QFrame(parent), sentence_(new QLabel(this)), timer_(new QTimer(this)) {
+    setObjectName("undoBar");
+    sentence_->setObjectName("undoSentence");
+    sentence_->setTextFormat(Qt::PlainText);
+    sentence_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    auto* const undo = new QPushButton("Undo", this);
+    undo->setObjectName("undo");
+    undo->setFlat(true);
+    auto* const close = new IconButton("close", "Dismiss", this);
+
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(space::medium, space::tiny, space::tiny, space::tiny);
+    layout->addWidget(sentence_, 1);
+    layout->addWidget(undo);
+    layout->addWidget(close);
+
+    timer_->setSingleShot(true);
+    connect(timer_, &QTimer::timeout, this, &QWidget::hide);
+    connect(close, &IconButton::clicked, this, &QWidget::hide);
+    connect(undo, &QPushButton::clicked, this, &UndoBar::undo);
+    hide();
+}
+
+void UndoBar::offer(const QString& sentence) {
+    sentence_->setText(sentence);
+    show();
+    timer_->start(offered);
+}
+
+void UndoBar::undo() {
+    hide();
+    timer_->stop();
+    emit undone();
+}
+
+void UndoBar::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Theme::colors().line);
+    painter.setBrush(Theme::colors().raised);
+    painter.drawRoundedRect(
+        QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+}
+
+}  // namespace tesserine::app

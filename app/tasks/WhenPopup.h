@@ -1,0 +1,59 @@
+#pragma once
+
+#include "core/tasks/TaskService.h"
+
+#include <QFrame>
+
+#include <optional>
+#include <vector>
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class MonthPicker;
+
+/// A pop-up that asks when: usual answers, a field for words such as "friday 3pm", a month.
+/// Escape and a click outside close it; it deletes itself then.
+class WhenPopup final : public QFrame {
+    Q_OBJECT
+
+public:
+    /// An answer that is often given; without `when`, "never".
+    struct Answer {
+        QString title;
+        std::optional<TaskDue> when;
+    };
+
+    WhenPopup(AppEnvironment& environment, std::vector<Answer> answers, QWidget* parent);
+
+    /// For the due date of tasks: today, tomorrow, next week, no date.
+    static WhenPopup* forDue(AppEnvironment& environment, QWidget* parent);
+    /// For a reminder: before `due` where there is one, this evening, tomorrow morning, none.
+    static WhenPopup* forReminder(
+        AppEnvironment& environment, const std::optional<TaskDue>& due, QWidget* parent);
+
+    /// Opens it below the place, the day of `present` marked.
+    void open(const QPoint& globalPlace, const std::optional<Instant>& present);
+
+signals:
+    /// Without a time of day unless one was given.
+    void picked(const std::optional<tesserine::TaskDue>& when);
+
+private:
+    void read();
+    void take();
+    void pick(const std::optional<TaskDue>& when);
+    void paintEvent(QPaintEvent* event) override;
+
+    AppEnvironment& environment_;
+    QLineEdit* const words_;
+    QLabel* const meaning_;
+    MonthPicker* const month_;
+    std::optional<TaskDue> read_;
+};
+
+}  // namespace tesserine::app
