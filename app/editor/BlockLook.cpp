@@ -20,24 +20,25 @@ using Alignment = AttributedText::Alignment;
 struct Distances {
     double top;
     double bottom;
-    double left;
+    double sides = 0;  // at both sides
+    int indent = 0;    // levels, at the side where reading begins
 };
 
 /// Neighbours stand apart by the larger of the two distances between them.
 Distances distancesOf(const AttributedText::Paragraph& paragraph) {
     switch (kindOf(paragraph)) {
-    case Kind::heading: return {paragraph.style->level < 3 ? 20.0 : 14.0, 6, 0};
-    case Kind::codeBlock: return {0, 0, 14};
+    case Kind::heading: return {paragraph.style->level < 3 ? 20.0 : 14.0, 6};
+    case Kind::codeBlock: return {0, 0, 14, 0};
     case Kind::bullet:
     case Kind::numbered:
-    case Kind::checklist: return {3, 3, indentWidth * (1 + std::clamp(paragraph.indent, 0, 8))};
-    case Kind::quote: return {4, 4, 18};
-    case Kind::divider: return {10, 10, 0};
+    case Kind::checklist: return {3, 3, 0, 1 + std::clamp(paragraph.indent, 0, 8)};
+    case Kind::quote: return {4, 4, 0, 1};
+    case Kind::divider: return {10, 10};
     case Kind::preserved:
-    case Kind::encrypted: return {10, 10, 0};
+    case Kind::encrypted: return {10, 10};
     case Kind::paragraph: break;
     }
-    return {9, 9, 0};
+    return {9, 9};
 }
 
 Qt::Alignment alignmentFlag(Alignment alignment) {
@@ -101,15 +102,13 @@ void dress(QTextBlockFormat& format, const AttributedText::Paragraph& paragraph)
     const auto direction = directionOf(paragraph);
     format.setTopMargin(distances.top);
     format.setBottomMargin(distances.bottom);
-    if (direction == Qt::RightToLeft) {
-        format.setRightMargin(distances.left);
-    } else {
-        format.setLeftMargin(distances.left);
-        if (kindOf(paragraph) == Kind::codeBlock) format.setRightMargin(distances.left);
-    }
+    format.setLeftMargin(distances.sides);
+    format.setRightMargin(distances.sides);
+    format.setIndent(distances.indent);
     if (direction != Qt::LayoutDirectionAuto) format.setLayoutDirection(direction);
     const bool isHeading = kindOf(paragraph) == Kind::heading;
-    format.setLineHeight(isHeading ? 110 : 130, QTextBlockFormat::ProportionalHeight);
+    // Added to each line, and not a share of it: a picture in a line is high already.
+    format.setLineHeight(isHeading ? 2 : 6, QTextBlockFormat::LineDistanceHeight);
     if (isHeading) format.setHeadingLevel(paragraph.style->level);
     if (paragraph.alignment != Alignment::natural) {
         format.setAlignment(alignmentFlag(paragraph.alignment));

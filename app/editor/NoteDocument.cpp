@@ -1,5 +1,6 @@
 #include "app/editor/NoteDocument.h"
 
+#include "app/editor/BlockLook.h"
 #include "base/Text.h"
 #include "core/body/AttributedTextWriter.h"
 #include "core/body/HTMLSerializer.h"
@@ -68,7 +69,10 @@ void forEachPiece(
 
 }  // namespace
 
-NoteDocument::NoteDocument(QObject* parent) : QTextDocument(parent) { setDocumentMargin(0); }
+NoteDocument::NoteDocument(QObject* parent) : QTextDocument(parent) {
+    setDocumentMargin(0);
+    setIndentWidth(look::indentWidth);
+}
 
 void NoteDocument::setContent(const AttributedText& text) {
     setUndoRedoEnabled(false);
@@ -216,29 +220,31 @@ void NoteDocument::insertObject(QTextCursor& cursor, const std::string& html) {
 }
 
 void NoteDocument::insert(QTextCursor& cursor, const AttributedText& text) {
+    const bool isLine =
+        text.paragraphs.size() == 1 && kindOf(text.paragraphs.front()) == Kind::paragraph;
+    if (!isLine || isObjectBlock(cursor.block())) return insertParagraphs(cursor, text);
+    cursor.beginEditBlock();
+    cursor.removeSelectedText();
+    const Paragraph host = paragraph(cursor.block());
+    const std::size_t end = text.text.size() - (text.text.ends_with(u'\n') ? 1 : 0);
+    std::size_t run = 0;
+    forEachPiece(text, 0, end, run, [&](std::u16string_view piece, const InlineStyle& style) {
+        writePiece(cursor, piece, style, host);
+    });
+    cursor.endEditBlock();
+}
+
+void NoteDocument::insertParagraphs(QTextCursor& cursor, const AttributedText& text) {
     if (text.paragraphs.empty()) return;
     cursor.beginEditBlock();
     cursor.removeSelectedText();
     const Paragraph host = paragraph(cursor.block());
-    const bool isLine =
-        text.paragraphs.size() == 1 && kindOf(text.paragraphs.front()) == Kind::paragraph;
-    if (isLine && !isObjectBlock(cursor.block())) {
-        std::size_t run = 0;
-        const std::size_t end =
-            text.paragraphs.front().length - (text.text.ends_with(u'\n') ? 1 : 0);
-        forEachPiece(text, 0, end, run, [&](std::u16string_view piece, const InlineStyle& style) {
-            writePiece(cursor, piece, style, host);
-        });
-        cursor.endEditBlock();
-        return;
-    }
     AttributedText placed = text;
     for (Paragraph& paragraph : placed.paragraphs) {
         paragraph.container = host.container;
     }
-    const bool hasTail = !cursor.atBlockEnd();
     const bool isBehindText = !cursor.atBlockStart();
-    if (hasTail) {
+    if (!cursor.atBlockEnd()) {
         Paragraph tail = host;
         if (isBehindText) tail.startNumber.reset();
         splitParagraph(cursor, tail);

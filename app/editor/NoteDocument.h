@@ -61,6 +61,9 @@ public:
     /// Replaces the selection by the paragraphs of `text`. Its only paragraph, if it is a plain
     /// one, goes into that of the cursor; others stand as paragraphs of their own.
     void insert(QTextCursor& cursor, const AttributedText& text);
+    /// The same, but every paragraph stands on its own. An empty paragraph at the cursor gives way;
+    /// otherwise that of the cursor is split. The cursor ends up behind the last one.
+    void insertParagraphs(QTextCursor& cursor, const AttributedText& text);
 
 private:
     void read(AttributedText& result, const QTextBlock& block, int from, int to) const;

@@ -1,0 +1,358 @@
+#include "app/editor/BodyEdit.h"
+
+#include "app/editor/ListRules.h"
+#include "app/editor/ObjectRenderer.h"
+#include "app/editor/PictureHandle.h"
+#include "app/editor/Pictures.h"
+#include "app/editor/StyleCommands.h"
+#include "app/editor/TypingRules.h"
+#include "app/look/Theme.h"
+#include "core/body/AttributedTextWriter.h"
+#include "core/body/PlainText.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QAction>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMimeData>
+#include <QPainter>
+#include <QScrollBar>
+#include <QTextBlock>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace tesserine::app {
+namespace {
+
+using Kind = BlockStyle::Kind;
+
+/// Lines are not longer than one can read; what is left stands empty at both sides.
+constexpr int widestColumn = 760;
+
+bool isTyped(const QString& text) { return !text.isEmpty() && text.front().isPrint(); }
+
+}  // namespace
+
+BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
+    : QTextEdit(parent),
+      note_(*new NoteDocument(this)),
+      painter_(note_),
+      renderer_(new ObjectRenderer(note_, pictures, this)),
+      handle_(std::make_unique<PictureHandle>(note_, *renderer_)) {
+    setObjectName("noteBody");
+    setAccessibleName("Note body");
+    setPlaceholderText("Start writing, or type [[ to link another note");
+    setFrameShape(QFrame::NoFrame);
+    setBackgroundRole(QPalette::Base);
+    setAutoFillBackground(true);
+    setAcceptRichText(true);
+    viewport()->setMouseTracking(true);
+    note_.setDefaultFont(Theme::font(TextRole::body));
+    setDocument(&note_);
+    connect(&pictures, &Pictures::loaded, this, [this] {
+        note_.markContentsDirty(0, note_.characterCount());
+    });
+    setZoomStep(0);
+}
+
+BodyEdit::~BodyEdit() = default;
+
+void BodyEdit::toggleMark(HTMLElement element) {
+    QTextCursor cursor = textCursor();
+    if (cursor.hasSelection()) return editing::toggleMark(note_, cursor, element);
+    InlineStyle style{.marks = note_.style(currentCharFormat()).marks};
+    if (style.has(element)) {
+        editing::removeMark(style, element);
+    } else {
+        editing::setMark(style, {.element = element});
+    }
+    setCurrentCharFormat(note_.charFormat(style, note_.paragraph(cursor.block())));
+}
+
+void BodyEdit::edit(const std::function<void(NoteDocument& note, QTextCursor& cursor)>& change) {
+    QTextCursor cursor = textCursor();
+    change(note_, cursor);
+    setTextCursor(cursor);
+    ensureCursorVisible();
+}
+
+void BodyEdit::setOverlay(Overlay overlay, QList<QTextEdit::ExtraSelection> marks) {
+    overlays_[static_cast<std::size_t>(overlay)] = std::move(marks);
+    QList<QTextEdit::ExtraSelection> all;
+    for (const auto& some : overlays_) {
+        all += some;
+    }
+    setExtraSelections(all);
+}
+
+void BodyEdit::setZoomStep(int step) {
+    zoomStep_ = std::clamp(step, -5, 15);
+    QFont font = Theme::font(TextRole::body);
+    font.setPointSizeF(font.pointSizeF() * 1.1 * (1 + 0.1 * zoomStep_));
+    note_.setDefaultFont(font);
+    renderer_->forget();
+}
+
+std::optional<int> BodyEdit::objectAtCursor() const {
+    const QTextCursor cursor = textCursor();
+    for (const int position : {cursor.selectionStart(), cursor.position() - 1}) {
+        if (position >= 0 && !note_.styleAt(position).object.empty()) return position;
+    }
+    return {};
+}
+
+const NoteObject& BodyEdit::objectAt(int position) const {
+    QTextCursor cursor(&note_);
+    cursor.setPosition(position + 1);
+    return renderer_->object(cursor.charFormat());
+}
+
+void BodyEdit::followTheme() {
+    renderer_->forget();
+    const bool wasModified = note_.isModified();
+    const int position = textCursor().position();
+    const int scrolled = verticalScrollBar()->value();
+    note_.setContent(note_.content());
+    note_.setModified(wasModified);
+    QTextCursor cursor = textCursor();
+    cursor.setPosition(std::min(position, note_.characterCount() - 1));
+    setTextCursor(cursor);
+    verticalScrollBar()->setValue(scrolled);
+}
+
+/// Keys of our own commands go before those that a text field has by itself, such as Ctrl+K.
+bool BodyEdit::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride) {
+        const QKeySequence keys(static_cast<QKeyEvent*>(event)->keyCombination());
+        for (const QAction* action : actions()) {
+            if (!action->isEnabled() || !action->shortcuts().contains(keys)) continue;
+            event->ignore();
+            return true;
+        }
+    }
+    return QTextEdit::event(event);
+}
+
+void BodyEdit::keyPressEvent(QKeyEvent* event) {
+    if (isReadOnly()) return QTextEdit::keyPressEvent(event);
+    if (handleKey(*event)) {
+        event->accept();
+        return ensureCursorVisible();
+    }
+    const bool isCommand = event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier);
+    const QString text = isCommand ? QString() : event->text();
+    beforeTyping(text);
+    QTextEdit::keyPressEvent(event);
+    afterTyping(text);
+}
+
+/// What is not typing; false leaves the key to the text field.
+bool BodyEdit::handleKey(const QKeyEvent& event) {
+    const bool isPlain = (event.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    QTextCursor cursor = textCursor();
+    bool isDone = false;
+    switch (event.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter: return isPlain && pressEnter();
+    case Qt::Key_Tab: return isPlain && pressTab(1);
+    case Qt::Key_Backtab: return pressTab(-1);
+    case Qt::Key_Backspace:
+        isDone = isPlain && !cursor.hasSelection() && cursor.atBlockStart()
+                 && editing::backspaceAtStart(note_, cursor);
+        break;
+    case Qt::Key_Delete:
+        isDone = isPlain && !cursor.hasSelection() && cursor.atBlockEnd()
+                 && editing::deleteAtEnd(note_, cursor);
+        break;
+    default: break;
+    }
+    if (isDone) setTextCursor(cursor);
+    return isDone;
+}
+
+bool BodyEdit::pressEnter() {
+    edit([](NoteDocument& note, QTextCursor& cursor) {
+        if (!cursor.hasSelection()) editing::linkAddressBefore(note, cursor);
+        if (!editing::applyLineShortcut(note, cursor)) editing::newLine(note, cursor);
+    });
+    return true;
+}
+
+/// Outside of lists Tab stays the key that leads to the next field.
+bool BodyEdit::pressTab(int levels) {
+    QTextCursor cursor = textCursor();
+    if (editing::changeIndent(note_, cursor, levels)) return true;
+    if (levels > 0 && note_.kind(cursor.block()) == Kind::codeBlock) {
+        cursor.insertText("\t");
+        return true;
+    }
+    return focusNextPrevChild(levels > 0);
+}
+
+/// Nothing is typed into an object or at the end of a link.
+void BodyEdit::beforeTyping(const QString& text) {
+    if (!isTyped(text)) return;
+    QTextCursor cursor = textCursor();
+    const Kind kind = note_.kind(cursor.block());
+    const bool isBeside = note_.isObjectBlock(cursor.block()) || kind == Kind::divider;
+    if (isBeside && !cursor.hasSelection()) {
+        editing::newLine(note_, cursor);
+        return setTextCursor(cursor);
+    }
+    InlineStyle style{.marks = note_.style(currentCharFormat()).marks};
+    const bool isAtEndOfLink =
+        style.has(HTMLElement::a) && note_.styleAt(cursor.selectionEnd()).link() != style.link();
+    if (!isAtEndOfLink) return;
+    editing::removeMark(style, HTMLElement::a);
+    setCurrentCharFormat(note_.charFormat(style, note_.paragraph(cursor.block())));
+}
+
+void BodyEdit::afterTyping(const QString& text) {
+    if (text == " ") {
+        QTextCursor cursor = textCursor();
+        if (editing::applyShortcut(note_, cursor)) {
+            setTextCursor(cursor);
+        } else {
+            editing::linkAddressBefore(note_, cursor);
+        }
+    }
+    repairObjects();
+}
+
+/// A paragraph whose object was deleted is one for words again.
+void BodyEdit::repairObjects() {
+    const QTextBlock block = textCursor().block();
+    const bool isBereft =
+        note_.isObjectBlock(block) && !block.text().contains(QChar::ObjectReplacementCharacter);
+    if (!isBereft) return;
+    QTextCursor cursor = textCursor();
+    cursor.joinPreviousEditBlock();
+    note_.setParagraph(block, {.style = BlockStyle{}});
+    cursor.endEditBlock();
+}
+
+void BodyEdit::mousePressEvent(QMouseEvent* event) {
+    const QPointF point = documentPoint(event->pos());
+    const bool isLeft = event->button() == Qt::LeftButton;
+    if (isLeft && !isReadOnly()) {
+        if (const auto item = painter_.itemAt(point)) {
+            return editing::toggleChecked(note_, note_.findBlock(*item));
+        }
+        if (handle_->press(point)) return;
+    }
+    const QString address = anchorAt(event->pos());
+    const bool opens = (event->modifiers() & Qt::ControlModifier) || isReadOnly();
+    if (isLeft && opens && !address.isEmpty()) {
+        emit linkActivated(address);
+        return;
+    }
+    QTextEdit::mousePressEvent(event);
+}
+
+void BodyEdit::mouseMoveEvent(QMouseEvent* event) {
+    if (handle_->isDragged()) {
+        handle_->move(documentPoint(event->pos()));
+        return viewport()->update();
+    }
+    QTextEdit::mouseMoveEvent(event);
+    showPointer(event->pos());
+}
+
+void BodyEdit::mouseReleaseEvent(QMouseEvent* event) {
+    if (handle_->isDragged()) {
+        handle_->release();
+        return viewport()->update();
+    }
+    QTextEdit::mouseReleaseEvent(event);
+    const auto object = objectUnder(event->pos());
+    const bool isLocked = object && objectAt(*object).kind == NoteObject::Kind::locked;
+    if (event->button() == Qt::LeftButton && isLocked) emit objectActivated(*object);
+}
+
+void BodyEdit::mouseDoubleClickEvent(QMouseEvent* event) {
+    const auto object = objectUnder(event->pos());
+    if (!object) return QTextEdit::mouseDoubleClickEvent(event);
+    if (objectAt(*object).kind != NoteObject::Kind::locked) emit objectActivated(*object);
+}
+
+void BodyEdit::contextMenuEvent(QContextMenuEvent* event) {
+    const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
+    emit menuWanted(menu.get(), cursorForPosition(event->pos()).position());
+    menu->exec(event->globalPos());
+}
+
+void BodyEdit::focusOutEvent(QFocusEvent* event) {
+    QTextEdit::focusOutEvent(event);
+    emit left();
+}
+
+void BodyEdit::paintEvent(QPaintEvent* event) {
+    const QPointF offset = -documentPoint(QPoint(0, 0));
+    const QRectF visible = QRectF(event->rect()).translated(-offset);
+    renderer_->beginDrawing();
+    {
+        QPainter painter(viewport());
+        painter.setClipRect(event->rect());
+        painter.translate(offset);
+        painter_.paintBehind(painter, visible);
+    }
+    QTextEdit::paintEvent(event);
+    QPainter painter(viewport());
+    painter.setClipRect(event->rect());
+    painter.translate(offset);
+    painter_.paintMarkers(painter, visible);
+    handle_->paint(painter);
+}
+
+void BodyEdit::resizeEvent(QResizeEvent* event) {
+    const int room = width() - verticalScrollBar()->sizeHint().width();
+    const int side = std::max(space::huge, (room - widestColumn) / 2);
+    setViewportMargins(side, space::small, side, space::small);
+    QTextEdit::resizeEvent(event);
+}
+
+bool BodyEdit::canInsertFromMimeData(const QMimeData* source) const {
+    return source->hasUrls() || source->hasImage() || source->hasHtml() || source->hasText();
+}
+
+void BodyEdit::insertFromMimeData(const QMimeData* source) { emit pasted(source); }
+
+QMimeData* BodyEdit::createMimeDataFromSelection() const {
+    auto copied = std::make_unique<QMimeData>();
+    const std::string html = canonicalHTML(note_.content(textCursor()));
+    copied->setHtml(QString::fromStdString(html));
+    copied->setText(QString::fromStdString(PlainText::fromHTML(html)));
+    return copied.release();
+}
+
+QPointF BodyEdit::documentPoint(const QPoint& point) const {
+    return QPointF(
+        point.x() + horizontalScrollBar()->value(), point.y() + verticalScrollBar()->value());
+}
+
+std::optional<int> BodyEdit::objectUnder(const QPoint& point) const {
+    const QPointF place = documentPoint(point);
+    for (const ObjectRenderer::Shown& shown : renderer_->shown()) {
+        if (shown.place.contains(place)) return shown.position;
+    }
+    return {};
+}
+
+void BodyEdit::showPointer(const QPoint& point) {
+    const QPointF place = documentPoint(point);
+    const QString address = anchorAt(point);
+    const auto object = objectUnder(point);
+    const bool isLocked = object && objectAt(*object).kind == NoteObject::Kind::locked;
+    Qt::CursorShape shape = Qt::IBeamCursor;
+    if (!isReadOnly() && handle_->isUnder(place)) {
+        shape = Qt::SizeFDiagCursor;
+    } else if (isLocked || !address.isEmpty() || painter_.itemAt(place)) {
+        shape = Qt::PointingHandCursor;
+    }
+    viewport()->setCursor(shape);
+    viewport()->setToolTip(address.isEmpty() ? QString() : address + "\nCtrl+click opens it");
+}
+
+}  // namespace tesserine::app

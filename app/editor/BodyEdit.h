@@ -1,0 +1,98 @@
+#pragma once
+
+#include "app/editor/BlockPainter.h"
+#include "app/editor/NoteDocument.h"
+#include "core/body/InlineStyle.h"
+
+#include <QTextEdit>
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tesserine::app {
+
+class ObjectRenderer;
+struct NoteObject;
+class PictureHandle;
+class Pictures;
+
+/// The body of a note, to be read and written: keys, clicks and what is drawn beside the text.
+/// Knows no library; what needs one goes out as a signal.
+class BodyEdit final : public QTextEdit {
+    Q_OBJECT
+
+public:
+    /// `pictures` outlives it.
+    explicit BodyEdit(Pictures& pictures, QWidget* parent = nullptr);
+    ~BodyEdit() override;
+
+    NoteDocument& note() const { return note_; }
+
+    /// Changes the style of the selection, or of what is typed next.
+    void toggleMark(HTMLElement element);
+    /// Calls `change(note, cursor)` with the cursor of the view, which moves along.
+    void edit(const std::function<void(NoteDocument& note, QTextCursor& cursor)>& change);
+
+    /// Marks that are laid over the text and belong to nobody's note, such as what was found.
+    enum class Overlay { spelling, found, count };
+    void setOverlay(Overlay overlay, QList<QTextEdit::ExtraSelection> marks);
+
+    /// In steps of a tenth around the usual size.
+    void setZoomStep(int step);
+    int zoomStep() const { return zoomStep_; }
+
+    /// The object that the cursor selects or stands beside, as its position.
+    std::optional<int> objectAtCursor() const;
+    /// What the object at a position stands for.
+    const NoteObject& objectAt(int position) const;
+    /// The colours changed: shows everything anew.
+    void followTheme();
+
+signals:
+    void linkActivated(const QString& address);
+    /// A file or picture was double-clicked, or a locked passage clicked.
+    void objectActivated(int position);
+    /// Something is to be inserted at the cursor; valid during the call.
+    void pasted(const QMimeData* data);
+    void left();  ///< the focus went elsewhere
+    /// Before the usual entries are shown; connect to add others.
+    void menuWanted(QMenu* menu, int position);
+
+private:
+    bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    bool canInsertFromMimeData(const QMimeData* source) const override;
+    void insertFromMimeData(const QMimeData* source) override;
+    QMimeData* createMimeDataFromSelection() const override;
+
+    bool handleKey(const QKeyEvent& event);
+    bool pressEnter();
+    bool pressTab(int levels);
+    void beforeTyping(const QString& text);
+    void afterTyping(const QString& text);
+    void repairObjects();
+    QPointF documentPoint(const QPoint& point) const;
+    std::optional<int> objectUnder(const QPoint& point) const;
+    void showPointer(const QPoint& point);
+
+    NoteDocument& note_;  // its child
+    BlockPainter painter_;
+    ObjectRenderer* const renderer_;
+    std::unique_ptr<PictureHandle> handle_;
+    std::array<QList<QTextEdit::ExtraSelection>, static_cast<std::size_t>(Overlay::count)>
+        overlays_;
+    int zoomStep_ = 0;
+};
+
+}  // namespace tesserine::app

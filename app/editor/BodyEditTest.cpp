@@ -1,0 +1,134 @@
+#include "app/editor/BodyEdit.h"
+
+#include "app/editor/EditorFixture.h"
+#include "core/body/CanonicalBody.h"
+
+#include <QTextBlock>
+
+namespace tesserine::app {
+namespace {
+
+using BodyEdit = test::EditorFixture;
+
+std::string list(const std::string& items) { return "<ul>" + items + "</ul>"; }
+
+TEST_F(BodyEdit, TypingShapesParagraphs) {
+    struct Case {
+        const char* body;
+        const char* keys;
+        std::string result;
+    };
+    const Case cases[] = {
+        {"<p>|</p>", "# One\ntwo", "<h1>One</h1><p>two</p>"},
+        {"<p>|</p>", "### x", "<h3>x</h3>"},
+        {"<p>|</p>", "- a\nb\n\nc", list("<li>a</li><li>b</li>") + "<p>c</p>"},
+        {"<p>|</p>", "- a\n\tb\n\nc", list("<li>a<ul><li>b</li></ul></li><li>c</li>")},
+        {"<p>|</p>", "1. a\nb", "<ol><li>a</li><li>b</li></ol>"},
+        {"<p>|</p>", "7. a", "<ol start=\"7\"><li>a</li></ol>"},
+        {"<p>|</p>",
+         "[x] a\nb",
+         "<ul class=\"ts-checklist\"><li data-checked=\"true\">a</li>"
+         "<li data-checked=\"false\">b</li></ul>"},
+        {"<p>|</p>", "> a\nb\n\nc", "<blockquote><p>a</p><p>b</p></blockquote><p>c</p>"},
+        {"<p>|</p>", "```\nif\n\tx\n\ny", "<pre>if\n\tx</pre><p>y</p>"},
+        {"<p>|</p>", "---\nx", "<hr><p>x</p>"},
+        {"<p>a|b</p>", "# ", "<p>a# b</p>"},
+        // Words of their own keep what they mean.
+        {"<pre>|</pre>", "# x", "<pre># x</pre>"},
+        {"<h1>a|b</h1>", "\n", "<h1>a</h1><h1>b</h1>"},
+        {"<h1>|a</h1>", "\n", "<p></p><h1>a</h1>"},
+        // Backspace takes styles away before it joins.
+        {"<ul><li>a<ul><li>|b</li></ul></li></ul>", "\b", list("<li>a</li><li>b</li>")},
+        {"<ul><li>a</li><li>|b</li></ul>", "\b", list("<li>a</li>") + "<p>b</p>"},
+        {"<ul><li>a</li><li>|b</li></ul>", "\b\b", list("<li>ab</li>")},
+        {"<p>a</p><hr><p>|b</p>", "\b", "<p>a</p><p>b</p>"},
+        // Nothing is typed into what cannot be edited.
+        {"<p>a</p><table><tr><td>x</td></tr></table><p>|b</p>",
+         "\bc",
+         "<p>a</p><table><tr><td>x</td></tr></table><p>c</p><p>b</p>"},
+        {"<table><tr><td>x</td></tr></table><p>|</p>", "\b\bc", "<p>c</p>"},
+        {"<p>a|</p><table><tr><td>x</td></tr></table>",
+         "\x7F\n",
+         "<p>a</p><p></p><table><tr><td>x</td></tr></table>"},
+        // Addresses become links; what is typed behind a link is none.
+        {"<p>|</p>",
+         "see https://a.org/b. ok",
+         "<p>see <a href=\"https://a.org/b\">https://a.org/b</a>. ok</p>"},
+        {"<p><a href=\"https://a.org\">a|</a></p>", "b", "<p><a href=\"https://a.org\">a</a>b</p>"},
+    };
+    for (const auto& [body, keys, result] : cases) {
+        SCOPED_TRACE(std::string(body) + keys);
+        openNote(body);
+        type(keys);
+        EXPECT_EQ(canonicalBody(html()).html, result);
+    }
+}
+
+TEST_F(BodyEdit, EveryCommandIsOneStepToUndo) {
+    const std::string body =
+        "<p>|one</p><ul class=\"ts-checklist\"><li data-checked=\"false\">two</li></ul><p>three|</p>";
+    struct Case {
+        const char* command;
+        const char* result;
+    };
+    for (const auto& [command, result] : {
+             Case{
+                 "format.bold",
+                 "<p><strong>one</strong></p><ul class=\"ts-checklist\"><li data-checked=\"false\">"
+                 "<strong>two</strong></li></ul><p><strong>three</strong></p>"},
+             Case{"format.heading2", "<h2>one</h2><h2>two</h2><h2>three</h2>"},
+             Case{"format.bullets", "<ul><li>one</li><li>two</li><li>three</li></ul>"},
+             Case{"format.codeBlock", "<pre>one\ntwo\nthree</pre>"},
+             Case{"format.quote", "<blockquote><p>one</p><p>two</p><p>three</p></blockquote>"},
+             Case{
+                 "format.tick",
+                 "<p>one</p><ul class=\"ts-checklist\"><li data-checked=\"true\">two</li></ul>"
+                 "<p>three</p>"},
+         }) {
+        SCOPED_TRACE(command);
+        openNote(body);
+        const std::string before = html();
+        commands.trigger(command);
+        EXPECT_EQ(html(), result);
+        commands.trigger("edit.undo");
+        EXPECT_EQ(html(), before);
+        commands.trigger("edit.redo");
+        EXPECT_EQ(html(), result);
+    }
+}
+
+TEST_F(BodyEdit, LinesMoveWithWhatTheyAre) {
+    openNote("<h1>a</h1><p></p><ul><li>b|</li><li>c</li></ul>");
+    press(Qt::Key_Up, Qt::AltModifier);
+    EXPECT_EQ(html(), "<h1>a</h1><ul><li>b</li></ul><p></p><ul><li>c</li></ul>");
+    press(Qt::Key_Up, Qt::AltModifier);
+    press(Qt::Key_Up, Qt::AltModifier);  // there is nothing above
+    EXPECT_EQ(html(), "<ul><li>b</li></ul><h1>a</h1><p></p><ul><li>c</li></ul>");
+    for (int i = 0; i < 4; ++i) {
+        press(Qt::Key_Down, Qt::AltModifier);
+    }
+    EXPECT_EQ(html(), "<h1>a</h1><p></p><ul><li>c</li><li>b</li></ul>");
+    type("!");
+    EXPECT_EQ(html(), "<h1>a</h1><p></p><ul><li>c</li><li>b!</li></ul>");
+    while (document().isUndoAvailable()) {
+        commands.trigger("edit.undo");
+    }
+    EXPECT_EQ(html(), "<h1>a</h1><p></p><ul><li>b</li><li>c</li></ul>");
+}
+
+TEST_F(BodyEdit, AClickOnTheBoxTicksAnItem) {
+    openNote("<p>a</p><ul class=\"ts-checklist\"><li data-checked=\"false\">x</li>"
+             "<li data-checked=\"false\">y</li></ul>");
+    settle();
+    const BlockPainter painter(document());
+    const QRectF box = painter.boxOf(document().findBlockByNumber(2));
+    QTest::mouseClick(
+        editor.body().viewport(), Qt::LeftButton, Qt::NoModifier, box.center().toPoint());
+    EXPECT_EQ(
+        html(),
+        "<p>a</p><ul class=\"ts-checklist\"><li data-checked=\"false\">x</li>"
+        "<li data-checked=\"true\">y</li></ul>");
+}
+
+}  // namespace
+}  // namespace tesserine::app

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "app/commands/Commands.h"
+#include "app/editor/BodyEdit.h"
+#include "app/editor/NoteEditor.h"
+#include "app/state/WindowFixture.h"
+#include "core/body/AttributedTextReader.h"
+
+#include <gtest/gtest.h>
+#include <QApplication>
+#include <QLineEdit>
+#include <QTest>
+#include <QTextCursor>
+
+#include <algorithm>
+#include <string>
+
+namespace tesserine::test {
+
+/// A window with nothing but an editor.
+class EditorFixture : public WindowFixture {
+public:
+    void SetUp() override {
+        editor.resize(800, 600);
+        editor.show();
+        QApplication::setActiveWindow(&editor);
+    }
+
+    app::NoteDocument& document() { return editor.body().note(); }
+    std::string html() { return document().html(); }
+
+    /// Opens a note with this body and puts the cursor where "|" stands in it, or selects what
+    /// stands between two of them.
+    CDNote& openNote(std::string body) {
+        app::NoteDocument marked;
+        marked.setContent(attributedText(body));
+        QTextCursor first = marked.find("|");
+        first.removeSelectedText();
+        const QTextCursor second = marked.find("|");
+        std::erase(body, '|');
+        CDNote& note = addNote("Plan", body);
+        editor.open(*note.id);
+        QTextCursor cursor(&document());
+        cursor.setPosition(std::max(first.position(), 0));
+        const int end = std::min(second.selectionStart(), document().characterCount() - 1);
+        if (!second.isNull()) cursor.setPosition(end, QTextCursor::KeepAnchor);
+        editor.body().setTextCursor(cursor);
+        editor.body().setFocus();
+        return note;
+    }
+    /// Types text; "\n" is Enter, "\t" Tab, "\b" Backspace, "\x7F" Delete.
+    void type(const std::string& keys) {
+        for (const QChar key : QString::fromStdString(keys)) {
+            switch (key.unicode()) {
+            case '\n': press(Qt::Key_Return); break;
+            case '\t': press(Qt::Key_Tab); break;
+            case '\b': press(Qt::Key_Backspace); break;
+            case 0x7F: press(Qt::Key_Delete); break;
+            default: QTest::keyClicks(&editor.body(), key);
+            }
+        }
+    }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(&editor.body(), key, modifiers);
+    }
+
+    app::Commands commands{environment->preferences()};
+    app::NoteEditor editor{*environment, commands};
+};
+
+}  // namespace tesserine::test

@@ -1,0 +1,179 @@
+#include "app/editor/NoteEditor.h"
+
+#include "app/commands/Commands.h"
+#include "app/editor/BodyEdit.h"
+#include "app/editor/EditorToolBar.h"
+#include "app/editor/FormatCommands.h"
+#include "app/editor/NoticeBar.h"
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+#include "app/state/Notice.h"
+#include "core/body/AttributedTextReader.h"
+
+#include <QLineEdit>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QTextCursor>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tesserine::app {
+
+NoteEditor::NoteEditor(AppEnvironment& environment, Commands& commands, QWidget* parent)
+    : QWidget(parent),
+      environment_(environment),
+      commands_(commands),
+      open_(environment.context(), environment.notes(), environment.clock()),
+      pictures_(environment),
+      autosave_([this] { return write(); }) {
+    setObjectName("noteEditor");
+    build();
+    connectParts();
+    setEnabled(false);
+}
+
+NoteEditor::~NoteEditor() {
+    // Children that go later lose the focus and tell.
+    title_->disconnect(this);
+    body_->disconnect(this);
+}
+
+void NoteEditor::build() {
+    setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Base);
+    notice_ = new NoticeBar(this);
+    title_ = new QLineEdit(this);
+    title_->setObjectName("noteTitle");
+    title_->setAccessibleName("Title");
+    title_->setPlaceholderText("Title");
+    title_->setFrame(false);
+    title_->setFont(Theme::font(TextRole::title));
+    body_ = new BodyEdit(pictures_, this);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(new EditorToolBar(commands_, this));
+    column->addWidget(notice_);
+    column->addWidget(title_);
+    column->addWidget(body_, 1);
+    new FormatCommands(commands_, *body_, this);
+}
+
+void NoteEditor::connectParts() {
+    connect(title_, &QLineEdit::textEdited, this, [this](const QString& text) {
+        markChanged();
+        if (const auto id = open_.id()) emit titleChanged(*id, text);
+    });
+    connect(title_, &QLineEdit::returnPressed, body_, qOverload<>(&QWidget::setFocus));
+    connect(title_, &QLineEdit::editingFinished, this, &NoteEditor::save);
+    connect(body_, &QTextEdit::textChanged, this, [this] {
+        if (!isShowing_) markChanged();
+    });
+    connect(body_, &BodyEdit::left, this, &NoteEditor::save);
+    connect(body_, &BodyEdit::linkActivated, this, &NoteEditor::linkActivated);
+    connect(&environment_, &AppEnvironment::libraryChanged, this, &NoteEditor::follow);
+}
+
+bool NoteEditor::open(const Uuid& id) {
+    if (!save() || !open_.open(id)) return false;
+    pictures_.forget();
+    setEnabled(true);
+    showNote(*open_.note());
+    return true;
+}
+
+bool NoteEditor::close() {
+    if (!save()) return false;
+    open_.close();
+    setEnabled(false);
+    const QScopedValueRollback showing(isShowing_, true);
+    title_->clear();
+    body_->note().setContent({});
+    return true;
+}
+
+bool NoteEditor::save() { return autosave_.flush(); }
+
+void NoteEditor::showNote(const CDNote& note) {
+    const QScopedValueRollback showing(isShowing_, true);
+    autosave_.cancel();
+    notice_->hide();
+    title_->setText(QString::fromStdString(open_.title()));
+    title_->setModified(false);
+    const bool isInTrash = note.trashedAt.get().has_value();
+    title_->setReadOnly(isInTrash);
+    body_->setReadOnly(isInTrash);
+    showBody();
+    if (isInTrash) notice_->tell("This note is in the trash. Restore it to edit it.");
+    if (note.hasConflict) showConflict();
+}
+
+void NoteEditor::showBody() {
+    body_->note().setContent(attributedText(open_.html()));
+    QTextCursor cursor(&body_->note());
+    body_->setTextCursor(cursor);
+    body_->verticalScrollBar()->setValue(0);
+}
+
+void NoteEditor::markChanged() {
+    if (open_.id()) autosave_.schedule();
+}
+
+/// Writes what differs from what was read; nothing when that is nothing.
+bool NoteEditor::write() {
+    OpenNote::Edit edit;
+    if (title_->isModified()) edit.title = title_->text().toStdString();
+    if (body_->note().isModified()) edit.html = body_->note().html();
+    if (!open_.id() || (!edit.title && !edit.html)) return true;
+    try {
+        const auto outcome = open_.write(edit);
+        if (!environment_.save(this)) return false;
+        title_->setModified(false);
+        body_->note().setModified(false);
+        if (outcome == NoteService::EditOutcome::savedWithConflict) showConflict();
+        emit saved(*open_.id());
+        return true;
+    } catch (const UserError& error) {
+        showNotice(this, error.what());
+        return false;
+    }
+}
+
+void NoteEditor::follow(const std::vector<ObjectChange>& changes) {
+    const auto concernsNote = [&](const ObjectChange& change) {
+        return change.entity == EntityKind::note && change.uuid == open_.id();
+    };
+    if (!open_.id() || std::ranges::none_of(changes, concernsNote)) return;
+    switch (open_.state()) {
+    case OpenNote::State::current: return;
+    case OpenNote::State::deleted:
+        autosave_.cancel();
+        close();
+        emit noteGone();
+        return;
+    case OpenNote::State::changedElsewhere: break;
+    }
+    // What was typed meanwhile becomes a conflict when it is saved.
+    if (!autosave_.isPending()) reload();
+}
+
+/// Shows the note as it is now, and stays where the reader is.
+void NoteEditor::reload() {
+    const int position = body_->textCursor().position();
+    const int scrolled = body_->verticalScrollBar()->value();
+    if (!open_.id() || !open_.open(*open_.id())) return;
+    showNote(*open_.note());
+    QTextCursor cursor(&body_->note());
+    cursor.setPosition(std::min(position, body_->note().characterCount() - 1));
+    body_->setTextCursor(cursor);
+    body_->verticalScrollBar()->setValue(scrolled);
+    emit titleChanged(*open_.id(), title_->text());
+}
+
+void NoteEditor::showConflict() {
+    notice_->tell(
+        "This note was changed elsewhere while you were writing. Both versions are kept.");
+}
+
+}  // namespace tesserine::app

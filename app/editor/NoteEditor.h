@@ -1,0 +1,82 @@
+#pragma once
+
+#include "app/editor/Autosave.h"
+#include "app/editor/OpenNote.h"
+#include "app/editor/Pictures.h"
+#include "base/Uuid.h"
+#include "core/store/StoreChanges.h"
+
+#include <QWidget>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+class QLineEdit;
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class BodyEdit;
+class Commands;
+class NoticeBar;
+
+/// One note to be read and written: title, tool bar, body, and what belongs to it.
+///
+/// What is typed is saved a second later, and before the note is left. A note that another program
+/// changes meanwhile is shown anew, unless it was being typed in: then both versions are kept and
+/// the difference is to be looked at. Handles the commands of notes; one per window.
+class NoteEditor final : public QWidget {
+    Q_OBJECT
+
+public:
+    /// Both outlive it.
+    NoteEditor(AppEnvironment& environment, Commands& commands, QWidget* parent = nullptr);
+    ~NoteEditor() override;
+
+    /// Saves the note before and shows another. False when there is no such note, or when the one
+    /// before could not be saved; it stays then.
+    bool open(const Uuid& id);
+    /// Saves the note and shows none; false when it could not be saved.
+    bool close();
+    std::optional<Uuid> noteID() const { return open_.id(); }
+
+    /// Saves what was typed, as before everything that leaves the note. False when that failed: the
+    /// user was told, and nothing is lost.
+    bool save();
+
+    BodyEdit& body() { return *body_; }
+    QLineEdit& title() { return *title_; }
+    NoticeBar& notice() { return *notice_; }
+
+signals:
+    void titleChanged(const tesserine::Uuid& id, const QString& title);
+    void saved(const tesserine::Uuid& id);
+    /// An address that was clicked: of a note ("tesserine://…") or of the web.
+    void linkActivated(const QString& address);
+    /// The open note was deleted for good.
+    void noteGone();
+
+private:
+    void build();
+    void connectParts();
+    void showNote(const CDNote& note);
+    void showBody();
+    bool write();
+    void follow(const std::vector<ObjectChange>& changes);
+    void reload();
+    void showConflict();
+    void markChanged();
+
+    AppEnvironment& environment_;
+    Commands& commands_;
+    OpenNote open_;
+    Pictures pictures_;
+    Autosave autosave_;
+    QLineEdit* title_ = nullptr;
+    BodyEdit* body_ = nullptr;
+    NoticeBar* notice_ = nullptr;
+    bool isShowing_ = false;  // what changes now is not typed
+};
+
+}  // namespace tesserine::app

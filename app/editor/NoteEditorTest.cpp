@@ -1,0 +1,113 @@
+#include "app/editor/NoteEditor.h"
+
+#include "app/editor/EditorFixture.h"
+#include "app/editor/NoticeBar.h"
+#include "core/model/NoteEntities.h"
+
+namespace tesserine::app {
+namespace {
+
+using NoteEditor = test::EditorFixture;
+
+TEST_F(NoteEditor, SavesASecondAfterTheFirstChange) {
+    CDNote& note = openNote("<p>one|</p>");
+    type(" two");
+    EXPECT_EQ(*note.html, "<p>one</p>");
+    ASSERT_TRUE(waitUntil([&] { return *note.html == "<p>one two</p>"; }));
+    EXPECT_EQ(*note.contentVersion, 2);
+    EXPECT_FALSE(context().hasChanges());
+}
+
+TEST_F(NoteEditor, WritesNothingWhereNothingWasChanged) {
+    CDNote& note = openNote("<div><p>one</p></div><table><tr><td>x</td></tr></table>");
+    editor.body().setTextCursor(QTextCursor(&document()));
+    CDNote& other = addNote("Other");
+    clock.advance(std::chrono::seconds(60));
+    editor.open(*other.id);
+    editor.close();
+    EXPECT_EQ(*note.contentVersion, 1);
+    EXPECT_EQ(*note.updatedAt, *note.createdAt);
+}
+
+TEST_F(NoteEditor, SavesBeforeTheNoteIsLeft) {
+    CDNote& note = openNote("<p>|</p>");
+    type("kept");
+    CDNote& other = addNote("Other");
+    editor.open(*other.id);
+    EXPECT_EQ(*note.html, "<p>kept</p>");
+    EXPECT_EQ(editor.title().text(), "Other");
+}
+
+TEST_F(NoteEditor, ShowsWhatOthersWroteWhileNothingIsTyped) {
+    CDNote& note = openNote("<p>one|</p>");
+    const Uuid id = *note.id;
+    environment->startWork();
+    environment->inBackground(
+        [&](StoreContext& other, const std::stop_token&) {
+            CDNote& theirs = environment->notes().getNote(other, id);
+            environment->notes().updateNote(
+                other, theirs, {.title = "Theirs", .html = "<p>theirs</p>"});
+            other.save();
+        },
+        &editor,
+        {},
+        [](const std::string& sentence) { ADD_FAILURE() << sentence; });
+    ASSERT_TRUE(waitUntil([&] { return html() == "<p>theirs</p>"; }));
+    EXPECT_EQ(editor.title().text(), "Theirs");
+    EXPECT_EQ(editor.notice().text(), "");
+}
+
+TEST_F(NoteEditor, KeepsBothVersionsWhenOthersWriteWhileTyping) {
+    CDNote& note = openNote("<p>one|</p>");
+    const Uuid id = *note.id;
+    type(" mine");
+    environment->startWork();
+    environment->inBackground(
+        [&](StoreContext& other, const std::stop_token&) {
+            CDNote& theirs = environment->notes().getNote(other, id);
+            environment->notes().updateNote(other, theirs, {.html = "<p>theirs</p>"});
+            other.save();
+        },
+        &editor,
+        {},
+        [](const std::string& sentence) { ADD_FAILURE() << sentence; });
+    ASSERT_TRUE(waitUntil([&] { return *note.html == "<p>theirs</p>"; }));
+    EXPECT_EQ(html(), "<p>one mine</p>");
+    EXPECT_TRUE(editor.save());
+    EXPECT_EQ(*note.html, "<p>one mine</p>");
+    EXPECT_TRUE(note.hasConflict);
+    EXPECT_NE(editor.notice().text(), "");
+    bool isKept = false;
+    for (const CDNoteRevision* revision : environment->notes().revisions(note)) {
+        isKept |= *revision->html == "<p>theirs</p>";
+    }
+    EXPECT_TRUE(isKept);
+}
+
+TEST_F(NoteEditor, KeepsARevisionEveryTenMinutesOfWriting) {
+    CDNote& note = openNote("<p>|</p>");
+    const auto autosaves = [&] {
+        std::size_t count = 0;
+        for (const CDNoteRevision* revision : environment->notes().revisions(note)) {
+            count += revision->reason == "autosave" ? 1 : 0;
+        }
+        return count;
+    };
+    const auto writeForMinutes = [&](int minutes) {
+        for (int i = 0; i < minutes; ++i) {
+            type("x");
+            editor.save();
+            clock.advance(std::chrono::minutes(1));
+        }
+    };
+    writeForMinutes(10);
+    EXPECT_EQ(autosaves(), 0U);
+    writeForMinutes(1);
+    EXPECT_EQ(autosaves(), 1U);
+    clock.advance(std::chrono::minutes(30));  // a pause begins it anew
+    writeForMinutes(10);
+    EXPECT_EQ(autosaves(), 1U);
+}
+
+}  // namespace
+}  // namespace tesserine::app

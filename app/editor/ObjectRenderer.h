@@ -1,0 +1,70 @@
+#pragma once
+
+#include "app/editor/NoteObject.h"
+
+#include <QObject>
+#include <QRectF>
+#include <QString>
+#include <QTextObjectInterface>
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class QTextDocument;
+
+namespace tesserine::app {
+
+class NoteDocument;
+class Pictures;
+
+/// Draws what stands in a note and is not text: pictures, files, locked passages, and blocks that
+/// cannot be edited, such as tables.
+class ObjectRenderer final : public QObject, public QTextObjectInterface {
+    Q_OBJECT
+    Q_INTERFACES(QTextObjectInterface)
+
+public:
+    /// Draws in `document` from now on. Both outlive it.
+    ObjectRenderer(NoteDocument& document, Pictures& pictures, QObject* parent);
+    ~ObjectRenderer() override;
+
+    QSizeF intrinsicSize(QTextDocument* document, int position, const QTextFormat& format) override;
+    void drawObject(
+        QPainter* painter,
+        const QRectF& place,
+        QTextDocument* document,
+        int position,
+        const QTextFormat& format) override;
+
+    /// What the object with this format stands for.
+    const NoteObject& object(const QTextFormat& format);
+    /// An object that was drawn last, in coordinates of the document.
+    struct Shown {
+        int position = 0;
+        QRectF place{};
+        bool isPicture = false;
+    };
+    const std::vector<Shown>& shown() const { return shown_; }
+    QRectF placeOf(int position) const;
+    /// Before the visible part is drawn.
+    void beginDrawing() { shown_.clear(); }
+    /// Makes everything anew that was drawn before: the colours changed.
+    void forget();
+
+private:
+    QSizeF pictureSize(const NoteObject& object);
+    QTextDocument& drawn(const QTextFormat& format);
+    void paintPicture(QPainter& painter, const QRectF& place, const NoteObject& object);
+    void paintCard(
+        QPainter& painter, const QRectF& place, const QString& icon, const QString& title);
+
+    NoteDocument& document_;
+    Pictures& pictures_;
+    std::vector<Shown> shown_;
+    std::unordered_map<std::string, NoteObject> objects_;
+    std::unordered_map<std::string, std::unique_ptr<QTextDocument>> blocks_;
+};
+
+}  // namespace tesserine::app
