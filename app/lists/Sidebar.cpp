@@ -1,0 +1,383 @@
+#include "app/lists/Sidebar.h"
+
+#include "app/lists/NoteActions.h"
+#include "app/lists/NoteListModel.h"
+#include "app/lists/SidebarDelegate.h"
+#include "app/lists/SidebarModel.h"
+#include "app/look/Icon.h"
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+#include "app/state/Notice.h"
+
+#include <QContextMenuEvent>
+#include <QDrag>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPushButton>
+
+#include <algorithm>
+
+namespace tesserine::app {
+namespace {
+
+using Kind = Place::Kind;
+constexpr const char* placeMimeType = "application/x-tesserine-place";
+
+/// The address of a line; a heading is named by its title.
+std::string foldingName(const QModelIndex& index) {
+    const QString address = index.data(SidebarModel::addressRole).toString();
+    return (address.isEmpty() ? index.data().toString() : address).toStdString();
+}
+
+struct Deletion {
+    Kind kind;
+    const char* question;
+    const char* verb;
+};
+constexpr Deletion deletions[] = {
+    {Kind::notebook,
+     "Delete the notebook “%1”? Its notes stay, in no notebook.",
+     "Delete Notebook"},
+    {Kind::tag, "Delete the tag “%1”? Notes and tasks only lose the tag.", "Delete Tag"},
+    {Kind::label, "Delete the label “%1”? Notes and tasks only lose the tag.", "Delete Label"},
+    {Kind::savedSearch, "Delete the saved search “%1”? No note is deleted.", "Delete Search"},
+    {Kind::project, "Delete the project “%1”? Its tasks move to the Inbox.", "Delete Project"},
+};
+
+const Deletion* deletionOf(Kind kind) {
+    const auto* const found = std::ranges::find(deletions, kind, &Deletion::kind);
+    return found == std::end(deletions) ? nullptr : found;
+}
+
+}  // namespace
+
+Sidebar::Sidebar(AppEnvironment& environment, QWidget* parent)
+    : QTreeView(parent), environment_(environment), model_(new SidebarModel(environment, this)) {
+    setObjectName("sidebar");
+    setAccessibleName("Places");
+    setFrameShape(QFrame::NoFrame);
+    setHeaderHidden(true);
+    setIndentation(0);
+    setRootIsDecorated(false);
+    setExpandsOnDoubleClick(false);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setMouseTracking(true);
+    setAcceptDrops(true);
+    setDragDropMode(QAbstractItemView::DragDrop);
+    viewport()->setBackgroundRole(QPalette::Window);
+    setItemDelegate(new SidebarDelegate(this));
+    const auto folded =
+        environment.preferences().strings(foldedKey).value_or(std::vector<std::string>{});
+    folded_.insert(folded.begin(), folded.end());
+
+    setModel(model_);
+    connect(model_, &SidebarModel::rebuilt, this, &Sidebar::putFoldingBack);
+    connect(model_, &SidebarModel::renamed, this, &Sidebar::rename, Qt::QueuedConnection);
+    connect(this, &QTreeView::collapsed, this, &Sidebar::rememberFolding);
+    connect(this, &QTreeView::expanded, this, &Sidebar::rememberFolding);
+    putFoldingBack();
+    acceptNotes();
+    acceptPlaces();
+}
+
+void Sidebar::mark(const Place& place) {
+    marked_ = place;
+    isMarking_ = true;
+    const QModelIndex index = model_->indexOf(place);
+    if (index.isValid()) {
+        setCurrentIndex(index);
+    } else {
+        setCurrentIndex({});
+        clearSelection();
+    }
+    isMarking_ = false;
+}
+
+std::optional<Place> Sidebar::current() const { return SidebarModel::placeAt(currentIndex()); }
+
+void Sidebar::currentChanged(const QModelIndex& now, const QModelIndex& before) {
+    QTreeView::currentChanged(now, before);
+    const auto place = SidebarModel::placeAt(now);
+    if (isMarking_ || !place || place == marked_) return;
+    marked_ = place;
+    emit placeChosen(*place);
+}
+
+void Sidebar::mouseReleaseEvent(QMouseEvent* event) {
+    QTreeView::mouseReleaseEvent(event);
+    const QModelIndex index = indexAt(event->position().toPoint());
+    if (event->button() == Qt::MiddleButton) {
+        if (const auto place = SidebarModel::placeAt(index)) emit newTabWanted(*place);
+        return;
+    }
+    if (event->button() != Qt::LeftButton || !model_->hasChildren(index)) return;
+    const bool isHeading = !SidebarModel::placeAt(index);
+    const int arrow = visualRect(index).right() - 2 * space::huge;
+    if (isHeading || event->position().x() > arrow) setExpanded(index, !isExpanded(index));
+}
+
+// Making, renaming, deleting
+
+void Sidebar::createNotebook() { createNotebookIn({}); }
+
+void Sidebar::createNotebookIn(const std::optional<Uuid>& parent) {
+    StoreContext& context = environment_.context();
+    CDNotebook* above = parent ? context.find<CDNotebook>(*parent) : nullptr;
+    std::string name = "Untitled Notebook";
+    for (int i = 2; environment_.notebooks().find(context, name, above) != nullptr; ++i) {
+        name = "Untitled Notebook " + std::to_string(i);
+    }
+    const Uuid id = *environment_.notebooks().findOrCreate(context, name, above).id;
+    if (environment_.save(this)) editNew({Kind::notebook, id});
+}
+
+void Sidebar::createTag() {
+    StoreContext& context = environment_.context();
+    std::string name = "untitled";
+    for (int i = 2; environment_.tags().find(context, name) != nullptr; ++i) {
+        name = "untitled " + std::to_string(i);
+    }
+    const Uuid id = *environment_.tags().findOrCreate(context, name)->id;
+    if (environment_.save(this)) editNew({Kind::tag, id});
+}
+
+void Sidebar::createProject() {
+    StoreContext& context = environment_.context();
+    std::string name = "Untitled Project";
+    for (int i = 2; environment_.projects().find(context, name) != nullptr; ++i) {
+        name = "Untitled Project " + std::to_string(i);
+    }
+    const Uuid id = *environment_.projects().create(context, name).id;
+    if (environment_.save(this)) editNew({Kind::project, id});
+}
+
+void Sidebar::editNew(const Place& place) {
+    const QModelIndex index = model_->indexOf(place);
+    for (QModelIndex above = index.parent(); above.isValid(); above = above.parent()) {
+        expand(above);
+    }
+    setCurrentIndex(index);
+    edit(index);
+}
+
+void Sidebar::renameCurrent() {
+    const QModelIndex index = currentIndex();
+    if (index.flags() & Qt::ItemIsEditable) edit(index);
+}
+
+void Sidebar::rename(const Place& place, const QString& name) {
+    StoreContext& context = environment_.context();
+    const std::string text = name.toStdString();
+    try {
+        if (auto* notebook = context.find<CDNotebook>(place.id)) {
+            environment_.notebooks().rename(context, *notebook, text);
+        } else if (auto* tag = context.find<CDTag>(place.id)) {
+            environment_.tags().rename(context, *tag, text);
+        } else if (auto* search = context.find<CDSavedSearch>(place.id)) {
+            environment_.savedSearches().rename(*search, text);
+        } else if (auto* project = context.find<CDProject>(place.id)) {
+            environment_.projects().rename(context, *project, text);
+        }
+    } catch (const UserError& error) {
+        context.rollback();
+        return showNotice(this, error.what());
+    }
+    environment_.save(this);
+}
+
+void Sidebar::deleteCurrent() {
+    if (const auto place = current()) askToDelete(*place);
+}
+
+void Sidebar::askToDelete(const Place& place) {
+    const Deletion* deletion = deletionOf(place.kind);
+    if (deletion == nullptr) return;
+    const QString name = model_->indexOf(place).data().toString();
+    auto* box = new QMessageBox(
+        QMessageBox::Question,
+        deletion->verb,
+        QString(deletion->question).arg(name),
+        QMessageBox::Cancel,
+        this);
+    box->setObjectName("question");
+    box->setTextFormat(Qt::PlainText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setDefaultButton(QMessageBox::Cancel);
+    QPushButton* button = box->addButton(deletion->verb, QMessageBox::DestructiveRole);
+    connect(button, &QPushButton::clicked, this, [this, place] { remove(place); });
+    box->open();
+}
+
+void Sidebar::remove(const Place& place) {
+    StoreContext& context = environment_.context();
+    if (auto* notebook = context.find<CDNotebook>(place.id)) {
+        environment_.notebooks().remove(context, *notebook);
+    } else if (auto* tag = context.find<CDTag>(place.id)) {
+        environment_.tags().remove(context, *tag);
+    } else if (auto* search = context.find<CDSavedSearch>(place.id)) {
+        environment_.savedSearches().remove(context, *search);
+    } else if (auto* project = context.find<CDProject>(place.id)) {
+        environment_.projects().remove(context, *project);
+    }
+    environment_.save(this);
+    if (place == marked_) setCurrentIndex(model_->indexOf({Kind::allNotes}));
+}
+
+void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
+    const QModelIndex index = indexAt(event->pos());
+    const auto place = SidebarModel::placeAt(index);
+    auto* menu = new QMenu(this);
+    menu->setObjectName("sidebarMenu");
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (place) {
+        menu->addAction("Open in New Tab", this, [this, place] { emit newTabWanted(*place); });
+        menu->addSeparator();
+    }
+    menu->addAction(icon("notebook"), "New Notebook", this, &Sidebar::createNotebook);
+    if (place && place->kind == Kind::notebook) {
+        menu->addAction(
+            "New Notebook Inside", this, [this, id = place->id] { createNotebookIn(id); });
+    }
+    menu->addAction(icon("tag"), "New Tag", this, &Sidebar::createTag);
+    menu->addAction(icon("project"), "New Project", this, &Sidebar::createProject);
+    if (place && deletionOf(place->kind) != nullptr) {
+        menu->addSeparator();
+        menu->addAction(
+            icon("pencil"), "Rename", this, [this, place] { edit(model_->indexOf(*place)); });
+        menu->addAction(
+            icon("trash", Ink::danger),
+            QString(deletionOf(place->kind)->verb) + "…",
+            this,
+            [this, place] { askToDelete(*place); });
+    }
+    menu->popup(event->globalPos());
+}
+
+// Folding
+
+void Sidebar::rememberFolding() {
+    if (isMarking_) return;
+    folded_.clear();
+    std::vector<QModelIndex> open{QModelIndex()};
+    while (!open.empty()) {
+        const QModelIndex parent = open.back();
+        open.pop_back();
+        for (int row = 0; row < model_->rowCount(parent); ++row) {
+            const QModelIndex index = model_->index(row, 0, parent);
+            if (!model_->hasChildren(index)) continue;
+            open.push_back(index);
+            if (!isExpanded(index)) folded_.insert(foldingName(index));
+        }
+    }
+    environment_.preferences().set(
+        foldedKey, std::vector<std::string>(folded_.begin(), folded_.end()));
+}
+
+void Sidebar::putFoldingBack() {
+    isMarking_ = true;
+    std::vector<QModelIndex> open{QModelIndex()};
+    while (!open.empty()) {
+        const QModelIndex parent = open.back();
+        open.pop_back();
+        for (int row = 0; row < model_->rowCount(parent); ++row) {
+            const QModelIndex index = model_->index(row, 0, parent);
+            setExpanded(index, !folded_.contains(foldingName(index)));
+            open.push_back(index);
+        }
+    }
+    isMarking_ = false;
+    if (marked_) mark(*marked_);
+}
+
+// Dropping
+
+void Sidebar::takeDrops(
+    const QString& mimeType,
+    const std::set<Kind>& kinds,
+    std::function<void(const Place& place, const QMimeData& dragged)> dropped) {
+    drops_.push_back({mimeType, kinds, std::move(dropped)});
+}
+
+void Sidebar::acceptNotes() {
+    takeDrops(
+        notesMimeType,
+        {Kind::notebook, Kind::tag, Kind::pinned, Kind::trash, Kind::allNotes},
+        [this](const Place& place, const QMimeData& dragged) {
+            const NoteActions actions(environment_, this);
+            const auto notes = draggedNotes(dragged);
+            switch (place.kind) {
+            case Kind::notebook: return actions.move(notes, place.id);
+            case Kind::tag: return actions.addTag(notes, place.id);
+            case Kind::pinned: return actions.setPinned(notes, true);
+            case Kind::trash: return actions.moveToTrash(notes);
+            case Kind::allNotes: return actions.restore(notes);
+            default: return;
+            }
+        });
+}
+
+/// Notebooks go into notebooks, tags below tags.
+void Sidebar::acceptPlaces() {
+    takeDrops(
+        placeMimeType,
+        {Kind::notebook, Kind::tag},
+        [this](const Place& place, const QMimeData& dragged) {
+            const auto moved = Place::fromAddress(dragged.data(placeMimeType).toStdString());
+            if (!moved || moved->kind != place.kind) return;
+            StoreContext& context = environment_.context();
+            auto* notebook = context.find<CDNotebook>(moved->id);
+            auto* into = context.find<CDNotebook>(place.id);
+            if (notebook != nullptr && into != nullptr) {
+                environment_.notebooks().move(*notebook, into);
+            }
+            auto* tag = context.find<CDTag>(moved->id);
+            auto* below = context.find<CDTag>(place.id);
+            if (tag != nullptr && below != nullptr) environment_.tags().move(*tag, below);
+            environment_.save(this);
+        });
+}
+
+void Sidebar::startDrag(Qt::DropActions) {
+    const auto place = current();
+    if (!place || (place->kind != Kind::notebook && place->kind != Kind::tag)) return;
+    auto* drag = new QDrag(this);
+    auto* dragged = new QMimeData;
+    dragged->setData(placeMimeType, QByteArray::fromStdString(place->address()));
+    drag->setMimeData(dragged);
+    drag->exec(Qt::MoveAction);
+}
+
+const Sidebar::Drop* Sidebar::dropFor(const QDropEvent& event) const {
+    const auto place = SidebarModel::placeAt(indexAt(event.position().toPoint()));
+    if (!place) return nullptr;
+    const auto found = std::ranges::find_if(drops_, [&](const Drop& drop) {
+        return event.mimeData()->hasFormat(drop.mimeType) && drop.kinds.contains(place->kind);
+    });
+    return found == drops_.end() ? nullptr : &*found;
+}
+
+void Sidebar::dragEnterEvent(QDragEnterEvent* event) {
+    const bool isKnown = std::ranges::any_of(
+        drops_, [&](const Drop& drop) { return event->mimeData()->hasFormat(drop.mimeType); });
+    event->setAccepted(isKnown);
+}
+
+void Sidebar::dragMoveEvent(QDragMoveEvent* event) {
+    QTreeView::dragMoveEvent(event);  // scrolls near the edges
+    event->setAccepted(dropFor(*event) != nullptr);
+}
+
+void Sidebar::dropEvent(QDropEvent* event) {
+    const Drop* drop = dropFor(*event);
+    event->setAccepted(drop != nullptr);
+    if (drop == nullptr) return;
+    drop->take(*SidebarModel::placeAt(indexAt(event->position().toPoint())), *event->mimeData());
+    setState(QAbstractItemView::NoState);
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "app/state/Place.h"
+
+#include <QTreeView>
+
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class SidebarModel;
+
+/// The left pane: every place of the library, and where notes and tasks are dropped.
+///
+/// Notebooks, tags, searches and projects are made, renamed and deleted in place.
+class Sidebar final : public QTreeView {
+    Q_OBJECT
+
+public:
+    /// Addresses of the lines that the user folded up.
+    static constexpr std::string_view foldedKey = "tesserine.sidebar.folded";
+
+    explicit Sidebar(AppEnvironment& environment, QWidget* parent = nullptr);
+
+    /// Marks the place without sending `placeChosen`.
+    void mark(const Place& place);
+    SidebarModel& places() { return *model_; }
+
+    /// Lets things of another room be dropped on places of these kinds; `dropped` does it.
+    void takeDrops(
+        const QString& mimeType,
+        const std::set<Place::Kind>& kinds,
+        std::function<void(const Place& place, const QMimeData& dragged)> dropped);
+
+public slots:
+    /// These make one and open the field for its name.
+    void createNotebook();
+    void createTag();
+    void createProject();
+    void renameCurrent();
+    void deleteCurrent();
+
+signals:
+    void placeChosen(const tesserine::app::Place& place);
+    void newTabWanted(const tesserine::app::Place& place);
+
+private:
+    struct Drop {
+        QString mimeType;
+        std::set<Place::Kind> kinds;
+        std::function<void(const Place& place, const QMimeData& dragged)> take;
+    };
+
+    void currentChanged(const QModelIndex& now, const QModelIndex& before) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+    std::optional<Place> current() const;
+    void createNotebookIn(const std::optional<Uuid>& parent);
+    void editNew(const Place& place);
+    void rename(const Place& place, const QString& name);
+    void askToDelete(const Place& place);
+    void remove(const Place& place);
+    void rememberFolding();
+    void putFoldingBack();
+    void acceptNotes();
+    void acceptPlaces();
+    const Drop* dropFor(const QDropEvent& event) const;
+
+    AppEnvironment& environment_;
+    SidebarModel* model_;
+    std::vector<Drop> drops_;
+    std::set<std::string> folded_;
+    std::optional<Place> marked_;
+    bool isMarking_ = false;
+};
+
+}  // namespace tesserine::app

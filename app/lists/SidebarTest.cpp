@@ -1,0 +1,161 @@
+#include "app/lists/Sidebar.h"
+
+#include "app/lists/NoteListModel.h"
+#include "app/lists/SidebarModel.h"
+#include "app/state/WindowFixture.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTest>
+
+namespace tesserine::app {
+namespace {
+
+using Kind = Place::Kind;
+
+class SidebarTest : public test::WindowFixture {
+public:
+    Sidebar& sidebar() {
+        if (!sidebar_) {
+            sidebar_ = std::make_unique<Sidebar>(*environment);
+            sidebar_->resize(240, 900);
+            sidebar_->show();
+            QObject::connect(sidebar_.get(), &Sidebar::placeChosen, [this](const Place& place) {
+                chosen += place.address() + ";";
+            });
+        }
+        return *sidebar_;
+    }
+    void TearDown() override { sidebar_.reset(); }
+
+    /// Every line with its count, indented as the tree is.
+    std::string lines(const QModelIndex& parent = {}, const std::string& indent = "") {
+        const SidebarModel& model = sidebar().places();
+        std::string text;
+        for (int row = 0; row < model.rowCount(parent); ++row) {
+            const QModelIndex index = model.index(row, 0, parent);
+            text += indent + index.data().toString().toStdString();
+            const auto count = index.data(SidebarModel::countRole).toULongLong();
+            if (count > 0) text += " " + std::to_string(count);
+            text += "\n" + lines(index, indent + "  ");
+        }
+        return text;
+    }
+    CDNotebook& notebook(const std::string& name, CDNotebook* parent = nullptr) {
+        CDNotebook& made = environment->notebooks().findOrCreate(context(), name, parent);
+        context().save();
+        return made;
+    }
+    void dropNotes(const std::vector<const CDNote*>& notes, const Place& place) {
+        QMimeData data;
+        QByteArray ids;
+        for (const CDNote* note : notes) {
+            ids += QByteArray::fromStdString(note->id->text() + "\n");
+        }
+        data.setData(notesMimeType, ids);
+        const QPoint where = sidebar().visualRect(sidebar().places().indexOf(place)).center();
+        QDragEnterEvent enter(where, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(sidebar().viewport(), &enter);
+        QDropEvent event(where, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(sidebar().viewport(), &event);
+    }
+
+    std::string chosen;
+
+private:
+    std::unique_ptr<Sidebar> sidebar_;
+};
+
+TEST_F(SidebarTest, ListsEveryPlaceWithWhatIsInIt) {
+    CDNotebook& work = notebook("Work");
+    CDNotebook& plans = notebook("Plans", &work);
+    addNote("in work", "", &work);
+    CDNote& planned = addNote("in plans", "", &plans);
+    environment->notes().addTag(planned, *environment->tags().findOrCreate(context(), "travel"));
+    environment->notes().moveToTrash(addNote("old"));
+    environment->savedSearches().create(context(), "Tax", "tag:tax");
+    addTask("Pay bill today @home #House");
+    const std::string expected =
+        "Notes\n  All Notes 2\n  Pinned\n  Reminders\n  Templates\n"
+        "Notebooks\n  Work 1\n    Plans 1\n"
+        "Tags\n  home\n  travel 1\n"
+        "Saved Searches\n  Tax\n"
+        "Tasks\n  Inbox\n  Today 1\n  Upcoming\n  All Tasks 1\n  Completed\n  Calendar\n"
+        "Projects\n  House 1\n"
+        "Labels\n  home 1\n"
+        "Trash 1\n";
+    EXPECT_TRUE(waitUntil([&] { return lines() == expected; })) << lines();
+}
+
+TEST_F(SidebarTest, FollowsTheLibraryWithoutLosingThePlaceOrTheFolding) {
+    CDNotebook& work = notebook("Work");
+    notebook("Plans", &work);
+    const Place place{Kind::notebook, *work.id};
+    sidebar().setCurrentIndex(sidebar().places().indexOf(place));
+    sidebar().collapse(sidebar().places().indexOf(place));
+    EXPECT_EQ(chosen, place.address() + ";");
+    notebook("Another");
+    const QModelIndex index = sidebar().places().indexOf(place);
+    EXPECT_EQ(sidebar().currentIndex(), index);
+    EXPECT_FALSE(sidebar().isExpanded(index));
+    EXPECT_EQ(chosen, place.address() + ";") << "nothing was chosen anew";
+}
+
+TEST_F(SidebarTest, NotebooksAreMadeRenamedAndDeletedInPlace) {
+    addNote("Plan");
+    sidebar().createNotebook();
+    auto* field = sidebar().findChild<QLineEdit*>();
+    ASSERT_NE(field, nullptr);
+    QTest::keyClicks(field, "Garden");
+    QTest::keyClick(field, Qt::Key_Return);
+    settle();
+    const CDNotebook* made = environment->notebooks().find(context(), "Garden");
+    ASSERT_NE(made, nullptr);
+
+    notebook("Work");
+    sidebar().renameCurrent();
+    field = sidebar().findChild<QLineEdit*>();
+    ASSERT_NE(field, nullptr);
+    QTest::keyClicks(field, "work");
+    QTest::keyClick(field, Qt::Key_Return);
+    settle();
+    auto* notice = sidebar().findChild<QMessageBox*>("notice");
+    ASSERT_NE(notice, nullptr);
+    EXPECT_EQ(notice->text(), "A notebook called “work” already exists here.");
+    delete notice;
+    EXPECT_EQ(made->name, "Garden");
+
+    sidebar().setCurrentIndex(sidebar().places().indexOf({Kind::notebook, *made->id}));
+    sidebar().deleteCurrent();
+    auto* question = sidebar().findChild<QMessageBox*>("question");
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(question->text(), "Delete the notebook “Garden”? Its notes stay, in no notebook.");
+    for (QAbstractButton* button : question->buttons()) {
+        if (button->text() == "Delete Notebook") button->click();
+    }
+    EXPECT_EQ(environment->notebooks().find(context(), "Garden"), nullptr);
+}
+
+TEST_F(SidebarTest, NotesAreDroppedOnNotebooksTagsAndTheTrash) {
+    CDNotebook& work = notebook("Work");
+    CDTag& red = *environment->tags().findOrCreate(context(), "red");
+    CDNote& plan = addNote("Plan");
+    CDNote& bill = addNote("Bill");
+    dropNotes({&plan, &bill}, {Kind::notebook, *work.id});
+    EXPECT_EQ(plan.notebook.get(), &work);
+    EXPECT_EQ(bill.notebook.get(), &work);
+    dropNotes({&plan}, {Kind::tag, *red.id});
+    EXPECT_TRUE(plan.tags.contains(red));
+    dropNotes({&plan}, {Kind::templates});  // takes none
+    EXPECT_FALSE(bool(plan.isTemplate));
+    dropNotes({&bill}, {Kind::trash});
+    EXPECT_TRUE(bill.trashedAt.get().has_value());
+    EXPECT_FALSE(context().hasChanges()) << "everything is saved";
+}
+
+}  // namespace
+}  // namespace tesserine::app
