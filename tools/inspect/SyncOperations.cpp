@@ -1,5 +1,6 @@
 #include "base/JSON.h"
 #include "base/Random.h"
+#include "sync/AccountSession.h"
 #include "sync/AuthCallback.h"
 #include "sync/SyncReply.h"
 #include "sync/SyncRetryPolicy.h"
@@ -219,10 +220,19 @@ value authCallback(const object& input) {
     }
 }
 
+/// `auth.tokenUsable`: whether a token with so many seconds left is used as it is.
+value authTokenUsable(const object& input) {
+    const auto left = optionalNumber(input, "expiresInSeconds");
+    if (!left) throw InputError("the input needs “expiresInSeconds”, a number");
+    const Instant now;
+    return AccountSession::isUsable(now + Instant::Duration(*left), now);
+}
+
 }  // namespace
 
 void addSyncOperations(Operations& operations) {
     operations.add("auth.callback", authCallback);
+    operations.add("auth.tokenUsable", authTokenUsable);
     operations.add("json.kind", jsonKind);
     operations.add("sync.backoff", syncBackoff);
     operations.add("sync.classify", syncClassify);

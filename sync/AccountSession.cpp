@@ -1,0 +1,216 @@
+#include "sync/AccountSession.h"
+
+#include "base/Deadline.h"
+#include "base/JSON.h"
+#include "base/OperationCancelled.h"
+#include "sync/AuthCallback.h"
+#include "sync/SyncClient.h"
+#include "sync/WireCoding.h"
+
+#include <utility>
+
+namespace tesserine {
+namespace {
+
+/// Runs `operation` on the secret store; what it cannot do is for the user to know, not a sign-out.
+template <class Operation>
+auto reachingSecrets(Operation operation) {
+    try {
+        return operation();
+    } catch (const KeychainError&) {
+        throw SyncError::keychainUnavailable();
+    }
+}
+
+std::string encoded(const AccountInfo& account) { return json::write(wire::encode(account)); }
+
+}  // namespace
+
+AccountSession::AccountSession(Environment environment)
+    : environment_(std::move(environment)), log_(environment_.log.category("session")) {}
+
+AccountSession::~AccountSession() { writeUnstored(); }
+
+std::optional<AccountInfo> AccountSession::account() {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (account_) return account_;
+    }
+    const auto stored = reachingSecrets([this] { return environment_.secrets.read(accountKey); });
+    if (!stored) return std::nullopt;
+    try {
+        const auto account = wire::decodeText<AccountInfo>(*stored);
+        const std::scoped_lock lock(mutex_);
+        account_ = account;
+        return account;
+    } catch (const WireError&) {
+        log_.error("the stored account cannot be read");
+        return std::nullopt;
+    }
+}
+
+std::string AccountSession::beginSignIn() {
+    const std::scoped_lock lock(mutex_);
+    signInBegan_ = environment_.clock.now();
+    return environment_.client.baseURL() + "v1/auth/google/start?flow=app";
+}
+
+bool AccountSession::handleCallback(
+    const std::string& address, const std::string& deviceLabel, const std::stop_token& stop) {
+    {
+        const std::scoped_lock lock(mutex_);
+        const bool isPending =
+            signInBegan_ && environment_.clock.now() - *signInBegan_ <= signInPatience;
+        if (!isPending) return false;
+    }
+    const auto end = [this] {
+        const std::scoped_lock lock(mutex_);
+        signInBegan_.reset();
+    };
+    std::optional<AuthCallback> callback;
+    try {
+        callback = AuthCallback::parse(address);
+    } catch (const SyncError&) {
+        end();
+        throw;
+    }
+    if (!callback) return false;
+    end();
+    if (callback->kind == AuthCallback::Kind::failed) throw SignInError(callback->text);
+    completeSignIn(callback->text, deviceLabel, stop);
+    return true;
+}
+
+void AccountSession::completeSignIn(
+    const std::string& code, const std::string& deviceLabel, const std::stop_token& stop) {
+    const TokenResponse tokens = environment_.client.exchange(code, deviceLabel, stop);
+    reachingSecrets([&] {
+        environment_.secrets.write(refreshKey, tokens.refreshToken);
+        environment_.secrets.write(accountKey, encoded(tokens.account));
+    });
+    const std::scoped_lock lock(mutex_);
+    ++epoch_;
+    isRefused_ = false;
+    unstoredRefreshToken_.reset();
+    keep(tokens);
+}
+
+/// Called under the lock.
+void AccountSession::keep(const TokenResponse& tokens) {
+    accessToken_ = tokens.accessToken;
+    accessExpiry_ =
+        environment_.clock.now() + Instant::Duration(static_cast<double>(tokens.expiresIn));
+    account_ = tokens.account;
+}
+
+std::string AccountSession::validAccessToken(const std::stop_token& stop) {
+    writeUnstored();
+    if (auto token = usableToken()) return *std::move(token);
+    return refresh_.run(stop, [this](const std::stop_token& ownStop) {
+        // Another refresh may have ended between the two looks.
+        if (auto token = usableToken()) return *std::move(token);
+        return refreshNow(ownStop);
+    });
+}
+
+void AccountSession::invalidateAccessToken() {
+    const std::scoped_lock lock(mutex_);
+    accessToken_.reset();
+}
+
+std::optional<std::string> AccountSession::usableToken() {
+    const std::scoped_lock lock(mutex_);
+    const bool isGood = accessToken_ && isUsable(accessExpiry_, environment_.clock.now());
+    return isGood ? accessToken_ : std::nullopt;
+}
+
+std::string AccountSession::refreshNow(const std::stop_token& stop) {
+    std::uint64_t epoch = 0;
+    {
+        const std::scoped_lock lock(mutex_);
+        if (isRefused_) throw SyncError::signedOut();
+        epoch = epoch_;
+    }
+    TokenResponse tokens;
+    try {
+        tokens = environment_.client.refresh(refreshToken(), stop);
+    } catch (const SyncError& error) {
+        const std::scoped_lock lock(mutex_);
+        const bool isRefusal = error.kind() == SyncError::Kind::signedOut && epoch == epoch_;
+        if (isRefusal) isRefused_ = true;
+        throw;
+    }
+    {
+        const std::scoped_lock lock(mutex_);
+        if (epoch != epoch_) throw SyncError::signedOut();  // signed out meanwhile
+        keep(tokens);
+        // The service has replaced the old token: this one must not get lost, stored or not.
+        unstoredRefreshToken_ = tokens.refreshToken;
+    }
+    writeUnstored();
+    return tokens.accessToken;
+}
+
+std::string AccountSession::refreshToken() {
+    {
+        const std::scoped_lock lock(mutex_);
+        if (unstoredRefreshToken_) return *unstoredRefreshToken_;
+    }
+    auto stored = reachingSecrets([this] { return environment_.secrets.read(refreshKey); });
+    if (!stored) throw SyncError::signedOut();
+    return *std::move(stored);
+}
+
+/// Stores what a refresh brought; what fails is tried again at the next use.
+void AccountSession::writeUnstored() {
+    std::optional<std::string> token;
+    std::optional<AccountInfo> account;
+    {
+        const std::scoped_lock lock(mutex_);
+        token = unstoredRefreshToken_;
+        account = account_;
+    }
+    if (!token) return;
+    try {
+        environment_.secrets.write(refreshKey, *token);
+        if (account) environment_.secrets.write(accountKey, encoded(*account));
+    } catch (const KeychainError& error) {
+        log_.warning(std::string("the new token is not stored yet: ") + error.what());
+        return;
+    }
+    const std::scoped_lock lock(mutex_);
+    if (unstoredRefreshToken_ == token) unstoredRefreshToken_.reset();
+}
+
+void AccountSession::signOut() {
+    std::optional<std::string> refresh;
+    std::optional<std::string> access;
+    try {
+        refresh = refreshToken();
+        access = usableToken();
+    } catch (const SyncError&) {
+        log_.info("signing out without a refresh token");
+    }
+    {
+        const std::scoped_lock lock(mutex_);
+        ++epoch_;
+        accessToken_.reset();
+        account_.reset();
+        unstoredRefreshToken_.reset();
+        signInBegan_.reset();
+    }
+    if (refresh) {
+        const Deadline patience(signOutPatience);
+        try {
+            environment_.client.signOut(*refresh, access, patience.token());
+        } catch (const std::exception&) {
+            log_.info("the service did not hear of the sign-out");
+        }
+    }
+    reachingSecrets([this] {
+        environment_.secrets.remove(refreshKey);
+        environment_.secrets.remove(accountKey);
+    });
+}
+
+}  // namespace tesserine
