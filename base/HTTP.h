@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <stop_token>
@@ -27,6 +28,9 @@ struct HTTPRequest {
     std::chrono::seconds inactivity{60};
     /// Longest reply that is taken, in bytes after decoding.
     std::size_t replyLimit = std::size_t{64} << 20;
+    /// Takes the body of a 2xx reply in pieces in the place of `HTTPReply::body`, for what is too
+    /// long to be held. What it throws ends the exchange and comes out of it.
+    std::function<void(std::string_view piece)> sink{};
     /// Whether it may be sent again when a kept connection was lost before any answer. False for
     /// what must not happen twice.
     bool isRepeatable = true;

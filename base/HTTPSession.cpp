@@ -30,9 +30,11 @@ using HeaderList = std::unique_ptr<curl_slist, FreedBy<curl_slist_free_all>>;
 /// one waits here for the end.
 struct Transfer {
     const HTTPRequest& request;
+    CURL* easy = nullptr;
     HTTPReply reply{};
     std::size_t sent = 0;
     std::size_t headBytes = 0;
+    std::size_t bodyBytes = 0;
     bool headEnded = false;
     bool isTooLarge = false;
     std::exception_ptr error{};
@@ -48,14 +50,28 @@ std::size_t guarded(Transfer& transfer, std::size_t atFailure, Body body) {
     }
 }
 
+int statusOf(CURL* easy) {
+    long status = 0;
+    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+    return static_cast<int>(status);
+}
+
+bool isSuccess(int status) { return status >= 200 && status < 300; }
+
 std::size_t onBody(char* data, std::size_t /*one*/, std::size_t count, void* user) {
     auto& transfer = *static_cast<Transfer*>(user);
     return guarded(transfer, 0, [&]() -> std::size_t {
-        if (count > transfer.request.replyLimit - transfer.reply.body.size()) {
+        if (count > transfer.request.replyLimit - transfer.bodyBytes) {
             transfer.isTooLarge = true;
             return 0;
         }
-        transfer.reply.body.append(data, count);
+        transfer.bodyBytes += count;
+        const auto& sink = transfer.request.sink;
+        if (sink && isSuccess(statusOf(transfer.easy))) {
+            sink({data, count});
+        } else {
+            transfer.reply.body.append(data, count);
+        }
         return count;
     });
 }
@@ -257,6 +273,7 @@ HTTPReply HTTPSession::send(const HTTPRequest& request, const std::stop_token& s
     const Loan loan(*this);  // last, so that it ends before what the callbacks use
 
     CURL* const easy = loan.easy();
+    transfer.easy = easy;
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // do not wait for a stuck name look-up
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -285,9 +302,7 @@ HTTPReply HTTPSession::send(const HTTPRequest& request, const std::stop_token& s
     setBody(easy, transfer);
 
     check(transfer, perform(loan.multi(), easy, stop));
-    long status = 0;
-    curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
-    transfer.reply.status = static_cast<int>(status);
+    transfer.reply.status = statusOf(easy);
     return std::move(transfer.reply);
 }
 

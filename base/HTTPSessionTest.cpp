@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <stdexcept>
 #include <thread>
 
 namespace tesserine {
@@ -70,6 +71,26 @@ TEST_F(HTTPSessionTest, RequestsTravelAsTheyAreAndKeepTheirConnection) {
     EXPECT_NE(sent.find("\r\nX-Empty:\r\n"), std::string::npos) << sent;
     EXPECT_TRUE(sent.ends_with(std::string("\r\n\r\n\0\r\n\xFF", 8))) << sent;
     EXPECT_NE(peer.requests().back().find("\r\nContent-Length: 0\r\n"), std::string::npos);
+}
+
+TEST_F(HTTPSessionTest, ALongBodyGoesToTheSinkUnlessTheReplyIsAFailure) {
+    ScriptedPeer peer({
+        {httpReply(200, std::string(100'000, 'x'))},
+        {httpReply(404, "gone")},
+        {httpReply(200, std::string(100'000, 'x'))},
+        {httpReply(200, "on")},
+    });
+    std::string taken;
+    HTTPRequest request{
+        .url = peer.url(), .sink = [&taken](std::string_view piece) { taken += piece; }};
+    EXPECT_EQ(session_.send(request, {}).body, "");
+    EXPECT_EQ(taken.size(), 100'000U);
+    EXPECT_EQ(session_.send(request, {}).body, "gone");
+    EXPECT_EQ(taken.size(), 100'000U);
+
+    request.sink = [](std::string_view) { throw std::length_error("enough"); };
+    EXPECT_THROW(session_.send(request, {}), std::length_error);
+    EXPECT_EQ(get(peer).body, "on");
 }
 
 TEST_F(HTTPSessionTest, BrokenAndHostileRepliesAreErrors) {

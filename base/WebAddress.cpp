@@ -81,6 +81,18 @@ std::optional<WebAddress> WebAddress::parse(std::string_view text) {
     return result;
 }
 
+std::optional<WebAddress> WebAddress::resolved(std::string_view reference) const {
+    if (reference.empty() || !hasOnlyCharactersOfAddresses(reference)) return std::nullopt;
+    if (schemeLength(reference) > 0) return parse(reference);
+    const Handle address(curl_url());
+    const std::string relative(reference);
+    const bool isWhole =
+        address && curl_url_set(address.get(), CURLUPART_URL, text.c_str(), 0) == CURLUE_OK
+        && curl_url_set(address.get(), CURLUPART_URL, relative.c_str(), 0) == CURLUE_OK;
+    if (!isWhole) return std::nullopt;
+    return parse(part(address.get(), CURLUPART_URL).value_or(""));
+}
+
 bool WebAddress::hasIPHost() const {
     if (host.starts_with('[')) return true;
     // A resolver reads "127.1" and "0x7f.1" as addresses; no name ends in such a label.

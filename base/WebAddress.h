@@ -20,6 +20,9 @@ struct WebAddress {
     /// spaces, control characters and everything beyond ASCII), or one that is not well formed.
     static std::optional<WebAddress> parse(std::string_view text);
 
+    /// Where a reference in a document at this address leads, such as "../b" or a whole address.
+    std::optional<WebAddress> resolved(std::string_view reference) const;
+
     /// Whether the host is an IP address, in any way of writing that a resolver takes for one.
     bool hasIPHost() const;
     /// Whether the host is `domain` or a name below it.

@@ -39,6 +39,25 @@ TEST(WebAddress, IsTakenApartAsItWillBeOpened) {
     }
 }
 
+TEST(WebAddress, LeadsOnWhereAReferencePoints) {
+    const auto base = *WebAddress::parse("https://a.example/x/y?q");
+    struct Case {
+        const char* reference;
+        const char* target;
+    };
+    for (const auto& [reference, target] : {
+             Case{"z", "https://a.example/x/z"},
+             Case{"/z", "https://a.example/z"},
+             Case{"//b.example/z", "https://b.example/z"},
+             Case{"http://b.example/", "http://b.example/"},
+             Case{"a b", "none"},
+             Case{"", "none"},
+         }) {
+        const auto resolved = base.resolved(reference);
+        EXPECT_EQ(resolved ? resolved->text : "none", target) << reference;
+    }
+}
+
 TEST(WebAddress, KnowsWhatIsBelowADomainAndWhatIsANumber) {
     const auto address = [](const std::string& host) {
         return *WebAddress::parse("https://" + host + "/");
