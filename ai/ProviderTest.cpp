@@ -1,8 +1,11 @@
+#include "ai/AICredentialStore.h"
 #include "ai/AIError.h"
 #include "ai/GrokProvider.h"
 #include "ai/RelayProvider.h"
+#include "ai/SentLog.h"
 #include "base/HTTP.h"
 #include "base/OperationCancelled.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -102,6 +105,68 @@ TEST_F(ProviderTest, TouchesNoNetworkBeforeItIsSetUp) {
     RelayProvider provider = relay(false);
     EXPECT_EQ(failure(provider), AIError::notConfigured().what());
     EXPECT_TRUE(transport_.sent.empty());
+}
+
+/// A keyring that nobody can reach.
+class LockedSecrets final : public SecretStore {
+public:
+    std::optional<std::string> read(const std::string&) override { throw KeychainError("7"); }
+    void write(const std::string&, const std::string&) override { throw KeychainError("7"); }
+    void remove(const std::string&) override { throw KeychainError("7"); }
+};
+
+class KeptLines final : public LogSink {
+public:
+    void write(LogLevel, std::string_view line) noexcept override { lines += line; }
+    std::string lines;
+};
+
+TEST(AICredentialStore, KeepsAKeyForItsHostAndOutOfTheLog) {
+    InMemorySecrets secrets;
+    const AICredentialStore builtIn(secrets, {});
+    const AICredentialStore own(secrets, {}, "models.home");
+    builtIn.save("first");
+    EXPECT_EQ(secrets.read("xai-api-key"), "first");
+    EXPECT_EQ(own.read(), std::nullopt);
+    own.save("second");
+    builtIn.remove();
+    EXPECT_EQ(builtIn.read(), std::nullopt);
+    EXPECT_EQ(own.read(), "second");
+
+    const auto kept = std::make_shared<KeptLines>();
+    LockedSecrets locked;
+    const AICredentialStore unreachable(locked, Log(kept, "app.tesserine.ai", "x"));
+    EXPECT_THROW(unreachable.save("my key"), KeychainError);
+    EXPECT_NE(kept->lines.find("keychain add failed for xai-api-key: status 7"), std::string::npos);
+    EXPECT_EQ(kept->lines.find("my key"), std::string::npos);
+}
+
+TEST(SentLog, TellsNewestFirstWhatLeftAndForgetsTheOldest) {
+    const test::TemporaryFolder folder;
+    const auto file = folder / "state" / "sent.jsonl";
+    SentLog log(file);
+    const SentRequest request{
+        .sentAt = *Instant::parseISO("2026-03-14T09:15:00Z"),
+        .destination = "p.example",
+        .purpose = "ask",
+        .titles = {"A \"title\"\n", "B"},
+        .characterCount = 7};
+    log.add(request);
+    ASSERT_EQ(log.all().size(), 1U);
+    EXPECT_EQ(log.all().front().titles, request.titles);
+
+    std::string full = "not a line of ours\n";
+    for (std::size_t i = 0; i < SentLog::mostEntries; ++i) {
+        full += R"({"sentAt":"2020-01-01T00:00:00Z","characterCount":1})"
+                "\n";
+    }
+    test::putContent(file, full);
+    log.add(request);
+    EXPECT_EQ(log.all().size(), SentLog::mostEntries);
+    EXPECT_EQ(log.all().front().characterCount, 7U);
+    EXPECT_EQ(log.all().back().characterCount, 1U);
+    log.clear();
+    EXPECT_TRUE(log.all().empty());
 }
 
 }  // namespace
