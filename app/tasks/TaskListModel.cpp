@@ -316,11 +316,18 @@ std::vector<Uuid> TaskListModel::tasksOf(const QModelIndexList& indexes) const {
 QStringList TaskListModel::mimeTypes() const { return {tasksMimeType}; }
 
 QMimeData* TaskListModel::mimeData(const QModelIndexList& indexes) const {
-    QByteArray ids;
+    const auto tasks = tasksOf(indexes);
     QStringList titles;
-    for (const Uuid& task : tasksOf(indexes)) {
-        ids += QByteArray::fromStdString(task.text()) + '\n';
+    for (const Uuid& task : tasks) {
         titles += line(indexOf(task)).title;
+    }
+    return mimeDataOf(tasks, titles);
+}
+
+QMimeData* mimeDataOf(const std::vector<Uuid>& tasks, const QStringList& titles) {
+    QByteArray ids;
+    for (const Uuid& task : tasks) {
+        ids += QByteArray::fromStdString(task.text()) + '\n';
     }
     auto* const data = new QMimeData;
     data->setData(tasksMimeType, ids);

@@ -81,6 +81,8 @@ private:
 
 /// What a drag of tasks carries: their ids, one to a line.
 inline constexpr const char* tasksMimeType = "application/x-tesserine-tasks";
+/// The caller's; other programs are given the titles.
+QMimeData* mimeDataOf(const std::vector<Uuid>& tasks, const QStringList& titles);
 std::vector<Uuid> draggedTasks(const QMimeData& data);
 
 }  // namespace tesserine::app

@@ -31,6 +31,10 @@ Instant atHour(Instant day, int hour, const Calendar& calendar) {
 
 }  // namespace
 
+Instant reminderTime(const TaskDue& when, const Calendar& calendar) {
+    return when.hasTime ? when.date : atHour(when.date, morningHour, calendar);
+}
+
 WhenPopup::WhenPopup(AppEnvironment& environment, std::vector<Answer> answers, QWidget* parent)
     : QFrame(parent, Qt::Popup),
       environment_(environment),

@@ -11,6 +11,10 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 
+namespace tesserine {
+class Calendar;
+}
+
 namespace tesserine::app {
 
 class AppEnvironment;
@@ -55,5 +59,8 @@ private:
     MonthPicker* const month_;
     std::optional<TaskDue> read_;
 };
+
+/// When a reminder for `when` comes: at its time, or in the morning of its day.
+Instant reminderTime(const TaskDue& when, const Calendar& calendar);
 
 }  // namespace tesserine::app

@@ -1,0 +1,399 @@
+#include "app/tasks/TaskDetail.h"
+
+#include "app/look/EmptyState.h"
+#include "app/look/Icon.h"
+#include "app/look/IconButton.h"
+#include "app/look/IconLabel.h"
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+#include "app/state/Notice.h"
+#include "app/tasks/GrowingText.h"
+#include "app/tasks/LabelsField.h"
+#include "app/tasks/ProjectPicker.h"
+#include "app/tasks/RecurrencePopup.h"
+#include "app/tasks/SubtaskList.h"
+#include "app/tasks/TaskRow.h"
+#include "app/tasks/TaskWords.h"
+#include "app/tasks/TickButton.h"
+#include "app/tasks/WhenPopup.h"
+#include "core/tasks/TaskSnapshot.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QStackedWidget>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tesserine::app {
+namespace {
+
+constexpr int iconSide = 16;
+constexpr int leastTitleLines = 1;
+constexpr int mostTitleLines = 6;
+constexpr int leastDetailLines = 4;
+constexpr int mostDetailLines = 40;
+
+std::optional<TaskDue> dueOf(const CDTask& task) {
+    if (!task.dueDate) return std::nullopt;
+    return TaskDue{.date = *task.dueDate, .hasTime = task.dueHasTime.valueOr(false)};
+}
+
+/// A line of a form: icon, then what it is about.
+QHBoxLayout* formLine(QWidget* parent, const QString& iconName, QWidget* field) {
+    auto* const line = new QHBoxLayout;
+    line->setSpacing(space::medium);
+    line->addWidget(
+        new IconLabel(icon(iconName, Ink::secondary), iconSide, parent), 0, Qt::AlignVCenter);
+    line->addWidget(field, 1);
+    return line;
+}
+
+QLabel* sectionTitle(const QString& text, QWidget* parent) {
+    auto* const label = new QLabel(text, parent);
+    label->setFont(Theme::font(TextRole::caption));
+    label->setForegroundRole(QPalette::PlaceholderText);
+    return label;
+}
+
+/// A value that is not set stands back.
+void setValue(QPushButton& button, const QString& text, const QString& whenNone) {
+    const bool isSet = !text.isEmpty();
+    button.setText(isSet ? text : whenNone);
+    QPalette palette = button.palette();
+    palette.setColor(
+        QPalette::ButtonText, isSet ? Theme::colors().text : Theme::colors().secondaryText);
+    button.setPalette(palette);
+}
+
+}  // namespace
+
+TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
+    : QWidget(parent),
+      environment_(environment),
+      stack_(new QStackedWidget(this)),
+      circle_(new TickButton(this)),
+      title_(new GrowingText(GrowingText::Lines::one, leastTitleLines, mostTitleLines, this)),
+      subtasks_(new SubtaskList(environment, this)),
+      details_(new GrowingText(GrowingText::Lines::many, leastDetailLines, mostDetailLines, this)),
+      history_(new QLabel(this)) {
+    setObjectName("taskDetail");
+    setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Base);
+    title_->setObjectName("taskTitle");
+    title_->setAccessibleName("Title");
+    title_->setPlaceholderText("Untitled task");
+    title_->setFont(Theme::font(TextRole::heading));
+    details_->setObjectName("taskDetails");
+    details_->setAccessibleName("Notes");
+    details_->setPlaceholderText("Add notes");
+    history_->setFont(Theme::font(TextRole::caption));
+    history_->setForegroundRole(QPalette::PlaceholderText);
+
+    auto* const area = new QScrollArea(this);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidget(makeForm());
+    stack_->addWidget(area);
+    stack_->addWidget(new EmptyState(
+        {"task",
+         "No task selected",
+         "Select a task to see its date, notes and subtasks. Space ticks it, D sets its date, M "
+         "moves it to a project."},
+        this));
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(stack_);
+
+    connect(circle_, &TickButton::clicked, this, [this] {
+        if (task_) emit ticked(*task_);
+    });
+    connect(title_, &GrowingText::settled, this, &TaskDetail::flush);
+    connect(title_, &GrowingText::entered, details_, [this] { details_->setFocus(); });
+    connect(details_, &GrowingText::settled, this, &TaskDetail::flush);
+    connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
+        const auto concerns = [](const ObjectChange& change) {
+            return change.entity == EntityKind::task || change.entity == EntityKind::project
+                   || change.entity == EntityKind::tag;
+        };
+        if (task_ && std::ranges::any_of(changes, concerns)) load();
+    });
+    connect(&environment, &AppEnvironment::calendarChanged, this, &TaskDetail::load);
+    showTask({});
+}
+
+QWidget* TaskDetail::makeForm() {
+    auto* const form = new QWidget(this);
+    auto* const close = new IconButton("close", "Close task", form);
+    auto* const head = new QHBoxLayout;
+    head->setSpacing(space::small);
+    head->addWidget(circle_, 0, Qt::AlignTop);
+    head->addWidget(title_, 1);
+    head->addWidget(close, 0, Qt::AlignTop);
+
+    auto* const layout = new QVBoxLayout(form);
+    layout->setContentsMargins(space::large, space::large, space::large, space::large);
+    layout->setSpacing(space::tiny);
+    layout->addLayout(head);
+    layout->addSpacing(space::small);
+    due_ = addField(*layout, "calendar", "Due date");
+    recurrence_ = addField(*layout, "repeat", "Repetition");
+    reminder_ = addField(*layout, "bell", "Reminder");
+    project_ = addField(*layout, "project", "Project");
+    addPriorities(*layout);
+    labels_ = new LabelsField([this] { return labelNames(); }, form);
+    layout->addLayout(formLine(form, "label", labels_));
+    note_ = addField(*layout, "note", "Linked note");
+    layout->addSpacing(space::medium);
+    layout->addWidget(sectionTitle("Subtasks", form));
+    layout->addWidget(subtasks_);
+    layout->addSpacing(space::medium);
+    layout->addWidget(sectionTitle("Notes", form));
+    layout->addWidget(details_);
+    layout->addStretch();
+    layout->addWidget(history_);
+
+    connect(close, &IconButton::clicked, this, &TaskDetail::closed);
+    connect(due_, &QPushButton::clicked, this, &TaskDetail::askDue);
+    connect(recurrence_, &QPushButton::clicked, this, &TaskDetail::askRecurrence);
+    connect(reminder_, &QPushButton::clicked, this, &TaskDetail::askReminder);
+    connect(project_, &QPushButton::clicked, this, &TaskDetail::askProject);
+    connect(note_, &QPushButton::clicked, this, [this] {
+        const CDTask* const task = find();
+        const CDNote* const note = task == nullptr ? nullptr : task->linkedNote.get();
+        if (note != nullptr) emit noteChosen(*note->id);
+    });
+    connect(labels_, &LabelsField::added, this, [this](const QString& label) {
+        change([&](CDTask& task) {
+            environment_.tasks().addLabel(environment_.context(), task, label.toStdString());
+        });
+    });
+    connect(labels_, &LabelsField::removed, this, [this](const QString& label) {
+        change([&](CDTask& task) {
+            for (CDTag* tag : task.labels.all()) {
+                if (tag->name == label.toStdString()) environment_.tasks().removeLabel(task, *tag);
+            }
+        });
+    });
+    return form;
+}
+
+QPushButton* TaskDetail::addField(QVBoxLayout& form, const QString& icon, const QString& name) {
+    auto* const button = new QPushButton(this);
+    button->setFlat(true);
+    button->setStyleSheet("text-align: left; padding: 4px 6px;");
+    button->setAccessibleName(name);
+    button->setToolTip(name);
+    button->setObjectName(QString(name).remove(' '));
+    button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    form.addLayout(formLine(this, icon, button));
+    return button;
+}
+
+void TaskDetail::addPriorities(QVBoxLayout& form) {
+    auto* const row = new QWidget(this);
+    auto* const buttons = new QHBoxLayout(row);
+    buttons->setContentsMargins(0, 0, 0, 0);
+    buttons->setSpacing(space::tiny);
+    priorities_ = new QButtonGroup(this);
+    for (const int number : {1, 2, 3, 4}) {
+        auto* const button = new QToolButton(row);
+        button->setCheckable(true);
+        button->setAutoRaise(true);
+        button->setText(number == 4 ? QString("None") : QString("P%1").arg(number));
+        button->setIcon(
+            icon(number == 4 ? "flag" : "flag-full", Theme::colors().priority[number - 1]));
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setAccessibleName(
+            number == 4 ? QString("No priority") : QString("Priority %1").arg(number));
+        buttons->addWidget(button);
+        priorities_->addButton(button, number);
+    }
+    buttons->addStretch();
+    form.addLayout(formLine(this, "flag", row));
+    connect(priorities_, &QButtonGroup::idClicked, this, [this](int number) {
+        change([&](CDTask& task) {
+            environment_.tasks().setPriority(task, static_cast<TaskPriority>(number));
+        });
+    });
+}
+
+// Showing
+
+CDTask* TaskDetail::find() const {
+    return task_ ? environment_.context().find<CDTask>(*task_) : nullptr;
+}
+
+void TaskDetail::showTask(const std::optional<Uuid>& task) {
+    if (task == task_ && task) return;
+    flush();
+    task_ = task;
+    title_->setShownText({});
+    details_->setShownText({});
+    load();
+}
+
+void TaskDetail::editTitle() {
+    title_->setFocus();
+    title_->moveCursor(QTextCursor::End);
+}
+
+void TaskDetail::load() {
+    const CDTask* const task = find();
+    stack_->setCurrentIndex(task == nullptr ? 1 : 0);
+    if (task == nullptr) {
+        task_.reset();
+        return;
+    }
+    if (!title_->isEdited()) {
+        title_->setShownText(QString::fromStdString(task->title.valueOr("")));
+    }
+    if (!details_->isEdited()) {
+        details_->setShownText(QString::fromStdString(task->details.valueOr("")));
+    }
+    loadFields(*task);
+    const bool isSubtask = task->parent != nullptr;
+    subtasks_->setVisible(!isSubtask);
+    if (!isSubtask) subtasks_->showSubtasks(*task);
+}
+
+void TaskDetail::loadFields(const CDTask& task) {
+    const TaskWords words(environment_.now(), environment_.calendar());
+    const auto priority = taskPriority(task.priority.valueOr(4));
+    const bool isCompleted = task.completedAt.get().has_value();
+    circle_->setTask(QString::fromStdString(task.title.valueOr("")), priority, isCompleted);
+    priorities_->button(static_cast<int>(priority))->setChecked(true);
+
+    const auto due = dueOf(task);
+    setValue(*due_, due ? words.longDue(*due) : QString(), "No date");
+    const auto rule = RecurrenceRule::fromStorageString(task.recurrenceRule.valueOr(""));
+    setValue(
+        *recurrence_,
+        rule ? QString::fromStdString(rule->description()) : QString(),
+        "Does not repeat");
+    const auto& reminder = task.reminderAt.get();
+    setValue(
+        *reminder_,
+        reminder ? words.longDue({.date = *reminder, .hasTime = true}) : QString(),
+        "No reminder");
+    const CDProject* const project = task.project;
+    setValue(
+        *project_,
+        project != nullptr ? QString::fromStdString(project->name.valueOr("")) : QString(),
+        "No project");
+    const CDNote* const note = task.linkedNote;
+    setValue(
+        *note_,
+        note != nullptr ? QString::fromStdString(note->title.valueOr("")) : QString(),
+        note != nullptr ? "Untitled note" : "No linked note");
+    note_->setEnabled(note != nullptr);
+
+    QStringList labels;
+    for (const std::string& label : tesserine::labelNames(task, environment_.collator())) {
+        labels += QString::fromStdString(label);
+    }
+    labels_->setLabels(labels);
+    const auto date = [&](Instant at) {
+        return QString::fromStdString(environment_.calendar().longDate(at));
+    };
+    QString history = "Created " + date(task.createdAt.valueOr({}));
+    if (isCompleted) history += " · Completed " + date(*task.completedAt);
+    history_->setText(history);
+}
+
+QStringList TaskDetail::labelNames() const {
+    QStringList names;
+    environment_.context().visitRows<CDTag>({.sort = {{"name"}}}, [&](const ListedRow& row) {
+        if (const auto name = row.get(&CDTag::name)) names += QString::fromStdString(*name);
+    });
+    return names;
+}
+
+// Changing
+
+bool TaskDetail::flush() {
+    CDTask* const task = find();
+    const bool isEdited = title_->isEdited() || details_->isEdited();
+    if (task == nullptr || !isEdited) return true;
+    try {
+        const std::string title = title_->toPlainText().simplified().toStdString();
+        if (title_->isEdited()) environment_.tasks().setTitle(*task, title);
+        if (details_->isEdited()) {
+            environment_.tasks().setDetails(*task, details_->toPlainText().toStdString());
+        }
+    } catch (const TaskError& error) {
+        showNotice(this, error.what());
+        return false;
+    }
+    title_->document()->setModified(false);
+    details_->document()->setModified(false);
+    return environment_.save(this);
+}
+
+void TaskDetail::change(const std::function<void(CDTask&)>& change) {
+    CDTask* const task = find();
+    if (task == nullptr) return;
+    change(*task);
+    environment_.save(this);
+}
+
+void TaskDetail::askDue() {
+    const CDTask* const task = find();
+    if (task == nullptr) return;
+    auto* const popup = WhenPopup::forDue(environment_, this);
+    connect(popup, &WhenPopup::picked, this, [this](const std::optional<TaskDue>& due) {
+        change([&](CDTask& changed) { environment_.tasks().setDue(changed, due); });
+    });
+    popup->open(due_->mapToGlobal(QPoint(0, due_->height())), task->dueDate);
+}
+
+void TaskDetail::askReminder() {
+    const CDTask* const task = find();
+    if (task == nullptr) return;
+    auto* const popup = WhenPopup::forReminder(environment_, dueOf(*task), this);
+    connect(popup, &WhenPopup::picked, this, [this](const std::optional<TaskDue>& when) {
+        const auto at =
+            when ? std::optional(reminderTime(*when, environment_.calendar())) : std::nullopt;
+        change([&](CDTask& changed) { environment_.tasks().setReminder(changed, at); });
+    });
+    popup->open(reminder_->mapToGlobal(QPoint(0, reminder_->height())), task->reminderAt);
+}
+
+void TaskDetail::askRecurrence() {
+    const CDTask* const task = find();
+    if (task == nullptr) return;
+    auto* const popup =
+        new RecurrencePopup(environment_.calendar(), task->dueDate, environment_.now(), this);
+    connect(popup, &RecurrencePopup::picked, this, [this](const auto& rule) {
+        change([&](CDTask& changed) {
+            if (rule) {
+                environment_.tasks().repeat(changed, *rule, environment_.calendar());
+            } else {
+                environment_.tasks().setRecurrence(changed, {});
+            }
+        });
+    });
+    popup->open(
+        recurrence_->mapToGlobal(QPoint(0, recurrence_->height())),
+        RecurrenceRule::fromStorageString(task->recurrenceRule.valueOr("")));
+}
+
+void TaskDetail::askProject() {
+    if (find() == nullptr) return;
+    auto* const picker = new ProjectPicker(environment_, window());
+    connect(picker, &ProjectPicker::projectChosen, this, [this](const Uuid& id) {
+        auto* const project = environment_.context().find<CDProject>(id);
+        if (project == nullptr) return;
+        change([&](CDTask& task) {
+            environment_.tasks().moveToProject(environment_.context(), task, *project);
+        });
+    });
+    picker->open();
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "base/Uuid.h"
+#include "core/tasks/TaskService.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class QButtonGroup;
+class QLabel;
+class QPushButton;
+class QStackedWidget;
+class QVBoxLayout;
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class GrowingText;
+class LabelsField;
+class SubtaskList;
+class TickButton;
+
+/// Everything that one task holds, to read and to change. What is typed is saved after a pause,
+/// when the field is left, and by `flush`.
+class TaskDetail final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit TaskDetail(AppEnvironment& environment, QWidget* parent = nullptr);
+
+    /// Another task; none shows a hint. Saves what was typed into the one before.
+    void showTask(const std::optional<Uuid>& task);
+    const std::optional<Uuid>& task() const { return task_; }
+    void editTitle();
+    /// Saves what was typed; false when it could not be saved.
+    bool flush();
+
+signals:
+    /// The circle was clicked.
+    void ticked(const tesserine::Uuid& task);
+    void noteChosen(const tesserine::Uuid& note);
+    void closed();
+
+private:
+    QWidget* makeForm();
+    QPushButton* addField(QVBoxLayout& form, const QString& icon, const QString& name);
+    void addPriorities(QVBoxLayout& form);
+
+    CDTask* find() const;
+    void load();
+    void loadFields(const CDTask& task);
+    /// Changes the task and saves it.
+    void change(const std::function<void(CDTask&)>& change);
+    void askDue();
+    void askReminder();
+    void askRecurrence();
+    void askProject();
+    QStringList labelNames() const;
+
+    AppEnvironment& environment_;
+    std::optional<Uuid> task_;
+    QStackedWidget* const stack_;
+    TickButton* const circle_;
+    GrowingText* const title_;
+    QPushButton* due_ = nullptr;
+    QPushButton* recurrence_ = nullptr;
+    QPushButton* reminder_ = nullptr;
+    QPushButton* project_ = nullptr;
+    QPushButton* note_ = nullptr;
+    QButtonGroup* priorities_ = nullptr;
+    LabelsField* labels_ = nullptr;
+    SubtaskList* const subtasks_;
+    GrowingText* const details_;
+    QLabel* const history_;
+};
+
+}  // namespace tesserine::app
