@@ -77,9 +77,21 @@ SearchResult resultOf(const Statement& row) {
         .isFavorite = row.integer(17) != 0};
 }
 
+/// Whether more documents match than are wanted, whatever the filters leave of them.
+bool matchesMore(SQLiteDatabase& index, const Search& search) {
+    Statement& next = index.cached("SELECT 1 FROM fts WHERE fts MATCH ? LIMIT 1 OFFSET ?");
+    next.bindText(1, *search.match);
+    next.bindInteger(2, search.limit);
+    const bool isMore = next.step();
+    next.reset();
+    return isMore;
+}
+
 void readInto(
     std::vector<SearchResult>& results, SQLiteDatabase& index, const Search& search, Instant now) {
-    Statement rows = prepared(index, searchStatement(search, now));
+    const bool isRankedFirst = isQuickerRankedFirst(search) && matchesMore(index, search);
+    Statement rows = prepared(
+        index, isRankedFirst ? rankedFirstStatement(search, now) : searchStatement(search, now));
     while (rows.step()) {
         results.push_back(resultOf(rows));
     }

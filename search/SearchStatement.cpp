@@ -2,6 +2,7 @@
 
 #include "search/SearchFilters.h"
 
+#include <algorithm>
 #include <array>
 #include <iterator>
 
@@ -67,10 +68,10 @@ BoundSQL conditions(const Search& search) {
     return where;
 }
 
-/// `relevance` is what a search for words, or a browse, sorts by.
-BoundSQL order(SearchSort sort, const BoundSQL& relevance) {
-    if (sort == SearchSort::newest) return {"\nORDER BY docs.updated DESC"};
-    if (sort == SearchSort::oldest) return {"\nORDER BY docs.updated ASC"};
+/// `relevance` is what a search for words, or a browse, sorts by; `table` has the other column.
+BoundSQL order(SearchSort sort, const BoundSQL& relevance, const std::string& table = "docs") {
+    if (sort == SearchSort::newest) return {"\nORDER BY " + table + ".updated DESC"};
+    if (sort == SearchSort::oldest) return {"\nORDER BY " + table + ".updated ASC"};
     BoundSQL order{"\nORDER BY "};
     append(order, relevance);
     return order;
@@ -101,6 +102,28 @@ BoundSQL matchStatement(const Search& search, Instant now) {
     return statement;
 }
 
+/// Whether an expression asks for whole words only, not for the beginnings of some nor for words
+/// next to each other, as those of "wi-fi" are.
+bool holdsOnlyWords(std::string_view expression) {
+    bool isQuoted = false;
+    return std::ranges::all_of(expression, [&](char c) {
+        if (c == '"') isQuoted = !isQuoted;
+        if (!isQuoted || c == '"') return c != '*';
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')
+               || static_cast<unsigned char>(c) >= 0x80;
+    });
+}
+
+/// The score, without looking again for what matched already.
+BoundSQL quickScore(const Search& search, Instant now) {
+    if (search.strict != search.match) return score(search, now);
+    Search others = search;
+    others.strict.reset();
+    BoundSQL score = tesserine::score(others, now);
+    score.sql += " - 1.5";
+    return score;
+}
+
 BoundSQL browseStatement(const Search& search) {
     BoundSQL statement{
         "SELECT docs.uid, docs.kind, docs.title, docs.notebook, docs.tags, docs.created,\n"
@@ -122,6 +145,37 @@ BoundSQL browseStatement(const Search& search) {
 
 BoundSQL searchStatement(const Search& search, Instant now) {
     return search.match ? matchStatement(search, now) : browseStatement(search);
+}
+
+bool isQuickerRankedFirst(const Search& search) {
+    constexpr std::int64_t largestLimit = 500;
+    return search.match && search.limit <= largestLimit && holdsOnlyWords(*search.match);
+}
+
+BoundSQL rankedFirstStatement(const Search& search, Instant now) {
+    BoundSQL statement{
+        "SELECT top.uid, top.kind, top.title, top.notebook, top.tags, top.created,\n"
+        "       top.updated, top.has_attach,\n"
+        "       "
+        + snippet("fts", 1, 14) + ",\n       top.score,\n       " + highlighted("fts", 0)
+        + ", top.latitude, top.longitude,\n       " + highlighted("fts", 2) + ",\n       "
+        + highlighted("fts", 3) + ",\n       " + highlighted("fts", 4)
+        + ",\n       top.trashed, top.favorite\n"
+          "FROM fts CROSS JOIN (\n"
+          "SELECT docs.rowid AS place, docs.uid AS uid, docs.kind AS kind, docs.title AS title,\n"
+          "       docs.notebook AS notebook, docs.tags AS tags, docs.created AS created,\n"
+          "       docs.updated AS updated, docs.has_attach AS has_attach,\n"
+          "       docs.latitude AS latitude, docs.longitude AS longitude,\n"
+          "       docs.trashed AS trashed, docs.favorite AS favorite,\n       "};
+    append(statement, quickScore(search, now));
+    statement.sql += " AS score\nFROM fts JOIN docs ON docs.rowid = fts.rowid";
+    append(statement, conditions(search));
+    append(statement, order(search.sort, {"score, docs.updated DESC, docs.uid ASC"}));
+    appendLimit(statement, search.limit);
+    // Without the plus, SQLite would run the match anew for each of the rows.
+    append(statement, {"\n) AS top ON top.place = +fts.rowid\nWHERE fts MATCH ?", {*search.match}});
+    append(statement, order(search.sort, {"top.score, top.updated DESC, top.uid ASC"}, "top"));
+    return statement;
 }
 
 BoundSQL countStatement(const Search& search) {

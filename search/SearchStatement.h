@@ -47,6 +47,13 @@ inline constexpr std::string_view close = "]\u2062";
 /// longitude, highlighted tags, highlighted notebook, highlighted attachments, trashed, favorite.
 BoundSQL searchStatement(const Search& search, Instant now);
 
+/// The same rows for a search for words, which is ranked before anything is marked: quicker when
+/// more rows match than are wanted, since marking a row takes longer than ranking it.
+BoundSQL rankedFirstStatement(const Search& search, Instant now);
+/// What is looked for is looked for twice there, which does not pay for phrases, for beginnings of
+/// words, nor for a large limit.
+bool isQuickerRankedFirst(const Search& search);
+
 /// How many rows of `search` there are, counted no further than its limit.
 BoundSQL countStatement(const Search& search);
 
