@@ -47,6 +47,16 @@ constexpr auto jobs = std::to_array<Job>({
      [](const Arguments& arguments) {
          return taskJobs(arguments.folder / "bench-tasks", arguments.noteCount, arguments.rounds);
      }},
+    {"import",
+     [](const Arguments& arguments) {
+         return importJobs(
+             arguments.folder / "bench-import", arguments.noteCount, arguments.rounds);
+     }},
+    {"export",
+     [](const Arguments& arguments) {
+         return exportJobs(
+             arguments.folder / "bench-export", arguments.noteCount, arguments.rounds);
+     }},
     {"index",
      [](const Arguments& arguments) {
          return indexJobs(

@@ -126,7 +126,7 @@ void Session::forEachNote(ENEXReader::Files use, const Take& take) const {
 /// Counts what is there before anything is written: links lead to notes that come later, and what
 /// is in the library at the end is compared with what was read here.
 void Session::scan() {
-    forEachNote(ENEXReader::Files::drop, [&](const ENEXNote& note, const auto&) {
+    forEachNote(ENEXReader::Files::digests, [&](const ENEXNote& note, const auto&) {
         if (!note.failure) titles_.add(digests_.size(), note.title);
         digests_.push_back(digestsOf(note));
     });
@@ -138,7 +138,7 @@ ImportReport Session::run() {
     NoteLinks links(expectedIDs(run.seed()));
     Reconciliation reconciliation;
     std::size_t done = 0;
-    forEachNote(ENEXReader::Files::keep, [&](ENEXNote note, const std::filesystem::path& file) {
+    forEachNote(ENEXReader::Files::content, [&](ENEXNote note, const std::filesystem::path& file) {
         if (done == digests_.size()) {
             run.addFailure(nameOf(file), changed);
             return;
@@ -212,7 +212,7 @@ ImportedNote Session::importNote(
 ImportPreview Session::preview() {
     ImportPreviewRun preview(context_, environment_, options_);
     std::size_t done = 0;
-    forEachNote(ENEXReader::Files::drop, [&](ENEXNote note, const std::filesystem::path& file) {
+    forEachNote(ENEXReader::Files::names, [&](ENEXNote note, const std::filesystem::path& file) {
         lookAt(preview, std::move(note), file);
         report(++done, preview.last().title);
     });

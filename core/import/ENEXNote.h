@@ -36,7 +36,8 @@ struct ENEXResource {
         tooLarge,  ///< for the library
     };
 
-    std::string md5{};  ///< of its bytes, in hexadecimal digits, by which the text names it
+    // Of its bytes; which of the two is there depends on what the reader was asked for.
+    std::string md5{};  ///< in hexadecimal digits: how the text names the file
     SHA256Digest digest{};
     std::uint64_t byteCount = 0;
     State state = State::whole;

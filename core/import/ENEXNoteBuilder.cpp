@@ -108,8 +108,11 @@ ENEXNoteBuilder::Part ENEXNoteBuilder::take(std::string& text) {
 }
 
 void ENEXNoteBuilder::takeData() {
-    md5_.update(decoded_);
-    sha256_.update(decoded_);
+    if (files_ == ENEXReader::Files::digests) {
+        sha256_.update(decoded_);
+    } else {
+        md5_.update(decoded_);
+    }
     keep(decoded_);
     decoded_.clear();
 }
@@ -121,7 +124,7 @@ void ENEXNoteBuilder::keep(std::span<const std::uint8_t> bytes) {
     if (resource.byteCount > limits::attachmentBytes) {
         resource.state = ENEXResource::State::tooLarge;
         note_.files.truncate(resource.offset);
-    } else if (files_ == ENEXReader::Files::keep) {
+    } else if (files_ == ENEXReader::Files::content) {
         note_.files.append(bytes);
     }
 }

@@ -27,9 +27,11 @@ public:
     /// After so many places that cannot be read the rest of the file is given up.
     static constexpr std::size_t mostFailures = 1'000;
 
+    /// What is wanted of the files besides their sizes and names.
     enum class Files {
-        keep,
-        drop,  ///< only their sizes and digests are wanted
+        content,  ///< their bytes, and the MD5 digests by which the text names them
+        names,    ///< these digests only
+        digests,  ///< their SHA-256 digests only
     };
     /// Opens a regular file. Throws `FileError`.
     ENEXReader(const std::filesystem::path& file, Files files);

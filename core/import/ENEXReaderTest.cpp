@@ -18,7 +18,7 @@ public:
     /// each that failed, each on its line.
     std::string read(const std::string& content) const {
         test::putContent(path(), content);
-        ENEXReader reader(path(), ENEXReader::Files::keep);
+        ENEXReader reader(path(), ENEXReader::Files::content);
         std::string text;
         while (const auto note = reader.next()) {
             text += note->title + (note->failure ? ": " + *note->failure : "") + "\n";
@@ -45,8 +45,8 @@ TEST_F(ENEXReaderTest, OtherFilesAreRefusedByName) {
         SCOPED_TRACE(content.substr(0, 20));
         EXPECT_EQ(read(content), refused);
     }
-    EXPECT_THROW(ENEXReader(folder.path() / "none.enex", ENEXReader::Files::keep), FileError);
-    EXPECT_THROW(ENEXReader(folder.path(), ENEXReader::Files::keep), FileError);
+    EXPECT_THROW(ENEXReader(folder.path() / "none.enex", ENEXReader::Files::content), FileError);
+    EXPECT_THROW(ENEXReader(folder.path(), ENEXReader::Files::content), FileError);
 }
 
 TEST_F(ENEXReaderTest, DeclaredEntitiesAreRefusedBeforeTheyAreUsed) {
@@ -134,7 +134,7 @@ TEST_F(ENEXReaderTest, BytesThatNoXMLMayHoldAreReplacedAndSaid) {
         // Pieces of the file end everywhere in what follows.
         const std::string padding = "<!--" + std::string(65'536 - 700 - shift * 3, 'x') + "-->";
         test::putContent(path(), enexFile(padding + enexNote("One", "é") + enexNote("Two", bad)));
-        ENEXReader reader(path(), ENEXReader::Files::keep);
+        ENEXReader reader(path(), ENEXReader::Files::content);
         const auto one = reader.next();
         EXPECT_FALSE(one->failure);
         EXPECT_THAT(one->content, testing::HasSubstr(">é<"));
@@ -184,7 +184,7 @@ TEST_F(ENEXReaderTest, FilesAreDecodedAsTheyStreamBy) {
         const std::string rest = "<resource><data encoding=\"base64\">" + data
                                  + "</data></resource>" + resource("next", "next.txt");
         test::putContent(path(), enexFile(enexNote("One", "", rest)));
-        ENEXReader reader(path(), ENEXReader::Files::keep);
+        ENEXReader reader(path(), ENEXReader::Files::content);
         const auto note = reader.next();
         ASSERT_EQ(note->resources.size(), 2U);
         const ENEXResource& first = note->resources[0];
@@ -193,7 +193,8 @@ TEST_F(ENEXReaderTest, FilesAreDecodedAsTheyStreamBy) {
             EXPECT_EQ(first.byteCount, bytes.size());
             EXPECT_EQ(textOf(note->files.read(first.offset, bytes.size())), bytes);
             EXPECT_EQ(first.md5, test::md5(bytes));
-            EXPECT_EQ(first.digest, sha256(bytesOf(bytes)));
+            ENEXReader again(path(), ENEXReader::Files::digests);
+            EXPECT_EQ(again.next()->resources[0].digest, sha256(bytesOf(bytes)));
         }
         const ENEXResource& second = note->resources[1];
         EXPECT_EQ(textOf(note->files.read(second.offset, 4)), "next");

@@ -4,6 +4,7 @@
 #include "base/UTF8.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace tesserine {
 namespace {
@@ -22,6 +23,23 @@ std::size_t unfinishedSuffix(std::string_view bytes) {
 
 bool isForbidden(char c) {
     return static_cast<std::uint8_t>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+}
+
+/// The place of the next byte below 0x20 from `at` on; line ends are among them. Looks at eight
+/// bytes at once.
+std::size_t nextControl(std::string_view text, std::size_t at) {
+    constexpr std::uint64_t ones = 0x0101'0101'0101'0101;
+    const auto isControl = [](char c) { return static_cast<std::uint8_t>(c) < 0x20; };
+    for (; at + 8 <= text.size(); at += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data() + at, sizeof word);
+        // A byte below 0x20 borrows from its highest bit, which it does not have itself.
+        if (((word - ones * 0x20) & ~word & (ones * 0x80)) != 0) break;
+    }
+    while (at < text.size() && !isControl(text[at])) {
+        ++at;
+    }
+    return at;
 }
 
 }  // namespace
@@ -62,10 +80,9 @@ void XMLCleaner::replaceBadUTF8(std::string& piece) {
 }
 
 void XMLCleaner::replaceControls(std::string& piece) {
-    auto found = std::ranges::find_if(piece, isForbidden);
-    while (found != piece.end()) {
-        replace(piece, static_cast<std::size_t>(found - piece.begin()), 1, ' ');
-        found = std::find_if(found, piece.end(), isForbidden);
+    for (std::size_t at = nextControl(piece, 0); at < piece.size();
+         at = nextControl(piece, at + 1)) {
+        if (isForbidden(piece[at])) replace(piece, at, 1, ' ');
     }
 }
 
