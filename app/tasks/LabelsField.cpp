@@ -50,7 +50,7 @@ private:
         painter.drawText(inner, Qt::AlignLeading | Qt::AlignVCenter, text());
         const QRect cross(
             inner.right() - crossSide + 1, (height() - crossSide) / 2, crossSide, crossSide);
-        icon("close", Ink::secondary)
+        app::icon("close", Ink::secondary)
             .paint(&painter, QStyle::visualRect(layoutDirection(), rect(), cross));
     }
 };

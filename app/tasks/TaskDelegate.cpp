@@ -49,6 +49,14 @@ QPainterPath tick(const QRectF& area, double progress) {
 
 }  // namespace
 
+void paintTitleText(QPainter& painter, const QRect& area, const QString& title) {
+    const Qt::LayoutDirection before = painter.layoutDirection();
+    painter.setLayoutDirection(title.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    const QString shown = painter.fontMetrics().elidedText(title, Qt::ElideRight, area.width());
+    painter.drawText(area, Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter, shown);
+    painter.setLayoutDirection(before);
+}
+
 void paintTickCircle(
     QPainter& painter, const QRectF& area, TaskPriority priority, double progress) {
     const Colors& colors = Theme::colors();
@@ -216,10 +224,7 @@ void TaskDelegate::paintTitle(QPainter& painter, const QRect& area, const TaskRo
     painter.setFont(font);
     const bool isQuiet = row.isCompleted || row.title.simplified().isEmpty();
     painter.setPen(isQuiet ? colors.secondaryText : colors.text);
-    const QString title = shownTitle(row.title);
-    painter.setLayoutDirection(title.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
-    const QString shown = QFontMetrics(font).elidedText(title, Qt::ElideRight, area.width());
-    painter.drawText(area, Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter, shown);
+    paintTitleText(painter, area, shownTitle(row.title));
 }
 
 void TaskDelegate::paintPieces(QPainter& painter, const QRect& area, const TaskRow& row) const {

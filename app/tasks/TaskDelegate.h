@@ -59,6 +59,10 @@ private:
     Progress progress_;
 };
 
+/// Draws a title in one line with the painter's font and pen, at the left whatever its script; one
+/// that is too long ends with "…" where its script ends.
+void paintTitleText(QPainter& painter, const QRect& area, const QString& title);
+
 /// A circle to tick, coloured by the priority; `progress` 0 is open, 1 is done.
 void paintTickCircle(QPainter& painter, const QRectF& area, TaskPriority priority, double progress);
 

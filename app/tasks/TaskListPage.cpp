@@ -1,22 +1,15 @@
 #include "app/tasks/TaskListPage.h"
 
 #include "app/look/EmptyState.h"
-#include "app/look/Icon.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
-#include "app/tasks/ProjectPicker.h"
 #include "app/tasks/QuickAddBar.h"
+#include "app/tasks/TaskActions.h"
 #include "app/tasks/TaskListModel.h"
 #include "app/tasks/TaskListView.h"
-#include "app/tasks/TaskWords.h"
-#include "app/tasks/UndoBar.h"
-#include "app/tasks/WhenPopup.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMenu>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -72,18 +65,17 @@ std::string nameOf(const std::optional<std::string>& name) { return name.value_o
 
 }  // namespace
 
-TaskListPage::TaskListPage(AppEnvironment& environment, QWidget* parent)
+TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QWidget* parent)
     : QWidget(parent),
       environment_(environment),
-      commands_(environment, this),
+      actions_(actions),
       model_(new TaskListModel(environment, this)),
       title_(new QLabel(this)),
       count_(new QLabel(this)),
       bar_(new QuickAddBar(environment, this)),
       list_(new TaskListView(environment, *model_, this)),
       empty_(new EmptyState({"today", {}, {}}, this)),
-      stack_(new QStackedWidget(this)),
-      undo_(new UndoBar(this)) {
+      stack_(new QStackedWidget(this)) {
     setObjectName("taskListPage");
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
@@ -106,30 +98,31 @@ TaskListPage::TaskListPage(AppEnvironment& environment, QWidget* parent)
     layout->addLayout(head);
     layout->addWidget(bar_);
     layout->addWidget(stack_, 1);
-    layout->addWidget(undo_);
 
     for (const auto signal :
          {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
         connect(model_, signal, this, &TaskListPage::updateState);
     }
     connect(model_, &QAbstractItemModel::modelReset, this, &TaskListPage::updateState);
-    connect(list_, &TaskListView::ticked, this, [this](const Uuid& task) { tick({task}); });
+    connect(
+        list_, &TaskListView::ticked, this, [this](const Uuid& task) { actions_.tick({task}); });
+    connect(&actions_, &TaskActions::completing, list_, &TaskListView::drawTicks);
     connect(list_, &TaskListView::opened, this, &TaskListPage::opened);
     connect(list_, &TaskListView::chosen, this, &TaskListPage::chosen);
     connect(list_, &TaskListView::placed, this, &TaskListPage::place);
     connect(list_, &TaskListView::movedToDay, this, [this](const auto& tasks, Instant day) {
-        commands_.setDue(tasks, TaskDue{.date = day});
+        actions_.commands().setDue(tasks, TaskDue{.date = day});
     });
     list_->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(list_, &QWidget::customContextMenuRequested, this, &TaskListPage::showMenu);
+    connect(list_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
+        actions_.showMenu(selectedTasks(), list_->viewport()->mapToGlobal(at));
+    });
     connect(bar_, &QuickAddBar::created, list_, &TaskListView::selectTask);
     connect(bar_, &QuickAddBar::left, list_, [this] { list_->setFocus(); });
-    connect(undo_, &UndoBar::undone, this, [this] { commands_.undo(lastCompletion_); });
     connect(&environment, &AppEnvironment::calendarChanged, this, [this] { updateState(); });
 }
 
 void TaskListPage::showPlace(const Place& place) {
-    undo_->hide();
     useView(place);
     empty_->setContent(emptyContent(model_->view()));
     updateState();
@@ -180,77 +173,9 @@ void TaskListPage::updateState() {
 
 std::vector<Uuid> TaskListPage::selectedTasks() const { return list_->selectedTasks(); }
 
-void TaskListPage::tick(const std::vector<Uuid>& tasks) {
-    std::vector<Uuid> open;
-    for (const Uuid& id : tasks) {
-        const auto* task = environment_.context().find<CDTask>(id);
-        if (task != nullptr && !task->completedAt) open.push_back(id);
-    }
-    if (open.empty()) {
-        commands_.reopen(tasks);
-        return;
-    }
-    list_->drawTicks(open);
-    lastCompletion_ = commands_.complete(open);
-    undo_->offer(lastCompletion_.sentence());
-}
-
-void TaskListPage::tickSelected() { tick(selectedTasks()); }
-
-void TaskListPage::openSelected() {
-    const auto tasks = selectedTasks();
-    if (!tasks.empty()) emit opened(tasks.front());
-}
-
 QPoint TaskListPage::placeOfCurrent() const {
     const QRect line = list_->visualRect(list_->currentIndex());
     return list_->viewport()->mapToGlobal(line.bottomLeft() + QPoint(space::vast, 0));
-}
-
-void TaskListPage::askDue() {
-    const auto tasks = selectedTasks();
-    if (tasks.empty()) return;
-    const auto* first = environment_.context().find<CDTask>(tasks.front());
-    auto* const popup = WhenPopup::forDue(environment_, this);
-    connect(popup, &WhenPopup::picked, this, [this, tasks](const std::optional<TaskDue>& due) {
-        commands_.setDue(tasks, due);
-    });
-    popup->open(placeOfCurrent(), first == nullptr ? std::nullopt : first->dueDate.get());
-}
-
-void TaskListPage::askProject() {
-    const auto tasks = selectedTasks();
-    if (tasks.empty()) return;
-    auto* const picker = new ProjectPicker(environment_, window());
-    connect(picker, &ProjectPicker::projectChosen, this, [this, tasks](const Uuid& project) {
-        commands_.move(tasks, project);
-    });
-    picker->open();
-}
-
-void TaskListPage::setPriority(TaskPriority priority) {
-    commands_.setPriority(selectedTasks(), priority);
-}
-
-void TaskListPage::removeSelected() {
-    const auto tasks = selectedTasks();
-    if (tasks.empty()) return;
-    const QModelIndex first = model_->indexOf(tasks.front());
-    const QString what = tasks.size() == 1
-                             ? QString("“%1”").arg(shownTitle(model_->line(first).title))
-                             : QString("%1 tasks").arg(tasks.size());
-    auto* const question = new QMessageBox(
-        QMessageBox::NoIcon,
-        "Delete tasks",
-        QString("Delete %1 and the subtasks below?").arg(what),
-        QMessageBox::Cancel,
-        this);
-    question->setObjectName("deleteTasks");
-    question->setAttribute(Qt::WA_DeleteOnClose);
-    question->setInformativeText("Tasks do not go to the trash. This cannot be undone.");
-    auto* const button = question->addButton("Delete Permanently", QMessageBox::DestructiveRole);
-    connect(button, &QPushButton::clicked, this, [this, tasks] { commands_.remove(tasks); });
-    question->open();
 }
 
 void TaskListPage::place(const std::vector<Uuid>& tasks, const std::optional<Uuid>& before) {
@@ -276,32 +201,7 @@ void TaskListPage::place(const std::vector<Uuid>& tasks, const std::optional<Uui
         if (task != nullptr && task->parent == parent) order.push_back(line.id);
     }
     put();
-    commands_.reorder(order);
-}
-
-void TaskListPage::showMenu(const QPoint& place) {
-    if (selectedTasks().empty()) return;
-    auto* const menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(icon("task-done"), "Complete or Reopen", this, &TaskListPage::tickSelected);
-    menu->addAction(icon("open"), "Open", this, &TaskListPage::openSelected);
-    menu->addAction(icon("calendar"), "Due Date…", this, &TaskListPage::askDue);
-    menu->addAction(icon("project"), "Move to Project…", this, &TaskListPage::askProject);
-    QMenu* const priorities = menu->addMenu(icon("flag"), "Priority");
-    for (const int number : {1, 2, 3, 4}) {
-        const auto priority = static_cast<TaskPriority>(number);
-        const QString title = number == 4 ? QString("None") : QString("Priority %1").arg(number);
-        const QString name = number == 4 ? "flag" : "flag-full";
-        priorities->addAction(
-            icon(name, Theme::colors().priority[number - 1]), title, this, [this, priority] {
-                setPriority(priority);
-            });
-    }
-    menu->addAction(
-        icon("duplicate"), "Duplicate", this, [this] { commands_.duplicate(selectedTasks()); });
-    menu->addSeparator();
-    menu->addAction(icon("trash", Ink::danger), "Delete…", this, &TaskListPage::removeSelected);
-    menu->popup(list_->viewport()->mapToGlobal(place));
+    actions_.commands().reorder(order);
 }
 
 }  // namespace tesserine::app

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "app/state/Place.h"
-#include "app/tasks/TaskCommands.h"
+#include "base/Uuid.h"
 
 #include <QWidget>
 
 #include <optional>
+#include <vector>
 
 class QLabel;
 class QStackedWidget;
@@ -15,17 +16,16 @@ namespace tesserine::app {
 class AppEnvironment;
 class EmptyState;
 class QuickAddBar;
+class TaskActions;
 class TaskListModel;
 class TaskListView;
-class UndoBar;
 
-/// One view of tasks: its name, the quick-add bar, the list or what teaches how to fill it, and the
-/// offer to undo.
+/// One view of tasks: its name, the quick-add bar, the list or what teaches how to fill it.
 class TaskListPage final : public QWidget {
     Q_OBJECT
 
 public:
-    explicit TaskListPage(AppEnvironment& environment, QWidget* parent = nullptr);
+    TaskListPage(AppEnvironment& environment, TaskActions& actions, QWidget* parent = nullptr);
 
     /// Shows the tasks of inbox, today, upcoming, allTasks, completed, a project or a label. A
     /// project or label that is gone shows the inbox.
@@ -34,16 +34,8 @@ public:
     QuickAddBar& quickAdd() const { return *bar_; }
     TaskListView& list() const { return *list_; }
     std::vector<Uuid> selectedTasks() const;
-
-public slots:
-    /// Completes the selected tasks when one of them is open, otherwise reopens them.
-    void tickSelected();
-    void openSelected();
-    void askDue();
-    void askProject();
-    void setPriority(tesserine::TaskPriority priority);
-    /// Asks before it deletes.
-    void removeSelected();
+    /// Below the current line, for a pop-up about it.
+    QPoint placeOfCurrent() const;
 
 signals:
     /// The task is to be shown with all it holds; none: nothing or several are selected.
@@ -53,14 +45,11 @@ signals:
 
 private:
     void useView(const Place& place);
-    void tick(const std::vector<Uuid>& tasks);
     void place(const std::vector<Uuid>& tasks, const std::optional<Uuid>& before);
     void updateState();
-    void showMenu(const QPoint& place);
-    QPoint placeOfCurrent() const;
 
     AppEnvironment& environment_;
-    TaskCommands commands_;
+    TaskActions& actions_;
     TaskListModel* const model_;
     QLabel* const title_;
     QLabel* const count_;
@@ -68,8 +57,6 @@ private:
     TaskListView* const list_;
     EmptyState* const empty_;
     QStackedWidget* const stack_;
-    UndoBar* const undo_;
-    Completion lastCompletion_;
 };
 
 }  // namespace tesserine::app

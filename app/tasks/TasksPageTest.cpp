@@ -1,15 +1,24 @@
-#include "app/tasks/TaskListPage.h"
+#include "app/tasks/TasksPage.h"
 
+#include "app/commands/Commands.h"
 #include "app/look/EmptyState.h"
 #include "app/state/WindowFixture.h"
+#include "app/tasks/CalendarGrid.h"
+#include "app/tasks/CalendarPage.h"
+#include "app/tasks/GrowingText.h"
+#include "app/tasks/LabelsField.h"
 #include "app/tasks/QuickAddBar.h"
+#include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskListModel.h"
+#include "app/tasks/TaskListPage.h"
 #include "app/tasks/TaskListView.h"
 #include "app/tasks/WhenPopup.h"
 
 #include <QApplication>
 #include <QDropEvent>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -18,11 +27,11 @@
 namespace tesserine::app {
 namespace {
 
-class TaskListPageTest : public test::WindowFixture {
+class TasksPageTest : public test::WindowFixture {
 public:
-    TaskListPageTest() {
+    TasksPageTest() {
         environment->preferences().set("tesserine.reduceMotion", true);
-        page.resize(520, 640);
+        page.resize(1000, 700);
     }
     void show(Place::Kind kind) {
         page.showPlace({.kind = kind});
@@ -55,24 +64,32 @@ public:
         QApplication::sendEvent(list.viewport(), &event);
     }
 
-    TaskListPage page{*environment};
-    TaskListView& list{page.list()};
+    std::string undoSentence() {
+        return page.findChild<QLabel*>("undoSentence")->text().toStdString();
+    }
+    /// The text that a field of the task beside the list shows.
+    std::string field(const char* name) {
+        return page.detail().findChild<QPushButton*>(name)->text().toStdString();
+    }
+
+    Commands commands{environment->preferences()};
+    TasksPage page{*environment, commands};
+    TaskListView& list{page.listPage().list()};
 };
 
-TEST_F(TaskListPageTest, AClickOnTheCircleCompletesAndUndoBringsBack) {
+TEST_F(TasksPageTest, AClickOnTheCircleCompletesAndUndoBringsBack) {
     CDTask& task = addTask("Plan the year");
     addTask("Other");
     show(Place::Kind::inbox);
     QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, circleOf(task));
     EXPECT_EQ(titles(), "Other");
-    EXPECT_EQ(
-        page.findChild<QLabel*>("undoSentence")->text().toStdString(), "Completed “Plan the year”");
+    EXPECT_EQ(undoSentence(), "Completed “Plan the year”");
     QTest::mouseClick(page.findChild<QPushButton*>("undo"), Qt::LeftButton);
     EXPECT_EQ(titles(), "Plan the year | Other");
     EXPECT_FALSE(page.findChild<QWidget*>("undoBar")->isVisible());
 }
 
-TEST_F(TaskListPageTest, TheTickIsDrawnBeforeTheLineGoes) {
+TEST_F(TasksPageTest, TheTickIsDrawnBeforeTheLineGoes) {
     environment->preferences().set("tesserine.reduceMotion", false);
     CDTask& task = addTask("Plan");
     show(Place::Kind::inbox);
@@ -82,19 +99,19 @@ TEST_F(TaskListPageTest, TheTickIsDrawnBeforeTheLineGoes) {
     EXPECT_TRUE(waitUntil([&] { return titles().empty(); }));
 }
 
-TEST_F(TaskListPageTest, ActsOnAllThatIsSelected) {
+TEST_F(TasksPageTest, ActsOnAllThatIsSelected) {
     const CDTask& a = addTask("a");
     const CDTask& b = addTask("b");
     const CDTask& c = addTask("c");
     show(Place::Kind::inbox);
     list.selectTask(*a.id);
     QTest::keyClick(&list, Qt::Key_Down, Qt::ShiftModifier);
-    page.setPriority(TaskPriority::p2);
+    QTest::keyClick(&list, Qt::Key_2);
     EXPECT_EQ(a.priority, 2);
     EXPECT_EQ(b.priority, 2);
     EXPECT_EQ(c.priority, 4);
 
-    page.askDue();
+    QTest::keyClick(&list, Qt::Key_D);
     auto* const popup = page.findChild<WhenPopup*>();
     ASSERT_NE(popup, nullptr);
     QTest::keyClicks(popup->focusWidget(), "next friday 3pm");
@@ -102,18 +119,19 @@ TEST_F(TaskListPageTest, ActsOnAllThatIsSelected) {
     EXPECT_EQ(b.dueDate->iso(), "2026-03-27T15:00:00.000Z");
     EXPECT_EQ(a.dueDate, b.dueDate);
 
-    page.removeSelected();
+    QTest::keyClick(&list, Qt::Key_Delete);
     auto* const question = page.findChild<QMessageBox*>("deleteTasks");
     ASSERT_NE(question, nullptr);
     question->button(QMessageBox::Cancel)->click();
     EXPECT_EQ(titles(), "a | b | c");
     settle();
-    page.tickSelected();
+    QApplication::setActiveWindow(&page);
+    QTest::keyClick(&list, Qt::Key_Space);
     EXPECT_EQ(titles(), "c");
-    EXPECT_EQ(page.findChild<QLabel*>("undoSentence")->text().toStdString(), "Completed 2 tasks");
+    EXPECT_EQ(undoSentence(), "Completed 2 tasks");
 }
 
-TEST_F(TaskListPageTest, DraggedTasksTakeTheirNewPlace) {
+TEST_F(TasksPageTest, DraggedTasksTakeTheirNewPlace) {
     CDTask& a = addTask("a");
     CDTask& b = addTask("b");
     addTask("c");
@@ -137,22 +155,178 @@ TEST_F(TaskListPageTest, DraggedTasksTakeTheirNewPlace) {
     EXPECT_EQ(a.dueDate->iso(), "2026-03-18T08:00:00.000Z") << "its time is kept";
 }
 
-TEST_F(TaskListPageTest, TheBarAddsToTheListThatIsShown) {
+TEST_F(TasksPageTest, TheBarAddsToTheListThatIsShown) {
     show(Place::Kind::today);
-    EXPECT_TRUE(page.findChild<EmptyState*>()->isVisible());
-    page.quickAdd().begin("Water plants");
-    QTest::keyClick(page.quickAdd().focusProxy(), Qt::Key_Return);
+    EXPECT_TRUE(page.listPage().findChild<EmptyState*>()->isVisible());
+    page.beginTask("Water plants");
+    QTest::keyClick(page.listPage().quickAdd().focusProxy(), Qt::Key_Return);
     EXPECT_EQ(titles(), "Today, Saturday 14 March | Water plants");
-    EXPECT_EQ(page.selectedTasks().size(), 1U) << "what was added is at hand";
-    EXPECT_FALSE(page.findChild<EmptyState*>()->isVisible());
+    EXPECT_EQ(list.selectedTasks().size(), 1U) << "what was added is at hand";
+    EXPECT_FALSE(page.listPage().findChild<EmptyState*>()->isVisible());
 
     CDProject& garden = environment->projects().create(context(), "Garden");
     context().save();
     page.showPlace({.kind = Place::Kind::project, .id = *garden.id});
-    page.quickAdd().begin("Rake leaves");
-    QTest::keyClick(page.quickAdd().focusProxy(), Qt::Key_Return);
+    page.beginTask("Rake leaves");
+    QTest::keyClick(page.listPage().quickAdd().focusProxy(), Qt::Key_Return);
     EXPECT_EQ(titles(), "Rake leaves");
     EXPECT_EQ(garden.tasks.count(), 1U);
+}
+
+TEST_F(TasksPageTest, TheTaskBesideTheListTellsAndTakesEverything) {
+    CDTask& task = addTask("Plan the trip tomorrow 9am #Travel @people");
+    CDNote& note = addNote("Lisbon");
+    task.linkedNote = &note;
+    context().save();
+    show(Place::Kind::upcoming);
+    list.selectTask(*task.id);
+    EXPECT_EQ(field("Duedate"), "Tomorrow, Sunday 15 March at 09:00");
+    EXPECT_EQ(field("Repetition"), "Does not repeat");
+    EXPECT_EQ(field("Reminder"), "No reminder");
+    EXPECT_EQ(field("Project"), "Travel");
+    EXPECT_EQ(field("Linkednote"), "Lisbon");
+
+    QTest::keyClick(&list, Qt::Key_Return);
+    auto* const title = page.findChild<GrowingText*>("taskTitle");
+    ASSERT_TRUE(title->hasFocus());
+    QTest::keyClicks(title, " to Lisbon");
+    EXPECT_EQ(task.title, "Plan the trip") << "not at every key";
+    QTest::keyClick(title, Qt::Key_Return);
+    EXPECT_EQ(task.title, "Plan the trip to Lisbon");
+    auto* const details = page.findChild<GrowingText*>("taskDetails");
+    ASSERT_TRUE(details->hasFocus());
+    QTest::keyClicks(details, "Ask Jo");
+
+    auto* const label = page.findChild<QLineEdit*>("addLabel");
+    label->setFocus();
+    EXPECT_EQ(task.details, "Ask Jo") << "saved when the field is left";
+    QTest::keyClicks(label, "@summer");
+    QTest::keyClick(label, Qt::Key_Return);
+    EXPECT_EQ(page.findChild<LabelsField*>()->labels(), (QStringList{"people", "summer"}));
+    EXPECT_EQ(task.labels.count(), 2U);
+
+    auto* const subtask = page.findChild<QLineEdit*>("addSubtask");
+    for (const char* const words : {"Flight", "Rooms"}) {
+        QTest::keyClicks(subtask, words);
+        QTest::keyClick(subtask, Qt::Key_Return);
+    }
+    EXPECT_EQ(task.subtasks.count(), 2U);
+    EXPECT_FALSE(context().hasChanges());
+
+    std::optional<Uuid> chosen;
+    QObject::connect(&page, &TasksPage::noteChosen, &page, [&](const Uuid& id) { chosen = id; });
+    page.findChild<QPushButton*>("Linkednote")->click();
+    EXPECT_EQ(chosen, *note.id);
+}
+
+TEST_F(TasksPageTest, WhatIsBeingTypedSurvivesChangesFromElsewhere) {
+    CDTask& task = addTask("Plan");
+    CDTask& other = addTask("Other");
+    show(Place::Kind::inbox);
+    list.selectTask(*task.id);
+    QTest::keyClick(&list, Qt::Key_Return);
+    auto* const title = page.findChild<GrowingText*>("taskTitle");
+    QTest::keyClicks(title, " B");
+    const auto background = environment->store().newBackgroundContext();
+    auto* const elsewhere = background->find<CDTask>(*task.id);
+    environment->tasks().setPriority(*elsewhere, TaskPriority::p1);
+    background->save();
+    ASSERT_TRUE(waitUntil([&] { return task.priority == 1; }));
+    EXPECT_EQ(title->toPlainText().toStdString(), "Plan B");
+    list.selectTask(*other.id);
+    EXPECT_EQ(task.title, "Plan B") << "saved when another task is shown";
+    EXPECT_EQ(title->toPlainText().toStdString(), "Other");
+
+    environment->tasks().remove(context(), other);
+    context().save();
+    EXPECT_FALSE(page.detail().task()) << "a task that is gone is not shown";
+}
+
+class CalendarTest : public TasksPageTest {
+public:
+    CalendarTest() {
+        show(Place::Kind::calendar);
+        grid.setFocus();
+    }
+    std::string title() { return page.findChild<QLabel*>("calendarTitle")->text().toStdString(); }
+    std::string description() { return grid.accessibleDescription().toStdString(); }
+    void press(Qt::Key key, Qt::KeyboardModifiers with = Qt::NoModifier) {
+        QTest::keyClick(&grid, key, with);
+    }
+    void dropOn(const CDTask& task, std::size_t day) {
+        const std::unique_ptr<QMimeData> data(mimeDataOf({*task.id}, {}));
+        const QPoint place = grid.areaOfDay(day).center();
+        QDragEnterEvent enter(place, Qt::MoveAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(&grid, &enter);
+        QDropEvent event(place, Qt::MoveAction, data.get(), Qt::LeftButton, {});
+        QApplication::sendEvent(&grid, &event);
+    }
+
+    CalendarGrid& grid{page.calendarPage().grid()};
+};
+
+TEST_F(CalendarTest, KeysMoveBetweenDaysMonthsAndTasks) {
+    const CDTask& first = addTask("Early 2026-03-21 8am");
+    addTask("Late 2026-03-21 8pm");
+    EXPECT_EQ(title(), "March 2026");
+    EXPECT_EQ(description(), "Today, Saturday 14 March, 0 tasks");
+    press(Qt::Key_Down);
+    EXPECT_EQ(description(), "Saturday 21 March, 2 tasks, 08:00 Early, 20:00 Late");
+    press(Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_EQ(grid.chosenTask(), *first.id);
+    press(Qt::Key_1);
+    EXPECT_EQ(first.priority, 1) << "commands act on the chosen task";
+    press(Qt::Key_Right);
+    EXPECT_FALSE(grid.chosenTask()) << "another day";
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(title(), "April 2026");
+    press(Qt::Key_Home);
+    EXPECT_EQ(description(), "Today, Saturday 14 March, 0 tasks");
+    press(Qt::Key_Return);
+    QTest::keyClicks(page.calendarPage().quickAdd().focusProxy(), "Swim 6pm");
+    QTest::keyClick(page.calendarPage().quickAdd().focusProxy(), Qt::Key_Return);
+    EXPECT_EQ(description(), "Today, Saturday 14 March, 1 task, 18:00 Swim");
+}
+
+TEST_F(CalendarTest, AClickOnADayBeginsATaskThere) {
+    // Monday first: the month begins on 23 February, so that the 20th is the 25th cell.
+    QTest::mouseClick(&grid, Qt::LeftButton, {}, grid.areaOfDay(25).center());
+    QTest::keyClicks(page.calendarPage().quickAdd().focusProxy(), "Mow the lawn");
+    QTest::keyClick(page.calendarPage().quickAdd().focusProxy(), Qt::Key_Return);
+    EXPECT_EQ(description(), "Friday 20 March, 1 task, Mow the lawn");
+    QTest::mouseClick(&grid, Qt::LeftButton, {}, grid.areaOfDay(26).center());
+    EXPECT_FALSE(grid.chosenTask());
+    const CDTask& task = *context().fetch<CDTask>().front();
+    QTest::mouseClick(&grid, Qt::LeftButton, {}, grid.areaOf(*task.id).center());
+    EXPECT_EQ(grid.chosenTask(), *task.id);
+    EXPECT_EQ(page.detail().task(), *task.id);
+}
+
+TEST_F(CalendarTest, ATaskIsDraggedToAnotherDay) {
+    const CDTask& task = addTask("Dentist 2026-03-19 10am");
+    dropOn(task, 27);
+    EXPECT_EQ(task.dueDate->iso(), "2026-03-22T10:00:00.000Z");
+    EXPECT_EQ(description(), "Sunday 22 March, 1 task, 10:00 Dentist");
+}
+
+TEST_F(CalendarTest, ADayTooFullTellsHowManyMore) {
+    for (int i = 0; i < 60; ++i) {
+        environment->tasks().create(
+            context(),
+            {.title = std::to_string(i),
+             .due = TaskDue{.date = *Instant::parseISO("2026-03-20T00:00:00Z")}});
+    }
+    context().save();
+    const auto tasks = context().fetch<CDTask>({.sort = {{"sortIndex"}}});
+    EXPECT_FALSE(grid.areaOf(*tasks.front()->id).isEmpty());
+    EXPECT_TRUE(grid.areaOf(*tasks.back()->id).isEmpty());
+    const QRect day = grid.areaOfDay(25);
+    QTest::mouseClick(&grid, Qt::LeftButton, {}, QPoint(day.center().x(), day.bottom() - 12));
+    auto* const menu = grid.findChild<QMenu*>("tasksOfDay");
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(menu->actions().size(), 41);
+    EXPECT_EQ(menu->actions().back()->text().toStdString(), "and 20 more");
+    menu->close();
 }
 
 }  // namespace

@@ -1,0 +1,384 @@
+#include "app/tasks/CalendarGrid.h"
+
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskDelegate.h"
+#include "app/tasks/TaskListModel.h"
+#include "app/tasks/TaskWords.h"
+
+#include <QApplication>
+#include <QDrag>
+#include <QDragMoveEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyle>
+
+#include <algorithm>
+#include <utility>
+
+namespace tesserine::app {
+namespace {
+
+constexpr int daysInWeek = 7;
+constexpr int weekdaysHeight = 26;
+constexpr int dayHeadHeight = 26;
+constexpr int numberSide = 22;
+constexpr int wheelStep = 120;
+
+int lineHeight() { return QFontMetrics(Theme::font(TextRole::caption)).height() + space::tiny; }
+
+}  // namespace
+
+CalendarGrid::CalendarGrid(AppEnvironment& environment, CalendarModel& model, QWidget* parent)
+    : QWidget(parent), environment_(environment), model_(model) {
+    setObjectName("calendarGrid");
+    setAccessibleName("Calendar");
+    setFocusPolicy(Qt::StrongFocus);
+    setAcceptDrops(true);
+}
+
+void CalendarGrid::refresh() {
+    const auto& days = model_.days();
+    const auto isThere = [&](const CalendarTask& task) { return task.id == task_; };
+    const bool isChosenThere =
+        !days.empty() && std::ranges::any_of(days[model_.dayIndex()].tasks, isThere);
+    if (task_ && !isChosenThere) choose({});
+    setAccessibleDescription(model_.spokenDay());
+    update();
+}
+
+void CalendarGrid::choose(const std::optional<Uuid>& task) {
+    if (task == task_) return;
+    task_ = task;
+    update();
+    emit chosen(task);
+}
+
+// Where things stand
+
+QRect CalendarGrid::areaOfDay(std::size_t day) const {
+    const auto place = static_cast<int>(day);
+    const int rows = static_cast<int>(model_.days().size()) / daysInWeek;
+    // Edges are computed, not widths, so that what is left over spreads evenly.
+    const auto x = [&](int column) { return column * width() / daysInWeek; };
+    const auto y = [&](int row) {
+        return weekdaysHeight + row * (height() - weekdaysHeight) / std::max(1, rows);
+    };
+    const int column = place % daysInWeek;
+    const int row = place / daysInWeek;
+    const QRect area(QPoint(x(column), y(row)), QPoint(x(column + 1) - 1, y(row + 1) - 1));
+    return QStyle::visualRect(layoutDirection(), rect(), area);
+}
+
+std::size_t CalendarGrid::shownTaskCount(std::size_t day) const {
+    const CalendarDay& shown = model_.days()[day];
+    const int room = areaOfDay(day).height() - dayHeadHeight - space::tiny;
+    const auto lines = static_cast<std::size_t>(std::max(0, room / lineHeight()));
+    if (shown.taskCount <= std::min(lines, shown.tasks.size())) return shown.taskCount;
+    // The last line says how many more there are.
+    return std::min(lines == 0 ? 0 : lines - 1, shown.tasks.size());
+}
+
+QRect CalendarGrid::areaOfLine(std::size_t day, std::size_t line) const {
+    const QRect area = areaOfDay(day);
+    const int top = area.top() + dayHeadHeight + static_cast<int>(line) * lineHeight();
+    return {area.left() + space::hair, top, area.width() - space::tiny, lineHeight() - 2};
+}
+
+QRect CalendarGrid::areaOf(const Uuid& task) const {
+    for (std::size_t day = 0; day < model_.days().size(); ++day) {
+        const auto& tasks = model_.days()[day].tasks;
+        for (std::size_t line = 0; line < shownTaskCount(day); ++line) {
+            if (tasks[line].id == task) return areaOfLine(day, line);
+        }
+    }
+    return {};
+}
+
+std::optional<std::size_t> CalendarGrid::dayAt(const QPoint& place) const {
+    for (std::size_t day = 0; day < model_.days().size(); ++day) {
+        if (areaOfDay(day).contains(place)) return day;
+    }
+    return std::nullopt;
+}
+
+const CalendarTask* CalendarGrid::taskAt(const QPoint& place) const {
+    const auto day = dayAt(place);
+    if (!day) return nullptr;
+    for (std::size_t line = 0; line < shownTaskCount(*day); ++line) {
+        if (areaOfLine(*day, line).contains(place)) return &model_.days()[*day].tasks[line];
+    }
+    return nullptr;
+}
+
+bool CalendarGrid::isOnMore(const QPoint& place) const {
+    const auto day = dayAt(place);
+    if (!day) return false;
+    const std::size_t shown = shownTaskCount(*day);
+    return shown < model_.days()[*day].taskCount && areaOfLine(*day, shown).contains(place);
+}
+
+// Painting
+
+void CalendarGrid::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (model_.days().empty()) return;
+    paintWeekdays(painter);
+    for (std::size_t day = 0; day < model_.days().size(); ++day) {
+        paintDay(painter, day);
+    }
+}
+
+void CalendarGrid::paintWeekdays(QPainter& painter) const {
+    painter.setFont(Theme::font(TextRole::caption));
+    painter.setPen(Theme::colors().secondaryText);
+    for (std::size_t column = 0; column < daysInWeek; ++column) {
+        const int weekday = environment_.calendar().weekday(model_.days()[column].cell.date);
+        const QRect day = areaOfDay(column);
+        painter.drawText(
+            QRect(day.left() + space::small, 0, day.width() - space::small, weekdaysHeight),
+            Qt::AlignLeading | Qt::AlignVCenter,
+            shortWeekdayName(weekday));
+    }
+}
+
+void CalendarGrid::paintDay(QPainter& painter, std::size_t day) const {
+    const Colors& colors = Theme::colors();
+    const CalendarDay& shown = model_.days()[day];
+    const QRect area = areaOfDay(day);
+    const bool isMarked = shown.cell.date == model_.day();
+
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(shown.cell.isInDisplayedMonth ? colors.surface : colors.window);
+    if (dropDay_ == day) painter.setBrush(colors.selection);
+    painter.drawRect(area);
+    painter.setPen(QPen(colors.line, 1));
+    painter.drawLine(area.topLeft(), area.topRight());
+    if (day % daysInWeek != 0) {
+        painter.drawLine(
+            layoutDirection() == Qt::LeftToRight ? area.topLeft() : area.topRight(),
+            layoutDirection() == Qt::LeftToRight ? area.bottomLeft() : area.bottomRight());
+    }
+    if (isMarked) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(hasFocus() ? colors.accent : colors.secondaryText, hasFocus() ? 2 : 1));
+        painter.drawRoundedRect(QRectF(area).adjusted(1.5, 1.5, -0.5, -0.5), 4, 4);
+    }
+
+    const int number = environment_.calendar().local(shown.cell.date).day;
+    QRect circle(area.left() + space::tiny, area.top() + 3, numberSide, numberSide);
+    circle = QStyle::visualRect(layoutDirection(), area, circle);
+    if (shown.cell.isToday) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colors.accent);
+        painter.drawEllipse(circle);
+    }
+    painter.setFont(Theme::font(shown.cell.isToday ? TextRole::emphasis : TextRole::caption));
+    painter.setPen(
+        shown.cell.isToday              ? colors.onAccent
+        : shown.cell.isInDisplayedMonth ? colors.text
+                                        : colors.secondaryText);
+    painter.drawText(circle, Qt::AlignCenter, QString::number(number));
+
+    const std::size_t count = shownTaskCount(day);
+    for (std::size_t line = 0; line < count; ++line) {
+        paintTask(painter, areaOfLine(day, line), shown.tasks[line]);
+    }
+    if (count < shown.taskCount) {
+        painter.setFont(Theme::font(TextRole::caption));
+        painter.setPen(colors.secondaryText);
+        painter.drawText(
+            areaOfLine(day, count).adjusted(space::small, 0, 0, 0),
+            Qt::AlignLeading | Qt::AlignVCenter,
+            QString("+%L1 more").arg(shown.taskCount - count));
+    }
+}
+
+void CalendarGrid::paintTask(QPainter& painter, const QRect& area, const CalendarTask& task) const {
+    const Colors& colors = Theme::colors();
+    const bool isChosen = task.id == task_;
+    const QColor mark = task.isOverdue ? colors.danger
+                        : task.priority == TaskPriority::p4
+                            ? colors.accent
+                            : colors.priority[static_cast<int>(task.priority) - 1];
+    QColor ground = mark;
+    ground.setAlphaF(task.isCompleted ? 0.05F : 0.12F);
+    painter.setPen(isChosen ? QPen(colors.accent, 1.5) : QPen(Qt::NoPen));
+    painter.setBrush(ground);
+    painter.drawRoundedRect(QRectF(area).adjusted(0.5, 0.5, -0.5, -0.5), 3, 3);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(task.isCompleted ? colors.line : mark);
+    const QRect bar(area.left() + 1, area.top() + 2, 3, area.height() - 4);
+    painter.drawRoundedRect(QStyle::visualRect(layoutDirection(), area, bar), 1.5, 1.5);
+
+    QRect text = area.adjusted(space::small, 0, -space::hair, 0);
+    QFont font = Theme::font(TextRole::caption);
+    painter.setFont(font);
+    if (!task.time.isEmpty()) {
+        painter.setPen(task.isOverdue ? colors.danger : colors.secondaryText);
+        painter.drawText(text, Qt::AlignLeft | Qt::AlignVCenter, task.time);
+        text.setLeft(text.left() + QFontMetrics(font).horizontalAdvance(task.time) + space::tiny);
+    }
+    font.setStrikeOut(task.isCompleted);
+    painter.setFont(font);
+    painter.setPen(task.isCompleted ? colors.secondaryText : colors.text);
+    paintTitleText(painter, text, shownTitle(task.title));
+}
+
+// Keys
+
+void CalendarGrid::markDay(Instant day) {
+    if (day == model_.day()) return;
+    model_.show(model_.span(), day);
+    emit dayChanged();
+    refresh();
+}
+
+void CalendarGrid::chooseNeighbour(int steps) {
+    const auto& tasks = model_.days()[model_.dayIndex()].tasks;
+    if (tasks.empty()) return;
+    const auto present =
+        std::ranges::find_if(tasks, [&](const CalendarTask& task) { return task.id == task_; });
+    const auto last = static_cast<int>(tasks.size()) - 1;
+    const int from = present == tasks.end() ? (steps > 0 ? -1 : last + 1)
+                                            : static_cast<int>(present - tasks.begin());
+    choose(tasks[static_cast<std::size_t>(std::clamp(from + steps, 0, last))].id);
+}
+
+void CalendarGrid::keyPressEvent(QKeyEvent* event) {
+    const int forward = layoutDirection() == Qt::LeftToRight ? 1 : -1;
+    const bool isControl = event->modifiers().testFlag(Qt::ControlModifier);
+    const Instant before = model_.day();
+    switch (event->key()) {
+    case Qt::Key_Left: model_.moveByDays(-forward); break;
+    case Qt::Key_Right: model_.moveByDays(forward); break;
+    case Qt::Key_Up:
+        if (isControl) return chooseNeighbour(-1);
+        model_.moveByDays(-daysInWeek);
+        break;
+    case Qt::Key_Down:
+        if (isControl) return chooseNeighbour(1);
+        model_.moveByDays(daysInWeek);
+        break;
+    case Qt::Key_PageUp: model_.moveBySpans(-1); break;
+    case Qt::Key_PageDown: model_.moveBySpans(1); break;
+    case Qt::Key_Home: model_.showToday(); break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (task_) {
+            emit opened(*task_);
+        } else {
+            emit addingAsked(model_.day());
+        }
+        return;
+    default: QWidget::keyPressEvent(event); return;
+    }
+    if (model_.day() != before) emit dayChanged();
+    refresh();
+}
+
+void CalendarGrid::wheelEvent(QWheelEvent* event) {
+    const int steps = -event->angleDelta().y() / wheelStep;
+    if (steps == 0) return;
+    model_.moveBySpans(steps);
+    emit dayChanged();
+    refresh();
+}
+
+// Mouse
+
+void CalendarGrid::mousePressEvent(QMouseEvent* event) {
+    const auto day = dayAt(event->pos());
+    if (!day) return;
+    isPressed_ = event->button() == Qt::LeftButton;
+    pressedAt_ = event->pos();
+    const CalendarTask* const task = taskAt(event->pos());
+    const auto chosenNow = task == nullptr ? std::nullopt : std::optional(task->id);
+    markDay(model_.days()[*day].cell.date);
+    choose(chosenNow);
+}
+
+void CalendarGrid::mouseMoveEvent(QMouseEvent* event) {
+    const bool isFar =
+        (event->pos() - pressedAt_).manhattanLength() >= QApplication::startDragDistance();
+    if (!isPressed_ || !isFar) return;
+    isPressed_ = false;
+    if (const CalendarTask* const task = taskAt(pressedAt_)) drag(*task);
+}
+
+void CalendarGrid::mouseReleaseEvent(QMouseEvent* event) {
+    if (!std::exchange(isPressed_, false)) return;
+    const auto day = dayAt(event->pos());
+    if (!day || taskAt(event->pos()) != nullptr) return;
+    if (isOnMore(event->pos())) {
+        showAll(*day, event->globalPosition().toPoint());
+    } else {
+        emit addingAsked(model_.day());
+    }
+}
+
+void CalendarGrid::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (const CalendarTask* const task = taskAt(event->pos())) emit opened(Uuid(task->id));
+}
+
+void CalendarGrid::showAll(std::size_t day, const QPoint& globalPlace) {
+    auto* const menu = new QMenu(this);
+    menu->setObjectName("tasksOfDay");
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const CalendarDay& shown = model_.days()[day];
+    for (const CalendarTask& task : shown.tasks) {
+        constexpr int widest = 320;
+        const QString title = fontMetrics().elidedText(
+            shownTitle(task.title).replace('&', "&&"), Qt::ElideRight, widest);
+        menu->addAction(
+            task.time.isEmpty() ? title : task.time + "  " + title, this, [this, id = task.id] {
+                choose(id);
+            });
+    }
+    if (shown.tasks.size() < shown.taskCount) {
+        const auto rest = shown.taskCount - shown.tasks.size();
+        menu->addAction(QString("and %L1 more").arg(rest))->setEnabled(false);
+    }
+    menu->popup(globalPlace);
+}
+
+void CalendarGrid::drag(const CalendarTask& task) {
+    auto* const drag = new QDrag(this);
+    drag->setMimeData(mimeDataOf({task.id}, {task.title}));
+    const QRect area = areaOf(task.id);
+    drag->setPixmap(grab(area));
+    drag->setHotSpot(pressedAt_ - area.topLeft());
+    drag->exec(Qt::MoveAction);
+}
+
+void CalendarGrid::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasFormat(tasksMimeType)) event->acceptProposedAction();
+}
+
+void CalendarGrid::dragMoveEvent(QDragMoveEvent* event) {
+    dropDay_ = dayAt(event->position().toPoint());
+    event->setAccepted(dropDay_.has_value());
+    update();
+}
+
+void CalendarGrid::dragLeaveEvent(QDragLeaveEvent* /*event*/) {
+    dropDay_.reset();
+    update();
+}
+
+void CalendarGrid::dropEvent(QDropEvent* event) {
+    const auto day = dayAt(event->position().toPoint());
+    dropDay_.reset();
+    update();
+    if (!day) return;
+    event->acceptProposedAction();
+    const Instant date = model_.days()[*day].cell.date;
+    markDay(date);
+    emit movedToDay(draggedTasks(*event->mimeData()), date);
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "app/tasks/TaskCommands.h"
+
+#include <QObject>
+#include <QPoint>
+
+namespace tesserine::app {
+
+/// What a person does to tasks wherever they are shown: with the questions it asks, and the offer
+/// to undo what was completed.
+class TaskActions final : public QObject {
+    Q_OBJECT
+
+public:
+    using Tasks = std::vector<Uuid>;
+
+    /// Questions are asked over `host`.
+    TaskActions(AppEnvironment& environment, QWidget* host);
+
+    const TaskCommands& commands() const { return commands_; }
+
+    /// Completes those that are open; when none is, reopens them.
+    void tick(const Tasks& tasks);
+    /// Takes back what the last `tick` completed.
+    void undo();
+    void askDue(const Tasks& tasks, const QPoint& globalPlace);
+    void askProject(const Tasks& tasks);
+    void askRemove(const Tasks& tasks);
+    /// All of it as a menu.
+    void showMenu(const Tasks& tasks, const QPoint& globalPlace);
+
+signals:
+    /// The tasks are completed at once, so that lists may draw their ticks.
+    void completing(const std::vector<tesserine::Uuid>& tasks);
+    /// What was completed, as a sentence; it can be undone.
+    void completed(const QString& sentence);
+    /// The menu was asked to open a task.
+    void opened(const tesserine::Uuid& task);
+
+private:
+    AppEnvironment& environment_;
+    QWidget* host_;
+    TaskCommands commands_;
+    Completion lastCompletion_;
+};
+
+}  // namespace tesserine::app

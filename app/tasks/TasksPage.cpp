@@ -1,0 +1,176 @@
+#include "app/tasks/TasksPage.h"
+
+#include "app/commands/Commands.h"
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+#include "app/tasks/CalendarGrid.h"
+#include "app/tasks/CalendarPage.h"
+#include "app/tasks/QuickAddBar.h"
+#include "app/tasks/TaskActions.h"
+#include "app/tasks/TaskDetail.h"
+#include "app/tasks/TaskListPage.h"
+#include "app/tasks/TaskListView.h"
+#include "app/tasks/UndoBar.h"
+
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace tesserine::app {
+namespace {
+
+constexpr int leastDetailWidth = 300;
+constexpr int usualDetailWidth = 380;
+constexpr int usualListWidth = 560;
+
+}  // namespace
+
+TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* parent)
+    : QWidget(parent),
+      environment_(environment),
+      actions_(new TaskActions(environment, this)),
+      splitter_(new QSplitter(this)),
+      stack_(new QStackedWidget(this)),
+      list_(new TaskListPage(environment, *actions_, this)),
+      calendar_(new CalendarPage(environment, *actions_, this)),
+      undo_(new UndoBar(this)),
+      detail_(new TaskDetail(environment, this)) {
+    setObjectName("tasksPage");
+    stack_->addWidget(list_);
+    stack_->addWidget(calendar_);
+    auto* const left = new QWidget(this);
+    left->setAutoFillBackground(true);
+    left->setBackgroundRole(QPalette::Base);
+    auto* const column = new QVBoxLayout(left);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(stack_, 1);
+    auto* const foot = new QVBoxLayout;
+    foot->setContentsMargins(space::large, 0, space::large, 0);
+    foot->addWidget(undo_);
+    column->addLayout(foot);
+
+    detail_->setMinimumWidth(leastDetailWidth);
+    detail_->hide();
+    splitter_->addWidget(left);
+    splitter_->addWidget(detail_);
+    splitter_->setChildrenCollapsible(false);
+    splitter_->setHandleWidth(1);
+    splitter_->setStretchFactor(0, 1);
+    splitter_->setSizes({usualListWidth, usualDetailWidth});
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(splitter_);
+
+    connect(list_, &TaskListPage::chosen, this, &TasksPage::showDetail);
+    connect(list_, &TaskListPage::opened, this, &TasksPage::openDetail);
+    connect(calendar_, &CalendarPage::chosen, this, &TasksPage::showDetail);
+    connect(calendar_, &CalendarPage::opened, this, &TasksPage::openDetail);
+    connect(actions_, &TaskActions::opened, this, &TasksPage::openDetail);
+    connect(actions_, &TaskActions::completed, undo_, &UndoBar::offer);
+    connect(undo_, &UndoBar::undone, actions_, &TaskActions::undo);
+    connect(
+        detail_, &TaskDetail::ticked, this, [this](const Uuid& task) { actions_->tick({task}); });
+    connect(detail_, &TaskDetail::noteChosen, this, &TasksPage::noteChosen);
+    connect(detail_, &TaskDetail::closed, this, &TasksPage::closeDetail);
+    handleCommands(commands);
+}
+
+void TasksPage::handleCommands(Commands& commands) {
+    commands.attach(CommandContext::tasks, list_->list());
+    commands.attach(CommandContext::tasks, calendar_->grid());
+    const auto onSelected = [&](std::string_view id, auto act) {
+        commands.on(id, this, [this, act] { act(selectedTasks()); });
+    };
+    onSelected("task.complete", [this](const auto& tasks) { actions_->tick(tasks); });
+    onSelected("task.move", [this](const auto& tasks) { actions_->askProject(tasks); });
+    onSelected("task.delete", [this](const auto& tasks) { actions_->askRemove(tasks); });
+    onSelected("task.due", [this](const auto& tasks) {
+        actions_->askDue(
+            tasks, isCalendar() ? calendar_->placeOfCurrent() : list_->placeOfCurrent());
+    });
+    onSelected("task.open", [this](const auto& tasks) {
+        if (!tasks.empty()) {
+            openDetail(tasks.front());
+        } else if (isCalendar()) {
+            quickAdd().setFocus();
+        }
+    });
+    for (const int number : {1, 2, 3, 4}) {
+        const std::string id = "task.priority" + std::to_string(number);
+        onSelected(id, [this, number](const auto& tasks) {
+            actions_->commands().setPriority(tasks, static_cast<TaskPriority>(number));
+        });
+    }
+}
+
+bool TasksPage::shows(Place::Kind kind) {
+    switch (kind) {
+    case Place::Kind::inbox:
+    case Place::Kind::today:
+    case Place::Kind::upcoming:
+    case Place::Kind::allTasks:
+    case Place::Kind::completed:
+    case Place::Kind::calendar:
+    case Place::Kind::project:
+    case Place::Kind::label:
+    case Place::Kind::task: return true;
+    default: return false;
+    }
+}
+
+void TasksPage::showPlace(const Place& place) {
+    undo_->hide();
+    if (place.kind == Place::Kind::calendar) {
+        stack_->setCurrentWidget(calendar_);
+        calendar_->open();
+        return;
+    }
+    stack_->setCurrentWidget(list_);
+    if (place.kind != Place::Kind::task) {
+        list_->showPlace(place);
+        return;
+    }
+    const auto* const task = environment_.context().find<CDTask>(place.id);
+    const CDProject* const project = task == nullptr ? nullptr : task->project.get();
+    const Uuid home = project == nullptr ? Uuid{} : project->id.valueOr({});
+    list_->showPlace({.kind = Place::Kind::project, .id = home});
+    list_->list().selectTask(place.id);
+    if (task != nullptr) openDetail(place.id);
+}
+
+bool TasksPage::isCalendar() const { return stack_->currentWidget() == calendar_; }
+
+std::vector<Uuid> TasksPage::selectedTasks() const {
+    return isCalendar() ? calendar_->selectedTasks() : list_->selectedTasks();
+}
+
+QuickAddBar& TasksPage::quickAdd() const {
+    return isCalendar() ? calendar_->quickAdd() : list_->quickAdd();
+}
+
+void TasksPage::beginTask(const QString& sentence) { quickAdd().begin(sentence); }
+
+bool TasksPage::flush() { return detail_->flush(); }
+
+void TasksPage::showDetail(const std::optional<Uuid>& task) {
+    detail_->showTask(task);
+    if (task) detail_->show();
+}
+
+void TasksPage::openDetail(const Uuid& task) {
+    showDetail(task);
+    detail_->editTitle();
+}
+
+void TasksPage::closeDetail() {
+    detail_->flush();
+    detail_->hide();
+    if (isCalendar()) {
+        calendar_->grid().setFocus();
+    } else {
+        list_->list().setFocus();
+    }
+}
+
+}  // namespace tesserine::app
