@@ -1,10 +1,13 @@
 #include "ai/AICredentialStore.h"
 #include "ai/AIError.h"
 #include "ai/GrokProvider.h"
+#include "ai/ProviderChoice.h"
 #include "ai/RelayProvider.h"
 #include "ai/SentLog.h"
 #include "base/HTTP.h"
 #include "base/OperationCancelled.h"
+#include "base/Preferences.h"
+#include "base/SecretStore.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -105,6 +108,63 @@ TEST_F(ProviderTest, TouchesNoNetworkBeforeItIsSetUp) {
     RelayProvider provider = relay(false);
     EXPECT_EQ(failure(provider), AIError::notConfigured().what());
     EXPECT_TRUE(transport_.sent.empty());
+}
+
+TEST(ProviderAddress, TakesServersNearbyOnly) {
+    for (const char* nearby :
+         {"http://localhost:8080/v1",
+          "http://127.0.0.1:11434/v1",
+          "https://192.168.1.5/v1",
+          "http://172.31.0.1/v1",
+          "http://[::1]:1234/v1",
+          "http://[fd00::1]/v1"}) {
+        EXPECT_TRUE(ProviderAddress::own(nearby)) << nearby;
+    }
+    for (const char* other :
+         {"https://models.example/v1",
+          "http://127.0.0.1.evil.example/v1",
+          "http://8.8.8.8/v1",
+          "http://172.32.0.1/v1",
+          "http://localhost@evil.example/v1",
+          "http://user@127.0.0.1/v1",
+          "http://127.0.0.1/v1?key=1",
+          "ftp://127.0.0.1/v1",
+          "localhost",
+          ""}) {
+        EXPECT_FALSE(ProviderAddress::own(other)) << other;
+    }
+    Preferences preferences = Preferences::inMemory();
+    EXPECT_TRUE(ProviderAddress::load(preferences).isBuiltIn());
+    ProviderAddress::own("http://127.0.0.1:11434/v1")->save(preferences);
+    EXPECT_EQ(ProviderAddress::load(preferences).host, "127.0.0.1:11434");
+    preferences.set(ProviderAddress::preferencesKey, "https://evil.example/v1");
+    EXPECT_TRUE(ProviderAddress::load(preferences).isBuiltIn());
+}
+
+TEST_F(ProviderTest, IsChosenBySettingsAndNeverWithAnotherHostsKey) {
+    InMemorySecrets secrets;
+    AICredentialStore(secrets, {}).save("built-in key");
+    ProviderSources sources{.session = transport_, .secrets = secrets};
+    AISettings settings;
+    const auto chosen = [&]() -> std::string {
+        try {
+            return std::string(chooseProvider(settings, sources)->identifier());
+        } catch (const AIError& error) {
+            return error.what();
+        }
+    };
+    EXPECT_EQ(chosen(), AIError::disabled().what());
+    settings.isEnabled = true;
+    EXPECT_EQ(chosen(), AIError::notConfigured().what());
+    sources.accountToken = [](const std::stop_token&) { return "access"; };
+    EXPECT_EQ(chosen(), "tesserine-relay");
+    settings.backend = AISettings::Backend::ownKey;
+    EXPECT_EQ(chosen(), "grok");
+
+    sources.address = *ProviderAddress::own("http://127.0.0.1:1/v1");
+    EXPECT_ANY_THROW(chooseProvider(settings, sources)->complete(request_, {}));
+    EXPECT_EQ(transport_.sent.back().url, "http://127.0.0.1:1/v1/responses");
+    EXPECT_EQ(transport_.header("Authorization"), "Bearer none");
 }
 
 /// A keyring that nobody can reach.

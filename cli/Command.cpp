@@ -15,7 +15,8 @@ std::vector<Command> allCommands() {
              tagCommands,      templateCommands,   savedSearchCommands,   searchCommands,
              indexCommands,    taskCommands,       projectCommands,       taskTemplateCommands,
              calendarCommands, importCommands,     libraryImportCommands, exportCommands,
-             backupCommands,   settingsCommands,   dumpCommands,          batchCommands,
+             backupCommands,   askCommands,        assistantCommands,     updateCommands,
+             settingsCommands, dumpCommands,       batchCommands,
          }) {
         for (Command& command : part()) {
             all.push_back(std::move(command));

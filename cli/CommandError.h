@@ -19,6 +19,7 @@ public:
         badInput,
         unknownSetting,
         badSettingValue,
+        notSetUp,
     };
 
     static CommandError noteExists(const std::string& id) {
@@ -58,6 +59,8 @@ public:
     static CommandError badSettingValue(const std::string& key, const std::string& expected) {
         return {Kind::badSettingValue, "“" + key + "” takes " + expected + "."};
     }
+    /// What the command needs is not there; a full sentence.
+    static CommandError notSetUp(const std::string& sentence) { return {Kind::notSetUp, sentence}; }
     Kind kind() const noexcept { return kind_; }
 
 private:

@@ -63,6 +63,10 @@ protected:
             .stop = stop_.get_token(),
             .runProgram = runProgram_,
             .showTyping = [this](bool isShown) { typing_ += isShown ? "shown " : "hidden "; }};
+        if (network_ != nullptr) {
+            environment.network = [this]() -> HTTPTransport& { return *network_; };
+            environment.secrets = [this](std::string_view) -> SecretStore& { return *secrets_; };
+        }
         const ExitStatus status = runCommand(line, environment);
         return {.status = status, .output = output.str(), .error = error.str()};
     }
@@ -87,6 +91,8 @@ protected:
     std::function<std::optional<int>(const std::vector<std::string>&)> runProgram_;
     std::stop_source stop_;
     bool isTerminal_ = false;
+    HTTPTransport* network_ = nullptr;  // what stands in for the network, and for the keyring
+    SecretStore* secrets_ = nullptr;
     std::string typing_;  // what the terminal was told of it
 };
 

@@ -14,6 +14,11 @@
 #include <string_view>
 #include <vector>
 
+namespace tesserine {
+class HTTPTransport;
+class SecretStore;
+}  // namespace tesserine
+
 namespace tesserine::cli {
 
 /// Everything that makes one run of the program differ from another: streams, variables, clock,
@@ -41,6 +46,12 @@ struct Environment {
     std::function<void(bool isShown)> showTyping{};
     /// Starts the window in place of this program; returns only when there is none to start.
     std::function<void()> openWindow{};
+    /// The network, started when it is first asked for.
+    std::function<HTTPTransport&()> network{};
+    /// The user's secrets of a service, such as "app.tesserine.ai".
+    std::function<SecretStore&(std::string_view service)> secrets{};
+    /// Where this program's file lies.
+    std::filesystem::path programFile{};
     /// The time zone of the machine.
     std::string systemZone = "UTC";
 

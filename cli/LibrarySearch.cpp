@@ -28,6 +28,11 @@ SearchResponse LibrarySearch::search(const SearchEngine::Request& request) {
     return engine().search(request);
 }
 
+SearchEngine& LibrarySearch::readyEngine() {
+    catchUp();
+    return engine();
+}
+
 std::vector<SearchSuggestion> LibrarySearch::suggest(const std::string& typed) {
     catchUp();
     const auto recent = RecentSearches(session_.preferences()).all();

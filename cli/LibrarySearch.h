@@ -22,6 +22,8 @@ public:
 
     SearchCoordinator& coordinator() { return coordinator_; }
     SearchResponse search(const SearchEngine::Request& request);
+    /// The engine itself, for who has questions of another kind; its index is up to date.
+    SearchEngine& readyEngine();
     std::vector<SearchSuggestion> suggest(const std::string& typed);
     /// What the query says, with markers around what was typed.
     std::string explanation(const std::string& query) const;

@@ -93,6 +93,17 @@ Option passphraseOption() {
         .completion = Completion::file};
 }
 
+SecretBytes secretLineFrom(
+    Session& session,
+    const Arguments& arguments,
+    std::string_view fileOption,
+    std::string_view prompt) {
+    const auto file = arguments.path(fileOption);
+    if (file && *file != "-") return firstLineOf(*file);
+    if (!file && session.environment().inputIsTerminal) return ask(session, prompt);
+    return firstLineOf(session, session.environment().input);
+}
+
 SecretBytes passphraseFrom(Session& session, const Arguments& arguments, PassphraseUse use) {
     const auto file = arguments.path(optionName);
     const bool isAsked = !file && session.environment().inputIsTerminal;

@@ -14,6 +14,14 @@ class Session;
 /// where other users and the history of a shell would see it.
 Option passphraseOption();
 
+/// A secret in one line, taken as a passphrase is: from the file that `fileOption` names, asked for
+/// with `prompt` on a terminal, or from standard input.
+SecretBytes secretLineFrom(
+    Session& session,
+    const Arguments& arguments,
+    std::string_view fileOption,
+    std::string_view prompt);
+
 enum class PassphraseUse {
     isNew,    ///< asked for twice, and not empty
     isKnown,  ///< asked for once

@@ -125,10 +125,15 @@ std::optional<int> runProgram(const std::vector<std::string>& words) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-void becomeProgramBeside(const std::string& name) {
+std::filesystem::path programFile() {
     std::error_code error;
-    const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) return;
+    const auto file = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::filesystem::path() : file;
+}
+
+void becomeProgramBeside(const std::string& name) {
+    const auto self = programFile();
+    if (self.empty()) return;
     std::vector<std::string> words{(self.parent_path() / name).string()};
     ::execv(words[0].c_str(), pointers(words).data());
 }

@@ -22,6 +22,9 @@ std::size_t terminalColumns(int descriptor);
 /// Sets whether the terminal behind standard input shows what is typed; nothing without one.
 void showTyping(bool isShown);
 
+/// Where this program's file lies; empty when the system does not say.
+std::filesystem::path programFile();
+
 /// Runs a program and waits for it; its exit status, 128 + n when a signal ended it, none when it
 /// could not be started.
 std::optional<int> runProgram(const std::vector<std::string>& words);

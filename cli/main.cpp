@@ -1,5 +1,7 @@
 #include "base/Calendar.h"
 #include "base/Clock.h"
+#include "base/HTTPSession.h"
+#include "base/Keychain.h"
 #include "base/Random.h"
 #include "cli/DescriptorStream.h"
 #include "cli/Environment.h"
@@ -10,8 +12,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <istream>
+#include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -28,6 +33,8 @@ int main(int count, char** words) {
     output.exceptions(std::ios::badbit);
 
     const SystemClock clock;
+    std::optional<HTTPSession> network;
+    std::map<std::string, Keychain, std::less<>> keychains;
     SecureRandom random;
     cli::Environment environment{
         .input = input,
@@ -45,6 +52,14 @@ int main(int count, char** words) {
         .runProgram = cli::runProgram,
         .showTyping = cli::showTyping,
         .openWindow = [] { cli::becomeProgramBeside("tesserine-desktop"); },
+        .network = [&network]() -> HTTPTransport& {
+            if (!network) network.emplace();
+            return *network;
+        },
+        .secrets = [&keychains](std::string_view service) -> SecretStore& {
+            return keychains.try_emplace(std::string(service), std::string(service)).first->second;
+        },
+        .programFile = cli::programFile(),
         .systemZone = Calendar::systemZone()};
     const std::vector<std::string> line(words + std::min(count, 1), words + count);
     return static_cast<int>(cli::runCommand(line, environment));
