@@ -1,0 +1,129 @@
+#include "app/pages/ExchangeSettings.h"
+
+#include "app/pages/PageParts.h"
+#include "app/state/Notice.h"
+#include "core/import/ImportReports.h"
+#include "core/model/BookkeepingEntities.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <memory>
+#include <vector>
+
+namespace tesserine::app {
+namespace {
+
+/// What the list shows of an import.
+struct PastImport {
+    Uuid id{};
+    QString title{};
+    QString outcome{};
+    bool canUndo = false;
+};
+
+constexpr std::size_t mostImports = 20;
+
+PastImport shown(const ImportReport& report, const Calendar& calendar) {
+    QString outcome = report.undone ? ExchangeSettings::tr("Undone.")
+                                    : ExchangeSettings::tr("%1 notes, %2 files, from %3")
+                                          .arg(report.imported + report.replaced)
+                                          .arg(report.attachments)
+                                          .arg(QString::fromStdString(report.file));
+    if (!report.finished && !report.undone) {
+        outcome += ExchangeSettings::tr(". It was stopped before its end.");
+    }
+    return {
+        .id = *report.id,
+        .title = QString::fromStdString(ImportReports::title(report, calendar)),
+        .outcome = outcome,
+        .canUndo = !report.undone};
+}
+
+}  // namespace
+
+ExchangeSettings::ExchangeSettings(AppEnvironment& environment, QWidget* parent)
+    : SettingsForm(tr("Import & Export"), environment.preferences(), parent),
+      environment_(environment),
+      job_(environment) {
+    QPushButton& bringIn = addButton(
+        {tr("Import notes"), tr("From folders of Markdown, and exports of other programs.")},
+        tr("Import…"));
+    QPushButton& takeOut = addButton(
+        {tr("Export the library"),
+         tr("Into a folder of pages, Markdown and files that any program can read.")},
+        tr("Export…"));
+    connect(&bringIn, &QPushButton::clicked, this, &ExchangeSettings::importAsked);
+    connect(&takeOut, &QPushButton::clicked, this, &ExchangeSettings::exportAsked);
+    addHeading(tr("Past imports"));
+    connect(&job_, &Job::finished, this, &ExchangeSettings::showImports);
+    connect(&job_, &Job::failed, this, [this](const QString& sentence) {
+        showNotice(this, sentence.toStdString());
+    });
+    showImports();
+}
+
+void ExchangeSettings::showImports() {
+    const auto imports = std::make_shared<std::vector<PastImport>>();
+    const Calendar calendar = environment_.calendar();
+    environment_.inBackground(
+        [this, imports, calendar](StoreContext& context, auto) {
+            const ImportReports reports(environment_.clock());
+            for (const CDImportReport* row : reports.list(context)) {
+                if (imports->size() == mostImports) break;
+                const ImportReport report = reports.read(context, *row);
+                if (report.id) imports->push_back(shown(report, calendar));
+            }
+        },
+        this,
+        [this, imports] {
+            delete list_;
+            list_ = new QWidget(this);
+            imports_ = new QVBoxLayout(list_);
+            imports_->setContentsMargins(0, 0, 0, 0);
+            imports_->setSpacing(space::medium);
+            for (const PastImport& one : *imports) {
+                addImport(one.id, one.title, one.outcome, one.canUndo);
+            }
+            if (imports->empty()) imports_->addWidget(makeHint(tr("None yet."), list_));
+            addWide(list_);
+        });
+}
+
+void ExchangeSettings::addImport(
+    const Uuid& id, const QString& title, const QString& outcome, bool canUndo) {
+    auto* const words = new QVBoxLayout;
+    words->setSpacing(space::hair);
+    words->addWidget(makeText(title, TextRole::body, list_));
+    words->addWidget(makeHint(outcome, list_));
+    auto* const row = new QHBoxLayout;
+    row->addLayout(words, 1);
+    if (canUndo) {
+        auto* const button = new QPushButton(tr("Undo…"), list_);
+        button->setAccessibleName(tr("Undo %1").arg(title));
+        connect(button, &QPushButton::clicked, this, [this, id] { undo(id); });
+        row->addWidget(button, 0, Qt::AlignTop);
+    }
+    imports_->addLayout(row);
+}
+
+void ExchangeSettings::undo(const Uuid& id) {
+    if (job_.isRunning()) return;
+    QMessageBox question(
+        QMessageBox::Question,
+        tr("Undo the import"),
+        tr("The notes that it made go to the trash. Notes that it replaced stay as they are."),
+        QMessageBox::Cancel,
+        this);
+    const QPushButton* const yes = question.addButton(tr("Undo Import"), QMessageBox::AcceptRole);
+    question.exec();
+    if (question.clickedButton() != yes) return;
+    job_.start([this, id](const Job::Given& given) {
+        ImportReports(environment_.clock()).undo(given.context, id, {.stop = given.stop});
+    });
+}
+
+}  // namespace tesserine::app

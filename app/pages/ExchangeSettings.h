@@ -1,0 +1,33 @@
+#pragma once
+
+#include "app/pages/Job.h"
+#include "app/pages/SettingsForm.h"
+#include "base/Uuid.h"
+
+class QVBoxLayout;
+
+namespace tesserine::app {
+
+/// The ways in and out, and past imports, which can be undone.
+class ExchangeSettings final : public SettingsForm {
+    Q_OBJECT
+
+public:
+    explicit ExchangeSettings(AppEnvironment& environment, QWidget* parent = nullptr);
+
+signals:
+    void importAsked();
+    void exportAsked();
+
+private:
+    void showImports();
+    void addImport(const Uuid& id, const QString& title, const QString& outcome, bool canUndo);
+    void undo(const Uuid& id);
+
+    AppEnvironment& environment_;
+    QVBoxLayout* imports_ = nullptr;
+    QWidget* list_ = nullptr;
+    Job job_;
+};
+
+}  // namespace tesserine::app

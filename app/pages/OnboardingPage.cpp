@@ -1,0 +1,103 @@
+#include "app/pages/OnboardingPage.h"
+
+#include "app/look/IconLabel.h"
+#include "app/pages/ChoiceCard.h"
+#include "app/pages/PageParts.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace tesserine::app {
+namespace {
+
+constexpr int columnWidth = 480;
+
+/// "~/Notes" for what lies in the user's own folder.
+QString shortPath(const QString& path) {
+    const QString home = QDir::homePath();
+    return path.startsWith(home + "/") ? "~" + path.mid(home.size()) : path;
+}
+
+}  // namespace
+
+OnboardingPage::OnboardingPage(const std::filesystem::path& proposed, QWidget* parent)
+    : QWidget(parent),
+      folder_(QString::fromStdString(proposed.string())),
+      place_(makeText({}, TextRole::body, this)) {
+    setObjectName("onboardingPage");
+    auto* const middle = new QWidget(this);
+    middle->setMaximumWidth(columnWidth);
+
+    auto* const fresh = new ChoiceCard(
+        "note-add",
+        tr("Start Fresh"),
+        tr("An empty library with five short notes that show how things work."),
+        middle);
+    auto* const bringIn = new ChoiceCard(
+        "import",
+        tr("Import Notes"),
+        tr("Bring in a folder of Markdown or an export of another program. What was there stays "
+           "as it is."),
+        middle);
+    fresh->setObjectName("startFresh");
+    bringIn->setObjectName("importNotes");
+    connect(fresh, &ChoiceCard::clicked, this, [this] { emit freshStartChosen(folder_); });
+    connect(bringIn, &ChoiceCard::clicked, this, [this] { emit importChosen(folder_); });
+
+    auto* const change = new QPushButton(tr("Choose Another Folder"), middle);
+    connect(change, &QPushButton::clicked, this, &OnboardingPage::chooseFolder);
+    place_->setObjectName("libraryFolder");
+    auto* const placeWords = new QVBoxLayout;
+    placeWords->setSpacing(space::hair);
+    placeWords->addWidget(makeHint(tr("Your library will be kept in"), middle));
+    placeWords->addWidget(place_);
+    auto* const placeRow = new QHBoxLayout;
+    placeRow->addWidget(new IconLabel(icon("folder", Ink::secondary), 20, middle));
+    placeRow->addSpacing(space::small);
+    placeRow->addLayout(placeWords, 1);
+    placeRow->addWidget(change);
+
+    auto* const column = new QVBoxLayout(middle);
+    column->setSpacing(space::small);
+    column->addStretch(2);
+    column->addWidget(new IconLabel(programIcon(), 72, middle));
+    column->addSpacing(space::medium);
+    column->addWidget(makeText(tr("Welcome to Tesserine"), TextRole::display, middle));
+    column->addWidget(makeHint(
+        tr("Notes and tasks that stay yours: one library on your own disk, and nothing that "
+           "needs an account."),
+        middle));
+    column->addSpacing(space::huge);
+    column->addWidget(fresh);
+    column->addWidget(bringIn);
+    column->addSpacing(space::huge);
+    column->addLayout(placeRow);
+    column->addStretch(3);
+
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(space::huge, space::huge, space::huge, space::huge);
+    row->addStretch(1);
+    row->addWidget(middle, 1000);
+    row->addStretch(1);
+    showPlace();
+    fresh->setFocus();
+}
+
+void OnboardingPage::chooseFolder() {
+    const QString chosen = QFileDialog::getExistingDirectory(
+        this, tr("Choose a folder for the library"), QDir::homePath());
+    if (chosen.isEmpty()) return;
+    folder_ = chosen;
+    showPlace();
+}
+
+void OnboardingPage::showPlace() {
+    place_->setText(shortPath(folder_));
+    place_->setToolTip(folder_);
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,87 @@
+#include "app/pages/PageParts.h"
+
+#include <QDesktopServices>
+#include <QEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QUrl>
+
+namespace tesserine::app {
+namespace {
+
+QColor colorOf(Tone tone) {
+    const Colors& colors = Theme::colors();
+    switch (tone) {
+    case Tone::text: return colors.text;
+    case Tone::secondary: return colors.secondaryText;
+    case Tone::danger: return colors.danger;
+    case Tone::success: return colors.success;
+    }
+    return colors.text;
+}
+
+/// Gives its label the ink anew whenever the application's colours change.
+class ToneKeeper final : public QObject {
+public:
+    ToneKeeper(QLabel& label, Tone tone) : QObject(&label), label_(label), tone_(tone) {
+        setObjectName("toneKeeper");
+        label.installEventFilter(this);
+        apply();
+    }
+    void setTone(Tone tone) {
+        tone_ = tone;
+        apply();
+    }
+
+private:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::ApplicationPaletteChange) apply();
+        return QObject::eventFilter(watched, event);
+    }
+    void apply() {
+        QPalette palette;
+        palette.setColor(QPalette::WindowText, colorOf(tone_));
+        label_.setPalette(palette);
+    }
+
+    QLabel& label_;
+    Tone tone_;
+};
+
+}  // namespace
+
+void setTone(QLabel& label, Tone tone) {
+    auto* const keeper = label.findChild<QObject*>("toneKeeper", Qt::FindDirectChildrenOnly);
+    if (keeper) {
+        static_cast<ToneKeeper*>(keeper)->setTone(tone);
+    } else {
+        new ToneKeeper(label, tone);
+    }
+}
+
+QLabel* makeText(const QString& text, TextRole role, QWidget* parent) {
+    auto* const label = new QLabel(text, parent);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setFont(Theme::font(role));
+    return label;
+}
+
+QLabel* makeHint(const QString& text, QWidget* parent) {
+    QLabel* const label = makeText(text, TextRole::body, parent);
+    setTone(*label, Tone::secondary);
+    return label;
+}
+
+QPushButton* makeMainButton(const QString& title, QWidget* parent) {
+    auto* const button = new QPushButton(title, parent);
+    button->setDefault(true);
+    button->setAutoDefault(true);
+    return button;
+}
+
+bool showFolder(const QString& folder) {
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,133 @@
+#include "app/pages/SettingsForm.h"
+
+#include "app/pages/PageParts.h"
+#include "app/state/Notice.h"
+#include "base/Files.h"
+#include "base/Preferences.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tesserine::app {
+namespace {
+
+QWidget* makeLine(QWidget* parent) {
+    auto* const line = new QFrame(parent);
+    line->setFrameShape(QFrame::HLine);
+    line->setFrameShadow(QFrame::Plain);
+    line->setForegroundRole(QPalette::Mid);
+    return line;
+}
+
+}  // namespace
+
+SettingsForm::SettingsForm(const QString& title, Preferences& preferences, QWidget* parent)
+    : QWidget(parent), preferences_(preferences), column_(new QVBoxLayout) {
+    auto* const all = new QVBoxLayout(this);
+    all->setContentsMargins(space::vast, space::huge, space::vast, space::huge);
+    all->addWidget(makeText(title, TextRole::title, this));
+    all->addSpacing(space::medium);
+    all->addLayout(column_);
+    all->addStretch(1);
+    column_->setSpacing(space::medium);
+    setAccessibleName(title);
+}
+
+void SettingsForm::addHeading(const QString& title) {
+    column_->addSpacing(space::small);
+    column_->addWidget(makeText(title, TextRole::heading, this));
+}
+
+void SettingsForm::addWide(QWidget* widget) { column_->addWidget(widget); }
+
+void SettingsForm::addRow(const Words& words, QWidget* control) {
+    auto* const text = new QVBoxLayout;
+    text->setSpacing(space::hair);
+    text->addWidget(makeText(words.title, TextRole::body, this));
+    if (!words.hint.isEmpty()) {
+        QLabel* const hint = makeHint(words.hint, this);
+        hint->setFont(Theme::font(TextRole::caption));
+        text->addWidget(hint);
+    }
+    auto* const row = new QHBoxLayout;
+    row->setSpacing(space::huge);
+    row->addLayout(text, 1);
+    row->addWidget(control, 0, Qt::AlignTop);
+    if (control->accessibleName().isEmpty()) control->setAccessibleName(words.title);
+    control->setAccessibleDescription(words.hint);
+    column_->addLayout(row);
+    column_->addWidget(makeLine(this));
+}
+
+void SettingsForm::addSwitch(const std::string& key, const Words& words, bool fallback) {
+    auto* const box = new QCheckBox(this);
+    box->setObjectName(QString::fromStdString(key));
+    box->setChecked(preferences_.boolean(key).value_or(fallback));
+    connect(box, &QCheckBox::toggled, this, [this, key](bool isOn) {
+        keep(key, [&] { preferences_.set(key, isOn); });
+    });
+    addRow(words, box);
+}
+
+QComboBox& SettingsForm::addChoice(
+    const std::string& key, const Words& words, const std::vector<Option>& options) {
+    auto* const box = new QComboBox(this);
+    box->setObjectName(QString::fromStdString(key));
+    const auto present = preferences_.integer(key);
+    int unset = 0;
+    int shown = -1;
+    for (const Option& option : options) {
+        if (!option.number) unset = box->count();
+        if (option.number && present == *option.number) shown = box->count();
+        box->addItem(option.title);
+    }
+    box->setCurrentIndex(shown < 0 ? unset : shown);
+    connect(box, &QComboBox::activated, this, [this, key, options](int index) {
+        const auto number = options[static_cast<std::size_t>(index)].number;
+        keep(key, [&] { number ? preferences_.set(key, *number) : preferences_.remove(key); });
+    });
+    addRow(words, box);
+    return *box;
+}
+
+QComboBox& SettingsForm::addChoice(
+    const std::string& key, const Words& words, const std::vector<WordOption>& options) {
+    auto* const box = new QComboBox(this);
+    box->setObjectName(QString::fromStdString(key));
+    for (const WordOption& option : options)
+        box->addItem(option.title);
+    const auto present = preferences_.string(key);
+    const auto shown = std::ranges::find(options, present.value_or(""), &WordOption::word);
+    box->setCurrentIndex(shown == options.end() ? 0 : static_cast<int>(shown - options.begin()));
+    connect(box, &QComboBox::activated, this, [this, key, options](int index) {
+        keep(key, [&] { preferences_.set(key, options[static_cast<std::size_t>(index)].word); });
+    });
+    addRow(words, box);
+    return *box;
+}
+
+QPushButton& SettingsForm::addButton(const Words& words, const QString& button) {
+    auto* const made = new QPushButton(button, this);
+    made->setAccessibleName(button);
+    made->setAutoDefault(false);
+    addRow(words, made);
+    return *made;
+}
+
+void SettingsForm::keep(const std::string& key, const std::function<void()>& set) {
+    try {
+        set();
+        emit changed(QString::fromStdString(key));
+    } catch (const FileError& error) {
+        showNotice(this, error.what());
+    }
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,89 @@
+#include "app/pages/SettingsPage.h"
+
+#include "app/state/WindowFixture.h"
+#include "search/SearchSynonyms.h"
+
+#include <gtest/gtest.h>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include <string>
+#include <vector>
+
+namespace tesserine::app {
+namespace {
+
+class SettingsPageTest : public test::WindowFixture {
+protected:
+    SettingsPageTest() {
+        QObject::connect(&page, &SettingsPage::changed, &page, [this](const QString& key) {
+            changed.push_back(key.toStdString());
+        });
+    }
+    ~SettingsPageTest() override { environment->waitForBackground(); }
+
+    void choose(const char* key, int index) {
+        auto& box = *page.findChild<QComboBox*>(key);
+        box.setCurrentIndex(index);
+        emit box.activated(index);
+    }
+    void press(const char* title) {
+        for (QPushButton* button : page.findChildren<QPushButton*>()) {
+            if (button->text() == title) button->click();
+        }
+    }
+    std::string text(const char* label) {
+        return page.findChild<QLabel*>(label)->text().toStdString();
+    }
+
+    SettingsPage page{*environment};
+    std::vector<std::string> changed;
+};
+
+TEST_F(SettingsPageTest, WhatIsChangedIsKeptAndToldAtOnce) {
+    Preferences& preferences = environment->preferences();
+    choose("tesserine.appearance", 2);
+    EXPECT_EQ(preferences.string("tesserine.appearance"), "dark");
+    choose("tesserine.trashRetentionDays", 2);
+    EXPECT_EQ(preferences.integer("tesserine.trashRetentionDays"), 30);
+    choose("tesserine.trashRetentionDays", 0);
+    EXPECT_FALSE(preferences.integer("tesserine.trashRetentionDays")) << "for ever is not a number";
+    page.findChild<QCheckBox*>("tesserine.reduceMotion")->click();
+    EXPECT_EQ(preferences.boolean("tesserine.reduceMotion"), true);
+    EXPECT_EQ(
+        changed,
+        (std::vector<std::string>{
+            "tesserine.appearance",
+            "tesserine.trashRetentionDays",
+            "tesserine.trashRetentionDays",
+            "tesserine.reduceMotion"}));
+    EXPECT_FALSE(page.findChild<QCheckBox*>("tesserine.menuBarOnly")) << "this desktop has no tray";
+
+    const SettingsPage later(*environment);
+    EXPECT_EQ(later.findChild<QComboBox*>("tesserine.appearance")->currentText(), "Dark");
+    EXPECT_TRUE(later.findChild<QCheckBox*>("tesserine.reduceMotion")->isChecked());
+    environment->waitForBackground();
+}
+
+TEST_F(SettingsPageTest, SynonymsAreKeptAfterAPauseOfTyping) {
+    page.findChild<QPlainTextEdit*>("synonyms")->setPlainText("car, auto\nonly one\n");
+    ASSERT_TRUE(waitUntil([&] { return !changed.empty(); }));
+    EXPECT_EQ(SearchSynonyms::load(environment->preferences()).lines(), "car, auto\n");
+}
+
+TEST_F(SettingsPageTest, BacksUpAndChecksWhatIsThere) {
+    addNote("Plan");
+    ASSERT_TRUE(waitUntil([&] { return text("backups") == "There is no backup yet."; }));
+    press("Back Up Now");
+    EXPECT_TRUE(
+        waitUntil([&] { return text("backups") == "One backup, of 14 March 2026, 09:00."; }));
+    press("Check Now");
+    EXPECT_TRUE(waitUntil([&] { return text("careResult").starts_with("Everything is in order"); }))
+        << text("careResult");
+}
+
+}  // namespace
+}  // namespace tesserine::app

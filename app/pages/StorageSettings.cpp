@@ -1,0 +1,190 @@
+#include "app/pages/StorageSettings.h"
+
+#include "app/pages/PageParts.h"
+#include "core/services/LibraryCare.h"
+#include "core/services/LibraryChecker.h"
+#include "core/services/TrashRetention.h"
+#include "core/store/LibraryBackup.h"
+
+#include <QDir>
+#include <QLabel>
+#include <QLocale>
+#include <QPushButton>
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+namespace tesserine::app {
+namespace {
+
+/// What the page tells of the files, read off the main thread.
+struct Facts {
+    std::uint64_t byteCount = 0;
+    std::vector<LibraryBackup> backups{};
+};
+
+std::uint64_t sizeOf(const std::filesystem::path& folder, const std::filesystem::path& without) {
+    std::uint64_t size = 0;
+    std::error_code ignored;
+    auto entry = std::filesystem::recursive_directory_iterator(folder, ignored);
+    for (; entry != std::filesystem::recursive_directory_iterator(); entry.increment(ignored)) {
+        if (entry->path() == without) entry.disable_recursion_pending();
+        if (entry->is_regular_file(ignored)) size += entry->file_size(ignored);
+        if (ignored) ignored.clear();
+    }
+    return size;
+}
+
+QString sizeText(std::uint64_t bytes) {
+    return QLocale().formattedDataSize(
+        static_cast<qint64>(bytes), 1, QLocale::DataSizeTraditionalFormat);
+}
+
+QString backupsText(const std::vector<LibraryBackup>& backups, const Calendar& calendar) {
+    if (backups.empty()) return StorageSettings::tr("There is no backup yet.");
+    const LocalTime newest = calendar.local(backups.front().createdAt);
+    const QString day = QString::fromStdString(calendar.longDate(backups.front().createdAt));
+    const QString time =
+        QString("%1:%2").arg(newest.hour, 2, 10, QChar('0')).arg(newest.minute, 2, 10, QChar('0'));
+    return (backups.size() == 1 ? StorageSettings::tr("One backup, of %1, %2.")
+                                : StorageSettings::tr("%3 backups, the newest of %1, %2."))
+        .arg(day, time)
+        .arg(backups.size());
+}
+
+QString reportText(const LibraryReport& report) {
+    if (report.wasStopped) return StorageSettings::tr("The check was stopped.");
+    if (report.isClean()) {
+        return StorageSettings::tr("Everything is in order: %1 objects, %2 note bodies, %3 files.")
+            .arg(report.objects)
+            .arg(report.bodies)
+            .arg(report.files);
+    }
+    QStringList lines{StorageSettings::tr("%1 of %2 problems could be repaired.")
+                          .arg(report.repairedCount())
+                          .arg(report.problems.size())};
+    constexpr std::size_t mostLines = 8;
+    for (const LibraryProblem& problem : report.problems) {
+        if (static_cast<std::size_t>(lines.size()) > mostLines) break;
+        lines << QString::fromStdString(problem.sentence);
+    }
+    return lines.join('\n');
+}
+
+}  // namespace
+
+StorageSettings::StorageSettings(AppEnvironment& environment, QWidget* parent)
+    : SettingsForm(tr("Storage"), environment.preferences(), parent),
+      environment_(environment),
+      size_(makeHint({}, this)),
+      backups_(makeHint({}, this)),
+      result_(makeHint({}, this)),
+      job_(environment) {
+    addPlace();
+    addHeading(tr("Trash"));
+    addChoice(
+        std::string(TrashRetention::daysKey),
+        {tr("Keep deleted notes"),
+         tr("After that they are deleted for good, at a start of the program and after a "
+            "backup.")},
+        std::vector<Option>{
+            {tr("Until I empty the trash")},
+            {tr("7 days"), 7},
+            {tr("30 days"), 30},
+            {tr("90 days"), 90}});
+    addBackups();
+    addCheck();
+    connect(&job_, &Job::failed, this, [this](const QString& sentence) {
+        setTone(*result_, Tone::danger);
+        result_->setText(sentence);
+    });
+    connect(&job_, &Job::finished, this, &StorageSettings::showFacts);
+    showFacts();
+}
+
+void StorageSettings::addPlace() {
+    const QString folder = QString::fromStdString(environment_.setting().library.string());
+    QPushButton& show =
+        addButton({tr("Library folder"), QDir::toNativeSeparators(folder)}, tr("Show in Folder"));
+    connect(&show, &QPushButton::clicked, this, [folder] { showFolder(folder); });
+    size_->setObjectName("librarySize");
+    addWide(size_);
+}
+
+void StorageSettings::addBackups() {
+    addHeading(tr("Backups"));
+    backups_->setObjectName("backups");
+    addWide(backups_);
+    QPushButton& now = addButton(
+        {tr("Backup"),
+         tr("One is made each day and before every import. One made by hand is kept until you "
+            "remove it.")},
+        tr("Back Up Now"));
+    connect(&now, &QPushButton::clicked, this, &StorageSettings::backUp);
+}
+
+void StorageSettings::addCheck() {
+    addHeading(tr("Care"));
+    QPushButton& examine = addButton(
+        {tr("Check the library"),
+         tr("Reads everything, compares it with what was written, and repairs what can be "
+            "repaired without losing anything.")},
+        tr("Check Now"));
+    connect(&examine, &QPushButton::clicked, this, &StorageSettings::check);
+    result_->setObjectName("careResult");
+    addWide(result_);
+}
+
+void StorageSettings::showFacts() {
+    const auto facts = std::make_shared<Facts>();
+    environment_.inBackground(
+        [this, facts](StoreContext&, auto) {
+            const std::filesystem::path folder = environment_.setting().library;
+            const LibraryBackups backups(
+                folder, environment_.clock(), environment_.random(), environment_.log());
+            facts->backups = backups.list();
+            facts->byteCount = sizeOf(folder, backups.folder());
+        },
+        this,
+        [this, facts] {
+            size_->setText(tr("%1 without its backups.").arg(sizeText(facts->byteCount)));
+            backups_->setText(backupsText(facts->backups, environment_.calendar()));
+        });
+}
+
+void StorageSettings::backUp() {
+    if (job_.isRunning()) return;
+    setTone(*result_, Tone::secondary);
+    backups_->setText(tr("Making a backup…"));
+    job_.start([this](const Job::Given& given) {
+        const LibraryBackups backups(
+            environment_.setting().library,
+            environment_.clock(),
+            environment_.random(),
+            environment_.log());
+        backups.create(environment_.store(), "manual", std::nullopt, given.stop);
+    });
+}
+
+void StorageSettings::check() {
+    if (job_.isRunning()) return;
+    setTone(*result_, Tone::secondary);
+    result_->setText(tr("Reading the library…"));
+    const auto report = std::make_shared<LibraryReport>();
+    job_.start([this, report](const Job::Given& given) {
+        *report =
+            LibraryChecker(environment_.store(), environment_.clock()).check({.stop = given.stop});
+    });
+    connect(
+        &job_,
+        &Job::finished,
+        result_,
+        [this, report] {
+            setTone(*result_, report->isClean() ? Tone::success : Tone::danger);
+            result_->setText(reportText(*report));
+        },
+        Qt::SingleShotConnection);
+}
+
+}  // namespace tesserine::app
