@@ -53,7 +53,7 @@ std::string near(const QueryFilter& filter) {
 std::string ofValue(const QueryFilter& filter, const QueryValue& value) {
     const bool isNone = !value.isQuoted && text::asciiLowercased(value.text) == "none";
     const bool isExact = filter.comparison == QueryFilter::Comparison::equal;
-    const std::string shown = strong(std::string(value.stem()) + (value.isBeginning() ? "…" : ""));
+    std::string shown = strong(std::string(value.stem()) + (value.isBeginning() ? "…" : ""));
     switch (filter.field) {
     case QueryField::tag:
         if (isNone) return "without tags";

@@ -4,10 +4,10 @@
 #include "tests/support/Child.h"
 #include "tests/support/FaultyVFS.h"
 
-#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <functional>
 #include <random>
 #include <thread>

@@ -96,12 +96,12 @@ TEST_F(QueryCompilerTest, QuotesEveryWord) {
              Case{"red wine", R"((w : "red" AND w : "wine"))"},
              Case{"red OR wine*", R"((w : "red" OR w : "wine"*))"},
              Case{R"("red \"wine\" OR")", R"(w : "red ""wine"" OR")"},
-             Case{"(a OR \"b c\") d", R"(((w : "a" OR w : "b c") AND w : "d"))"},
-             Case{"title:x,\"y z\" body:v*", R"((title : ("x" OR "y z") AND body : "v"*))"},
+             Case{R"((a OR "b c") d)", R"(((w : "a" OR w : "b c") AND w : "d"))"},
+             Case{R"(title:x,"y z" body:v*)", R"((title : ("x" OR "y z") AND body : "v"*))"},
              Case{"*voic*", R"(w : ("invoice" OR "voice"))"},
              Case{"メモ", R"(w : ("日本語のメモ" OR "メモ"))"},
              Case{"INVOICE", R"(w : ("INVOICE" OR "bill" OR "credit note"))"},
-             Case{"\"invoice\"", R"(w : "invoice")"},
+             Case{R"("invoice")", R"(w : "invoice")"},
          }) {
         EXPECT_EQ(match(query), expected) << query;
     }
@@ -120,9 +120,9 @@ TEST_F(QueryCompilerTest, FindsNumbersAndDatesHoweverTheyAreWritten) {
                  R"(keys : "tsn2025" OR keys : "tsn2025p00" OR w : "2025"))))"},
              Case{"rev-2025-01-15", R"(w : "rev-2025-01-15")"},
              Case{
-                 "amount:9.9 account:\"1234 5678\"",
+                 R"(amount:9.9 account:"1234 5678")",
                  R"((keys : ("tsn9p9" OR "tsn9p90") AND keys : "tsd12345678"))"},
-             Case{"\"1,234.50\"", R"(w : "1,234.50")"},
+             Case{R"("1,234.50")", R"(w : "1,234.50")"},
              Case{"tsy2025", R"(w : "tsy2025")"},
          }) {
         EXPECT_EQ(match(query), expected) << query;
@@ -137,8 +137,8 @@ TEST_F(QueryCompilerTest, RanksTheTypedWordsInTheirOrderHigher) {
     for (const auto& [query, expected] : {
              Case{"annual report", R"(w : "annual report")"},
              Case{"inv*", R"(w : "inv")"},
-             Case{"annual \"x y\" report -z tag:a", R"(w : "annual report")"},
-             Case{"\"x y\"", "none"},
+             Case{R"(annual "x y" report -z tag:a)", R"(w : "annual report")"},
+             Case{R"("x y")", "none"},
              Case{"a OR b", "none"},
          }) {
         EXPECT_EQ(shortened(compiled(query).search.strict.value_or("none")), expected) << query;
@@ -146,7 +146,7 @@ TEST_F(QueryCompilerTest, RanksTheTypedWordsInTheirOrderHigher) {
 }
 
 TEST_F(QueryCompilerTest, LeavesOutWhatIsNegated) {
-    const auto negated = compiled("a -b -\"c d\" -(e f) -(g OR h)").search.negated;
+    const auto negated = compiled(R"(a -b -"c d" -(e f) -(g OR h))").search.negated;
     std::vector<std::string> lines;
     lines.reserve(negated.size());
     for (const std::string& expression : negated) {
@@ -160,7 +160,7 @@ TEST_F(QueryCompilerTest, LeavesOutWhatIsNegated) {
 
 TEST_F(QueryCompilerTest, StatesConditions) {
     const std::string tag = "('\x1F' || docs.tags_fold || '\x1F') LIKE ? ESCAPE '\\'";
-    const std::string book = "docs.notebook_fold LIKE ? ESCAPE '\\'";
+    const std::string book = R"(docs.notebook_fold LIKE ? ESCAPE '\')";
     const std::string ids = "docs.uid IN (SELECT value FROM json_each(?))";
     const std::string text = "docs.rowid IN (SELECT rowid FROM fts WHERE fts MATCH ?)";
     struct Line {
@@ -182,7 +182,7 @@ TEST_F(QueryCompilerTest, StatesConditions) {
         {"tag:pro* tag:none", tag + " <%\x1Fpro%\x1F%> & " + tag + " <%\x1F\x1F%>"},
         {"notebook:Work", "(" + book + " OR " + book + ") <work> <plane>"},
         {"in:=Work", book + " <work>"},
-        {"in:\"Home Ü\" notebook:none", book + " <home u> & " + book + " <>"},
+        {R"(in:"Home Ü" notebook:none)", book + " <home u> & " + book + " <>"},
         {"in:Twins", ids + R"( <["A","B"]>)"},
         {"created:2025", "(docs.created >= ? AND docs.created < ?) <1735689600> <1767225600>"},
         {"created:7d before:2025-01-15 after:2025",
@@ -194,19 +194,19 @@ TEST_F(QueryCompilerTest, StatesConditions) {
         {"created:>2025 created:<=2024",
          "docs.created >= ? <1767225600> & docs.created < ? "
          "<1735689600>"},
-        {"has:pdf,text", "(docs.types_fold LIKE ? ESCAPE '\\' OR docs.att_text > 0) <%pdf%>"},
+        {"has:pdf,text", R"((docs.types_fold LIKE ? ESCAPE '\' OR docs.att_text > 0) <%pdf%>)"},
         {"is:task is:pinned", "docs.kind = ? <task> & docs.favorite = 1"},
         {"in:trash", "docs.trashed = 1"},
         {"in:anywhere", ""},
-        {"is:overdue p1", ids + " <[\"K6 14\"]> & " + ids + " <[\"K9 11\"]>"},
-        {"priority:>=2 priority:1..3", ids + " <[\"K9 24\"]> & " + ids + " <[\"K9 13\"]>"},
+        {"is:overdue p1", ids + R"( <["K6 14"]> & )" + ids + R"( <["K9 11"]>)"},
+        {"priority:>=2 priority:1..3", ids + R"( <["K9 24"]> & )" + ids + R"( <["K9 13"]>)"},
         {"file:scan",
          "docs.uid IN (SELECT atts.note_uid FROM afts JOIN atts ON atts.rowid = "
-         "afts.rowid WHERE afts MATCH ?) <filename : \"scan\">"},
+         R"(afts.rowid WHERE afts MATCH ?) <filename : "scan">)"},
         {"near:10,20,111.19493km",
          "(docs.latitude IS NOT NULL AND docs.longitude IS NOT NULL AND docs.latitude BETWEEN "
          "? AND ? AND docs.longitude BETWEEN ? AND ?) <9> <11> <19> <21>"},
-        {"a OR is:task", "(" + text + " OR docs.kind = ?) <w : \"a\"> <task>"},
+        {"a OR is:task", "(" + text + R"( OR docs.kind = ?) <w : "a"> <task>)"},
     };
     for (const auto& [query, expected] : table) {
         EXPECT_EQ(shortened(filters(query)), expected) << query;

@@ -98,11 +98,11 @@ TEST(QueryParser, ReadsWordsPhrasesAndTags) {
              Case{"inv*", "inv*"},
              Case{"*voic*", "*voic*"},
              Case{"*ice", "*ice*"},
-             Case{"\"annual report\"", "'annual report'"},
-             Case{R"("say \"no\" now")", "'say \"no\" now'"},
-             Case{"\"left open", "'left open'"},
-             Case{"a\"b c\"d", "a 'b c' d"},
-             Case{"#work #\"to do\" C#", "[tag:'work'] [tag:'to do'] C#"},
+             Case{R"("annual report")", "'annual report'"},
+             Case{R"("say \"no\" now")", R"('say "no" now')"},
+             Case{R"("left open)", "'left open'"},
+             Case{R"(a"b c"d)", "a 'b c' d"},
+             Case{R"(#work #"to do" C#)", "[tag:'work'] [tag:'to do'] C#"},
              Case{"#work, #home", "[tag:'work'] [tag:'home']"},
          }) {
         EXPECT_EQ(read(query), tree) << query;
@@ -116,7 +116,7 @@ TEST(QueryParser, ReadsFields) {
              Case{"tag: work", "[tag:work]"},
              Case{"tag:=work -tag:a,b", "[tag:=work] -[tag:a,b]"},
              Case{
-                 "in:\"Work / Plans\" in:trash in:\"trash\"",
+                 R"(in:"Work / Plans" in:trash in:"trash")",
                  "[notebook:'Work / Plans'] [scope:trash] [notebook:'trash']"},
              Case{
                  "created:2025-01..2025-03 since:>=7d due:..today",
@@ -129,7 +129,7 @@ TEST(QueryParser, ReadsFields) {
              Case{"tag:", ""},
              Case{"tag: is:open", "[is:open]"},
              Case{"tag: OR b", "b"},
-             Case{"tag:\"\" tag:,a", "[tag:a]"},
+             Case{R"(tag:"" tag:,a)", "[tag:a]"},
          }) {
         EXPECT_EQ(read(query), tree) << query;
     }
@@ -137,8 +137,9 @@ TEST(QueryParser, ReadsFields) {
 
 TEST(QueryParser, LeavesOutWhatMakesNoSense) {
     for (const char* nothing :
-         {"",  " \t\n", "\"",  "\"\"", "(((",   ")))", "()", "-", "--",   "*",       "**",
-          "#", "OR",    "NOT", "|",    "& AND", "!?",  "—",  "🎉", "tag:", "- \"?\"", "NOT (OR)"}) {
+         {"",   " \t\n", R"(")", R"("")", "(((",      ")))",     "()", "-",
+          "--", "*",     "**",   "#",     "OR",       "NOT",     "|",  "& AND",
+          "!?", "—",     "🎉",    "tag:",  R"(- "?")", "NOT (OR)"}) {
         EXPECT_EQ(read(nothing), "") << nothing;
     }
     for (const auto& [query, tree] : {
@@ -157,7 +158,7 @@ TEST(QueryParser, LeavesOutWhatMakesNoSense) {
 
 TEST(QueryParser, SaysWhatItLeftOutOrMisread) {
     EXPECT_THAT(
-        parseQuery("author:smith 10:30 C:\\x http://a.b").hints,
+        parseQuery(R"(author:smith 10:30 C:\x http://a.b)").hints,
         testing::ElementsAre("“author:” is no field, so it was looked for as text."));
     std::string many;
     for (int i = 0; i < 40; ++i) {
@@ -174,7 +175,7 @@ TEST(QueryParser, TheWordBeingTypedIsABeginning) {
     for (const auto& [query, tree] : {
              Case{"red win", "red win*"},
              Case{"red win ", "red win"},
-             Case{"\"red win", "'red win'"},
+             Case{R"("red win)", "'red win'"},
              Case{"red -win", "red -win*"},
              Case{"tag:wi", "[tag:wi]"},
              Case{"title:wi", "[title:wi*]"},
@@ -187,8 +188,8 @@ TEST(QueryParser, TheWordBeingTypedIsABeginning) {
 TEST(QueryParser, AnswersEveryTextSoon) {
     test::SeededRandom random(7);
     constexpr std::string_view pieces[] = {
-        "\"",   "(",        ")", "-", "!",    "*",  "#", ":", ",", "..",    " ", "OR ", "NOT ",
-        "tag:", "in:trash", "a", "é", "日本", "\\", "%", "|", "&", "near:", ">", "1,2", "\u3000"};
+        R"(")", "(",        ")", "-", "!",    "*",    "#", ":", ",", "..",    " ", "OR ", "NOT ",
+        "tag:", "in:trash", "a", "é", "日本", R"(\)", "%", "|", "&", "near:", ">", "1,2", "\u3000"};
     for (int i = 0; i < 2'000; ++i) {
         std::string text;
         for (std::uint64_t j = random.below(40); j > 0; --j) {
@@ -198,7 +199,7 @@ TEST(QueryParser, AnswersEveryTextSoon) {
         EXPECT_LE(depth(parseQuery(text).root), 3 * maximumQueryTerms);
     }
     for (const char* piece :
-         {"(", "-", "\"", "a", "a ", "tag:", "-(", "\\\"", ",", "tag:,", "* "}) {
+         {"(", "-", R"(")", "a", "a ", "tag:", "-(", R"(\")", ",", "tag:,", "* "}) {
         std::string text;
         while (text.size() < 1'000'000) {
             text += piece;

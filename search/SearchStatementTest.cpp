@@ -20,9 +20,9 @@ const Instant now = Instant::fromSeconds(1'773'223'200);
 
 TEST(SearchStatement, RanksMatchesAndBindsTheScoreTwice) {
     const Search search{
-        .match = "\"a\"",
-        .strict = "\"a b\"",
-        .negated = {"\"c\""},
+        .match = R"("a")",
+        .strict = R"("a b")",
+        .negated = {R"("c")"},
         .filters = {filter::isTrashed(false), filter::isKind(SearchKind::note)},
         .limit = 20};
     const std::string score =
@@ -52,14 +52,14 @@ TEST(SearchStatement, RanksMatchesAndBindsTheScoreTwice) {
         {month,
          year,
          threeYears,
-         "\"a b\"",
-         "\"a\"",
-         "\"c\"",
+         R"("a b")",
+         R"("a")",
+         R"("c")",
          "note",
          month,
          year,
          threeYears,
-         "\"a b\"",
+         R"("a b")",
          std::int64_t{20}}};
     EXPECT_EQ(searchStatement(search, now), expected);
 }
@@ -89,17 +89,17 @@ TEST(SearchStatement, BrowsesFavouritesByTheTimeTheyWereMade) {
 
 TEST(SearchStatement, CountsNoFurtherThanItMust) {
     EXPECT_EQ(
-        countStatement({.match = "\"a\"", .filters = {filter::hasAttachmentText()}, .limit = 3}),
+        countStatement({.match = R"("a")", .filters = {filter::hasAttachmentText()}, .limit = 3}),
         (BoundSQL{
             "SELECT COUNT(*) FROM (SELECT 1 FROM fts CROSS JOIN docs ON docs.rowid = fts.rowid\n"
             "WHERE fts MATCH ? AND docs.att_text > 0\nLIMIT ?)",
-            {"\"a\"", std::int64_t{3}}}));
+            {R"("a")", std::int64_t{3}}}));
 }
 
 TEST(SearchStatement, FindsTheAttachmentsOfTheNotesShown) {
     const std::string marks = "'\xE2\x81\xA2[', ']\xE2\x81\xA2'";
     EXPECT_EQ(
-        attachmentStatement("\"a\"", {"X", "Y"}),
+        attachmentStatement(R"("a")", {"X", "Y"}),
         (BoundSQL{
             "SELECT atts.note_uid, atts.uid, atts.filename, atts.mime,\n       snippet(afts, 1, "
                 + marks + ", '…', 18),\n       highlight(afts, 0, " + marks
@@ -107,7 +107,7 @@ TEST(SearchStatement, FindsTheAttachmentsOfTheNotesShown) {
                   "FROM afts JOIN atts ON atts.rowid = afts.rowid\n"
                   "WHERE afts MATCH ? AND atts.note_uid IN (?,?)\n"
                   "ORDER BY bm25(afts, 4.0, 1.0, 0.0)",
-            {"\"a\"", "X", "Y"}}));
+            {R"("a")", "X", "Y"}}));
 }
 
 TEST(SearchFilters, StateTheirConditions) {
@@ -121,13 +121,13 @@ TEST(SearchFilters, StateTheirConditions) {
               {"(docs.created >= ? AND docs.created < ?)", {0.0, 86'400.0}}},
              {filter::created({.end = day}), {"docs.created < ?", {86'400.0}}},
              {filter::updatedSince(day), {"docs.updated >= ?", {86'400.0}}},
-             {filter::inNotebook("work"), {"docs.notebook_fold LIKE ? ESCAPE '\\'", {"work"}}},
+             {filter::inNotebook("work"), {R"(docs.notebook_fold LIKE ? ESCAPE '\')", {"work"}}},
              {filter::negation(filter::inNotebook("work")),
-              {"NOT (docs.notebook_fold LIKE ? ESCAPE '\\')", {"work"}}},
+              {R"(NOT (docs.notebook_fold LIKE ? ESCAPE '\'))", {"work"}}},
              {filter::carriesTag("work"),
               {"('\x1F' || docs.tags_fold || '\x1F') LIKE ? ESCAPE '\\'", {"%\x1Fwork\x1F%"}}},
-             {filter::hasType("1_0%\\"),
-              {"docs.types_fold LIKE ? ESCAPE '\\'", {"%1\\_0\\%\\\\%"}}},
+             {filter::hasType(R"(1_0%\)"),
+              {R"(docs.types_fold LIKE ? ESCAPE '\')", {R"(%1\_0\%\\%)"}}},
              {filter::isOneOf({"A", "B"}),
               {"docs.uid IN (SELECT value FROM json_each(?))", {R"(["A","B"])"}}},
              {filter::anyOf({filter::isKind(SearchKind::note), filter::hasAttachment()}),

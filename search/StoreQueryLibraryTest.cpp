@@ -65,8 +65,8 @@ TEST_F(StoreQueryLibraryTest, KnowsWhatTheIndexHasNoColumnFor) {
     task("done", "2026-03-13T00:00:00Z").completedAt = clock_.now();
     task("some day").priority = 1;
     note("reminded").reminderAt = clock_.now();
-    note("locked").html = "<div class=\"ts-encrypted\" data-ts-cipher=\"AA==\">x</div>";
-    note("quoting").html = "<p>&lt;div class=\"ts-encrypted\"</p>";
+    note("locked").html = R"(<div class="ts-encrypted" data-ts-cipher="AA==">x</div>)";
+    note("quoting").html = R"(<p>&lt;div class="ts-encrypted"</p>)";
     note("disputed").hasConflict = true;
     context().save();
 
