@@ -17,9 +17,11 @@ IndexWork::operator SearchWork() {
 
 void IndexWork::finish(SearchCoordinator::Outcome outcome) {
     if (outcome == SearchCoordinator::Outcome::stopped) throw Interrupted();
-    if (outcome == SearchCoordinator::Outcome::beingRebuilt) {
-        session_.remark("The search index is being rebuilt; some results may be missing.");
-    }
+    if (outcome == SearchCoordinator::Outcome::beingRebuilt) tellOfAnothersRebuild(session_);
+}
+
+void IndexWork::tellOfAnothersRebuild(Session& session) {
+    session.remark("The search index is being rebuilt; some results may be missing.");
 }
 
 }  // namespace tesserine::cli

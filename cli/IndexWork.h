@@ -19,6 +19,7 @@ public:
     /// Looks at how it ended: throws `Interrupted` when it was stopped, tells people when another
     /// process is still at it.
     void finish(SearchCoordinator::Outcome outcome);
+    static void tellOfAnothersRebuild(Session& session);
 
 private:
     Session& session_;

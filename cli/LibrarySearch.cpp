@@ -1,5 +1,6 @@
 #include "cli/LibrarySearch.h"
 
+#include "base/FailPoint.h"
 #include "base/Text.h"
 #include "cli/IndexWork.h"
 #include "cli/Session.h"
@@ -16,7 +17,15 @@ LibrarySearch::LibrarySearch(Session& session)
       synonyms_(SearchSynonyms::load(session.preferences())) {}
 
 SearchResponse LibrarySearch::search(const SearchEngine::Request& request) {
-    catchUp();
+    const bool isWhole = catchUp();
+    FAIL_POINT("search.caughtUp");
+    SearchResponse response = answer(request);
+    // Another program may have emptied the index since, to fill it again.
+    if (isWhole && coordinator_.isRebuildUnfinished()) IndexWork::tellOfAnothersRebuild(session_);
+    return response;
+}
+
+SearchResponse LibrarySearch::answer(const SearchEngine::Request& request) {
     try {
         return engine().search(request);
     } catch (const SQLiteDatabase::Error& error) {
@@ -44,15 +53,19 @@ std::string LibrarySearch::explanation(const std::string& query) const {
         parseQuery(text::sanitized(query)));
 }
 
-void LibrarySearch::catchUp() {
+/// Tells whether the index is whole then; if not, people were told.
+bool LibrarySearch::catchUp() {
     IndexWork work(session_, "Indexing");
     try {
-        work.finish(coordinator_.catchUp(work));
+        const auto outcome = coordinator_.catchUp(work);
+        work.finish(outcome);
+        return outcome == SearchCoordinator::Outcome::complete;
     } catch (const SQLiteDatabase::Error& error) {
         // A full disk, for instance: what is indexed can still be searched.
         if (!coordinator_.isOn()) throw;
         session_.remark(error.what());
         session_.log().warning(std::string("search index: ") + error.what());
+        return false;
     }
 }
 

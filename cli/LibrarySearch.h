@@ -29,7 +29,8 @@ public:
     std::string explanation(const std::string& query) const;
 
 private:
-    void catchUp();
+    bool catchUp();
+    SearchResponse answer(const SearchEngine::Request& request);
     SearchEngine& engine();
 
     Session& session_;

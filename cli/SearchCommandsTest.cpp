@@ -1,4 +1,7 @@
+#include "base/FailPoint.h"
 #include "cli/CommandFixture.h"
+#include "search/IndexMeta.h"
+#include "search/SearchIndex.h"
 #include "search/SearchStatement.h"
 
 namespace tesserine::cli {
@@ -32,6 +35,48 @@ TEST_F(SearchCommands, FindWhatOtherCommandsJustDid) {
     EXPECT_EQ(found("invoice in:trash"), "Rent");
     mustRun({"note", "delete", rent});
     EXPECT_EQ(found("invoice in:anywhere"), "Hotel");
+}
+
+TEST_F(SearchCommands, MendAnIndexThatProvesToBeDamaged) {
+    addNote("Rent", {"--text", "an invoice"});
+    EXPECT_EQ(found("invoice"), "Rent");
+    SearchIndex(library() / SearchIndex::fileName).perform([](SQLiteDatabase& index) {
+        index.execute("DELETE FROM fts_data WHERE id > 10");
+    });
+    EXPECT_EQ(found("invoice"), "Rent");
+    EXPECT_EQ(mustRun({"search", "invoice"}).error, "");
+}
+
+#ifdef TESSERINE_FAIL_POINTS
+
+TEST_F(SearchCommands, SayThatAnotherProgramHasJustBegunToRebuild) {
+    addNote("Rent", {"--text", "an invoice"});
+    EXPECT_EQ(found("invoice"), "Rent");
+    failpoint::arm("search.caughtUp", 1, [this] {
+        SearchIndex another(library() / SearchIndex::fileName);
+        another.batch([&] {
+            another.clear();
+            IndexMeta(another).beginRebuild(clock_.now());
+        });
+    });
+    EXPECT_EQ(
+        mustRun({"search", "invoice"}).error,
+        "The search index is being rebuilt; some results may be missing.\nNothing was found.\n");
+    EXPECT_EQ(found("invoice"), "Rent");  // nobody is at it any more
+}
+
+#endif
+
+TEST_F(SearchCommands, TakeAMegabyte) {
+    addNote("Rent", {"--text", "an invoice"});
+    std::string words = "invoice";
+    while (words.size() < 1'000'000) {
+        words += " invoice (\"";
+    }
+    for (const std::string& query :
+         {words, std::string(1'000'000, '('), std::string(1'000'000, 'x')}) {
+        EXPECT_EQ(run({"search", "--as-typed", query}).status, ExitStatus::done);
+    }
 }
 
 TEST_F(SearchCommands, AskTheLibraryWhatTheIndexDoesNotKnow) {

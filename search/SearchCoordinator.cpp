@@ -141,6 +141,8 @@ SearchCoordinator::Outcome SearchCoordinator::rebuild(const SearchWork& work) {
     return mending(work, [&] { return rebuildHere(work); });
 }
 
+bool SearchCoordinator::isRebuildUnfinished() { return IndexMeta(index()).isRebuildUnfinished(); }
+
 IndexCoverage SearchCoordinator::coverage() {
     return queue_.call<IndexCoverage>([&] { return compare(index(), reader()).coverage; });
 }

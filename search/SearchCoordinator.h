@@ -90,6 +90,9 @@ public:
     /// Catches up, mends what is missing, out of date or left over, and notes the time. Anything
     /// that mending cannot make healthy is rebuilt.
     Outcome repair(Care care, const SearchWork& work = {});
+    /// Whether the index is not whole now: after `catchUp` was complete, because another process
+    /// has begun to rebuild it.
+    bool isRebuildUnfinished();
     /// How the index stands now; changes nothing.
     IndexCoverage coverage();
 
