@@ -31,8 +31,8 @@ Distances distancesOf(const AttributedText::Paragraph& paragraph) {
     case Kind::codeBlock: return {0, 0, 14, 0};
     case Kind::bullet:
     case Kind::numbered:
-    case Kind::checklist: return {3, 3, 0, 1 + std::clamp(paragraph.indent, 0, 8)};
-    case Kind::quote: return {4, 4, 0, 1};
+    case Kind::checklist: return {4, 4, 0, 1 + std::clamp(paragraph.indent, 0, 8)};
+    case Kind::quote: return {9, 9, 0, 1};
     case Kind::divider: return {10, 10};
     case Kind::preserved:
     case Kind::encrypted: return {10, 10};

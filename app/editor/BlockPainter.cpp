@@ -20,7 +20,7 @@ namespace {
 using Kind = BlockStyle::Kind;
 
 /// How far the ground of code reaches above its first and below its last line.
-constexpr double codePadding = 6;
+constexpr double codePadding = 4;
 constexpr double barWidth = 3;
 
 }  // namespace
@@ -83,7 +83,7 @@ void BlockPainter::paintCode(QPainter& painter, const QTextBlock& block) const {
     const bool isFirst = !isAlike(block, block.previous());
     const bool isLast = !isAlike(block, block.next());
     if (isFirst) ground.setTop(ground.top() - codePadding);
-    if (isLast) ground.setBottom(ground.bottom() + codePadding);
+    ground.setBottom(isLast ? ground.bottom() + codePadding : groundOf(block.next()).top());
     // Rounded at its ends only: what would be rounded in between lies outside of the clip.
     painter.save();
     painter.setClipRect(ground, Qt::IntersectClip);

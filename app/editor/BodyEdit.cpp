@@ -310,6 +310,7 @@ void BodyEdit::resizeEvent(QResizeEvent* event) {
     const int room = width() - verticalScrollBar()->sizeHint().width();
     const int side = std::max(space::huge, (room - widestColumn) / 2);
     setViewportMargins(side, space::small, side, space::small);
+    emit columnChanged(side);
     QTextEdit::resizeEvent(event);
 }
 

@@ -58,6 +58,8 @@ signals:
     /// Something is to be inserted at the cursor; valid during the call.
     void pasted(const QMimeData* data);
     void left();  ///< the focus went elsewhere
+    /// What stands beside the body keeps to its column: the empty room at both sides, in pixels.
+    void columnChanged(int side);
     /// Before the usual entries are shown; connect to add others.
     void menuWanted(QMenu* menu, int position);
 

@@ -3,8 +3,14 @@
 #include "app/commands/Commands.h"
 #include "app/editor/BodyEdit.h"
 #include "app/editor/EditorToolBar.h"
+#include "app/editor/FindBar.h"
 #include "app/editor/FormatCommands.h"
+#include "app/editor/LinkCommands.h"
+#include "app/editor/LinkCompletion.h"
+#include "app/editor/NoteObject.h"
 #include "app/editor/NoticeBar.h"
+#include "app/editor/PassageLocking.h"
+#include "app/editor/Paster.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/Notice.h"
@@ -17,6 +23,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace tesserine::app {
 
@@ -30,6 +37,7 @@ NoteEditor::NoteEditor(AppEnvironment& environment, Commands& commands, QWidget*
     setObjectName("noteEditor");
     build();
     connectParts();
+    handleCommands();
     setEnabled(false);
 }
 
@@ -37,6 +45,8 @@ NoteEditor::~NoteEditor() {
     // Children that go later lose the focus and tell.
     title_->disconnect(this);
     body_->disconnect(this);
+    // Widgets go while what they draw from is still there.
+    qDeleteAll(findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly));
 }
 
 void NoteEditor::build() {
@@ -48,8 +58,25 @@ void NoteEditor::build() {
     title_->setAccessibleName("Title");
     title_->setPlaceholderText("Title");
     title_->setFrame(false);
-    title_->setFont(Theme::font(TextRole::title));
+    QFont large = Theme::font(TextRole::title);
+    large.setPointSizeF(large.pointSizeF() * 1.2);
+    title_->setFont(large);
     body_ = new BodyEdit(pictures_, this);
+    find_ = new FindBar(commands_, *body_, this);
+    completion_ = new LinkCompletion(environment_, *body_);
+    paster_ = new Paster(
+        {.environment = environment_, .open = open_, .body = *body_, .notice = *notice_}, this);
+    locking_ = new PassageLocking(
+        {.environment = environment_,
+         .open = open_,
+         .body = *body_,
+         .notice = *notice_,
+         .save =
+             [this] {
+                 markChanged();
+                 return save();
+             }},
+        this);
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
@@ -57,7 +84,20 @@ void NoteEditor::build() {
     column->addWidget(notice_);
     column->addWidget(title_);
     column->addWidget(body_, 1);
+    column->addWidget(find_);
+}
+
+void NoteEditor::handleCommands() {
     new FormatCommands(commands_, *body_, this);
+    new LinkCommands(commands_, *body_, this);
+    commands_.on("edit.pastePlain", this, [this] { paster_->pastePlain(); });
+    commands_.on("note.attach", this, [this] { paster_->choose(Paster::Wanted::files); });
+    commands_.on("format.image", this, [this] { paster_->choose(Paster::Wanted::pictures); });
+    commands_.on("format.noteLink", this, [this] { completion_->begin(); });
+    commands_.on("note.lock", this, [this] { locking_->lockSelection(); });
+    commands_.on("view.zoomIn", this, [this] { body_->setZoomStep(body_->zoomStep() + 1); });
+    commands_.on("view.zoomOut", this, [this] { body_->setZoomStep(body_->zoomStep() - 1); });
+    commands_.on("view.zoomReset", this, [this] { body_->setZoomStep(0); });
 }
 
 void NoteEditor::connectParts() {
@@ -71,6 +111,10 @@ void NoteEditor::connectParts() {
         if (!isShowing_) markChanged();
     });
     connect(body_, &BodyEdit::left, this, &NoteEditor::save);
+    connect(body_, &BodyEdit::objectActivated, this, &NoteEditor::openObject);
+    connect(body_, &BodyEdit::columnChanged, title_, [this](int side) {
+        title_->setContentsMargins(side - space::tiny, 0, side, 0);
+    });
     connect(body_, &BodyEdit::linkActivated, this, &NoteEditor::linkActivated);
     connect(&environment_, &AppEnvironment::libraryChanged, this, &NoteEditor::follow);
 }
@@ -174,6 +218,34 @@ void NoteEditor::reload() {
 void NoteEditor::showConflict() {
     notice_->tell(
         "This note was changed elsewhere while you were writing. Both versions are kept.");
+}
+
+/// Locked passages ask for their passphrase; files are opened by the program for their type.
+void NoteEditor::openObject(int position) {
+    const NoteObject object = body_->objectAt(position);
+    if (object.kind == NoteObject::Kind::locked) return locking_->unlock(position);
+    if (object.attachment) return openAttachment(*object.attachment);
+    if (!object.source.starts_with("data:")) {
+        emit linkActivated(QString::fromStdString(object.source));
+    }
+}
+
+void NoteEditor::openAttachment(const Uuid& id) {
+    const CDAttachment* const attachment = environment_.context().find<CDAttachment>(id);
+    if (attachment == nullptr) return showNotice(this, "The attachment could not be found.");
+    // A copy to look at; the library's own bytes stay as they are.
+    const std::filesystem::path folder = environment_.setting().cacheFolder / "Opened" / id.text();
+    const std::filesystem::path file = folder / attachment->filename.valueOr("Attachment");
+    try {
+        std::filesystem::create_directories(folder);
+        environment_.attachments().saveToFile(
+            *attachment, file, AttachmentService::IfExists::replace);
+        emit fileActivated(QString::fromStdString(file.string()));
+    } catch (const UserError& error) {
+        showNotice(this, error.what());
+    } catch (const std::filesystem::filesystem_error&) {
+        showNotice(this, "The file could not be written to a temporary folder.");
+    }
 }
 
 }  // namespace tesserine::app

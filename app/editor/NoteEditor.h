@@ -19,7 +19,11 @@ namespace tesserine::app {
 class AppEnvironment;
 class BodyEdit;
 class Commands;
+class FindBar;
+class LinkCompletion;
 class NoticeBar;
+class PassageLocking;
+class Paster;
 
 /// One note to be read and written: title, tool bar, body, and what belongs to it.
 ///
@@ -54,18 +58,23 @@ signals:
     void saved(const tesserine::Uuid& id);
     /// An address that was clicked: of a note ("tesserine://…") or of the web.
     void linkActivated(const QString& address);
+    /// A copy of an attachment that is to be opened by the program for its type.
+    void fileActivated(const QString& path);
     /// The open note was deleted for good.
     void noteGone();
 
 private:
     void build();
     void connectParts();
+    void handleCommands();
     void showNote(const CDNote& note);
     void showBody();
     bool write();
     void follow(const std::vector<ObjectChange>& changes);
     void reload();
     void showConflict();
+    void openObject(int position);
+    void openAttachment(const Uuid& id);
     void markChanged();
 
     AppEnvironment& environment_;
@@ -76,6 +85,10 @@ private:
     QLineEdit* title_ = nullptr;
     BodyEdit* body_ = nullptr;
     NoticeBar* notice_ = nullptr;
+    FindBar* find_ = nullptr;
+    Paster* paster_ = nullptr;
+    LinkCompletion* completion_ = nullptr;
+    PassageLocking* locking_ = nullptr;
     bool isShowing_ = false;  // what changes now is not typed
 };
 

@@ -41,7 +41,7 @@ Placed paragraphAt(const AttributedText& text, std::size_t offset) {
 }
 
 /// What is left of the runs when `range` makes way for `units` without a style.
-void replaceInRuns(std::vector<Run>& runs, const TextRange& range, std::size_t units) {
+void replaceInRuns(std::vector<Run>& runs, const PassageRange& range, std::size_t units) {
     std::vector<Run> left;
     left.reserve(runs.size() + 1);
     for (const Run& run : runs) {
@@ -59,7 +59,7 @@ void replaceInRuns(std::vector<Run>& runs, const TextRange& range, std::size_t u
 }
 
 /// With the spaces that would be left at the edges of the paragraphs beside it.
-TextRange withSpacesAround(std::u16string_view text, const TextRange& range) {
+PassageRange withSpacesAround(std::u16string_view text, const PassageRange& range) {
     std::size_t start = range.start;
     std::size_t end = range.end();
     while (start > 0 && text[start - 1] == u' ') {
@@ -77,10 +77,10 @@ bool isBlank(std::u16string_view text) {
 
 }  // namespace
 
-std::vector<TextRange> placesOf(const AttributedText& text, std::string_view passage) {
+std::vector<PassageRange> placesOf(const AttributedText& text, std::string_view passage) {
     const std::u16string shown = plain(text.text);
     const std::u16string wanted = plain(text::toUTF16(text::trimmed(passage)));
-    std::vector<TextRange> places;
+    std::vector<PassageRange> places;
     if (wanted.empty()) return places;
     for (std::size_t at = shown.find(wanted); at != std::u16string::npos;
          at = shown.find(wanted, at + wanted.size())) {
@@ -89,21 +89,21 @@ std::vector<TextRange> placesOf(const AttributedText& text, std::string_view pas
     return places;
 }
 
-bool isLockable(const AttributedText& text, const TextRange& range) {
+bool isLockable(const AttributedText& text, const PassageRange& range) {
     const auto selected = std::u16string_view(text.text).substr(range.start, range.length);
     return !isBlank(selected)
            && selected.find(AttributedText::objectCharacter) == std::u16string_view::npos;
 }
 
-std::string plainText(const AttributedText& text, const TextRange& range) {
+std::string plainText(const AttributedText& text, const PassageRange& range) {
     const auto selected = std::u16string_view(text.text).substr(range.start, range.length);
     std::u16string lines(selected.substr(0, selected.find_last_not_of(u'\n') + 1));
     std::ranges::replace(lines, AttributedText::lineBreak, u'\n');
     return text::fromUTF16(lines);
 }
 
-void lockRange(AttributedText& text, const TextRange& passage, std::string_view blob) {
-    const TextRange range = withSpacesAround(text.text, passage);
+void lockRange(AttributedText& text, const PassageRange& passage, std::string_view blob) {
+    const PassageRange range = withSpacesAround(text.text, passage);
     const Placed first = paragraphAt(text, range.start);
     const Placed last = paragraphAt(text, range.end() - 1);
     const auto firstParagraph = text.paragraphs.begin() + static_cast<std::ptrdiff_t>(first.index);
@@ -115,7 +115,7 @@ void lockRange(AttributedText& text, const TextRange& passage, std::string_view 
         range.end() < lastEnd ? all.substr(range.end(), lastEnd - range.end()) : u"";
 
     // From the first paragraph to the last, what is blank beside the passage goes with it.
-    TextRange replaced = range;
+    PassageRange replaced = range;
     std::vector<Paragraph> paragraphs;
     std::u16string units;
     if (isBlank(before)) {

@@ -15,11 +15,11 @@
 namespace tesserine {
 namespace {
 
-std::vector<TextRange> lockablePlaces(const AttributedText& body, std::string_view passage) {
+std::vector<PassageRange> lockablePlaces(const AttributedText& body, std::string_view passage) {
     auto places = placesOf(body, passage);
     if (places.size() > PassageService::mostPlaces) throw PassageError::tooManyPlaces();
     const bool areLockable = std::ranges::all_of(
-        places, [&](const TextRange& place) { return isLockable(body, place); });
+        places, [&](const PassageRange& place) { return isLockable(body, place); });
     if (places.empty() || !areLockable) throw PassageError::notLockable();
     return places;
 }

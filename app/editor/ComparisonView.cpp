@@ -1,0 +1,115 @@
+#include "app/editor/ComparisonView.h"
+
+#include "app/editor/BodyEdit.h"
+#include "app/editor/Comparison.h"
+#include "app/look/Theme.h"
+#include "core/body/AttributedTextReader.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTextCursor>
+#include <QVBoxLayout>
+
+namespace tesserine::app {
+namespace {
+
+/// The column of one version; gives its text to `body`.
+QVBoxLayout* columnFor(const ComparisonView::Side& side, BodyEdit* body) {
+    auto* const heading = new QLabel(side.heading);
+    heading->setFont(Theme::font(TextRole::caption));
+    heading->setForegroundRole(QPalette::PlaceholderText);
+    auto* const title = new QLabel(side.title);
+    title->setFont(Theme::font(TextRole::heading));
+    title->setWordWrap(true);
+    title->setTextFormat(Qt::PlainText);
+    body->setReadOnly(true);
+    body->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    body->setAccessibleName(side.heading);
+    body->setPlaceholderText({});
+    auto* const column = new QVBoxLayout;
+    column->setSpacing(space::tiny);
+    column->addWidget(heading);
+    column->addWidget(title);
+    column->addWidget(body, 1);
+    return column;
+}
+
+void mark(BodyEdit& body, const std::vector<PassageRange>& ranges, const QColor& ground) {
+    QList<QTextEdit::ExtraSelection> marks;
+    for (const PassageRange& range : ranges) {
+        QTextEdit::ExtraSelection place;
+        place.cursor = QTextCursor(&body.note());
+        place.cursor.setPosition(static_cast<int>(range.start));
+        const int end = std::min(static_cast<int>(range.end()), body.note().characterCount() - 1);
+        place.cursor.setPosition(end, QTextCursor::KeepAnchor);
+        place.format.setBackground(ground);
+        marks.append(place);
+    }
+    body.setOverlay(BodyEdit::Overlay::found, marks);
+}
+
+/// A colour laid thinly on the ground of a note.
+QColor tinted(const QColor& color) {
+    const QColor ground = Theme::colors().surface;
+    constexpr double share = 0.24;
+    return QColor::fromRgbF(
+        static_cast<float>(color.redF() * share + ground.redF() * (1 - share)),
+        static_cast<float>(color.greenF() * share + ground.greenF() * (1 - share)),
+        static_cast<float>(color.blueF() * share + ground.blueF() * (1 - share)));
+}
+
+}  // namespace
+
+ComparisonView::ComparisonView(
+    const Side& left, const Side& right, Pictures& pictures, QWidget* parent)
+    : QDialog(parent), buttons_(new QHBoxLayout) {
+    setObjectName("comparison");
+    setWindowTitle("Compare versions");
+    auto* const first = new BodyEdit(pictures, this);
+    auto* const second = new BodyEdit(pictures, this);
+    first->setObjectName("leftVersion");
+    second->setObjectName("rightVersion");
+    const AttributedText leftText = attributedText(left.html);
+    const AttributedText rightText = attributedText(right.html);
+    first->note().setContent(leftText);
+    second->note().setContent(rightText);
+    const Comparison comparison = compared(leftText.text, rightText.text);
+    mark(*first, comparison.removed, tinted(Theme::colors().danger));
+    mark(*second, comparison.added, tinted(Theme::colors().success));
+    connect(
+        first->verticalScrollBar(),
+        &QScrollBar::valueChanged,
+        second->verticalScrollBar(),
+        &QScrollBar::setValue);
+
+    auto* const sides = new QHBoxLayout;
+    sides->setSpacing(space::large);
+    sides->addLayout(columnFor(left, first), 1);
+    sides->addLayout(columnFor(right, second), 1);
+    auto* const summary = new QLabel(this);
+    summary->setObjectName("summary");
+    summary->setForegroundRole(QPalette::PlaceholderText);
+    const bool areSame = left.html == right.html;
+    summary->setText(
+        areSame                 ? "Both versions are the same."
+        : comparison.areEqual() ? "The words are the same; what differs is how they look."
+                                : "What differs is marked.");
+    buttons_->addWidget(summary, 1);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(space::large, space::large, space::large, space::large);
+    column->setSpacing(space::large);
+    column->addLayout(sides, 1);
+    column->addLayout(buttons_);
+    resize(980, 640);
+}
+
+void ComparisonView::addChoice(const QString& title, int result) {
+    auto* const button = new QPushButton(title, this);
+    button->setDefault(buttons_->count() == 1);
+    connect(button, &QPushButton::clicked, this, [this, result] { done(result); });
+    buttons_->addWidget(button);
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QDialog>
+
+#include <string>
+
+class QHBoxLayout;
+
+namespace tesserine::app {
+
+class Pictures;
+
+/// Two versions of a note side by side, with what differs marked. Shown over the window; what can
+/// be done about them stands below.
+class ComparisonView final : public QDialog {
+    Q_OBJECT
+
+public:
+    struct Side {
+        QString heading;
+        QString title;
+        std::string html;
+    };
+    /// `pictures` outlives it.
+    ComparisonView(const Side& left, const Side& right, Pictures& pictures, QWidget* parent);
+
+    /// Adds a button that closes the view with `result` (1 or more); the first is the usual one.
+    void addChoice(const QString& title, int result);
+
+private:
+    QHBoxLayout* const buttons_;
+};
+
+}  // namespace tesserine::app

@@ -1,0 +1,186 @@
+#include "app/editor/FindBar.h"
+
+#include "app/commands/Commands.h"
+#include "app/editor/BodyEdit.h"
+#include "app/look/IconButton.h"
+#include "app/look/Theme.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tesserine::app {
+namespace {
+
+QLineEdit* field(const QString& name, const QString& purpose, QWidget* parent) {
+    auto* const made = new QLineEdit(parent);
+    made->setObjectName(name);
+    made->setPlaceholderText(purpose);
+    made->setAccessibleName(purpose);
+    made->setClearButtonEnabled(true);
+    made->setMaximumWidth(320);
+    return made;
+}
+
+}  // namespace
+
+FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
+    : QWidget(parent),
+      body_(body),
+      sought_(field("findField", "Find in this note", this)),
+      replacement_(field("replaceField", "Replace with", this)),
+      replacing_(new QWidget(this)),
+      count_(new QLabel(this)) {
+    setObjectName("findBar");
+    setAutoFillBackground(true);
+    setBackgroundRole(QPalette::AlternateBase);
+    auto* const previous = new IconButton("chevron-up", "Find previous", this);
+    auto* const next = new IconButton("chevron-down", "Find next", this);
+    auto* const closing = new IconButton("close", "Close search in note", this);
+    auto* const one = new QPushButton("Replace", replacing_);
+    auto* const all = new QPushButton("Replace All", replacing_);
+    all->setObjectName("replaceAll");
+    count_->setForegroundRole(QPalette::PlaceholderText);
+
+    auto* const finding = new QHBoxLayout;
+    finding->setSpacing(space::small);
+    finding->addWidget(sought_);
+    finding->addWidget(previous);
+    finding->addWidget(next);
+    finding->addWidget(count_, 1);
+    finding->addWidget(closing);
+    auto* const replacing = new QHBoxLayout(replacing_);
+    replacing->setContentsMargins(0, 0, 0, 0);
+    replacing->setSpacing(space::small);
+    replacing->addWidget(replacement_);
+    replacing->addWidget(one);
+    replacing->addWidget(all);
+    replacing->addStretch(1);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(space::huge, space::small, space::small, space::small);
+    column->setSpacing(space::small);
+    column->addLayout(finding);
+    column->addWidget(replacing_);
+
+    connect(sought_, &QLineEdit::textChanged, this, &FindBar::search);
+    connect(sought_, &QLineEdit::returnPressed, this, [this] { go({}); });
+    connect(next, &QToolButton::clicked, this, [this] { go({}); });
+    connect(previous, &QToolButton::clicked, this, [this] { go(QTextDocument::FindBackward); });
+    connect(closing, &QToolButton::clicked, this, &QWidget::hide);
+    connect(one, &QPushButton::clicked, this, &FindBar::replaceOne);
+    connect(replacement_, &QLineEdit::returnPressed, this, &FindBar::replaceOne);
+    connect(all, &QPushButton::clicked, this, &FindBar::replaceAll);
+    commands.on("find.open", this, [this] { open(Purpose::find); });
+    commands.on("find.replace", this, [this] { open(Purpose::replace); });
+    commands.on("find.next", this, [this] { go({}); });
+    commands.on("find.previous", this, [this] { go(QTextDocument::FindBackward); });
+    hide();
+}
+
+void FindBar::open(Purpose purpose) {
+    const QString selected = body_.textCursor().selectedText();
+    const bool isWord = !selected.isEmpty() && !selected.contains(QChar::ParagraphSeparator);
+    replacing_->setVisible(purpose == Purpose::replace);
+    show();
+    if (isWord) sought_->setText(selected);
+    sought_->setFocus();
+    sought_->selectAll();
+    search();
+}
+
+void FindBar::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Escape) return QWidget::keyPressEvent(event);
+    hide();
+}
+
+void FindBar::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    found_.clear();
+    body_.setOverlay(BodyEdit::Overlay::found, {});
+    body_.setFocus();
+}
+
+/// Marks every place and goes to the first behind the cursor.
+void FindBar::search() {
+    found_.clear();
+    QList<QTextEdit::ExtraSelection> marks;
+    QTextCharFormat look;
+    look.setBackground(Theme::colors().highlight);
+    if (!sought_->text().isEmpty()) {
+        QTextCursor place(&body_.note());
+        while (found_.size() < mostMarked) {
+            place = body_.note().find(sought_->text(), place);
+            if (place.isNull()) break;
+            found_.push_back(place);
+            marks.append({place, look});
+        }
+    }
+    body_.setOverlay(BodyEdit::Overlay::found, marks);
+    QTextCursor here = body_.textCursor();
+    here.setPosition(here.selectionStart());
+    body_.setTextCursor(here);
+    go({});
+}
+
+void FindBar::go(QTextDocument::FindFlags flags) {
+    if (sought_->text().isEmpty()) return showCount();
+    QTextCursor place = body_.note().find(sought_->text(), body_.textCursor(), flags);
+    if (place.isNull()) {
+        QTextCursor end(&body_.note());
+        if (flags & QTextDocument::FindBackward) end.movePosition(QTextCursor::End);
+        place = body_.note().find(sought_->text(), end, flags);
+    }
+    if (!place.isNull()) {
+        body_.setTextCursor(place);
+        body_.ensureCursorVisible();
+    }
+    showCount();
+}
+
+void FindBar::replaceOne() {
+    const QTextCursor selected = body_.textCursor();
+    const bool isFound = selected.selectedText().compare(sought_->text(), Qt::CaseInsensitive) == 0;
+    if (isFound && !sought_->text().isEmpty() && !body_.isReadOnly()) {
+        body_.edit([this](NoteDocument& note, QTextCursor& cursor) {
+            note.insertText(cursor, replacement_->text(), note.styleAt(cursor.selectionStart()));
+        });
+    }
+    search();
+}
+
+/// One step to undo.
+void FindBar::replaceAll() {
+    if (sought_->text().isEmpty() || body_.isReadOnly()) return;
+    std::size_t count = 0;
+    body_.edit([&](NoteDocument& note, QTextCursor& cursor) {
+        cursor.beginEditBlock();
+        QTextCursor place = note.find(sought_->text(), 0);
+        for (; !place.isNull(); place = note.find(sought_->text(), place)) {
+            note.insertText(place, replacement_->text(), note.styleAt(place.selectionStart()));
+            ++count;
+        }
+        cursor.endEditBlock();
+    });
+    search();
+    count_->setText(count == 1 ? QString("Replaced 1") : QString("Replaced %1").arg(count));
+}
+
+void FindBar::showCount() {
+    if (sought_->text().isEmpty()) return count_->clear();
+    if (found_.empty()) return count_->setText("Not found");
+    const int here = body_.textCursor().selectionStart();
+    const auto place = std::ranges::find_if(
+        found_, [&](const QTextCursor& found) { return found.selectionStart() == here; });
+    const QString all = found_.size() < mostMarked ? QString::number(found_.size())
+                                                   : QString("more than %1").arg(mostMarked);
+    count_->setText(
+        place == found_.end() ? all + " found"
+                              : QString("%1 of %2").arg(place - found_.begin() + 1).arg(all));
+}
+
+}  // namespace tesserine::app

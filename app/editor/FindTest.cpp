@@ -1,0 +1,71 @@
+#include "app/editor/EditorFixture.h"
+#include "app/editor/FindBar.h"
+#include "app/editor/LinkCompletion.h"
+#include "core/model/NoteEntities.h"
+
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+
+namespace tesserine::app {
+namespace {
+
+class FindTest : public test::EditorFixture {
+public:
+    FindBar& bar() { return *editor.findChild<FindBar*>("findBar"); }
+    void look(const QString& words) { bar().findChild<QLineEdit*>("findField")->setText(words); }
+    QString count() { return bar().findChild<QLabel*>()->text(); }
+};
+
+TEST_F(FindTest, GoesFromPlaceToPlaceAndAround) {
+    openNote("<p>|Tea, then tea</p><h1>TEA</h1>");
+    commands.trigger("find.open");
+    look("tea");
+    EXPECT_EQ(count(), "1 of 3");
+    commands.trigger("find.next");
+    commands.trigger("find.next");
+    EXPECT_EQ(count(), "3 of 3");
+    EXPECT_EQ(editor.body().textCursor().selectedText(), "TEA");
+    commands.trigger("find.next");
+    EXPECT_EQ(count(), "1 of 3");
+    commands.trigger("find.previous");
+    EXPECT_EQ(count(), "3 of 3");
+    look("coffee");
+    EXPECT_EQ(count(), "Not found");
+}
+
+TEST_F(FindTest, ReplacesEverythingAsOneStepAndKeepsStyles) {
+    const std::string body = "<p>|tea <strong>tea</strong> teatea</p>";
+    openNote(body);
+    const std::string before = html();
+    commands.trigger("find.replace");
+    look("tea");
+    bar().findChild<QLineEdit*>("replaceField")->setText("tea cup");
+    bar().findChild<QPushButton*>("replaceAll")->click();
+    EXPECT_EQ(html(), "<p>tea cup <strong>tea cup</strong> tea cuptea cup</p>");
+    EXPECT_EQ(count(), "Replaced 4");
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), before);
+}
+
+TEST_F(FindTest, LinksToNotesWhileTyping) {
+    const CDNote& garden = addNote("Garden plan");
+    addNote("Groceries");
+    openNote("<p>See |.</p>");
+    type("[[gard");
+    auto* const offered = editor.findChild<QListWidget*>("linkCompletion");
+    ASSERT_TRUE(offered->isVisible());
+    EXPECT_EQ(offered->item(0)->text(), "Garden plan");
+    type("\n");
+    const std::string address = NoteService::noteURL(*garden.id);
+    EXPECT_EQ(html(), "<p>See <a href=\"" + address + "\">Garden plan</a>.</p>");
+    // One that is not there is made.
+    type(" [[New idea\n");
+    const CDNote* const made =
+        context().fetchFirst<CDNote>({.predicate = {"title == %@", "New idea"}});
+    ASSERT_NE(made, nullptr);
+    EXPECT_NE(html().find(NoteService::noteURL(*made->id) + "\">New idea</a>"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tesserine::app

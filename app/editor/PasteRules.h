@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core/body/AttributedText.h"
+#include "core/body/Sanitizer.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// What becomes of texts that come from elsewhere. Knows no clipboard and no library.
+namespace tesserine::app::paste {
+
+/// What HTML comes to as a part of a note: sense stays, clutter goes.
+struct Pasted {
+    AttributedText text{};
+    /// One line for the user that tells what is missing; empty when nothing is.
+    std::string leftOut{};
+};
+/// `html` is any HTML, such as a browser's. Throws `BodyError::tooLarge`.
+Pasted fromHTML(std::string_view html);
+/// A paragraph for each line; lines of code for `codeBlock`.
+AttributedText fromLines(std::string_view text, BlockStyle::Kind kind);
+
+std::string leftOutSentence(const SanitizationReport& report);
+
+/// Gives every picture and file that `change` answers for another HTML; an empty one takes it out.
+using ChangeObject = std::function<std::optional<std::string>(const std::string& html)>;
+void changeObjects(AttributedText& text, const ChangeObject& change);
+
+}  // namespace tesserine::app::paste

@@ -1,0 +1,135 @@
+#include "app/editor/EditorFixture.h"
+#include "app/editor/NoticeBar.h"
+#include "app/editor/PasteRules.h"
+#include "core/body/AttributedTextWriter.h"
+#include "core/body/CanonicalBody.h"
+#include "core/model/NoteEntities.h"
+
+#include <QClipboard>
+#include <QMimeData>
+
+namespace tesserine::app {
+namespace {
+
+TEST(PasteRules, KeepSenseAndDropClutter) {
+    struct Case {
+        const char* html;
+        const char* body;
+        const char* leftOut;
+    };
+    for (const auto& [html, body, leftOut] : {
+             // A browser.
+             Case{
+                 "<meta charset=utf-8><h2 style='color:#333'>A</h2><p class=x>b <b>c</b></p>",
+                 "<h2>A</h2><p>b <strong>c</strong></p>",
+                 ""},
+             Case{
+                 "<script>x()</script><p>a</p><form><input name=q><button>Go</button></form>",
+                 "<p>a</p>",
+                 "Left out: scripts and form fields."},
+             Case{
+                 "<p>a</p><iframe src='https://e.org'></iframe><video></video>",
+                 "<p>a</p>",
+                 "Left out: embedded pages and sound and video."},
+             Case{
+                 "<p>a</p><img src='https://e.org/a.png' alt='A'>",
+                 "<p>a</p><p><img src=\"https://e.org/a.png\" alt=\"A\"></p>",
+                 "1 picture stays on the web and is not loaded."},
+             // A word processor: fonts, empty paragraphs, lists of its own.
+             Case{
+                 "<p class=MsoNormal><span style='color:black;font-family:Arial'>a</span></p>"
+                 "<p class=MsoNormal>&nbsp;</p><p class=MsoNormal>b</p>",
+                 "<p>a</p><p>b</p>",
+                 ""},
+             // A mail.
+             Case{
+                 "<div><div>a</div><div><br></div><div>b</div></div>",
+                 "<div>a</div><div>b</div>",
+                 ""},
+             // A spreadsheet.
+             Case{
+                 "<table><colgroup><col width=64></colgroup><tr><td>1</td><td>2</td></tr></table>",
+                 "<table><tr><td>1</td><td>2</td></tr></table>",
+                 ""},
+         }) {
+        SCOPED_TRACE(html);
+        const paste::Pasted pasted = paste::fromHTML(html);
+        EXPECT_EQ(canonicalBody(canonicalHTML(pasted.text)).html, canonicalBody(body).html);
+        EXPECT_EQ(pasted.leftOut, leftOut);
+    }
+}
+
+class PasterTest : public test::EditorFixture {
+public:
+    void pasteHTML(const std::string& html) {
+        auto* const data = new QMimeData;
+        data->setHtml(QString::fromStdString(html));
+        QApplication::clipboard()->setMimeData(data);
+        editor.body().paste();
+    }
+};
+
+TEST_F(PasterTest, PicturesInAnAddressBecomeAttachments) {
+    CDNote& note = openNote("<p>a|</p>");
+    pasteHTML("x <img alt='dot' src='data:image/gif;base64,"
+              "R0lGODlhAQABAIAAAAAAAP///yH5BAEAAAAALAAAAAABAAEAAAIBRAA7'>");
+    ASSERT_TRUE(editor.save());
+    const auto attachments = environment->attachments().attachments(note);
+    ASSERT_EQ(attachments.size(), 1U);
+    EXPECT_EQ(*attachments.front()->mimeType, "image/gif");
+    EXPECT_NE(
+        note.html->find("tesserine-attachment://" + attachments.front()->id->text()),
+        std::string::npos);
+    EXPECT_EQ(note.html->find("data:"), std::string::npos);
+}
+
+TEST_F(PasterTest, FilesOfOtherNotesAreTakenAlong) {
+    CDNote& source = addNote("Source");
+    const CDAttachment& file =
+        environment->attachments().insert(context(), source, {.filename = "a.txt", .data = {'a'}});
+    context().save();
+    CDNote& note = openNote("<p>|</p>");
+    pasteHTML(AttachmentService::bodyElement(file));
+    ASSERT_TRUE(editor.save());
+    const auto attachments = environment->attachments().attachments(note);
+    ASSERT_EQ(attachments.size(), 1U);
+    EXPECT_EQ(*note.html, AttachmentService::bodyElement(*attachments.front()));
+}
+
+TEST_F(PasterTest, TellsWhatWasLeftOut) {
+    openNote("<p>a|</p>");
+    pasteHTML("<p>b</p><script>c()</script>");
+    EXPECT_EQ(html(), "<p>ab</p>");
+    EXPECT_EQ(editor.notice().text(), "Left out: scripts.");
+}
+
+TEST_F(PasterTest, PlainTextStaysPlain) {
+    openNote("<p>|word|</p>");
+    auto* const data = new QMimeData;
+    data->setHtml("<h1>b</h1>");
+    data->setText("b\nc");
+    QApplication::clipboard()->setMimeData(data);
+    commands.trigger("edit.pastePlain");
+    EXPECT_EQ(html(), "<p>b</p><p>c</p>");
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), "<p>word</p>");
+    QApplication::clipboard()->setText("https://e.org/x");
+    editor.body().selectAll();
+    commands.trigger("edit.pastePlain");
+    EXPECT_EQ(html(), "<p><a href=\"https://e.org/x\">word</a></p>");
+}
+
+TEST_F(PasterTest, ACopyPastedBackIsTheSame) {
+    const std::string body = "<h1>a</h1><ul><li>b<ul><li><strong>c</strong></li></ul></li></ul>"
+                             "<table><tr><td>d</td></tr></table><pre>e\nf</pre>";
+    openNote(body);
+    editor.body().selectAll();
+    editor.body().copy();
+    editor.body().cut();
+    EXPECT_NE(html(), body);
+    editor.body().paste();
+    EXPECT_EQ(canonicalBody(html()).html, body);
+}
+
+}  // namespace
+}  // namespace tesserine::app
