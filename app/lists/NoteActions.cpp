@@ -1,7 +1,7 @@
 #include "app/lists/NoteActions.h"
 
-#include "app/lists/ListWords.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/DateWords.h"
 #include "app/state/Notice.h"
 #include "core/services/LibraryCare.h"
 

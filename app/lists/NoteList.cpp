@@ -1,6 +1,5 @@
 #include "app/lists/NoteList.h"
 
-#include "app/lists/ListWords.h"
 #include "app/lists/NoteListView.h"
 #include "app/lists/PlaceWords.h"
 #include "app/look/EmptyState.h"
@@ -8,6 +7,7 @@
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/DateWords.h"
 
 #include <QActionGroup>
 #include <QClipboard>
@@ -123,7 +123,7 @@ void NoteList::buildHeader() {
     column->addLayout(stack_, 1);
 }
 
-void NoteList::show(const Place& place, const std::optional<Uuid>& note) {
+void NoteList::showPlace(const Place& place, const std::optional<Uuid>& note) {
     awaited_ = note;
     empty_->setContent(emptyContentOf(place.kind));
     view_->clearSelection();
@@ -135,7 +135,6 @@ void NoteList::show(const Place& place, const std::optional<Uuid>& note) {
         view_->choose(model_->noteAt(0));
     }
     tellSelection();
-    QWidget::show();
 }
 
 void NoteList::choose(const Uuid& note) {
@@ -214,7 +213,7 @@ void NoteList::setOrder(NoteOrder order) {
     const auto* const name = std::ranges::find(orderNames, order, &OrderName::order);
     environment_.preferences().set(orderKey, name->word);
     const auto notes = selected();
-    show(place(), notes.size() == 1 ? std::optional(notes.front()) : std::nullopt);
+    showPlace(place(), notes.size() == 1 ? std::optional(notes.front()) : std::nullopt);
 }
 
 void NoteList::tellSelection() {

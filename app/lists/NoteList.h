@@ -28,7 +28,7 @@ public:
     explicit NoteList(AppEnvironment& environment, QWidget* parent = nullptr);
 
     /// Shows a place that lists notes and selects its first note, or `note` when it is there.
-    void show(const Place& place, const std::optional<Uuid>& note = {});
+    void showPlace(const Place& place, const std::optional<Uuid>& note = {});
     const Place& place() const { return model_->scope().place(); }
     /// Selects the note; one that is not listed yet is selected as soon as it is.
     void choose(const Uuid& note);

@@ -1,7 +1,7 @@
 #include "app/lists/NoteListModel.h"
 
-#include "app/lists/ListWords.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/DateWords.h"
 
 #include <QMimeData>
 

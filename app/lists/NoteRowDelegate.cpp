@@ -1,11 +1,11 @@
 #include "app/lists/NoteRowDelegate.h"
 
-#include "app/lists/ListWords.h"
 #include "app/lists/NoteListModel.h"
-#include "app/lists/RowPainting.h"
 #include "app/look/Icon.h"
+#include "app/look/RowPainting.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/DateWords.h"
 
 #include <QPainter>
 

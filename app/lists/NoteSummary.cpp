@@ -23,6 +23,10 @@ QString snippetOf(std::string_view text) {
 
 }  // namespace
 
+QString shownTitle(const NoteSummary& note) {
+    return note.title.isEmpty() ? QString("Untitled") : note.title;
+}
+
 NoteSummaries::NoteSummaries(TesserineStore& store) : context_(store.newBackgroundContext()) {}
 
 NoteSummaries::~NoteSummaries() = default;

@@ -33,6 +33,9 @@ struct NoteSummary {
     bool isTemplate = false;
 };
 
+/// "Untitled" for a note without a title.
+QString shownTitle(const NoteSummary& note);
+
 /// Reads summaries one by one as lines come into view, and keeps the last ones.
 ///
 /// Reads what is saved, with a context of its own that it empties again: scrolling through a large

@@ -1,8 +1,8 @@
 #include "app/lists/SidebarDelegate.h"
 
-#include "app/lists/RowPainting.h"
 #include "app/lists/SidebarModel.h"
 #include "app/look/Icon.h"
+#include "app/look/RowPainting.h"
 #include "app/look/Theme.h"
 
 #include <QLocale>

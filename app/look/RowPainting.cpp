@@ -1,4 +1,4 @@
-#include "app/lists/RowPainting.h"
+#include "app/look/RowPainting.h"
 
 #include <QIcon>
 #include <QPainter>

@@ -1,6 +1,5 @@
-#include "app/lists/ListWords.h"
+#include "app/state/DateWords.h"
 
-#include "app/lists/NoteSummary.h"
 #include "base/Calendar.h"
 
 #include <QLocale>
@@ -30,10 +29,6 @@ QString day(Instant instant, Instant now, const Calendar& calendar) {
 }
 
 }  // namespace
-
-QString shownTitle(const NoteSummary& note) {
-    return note.title.isEmpty() ? QString("Untitled") : note.title;
-}
 
 QString shownDate(Instant instant, Instant now, const Calendar& calendar) {
     const QString date = day(instant, now, calendar);

@@ -4,16 +4,13 @@
 
 #include <QString>
 
+#include <cstddef>
+
 namespace tesserine {
 class Calendar;
 }
 
 namespace tesserine::app {
-
-struct NoteSummary;
-
-/// "Untitled" for a note without a title.
-QString shownTitle(const NoteSummary& note);
 
 /// As short as it can be said: "09:15" today, "Yesterday", "Tomorrow", "Wed" within six days, "14
 /// Mar", "14 Mar 2024".

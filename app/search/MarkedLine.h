@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+
+#include <string>
+#include <vector>
+
+class QPainter;
+class QRect;
+
+namespace tesserine::app {
+
+/// A text of a search on one line, with what matched.
+class MarkedLine {
+public:
+    /// `marked` holds the markers of the search.
+    explicit MarkedLine(const std::string& marked);
+
+    const QString& text() const { return text_; }
+    /// With tags for a label that shows rich text: what matched stands in bold.
+    QString richText() const;
+    /// Draws it into `place`, cut at its end, what matched on the colour of highlighting.
+    void paint(QPainter& painter, const QRect& place) const;
+
+private:
+    struct Piece {
+        qsizetype begin;
+        qsizetype length;
+    };
+    QString text_;
+    std::vector<Piece> matches_;
+};
+
+}  // namespace tesserine::app

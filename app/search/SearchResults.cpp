@@ -1,0 +1,179 @@
+#include "app/search/SearchResults.h"
+
+#include "app/look/EmptyState.h"
+#include "app/look/IconButton.h"
+#include "app/look/Theme.h"
+#include "app/search/MarkedLine.h"
+#include "app/search/ResultDelegate.h"
+#include "app/search/ResultsModel.h"
+#include "app/search/SearchWords.h"
+#include "app/state/AppEnvironment.h"
+#include "base/UserError.h"
+#include "search/RecentSearches.h"
+
+#include <QLabel>
+#include <QListView>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tesserine::app {
+namespace {
+
+const EmptyState::Content nothingTyped{
+    "search",
+    "Search everything",
+    "Words are looked for in notes, tasks and attached files. Filters narrow it down: tag:travel, "
+    "notebook:Work, is:pinned, updated:week, type:pdf."};
+
+QLabel* richLabel(const char* name, QWidget* parent) {
+    auto* label = new QLabel(parent);
+    label->setObjectName(name);
+    label->setTextFormat(Qt::RichText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+    label->hide();
+    return label;
+}
+
+QListView* resultList(QWidget* parent) {
+    auto* list = new QListView(parent);
+    list->setObjectName("searchResultList");
+    list->setAccessibleName("Search results");
+    list->setFrameShape(QFrame::NoFrame);
+    list->setUniformItemSizes(true);
+    list->setMouseTracking(true);
+    list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    return list;
+}
+
+}  // namespace
+
+SearchResults::SearchResults(AppEnvironment& environment, QWidget* parent)
+    : QWidget(parent),
+      environment_(environment),
+      runner_(new SearchRunner(environment, this)),
+      model_(new ResultsModel(this)),
+      explanation_(richLabel("explanation", this)),
+      changes_(richLabel("changes", this)),
+      hints_(richLabel("hints", this)),
+      keep_(new IconButton("star", "Save this search", this)),
+      list_(resultList(this)),
+      empty_(new EmptyState(nothingTyped, this)) {
+    build();
+    connect(runner_, &SearchRunner::answered, this, &SearchResults::show);
+    connect(runner_, &SearchRunner::failed, this, [this](const QString& sentence) {
+        model_->setResults({});
+        empty_->setContent({"warning", "The search did not work", sentence});
+        stack_->setCurrentWidget(empty_);
+    });
+    connect(changes_, &QLabel::linkActivated, this, &SearchResults::follow);
+    connect(keep_, &QToolButton::clicked, this, [this] { emit saveWanted(query_); });
+    connect(empty_, &EmptyState::acted, this, [this] { emit queryWanted(withoutDropped_); });
+    connect(
+        list_->selectionModel(),
+        &QItemSelectionModel::currentChanged,
+        this,
+        &SearchResults::choose);
+    connect(list_, &QListView::activated, this, &SearchResults::resultOpened);
+}
+
+void SearchResults::build() {
+    setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Base);
+    list_->setModel(model_);
+    list_->setItemDelegate(new ResultDelegate(environment_, *model_, list_));
+    explanation_->setFont(Theme::font(TextRole::caption));
+    explanation_->setForegroundRole(QPalette::PlaceholderText);
+    hints_->setFont(Theme::font(TextRole::caption));
+    keep_->setObjectName("saveSearch");
+
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(space::tiny);
+    texts->addWidget(explanation_);
+    texts->addWidget(changes_);
+    texts->addWidget(hints_);
+    auto* header = new QHBoxLayout;
+    header->setContentsMargins(space::large, space::medium, space::small, space::small);
+    header->addLayout(texts, 1);
+    header->addWidget(keep_, 0, Qt::AlignTop);
+    stack_ = new QStackedLayout;
+    stack_->addWidget(list_);
+    stack_->addWidget(empty_);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(header);
+    column->addLayout(stack_, 1);
+    keep_->hide();
+    stack_->setCurrentWidget(empty_);
+}
+
+void SearchResults::search(const QString& text, SearchRunner::Typing typing, bool isExact) {
+    query_ = text.trimmed();
+    if (query_.isEmpty()) {
+        runner_->forget();
+        show({});
+        return;
+    }
+    runner_->search(text, typing, isExact);
+    if (typing == SearchRunner::Typing::goesOn) return;
+    try {
+        RecentSearches(environment_.preferences()).remember(query_.toStdString());
+    } catch (const UserError& error) {
+        environment_.log().warning(std::string("recent searches: ") + error.what());
+    }
+}
+
+void SearchResults::show(const SearchAnswer& answer) {
+    const auto setText = [](QLabel& label, const QString& text) {
+        label.setText(text);
+        label.setVisible(!text.isEmpty());
+    };
+    setText(*explanation_, MarkedLine(answer.explanation).richText());
+    setText(*changes_, changesOf(answer.response));
+    QStringList hints;
+    for (const std::string& hint : answer.response.hints) {
+        hints << QString::fromStdString(hint).toHtmlEscaped();
+    }
+    setText(*hints_, hints.join("<br>"));
+    keep_->setVisible(!query_.isEmpty());
+    model_->setResults(answer.response.results);
+    if (model_->rowCount() == 0) return showEmpty(answer);
+    stack_->setCurrentWidget(list_);
+    list_->scrollToTop();
+}
+
+void SearchResults::showEmpty(const SearchAnswer& answer) {
+    if (answer.text.isEmpty()) {
+        empty_->setContent(nothingTyped);
+    } else if (const auto& relaxation = answer.response.relaxation) {
+        const QString dropped = QString::fromStdString(relaxation->droppedTerm);
+        withoutDropped_ = QString(answer.text).remove(dropped).simplified();
+        empty_->setContent(
+            {"search",
+             "Nothing was found",
+             QString("Without “%1” there would be results.").arg(dropped),
+             "Search without It"});
+    } else {
+        empty_->setContent(
+            {"search",
+             "Nothing was found",
+             "Fewer words find more. Words in quotation marks must stand together."});
+    }
+    stack_->setCurrentWidget(empty_);
+}
+
+void SearchResults::follow(const QString& link) {
+    if (link == "exact") search(query_, SearchRunner::Typing::finished, true);
+}
+
+void SearchResults::choose(const QModelIndex& index) {
+    if (!index.isValid()) return;
+    const SearchResult& found = model_->result(index.row());
+    found.kind == SearchKind::task ? emit taskChosen(found.id) : emit noteChosen(found.id);
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "app/search/SearchRunner.h"
+#include "base/Uuid.h"
+
+#include <QWidget>
+
+#include <optional>
+
+class QLabel;
+class QListView;
+class QStackedLayout;
+
+namespace tesserine::app {
+
+class EmptyState;
+class IconButton;
+class ResultsModel;
+
+/// What a search found: how it was understood, what was changed about it, the results.
+class SearchResults final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit SearchResults(AppEnvironment& environment, QWidget* parent = nullptr);
+
+    /// Searches; an empty query shows what can be searched for.
+    void search(const QString& text, SearchRunner::Typing typing, bool isExact = false);
+    const QString& query() const { return query_; }
+    SearchRunner& runner() { return *runner_; }
+    QListView& list() { return *list_; }
+
+signals:
+    void noteChosen(const tesserine::Uuid& note);
+    void taskChosen(const tesserine::Uuid& task);
+    /// Return or a double click on a result.
+    void resultOpened();
+    /// The query is to be replaced by another one.
+    void queryWanted(const QString& query);
+    /// Keep the query as a saved search.
+    void saveWanted(const QString& query);
+
+private:
+    void build();
+    void show(const SearchAnswer& answer);
+    void showLinks(const SearchAnswer& answer);
+    void showEmpty(const SearchAnswer& answer);
+    void follow(const QString& link);
+    void choose(const QModelIndex& index);
+
+    AppEnvironment& environment_;
+    SearchRunner* runner_;
+    ResultsModel* model_;
+    QLabel* explanation_;
+    QLabel* changes_;
+    QLabel* hints_;
+    IconButton* keep_;
+    QListView* list_;
+    EmptyState* empty_;
+    QStackedLayout* stack_ = nullptr;
+    QString query_;
+    QString withoutDropped_;  // the query without what hides results
+};
+
+}  // namespace tesserine::app
