@@ -1,0 +1,367 @@
+#include "app/shell/MainWindow.h"
+
+#include "app/commands/Commands.h"
+#include "app/editor/NoteEditor.h"
+#include "app/lists/NoteActions.h"
+#include "app/lists/NoteList.h"
+#include "app/lists/PlaceWords.h"
+#include "app/lists/Sidebar.h"
+#include "app/look/Icon.h"
+#include "app/look/Theme.h"
+#include "app/search/SearchField.h"
+#include "app/search/SearchResults.h"
+#include "app/shell/NotesPane.h"
+#include "app/shell/TopBar.h"
+#include "app/state/AppEnvironment.h"
+#include "app/tasks/TasksPage.h"
+#include "base/UserError.h"
+
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QInputDialog>
+#include <QListView>
+#include <QMenuBar>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tesserine::app {
+namespace {
+
+using Kind = Place::Kind;
+
+constexpr QSize usualSize(1240, 800);
+constexpr int sidebarWidth = 232;
+constexpr int narrowestSidebar = 160;
+constexpr int widestSidebar = 420;
+
+}  // namespace
+
+MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
+    : environment_(environment),
+      commands_(commands),
+      sidebar_(new Sidebar(environment)),
+      tabBar_(new QTabBar),
+      splitter_(new QSplitter(this)),
+      content_(new QStackedWidget),
+      notes_(new NotesPane(environment, commands, content_)),
+      tasks_(new TasksPage(environment, commands, content_)),
+      searchField_(new SearchField),
+      searchResults_(new SearchResults(environment)),
+      tabs_{History({.place = {Kind::allNotes}})} {
+    setObjectName("mainWindow");
+    build();
+    connectParts();
+    connectSearch();
+    restoreLayout();
+    enter(current());
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::build() {
+    commands_.fill(*menuBar());
+    tabBar_->setObjectName("tabs");
+    tabBar_->setAccessibleName("Tabs");
+    tabBar_->setAutoHide(true);
+    tabBar_->setTabsClosable(true);
+    tabBar_->setDocumentMode(true);
+    tabBar_->setExpanding(false);
+    tabBar_->setDrawBase(false);
+    tabBar_->addTab(QString());
+    content_->addWidget(notes_);
+    content_->addWidget(tasks_);
+
+    auto* bar = new TopBar(commands_);
+    bar->setField(searchField_);
+    auto* right = new QWidget(splitter_);
+    auto* column = new QVBoxLayout(right);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(bar);
+    column->addWidget(tabBar_);
+    column->addWidget(content_, 1);
+
+    sidebar_->setMinimumWidth(narrowestSidebar);
+    sidebar_->setMaximumWidth(widestSidebar);
+    splitter_->addWidget(sidebar_);
+    splitter_->addWidget(right);
+    splitter_->setHandleWidth(1);
+    splitter_->setChildrenCollapsible(false);
+    splitter_->setStretchFactor(1, 1);
+    splitter_->setSizes({sidebarWidth, usualSize.width() - sidebarWidth});
+    setCentralWidget(splitter_);
+    setWindowIcon(programIcon());
+    resize(usualSize);
+}
+
+void MainWindow::connectParts() {
+    connect(sidebar_, &Sidebar::placeChosen, this, &MainWindow::go);
+    connect(sidebar_, &Sidebar::newTabWanted, this, &MainWindow::openTab);
+    connect(&notes_->list(), &NoteList::newTabWanted, this, [this](const Uuid& note) {
+        openTab({Kind::note, note});
+    });
+    connect(notes_, &NotesPane::noteOpened, this, &MainWindow::followNote);
+    connect(&notes_->editor(), &NoteEditor::linkActivated, this, [this](const QString& address) {
+        if (const auto place = Place::fromAddress(address.toStdString())) return go(*place);
+        QDesktopServices::openUrl(QUrl(address));
+    });
+    connect(&notes_->editor(), &NoteEditor::titleChanged, this, &MainWindow::settle);
+    connect(tasks_, &TasksPage::noteChosen, this, [this](const Uuid& note) {
+        go({Kind::note, note});
+    });
+    connect(tabBar_, &QTabBar::currentChanged, this, [this](int index) {
+        if (!isTurning_) showTab(index);
+    });
+    connect(tabBar_, &QTabBar::tabCloseRequested, this, &MainWindow::closeTab);
+    connect(&environment_, &AppEnvironment::libraryChanged, this, &MainWindow::followLibrary);
+}
+
+void MainWindow::connectSearch() {
+    SearchRunner& runner = searchResults_->runner();
+    connect(searchField_, &SearchField::suggestionsWanted, &runner, &SearchRunner::suggest);
+    connect(&runner, &SearchRunner::suggested, searchField_, &SearchField::setSuggestions);
+    connect(searchField_, &SearchField::typed, this, [this](const QString& text) {
+        if (current().place.kind != Kind::search) {
+            if (text.trimmed().isEmpty()) return;
+            go({.kind = Kind::search});
+        }
+        tabs_[static_cast<std::size_t>(tabBar_->currentIndex())].replacePlace(
+            {.kind = Kind::search, .text = text.toStdString()});
+        searchResults_->search(text, SearchRunner::Typing::goesOn);
+        settle();
+    });
+    connect(searchField_, &SearchField::searched, this, [this](const QString& text) {
+        if (!text.trimmed().isEmpty()) go({.kind = Kind::search, .text = text.toStdString()});
+    });
+    connect(searchField_, &SearchField::left, this, [this] {
+        if (current().place.kind == Kind::search) goBack();
+        notes_->list().setFocus();
+    });
+    connect(searchField_, &SearchField::resultsWanted, this, [this] {
+        searchResults_->list().setFocus();
+        searchResults_->list().setCurrentIndex(searchResults_->list().model()->index(0, 0));
+    });
+    connect(searchResults_, &SearchResults::noteChosen, notes_, &NotesPane::openNote);
+    connect(searchResults_, &SearchResults::resultOpened, notes_, &NotesPane::focusEditor);
+    connect(searchResults_, &SearchResults::taskChosen, this, [this](const Uuid& task) {
+        go({Kind::task, task});
+    });
+    connect(searchResults_, &SearchResults::queryWanted, this, [this](const QString& query) {
+        go({.kind = Kind::search, .text = query.toStdString()});
+    });
+    connect(searchResults_, &SearchResults::saveWanted, this, &MainWindow::saveSearch);
+}
+
+const Stop& MainWindow::current() const {
+    return tabs_[static_cast<std::size_t>(tabBar_->currentIndex())].current();
+}
+
+History& MainWindow::history() { return tabs_[static_cast<std::size_t>(tabBar_->currentIndex())]; }
+
+// Going
+
+void MainWindow::go(const Place& place) {
+    if (place.kind == Kind::settings) return emit settingsWanted();
+    if (place.kind == Kind::welcome) return emit welcomeWanted();
+    const Stop stop = stopFor(place);
+    if (enter(stop)) {
+        history().visit(stop);
+        history().replaceNote(notesShown() ? notes_->openedNote() : std::nullopt);
+    }
+    settle();
+}
+
+/// A note is shown where it is listed already, else among all notes.
+Stop MainWindow::stopFor(const Place& place) const {
+    if (place.kind != Kind::note) return {.place = place};
+    const auto* note = environment_.context().find<CDNote>(place.id);
+    const bool isHere = notesShown() && current().place.kind != Kind::search
+                        && notes_->list().model().rowOf(place.id) >= 0;
+    if (isHere) return {.place = current().place, .note = place.id};
+    const bool isInTrash = note != nullptr && note->trashedAt.get().has_value();
+    const bool isTemplate = note != nullptr && bool(note->isTemplate);
+    const Kind kind = isInTrash ? Kind::trash : isTemplate ? Kind::templates : Kind::allNotes;
+    return {.place = {kind}, .note = place.id};
+}
+
+bool MainWindow::enter(const Stop& stop) {
+    if (!save()) return false;
+    const Kind kind = stop.place.kind;
+    if (kind == Kind::savedSearch) return showSavedSearch(stop.place.id);
+    if (kind == Kind::search) {
+        const QString query = QString::fromStdString(stop.place.text);
+        if (searchField_->text() != query) searchField_->setQuery(query);
+        content_->setCurrentWidget(notes_);
+        notes_->showBeside(searchResults_);
+        searchResults_->search(query, SearchRunner::Typing::finished);
+        if (stop.note) notes_->openNote(*stop.note);
+        return true;
+    }
+    searchField_->setQuery({});
+    if (titleOf(stop.place, environment_.context()).isEmpty()) return false;  // it is gone
+    if (TasksPage::shows(kind)) {
+        content_->setCurrentWidget(tasks_);
+        tasks_->showPlace(stop.place);
+        return true;
+    }
+    if (!NoteScope::isListed(kind)) return false;
+    content_->setCurrentWidget(notes_);
+    return notes_->showPlace(stop.place, stop.note);
+}
+
+bool MainWindow::showSavedSearch(const Uuid& id) {
+    const auto* search = environment_.context().find<CDSavedSearch>(id);
+    if (search == nullptr) return false;
+    return enter({.place = {.kind = Kind::search, .text = search->query.valueOr("")}});
+}
+
+bool MainWindow::notesShown() const { return content_->currentWidget() == notes_; }
+
+void MainWindow::goBack() {
+    if (!history().canGoBack() || !save()) return;
+    enter(history().goBack());
+    settle();
+}
+
+void MainWindow::goForward() {
+    if (!history().canGoForward() || !save()) return;
+    enter(history().goForward());
+    settle();
+}
+
+// Tabs
+
+void MainWindow::openTab(const Place& place) {
+    if (!save()) return;
+    tabs_.emplace_back(stopFor(place));
+    isTurning_ = true;
+    tabBar_->setCurrentIndex(tabBar_->addTab(QString()));
+    isTurning_ = false;
+    showTab(tabBar_->currentIndex());
+}
+
+void MainWindow::closeTab(int index) {
+    if (tabs_.size() == 1) {
+        close();
+        return;
+    }
+    if (!save()) return;
+    tabs_.erase(tabs_.begin() + index);
+    isTurning_ = true;
+    tabBar_->removeTab(index);
+    isTurning_ = false;
+    showTab(tabBar_->currentIndex());
+}
+
+void MainWindow::closeCurrentTab() { closeTab(tabBar_->currentIndex()); }
+
+void MainWindow::turnTabs(int steps) {
+    const int count = tabBar_->count();
+    tabBar_->setCurrentIndex((tabBar_->currentIndex() + steps + count) % count);
+}
+
+void MainWindow::showTab(int index) {
+    if (index < 0) return;
+    enter(current());
+    settle();
+}
+
+// Following
+
+/// Titles, marks and what is possible now.
+void MainWindow::settle() {
+    const Stop& stop = current();
+    QString title = titleOf(stop.place, environment_.context());
+    if (stop.note && notesShown()) {
+        const QString typed = notes_->editor().title().text();
+        title = notes_->openedNote() == stop.note && !typed.isEmpty()
+                    ? typed
+                    : titleOf({Kind::note, *stop.note}, environment_.context());
+    }
+    tabBar_->setTabText(tabBar_->currentIndex(), QString(title.left(40)).replace('&', "&&"));
+    setWindowTitle(title + " – Tesserine");
+    sidebar_->mark(stop.place);
+    commands_.action("go.back").setEnabled(history().canGoBack());
+    commands_.action("go.forward").setEnabled(history().canGoForward());
+}
+
+void MainWindow::followNote(const std::optional<Uuid>& note) {
+    history().replaceNote(note);
+    settle();
+}
+
+/// A place that is gone leaves its tab in All Notes.
+void MainWindow::followLibrary() {
+    if (titleOf(current().place, environment_.context()).isEmpty()) go({Kind::allNotes});
+    settle();
+}
+
+void MainWindow::newNote() {
+    const bool isListed = NoteScope::isListed(current().place.kind);
+    if (!isListed || current().place.kind == Kind::trash) go({Kind::allNotes});
+    if (save()) notes_->list().createNote();
+}
+
+void MainWindow::newTask(const QString& sentence) {
+    if (!TasksPage::shows(current().place.kind)) go({Kind::inbox});
+    tasks_->beginTask(sentence);
+}
+
+void MainWindow::saveSearch(const QString& query) {
+    auto* dialog = new QInputDialog(this);
+    dialog->setObjectName("saveSearchDialog");
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle("Save Search");
+    dialog->setLabelText("Name of the search");
+    dialog->setTextValue(query.left(60));
+    connect(dialog, &QInputDialog::textValueSelected, this, [this, query](const QString& name) {
+        environment_.savedSearches().create(
+            environment_.context(), name.toStdString(), query.toStdString());
+        environment_.save(this);
+    });
+    dialog->open();
+}
+
+void MainWindow::present() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    QMainWindow::show();
+    raise();
+    activateWindow();
+}
+
+bool MainWindow::save() { return notes_->save() && tasks_->flush(); }
+
+// The window itself
+
+void MainWindow::restoreLayout() {
+    const auto value = [this](std::string_view key) {
+        const std::string text = environment_.preferences().string(key).value_or("");
+        return QByteArray::fromBase64(QByteArray::fromStdString(text));
+    };
+    restoreGeometry(value(geometryKey));
+    splitter_->restoreState(value(panesKey));
+}
+
+void MainWindow::keepLayout() {
+    try {
+        Preferences& preferences = environment_.preferences();
+        preferences.set(geometryKey, saveGeometry().toBase64().toStdString());
+        preferences.set(panesKey, splitter_->saveState().toBase64().toStdString());
+    } catch (const UserError& error) {
+        environment_.log().warning(std::string("the window's layout: ") + error.what());
+    }
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (!save()) return event->ignore();
+    keepLayout();
+    event->accept();
+    emit closed();
+}
+
+}  // namespace tesserine::app

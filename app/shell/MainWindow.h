@@ -1,0 +1,104 @@
+#pragma once
+
+#include "app/shell/History.h"
+
+#include <QMainWindow>
+
+#include <functional>
+#include <vector>
+
+class QSplitter;
+class QStackedWidget;
+class QTabBar;
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class Commands;
+class NotesPane;
+class SearchField;
+class SearchResults;
+class Sidebar;
+class TasksPage;
+
+/// The window: places at the left, what they hold at the right, in tabs.
+///
+/// What is being typed is saved before anything that leaves it; where that fails, the window stays
+/// where it is.
+class MainWindow final : public QMainWindow {
+    Q_OBJECT
+
+public:
+    static constexpr std::string_view geometryKey = "tesserine.window.geometry";
+    static constexpr std::string_view panesKey = "tesserine.window.panes";
+
+    /// Both outlive it.
+    MainWindow(AppEnvironment& environment, Commands& commands);
+    ~MainWindow() override;
+
+    /// Goes there in the present tab. A place that is gone leaves the window where it is.
+    void go(const Place& place);
+    void goBack();
+    void goForward();
+    const Stop& current() const;
+
+    void openTab(const Place& place);
+    /// The last tab closes the window.
+    void closeTab(int index);
+    void closeCurrentTab();
+    /// By so many tabs to the right, round the end.
+    void turnTabs(int steps);
+
+    /// A new note in the present place, or in All Notes.
+    void newNote();
+    void newTask(const QString& sentence = {});
+    /// To the front, as when it is asked for from outside.
+    void present();
+    /// Saves what was typed; false when that failed, and the user was told.
+    bool save();
+
+    Sidebar& sidebar() { return *sidebar_; }
+    NotesPane& notes() { return *notes_; }
+    TasksPage& tasks() { return *tasks_; }
+    SearchField& searchField() { return *searchField_; }
+    SearchResults& searchResults() { return *searchResults_; }
+
+signals:
+    /// Pages that are not part of the window.
+    void settingsWanted();
+    void welcomeWanted();
+    void closed();
+
+private:
+    void build();
+    void connectParts();
+    void connectSearch();
+    bool enter(const Stop& stop);
+    bool showSavedSearch(const Uuid& search);
+    bool notesShown() const;
+    Stop stopFor(const Place& place) const;
+    History& history();
+    void saveSearch(const QString& query);
+    void showTab(int index);
+    void settle();
+    void followNote(const std::optional<Uuid>& note);
+    void followLibrary();
+    void restoreLayout();
+    void keepLayout();
+    void closeEvent(QCloseEvent* event) override;
+
+    AppEnvironment& environment_;
+    Commands& commands_;
+    Sidebar* sidebar_;
+    QTabBar* tabBar_;
+    QSplitter* splitter_;
+    QStackedWidget* content_;
+    NotesPane* notes_;
+    TasksPage* tasks_;
+    SearchField* searchField_;
+    SearchResults* searchResults_;
+    std::vector<History> tabs_;
+    bool isTurning_ = false;  // the tab bar is told, not asked
+};
+
+}  // namespace tesserine::app

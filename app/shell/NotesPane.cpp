@@ -1,0 +1,116 @@
+#include "app/shell/NotesPane.h"
+
+#include "app/editor/BodyEdit.h"
+#include "app/editor/NoteEditor.h"
+#include "app/lists/NoteList.h"
+#include "app/look/EmptyState.h"
+#include "app/look/Theme.h"
+#include "app/state/DateWords.h"
+
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QSplitter>
+#include <QStackedWidget>
+
+namespace tesserine::app {
+namespace {
+
+constexpr int listWidth = 320;
+constexpr int narrowestList = 220;
+constexpr int narrowestEditor = 320;
+
+const EmptyState::Content noNote{
+    "note", "No note chosen", "Choose a note on the left, or write a new one with Ctrl+N."};
+
+}  // namespace
+
+NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* parent)
+    : QWidget(parent),
+      splitter_(new QSplitter(this)),
+      lists_(new QStackedWidget(splitter_)),
+      list_(new NoteList(environment, lists_)),
+      right_(new QStackedWidget(splitter_)),
+      editor_(new NoteEditor(environment, commands, right_)),
+      nothing_(new EmptyState(noNote, right_)) {
+    lists_->addWidget(list_);
+    lists_->setMinimumWidth(narrowestList);
+    right_->addWidget(nothing_);
+    right_->addWidget(editor_);
+    right_->setMinimumWidth(narrowestEditor);
+    nothing_->setAutoFillBackground(true);
+    nothing_->setBackgroundRole(QPalette::Base);
+    splitter_->setHandleWidth(1);
+    splitter_->setChildrenCollapsible(false);
+    splitter_->setStretchFactor(1, 1);
+    splitter_->setSizes({listWidth, 3 * listWidth});
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(splitter_);
+
+    connect(list_, &NoteList::noteChosen, this, &NotesPane::follow);
+    connect(list_, &NoteList::selectionTurned, this, &NotesPane::showSelection);
+    connect(list_, &NoteList::noteOpened, this, [this](const Uuid& note) {
+        if (openNote(note)) focusEditor();
+    });
+    connect(editor_, &NoteEditor::noteGone, this, &NotesPane::showNothing);
+}
+
+bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
+    if (!save()) return false;
+    lists_->setCurrentWidget(list_);
+    list_->showPlace(place, note);
+    if (note && list_->selected().empty()) openNote(*note);
+    return true;
+}
+
+void NotesPane::showBeside(QWidget* list) {
+    if (list == nullptr) list = list_;
+    if (lists_->indexOf(list) < 0) lists_->addWidget(list);
+    lists_->setCurrentWidget(list);
+}
+
+bool NotesPane::openNote(const Uuid& note) {
+    if (editor_->noteID() != note && !editor_->open(note)) return false;
+    right_->setCurrentWidget(editor_);
+    emit noteOpened(note);
+    return true;
+}
+
+bool NotesPane::save() { return editor_->save(); }
+
+/// A new note begins with its title.
+void NotesPane::focusEditor() {
+    if (editor_->title().text().isEmpty() && editor_->body().document()->isEmpty()) {
+        editor_->title().setFocus(Qt::ShortcutFocusReason);
+    } else {
+        editor_->body().setFocus(Qt::ShortcutFocusReason);
+    }
+}
+
+std::optional<Uuid> NotesPane::openedNote() const {
+    return right_->currentWidget() == editor_ ? editor_->noteID() : std::nullopt;
+}
+
+void NotesPane::follow(const std::optional<Uuid>& note) {
+    if (note) {
+        // A note that cannot be left stays open, and chosen.
+        if (!openNote(*note) && editor_->noteID()) list_->choose(*editor_->noteID());
+    } else if (editor_->close()) {
+        showNothing();
+    }
+}
+
+void NotesPane::showSelection(const std::vector<Uuid>& notes) {
+    if (notes.size() < 2) return nothing_->setContent(noNote);
+    nothing_->setContent(
+        {"notes",
+         shownCount(notes.size(), "note", "notes") + " chosen",
+         "Drag them onto a notebook or a tag, pin them, or move them to the trash."});
+}
+
+void NotesPane::showNothing() {
+    right_->setCurrentWidget(nothing_);
+    emit noteOpened({});
+}
+
+}  // namespace tesserine::app

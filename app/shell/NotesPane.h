@@ -1,0 +1,61 @@
+#pragma once
+
+#include "app/state/Place.h"
+
+#include <QWidget>
+
+#include <optional>
+#include <vector>
+
+class QSplitter;
+class QStackedWidget;
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class Commands;
+class EmptyState;
+class NoteEditor;
+class NoteList;
+
+/// A list of notes and, beside it, the note that is chosen in it.
+class NotesPane final : public QWidget {
+    Q_OBJECT
+
+public:
+    NotesPane(AppEnvironment& environment, Commands& commands, QWidget* parent = nullptr);
+
+    /// Shows the place; `note` is opened when it is listed there. False when the note that was open
+    /// could not be saved; everything stays then.
+    bool showPlace(const Place& place, const std::optional<Uuid>& note);
+    /// Shows another list, such as the results of a search, in the place of the list of notes; null
+    /// shows that again.
+    void showBeside(QWidget* list);
+    /// Opens the note beside whatever list is shown. False when that could not be done.
+    bool openNote(const Uuid& note);
+    /// Saves what was typed; false when that failed.
+    bool save();
+    void focusEditor();
+
+    NoteList& list() { return *list_; }
+    NoteEditor& editor() { return *editor_; }
+    QSplitter& splitter() { return *splitter_; }
+    std::optional<Uuid> openedNote() const;
+
+signals:
+    void noteOpened(const std::optional<tesserine::Uuid>& note);
+
+private:
+    void follow(const std::optional<Uuid>& note);
+    void showSelection(const std::vector<Uuid>& notes);
+    void showNothing();
+
+    QSplitter* splitter_;
+    QStackedWidget* lists_;
+    NoteList* list_;
+    QStackedWidget* right_;
+    NoteEditor* editor_;
+    EmptyState* nothing_;
+};
+
+}  // namespace tesserine::app

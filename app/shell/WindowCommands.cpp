@@ -1,0 +1,219 @@
+#include "app/shell/WindowCommands.h"
+
+#include "app/commands/CheatSheet.h"
+#include "app/commands/CommandPalette.h"
+#include "app/commands/Commands.h"
+#include "app/commands/NoteSwitcher.h"
+#include "app/editor/BodyEdit.h"
+#include "app/editor/NoteEditor.h"
+#include "app/lists/NoteActions.h"
+#include "app/lists/NoteList.h"
+#include "app/lists/NoteListView.h"
+#include "app/lists/Pickers.h"
+#include "app/lists/Sidebar.h"
+#include "app/search/SearchField.h"
+#include "app/shell/MainWindow.h"
+#include "app/shell/NotesPane.h"
+#include "app/state/AppEnvironment.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QStatusBar>
+
+#include <functional>
+#include <utility>
+
+namespace tesserine::app {
+namespace {
+
+using Kind = Place::Kind;
+
+/// The connections, made once; it only lives while they are made.
+class Wiring {
+public:
+    Wiring(MainWindow& window, Commands& commands, AppEnvironment& environment)
+        : window_(window), commands_(commands), environment_(environment) {}
+
+    void going() const {
+        on("go.back", [&window = window_] { window.goBack(); });
+        on("go.forward", [&window = window_] { window.goForward(); });
+        constexpr std::pair<const char*, Kind> places[] = {
+            {"go.allNotes", Kind::allNotes},
+            {"go.inbox", Kind::inbox},
+            {"go.today", Kind::today},
+            {"go.upcoming", Kind::upcoming},
+            {"go.calendar", Kind::calendar},
+            {"go.trash", Kind::trash},
+            {"app.settings", Kind::settings},
+            {"help.welcome", Kind::welcome}};
+        for (const auto& [command, kind] : places) {
+            on(command, [&window = window_, place = Place{kind}] { window.go(place); });
+        }
+        on("go.search",
+           [&window = window_] { window.searchField().setFocus(Qt::ShortcutFocusReason); });
+        on("go.palette", [&window = window_, &commands = commands_] {
+            (new CommandPalette(commands, &window))->open();
+        });
+        on("go.switcher", [&window = window_, &environment = environment_] {
+            auto* switcher = new NoteSwitcher(environment, &window);
+            QObject::connect(switcher, &NoteSwitcher::noteChosen, &window, [&](const Uuid& note) {
+                window.go({Kind::note, note});
+            });
+            switcher->open();
+        });
+        on("help.keys", [&window = window_, &commands = commands_] {
+            auto* sheet = new CheatSheet(commands, &window);
+            sheet->setAttribute(Qt::WA_DeleteOnClose);
+            sheet->open();
+        });
+    }
+
+    void windowAndTabs() const {
+        on("tab.new", [&window = window_] { window.openTab(window.current().place); });
+        on("tab.close", [&window = window_] { window.closeCurrentTab(); });
+        on("tab.next", [&window = window_] { window.turnTabs(1); });
+        on("tab.previous", [&window = window_] { window.turnTabs(-1); });
+        on("app.quit", [&window = window_] { window.close(); });
+        on("library.save", [&window = window_] {
+            if (window.save()) window.statusBar()->showMessage("Saved", 2'000);
+        });
+        QAction& sidebar = commands_.action("view.sidebar");
+        sidebar.setChecked(true);
+        on("view.sidebar", [&window = window_](bool isOn) { window.sidebar().setVisible(isOn); });
+        on("view.fullScreen", [&window = window_](bool isOn) {
+            isOn ? window.showFullScreen() : window.showNormal();
+        });
+        on("list.rename", [&window = window_] {
+            if (window.sidebar().hasFocus()) return window.sidebar().renameCurrent();
+            QLineEdit& title = window.notes().editor().title();
+            title.setFocus(Qt::ShortcutFocusReason);
+            title.selectAll();
+        });
+        on("list.selectAll", [&window = window_] { window.notes().list().view().selectAll(); });
+        on("notebook.new", [&window = window_] { window.sidebar().createNotebook(); });
+    }
+
+    void making() const {
+        on("note.new", [&window = window_] { window.newNote(); });
+        on("task.new", [&window = window_] { window.newTask(); });
+        on("note.fromTemplate", [&window = window_, &environment = environment_] {
+            pickTemplate(environment, &window, [&](const Uuid& noteTemplate) {
+                if (!window.save()) return;
+                const auto note = NoteActions(environment, &window)
+                                      .createFromTemplate(noteTemplate, window.current().place);
+                if (!note) return;
+                window.go({Kind::note, *note});
+                window.notes().focusEditor();
+            });
+        });
+    }
+
+    /// What is done to the notes that are chosen; of a search, to the one that is open.
+    void notes() const {
+        NoteList& list = window_.notes().list();
+        on("note.pin", [this_ = *this](bool) {
+            const NoteActions actions = this_.actions();
+            const auto notes = this_.chosen();
+            actions.setPinned(notes, !actions.arePinned(notes));
+        });
+        on("note.trash", [this_ = *this] { this_.moveToTrash(); });
+        on("note.duplicate", [this_ = *this] {
+            const auto copies = this_.actions().duplicate(this_.chosen());
+            if (copies.size() == 1) this_.window_.go({Kind::note, copies.front()});
+        });
+        on("note.saveAsTemplate", [this_ = *this] {
+            for (const Uuid& note : this_.chosen()) {
+                this_.actions().saveAsTemplate(note);
+            }
+        });
+        on("note.copyLink", [this_ = *this] {
+            QString links;
+            for (const Uuid& note : this_.chosen()) {
+                if (!links.isEmpty()) links += "\n";
+                links += QString::fromStdString(NoteService::noteURL(note));
+            }
+            QApplication::clipboard()->setText(links);
+        });
+        on("note.move", [this_ = *this] { this_.askNotebook(); });
+        on("note.tags", [this_ = *this] { this_.askTag(); });
+        QObject::connect(
+            &list, &NoteList::moveWanted, &window_, [this_ = *this] { this_.askNotebook(); });
+        QObject::connect(
+            &list, &NoteList::tagsWanted, &window_, [this_ = *this] { this_.askTag(); });
+        QObject::connect(
+            &list, &NoteList::selectionTurned, &window_, [this_ = *this] { this_.showPin(); });
+        QObject::connect(&environment_, &AppEnvironment::libraryChanged, &window_, [this_ = *this] {
+            this_.showPin();
+        });
+        commands_.attach(CommandContext::lists, list.view());
+        commands_.attach(CommandContext::lists, window_.sidebar());
+    }
+
+private:
+    /// A part of the window may handle the command already.
+    template <class Handle>
+    void on(std::string_view command, Handle handle) const {
+        if (!commands_.action(command).isEnabled()) {
+            commands_.on(command, &window_, std::move(handle));
+        }
+    }
+
+    NoteActions actions() const { return {environment_, &window_}; }
+
+    NoteActions::Notes chosen() const {
+        window_.save();
+        const auto notes = window_.notes().list().selected();
+        const bool isOther = window_.current().place.kind == Kind::search || notes.empty();
+        if (!isOther) return notes;
+        const auto open = window_.notes().openedNote();
+        return open ? NoteActions::Notes{*open} : NoteActions::Notes{};
+    }
+
+    void moveToTrash() const {
+        NoteList& list = window_.notes().list();
+        if (window_.current().place.kind == Kind::search) {
+            return actions().moveToTrash(chosen());
+        }
+        if (window_.save()) list.moveToTrash();
+    }
+
+    void askNotebook() const {
+        const auto notes = chosen();
+        if (notes.empty()) return;
+        pickNotebook(environment_, &window_, [this_ = *this, notes](const auto& notebook) {
+            this_.actions().move(notes, notebook);
+        });
+    }
+
+    void askTag() const {
+        const auto notes = chosen();
+        if (notes.empty()) return;
+        pickTag(environment_, &window_, [this_ = *this, notes](const QString& name) {
+            this_.actions().addTag(notes, name);
+        });
+    }
+
+    void showPin() const {
+        const auto notes = window_.notes().list().selected();
+        commands_.action("note.pin").setChecked(!notes.empty() && actions().arePinned(notes));
+    }
+
+    MainWindow& window_;
+    Commands& commands_;
+    AppEnvironment& environment_;
+};
+
+}  // namespace
+
+void handleWindowCommands(MainWindow& window, Commands& commands, AppEnvironment& environment) {
+    const Wiring wiring(window, commands, environment);
+    wiring.going();
+    wiring.windowAndTabs();
+    wiring.making();
+    wiring.notes();
+    commands.attach(CommandContext::everywhere, window);
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,38 @@
+#include "app/look/Icon.h"
+#include "app/look/Theme.h"
+#include "app/shell/Program.h"
+#include "app/shell/StartOptions.h"
+#include "base/Product.h"
+
+#include <QApplication>
+
+#include <iostream>
+
+int main(int count, char** words) {
+    using namespace tesserine;
+
+    QApplication application(count, words);
+    QApplication::setApplicationName("Tesserine");
+    QApplication::setApplicationVersion(TESSERINE_VERSION);
+    QApplication::setDesktopFileName("app.tesserine.Tesserine");
+    QApplication::setWindowIcon(app::programIcon());
+
+    const auto options = app::StartOptions::read(QApplication::arguments().mid(1));
+    if (!options.mistake.isEmpty()) {
+        std::cerr << options.mistake.toStdString() << '\n'
+                  << app::StartOptions::help().toStdString();
+        return 2;
+    }
+    if (options.wantsHelp) {
+        std::cout << app::StartOptions::help().toStdString();
+        return 0;
+    }
+    if (options.wantsVersion) {
+        std::cout << "Tesserine " << product::version << '\n';
+        return 0;
+    }
+    app::Theme theme(application);
+    theme.setScheme(options.scheme);
+    app::Program program(theme, options);
+    return program.run();
+}
