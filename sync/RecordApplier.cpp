@@ -1,0 +1,328 @@
+#include "sync/RecordApplier.h"
+
+#include "base/JSON.h"
+#include "base/Text.h"
+#include "core/body/BodyError.h"
+#include "core/body/CanonicalBody.h"
+#include "core/model/TaskEntities.h"
+#include "core/services/Tree.h"
+#include "core/store/StoreContext.h"
+#include "sync/RecordFields.h"
+#include "sync/RecordKinds.h"
+
+#include <algorithm>
+#include <map>
+
+namespace tesserine {
+namespace {
+
+std::optional<std::string> textIn(const JSONObject& payload, const char* key) {
+    const auto found = payload.find(key);
+    if (found == payload.end() || found->second.string() == nullptr) return std::nullopt;
+    return *found->second.string();
+}
+
+Instant updatedAtOf(const JSONObject& payload, Instant otherwise) {
+    const auto found = payload.find("updated_at");
+    if (found == payload.end()) return otherwise;
+    const auto value = valueOf(found->second, AttributeType::date);
+    return value && !isNull(*value) ? std::get<Instant>(*value) : otherwise;
+}
+
+/// The entity of a tombstone: its payload may say nothing.
+std::optional<EntityKind> entityOfKind(std::string_view kind) {
+    const auto* const found = std::ranges::find(recordKinds, kind, &RecordKind::name);
+    return found == recordKinds.end() ? std::nullopt : std::optional(found->entity);
+}
+
+bool isSeen(CDSyncState* state, const SyncRecord& record) {
+    return state != nullptr && state->rev.valueOr(0) > 0 && record.rev <= state->rev.valueOr(0);
+}
+
+void markSeen(CDSyncState& state, const SyncRecord& record) {
+    state.rev = record.rev;
+    state.seq = record.seq;
+    state.updatedAt = record.updatedAt;
+}
+
+}  // namespace
+
+RecordApplier::RecordApplier(StoreContext& context, SyncLedger& ledger, const Clock& clock, Log log)
+    : context_(context),
+      ledger_(ledger),
+      mapper_(context, ledger.unresolved()),
+      notes_(clock),
+      projects_(clock),
+      log_(std::move(log)) {}
+
+void RecordApplier::apply(const SyncRecord& record) {
+    if (isSeen(ledger_.find(record.id), record)) return;
+    const auto entity =
+        record.deleted ? entityOfKind(record.kind) : entityOf(record.kind, record.payload);
+    if (!entity) return keepUnknown(record);
+    try {
+        if (record.deleted) {
+            applyTombstone(record, *entity);
+        } else {
+            applyLive(record, *entity);
+        }
+        ++counts_.applied;
+    } catch (const BodyError& error) {
+        log_.warning("a record was left out: " + std::string(error.what()));
+        keepUnknown(record);
+    }
+}
+
+/// For a program that understands it one day.
+void RecordApplier::keepUnknown(const SyncRecord& record) {
+    CDSyncState& state = ledger_.at(record.id, record.kind);
+    markSeen(state, record);
+    SyncLedger::agree(state, record.payload);
+    state.isTombstone = record.deleted;
+}
+
+bool RecordApplier::isChanged(StoreObject& object, CDSyncState* state) const {
+    if (state == nullptr) return true;
+    const auto agreed = SyncLedger::agreed(*state);
+    return !agreed || RecordMapper::differ(mapper_.payload(object, *agreed), *agreed);
+}
+
+// MARK: deletions
+
+bool RecordApplier::wouldDelete(const SyncRecord& record) {
+    const auto entity = record.deleted ? entityOfKind(record.kind) : std::nullopt;
+    if (!entity || isSeen(ledger_.find(record.id), record)) return false;
+    StoreObject* const object = context_.findObject(*entity, record.id);
+    return object != nullptr && !isWorthKeeping(*object);
+}
+
+/// An edit beats a deletion; a file lives and dies with its note.
+bool RecordApplier::isWorthKeeping(StoreObject& object) {
+    const auto isEdited = [this](StoreObject& one) {
+        const auto id = one.uuid();
+        return id && isChanged(one, ledger_.find(*id));
+    };
+    if (isEdited(object)) return true;
+    if (auto* const whole = dynamic_cast<CDNote*>(&object)) {
+        if (whole->hasConflict) return true;  // the other version is on this device only
+        return std::ranges::any_of(
+            whole->attachments.all(), [&](CDAttachment* file) { return isEdited(*file); });
+    }
+    return false;
+}
+
+void RecordApplier::applyTombstone(const SyncRecord& record, EntityKind entity) {
+    StoreObject* const object = context_.findObject(entity, record.id);
+    CDSyncState& state = ledger_.at(record.id, record.kind);
+    if (object != nullptr && isWorthKeeping(*object)) {
+        keepOnTopOf(record, *object, state);
+        return;
+    }
+    markSeen(state, record);
+    state.isTombstone = true;
+    state.needsPush = false;
+    if (object == nullptr) return;
+    remove(*object);
+    ++counts_.deleted;
+}
+
+/// The object goes up again, on top of its tombstone, and its files with it: their own tombstones
+/// may be still to come.
+void RecordApplier::keepOnTopOf(
+    const SyncRecord& tombstone, StoreObject& object, CDSyncState& state) {
+    markSeen(state, tombstone);
+    state.isTombstone = false;
+    state.needsPush = true;
+    SyncLedger::disagree(state);
+    auto* const whole = dynamic_cast<CDNote*>(&object);
+    if (whole == nullptr) return;
+    for (CDAttachment* const file : whole->attachments.all()) {
+        CDSyncState& fileState =
+            ledger_.at(file->uuid().value_or(Uuid()), *recordKindOf(EntityKind::attachment));
+        fileState.needsPush = true;
+        SyncLedger::disagree(fileState);
+    }
+}
+
+void RecordApplier::remove(StoreObject& object) {
+    if (auto* const task = dynamic_cast<CDTask*>(&object)) {
+        // Subtasks go with their task, but not what was changed here.
+        for (CDTask* const subtask : task->subtasks.all()) {
+            if (isWorthKeeping(*subtask)) subtask->parent = nullptr;
+        }
+    }
+    if (auto* const project = dynamic_cast<CDProject*>(&object)) {
+        const auto tasks = project->tasks.all();
+        context_.remove(object);
+        if (tasks.empty()) return;
+        CDProject& inbox = projects_.inbox(context_);
+        for (CDTask* const task : tasks) {
+            task->project = &inbox;
+        }
+        return;
+    }
+    context_.remove(object);
+}
+
+// MARK: live records
+
+void RecordApplier::applyLive(const SyncRecord& record, EntityKind entity) {
+    CDSyncState* const known = ledger_.find(record.id);
+    StoreObject* object = context_.findObject(entity, record.id);
+    const bool isNew = object == nullptr;
+    if (isNew) object = &revive(record, entity, known);
+
+    const auto base = known != nullptr && !isNew ? SyncLedger::agreed(*known) : std::nullopt;
+    const JSONObject present = mapper_.payload(*object, base.value_or(JSONObject()));
+    const JSONObject theirs = normalised(entity, record.payload, present);
+    if (isNew) {
+        mapper_.write(*object, present, theirs);
+        mapper_.resolve(*object);
+    } else if (isChanged(*object, known)) {
+        merge(*object, present, theirs, base, record.updatedAt);
+    } else {
+        auto* const whole = dynamic_cast<CDNote*>(object);
+        const bool isNewBody =
+            whole != nullptr && textIn(present, "html") != textIn(theirs, "html");
+        if (isNewBody) notes_.takeRevision(context_, *whole, NoteRevisionReason::preEdit);
+        mapper_.write(*object, present, theirs);
+    }
+    touchedTrees_ |= entity == EntityKind::notebook || entity == EntityKind::tag
+                     || entity == EntityKind::task || entity == EntityKind::project;
+
+    CDSyncState& state = ledger_.at(record.id, record.kind);
+    markSeen(state, record);
+    state.isTombstone = false;
+    SyncLedger::agree(state, theirs);
+    state.needsPush = RecordMapper::differ(mapper_.payload(*object, theirs), theirs);
+}
+
+/// A new object, or one that was deleted here while it was edited elsewhere.
+StoreObject& RecordApplier::revive(
+    const SyncRecord& record, EntityKind entity, CDSyncState* state) {
+    StoreObject& object = context_.insertObject(entity);
+    object.setValue(*object.entity().identity, record.id);
+    if (state != nullptr && entity == EntityKind::note) reviveAttachments(record.id);
+    return object;
+}
+
+/// The files of a note whose deletion was not sent yet: their bytes are still on the server.
+void RecordApplier::reviveAttachments(const Uuid& noteID) {
+    const std::string kind(*recordKindOf(EntityKind::attachment));
+    const auto waiting = context_.fetch<CDSyncState>(
+        {.predicate = {"kind == %@ AND isTombstone == YES AND needsPush == YES", kind}});
+    for (CDSyncState* const state : waiting) {
+        const auto agreed = SyncLedger::agreed(*state);
+        const auto id = state->recordID.get();
+        if (!agreed || !id || textIn(*agreed, "note_id") != noteID.wireText()) continue;
+        if (context_.find<CDAttachment>(*id) != nullptr) continue;
+        StoreObject& file = context_.insertObject(EntityKind::attachment);
+        file.setValue(*file.entity().identity, *id);
+        mapper_.write(file, mapper_.payload(file), *agreed);
+        state->isTombstone = false;
+        state->needsPush = false;
+    }
+}
+
+void RecordApplier::merge(
+    StoreObject& object,
+    const JSONObject& present,
+    const JSONObject& theirs,
+    const std::optional<JSONObject>& base,
+    Instant updatedAt) {
+    const EntityKind entity = object.entity().kind;
+    const RecordMerge merged = mergeRecords(
+        entity,
+        base,
+        {.payload = present, .updatedAt = updatedAtOf(present, context_.now())},
+        {.payload = theirs, .updatedAt = updatedAt});
+    const auto reason =
+        merged.isConflict ? NoteRevisionReason::conflict : NoteRevisionReason::autosave;
+    for (const JSONObject& version : merged.replaced) {
+        keepVersion(object, version, reason);
+    }
+    if (merged.isConflict) ++counts_.conflicts;
+    mapper_.write(object, present, merged.merged);
+}
+
+void RecordApplier::keepVersion(
+    StoreObject& object, const JSONObject& version, NoteRevisionReason reason) {
+    if (auto* const whole = dynamic_cast<CDNote*>(&object)) {
+        const auto html = textIn(version, "html");
+        if (!html) return;
+        CanonicalBody body = canonicalBody(*html);
+        auto& kept = context_.insert<CDNoteRevision>();
+        kept.createdAt = context_.now();
+        kept.title = textIn(version, "title");
+        kept.html = std::move(body.html);
+        kept.plainText = std::move(body.plainText);
+        kept.reason = std::string(rawValue(reason));
+        kept.note = whole;
+        if (reason == NoteRevisionReason::conflict) whole->hasConflict = true;
+        return;
+    }
+    if (object.entity().kind != EntityKind::task) return;
+    const auto id = object.uuid();
+    if (!id) return;
+    ledger_.setValue("conflict " + id->wireText(), json::write(toJSON(version)));
+}
+
+// MARK: whole library
+
+void RecordApplier::finish() {
+    if (!touchedTrees_) return;
+    touchedTrees_ = false;
+    breakCycles<CDNotebook>();
+    breakCycles<CDTag>();
+    breakCycles<CDTask>();
+    joinTags();
+    projects_.mergeInboxes(context_);
+}
+
+/// Two devices each put one below the other: the one with the smallest identifier comes to the top,
+/// on every device alike.
+template <class Entity>
+void RecordApplier::breakCycles() {
+    for (Entity* const object : context_.fetch<Entity>({.predicate = {"parent != nil"}})) {
+        const auto above = tree::ancestors(*object);
+        const bool isInCycle = !above.empty() && above.back()->parent.get() == object;
+        if (!isInCycle) continue;
+        Entity* first = object;
+        for (Entity* const other : above) {
+            if (other->uuid() < first->uuid()) first = other;
+        }
+        first->parent = nullptr;
+    }
+}
+
+/// Tags of one name, as two devices made them, become the older one.
+void RecordApplier::joinTags() {
+    std::map<std::string, std::vector<CDTag*>> byName;
+    for (CDTag* const tag : context_.fetch<CDTag>()) {
+        byName[text::caseFolded(tag->name.valueOr(""))].push_back(tag);
+    }
+    for (auto& [name, tags] : byName) {
+        if (tags.size() < 2 || name.empty()) continue;
+        std::ranges::sort(tags, [](CDTag* a, CDTag* b) {
+            const auto ageA = a->createdAt.valueOr(Instant());
+            const auto ageB = b->createdAt.valueOr(Instant());
+            return ageA == ageB ? a->uuid() < b->uuid() : ageA < ageB;
+        });
+        CDTag& survivor = *tags.front();
+        for (CDTag* const twin : std::vector<CDTag*>(tags.begin() + 1, tags.end())) {
+            for (CDNote* const note : twin->notes.all()) {
+                survivor.notes.add(*note);
+            }
+            for (CDTask* const task : twin->tasks.all()) {
+                survivor.tasks.add(*task);
+            }
+            for (CDTag* const child : twin->children.all()) {
+                const bool isAbove = tree::isWithin(survivor, *child);
+                child->parent = isAbove ? nullptr : &survivor;
+            }
+            context_.remove(*twin);
+        }
+    }
+}
+
+}  // namespace tesserine

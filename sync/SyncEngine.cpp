@@ -1,0 +1,271 @@
+#include "sync/SyncEngine.h"
+
+#include "base/Digest.h"
+#include "base/FailPoint.h"
+#include "base/OperationCancelled.h"
+#include "core/model/TaskEntities.h"
+#include "core/store/StoreContext.h"
+#include "core/store/TesserineStore.h"
+#include "sync/AccountSession.h"
+#include "sync/ChangeMarker.h"
+#include "sync/RecordApplier.h"
+#include "sync/RecordPusher.h"
+#include "sync/SyncClient.h"
+
+#include <charconv>
+#include <set>
+#include <utility>
+
+namespace tesserine {
+namespace {
+
+constexpr int mostRounds = 10;    // of pulling and pushing in one synchronisation
+constexpr int mostSteps = 1'000;  // over records that cannot be read, in one synchronisation
+constexpr std::size_t filesAtOnce = 50;
+
+std::int64_t cursorIn(const SyncLedger& ledger) {
+    const std::string text = ledger.value(SyncLedger::cursor).value_or("0");
+    std::int64_t cursor = 0;
+    std::from_chars(text.data(), text.data() + text.size(), cursor);
+    return cursor;
+}
+
+}  // namespace
+
+SyncQuestion SyncQuestion::manyDeletions(std::size_t count, std::size_t total) {
+    return {
+        Kind::manyDeletions,
+        "Another device deleted " + std::to_string(count) + " of the " + std::to_string(total)
+            + " notes and tasks in this library. Delete them here as well?"};
+}
+
+/// One synchronisation.
+struct SyncEngine::Run {
+    StoreContext& context;
+    const Consent& consent;
+    const std::stop_token& stop;
+    std::size_t itemsAtStart = 0;
+    SyncSummary summary{};
+};
+
+SyncEngine::SyncEngine(Environment environment)
+    : environment_(std::move(environment)), log_(environment_.log.category("engine")) {}
+
+SyncSummary SyncEngine::synchronise(const Consent& consent, const std::stop_token& stop) {
+    const std::scoped_lock lock(running_);
+    try {
+        return runOnce(consent, stop);
+    } catch (const SyncError& error) {
+        if (error.kind() != SyncError::Kind::signedOut) throw;
+    }
+    // The token may have been taken back before its time: only a refused refresh is the end.
+    environment_.session.invalidateAccessToken();
+    return runOnce(consent, stop);
+}
+
+SyncSummary SyncEngine::runOnce(const Consent& consent, const std::stop_token& stop) {
+    const auto context = environment_.store.newBackgroundContext();
+    checkAccount(*context, consent);
+    Run run{.context = *context, .consent = consent, .stop = stop};
+    run.itemsAtStart = context->count<CDNote>() + context->count<CDTask>();
+    askAboutQuota(run);
+
+    ChangeMarker marker(environment_.store);
+    RecordPusher pusher(
+        {.context = *context,
+         .client = environment_.client,
+         .clock = environment_.clock,
+         .log = log_});
+    for (int round = 0; round < mostRounds; ++round) {
+        marker.catchUp(*context, stop);  // what was deleted here must be known before the pull
+        pull(run);
+        marker.catchUp(*context, stop);
+        const auto pushed = pusher.pushAll(stop);
+        run.summary.sent += pushed.sent;
+        run.summary.refused += pushed.refused;
+        run.summary.conflicts += pushed.conflicts;
+        if (pushed.sent == 0) break;
+    }
+    fetchFiles(run);
+    context->reset();
+    const SyncLedger ledger(*context);
+    ledger.setValue(SyncLedger::lastSync, environment_.clock.now().iso());
+    context->save();
+    return run.summary;
+}
+
+void SyncEngine::checkAccount(StoreContext& context, const Consent& consent) {
+    const auto account = environment_.session.account();
+    if (!account) throw SyncError::signedOut();
+    SyncLedger ledger(context);
+    const auto known = ledger.value(SyncLedger::account);
+    if (known == account->id) return;
+    if (known) {
+        if (!consent.anotherAccount) throw SyncQuestion::anotherAccount();
+        ledger.forgetAll();
+    }
+    ledger.setValue(SyncLedger::account, account->id);
+    context.save();
+    context.reset();
+}
+
+// MARK: pulling
+
+/// Page by page. Where one cannot be read, record by record, leaving out the one that is to blame:
+/// the others arrive.
+void SyncEngine::pull(Run& run) {
+    int limit = pageSize;
+    for (int steps = 0; steps < mostSteps;) {
+        switch (pullPage(run, limit)) {
+        case Page::last: return;
+        case Page::more: break;
+        case Page::unreadable:
+            if (limit == 1) {
+                stepOverUnreadable(run);
+                ++steps;
+            }
+            limit = limit == 1 ? pageSize : 1;
+            break;
+        }
+    }
+    throw SyncError::malformed("too many unreadable records");
+}
+
+void SyncEngine::stepOverUnreadable(Run& run) {
+    run.context.reset();
+    const SyncLedger ledger(run.context);
+    const std::int64_t next = cursorIn(ledger) + 1;
+    log_.error("stepping over change " + std::to_string(next) + ", which cannot be read");
+    ledger.setValue(SyncLedger::cursor, std::to_string(next));
+    run.context.save();
+}
+
+SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
+    run.context.reset();
+    const std::int64_t since = cursorIn(SyncLedger(run.context));
+    ChangesResponse page;
+    try {
+        page = environment_.client.changes(since, limit, run.stop);
+    } catch (const SyncError& error) {
+        if (error.kind() != SyncError::Kind::malformed) throw;
+        log_.warning(std::string("a page cannot be read: ") + error.what());
+        return Page::unreadable;
+    }
+    if (page.head < since) {
+        startAfresh(run);
+        return Page::more;
+    }
+    if (page.seq < since || (page.more && page.seq == since)) {
+        throw SyncError::malformed("no progress");
+    }
+
+    SyncLedger ledger(run.context);
+    RecordApplier applier(run.context, ledger, environment_.clock, log_);
+    std::size_t deletions = run.summary.deleted;
+    for (const SyncRecord& record : page.changes) {
+        if (applier.wouldDelete(record)) ++deletions;
+    }
+    const auto share = static_cast<double>(run.itemsAtStart) * deletionShare;
+    const bool areMany = deletions > deletionAllowance && static_cast<double>(deletions) > share;
+    if (areMany && !run.consent.manyDeletions) {
+        throw SyncQuestion::manyDeletions(deletions, run.itemsAtStart);
+    }
+    for (const SyncRecord& record : page.changes) {
+        applier.apply(record);
+        FAIL_POINT("sync.recordApplied");
+    }
+    applier.finish();
+    const bool isChanged = page.seq != since || !page.changes.empty();
+    if (isChanged) {
+        ledger.setValue(SyncLedger::cursor, std::to_string(page.seq));
+        ledger.keepUnresolved();
+        run.context.save();
+    }
+    FAIL_POINT("sync.pageSaved");
+    run.summary.received += applier.counts().applied;
+    run.summary.deleted += applier.counts().deleted;
+    run.summary.conflicts += applier.counts().conflicts;
+    return page.more ? Page::more : Page::last;
+}
+
+/// The server holds less than it did: it was put back to an earlier day, or is another one. Nothing
+/// is deleted for that; both sides are compared as if they had never met.
+void SyncEngine::startAfresh(Run& run) {
+    log_.warning("the server went back in time: everything is compared again");
+    const SyncLedger ledger(run.context);
+    ledger.forgetAll();
+    run.context.save();
+}
+
+// MARK: files and quota
+
+void SyncEngine::fetchFiles(Run& run) {
+    std::set<Uuid> failed;
+    for (;;) {
+        run.context.reset();
+        const auto missing = run.context.fetch<CDAttachment>(
+            {.predicate = {"fileData == nil AND sha256 != nil"},
+             .limit = filesAtOnce + failed.size()});
+        bool isProgress = false;
+        for (CDAttachment* const file : missing) {
+            const Uuid id = file->uuid().value_or(Uuid());
+            if (failed.contains(id)) continue;
+            try {
+                const std::string bytes = environment_.client.downloadBlob(*file->sha256, run.stop);
+                if (sha256Hex(bytesOf(bytes)) == *file->sha256) {
+                    const auto span = bytesOf(bytes);
+                    file->fileData = Bytes(span.begin(), span.end());
+                    file->integrityVerified = true;
+                    run.context.save();
+                    run.context.releaseLargeValues();
+                    ++run.summary.filesReceived;
+                    isProgress = true;
+                    continue;
+                }
+                log_.warning("a file does not have its digest and was thrown away");
+            } catch (const SyncError& error) {
+                if (error.isTransient() || error.kind() == SyncError::Kind::signedOut) throw;
+                log_.warning(std::string("a file could not be fetched: ") + error.what());
+            }
+            failed.insert(id);
+        }
+        if (!isProgress) break;
+    }
+    run.summary.filesFailed = failed.size();
+}
+
+/// Records refused for want of room are sent again once there is some.
+void SyncEngine::askAboutQuota(Run& run) {
+    const SyncLedger ledger(run.context);
+    PushRefusals refusals(ledger.value(SyncLedger::refusals).value_or(""));
+    std::int64_t smallest = -1;
+    for (const auto& [record, refusal] : refusals.all()) {
+        if (refusal.reason != "quota") continue;
+        const std::int64_t size = refusal.measured.value_or(0);
+        smallest = smallest < 0 ? size : std::min(smallest, size);
+    }
+    refusals.forget("missing_attachment");  // the file is sent before the record each time
+    if (smallest >= 0) {
+        const SyncStateResponse state = environment_.client.state(run.stop);
+        const std::int64_t used = state.recordBytes.value_or(0) + state.revisionBytes.value_or(0);
+        const bool hasRoom = !state.recordQuotaBytes || used + smallest <= *state.recordQuotaBytes;
+        if (hasRoom) refusals.forget("quota");
+    }
+    const std::string text = refusals.text();
+    if (text == ledger.value(SyncLedger::refusals).value_or("{}")) return;
+    ledger.setValue(SyncLedger::refusals, text);
+    run.context.save();
+}
+
+std::size_t SyncEngine::waitingCount() {
+    const auto context = environment_.store.newBackgroundContext();
+    return context->count<CDSyncState>({"needsPush == YES"});
+}
+
+std::optional<Instant> SyncEngine::lastSync() {
+    const auto context = environment_.store.newBackgroundContext();
+    const auto text = SyncLedger(*context).value(SyncLedger::lastSync);
+    return text ? Instant::parseISO(*text) : std::nullopt;
+}
+
+}  // namespace tesserine

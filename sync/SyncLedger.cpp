@@ -1,0 +1,81 @@
+#include "sync/SyncLedger.h"
+
+#include "base/JSON.h"
+#include "core/store/StoreContext.h"
+#include "sync/WireCoding.h"
+
+namespace tesserine {
+namespace {
+
+constexpr const char* unresolvedName = "unresolved";
+
+}  // namespace
+
+SyncLedger::SyncLedger(StoreContext& context)
+    : context_(context), storedUnresolved_(value(unresolvedName).value_or("")) {
+    unresolved_ = UnresolvedLinks(storedUnresolved_);
+}
+
+CDSyncState* SyncLedger::find(const Uuid& record) const {
+    return context_.find<CDSyncState>(record);
+}
+
+CDSyncState& SyncLedger::at(const Uuid& record, std::string_view kind) const {
+    if (auto* const found = find(record)) return *found;
+    auto& made = context_.insert<CDSyncState>();
+    made.recordID = record;
+    made.kindName = std::string(kind);
+    return made;
+}
+
+CDSyncMeta* SyncLedger::meta(const std::string& name) const {
+    return context_.fetchFirst<CDSyncMeta>({.predicate = {"key == %@", name}});
+}
+
+std::optional<std::string> SyncLedger::value(const std::string& name) const {
+    CDSyncMeta* const found = meta(name);
+    return found == nullptr ? std::nullopt : found->value.get();
+}
+
+void SyncLedger::setValue(const std::string& name, const std::string& value) const {
+    CDSyncMeta* entry = meta(name);
+    if (entry == nullptr) {
+        entry = &context_.insert<CDSyncMeta>();
+        entry->keyName = name;
+    }
+    entry->value = value;
+}
+
+std::optional<JSONObject> SyncLedger::agreed(CDSyncState& state) {
+    if (!state.lastPayload) return std::nullopt;
+    try {
+        const JSONValue json = JSONValue::decode(textOf(*state.lastPayload));
+        return json.object() == nullptr ? std::nullopt : std::optional(*json.object());
+    } catch (const WireError&) {
+        return std::nullopt;
+    }
+}
+
+void SyncLedger::agree(CDSyncState& state, const JSONObject& payload) {
+    const std::string text = json::write(toJSON(payload));
+    const auto bytes = bytesOf(text);
+    state.lastPayload = Bytes(bytes.begin(), bytes.end());
+}
+
+void SyncLedger::keepUnresolved() {
+    std::string text = unresolved_.text();
+    if (text == storedUnresolved_) return;
+    setValue(unresolvedName, text);
+    storedUnresolved_ = std::move(text);
+}
+
+void SyncLedger::forgetAll() const {
+    for (CDSyncState* state : context_.fetch<CDSyncState>()) {
+        context_.remove(*state);
+    }
+    for (CDSyncMeta* entry : context_.fetch<CDSyncMeta>()) {
+        if (entry->keyName != std::string(account)) context_.remove(*entry);
+    }
+}
+
+}  // namespace tesserine

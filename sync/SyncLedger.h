@@ -1,0 +1,56 @@
+#pragma once
+
+#include "core/model/BookkeepingEntities.h"
+#include "sync/JSONValue.h"
+#include "sync/UnresolvedLinks.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tesserine {
+
+class StoreContext;
+
+/// What sync keeps in the library of what it has sent and seen: one `CDSyncState` for each record,
+/// and a few named values. Works in the context it is given and never saves by itself.
+class SyncLedger {
+public:
+    // Names of values.
+    static constexpr const char* cursor = "cursor";    ///< the sequence number to ask from
+    static constexpr const char* account = "account";  ///< whose service the library follows
+    static constexpr const char* lastSync = "lastSync";
+    static constexpr const char* firstPullDone = "firstPullDone";
+    static constexpr const char* historyMark = "history";  ///< "<history id> <number>"
+    static constexpr const char* refusals = "refused";     ///< JSON, by record
+
+    explicit SyncLedger(StoreContext& context);
+
+    CDSyncState* find(const Uuid& record) const;
+    /// The state of a record, made when there is none.
+    CDSyncState& at(const Uuid& record, std::string_view kind) const;
+
+    std::optional<std::string> value(const std::string& name) const;
+    void setValue(const std::string& name, const std::string& value) const;
+
+    /// The payload that this device and the server last agreed on; none when they never did.
+    static std::optional<JSONObject> agreed(CDSyncState& state);
+    static void agree(CDSyncState& state, const JSONObject& payload);
+    static void disagree(CDSyncState& state) { state.lastPayload = std::nullopt; }
+
+    UnresolvedLinks& unresolved() { return unresolved_; }
+    /// Puts the unresolved links among the changes to be saved.
+    void keepUnresolved();
+
+    /// Forgets every record and every value but the account: as if nothing had ever been synced.
+    void forgetAll() const;
+
+private:
+    CDSyncMeta* meta(const std::string& name) const;
+
+    StoreContext& context_;
+    UnresolvedLinks unresolved_;
+    std::string storedUnresolved_;
+};
+
+}  // namespace tesserine
