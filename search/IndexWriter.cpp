@@ -41,6 +41,7 @@ const char* IndexWriter::sqlOf(Use use) {
     case findDocument: return "SELECT rowid FROM docs WHERE uid = ?;";
     case deleteText: return "DELETE FROM fts WHERE rowid = ?;";
     case deleteDocument: return "DELETE FROM docs WHERE rowid = ?;";
+    case findAttachment: return "SELECT 1 FROM atts WHERE note_uid = ? LIMIT 1;";
     case deleteAttachmentTexts:
         return "DELETE FROM afts WHERE rowid IN (SELECT rowid FROM atts WHERE note_uid = ?);";
     case deleteAttachments: return "DELETE FROM atts WHERE note_uid = ?;";
@@ -144,9 +145,20 @@ bool IndexWriter::remove(const std::string& uid) {
 
     run(deleteText, row);
     run(deleteDocument, row);
-    run(deleteAttachmentTexts, uid);
-    run(deleteAttachments, uid);
+    // Beginning a statement for several rows has the full-text tables write what they gathered.
+    if (hasAttachments(uid)) {
+        run(deleteAttachmentTexts, uid);
+        run(deleteAttachments, uid);
+    }
     return true;
+}
+
+bool IndexWriter::hasAttachments(const std::string& uid) {
+    Statement& found = prepared(findAttachment);
+    found.bindText(1, uid);
+    const bool isThere = found.step();
+    found.reset();
+    return isThere;
 }
 
 void IndexWriter::run(Use use, std::int64_t row) {

@@ -32,6 +32,7 @@ private:
         findDocument,
         deleteText,
         deleteDocument,
+        findAttachment,
         deleteAttachmentTexts,
         deleteAttachments,
         useCount,
@@ -41,6 +42,7 @@ private:
     bool insertRow(const IndexRows& rows);
     void insertWords(const IndexRows& rows, std::int64_t row);
     void insertFile(const IndexRows& rows, std::size_t place);
+    bool hasAttachments(const std::string& uid);
     void run(Use use, std::int64_t row);
     void run(Use use, const std::string& uid);
 
