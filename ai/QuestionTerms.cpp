@@ -37,6 +37,14 @@ static_assert(std::ranges::is_sorted(smallWords));
 
 bool isSmall(std::string_view word) { return std::ranges::binary_search(smallWords, word); }
 
+/// The question's plural also means the note's singular: "flights" finds "flight".
+std::string singular(std::string word) {
+    const bool isPlural =
+        length(word) > shortestBeginning && word.ends_with('s') && !word.ends_with("ss");
+    if (isPlural) word.pop_back();
+    return word;
+}
+
 QueryNode wordNode(const std::string& word) {
     const Form form = length(word) >= shortestBeginning ? Form::prefix : Form::word;
     return {.kind = Kind::text, .text = {.text = word, .form = form}, .typed = word};
@@ -52,7 +60,7 @@ void takeWords(const QueryNode& node, std::vector<std::string>& words) {
     if (node.kind == Kind::negation || node.kind == Kind::filter) return;
     if (node.kind == Kind::text) {
         for (const std::string_view piece : text::words(node.text.text)) {
-            std::string word = text::folded(withoutPunctuation(piece));
+            std::string word = singular(text::folded(withoutPunctuation(piece)));
             const bool isKnown = std::ranges::find(words, word) != words.end();
             if (!word.empty() && !isKnown) words.push_back(std::move(word));
         }
