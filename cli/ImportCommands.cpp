@@ -5,6 +5,7 @@
 #include "cli/Presentation.h"
 #include "cli/Safeguard.h"
 #include "cli/Session.h"
+#include "core/import/AppleNotesImporter.h"
 #include "core/import/ENEXImporter.h"
 #include "core/import/ImportReports.h"
 #include "core/import/MarkdownImporter.h"
@@ -202,6 +203,18 @@ std::vector<Command> importCommands() {
                     "skipped, so a run that was stopped can be run again.",
          .example = "tesserine import enex ~/Downloads/Recipes.enex",
          .run = importWith<ENEXImporter>},
+        {.path = "import apple-notes",
+         .summary = "Imports Apple Notes, with a report that is kept",
+         .access = Access::writes,
+         .arguments = {{.name = "PATH", .completion = Completion::file}},
+         .options = importOptions(),
+         .details =
+             "PATH is a copy of the folder group.com.apple.notes of a Mac, or NoteStore.sqlite "
+             "in it, or a folder of exported HTML, Markdown and text files. Folders become "
+             "notebooks. What is locked in Apple Notes stays there. Notes that are there "
+             "already are skipped, so a run that was stopped can be run again.",
+         .example = "tesserine import apple-notes ~/group.com.apple.notes",
+         .run = importWith<AppleNotesImporter>},
         {.path = "import list",
          .summary = "Lists the imports whose reports are kept, newest first",
          .example = "tesserine import list",

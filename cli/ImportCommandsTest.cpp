@@ -80,6 +80,34 @@ TEST_F(ImportCommands, ABackupComesBeforeAnImportIntoALibrary) {
     EXPECT_EQ(mustRun({"backup", "list", "--json"}).json().as_array().size(), 2U);
 }
 
+TEST_F(ImportCommands, AnEvernoteExportIsComparedWithWhatCameIn) {
+    const std::string file = (folder_ / "Recipes.enex").string();
+    test::putContent(
+        file,
+        "<en-export><note><title>Tea</title><content><![CDATA[<en-note>Boil <en-media hash=\""
+        "0cc175b9c0f1b6a831c399e269772661\"/></en-note>]]></content><resource><data>YQ==</data>"
+        "</resource><task><title>Buy tea</title></task></note></en-export>");
+    const CommandResult looked = mustRun({"import", "enex", file, "--dry-run"});
+    EXPECT_NE(looked.output.find("Would import 1 note"), std::string::npos) << looked.output;
+    EXPECT_FALSE(std::filesystem::exists(library()));
+
+    const CommandResult imported = mustRun({"import", "enex", file, "--tag", "new"});
+    EXPECT_NE(
+        imported.output.find("Compared with the source: 1 of 1 note and 1 of 1 file are in the "
+                             "library, every byte equal."),
+        std::string::npos)
+        << imported.output;
+    EXPECT_EQ(mustRun({"task", "list", "all", "--json"}).json().as_array().size(), 1U);
+    const auto again = mustRun({"import", "enex", file, "--json"}).json();
+    EXPECT_EQ(shown(again.at("skipped")), "1");
+    EXPECT_EQ(shown(again.at("check").at("notes")), "1");
+
+    test::putContent(folder_ / "plan.txt", "no export");
+    const CommandResult refused = run({"import", "enex", (folder_ / "plan.txt").string()});
+    EXPECT_EQ(refused.status, ExitStatus::failed);
+    EXPECT_NE(refused.output.find("“plan.txt” is not an Evernote export file."), std::string::npos);
+}
+
 TEST_F(ImportCommands, ASourceThatIsNotThereFails) {
     const CommandResult result = run({"import", "markdown", (folder_ / "nowhere").string()});
     EXPECT_EQ(result.status, ExitStatus::failed);

@@ -17,7 +17,6 @@
 namespace tesserine {
 namespace {
 
-constexpr const char* format = "markdown";
 constexpr const char* unexpected = "The file could not be read as a note.";
 
 /// Where a note goes: below the chosen notebook, or into the notebooks that its front matter or its
@@ -144,14 +143,16 @@ public:
     Session(
         StoreContext& context,
         const ImportEnvironment& environment,
+        const FileDialect& dialect,
         const std::vector<std::filesystem::path>& sources,
         const ImportOptions& options,
         const ImportControl& control)
         : context_(context),
           environment_(environment),
+          dialect_(dialect),
           options_(options),
           control_(control),
-          folder_(sources, isMarkdownFile, control.stop),
+          folder_(sources, dialect.isNote, control.stop),
           index_(folder_) {}
 
     ImportReport run();
@@ -172,6 +173,7 @@ private:
 
     StoreContext& context_;
     const ImportEnvironment& environment_;
+    const FileDialect& dialect_;
     const ImportOptions& options_;
     const ImportControl& control_;
     const SourceFolder folder_;
@@ -179,7 +181,7 @@ private:
 };
 
 ImportReport Session::run() {
-    ImportRun run(context_, environment_, options_, format, folder_.title(), total());
+    ImportRun run(context_, environment_, options_, dialect_.format, folder_.title(), total());
     std::size_t done = 0;
     for (const auto& [name, sentence] : folder_.problems()) {
         run.addFailure(name, sentence);
@@ -209,7 +211,7 @@ std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {
 ImportedNote Session::importNote(ImportRun& run, NoteLinks& links, std::size_t number) {
     const SourceFile& file = folder_.notes()[number];
     try {
-        MarkdownNote note = readMarkdownNote(folder_, file, environment_, options_);
+        MarkdownNote note = readMarkdownNote(dialect_, folder_, file, environment_, options_);
         ImportedNote result = run.add(draftOf(note, links, number));
         const bool isOld = run.isContinued() && result.outcome == ImportOutcome::skipped;
         if (isOld) findLinks(note, *result.noteID, number, links);
@@ -237,7 +239,7 @@ ImportDraft Session::draftOf(MarkdownNote& note, NoteLinks& links, std::size_t n
         .tags = properties.tags,
         .sourceURL = properties.sourceURL,
         .isPinned = properties.isPinned,
-        .originalFormat = format,
+        .originalFormat = dialect_.format,
         .originalSource = std::move(note.source),
         .importedFrom = SourceFolder::name(file),
         .metadata = properties.metadata,
@@ -289,7 +291,7 @@ ImportPreview Session::preview() {
 void Session::lookAt(ImportPreviewRun& preview, NoteLinks& links, std::size_t number) {
     const SourceFile& file = folder_.notes()[number];
     try {
-        MarkdownNote note = readMarkdownNote(folder_, file, environment_, options_);
+        MarkdownNote note = readMarkdownNote(dialect_, folder_, file, environment_, options_);
         const ImportDraft draft = draftOf(note, links, number);
         preview.add(draft, [&](std::vector<std::string>& warnings) {
             return note.body ? filesOf(*note.body, file, warnings) : ImportPreviewRun::Files{};
@@ -321,7 +323,7 @@ ImportPreview MarkdownImporter::preview(
     const std::vector<std::filesystem::path>& sources,
     const ImportOptions& options,
     const ImportControl& control) const {
-    return Session(context, environment_, sources, options, control).preview();
+    return Session(context, environment_, *dialect_, sources, options, control).preview();
 }
 
 ImportReport MarkdownImporter::run(
@@ -329,7 +331,7 @@ ImportReport MarkdownImporter::run(
     const std::vector<std::filesystem::path>& sources,
     const ImportOptions& options,
     const ImportControl& control) const {
-    return Session(context, environment_, sources, options, control).run();
+    return Session(context, environment_, *dialect_, sources, options, control).run();
 }
 
 }  // namespace tesserine

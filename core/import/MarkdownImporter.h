@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/import/ImportTypes.h"
+#include "core/import/MarkdownNote.h"
 
 #include <filesystem>
 #include <utility>
@@ -10,7 +11,8 @@ namespace tesserine {
 
 class StoreContext;
 
-/// Imports folders of Markdown and text files; see `docs/formats/markdown-import.md`.
+/// Imports folders of Markdown and text files, or of files in another dialect; see
+/// `docs/formats/markdown-import.md`.
 ///
 /// Folders become nested notebooks, links between the files become links between notes, and the
 /// pictures and files that they name become attachments. A file that cannot be read fails alone and
@@ -19,8 +21,9 @@ class StoreContext;
 /// and then. `environment` outlives it.
 class MarkdownImporter {
 public:
-    explicit MarkdownImporter(ImportEnvironment environment)
-        : environment_(std::move(environment)) {}
+    explicit MarkdownImporter(
+        ImportEnvironment environment, const FileDialect& dialect = markdownFiles)
+        : environment_(std::move(environment)), dialect_(&dialect) {}
 
     /// What `run` would do; reads the files and the library and writes nothing. Throws `FileError`
     /// when a source is not there, and `StoreError`.
@@ -40,6 +43,7 @@ public:
 
 private:
     const ImportEnvironment environment_;
+    const FileDialect* dialect_;
 };
 
 }  // namespace tesserine

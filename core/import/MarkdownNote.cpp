@@ -53,9 +53,33 @@ Bytes readSource(const std::filesystem::path& path) {
     }
 }
 
+bool isHTMLFile(std::string_view filename) {
+    const std::string name = text::asciiLowercased(filename);
+    return name.ends_with(".html") || name.ends_with(".htm");
+}
+
+bool isExportedFile(std::string_view filename) {
+    return isHTMLFile(filename) || isMarkdownFile(filename);
+}
+
 std::string fileTitle(const SourceFile& file) {
-    const std::string name = std::filesystem::path(file.relative).filename().string();
-    return text::composed(text::sanitized(std::string(withoutMarkdownExtension(name))));
+    const std::filesystem::path path = std::filesystem::path(file.relative).filename();
+    const std::string name = path.string();
+    const std::string title =
+        isHTMLFile(name) ? path.stem().string() : std::string(withoutMarkdownExtension(name));
+    return text::composed(text::sanitized(title));
+}
+
+/// HTML as if it had been made from Markdown: its first heading of level 1 is the title.
+MarkdownHTML readHTML(std::string text) {
+    MarkdownHTML result{.html = std::move(text), .hasReferences = true};
+    const std::string lowercased = text::asciiLowercased(result.html);
+    const std::size_t begin = lowercased.find("<h1");
+    const std::size_t end = lowercased.find("</h1>", std::min(begin, lowercased.size()));
+    if (end == std::string::npos) return result;
+    result.headingBegin = begin;
+    result.headingEnd = end + std::string_view("</h1>").size();
+    return result;
 }
 
 /// The heading as one line of text; empty when it is longer than a title may be.
@@ -101,7 +125,11 @@ std::string canonicalWithPlaceholders(const MarkdownNote& note) {
 
 }  // namespace
 
+const FileDialect markdownFiles{"markdown", isMarkdownFile};
+const FileDialect appleNotesFiles{"apple-notes", isExportedFile};
+
 MarkdownNote readMarkdownNote(
+    const FileDialect& dialect,
     const SourceFolder& folder,
     const SourceFile& file,
     const ImportEnvironment& environment,
@@ -113,24 +141,27 @@ MarkdownNote readMarkdownNote(
 
     DecodedText decoded = decodedText(note.source);
     if (!decoded.warning.empty()) note.warnings.push_back(std::move(decoded.warning));
+    const bool isHTML = dialect.isNote == isExportedFile && isHTMLFile(file.relative);
     std::string_view markdownText = decoded.text;
-    if (const auto matter = parseFrontMatter(markdownText)) {
+    const auto matter = isHTML ? std::nullopt : parseFrontMatter(markdownText);
+    if (matter) {
         note.properties = markdownProperties(*matter, environment.calendar);
         std::ranges::move(note.properties.warnings, std::back_inserter(note.warnings));
         markdownText.remove_prefix(matter->end);
     }
 
     const std::string name = text::asciiLowercased(file.relative);
-    MarkdownHTML markdown = markdownToHTML(
-        markdownText,
-        {.recognisesTags = options.recognisesTags, .isPlainText = name.ends_with(".txt")});
+    const MarkdownReading reading{
+        .recognisesTags = options.recognisesTags, .isPlainText = name.ends_with(".txt")};
+    MarkdownHTML markdown =
+        isHTML ? readHTML(std::move(decoded.text)) : markdownToHTML(markdownText, reading);
     takeTitle(note, markdown, file);
     takeDates(note, times, environment.clock.now());
     std::ranges::move(markdown.tags, std::back_inserter(note.properties.tags));
     note.html = std::move(markdown.html);
     if (markdown.hasReferences) note.body = HTMLDocument::parse(note.html);
     note.fingerprint = importFingerprint(
-        "markdown", note.title, note.properties.created, canonicalWithPlaceholders(note));
+        dialect.format, note.title, note.properties.created, canonicalWithPlaceholders(note));
     return note;
 }
 

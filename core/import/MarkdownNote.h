@@ -13,7 +13,17 @@
 
 namespace tesserine {
 
-/// One Markdown file as a note, before it knows the library.
+/// Which program wrote the files of an import.
+struct FileDialect {
+    const char* format;  ///< as reports name it
+    bool (*isNote)(std::string_view filename);
+};
+/// Markdown and text files.
+extern const FileDialect markdownFiles;
+/// The same, and HTML files: what Apple Notes exports.
+extern const FileDialect appleNotesFiles;
+
+/// One file as a note, before it knows the library.
 struct MarkdownNote {
     std::string title;
     Instant createdAt;
@@ -29,6 +39,7 @@ struct MarkdownNote {
 
 /// Reads the file. Throws `FileError` and `BodyError`, whose sentences tell why it is no note.
 MarkdownNote readMarkdownNote(
+    const FileDialect& dialect,
     const SourceFolder& folder,
     const SourceFile& file,
     const ImportEnvironment& environment,
