@@ -17,6 +17,7 @@ namespace {
 constexpr int scrollBarWidth = 10;
 constexpr int shortestThumb = 32;
 constexpr int boxRadius = 4;
+constexpr int arrowSide = 14;  // of a combo box
 
 bool has(const QStyleOption& option, QStyle::StateFlag flag) { return option.state.testFlag(flag); }
 
@@ -161,9 +162,11 @@ QRect thumbOf(const QStyleOptionSlider& bar) {
 
 void drawComboBox(QPainter& painter, const QStyleOptionComboBox& box) {
     drawButton(painter, box);
-    constexpr int side = 14;
     const QRect arrow(
-        box.rect.right() - side - space::small, box.rect.center().y() - side / 2 + 1, side, side);
+        box.rect.right() - arrowSide - space::small,
+        box.rect.center().y() - arrowSide / 2 + 1,
+        arrowSide,
+        arrowSide);
     const auto mode = has(box, QStyle::State_Enabled) ? QIcon::Normal : QIcon::Disabled;
     icon("chevron-down", Ink::secondary)
         .paint(&painter, QStyle::visualRect(box.direction, box.rect, arrow), Qt::AlignCenter, mode);
@@ -218,6 +221,11 @@ void WindowStyle::drawControl(
         quiet.palette.setColor(QPalette::HighlightedText, colors.text);
         return QProxyStyle::drawControl(element, &quiet, painter, widget);
     }
+    if (const auto* item = qstyleoption_cast<const QStyleOptionViewItem*>(option)) {
+        QStyleOptionViewItem quiet(*item);
+        quiet.palette.setColor(QPalette::HighlightedText, colors.text);
+        return QProxyStyle::drawControl(element, &quiet, painter, widget);
+    }
     if (element == CE_ProgressBarGroove) return fillBox(*painter, option->rect, colors.hover);
     QProxyStyle::drawControl(element, option, painter, widget);
 }
@@ -241,6 +249,12 @@ QRect WindowStyle::subControlRect(
     const QStyleOptionComplex* option,
     SubControl part,
     const QWidget* widget) const {
+    const auto* const box = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+    if (control == CC_ComboBox && part == SC_ComboBoxEditField && box && !box->editable) {
+        const int behind = arrowSide + 2 * space::small;
+        return visualRect(
+            box->direction, box->rect, box->rect.adjusted(space::small, 0, -behind, 0));
+    }
     const auto* const bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
     if (control != CC_ScrollBar || !bar) {
         return QProxyStyle::subControlRect(control, option, part, widget);
@@ -293,6 +307,7 @@ QSize WindowStyle::sizeFromContents(
     const bool isBare = frame && frame->lineWidth == 0;
     if (isControl && !isBare) result.setHeight(std::max(result.height(), leastHeight));
     if (type == CT_PushButton) result.rwidth() += space::medium;
+    if (type == CT_ComboBox) result.rwidth() += space::huge;
     if (type == CT_MenuItem) result.rheight() += space::hair;
     return result;
 }
