@@ -16,6 +16,7 @@ std::vector<Command> allCommands() {
              indexCommands,    taskCommands,       projectCommands,       taskTemplateCommands,
              calendarCommands, importCommands,     libraryImportCommands, exportCommands,
              backupCommands,   askCommands,        assistantCommands,     updateCommands,
+             accountCommands,  syncCommands,
              settingsCommands, dumpCommands,       batchCommands,
          }) {
         for (Command& command : part()) {

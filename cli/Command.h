@@ -90,6 +90,8 @@ std::vector<Command> calendarCommands();
 std::vector<Command> askCommands();
 std::vector<Command> assistantCommands();
 std::vector<Command> updateCommands();
+std::vector<Command> accountCommands();
+std::vector<Command> syncCommands();
 std::vector<Command> importCommands();
 std::vector<Command> libraryImportCommands();
 std::vector<Command> exportCommands();

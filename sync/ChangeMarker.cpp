@@ -53,7 +53,7 @@ private:
         CDSyncState& state = ledger_.at(id, *recordKindOf(object.entity().kind));
         const auto agreed = SyncLedger::agreed(state);
         const JSONObject payload = mapper_.payload(object, agreed.value_or(JSONObject()));
-        const bool isSame = agreed && !RecordMapper::differ(payload, *agreed);
+        const bool isSame = agreed && payload == *agreed;
         state.needsPush = !isSame;
         state.isTombstone = false;
         if (isSame) return;

@@ -84,7 +84,7 @@ void RecordApplier::keepUnknown(const SyncRecord& record) {
 bool RecordApplier::isChanged(StoreObject& object, CDSyncState* state) const {
     if (state == nullptr) return true;
     const auto agreed = SyncLedger::agreed(*state);
-    return !agreed || RecordMapper::differ(mapper_.payload(object, *agreed), *agreed);
+    return !agreed || mapper_.payload(object, *agreed) != *agreed;
 }
 
 // MARK: deletions
@@ -194,7 +194,7 @@ void RecordApplier::applyLive(const SyncRecord& record, EntityKind entity) {
     markSeen(state, record);
     state.isTombstone = false;
     SyncLedger::agree(state, theirs);
-    state.needsPush = RecordMapper::differ(mapper_.payload(*object, theirs), theirs);
+    state.needsPush = mapper_.payload(*object, theirs) != theirs;
 }
 
 /// A new object, or one that was deleted here while it was edited elsewhere.

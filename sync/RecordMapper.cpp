@@ -138,18 +138,4 @@ void RecordMapper::resolve(StoreObject& arrived) {
     }
 }
 
-bool RecordMapper::differ(const JSONObject& a, const JSONObject& b) {
-    constexpr const char* counter = "content_version";
-    const auto firstA = a.find(counter);
-    const auto firstB = b.find(counter);
-    if (firstA == a.end() || firstB == b.end()) return a != b;
-    if (a.size() != b.size()) return true;
-    for (const auto& [key, value] : a) {
-        const auto other = b.find(key);
-        if (other == b.end()) return true;
-        if (key != counter && other->second != value) return true;
-    }
-    return false;
-}
-
 }  // namespace tesserine

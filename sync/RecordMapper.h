@@ -24,9 +24,6 @@ public:
     /// Lets the references lead to `arrived` that waited for it.
     void resolve(StoreObject& arrived);
 
-    /// Whether two payloads differ in more than a counter.
-    static bool differ(const JSONObject& a, const JSONObject& b);
-
 private:
     void writeLink(StoreObject& object, const RecordField& field, const JSONValue& target);
     void writeLinks(StoreObject& object, const RecordField& field, const JSONValue& targets);

@@ -1,0 +1,248 @@
+#include "cli/CommandError.h"
+#include "cli/DisplayText.h"
+#include "cli/Names.h"
+#include "cli/Presentation.h"
+#include "cli/Session.h"
+#include "cli/SyncAccess.h"
+#include "sync/SyncEngine.h"
+
+#include <boost/json/array.hpp>
+#include <boost/json/object.hpp>
+
+#include <istream>
+
+namespace tesserine::cli {
+
+namespace {
+
+boost::json::value isoOrNull(const std::optional<Instant>& instant) {
+    return instant ? boost::json::value(instant->iso()) : boost::json::value(nullptr);
+}
+
+ExitStatus signIn(Session& session, const Arguments&) {
+    const auto service = syncService(session);
+    const std::string address = service->account().beginSignIn();
+    session.environment().error
+        << "Open this address in a browser and sign in:\n\n    " << address
+        << "\n\nThe browser is sent to an address that begins with “tesserine://auth”. Paste it "
+           "here:\n";
+    session.environment().error.flush();
+    std::string line;
+    std::getline(session.environment().input, line);
+    session.throwIfStopped();
+    const std::string callback(text::trimmed(line));
+    if (!service->account().handleCallback(callback, deviceLabel(), session.stop())) {
+        throw CommandError::badInput("That is not the address a sign-in ends with.");
+    }
+    const auto account = service->account().account();
+    session.remark("Signed in as " + oneLine(account ? account->email : "") + ".");
+    return ExitStatus::done;
+}
+
+ExitStatus signOut(Session& session, const Arguments&) {
+    syncService(session)->account().signOut();
+    session.remark("Signed out. The notes stay on this computer.");
+    return ExitStatus::done;
+}
+
+ExitStatus status(Session& session, const Arguments&) {
+    const auto service = syncService(session);
+    const auto account = service->account().account();
+    std::optional<Instant> last;
+    std::size_t waiting = 0;
+    if (session.hasLibrary()) {
+        SyncEngine engine(
+            {.store = session.store(),
+             .session = service->account(),
+             .client = service->client(),
+             .clock = session.clock()});
+        last = engine.lastSync();
+        waiting = engine.waitingCount();
+    }
+    if (session.output().isJSON()) {
+        session.output().json(
+            {{"service", service->client().baseURL()},
+             {"isSignedIn", account.has_value()},
+             {"email", account ? boost::json::value(account->email) : nullptr},
+             {"lastSync", isoOrNull(last)},
+             {"waitingChanges", waiting}});
+        return ExitStatus::done;
+    }
+    showField(session, "Service", service->client().baseURL());
+    showField(session, "Account", account ? oneLine(account->email) : "signed out");
+    showField(session, "Last sync", last ? session.localTime(*last) : "never");
+    if (waiting > 0) showField(session, "Waiting changes", std::to_string(waiting));
+    return ExitStatus::done;
+}
+
+ExitStatus setService(Session& session, const Arguments& arguments) {
+    if (const auto address = arguments.wordIfAny(0)) {
+        session.preferences().set(SyncService::addressKey, SyncService::checked(*address));
+        session.remark("Sync uses this service from now on. Sign in to it next.");
+    } else {
+        session.preferences().remove(SyncService::addressKey);
+        session.remark("Sync uses the service of this build, if it has one.");
+    }
+    return ExitStatus::done;
+}
+
+ExitStatus devices(Session& session, const Arguments& arguments) {
+    const auto service = syncService(session);
+    if (const auto id = arguments.text("sign-out")) {
+        service->client().revokeSession(*id, session.stop());
+        session.remark("The device is signed out.");
+        return ExitStatus::done;
+    }
+    boost::json::array list;
+    Table table{
+        .columns = {
+            {.title = "Device", .mayShrink = true}, {.title = "Last used"}, {.title = "ID"}}};
+    for (const JSONValue& one : service->client().sessions(session.stop())) {
+        const auto device = DeviceSessionInfo::from(one);
+        if (!device) continue;
+        list.push_back(
+            {{"id", device->id},
+             {"kind", device->kind},
+             {"label", device->label},
+             {"lastUsed", isoOrNull(device->lastUsed)},
+             {"isCurrentDevice", device->isCurrentDevice}});
+        table.rows.push_back(
+            {device->label + (device->isCurrentDevice ? " (this one)" : ""),
+             localText(session, device->lastUsed),
+             device->id});
+    }
+    if (session.output().isJSON()) {
+        session.output().json(list);
+    } else {
+        session.output().table(table);
+    }
+    return ExitStatus::done;
+}
+
+ExitStatus createToken(Session& session, SyncService& service, const std::string& label) {
+    const APITokenCreated token = service.client().createAPIToken(label, session.stop());
+    if (session.output().isJSON()) {
+        session.output().json({{"id", token.id}, {"label", token.label}, {"token", token.token}});
+        return ExitStatus::done;
+    }
+    session.remark(
+        "A personal API token can read and write this account's notes, exactly like a signed-in "
+        "device. It cannot create another token, sign another device out, change this account, or "
+        "share a note.");
+    session.output().line(token.token);
+    return ExitStatus::done;
+}
+
+ExitStatus tokens(Session& session, const Arguments& arguments) {
+    const auto service = syncService(session);
+    if (const auto label = arguments.text("create")) {
+        return createToken(session, *service, *label);
+    }
+    if (const auto id = arguments.text("delete")) {
+        service->client().revokeAPIToken(*id, session.stop());
+        session.remark("The token is gone.");
+        return ExitStatus::done;
+    }
+    boost::json::array list;
+    Table table{
+        .columns = {
+            {.title = "Token", .mayShrink = true},
+            {.title = "Made"},
+            {.title = "Last used"},
+            {.title = "ID"}}};
+    for (const APITokenInfo& token : service->client().apiTokens(session.stop())) {
+        list.push_back(
+            {{"id", token.id},
+             {"label", token.label},
+             {"createdAt", token.createdAt.iso()},
+             {"lastUsed", isoOrNull(token.lastUsedAt)},
+             {"expiresAt", isoOrNull(token.expiresAt)}});
+        table.rows.push_back(
+            {token.label,
+             session.localTime(token.createdAt),
+             localText(session, token.lastUsedAt),
+             token.id});
+    }
+    if (session.output().isJSON()) {
+        session.output().json(list);
+    } else {
+        session.output().table(table);
+    }
+    return ExitStatus::done;
+}
+
+ExitStatus share(Session& session, const Arguments& arguments) {
+    CDNote& note = resolveNote(session, arguments.word(0));
+    const auto service = syncService(session);
+    const ShareLink link = service->client().createShare(*note.id, session.stop());
+    if (session.output().isJSON()) {
+        session.output().json({{"url", link.url}, {"createdAt", link.createdAt.iso()}});
+    } else {
+        session.output().line(oneLine(link.url));
+    }
+    return ExitStatus::done;
+}
+
+ExitStatus unshare(Session& session, const Arguments& arguments) {
+    CDNote& note = resolveNote(session, arguments.word(0));
+    syncService(session)->client().revokeShare(*note.id, session.stop());
+    session.remark(quotedTitle(note) + " is no longer shared.");
+    return ExitStatus::done;
+}
+
+}  // namespace
+
+std::vector<Command> accountCommands() {
+    return {
+        {.path = "account sign-in",
+         .summary = "Signs in to the sync service, by way of a browser",
+         .access = Access::none,
+         .example = "tesserine account sign-in",
+         .run = signIn},
+        {.path = "account sign-out",
+         .summary = "Signs out; the notes stay here",
+         .access = Access::none,
+         .example = "tesserine account sign-out",
+         .run = signOut},
+        {.path = "account status",
+         .summary = "Shows who is signed in and when the library was last synced",
+         .access = Access::reads,
+         .example = "tesserine account status",
+         .run = status},
+        {.path = "account service",
+         .summary = "Names the service to sync with",
+         .access = Access::none,
+         .arguments = {{.name = "ADDRESS", .isOptional = true}},
+         .details = "Without an address, the service of this build is used again.",
+         .example = "tesserine account service https://notes.example.org",
+         .run = setService},
+        {.path = "account devices",
+         .summary = "Lists the devices that are signed in to the account",
+         .access = Access::none,
+         .options =
+             {{.name = "sign-out", .value = "ID", .summary = "Sign this device out instead"}},
+         .example = "tesserine account devices",
+         .run = devices},
+        {.path = "account tokens",
+         .summary = "Lists the account's personal API tokens",
+         .access = Access::none,
+         .options =
+             {{.name = "create",
+               .value = "LABEL",
+               .summary = "Make a token instead; its secret is shown once"},
+              {.name = "delete", .value = "ID", .summary = "Delete a token instead"}},
+         .example = "tesserine account tokens --create “Backup script”",
+         .run = tokens},
+        {.path = "note share",
+         .summary = "Shares a note under a public address and prints it",
+         .arguments = {{.name = "NOTE"}},
+         .example = "tesserine note share “Packing list”",
+         .run = share},
+        {.path = "note unshare",
+         .summary = "Ends the sharing of a note",
+         .arguments = {{.name = "NOTE"}},
+         .example = "tesserine note unshare “Packing list”",
+         .run = unshare}};
+}
+
+}  // namespace tesserine::cli

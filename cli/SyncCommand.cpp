@@ -1,0 +1,119 @@
+#include "base/OperationCancelled.h"
+#include "cli/Session.h"
+#include "cli/SyncAccess.h"
+#include "core/store/TesserineStore.h"
+#include "sync/SyncEngine.h"
+#include "sync/SyncSchedule.h"
+
+#include <boost/json/object.hpp>
+
+namespace tesserine::cli {
+
+namespace {
+
+std::string count(std::size_t number, const std::string& one, const std::string& many) {
+    return std::to_string(number) + " " + (number == 1 ? one : many);
+}
+
+std::string sentenceOf(const SyncSummary& summary) {
+    const bool isQuiet = summary.received + summary.sent + summary.filesReceived == 0;
+    std::string text = isQuiet ? "Everything is in step."
+                               : "Received " + count(summary.received, "change", "changes")
+                                     + ", sent " + count(summary.sent, "change", "changes") + ".";
+    if (summary.filesReceived > 0) {
+        text += " Fetched " + count(summary.filesReceived, "file", "files") + ".";
+    }
+    if (summary.conflicts > 0) {
+        text += " " + count(summary.conflicts, "item was", "items were")
+                + " changed on two devices: the other version is kept on this device.";
+    }
+    if (summary.refused > 0) {
+        text += " The server did not take " + count(summary.refused, "change", "changes") + ".";
+    }
+    if (summary.filesFailed > 0) {
+        text += " " + count(summary.filesFailed, "file", "files") + " could not be fetched.";
+    }
+    return text;
+}
+
+void show(Session& session, const SyncSummary& summary) {
+    if (!session.output().isJSON()) {
+        session.output().line(sentenceOf(summary));
+    } else {
+        session.output().json(
+            {{"received", summary.received},
+             {"sent", summary.sent},
+             {"deleted", summary.deleted},
+             {"conflicts", summary.conflicts},
+             {"refused", summary.refused},
+             {"filesReceived", summary.filesReceived},
+             {"filesFailed", summary.filesFailed}});
+    }
+    session.output().flush();
+}
+
+bool didSomething(const SyncSummary& summary) {
+    return summary.received + summary.sent + summary.filesReceived + summary.refused > 0;
+}
+
+/// Until Ctrl-C: after a change here, and every few minutes. What fails for a while is tried again.
+[[noreturn]] void watch(Session& session, SyncEngine& engine, const SyncEngine::Consent& consent) {
+    const Clock& clock = session.environment().clock;
+    SyncSchedule schedule(clock);
+    for (;;) {
+        const std::int64_t seen = session.store().lastTransactionNumber();
+        if (schedule.isDue(seen)) {
+            try {
+                const SyncSummary summary = engine.synchronise(consent, session.stop());
+                schedule.succeeded(session.store().lastTransactionNumber());
+                if (didSomething(summary)) show(session, summary);
+            } catch (const SyncError& error) {
+                if (!error.isTransient()) throw;
+                schedule.failed(error);
+                session.remark(error.what());
+            }
+        }
+        if (!clock.sleep(SyncSchedule::look, session.stop())) throw Interrupted();
+    }
+}
+
+ExitStatus sync(Session& session, const Arguments& arguments) {
+    const auto service = syncService(session);
+    SyncEngine engine(
+        {.store = session.store(),
+         .session = service->account(),
+         .client = service->client(),
+         .clock = session.clock(),
+         .log = session.log()});
+    const SyncEngine::Consent consent{
+        .anotherAccount = arguments.has("another-account"),
+        .manyDeletions = arguments.has("many-deletions")};
+    try {
+        if (arguments.has("watch")) watch(session, engine, consent);
+        show(session, engine.synchronise(consent, session.stop()));
+    } catch (const OperationCancelled&) {
+        throw Interrupted();
+    }
+    return ExitStatus::done;
+}
+
+}  // namespace
+
+std::vector<Command> syncCommands() {
+    return {
+        {.path = "sync",
+         .summary = "Brings the library in step with the account's other devices",
+         .access = Access::writes,
+         .options =
+             {{.name = "watch", .value = "", .summary = "Go on until Ctrl-C"},
+              {.name = "another-account",
+               .value = "",
+               .summary = "Add the library to this account though it was synced with another"},
+              {.name = "many-deletions",
+               .value = "",
+               .summary = "Delete here what was deleted elsewhere, however much"}},
+         .example = "tesserine sync",
+         .run = sync}};
+}
+
+}  // namespace tesserine::cli

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "base/Clock.h"
+#include "sync/SyncError.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+namespace tesserine {
+
+/// When the next synchronisation is due: a moment after a change here, and every few minutes; after
+/// a failure later and later. Pure but for the clock. Not synchronised.
+class SyncSchedule {
+public:
+    /// How often to ask `isDue`.
+    static constexpr std::chrono::milliseconds look{500};
+    static constexpr std::chrono::seconds afterChange{2};
+    static constexpr std::chrono::minutes interval{5};
+    static constexpr std::chrono::seconds firstPause{5};  // doubles with every failure
+    static constexpr std::chrono::minutes longestPause{15};
+
+    explicit SyncSchedule(const Clock& clock) : clock_(clock) {}
+
+    /// `transaction` is the last one of the library's history.
+    bool isDue(std::int64_t transaction);
+    /// The other side has news.
+    void wake() { next_ = clock_.monotonic(); }
+    void succeeded(std::int64_t transaction);
+    /// A failure that is worth another try.
+    void failed(const SyncError& error);
+
+private:
+    const Clock& clock_;
+    std::chrono::nanoseconds next_{0};
+    std::int64_t known_ = 0;  // the last transaction that was seen
+    std::optional<std::chrono::nanoseconds> pauseUntil_;
+    Seconds pause_{0};
+};
+
+}  // namespace tesserine

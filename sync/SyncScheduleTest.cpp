@@ -1,0 +1,58 @@
+#include "sync/SyncSchedule.h"
+
+#include <gtest/gtest.h>
+
+namespace tesserine {
+namespace {
+
+using std::chrono::seconds;
+
+TEST(SyncSchedule, ComesSoonAfterAChangeAndElseEveryFewMinutes) {
+    FixedClock clock(Instant{});
+    SyncSchedule schedule(clock);
+    EXPECT_TRUE(schedule.isDue(1)) << "at the start";
+    schedule.succeeded(1);
+    EXPECT_FALSE(schedule.isDue(1));
+    clock.advance(seconds(299));
+    EXPECT_FALSE(schedule.isDue(1));
+    clock.advance(seconds(1));
+    EXPECT_TRUE(schedule.isDue(1));
+
+    schedule.succeeded(1);
+    EXPECT_FALSE(schedule.isDue(2)) << "the next key may be on its way";
+    clock.advance(seconds(1));
+    EXPECT_FALSE(schedule.isDue(3));
+    clock.advance(seconds(1));
+    EXPECT_TRUE(schedule.isDue(3)) << "typing on does not put it off for ever";
+    schedule.succeeded(3);
+    schedule.wake();
+    EXPECT_TRUE(schedule.isDue(3));
+}
+
+TEST(SyncSchedule, WaitsLongerAfterEveryFailureAndAsLongAsTheServerAsks) {
+    FixedClock clock(Instant{});
+    SyncSchedule schedule(clock);
+    const auto pauseAfter = [&](const SyncError& error) {
+        schedule.failed(error);
+        int waited = 0;
+        while (!schedule.isDue(1)) {
+            clock.advance(seconds(1));
+            ++waited;
+        }
+        return waited;
+    };
+    EXPECT_TRUE(schedule.isDue(1));
+    EXPECT_EQ(pauseAfter(SyncError::offline()), 5);
+    EXPECT_EQ(pauseAfter(SyncError::offline()), 10);
+    EXPECT_EQ(pauseAfter(SyncError::server({.status = 503, .retryAfter = Seconds(3)})), 3);
+    for (int i = 0; i < 10; ++i) {
+        schedule.failed(SyncError::offline());
+    }
+    EXPECT_EQ(pauseAfter(SyncError::offline()), 900);
+    schedule.succeeded(1);
+    clock.advance(seconds(300));
+    EXPECT_EQ(pauseAfter(SyncError::offline()), 5);
+}
+
+}  // namespace
+}  // namespace tesserine
