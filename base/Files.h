@@ -40,7 +40,7 @@ void createPrivateFolder(const std::filesystem::path& folder);
 void writeAtomically(const std::filesystem::path& file, std::span<const std::uint8_t> bytes);
 /// Creates `file`, which must not exist, with `bytes`, and syncs file and folder. Mode 0600.
 void writeNew(const std::filesystem::path& file, std::span<const std::uint8_t> bytes);
-/// The same without syncing, for one of many files: `syncFileSystem` follows when all are written.
+/// One of many files: not synced, nor whole after a kill; `syncFileSystem` follows the last one.
 void writeOneOfMany(const std::filesystem::path& file, std::span<const std::uint8_t> bytes);
 /// Syncs everything that was written to the file system of `folder`.
 void syncFileSystem(const std::filesystem::path& folder);

@@ -1,11 +1,11 @@
 #include "core/export/ExportFolder.h"
 
 #include "base/Calendar.h"
-#include "base/FailPoint.h"
 #include "base/Files.h"
 #include "base/Text.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace tesserine {
@@ -76,17 +76,19 @@ void ExportFolder::write(const std::string& path, std::string_view text) {
     write(path, Bytes(text.begin(), text.end()));
 }
 
-void ExportFolder::write(const std::string& path, const Bytes& bytes) {
-    FAIL_POINT("export.file");
+void ExportFolder::write(const std::string& path, Bytes bytes) {
     const fs::path file = path_ / path;
     if (madeFolders_.insert(file.parent_path().string()).second) {
         files::createPrivateFolder(file.parent_path());
     }
-    files::writeOneOfMany(file, bytes);
     bytesWritten_ += bytes.size();
+    writer_.write(file, std::move(bytes));
 }
 
-void ExportFolder::sync() const { files::syncFileSystem(path_); }
+void ExportFolder::finish() {
+    writer_.finish();
+    files::syncFileSystem(path_);
+}
 
 std::string addressFrom(std::string_view from, std::string_view path) {
     // The folders that both stand in say nothing.

@@ -2,6 +2,7 @@
 
 #include "base/Encoding.h"
 #include "base/Instant.h"
+#include "core/export/FileWriter.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -35,11 +36,12 @@ public:
     /// The same for a file whose name has its extension already.
     std::string newFilePath(const std::string& folder, std::string_view filename);
 
-    /// Writes a new file; its folders are made. Throws `FileError`.
+    /// Writes a new file, by and by; its folders are made. Throws `FileError`, also for a file
+    /// that was handed over before.
     void write(const std::string& path, std::string_view text);
-    void write(const std::string& path, const Bytes& bytes);
-    /// Makes sure that everything written is on the disk.
-    void sync() const;
+    void write(const std::string& path, Bytes bytes);
+    /// Waits until everything is on the disk. Throws `FileError`.
+    void finish();
 
 private:
     std::filesystem::path path_;
@@ -47,6 +49,7 @@ private:
     std::map<std::string, std::size_t> twins_;            // of a name, so far
     std::set<std::string> madeFolders_;
     std::uint64_t bytesWritten_ = 0;
+    FileWriter writer_;
 };
 
 /// The address of `path` as seen from the file `from`, both relative to the export's folder.

@@ -57,6 +57,18 @@ struct NotePlan {
     std::int64_t notebook = 0;  // its key
 };
 
+/// How a note is shown wherever it is.
+struct ShownNote {
+    std::string title;
+    std::vector<std::string> tags;
+};
+
+/// Reads the text only of a note without a title.
+std::string titleOf(const CDNote& note) {
+    const std::string title = note.title.valueOr("");
+    return displayTitle(title, text::isBlank(title) ? note.plainText.valueOr("") : "");
+}
+
 /// One export under way.
 class ExportRun {
 public:
@@ -84,10 +96,17 @@ private:
     void exportNotes();
     void exportNote(const CDNote& note, const NotePlan& plan);
     manifest::NoteFiles exportFiles(
-        const CDNote& note, const NotePlan& plan, std::vector<ListedFile>& listed);
+        const CDNote& note,
+        const NotePlan& plan,
+        const std::string& title,
+        std::vector<ListedFile>& listed);
     std::string exportAttachment(const CDAttachment& attachment, const std::string& noteTitle);
-    void writePages(const CDNote& note, const std::string& path, std::vector<ListedFile> listed);
-    void addToIndex(const CDNote& note, const NotePlan& plan);
+    void writePages(
+        const CDNote& note,
+        const std::string& path,
+        const ShownNote& shown,
+        std::vector<ListedFile> listed);
+    void addToIndex(const CDNote& note, const NotePlan& plan, ShownNote shown);
     AddressMap addressesFor(const std::string& path, std::string_view extension) const;
     void finish();
 
@@ -217,20 +236,23 @@ void ExportRun::exportNotes() {
 }
 
 void ExportRun::exportNote(const CDNote& note, const NotePlan& plan) {
+    ShownNote shown{.title = titleOf(note), .tags = tagNames(note, environment_.collator)};
     std::vector<ListedFile> listed;
-    manifest::NoteFiles files = exportFiles(note, plan, listed);
-    writePages(note, plan.path, std::move(listed));
-    manifest_.addNote(manifest::record(note, std::move(files), environment_.collator));
+    manifest::NoteFiles files = exportFiles(note, plan, shown.title, listed);
+    writePages(note, plan.path, shown, std::move(listed));
+    manifest_.addNote(manifest::record(note, shown.tags, std::move(files)));
     ++content_.counts.notes;
     if (note.trashedAt) ++content_.counts.trashedNotes;
-    addToIndex(note, plan);
+    addToIndex(note, plan, std::move(shown));
 }
 
 manifest::NoteFiles ExportRun::exportFiles(
-    const CDNote& note, const NotePlan& plan, std::vector<ListedFile>& listed) {
+    const CDNote& note,
+    const NotePlan& plan,
+    const std::string& title,
+    std::vector<ListedFile>& listed) {
     manifest::NoteFiles files{.html = plan.path + ".html"};
     if (options_.includeMarkdown) files.markdown = plan.path + ".md";
-    const std::string title = displayTitle(note.title.valueOr(""), note.plainText.valueOr(""));
     for (const CDAttachment* const attachment : note.attachments.all()) {
         const std::string path = exportAttachment(*attachment, title);
         files.attachments.push_back(manifest::record(*attachment, path));
@@ -267,11 +289,14 @@ std::string ExportRun::exportAttachment(
 }
 
 void ExportRun::writePages(
-    const CDNote& note, const std::string& path, std::vector<ListedFile> listed) {
+    const CDNote& note,
+    const std::string& path,
+    const ShownNote& shown,
+    std::vector<ListedFile> listed) {
     const std::string body = note.html.valueOr("");
     const NotePage page{
-        .title = displayTitle(note.title.valueOr(""), note.plainText.valueOr("")),
-        .facts = factsOf(note, environment_.calendar, environment_.collator),
+        .title = shown.title,
+        .facts = factsOf(note, shown.tags, environment_.calendar),
         .body = body,
         .files = std::move(listed)};
     folder_.write(path + ".html", htmlPage(page, addressesFor(path, ".html")));
@@ -280,12 +305,12 @@ void ExportRun::writePages(
         path + ".md", markdownFileOf(note, addressesFor(path, ".md"), environment_.collator));
 }
 
-void ExportRun::addToIndex(const CDNote& note, const NotePlan& plan) {
+void ExportRun::addToIndex(const CDNote& note, const NotePlan& plan, ShownNote shown) {
     index_[notebooks_[plan.notebook].group].entries.push_back(
-        {.title = displayTitle(note.title.valueOr(""), note.plainText.valueOr("")),
+        {.title = std::move(shown.title),
          .address = addressFrom("index.html", plan.path + ".html"),
          .date = environment_.calendar.longDate(note.updatedAt.valueOr(now_)),
-         .tags = tagNames(note, environment_.collator)});
+         .tags = std::move(shown.tags)});
 }
 
 /// The addresses of a body as they are written in the note's file `path` with `extension`.
@@ -317,7 +342,7 @@ void ExportRun::finish() {
     folder_.write("index.html", indexPage(index_));
     folder_.write(
         "README.txt", readMeOf(counts, dateText(now_, environment_.calendar), options_.appVersion));
-    folder_.sync();
+    folder_.finish();
     manifest_.write(folder_.path() / "manifest.json", content_);
 }
 

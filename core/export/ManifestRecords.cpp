@@ -93,7 +93,7 @@ object record(const CDTag& tag) {
     return record;
 }
 
-object record(const CDNote& note, NoteFiles files, const text::Collator& collator) {
+object record(const CDNote& note, const std::vector<std::string>& tags, NoteFiles files) {
     const CDNotebook* const notebook = note.notebook;
     const Instant updated = note.updatedAt.valueOr(Instant());
     object record{
@@ -103,7 +103,7 @@ object record(const CDNote& note, NoteFiles files, const text::Collator& collato
         {"updatedAt", valueOf(updated)}};
     add(record, "notebookID", idOf(notebook));
     record["notebookPath"] = notebook == nullptr ? "" : tree::pathText(*notebook);
-    record["tags"] = texts(tagNames(note, collator));
+    record["tags"] = texts(tags);
     record["isPinned"] = note.isPinned.valueOr(false);
     record["isTemplate"] = note.isTemplate.valueOr(false);
     add(record, "reminderAt", note.reminderAt.get());

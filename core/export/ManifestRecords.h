@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 /// The records of an export's manifest, keys in their order; absent optional values are left out.
 /// The format is described in `docs/formats/export.md`.
@@ -39,7 +40,9 @@ struct NoteFiles {
 
 boost::json::object record(const CDNotebook& notebook);
 boost::json::object record(const CDTag& tag);
-boost::json::object record(const CDNote& note, NoteFiles files, const text::Collator& collator);
+/// `tags`: their names.
+boost::json::object record(
+    const CDNote& note, const std::vector<std::string>& tags, NoteFiles files);
 /// `path`: where its file lies, or empty.
 boost::json::object record(const CDAttachment& attachment, const std::string& path);
 boost::json::object record(const CDProject& project);

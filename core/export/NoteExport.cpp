@@ -28,7 +28,7 @@ std::string page(const CDNote& note, const Calendar& calendar, const text::Colla
     const std::string body = note.html.valueOr("");
     NotePage page{
         .title = displayTitle(note.title.valueOr(""), note.plainText.valueOr("")),
-        .facts = factsOf(note, calendar, collator),
+        .facts = factsOf(note, tagNames(note, collator), calendar),
         .body = body,
         .files = {}};
     for (const CDAttachment* const attachment : note.attachments.all()) {

@@ -6,11 +6,11 @@
 namespace tesserine {
 
 std::vector<PageFact> factsOf(
-    const CDNote& note, const Calendar& calendar, const text::Collator& collator) {
+    const CDNote& note, const std::vector<std::string>& tags, const Calendar& calendar) {
     std::vector<PageFact> facts;
     const CDNotebook* const notebook = note.notebook;
     facts.push_back({notebook == nullptr ? std::string(unfiled) : tree::pathText(*notebook)});
-    for (const std::string& tag : tagNames(note, collator)) {
+    for (const std::string& tag : tags) {
         facts.push_back({tag});
     }
     if (note.createdAt) facts.push_back({"Created " + dateText(*note.createdAt, calendar)});

@@ -11,12 +11,12 @@ namespace tesserine {
 
 class Calendar;
 
-/// What the page of a note says under its title: notebook, tags, dates, source, state.
-std::vector<PageFact> factsOf(
-    const CDNote& note, const Calendar& calendar, const text::Collator& collator);
-
 /// The names of a note's tags as a reader expects them sorted.
 std::vector<std::string> tagNames(const CDNote& note, const text::Collator& collator);
+
+/// What the page of a note says under its title: notebook, `tags`, dates, source, state.
+std::vector<PageFact> factsOf(
+    const CDNote& note, const std::vector<std::string>& tags, const Calendar& calendar);
 
 /// "14 March 2026 at 10:15"
 std::string dateText(Instant instant, const Calendar& calendar);
