@@ -1,4 +1,5 @@
 #include "bench/BodyJobs.h"
+#include "bench/ExportJobs.h"
 #include "bench/ImportJobs.h"
 #include "bench/IndexJobs.h"
 #include "bench/Measure.h"
@@ -52,6 +53,11 @@ constexpr auto jobs = std::to_array<Job>({
      [](const Arguments& arguments) {
          return importJobs(
              arguments.folder / "bench-import", arguments.noteCount, arguments.rounds);
+     }},
+    {"export",
+     [](const Arguments& arguments) {
+         return exportJobs(
+             arguments.folder / "bench-export", arguments.noteCount, arguments.rounds);
      }},
     {"index",
      [](const Arguments& arguments) {
