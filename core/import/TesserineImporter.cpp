@@ -5,6 +5,7 @@
 #include "base/Files.h"
 #include "core/body/Limits.h"
 #include "core/import/ImportReports.h"
+#include "core/import/Reconciliation.h"
 #include "core/import/TesserineFolder.h"
 #include "core/import/TesserinePage.h"
 #include "core/import/TesserineStructure.h"
@@ -52,6 +53,19 @@ Addresses addressesOf(const Manifest& manifest) {
         }
     }
     return addresses;
+}
+
+/// What the manifest says of the files that are in the export.
+std::vector<SHA256Digest> digestsOf(const Manifest::Note& note) {
+    std::vector<SHA256Digest> digests;
+    for (const auto& attachment : note.attachments) {
+        const auto bytes = fromHex(attachment.sha256);
+        SHA256Digest digest{};
+        if (attachment.path.empty() || !bytes || bytes->size() != digest.size()) continue;
+        std::ranges::copy(*bytes, digest.begin());
+        digests.push_back(digest);
+    }
+    return digests;
 }
 
 std::vector<Manifest::Attachment> renumbered(
@@ -117,6 +131,7 @@ private:
     const ImportReports reports_;
 
     TesserineStructure structure_;
+    Reconciliation reconciliation_;
     TesserineImport result_;
     std::size_t listed_ = 0;  // notes of the report that are in the library's copy of it
     std::uint64_t bytesInBatch_ = 0;
@@ -196,6 +211,9 @@ void LibraryImport::addNotes() {
             note.outcome = ImportOutcome::failed;
             note.noteID.reset();
             note.warnings.emplace_back(error.what());
+        }
+        if (note.outcome != ImportOutcome::skipped) {
+            reconciliation_.expect(note.noteID, digestsOf(record));
         }
         result_.report.add(std::move(note));
         const std::size_t done = result_.report.notes.size();
@@ -356,8 +374,11 @@ void LibraryImport::save() {
 }
 
 void LibraryImport::finish() {
-    if (!control_.stop.stop_requested()) result_.report.finished = environment_.clock.now();
-    reports_.rewrite(context_, result_.report);
+    ImportReport& report = result_.report;
+    const bool isNew = report.skipped < report.notes.size();
+    if (isNew) report.check = reconciliation_.run(context_, control_.stop);
+    if (!control_.stop.stop_requested()) report.finished = environment_.clock.now();
+    reports_.rewrite(context_, report);
     context_.save();
     context_.reset();
     addRemarks();

@@ -17,7 +17,6 @@ namespace tesserine {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::string_view_literals;
 using boost::json::array;
 using boost::json::object;
 using testing::ElementsAre;
@@ -143,13 +142,13 @@ TEST_F(TesserineImporterTest, NothingOutsideTheFolderIsRead) {
     fs::create_directory_symlink(temporary_.path(), folder() / "up");
     int number = 0;
     for (const std::string_view path :
-         {"../secret.html"sv,
-          "x/../../secret.html"sv,
-          "link.html"sv,
-          "up/secret.html"sv,
-          ""sv,
-          "."sv,
-          "notes/Unfiled/1.html\0"sv}) {
+         {"../secret.html",
+          "x/../../secret.html",
+          "link.html",
+          "up/secret.html",
+          "",
+          ".",
+          "notes/Unfiled"}) {
         addNote(++number, "")["htmlPath"] = path;
     }
     addNote(++number, "")["htmlPath"] = (temporary_ / "secret.html").string();
@@ -191,6 +190,10 @@ TEST_F(TesserineImporterTest, WhatIsChangedOrMissingIsSaidAndKept) {
         ElementsAre(
             "Earlier versions of 1 note are not part of an export and did not come along.",
             "1 record of the manifest could not be read."));
+    EXPECT_EQ(done.report.check->notes, 2U);
+    EXPECT_EQ(done.report.check->expectedNotes, 3U);
+    EXPECT_EQ(done.report.check->files, 0U);
+    EXPECT_EQ(done.report.check->expectedFiles, 2U);
     const auto attachments = note(1).attachments.all();
     ASSERT_EQ(attachments.size(), 3U);
     EXPECT_EQ(attachments[0]->fileData, Bytes({'b', 'y', 't', 'e', 'z'}));
