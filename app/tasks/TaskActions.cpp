@@ -11,6 +11,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <utility>
+
 namespace tesserine::app {
 
 TaskActions::TaskActions(AppEnvironment& environment, QWidget* host)
@@ -71,6 +73,17 @@ void TaskActions::askRemove(const Tasks& tasks) {
     auto* const button = question->addButton("Delete Permanently", QMessageBox::DestructiveRole);
     connect(button, &QPushButton::clicked, this, [this, tasks] { commands_.remove(tasks); });
     question->open();
+}
+
+void TaskActions::saveAsTemplate(const Uuid& task) {
+    const auto* const source = environment_.context().find<CDTask>(task);
+    if (source == nullptr) return;
+    const TaskTemplateService& templates = environment_.taskTemplates();
+    TaskTemplateContent content = templates.contentOf(*source, environment_.collator());
+    if (!content.title.empty()) content.name = content.title;
+    const CDTaskTemplate& made = templates.create(environment_.context(), std::move(content));
+    const Uuid id = *made.id;
+    if (environment_.save(host_)) emit templateMade(id);
 }
 
 void TaskActions::showMenu(const Tasks& tasks, const QPoint& globalPlace) {

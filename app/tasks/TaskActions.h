@@ -27,6 +27,7 @@ public:
     void askDue(const Tasks& tasks, const QPoint& globalPlace);
     void askProject(const Tasks& tasks);
     void askRemove(const Tasks& tasks);
+    void saveAsTemplate(const Uuid& task);
     /// All of it as a menu.
     void showMenu(const Tasks& tasks, const QPoint& globalPlace);
 
@@ -35,6 +36,7 @@ signals:
     void completing(const std::vector<tesserine::Uuid>& tasks);
     /// What was completed, as a sentence; it can be undone.
     void completed(const QString& sentence);
+    void templateMade(const tesserine::Uuid& made);
     /// The menu was asked to open a task.
     void opened(const tesserine::Uuid& task);
 

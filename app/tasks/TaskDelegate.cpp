@@ -49,6 +49,22 @@ QPainterPath tick(const QRectF& area, double progress) {
 
 }  // namespace
 
+void paintLineGround(QPainter& painter, const QStyleOptionViewItem& option) {
+    const Colors& colors = Theme::colors();
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    const bool isHovered = option.state.testFlag(QStyle::State_MouseOver);
+    const bool isCurrent = option.state.testFlag(QStyle::State_HasFocus);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(isCurrent ? QPen(colors.accent, 1) : QPen(Qt::NoPen));
+    painter.setBrush(
+        isSelected  ? QBrush(colors.selection)
+        : isHovered ? QBrush(colors.hover)
+                    : QBrush());
+    const QRectF ground =
+        QRectF(option.rect).adjusted(space::tiny + 0.5, 0.5, -space::tiny - 0.5, -0.5);
+    painter.drawRoundedRect(ground, cornerRadius, cornerRadius);
+}
+
 void paintTitleText(QPainter& painter, const QRect& area, const QString& title) {
     const Qt::LayoutDirection before = painter.layoutDirection();
     painter.setLayoutDirection(title.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
@@ -174,7 +190,7 @@ void TaskDelegate::paint(
     if (!row.isTask()) {
         paintHeading(*painter, option, row);
     } else {
-        paintGround(*painter, option);
+        paintLineGround(*painter, option);
         const Layout parts = layout(option.rect, row, option.direction);
         paintCircle(*painter, parts.circle, row);
         paintTitle(*painter, parts.title, row);
@@ -194,22 +210,6 @@ void TaskDelegate::paintHeading(
     painter.setPen(row.isOverdueGroup ? colors.danger : colors.text);
     const QRect area = option.rect.adjusted(margin, 0, -margin, -space::small);
     painter.drawText(area, Qt::AlignLeading | Qt::AlignBottom, row.heading);
-}
-
-void TaskDelegate::paintGround(QPainter& painter, const QStyleOptionViewItem& option) const {
-    const Colors& colors = Theme::colors();
-    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
-    const bool isHovered = option.state.testFlag(QStyle::State_MouseOver);
-    const bool isCurrent = option.state.testFlag(QStyle::State_HasFocus);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(isCurrent ? QPen(colors.accent, 1) : QPen(Qt::NoPen));
-    painter.setBrush(
-        isSelected  ? QBrush(colors.selection)
-        : isHovered ? QBrush(colors.hover)
-                    : QBrush());
-    const QRectF ground =
-        QRectF(option.rect).adjusted(space::tiny + 0.5, 0.5, -space::tiny - 0.5, -0.5);
-    painter.drawRoundedRect(ground, cornerRadius, cornerRadius);
 }
 
 void TaskDelegate::paintCircle(QPainter& painter, const QRect& area, const TaskRow& row) const {

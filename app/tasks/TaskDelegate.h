@@ -49,7 +49,6 @@ private:
 
     void paintHeading(
         QPainter& painter, const QStyleOptionViewItem& option, const TaskRow& row) const;
-    void paintGround(QPainter& painter, const QStyleOptionViewItem& option) const;
     void paintCircle(QPainter& painter, const QRect& area, const TaskRow& row) const;
     void paintTitle(QPainter& painter, const QRect& area, const TaskRow& row) const;
     void paintPieces(QPainter& painter, const QRect& area, const TaskRow& row) const;
@@ -58,6 +57,9 @@ private:
     const AppEnvironment& environment_;
     Progress progress_;
 };
+
+/// Draws what stands behind a line: that it is selected, current, or under the pointer.
+void paintLineGround(QPainter& painter, const QStyleOptionViewItem& option);
 
 /// Draws a title in one line with the painter's font and pen, at the left whatever its script; one
 /// that is too long ends with "…" where its script ends.

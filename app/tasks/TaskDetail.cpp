@@ -1,14 +1,14 @@
 #include "app/tasks/TaskDetail.h"
 
 #include "app/look/EmptyState.h"
-#include "app/look/Icon.h"
 #include "app/look/IconButton.h"
-#include "app/look/IconLabel.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/Notice.h"
+#include "app/tasks/FormParts.h"
 #include "app/tasks/GrowingText.h"
 #include "app/tasks/LabelsField.h"
+#include "app/tasks/PriorityButtons.h"
 #include "app/tasks/ProjectPicker.h"
 #include "app/tasks/RecurrencePopup.h"
 #include "app/tasks/SubtaskList.h"
@@ -18,13 +18,11 @@
 #include "app/tasks/WhenPopup.h"
 #include "core/tasks/TaskSnapshot.h"
 
-#include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QStackedWidget>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -32,7 +30,6 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int iconSide = 16;
 constexpr int leastTitleLines = 1;
 constexpr int mostTitleLines = 6;
 constexpr int leastDetailLines = 4;
@@ -43,33 +40,6 @@ std::optional<TaskDue> dueOf(const CDTask& task) {
     return TaskDue{.date = *task.dueDate, .hasTime = task.dueHasTime.valueOr(false)};
 }
 
-/// A line of a form: icon, then what it is about.
-QHBoxLayout* formLine(QWidget* parent, const QString& iconName, QWidget* field) {
-    auto* const line = new QHBoxLayout;
-    line->setSpacing(space::medium);
-    line->addWidget(
-        new IconLabel(icon(iconName, Ink::secondary), iconSide, parent), 0, Qt::AlignVCenter);
-    line->addWidget(field, 1);
-    return line;
-}
-
-QLabel* sectionTitle(const QString& text, QWidget* parent) {
-    auto* const label = new QLabel(text, parent);
-    label->setFont(Theme::font(TextRole::caption));
-    label->setForegroundRole(QPalette::PlaceholderText);
-    return label;
-}
-
-/// A value that is not set stands back.
-void setValue(QPushButton& button, const QString& text, const QString& whenNone) {
-    const bool isSet = !text.isEmpty();
-    button.setText(isSet ? text : whenNone);
-    QPalette palette = button.palette();
-    palette.setColor(
-        QPalette::ButtonText, isSet ? Theme::colors().text : Theme::colors().secondaryText);
-    button.setPalette(palette);
-}
-
 }  // namespace
 
 TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
@@ -78,6 +48,13 @@ TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
       stack_(new QStackedWidget(this)),
       circle_(new TickButton(this)),
       title_(new GrowingText(GrowingText::Lines::one, leastTitleLines, mostTitleLines, this)),
+      due_(valueButton("Due date", this)),
+      recurrence_(valueButton("Repetition", this)),
+      reminder_(valueButton("Reminder", this)),
+      project_(valueButton("Project", this)),
+      note_(valueButton("Linked note", this)),
+      priority_(new PriorityButtons(this)),
+      labels_(new LabelsField([this] { return labelNames(); }, this)),
       subtasks_(new SubtaskList(environment, this)),
       details_(new GrowingText(GrowingText::Lines::many, leastDetailLines, mostDetailLines, this)),
       history_(new QLabel(this)) {
@@ -110,12 +87,7 @@ TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(stack_);
 
-    connect(circle_, &TickButton::clicked, this, [this] {
-        if (task_) emit ticked(*task_);
-    });
-    connect(title_, &GrowingText::settled, this, &TaskDetail::flush);
-    connect(title_, &GrowingText::entered, details_, [this] { details_->setFocus(); });
-    connect(details_, &GrowingText::settled, this, &TaskDetail::flush);
+    followFields();
     connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
         const auto concerns = [](const ObjectChange& change) {
             return change.entity == EntityKind::task || change.entity == EntityKind::project
@@ -141,14 +113,13 @@ QWidget* TaskDetail::makeForm() {
     layout->setSpacing(space::tiny);
     layout->addLayout(head);
     layout->addSpacing(space::small);
-    due_ = addField(*layout, "calendar", "Due date");
-    recurrence_ = addField(*layout, "repeat", "Repetition");
-    reminder_ = addField(*layout, "bell", "Reminder");
-    project_ = addField(*layout, "project", "Project");
-    addPriorities(*layout);
-    labels_ = new LabelsField([this] { return labelNames(); }, form);
-    layout->addLayout(formLine(form, "label", labels_));
-    note_ = addField(*layout, "note", "Linked note");
+    layout->addLayout(formLine("calendar", due_, form));
+    layout->addLayout(formLine("repeat", recurrence_, form));
+    layout->addLayout(formLine("bell", reminder_, form));
+    layout->addLayout(formLine("project", project_, form));
+    layout->addLayout(formLine("flag", priority_, form));
+    layout->addLayout(formLine("label", labels_, form));
+    layout->addLayout(formLine("note", note_, form));
     layout->addSpacing(space::medium);
     layout->addWidget(sectionTitle("Subtasks", form));
     layout->addWidget(subtasks_);
@@ -159,6 +130,16 @@ QWidget* TaskDetail::makeForm() {
     layout->addWidget(history_);
 
     connect(close, &IconButton::clicked, this, &TaskDetail::closed);
+    return form;
+}
+
+void TaskDetail::followFields() {
+    connect(circle_, &TickButton::clicked, this, [this] {
+        if (task_) emit ticked(*task_);
+    });
+    connect(title_, &GrowingText::settled, this, &TaskDetail::flush);
+    connect(title_, &GrowingText::entered, details_, [this] { details_->setFocus(); });
+    connect(details_, &GrowingText::settled, this, &TaskDetail::flush);
     connect(due_, &QPushButton::clicked, this, &TaskDetail::askDue);
     connect(recurrence_, &QPushButton::clicked, this, &TaskDetail::askRecurrence);
     connect(reminder_, &QPushButton::clicked, this, &TaskDetail::askReminder);
@@ -167,6 +148,9 @@ QWidget* TaskDetail::makeForm() {
         const CDTask* const task = find();
         const CDNote* const note = task == nullptr ? nullptr : task->linkedNote.get();
         if (note != nullptr) emit noteChosen(*note->id);
+    });
+    connect(priority_, &PriorityButtons::chosen, this, [this](TaskPriority priority) {
+        change([&](CDTask& task) { environment_.tasks().setPriority(task, priority); });
     });
     connect(labels_, &LabelsField::added, this, [this](const QString& label) {
         change([&](CDTask& task) {
@@ -178,47 +162,6 @@ QWidget* TaskDetail::makeForm() {
             for (CDTag* tag : task.labels.all()) {
                 if (tag->name == label.toStdString()) environment_.tasks().removeLabel(task, *tag);
             }
-        });
-    });
-    return form;
-}
-
-QPushButton* TaskDetail::addField(QVBoxLayout& form, const QString& icon, const QString& name) {
-    auto* const button = new QPushButton(this);
-    button->setFlat(true);
-    button->setStyleSheet("text-align: left; padding: 4px 6px;");
-    button->setAccessibleName(name);
-    button->setToolTip(name);
-    button->setObjectName(QString(name).remove(' '));
-    button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    form.addLayout(formLine(this, icon, button));
-    return button;
-}
-
-void TaskDetail::addPriorities(QVBoxLayout& form) {
-    auto* const row = new QWidget(this);
-    auto* const buttons = new QHBoxLayout(row);
-    buttons->setContentsMargins(0, 0, 0, 0);
-    buttons->setSpacing(space::tiny);
-    priorities_ = new QButtonGroup(this);
-    for (const int number : {1, 2, 3, 4}) {
-        auto* const button = new QToolButton(row);
-        button->setCheckable(true);
-        button->setAutoRaise(true);
-        button->setText(number == 4 ? QString("None") : QString("P%1").arg(number));
-        button->setIcon(
-            icon(number == 4 ? "flag" : "flag-full", Theme::colors().priority[number - 1]));
-        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setAccessibleName(
-            number == 4 ? QString("No priority") : QString("Priority %1").arg(number));
-        buttons->addWidget(button);
-        priorities_->addButton(button, number);
-    }
-    buttons->addStretch();
-    form.addLayout(formLine(this, "flag", row));
-    connect(priorities_, &QButtonGroup::idClicked, this, [this](int number) {
-        change([&](CDTask& task) {
-            environment_.tasks().setPriority(task, static_cast<TaskPriority>(number));
         });
     });
 }
@@ -250,9 +193,10 @@ void TaskDetail::load() {
         task_.reset();
         return;
     }
-    if (!title_->isEdited()) {
-        title_->setShownText(QString::fromStdString(task->title.valueOr("")));
-    }
+    const QString title = QString::fromStdString(task->title.valueOr(""));
+    // A space behind what was saved a moment ago is the beginning of the next word.
+    const bool isSame = title_->toPlainText().simplified() == title;
+    if (!title_->isEdited() && !isSame) title_->setShownText(title);
     if (!details_->isEdited()) {
         details_->setShownText(QString::fromStdString(task->details.valueOr("")));
     }
@@ -267,7 +211,7 @@ void TaskDetail::loadFields(const CDTask& task) {
     const auto priority = taskPriority(task.priority.valueOr(4));
     const bool isCompleted = task.completedAt.get().has_value();
     circle_->setTask(QString::fromStdString(task.title.valueOr("")), priority, isCompleted);
-    priorities_->button(static_cast<int>(priority))->setChecked(true);
+    priority_->setPriority(priority);
 
     const auto due = dueOf(task);
     setValue(*due_, due ? words.longDue(*due) : QString(), "No date");

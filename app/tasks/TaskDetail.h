@@ -8,17 +8,16 @@
 #include <functional>
 #include <optional>
 
-class QButtonGroup;
 class QLabel;
 class QPushButton;
 class QStackedWidget;
-class QVBoxLayout;
 
 namespace tesserine::app {
 
 class AppEnvironment;
 class GrowingText;
 class LabelsField;
+class PriorityButtons;
 class SubtaskList;
 class TickButton;
 
@@ -45,9 +44,7 @@ signals:
 
 private:
     QWidget* makeForm();
-    QPushButton* addField(QVBoxLayout& form, const QString& icon, const QString& name);
-    void addPriorities(QVBoxLayout& form);
-
+    void followFields();
     CDTask* find() const;
     void load();
     void loadFields(const CDTask& task);
@@ -64,13 +61,13 @@ private:
     QStackedWidget* const stack_;
     TickButton* const circle_;
     GrowingText* const title_;
-    QPushButton* due_ = nullptr;
-    QPushButton* recurrence_ = nullptr;
-    QPushButton* reminder_ = nullptr;
-    QPushButton* project_ = nullptr;
-    QPushButton* note_ = nullptr;
-    QButtonGroup* priorities_ = nullptr;
-    LabelsField* labels_ = nullptr;
+    QPushButton* const due_;
+    QPushButton* const recurrence_;
+    QPushButton* const reminder_;
+    QPushButton* const project_;
+    QPushButton* const note_;
+    PriorityButtons* const priority_;
+    LabelsField* const labels_;
     SubtaskList* const subtasks_;
     GrowingText* const details_;
     QLabel* const history_;

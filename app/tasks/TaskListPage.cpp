@@ -1,8 +1,10 @@
 #include "app/tasks/TaskListPage.h"
 
 #include "app/look/EmptyState.h"
+#include "app/look/IconButton.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/Notice.h"
 #include "app/tasks/QuickAddBar.h"
 #include "app/tasks/TaskActions.h"
 #include "app/tasks/TaskListModel.h"
@@ -10,6 +12,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -89,7 +92,12 @@ TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QW
 
     auto* const head = new QHBoxLayout;
     head->addWidget(title_, 1);
-    head->addWidget(count_, 0, Qt::AlignBottom);
+    head->addWidget(count_);
+    auto* const templates = new IconButton("template", "New task from a template", this);
+    head->addWidget(templates);
+    connect(templates, &IconButton::clicked, this, [this, templates] {
+        showTemplateMenu(templates->mapToGlobal(QPoint(0, templates->height())));
+    });
     stack_->addWidget(list_);
     stack_->addWidget(empty_);
     auto* const layout = new QVBoxLayout(this);
@@ -169,6 +177,33 @@ void TaskListPage::updateState() {
         : count == 1 ? QString("1 task")
                      : QString("%L1 tasks").arg(count));
     stack_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(empty_) : list_);
+}
+
+void TaskListPage::showTemplateMenu(const QPoint& globalPlace) {
+    auto* const menu = new QMenu(this);
+    menu->setObjectName("templateMenu");
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (const CDTaskTemplate* stored :
+         environment_.taskTemplates().all(environment_.context(), environment_.collator())) {
+        const QString name = QString::fromStdString(nameOf(stored->name)).replace('&', "&&");
+        menu->addAction(name, this, [this, id = *stored->id] { use(id); });
+    }
+    if (!menu->isEmpty()) menu->addSeparator();
+    menu->addAction("Task Templates…", this, &TaskListPage::templatesAsked);
+    menu->popup(globalPlace);
+}
+
+void TaskListPage::use(const Uuid& taskTemplate) {
+    try {
+        const CDTask& task = environment_.taskTemplates().use(
+            environment_.context(), taskTemplate, environment_.calendar());
+        const Uuid id = *task.id;
+        environment_.save(this);
+        list_->selectTask(id);
+        emit opened(id);
+    } catch (const TaskTemplateError& error) {
+        showNotice(this, error.what());
+    }
 }
 
 std::vector<Uuid> TaskListPage::selectedTasks() const { return list_->selectedTasks(); }

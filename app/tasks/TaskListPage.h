@@ -38,6 +38,8 @@ public:
     QPoint placeOfCurrent() const;
 
 signals:
+    /// The person wants to see the task templates.
+    void templatesAsked();
     /// The task is to be shown with all it holds; none: nothing or several are selected.
     void chosen(const std::optional<tesserine::Uuid>& task);
     /// The same, and the person wants to go there.
@@ -47,6 +49,8 @@ private:
     void useView(const Place& place);
     void place(const std::vector<Uuid>& tasks, const std::optional<Uuid>& before);
     void updateState();
+    void showTemplateMenu(const QPoint& globalPlace);
+    void use(const Uuid& taskTemplate);
 
     AppEnvironment& environment_;
     TaskActions& actions_;

@@ -6,10 +6,12 @@
 #include "app/tasks/CalendarGrid.h"
 #include "app/tasks/CalendarPage.h"
 #include "app/tasks/QuickAddBar.h"
+#include "app/tasks/RemindersPage.h"
 #include "app/tasks/TaskActions.h"
 #include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskListPage.h"
 #include "app/tasks/TaskListView.h"
+#include "app/tasks/TemplateManager.h"
 #include "app/tasks/UndoBar.h"
 
 #include <QSplitter>
@@ -33,11 +35,18 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
       stack_(new QStackedWidget(this)),
       list_(new TaskListPage(environment, *actions_, this)),
       calendar_(new CalendarPage(environment, *actions_, this)),
+      reminders_(new RemindersPage(environment, this)),
+      templates_(new TemplateManager(environment, this)),
       undo_(new UndoBar(this)),
       detail_(new TaskDetail(environment, this)) {
     setObjectName("tasksPage");
-    stack_->addWidget(list_);
-    stack_->addWidget(calendar_);
+    for (QWidget* const page :
+         {static_cast<QWidget*>(list_),
+          static_cast<QWidget*>(calendar_),
+          static_cast<QWidget*>(reminders_),
+          static_cast<QWidget*>(templates_)}) {
+        stack_->addWidget(page);
+    }
     auto* const left = new QWidget(this);
     left->setAutoFillBackground(true);
     left->setBackgroundRole(QPalette::Base);
@@ -62,6 +71,11 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter_);
 
+    followPages();
+    handleCommands(commands);
+}
+
+void TasksPage::followPages() {
     connect(list_, &TaskListPage::chosen, this, &TasksPage::showDetail);
     connect(list_, &TaskListPage::opened, this, &TasksPage::openDetail);
     connect(calendar_, &CalendarPage::chosen, this, &TasksPage::showDetail);
@@ -73,7 +87,14 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
         detail_, &TaskDetail::ticked, this, [this](const Uuid& task) { actions_->tick({task}); });
     connect(detail_, &TaskDetail::noteChosen, this, &TasksPage::noteChosen);
     connect(detail_, &TaskDetail::closed, this, &TasksPage::closeDetail);
-    handleCommands(commands);
+    connect(list_, &TaskListPage::templatesAsked, this, &TasksPage::showTemplates);
+    connect(reminders_, &RemindersPage::taskChosen, this, &TasksPage::openDetail);
+    connect(reminders_, &RemindersPage::noteChosen, this, &TasksPage::noteChosen);
+    connect(actions_, &TaskActions::templateMade, this, [this](const Uuid& made) {
+        showTemplates();
+        templates_->showTemplate(made);
+    });
+    connect(templates_, &TemplateManager::used, this, &TasksPage::openDetail);
 }
 
 void TasksPage::handleCommands(Commands& commands) {
@@ -112,6 +133,7 @@ bool TasksPage::shows(Place::Kind kind) {
     case Place::Kind::allTasks:
     case Place::Kind::completed:
     case Place::Kind::calendar:
+    case Place::Kind::reminders:
     case Place::Kind::project:
     case Place::Kind::label:
     case Place::Kind::task: return true;
@@ -119,14 +141,29 @@ bool TasksPage::shows(Place::Kind kind) {
     }
 }
 
-void TasksPage::showPlace(const Place& place) {
+void TasksPage::showPage(QWidget* page) {
     undo_->hide();
+    templates_->flush();
+    stack_->setCurrentWidget(page);
+}
+
+void TasksPage::showTemplates() {
+    showPage(templates_);
+    templates_->open();
+}
+
+void TasksPage::showPlace(const Place& place) {
     if (place.kind == Place::Kind::calendar) {
-        stack_->setCurrentWidget(calendar_);
+        showPage(calendar_);
         calendar_->open();
         return;
     }
-    stack_->setCurrentWidget(list_);
+    if (place.kind == Place::Kind::reminders) {
+        showPage(reminders_);
+        reminders_->open();
+        return;
+    }
+    showPage(list_);
     if (place.kind != Place::Kind::task) {
         list_->showPlace(place);
         return;
@@ -149,9 +186,12 @@ QuickAddBar& TasksPage::quickAdd() const {
     return isCalendar() ? calendar_->quickAdd() : list_->quickAdd();
 }
 
-void TasksPage::beginTask(const QString& sentence) { quickAdd().begin(sentence); }
+void TasksPage::beginTask(const QString& sentence) {
+    if (!isCalendar()) showPage(list_);
+    quickAdd().begin(sentence);
+}
 
-bool TasksPage::flush() { return detail_->flush(); }
+bool TasksPage::flush() { return detail_->flush() && templates_->flush(); }
 
 void TasksPage::showDetail(const std::optional<Uuid>& task) {
     detail_->showTask(task);

@@ -17,9 +17,11 @@ class AppEnvironment;
 class CalendarPage;
 class Commands;
 class QuickAddBar;
+class RemindersPage;
 class TaskActions;
 class TaskDetail;
 class TaskListPage;
+class TemplateManager;
 class UndoBar;
 
 /// Everything about tasks in the window: lists and calendar, with the chosen task beside them.
@@ -33,9 +35,11 @@ public:
 
     /// Whether the place is one of those shown here.
     static bool shows(Place::Kind kind);
-    /// Inbox, today, upcoming, all tasks, completed, calendar, a project, a label, or a task, which
-    /// is shown in its project.
+    /// Inbox, today, upcoming, all tasks, completed, calendar, reminders, a project, a label, or a
+    /// task, which is shown in its project.
     void showPlace(const Place& place);
+    /// The task templates.
+    void showTemplates();
     /// Goes to the quick-add bar, with this sentence in it when there is one.
     void beginTask(const QString& sentence = {});
     /// Saves what is being typed; false when it could not be saved.
@@ -51,6 +55,8 @@ signals:
 
 private:
     void handleCommands(Commands& commands);
+    void followPages();
+    void showPage(QWidget* page);
     void showDetail(const std::optional<Uuid>& task);
     void openDetail(const Uuid& task);
     void closeDetail();
@@ -64,6 +70,8 @@ private:
     QStackedWidget* const stack_;
     TaskListPage* const list_;
     CalendarPage* const calendar_;
+    RemindersPage* const reminders_;
+    TemplateManager* const templates_;
     UndoBar* const undo_;
     TaskDetail* const detail_;
 };

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "base/Uuid.h"
+
+#include <QWidget>
+
+#include <optional>
+
+class QListView;
+class QStackedWidget;
+
+namespace tesserine {
+struct TaskDue;
+}
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class RemindersModel;
+
+/// What one will be reminded of, notes and tasks together, and what one has missed: opened, put off
+/// or removed.
+class RemindersPage final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit RemindersPage(AppEnvironment& environment, QWidget* parent = nullptr);
+
+    /// Reads the reminders; called when the page comes into sight.
+    void open();
+
+signals:
+    void taskChosen(const tesserine::Uuid& task);
+    void noteChosen(const tesserine::Uuid& note);
+
+private:
+    void openCurrent();
+    void putOff();
+    void remove();
+    void setReminder(int row, const std::optional<TaskDue>& when);
+    void showMenu(const QPoint& place);
+    void reload();
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    AppEnvironment& environment_;
+    RemindersModel* const model_;
+    QListView* const list_;
+    QStackedWidget* const stack_;
+};
+
+}  // namespace tesserine::app

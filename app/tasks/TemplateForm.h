@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/Calendar.h"
+#include "core/tasks/TaskTemplateContent.h"
+
+#include <QWidget>
+
+#include <optional>
+
+class QCheckBox;
+class QLineEdit;
+class QPushButton;
+class QSpinBox;
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class GrowingText;
+class LabelsField;
+class PriorityButtons;
+
+/// The fields of a task template.
+class TemplateForm final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit TemplateForm(AppEnvironment& environment, QWidget* parent = nullptr);
+
+    void setContent(const TaskTemplateContent& content);
+    TaskTemplateContent content() const;
+    /// Whether something was changed since `setContent`.
+    bool isEdited() const { return isEdited_; }
+    /// What is shown was saved.
+    void markSaved() { isEdited_ = false; }
+    void editName();
+
+signals:
+    /// A field was changed; at every key while a text is typed.
+    void edited();
+
+private:
+    void arrange();
+    void follow();
+    void edit();
+    void showChoices();
+    void askRecurrence();
+    void askProject();
+
+    AppEnvironment& environment_;
+    TaskTemplateContent content_;  // what no field shows as it is kept: rule, project
+    bool isEdited_ = false;
+    bool isFilling_ = false;
+    QLineEdit* const name_;
+    QLineEdit* const title_;
+    QCheckBox* const isDue_;
+    QSpinBox* const dueDays_;
+    QLineEdit* const dueTime_;
+    QPushButton* const recurrence_;
+    QPushButton* const project_;
+    PriorityButtons* const priority_;
+    LabelsField* const labels_;
+    GrowingText* const subtasks_;
+    GrowingText* const notes_;
+};
+
+}  // namespace tesserine::app
