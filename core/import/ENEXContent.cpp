@@ -5,6 +5,7 @@
 #include "core/body/HTMLSerializer.h"
 #include "core/import/ENEXTasks.h"
 #include "core/import/ENMLConverter.h"
+#include "core/import/ENMLDocument.h"
 #include "core/import/Recognition.h"
 #include "core/import/SourceDate.h"
 #include "core/import/SourceNames.h"

@@ -1,6 +1,5 @@
 #include "core/import/ENEXImporter.h"
 
-#include "base/FailPoint.h"
 #include "base/Files.h"
 #include "core/import/ENEXFixture.h"
 #include "core/model/TaskEntities.h"
@@ -264,7 +263,7 @@ TEST_F(ENEXImporterTest, ChosenNotebookAndTagHoldEverything) {
     EXPECT_THROW(importFiles({file("c.enex")}), FileError);
 }
 
-TEST_F(ENEXImporterTest, KilledAtAnyBatchItIsListedAndGoesOn) {
+TEST_F(ENEXImporterTest, KilledAtAnyNoteItIsListedAndGoesOn) {
     std::string notes;
     for (int i = 0; i < 130; ++i) {
         const std::string title = "Note " + std::to_string(i);
@@ -276,10 +275,11 @@ TEST_F(ENEXImporterTest, KilledAtAnyBatchItIsListedAndGoesOn) {
     }
     put("Recipes.enex", enexFile(notes));
     std::filesystem::create_directories(folder.path() / "Library");
-    for (int batch = 1; batch <= 2; ++batch) {
+    for (const std::size_t last : {1U, 49U, 50U, 51U, 100U, 129U}) {
         const int status = test::runInChild([&] {
-            failpoint::arm("import.batchSaved", batch, [] { std::raise(SIGKILL); });
-            importFiles({file()});
+            importFiles({file()}, {}, {.progress = [&](const ImportProgress& at) {
+                            if (at.done == last) std::raise(SIGKILL);
+                        }});
         });
         ASSERT_EQ(status, 128 + SIGKILL);
         std::size_t listed = 0;

@@ -27,11 +27,7 @@ public:
     virtual std::string taskGroup(std::string_view id) = 0;
 };
 
-/// Reads ENML, Evernote's markup, leniently: whatever stands in it, its text stays. Linear; depth
-/// is bounded as for any body.
-HTMLDocument parsedENML(std::string_view enml);
-
-/// The note's text as HTML that `canonicalBody` takes; see `docs/formats/enex-import.md`. Adds a
+/// Evernote's markup as HTML that `canonicalBody` takes; see `docs/formats/enex-import.md`. Adds a
 /// sentence to `warnings` for each kind of thing that was lost. Linear; no recursion.
 std::string htmlFromENML(
     const HTMLDocument& enml,

@@ -1,6 +1,7 @@
 #include "core/import/ENMLConverter.h"
 
 #include "core/body/CanonicalBody.h"
+#include "core/import/ENMLDocument.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
