@@ -50,17 +50,19 @@ std::string ExportFolder::newPath(
     std::initializer_list<std::string_view> extensions) {
     const std::string stem = files::safeName(name);
     const std::string prefix = folder.empty() ? "" : folder + "/";
-    std::set<std::string>& taken = taken_[folder];
-    std::size_t& twins = twins_[prefix + text::caseFolded(stem)];
+    const auto digest = [&prefix](const std::string& component) {
+        return std::hash<std::string>()(prefix + text::caseFolded(component));
+    };
+    std::size_t& twins = twins_[digest(stem)];
     for (;;) {
         const std::string candidate = ++twins == 1 ? stem : stem + " " + std::to_string(twins);
-        std::vector<std::string> names;
+        std::vector<std::size_t> paths;
         for (const std::string_view extension : extensions) {
-            names.push_back(text::caseFolded(candidate + std::string(extension)));
+            paths.push_back(digest(candidate + std::string(extension)));
         }
-        const auto isTaken = [&taken](const std::string& path) { return taken.contains(path); };
-        if (std::ranges::any_of(names, isTaken)) continue;
-        taken.insert(names.begin(), names.end());
+        const auto isTaken = [this](std::size_t path) { return taken_.contains(path); };
+        if (std::ranges::any_of(paths, isTaken)) continue;
+        taken_.insert(paths.begin(), paths.end());
         return prefix + candidate;
     }
 }

@@ -6,10 +6,11 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace tesserine {
 
@@ -45,8 +46,10 @@ public:
 
 private:
     std::filesystem::path path_;
-    std::map<std::string, std::set<std::string>> taken_;  // folded names by folder
-    std::map<std::string, std::size_t> twins_;            // of a name, so far
+    // Digests of folded paths, the least to keep of a name; two names of one digest only mean that
+    // the later one gets a number it would not need.
+    std::unordered_set<std::size_t> taken_;
+    std::unordered_map<std::size_t, std::size_t> twins_;  // of a name without extension, so far
     std::set<std::string> madeFolders_;
     std::uint64_t bytesWritten_ = 0;
     FileWriter writer_;

@@ -4,35 +4,32 @@
 #include "core/export/NotePage.h"
 
 namespace tesserine {
-namespace {
 
-void appendEntry(std::string& html, const IndexEntry& entry) {
-    html += "<li><a href=\"";
-    html::appendEscapedAttribute(html, entry.address);
-    html += "\">";
-    html::appendEscapedText(html, entry.title);
-    html += "</a> <span class=\"ts-date\">";
-    html::appendEscapedText(html, entry.date);
+void IndexGroup::add(const IndexEntry& entry) {
+    lines_ += "<li><a href=\"";
+    html::appendEscapedAttribute(lines_, entry.address);
+    lines_ += "\">";
+    html::appendEscapedText(lines_, entry.title);
+    lines_ += "</a> <span class=\"ts-date\">";
+    html::appendEscapedText(lines_, entry.date);
     for (const std::string& tag : entry.tags) {
-        html += " · ";
-        html::appendEscapedText(html, tag);
+        lines_ += " · ";
+        html::appendEscapedText(lines_, tag);
     }
-    html += "</span></li>\n";
+    lines_ += "</span></li>\n";
 }
 
-}  // namespace
+std::string IndexGroup::html() const {
+    if (lines_.empty()) return {};
+    std::string html = "<h2>";
+    html::appendEscapedText(html, heading_);
+    return html.append("</h2>\n<ul>\n").append(lines_).append("</ul>\n");
+}
 
 std::string indexPage(const std::vector<IndexGroup>& groups) {
     std::string html = "<main class=\"ts-index\">\n<h1 class=\"ts-title\">Tesserine Export</h1>\n";
     for (const IndexGroup& group : groups) {
-        if (group.entries.empty()) continue;
-        html += "<h2>";
-        html::appendEscapedText(html, group.heading);
-        html += "</h2>\n<ul>\n";
-        for (const IndexEntry& entry : group.entries) {
-            appendEntry(html, entry);
-        }
-        html += "</ul>\n";
+        html += group.html();
     }
     return htmlDocument("Tesserine Export", html + "</main>");
 }

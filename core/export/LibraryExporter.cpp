@@ -18,6 +18,7 @@
 #include <cassert>
 #include <map>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 namespace tesserine {
@@ -108,6 +109,8 @@ private:
         std::vector<ListedFile> listed);
     void addToIndex(const CDNote& note, const NotePlan& plan, ShownNote shown);
     AddressMap addressesFor(const std::string& path, std::string_view extension) const;
+    std::string notePath(const Uuid& id, std::string_view extension) const;
+    std::string attachmentPath(const Uuid& id) const;
     void finish();
 
     const LibraryExporter::Environment& environment_;
@@ -119,8 +122,8 @@ private:
 
     std::map<std::int64_t, NotebookPlan> notebooks_;  // by key; 0: notes in none
     std::vector<NotePlan> notes_;
-    std::map<Uuid, std::string> notePaths_;
-    std::map<Uuid, std::string> attachmentPaths_;
+    std::unordered_map<Uuid, std::size_t> notePlaces_;  // in notes_
+    std::unordered_map<Uuid, std::string> attachmentPaths_;
     std::vector<IndexGroup> index_;
     ManifestWriter manifest_;
     ManifestWriter::Content content_;
@@ -146,11 +149,11 @@ void ExportRun::readTree() {
     tree::sortByName(notebooks, environment_.collator);
     for (const auto& row : tree::rows(notebooks)) {
         content_.notebooks.push_back(manifest::record(*row.object));
-        index_.push_back({tree::pathText(*row.object), {}});
+        index_.emplace_back(tree::pathText(*row.object));
         notebooks_[row.object->key()] = {
             folderFor(*row.object), row.object->name.valueOr(""), index_.size() - 1};
     }
-    index_.push_back({std::string(unfiled), {}});
+    index_.emplace_back(std::string(unfiled));
     notebooks_[0] = {unfiledFolder, std::string(unfiled), index_.size() - 1};
 
     auto tags = context_.fetch<CDTag>();
@@ -197,10 +200,9 @@ void ExportRun::planNotes() {
         const std::int64_t key = row.key(&CDNote::notebook);
         const std::int64_t notebook = notebooks_.contains(key) ? key : 0;
         const std::string title = row.get(&CDNote::title).value_or("");
-        const std::string path =
-            folder_.newPath(notebooks_[notebook].folder, title, {".html", ".md"});
-        notes_.push_back({*id, path, notebook});
-        notePaths_.emplace(*id, path);
+        notePlaces_.emplace(*id, notes_.size());
+        notes_.push_back(
+            {*id, folder_.newPath(notebooks_[notebook].folder, title, {".html", ".md"}), notebook});
     });
 }
 
@@ -306,7 +308,7 @@ void ExportRun::writePages(
 }
 
 void ExportRun::addToIndex(const CDNote& note, const NotePlan& plan, ShownNote shown) {
-    index_[notebooks_[plan.notebook].group].entries.push_back(
+    index_[notebooks_[plan.notebook].group].add(
         {.title = std::move(shown.title),
          .address = addressFrom("index.html", plan.path + ".html"),
          .date = environment_.calendar.longDate(note.updatedAt.valueOr(now_)),
@@ -320,11 +322,21 @@ AddressMap ExportRun::addressesFor(const std::string& path, std::string_view ext
         if (!isNote && !address.starts_with(attachmentAddress)) return std::string(address);
         const std::size_t prefix = isNote ? noteAddress.size() : attachmentAddress.size();
         const auto id = Uuid::parse(address.substr(prefix));
-        const auto& paths = isNote ? notePaths_ : attachmentPaths_;
-        const auto found = id ? paths.find(*id) : paths.end();
-        if (found == paths.end()) return {};
-        return addressFrom(path, found->second + std::string(isNote ? extension : ""));
+        if (!id) return {};
+        const std::string target = isNote ? notePath(*id, extension) : attachmentPath(*id);
+        return target.empty() ? "" : addressFrom(path, target);
     };
+}
+
+/// Where a note of the export lies; empty for any other.
+std::string ExportRun::notePath(const Uuid& id, std::string_view extension) const {
+    const auto found = notePlaces_.find(id);
+    return found == notePlaces_.end() ? "" : notes_[found->second].path + std::string(extension);
+}
+
+std::string ExportRun::attachmentPath(const Uuid& id) const {
+    const auto found = attachmentPaths_.find(id);
+    return found == attachmentPaths_.end() ? "" : found->second;
 }
 
 void ExportRun::finish() {
