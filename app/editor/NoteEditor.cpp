@@ -2,21 +2,33 @@
 
 #include "app/commands/Commands.h"
 #include "app/editor/BodyEdit.h"
+#include "app/editor/ConflictResolution.h"
+#include "app/editor/EditorFooter.h"
 #include "app/editor/EditorToolBar.h"
 #include "app/editor/FindBar.h"
 #include "app/editor/FormatCommands.h"
 #include "app/editor/LinkCommands.h"
 #include "app/editor/LinkCompletion.h"
+#include "app/editor/NoteHeader.h"
 #include "app/editor/NoteObject.h"
 #include "app/editor/NoticeBar.h"
 #include "app/editor/PassageLocking.h"
 #include "app/editor/Paster.h"
+#include "app/editor/Printing.h"
+#include "app/editor/ReminderButton.h"
+#include "app/editor/SidePanel.h"
+#include "app/editor/SpellingMarks.h"
+#include "app/editor/TagsField.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/Notice.h"
 #include "core/body/AttributedTextReader.h"
 
+#include <QFileDialog>
+#include <QHBoxLayout>
 #include <QLineEdit>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextCursor>
@@ -33,6 +45,7 @@ NoteEditor::NoteEditor(AppEnvironment& environment, Commands& commands, QWidget*
       commands_(commands),
       open_(environment.context(), environment.notes(), environment.clock()),
       pictures_(environment),
+      spelling_(environment.setting().locale, SpellChecker::usualFolders()),
       autosave_([this] { return write(); }) {
     setObjectName("noteEditor");
     build();
@@ -53,17 +66,23 @@ void NoteEditor::build() {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
     notice_ = new NoticeBar(this);
-    title_ = new QLineEdit(this);
-    title_->setObjectName("noteTitle");
-    title_->setAccessibleName("Title");
-    title_->setPlaceholderText("Title");
-    title_->setFrame(false);
-    QFont large = Theme::font(TextRole::title);
-    large.setPointSizeF(large.pointSizeF() * 1.2);
-    title_->setFont(large);
+    header_ = new NoteHeader(environment_, open_, this);
+    title_ = &header_->title();
     body_ = new BodyEdit(pictures_, this);
     find_ = new FindBar(commands_, *body_, this);
+    footer_ = new EditorFooter(*body_, this);
+    makeHelpers();
+    layOut();
+}
+
+/// What works on the body and what it stands for.
+void NoteEditor::makeHelpers() {
+    const auto saveNow = [this] {
+        markChanged();
+        return save();
+    };
     completion_ = new LinkCompletion(environment_, *body_);
+    spellingMarks_ = new SpellingMarks(*body_, spelling_);
     paster_ = new Paster(
         {.environment = environment_, .open = open_, .body = *body_, .notice = *notice_}, this);
     locking_ = new PassageLocking(
@@ -71,20 +90,34 @@ void NoteEditor::build() {
          .open = open_,
          .body = *body_,
          .notice = *notice_,
-         .save =
-             [this] {
-                 markChanged();
-                 return save();
-             }},
+         .save = saveNow},
         this);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
+    panel_ = new SidePanel(
+        commands_,
+        {.environment = environment_,
+         .open = open_,
+         .body = *body_,
+         .pictures = pictures_,
+         .save = saveNow},
+        this);
+    conflict_ = new ConflictResolution(
+        {.environment = environment_, .open = open_, .pictures = pictures_, .save = saveNow}, this);
+}
+
+void NoteEditor::layOut() {
+    auto* const column = new QVBoxLayout;
     column->setSpacing(0);
     column->addWidget(new EditorToolBar(commands_, this));
     column->addWidget(notice_);
-    column->addWidget(title_);
+    column->addWidget(header_);
     column->addWidget(body_, 1);
     column->addWidget(find_);
+    column->addWidget(footer_);
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    row->addLayout(column, 1);
+    row->addWidget(panel_);
 }
 
 void NoteEditor::handleCommands() {
@@ -95,6 +128,10 @@ void NoteEditor::handleCommands() {
     commands_.on("format.image", this, [this] { paster_->choose(Paster::Wanted::pictures); });
     commands_.on("format.noteLink", this, [this] { completion_->begin(); });
     commands_.on("note.lock", this, [this] { locking_->lockSelection(); });
+    commands_.on("note.tags", this, [this] { header_->tags().edit(); });
+    commands_.on("note.reminder", this, [this] { header_->reminder().ask(); });
+    commands_.on("note.print", this, [this] { printNote(); });
+    commands_.on("note.pdf", this, [this] { saveAsPDF(); });
     commands_.on("view.zoomIn", this, [this] { body_->setZoomStep(body_->zoomStep() + 1); });
     commands_.on("view.zoomOut", this, [this] { body_->setZoomStep(body_->zoomStep() - 1); });
     commands_.on("view.zoomReset", this, [this] { body_->setZoomStep(0); });
@@ -109,12 +146,15 @@ void NoteEditor::connectParts() {
     connect(title_, &QLineEdit::editingFinished, this, &NoteEditor::save);
     connect(body_, &QTextEdit::textChanged, this, [this] {
         if (!isShowing_) markChanged();
+        panel_->refresh();
     });
     connect(body_, &BodyEdit::left, this, &NoteEditor::save);
     connect(body_, &BodyEdit::objectActivated, this, &NoteEditor::openObject);
-    connect(body_, &BodyEdit::columnChanged, title_, [this](int side) {
-        title_->setContentsMargins(side - space::tiny, 0, side, 0);
-    });
+    connect(body_, &BodyEdit::columnChanged, header_, &NoteHeader::setColumn);
+    connect(panel_, &SidePanel::noteChosen, this, &NoteEditor::noteChosen);
+    connect(panel_, &SidePanel::attachmentChosen, this, &NoteEditor::openAttachment);
+    connect(panel_, &SidePanel::reverted, this, &NoteEditor::reload);
+    connect(conflict_, &ConflictResolution::resolved, this, &NoteEditor::reload);
     connect(body_, &BodyEdit::linkActivated, this, &NoteEditor::linkActivated);
     connect(&environment_, &AppEnvironment::libraryChanged, this, &NoteEditor::follow);
 }
@@ -134,8 +174,12 @@ bool NoteEditor::close() {
     const QScopedValueRollback showing(isShowing_, true);
     title_->clear();
     body_->note().setContent({});
+    header_->refresh();
+    panel_->refresh();
     return true;
 }
+
+void NoteEditor::setSpelling(bool isOn) { spellingMarks_->setOn(isOn); }
 
 bool NoteEditor::save() { return autosave_.flush(); }
 
@@ -149,6 +193,9 @@ void NoteEditor::showNote(const CDNote& note) {
     title_->setReadOnly(isInTrash);
     body_->setReadOnly(isInTrash);
     showBody();
+    header_->refresh();
+    panel_->refresh();
+    footer_->showState({});
     if (isInTrash) notice_->tell("This note is in the trash. Restore it to edit it.");
     if (note.hasConflict) showConflict();
 }
@@ -161,7 +208,9 @@ void NoteEditor::showBody() {
 }
 
 void NoteEditor::markChanged() {
-    if (open_.id()) autosave_.schedule();
+    if (!open_.id()) return;
+    autosave_.schedule();
+    footer_->showState("Editing");
 }
 
 /// Writes what differs from what was read; nothing when that is nothing.
@@ -176,6 +225,7 @@ bool NoteEditor::write() {
         title_->setModified(false);
         body_->note().setModified(false);
         if (outcome == NoteService::EditOutcome::savedWithConflict) showConflict();
+        footer_->showState("Saved");
         emit saved(*open_.id());
         return true;
     } catch (const UserError& error) {
@@ -217,7 +267,31 @@ void NoteEditor::reload() {
 
 void NoteEditor::showConflict() {
     notice_->tell(
-        "This note was changed elsewhere while you were writing. Both versions are kept.");
+        "This note was changed in two places. Both versions are kept.",
+        {{"Compare…", [this] { conflict_->compare(); }}});
+}
+
+void NoteEditor::printNote() {
+    QPrinter printer;
+    QPrintDialog dialog(&printer, this);
+    if (!open_.id() || dialog.exec() != QDialog::Accepted) return;
+    print({title_->text(), body_->note().html()}, pictures_, printer);
+}
+
+void NoteEditor::saveAsPDF() {
+    if (!open_.id()) return;
+    QString name = title_->text().isEmpty() ? "Note" : title_->text();
+    name.replace('/', '-');
+    const QString file =
+        QFileDialog::getSaveFileName(this, "Save note as PDF", name + ".pdf", "PDF (*.pdf)");
+    if (file.isEmpty()) return;
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(file);
+    printer.setDocName(title_->text());
+    if (!print({title_->text(), body_->note().html()}, pictures_, printer)) {
+        showNotice(this, "The PDF could not be written.");
+    }
 }
 
 /// Locked passages ask for their passphrase; files are opened by the program for their type.

@@ -3,6 +3,7 @@
 #include "app/editor/Autosave.h"
 #include "app/editor/OpenNote.h"
 #include "app/editor/Pictures.h"
+#include "app/editor/SpellChecker.h"
 #include "base/Uuid.h"
 #include "core/store/StoreChanges.h"
 
@@ -19,11 +20,16 @@ namespace tesserine::app {
 class AppEnvironment;
 class BodyEdit;
 class Commands;
+class ConflictResolution;
+class EditorFooter;
 class FindBar;
 class LinkCompletion;
+class NoteHeader;
 class NoticeBar;
 class PassageLocking;
 class Paster;
+class SidePanel;
+class SpellingMarks;
 
 /// One note to be read and written: title, tool bar, body, and what belongs to it.
 ///
@@ -50,12 +56,18 @@ public:
     bool save();
 
     BodyEdit& body() { return *body_; }
+    /// Whether misspelt words are marked, where there is a dictionary.
+    void setSpelling(bool isOn);
+    bool hasDictionary() const { return spelling_.isOn(); }
+
     QLineEdit& title() { return *title_; }
     NoticeBar& notice() { return *notice_; }
 
 signals:
     void titleChanged(const tesserine::Uuid& id, const QString& title);
     void saved(const tesserine::Uuid& id);
+    /// Another note that is to be shown.
+    void noteChosen(const tesserine::Uuid& id);
     /// An address that was clicked: of a note ("tesserine://…") or of the web.
     void linkActivated(const QString& address);
     /// A copy of an attachment that is to be opened by the program for its type.
@@ -65,6 +77,8 @@ signals:
 
 private:
     void build();
+    void makeHelpers();
+    void layOut();
     void connectParts();
     void handleCommands();
     void showNote(const CDNote& note);
@@ -73,6 +87,8 @@ private:
     void follow(const std::vector<ObjectChange>& changes);
     void reload();
     void showConflict();
+    void printNote();
+    void saveAsPDF();
     void openObject(int position);
     void openAttachment(const Uuid& id);
     void markChanged();
@@ -81,14 +97,20 @@ private:
     Commands& commands_;
     OpenNote open_;
     Pictures pictures_;
+    SpellChecker spelling_;
     Autosave autosave_;
-    QLineEdit* title_ = nullptr;
+    NoteHeader* header_ = nullptr;
+    QLineEdit* title_ = nullptr;  // of the header
     BodyEdit* body_ = nullptr;
     NoticeBar* notice_ = nullptr;
     FindBar* find_ = nullptr;
+    EditorFooter* footer_ = nullptr;
+    SidePanel* panel_ = nullptr;
     Paster* paster_ = nullptr;
     LinkCompletion* completion_ = nullptr;
+    SpellingMarks* spellingMarks_ = nullptr;
     PassageLocking* locking_ = nullptr;
+    ConflictResolution* conflict_ = nullptr;
     bool isShowing_ = false;  // what changes now is not typed
 };
 

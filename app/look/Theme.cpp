@@ -93,6 +93,10 @@ Theme::Theme(QApplication& application) : application_(application) {
 
 Theme::~Theme() { currentColors() = lightColors(); }
 
+Theme::OnPaper::OnPaper() : screen_(currentColors()) { currentColors() = lightColors(); }
+
+Theme::OnPaper::~OnPaper() { currentColors() = screen_; }
+
 const Colors& Theme::colors() { return currentColors(); }
 
 QFont Theme::font(TextRole role) {

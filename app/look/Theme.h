@@ -72,6 +72,18 @@ public:
     static const Colors& colors();
     static QFont font(TextRole role);
 
+    /// As long as it lives, colours are the light ones: for what is drawn on paper.
+    class OnPaper {
+    public:
+        OnPaper();
+        OnPaper(const OnPaper&) = delete;
+        OnPaper& operator=(const OnPaper&) = delete;
+        ~OnPaper();
+
+    private:
+        Colors screen_;
+    };
+
     Scheme scheme() const { return scheme_; }
     void setScheme(Scheme scheme);
 

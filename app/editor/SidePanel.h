@@ -1,0 +1,76 @@
+#pragma once
+
+#include "base/Uuid.h"
+
+#include <QTimer>
+#include <QWidget>
+
+#include <functional>
+
+class QStackedWidget;
+class QTabBar;
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class BodyEdit;
+class Commands;
+class OpenNote;
+class PanelList;
+class Pictures;
+
+/// The pane beside a note: its outline, the notes that link to it, its files, its versions. Only
+/// the part that is seen is kept up to date.
+class SidePanel final : public QWidget {
+    Q_OBJECT
+
+public:
+    enum class Part { outline, backlinks, attachments, versions };
+    struct Parts {
+        AppEnvironment& environment;
+        OpenNote& open;
+        BodyEdit& body;
+        Pictures& pictures;
+        std::function<bool()> save;
+    };
+
+    SidePanel(Commands& commands, Parts parts, QWidget* parent);
+
+    void open(Part part);
+    /// The note changed or is another one: shows it, soon.
+    void refresh();
+
+signals:
+    void noteChosen(const tesserine::Uuid& id);
+    void attachmentChosen(const tesserine::Uuid& id);
+    /// An earlier version was put in the place of the present one.
+    void reverted();
+
+private:
+    void toggle(Part part, bool isOn);
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void fill();
+    void fillOutline();
+    void fillBacklinks();
+    void fillAttachments();
+    void fillVersions();
+    void jump(int position);
+    void showVersion(const Uuid& revision);
+    void showAttachmentMenu(const QPoint& point);
+    void saveAttachment(const Uuid& id);
+    void deleteAttachment(const Uuid& id);
+    void tellCommands();
+
+    Commands& commands_;
+    Parts parts_;
+    QTabBar* const tabs_;
+    QStackedWidget* const stack_;
+    PanelList* const outline_;
+    PanelList* const backlinks_;
+    PanelList* const attachments_;
+    PanelList* const versions_;
+    QTimer timer_;
+};
+
+}  // namespace tesserine::app

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "app/editor/SpellChecker.h"
+
+#include <QObject>
+#include <QTimer>
+
+class QMenu;
+class QTextBlock;
+class QTextCursor;
+
+namespace tesserine::app {
+
+class BodyEdit;
+
+/// Underlines misspelt words in the part of a note that is seen, shortly after it was changed or
+/// scrolled, and offers others in the menu. The word being typed, code, links and addresses are
+/// left alone.
+class SpellingMarks final : public QObject {
+    Q_OBJECT
+
+public:
+    /// `checker` outlives it.
+    SpellingMarks(BodyEdit& body, SpellChecker& checker);
+
+    void setOn(bool isOn);
+
+private:
+    void later();
+    void mark();
+    void markBlock(const QTextBlock& block, QList<QTextCursor>& misspelt) const;
+    void fillMenu(QMenu* menu, int position);
+
+    BodyEdit& body_;
+    SpellChecker& checker_;
+    QTimer timer_;
+    bool isOn_ = true;
+};
+
+}  // namespace tesserine::app

@@ -1,0 +1,135 @@
+#include "app/editor/TagsField.h"
+
+#include "app/editor/OpenNote.h"
+#include "app/look/FlowLayout.h"
+#include "app/look/Icon.h"
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+#include "app/state/Notice.h"
+#include "core/model/NoteEntities.h"
+
+#include <QCompleter>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QToolButton>
+
+#include <algorithm>
+#include <vector>
+
+namespace tesserine::app {
+namespace {
+
+std::vector<CDTag*> tagsByName(const CDNote& note, const text::Collator& collator) {
+    std::vector<CDTag*> tags = note.tags.all();
+    std::ranges::sort(tags, [&](const CDTag* a, const CDTag* b) {
+        return collator.compare(a->name.valueOr(""), b->name.valueOr("")) < 0;
+    });
+    return tags;
+}
+
+}  // namespace
+
+TagsField::TagsField(AppEnvironment& environment, OpenNote& open, QWidget* parent)
+    : QWidget(parent),
+      environment_(environment),
+      open_(open),
+      flow_(new FlowLayout(space::tiny, this)),
+      field_(new QLineEdit(this)) {
+    setObjectName("tagsField");
+    field_->setObjectName("tagName");
+    field_->setAccessibleName("Add tag");
+    field_->setPlaceholderText("Add tag");
+    field_->setFrame(false);
+    field_->setFixedWidth(140);
+    field_->installEventFilter(this);
+    flow_->setContentsMargins(0, 0, 0, 0);
+    flow_->addWidget(field_);
+    connect(field_, &QLineEdit::returnPressed, this, [this] { add(field_->text()); });
+    connect(field_, &QLineEdit::textEdited, this, [this](const QString& text) {
+        if (text.endsWith(',')) add(text);
+    });
+}
+
+void TagsField::edit() {
+    QStringList names;
+    for (const CDTag* tag :
+         environment_.tags().all(environment_.context(), environment_.collator())) {
+        names.append(QString::fromStdString(tag->name.valueOr("")));
+    }
+    auto* const completer = new QCompleter(names, field_);
+    completer->setCaseSensitivity(Qt::CaseInsensitive);
+    completer->setFilterMode(Qt::MatchContains);
+    delete field_->completer();
+    field_->setCompleter(completer);
+    field_->setFocus();
+}
+
+void TagsField::refresh() {
+    while (flow_->count() > 1) {
+        QLayoutItem* const item = flow_->takeAt(0);
+        item->widget()->deleteLater();
+        delete item;
+    }
+    const CDNote* const note = open_.note();
+    field_->setEnabled(note != nullptr);
+    if (note == nullptr) return;
+    for (const CDTag* tag : tagsByName(*note, environment_.collator())) {
+        auto* const chip = new QToolButton(this);
+        const QString name = QString::fromStdString(tag->name.valueOr(""));
+        chip->setText(name);
+        chip->setIcon(icon("tag", Ink::secondary));
+        chip->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        chip->setAutoRaise(true);
+        chip->setToolTip("Remove tag “" + name + "”");
+        chip->setAccessibleName(chip->toolTip());
+        connect(chip, &QToolButton::clicked, this, [this, id = *tag->id] { remove(id); });
+        flow_->addWidget(chip);
+        flow_->move(flow_->count() - 1, flow_->count() - 2);
+    }
+    updateGeometry();
+}
+
+bool TagsField::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn && field_->completer() == nullptr) edit();
+    if (event->type() == QEvent::KeyPress && field_->text().isEmpty()
+        && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Backspace) {
+        removeLast();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void TagsField::add(const QString& names) {
+    CDNote* const note = open_.note();
+    if (note == nullptr) return;
+    try {
+        for (const QString& name : names.split(',', Qt::SkipEmptyParts)) {
+            CDTag* const tag = environment_.tags().findOrCreate(
+                environment_.context(), name.trimmed().toStdString());
+            if (tag != nullptr) environment_.notes().addTag(*note, *tag);
+        }
+    } catch (const UserError& error) {
+        showNotice(this, error.what());
+    }
+    field_->clear();
+    environment_.save(this);
+    refresh();
+}
+
+void TagsField::remove(const Uuid& id) {
+    CDNote* const note = open_.note();
+    CDTag* const tag = environment_.context().find<CDTag>(id);
+    if (note == nullptr || tag == nullptr) return;
+    environment_.notes().removeTag(*note, *tag);
+    environment_.save(this);
+    refresh();
+}
+
+void TagsField::removeLast() {
+    const CDNote* const note = open_.note();
+    if (note == nullptr) return;
+    const auto tags = tagsByName(*note, environment_.collator());
+    if (!tags.empty()) remove(*tags.back()->id);
+}
+
+}  // namespace tesserine::app

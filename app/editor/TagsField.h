@@ -1,0 +1,40 @@
+#pragma once
+
+#include "base/Uuid.h"
+
+#include <QWidget>
+
+class QLineEdit;
+
+namespace tesserine::app {
+
+class AppEnvironment;
+class FlowLayout;
+class OpenNote;
+
+/// The tags of the open note: a press takes one away, typed names with Enter or a comma put new
+/// ones on. Changes are saved at once.
+class TagsField final : public QWidget {
+    Q_OBJECT
+
+public:
+    TagsField(AppEnvironment& environment, OpenNote& open, QWidget* parent);
+
+    /// Shows the tags that the note has now.
+    void refresh();
+    /// Begins to type a name.
+    void edit();
+
+private:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void add(const QString& names);
+    void remove(const Uuid& tag);
+    void removeLast();
+
+    AppEnvironment& environment_;
+    OpenNote& open_;
+    FlowLayout* const flow_;
+    QLineEdit* const field_;
+};
+
+}  // namespace tesserine::app

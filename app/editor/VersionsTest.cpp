@@ -1,0 +1,142 @@
+#include "app/editor/ComparisonView.h"
+#include "app/editor/EditorFixture.h"
+#include "app/editor/NoticeBar.h"
+#include "app/editor/PanelList.h"
+#include "app/editor/Printing.h"
+#include "core/model/NoteEntities.h"
+
+#include <QLabel>
+#include <QPrinter>
+#include <QPushButton>
+#include <QTabBar>
+
+#include <filesystem>
+
+namespace tesserine::app {
+namespace {
+
+class VersionsTest : public test::EditorFixture {
+public:
+    ComparisonView* comparison() { return editor.findChild<ComparisonView*>(); }
+    static void choose(QWidget& widget, const QString& title) {
+        for (auto* button : widget.findChildren<QPushButton*>()) {
+            if (button->text() == title) return button->click();
+        }
+        FAIL() << "no button " << title.toStdString();
+    }
+    /// What is marked in one of the versions.
+    static QStringList marked(ComparisonView& view, const char* side) {
+        QStringList words;
+        for (const auto& mark : view.findChild<BodyEdit*>(side)->extraSelections()) {
+            words.append(mark.cursor.selectedText());
+        }
+        return words;
+    }
+    PanelList& list(const char* name) { return *editor.findChild<PanelList*>(name); }
+    QStringList entries(const char* name) {
+        QStringList texts;
+        for (int i = 0; i < list(name).count(); ++i) {
+            texts.append(list(name).item(i)->text().trimmed());
+        }
+        return texts;
+    }
+
+    /// A note that was changed elsewhere while it was being written.
+    CDNote& noteInConflict() {
+        CDNote& note = openNote("<p>one two|</p>");
+        type(" mine");
+        environment->notes().updateNote(context(), note, {.html = "<p>one theirs</p>"});
+        context().save();
+        EXPECT_TRUE(editor.save());
+        return note;
+    }
+};
+
+TEST_F(VersionsTest, AnEarlierVersionIsComparedAndRestored) {
+    CDNote& note = openNote("<p>red house|</p>");
+    type(" and garden");
+    editor.save();
+    commands.trigger("note.versions");
+    ASSERT_EQ(list("versions").count(), 1);
+    emit list("versions").chosen(list("versions").item(0)->data(Qt::UserRole));
+    ASSERT_NE(comparison(), nullptr);
+    EXPECT_EQ(marked(*comparison(), "leftVersion"), QStringList());
+    EXPECT_EQ(marked(*comparison(), "rightVersion"), QStringList{" and garden"});
+    choose(*comparison(), "Restore This Version");
+    EXPECT_EQ(*note.html, "<p>red house</p>");
+    EXPECT_EQ(html(), "<p>red house</p>");
+}
+
+TEST_F(VersionsTest, AConflictEndsAsTheReaderSays) {
+    struct Case {
+        const char* choice;
+        const char* html;
+        std::size_t notes;
+    };
+    for (const auto& [choice, body, notes] : {
+             Case{"Use this version", "<p>one theirs</p>", 1},
+             Case{"Keep my version", "<p>one two mine</p>", 1},
+             Case{"Keep both", "<p>one two mine</p>", 2},
+         }) {
+        SCOPED_TRACE(choice);
+        const std::size_t before = environment->notes().liveNoteCount(context());
+        CDNote& note = noteInConflict();
+        EXPECT_TRUE(note.hasConflict);
+        ASSERT_FALSE(editor.notice().text().isEmpty());
+        choose(editor.notice(), "Compare…");
+        ASSERT_NE(comparison(), nullptr);
+        EXPECT_EQ(marked(*comparison(), "leftVersion"), QStringList{"theirs"});
+        choose(*comparison(), choice);
+        EXPECT_FALSE(note.hasConflict);
+        EXPECT_EQ(html(), body);
+        EXPECT_EQ(environment->notes().liveNoteCount(context()) - before, notes);
+        EXPECT_EQ(editor.notice().text(), "");
+        settle();
+    }
+}
+
+TEST_F(VersionsTest, ThePanelShowsHeadingsLinksAndFiles) {
+    CDNote& note = openNote("<h1>|A</h1><p>x</p><h2>B</h2>");
+    addNote("Linking", "<p><a href=\"" + NoteService::noteURL(*note.id) + "\">x</a></p>");
+    environment->attachments().insert(context(), note, {.filename = "a.txt", .data = {'a'}});
+    context().save();
+    commands.trigger("view.outline");
+    EXPECT_EQ(entries("outline"), (QStringList{"A", "B"}));
+    emit list("outline").chosen(list("outline").item(1)->data(Qt::UserRole));
+    EXPECT_EQ(editor.body().textCursor().position(), 4);
+    commands.trigger("view.backlinks");
+    ASSERT_TRUE(waitUntil([&] { return entries("backlinks") == QStringList{"Linking"}; }));
+    editor.findChild<QTabBar*>()->setCurrentIndex(2);
+    EXPECT_EQ(entries("attachments"), QStringList{"a.txt"});
+}
+
+TEST_F(VersionsTest, TagsArePutOnAndTakenAway) {
+    CDNote& note = openNote("<p>|</p>");
+    auto* const field = editor.findChild<QLineEdit*>("tagName");
+    field->setText("garden, Spring");
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_EQ(note.tags.all().size(), 2U);
+    EXPECT_FALSE(context().hasChanges());
+    QTest::keyClick(field, Qt::Key_Backspace);
+    ASSERT_EQ(note.tags.all().size(), 1U);
+    EXPECT_EQ(*note.tags.all().front()->name, "garden");
+}
+
+TEST_F(VersionsTest, ANoteBecomesAPDFOfSeveralPages) {
+    std::string body;
+    for (int i = 0; i < 120; ++i) {
+        body += "<ul><li>item</li></ul><p>words</p>";
+    }
+    Pictures pictures(*environment);
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    const std::filesystem::path file = folder / "note.pdf";
+    printer.setOutputFileName(QString::fromStdString(file.string()));
+    ASSERT_TRUE(print({"Plan", body}, pictures, printer));
+    const std::string content = test::contentOf(file);
+    EXPECT_TRUE(content.starts_with("%PDF"));
+    EXPECT_EQ(content.find("/Count 1\n"), std::string::npos) << "one page";
+}
+
+}  // namespace
+}  // namespace tesserine::app
