@@ -70,8 +70,8 @@ void ExchangeSettings::showImports() {
     const auto imports = std::make_shared<std::vector<PastImport>>();
     const Calendar calendar = environment_.calendar();
     environment_.inBackground(
-        [this, imports, calendar](StoreContext& context, auto) {
-            const ImportReports reports(environment_.clock());
+        [&clock = environment_.clock(), imports, calendar](StoreContext& context, auto) {
+            const ImportReports reports(clock);
             for (const CDImportReport* row : reports.list(context)) {
                 if (imports->size() == mostImports) break;
                 const ImportReport report = reports.read(context, *row);
@@ -121,8 +121,8 @@ void ExchangeSettings::undo(const Uuid& id) {
     const QPushButton* const yes = question.addButton(tr("Undo Import"), QMessageBox::AcceptRole);
     question.exec();
     if (question.clickedButton() != yes) return;
-    job_.start([this, id](const Job::Given& given) {
-        ImportReports(environment_.clock()).undo(given.context, id, {.stop = given.stop});
+    job_.start([&clock = environment_.clock(), id](const Job::Given& given) {
+        ImportReports(clock).undo(given.context, id, {.stop = given.stop});
     });
 }
 

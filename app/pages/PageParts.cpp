@@ -62,6 +62,7 @@ void setTone(QLabel& label, Tone tone) {
 QLabel* makeText(const QString& text, TextRole role, QWidget* parent) {
     auto* const label = new QLabel(text, parent);
     label->setTextFormat(Qt::PlainText);
+    label->setForegroundRole(QPalette::WindowText);  // whatever ground it stands on
     label->setWordWrap(true);
     label->setFont(Theme::font(role));
     return label;

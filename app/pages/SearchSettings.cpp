@@ -80,8 +80,8 @@ void SearchSettings::showCoverage() {
     const auto sentence = std::make_shared<std::string>();
     environment_.search();  // opened on this thread
     environment_.inBackground(
-        [this, sentence, locale = environment_.setting().locale](StoreContext&, auto) {
-            *sentence = environment_.search().coverage().summary(locale);
+        [&environment = environment_, sentence](StoreContext&, auto) {
+            *sentence = environment.search().coverage().summary(environment.setting().locale);
         },
         this,
         [this, sentence] { coverage_->setText(QString::fromStdString(*sentence)); },
@@ -91,8 +91,8 @@ void SearchSettings::showCoverage() {
 void SearchSettings::rebuild() {
     if (job_.isRunning()) return;
     environment_.search();  // opened on this thread
-    job_.start([this](const Job::Given& given) {
-        environment_.search().rebuild({.stop = given.stop, .progress = given.progress});
+    job_.start([&environment = environment_](const Job::Given& given) {
+        environment.search().rebuild({.stop = given.stop, .progress = given.progress});
     });
 }
 

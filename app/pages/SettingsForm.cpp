@@ -1,5 +1,6 @@
 #include "app/pages/SettingsForm.h"
 
+#include "app/look/Separator.h"
 #include "app/pages/PageParts.h"
 #include "app/state/Notice.h"
 #include "base/Files.h"
@@ -7,7 +8,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -16,18 +16,6 @@
 #include <algorithm>
 
 namespace tesserine::app {
-namespace {
-
-QWidget* makeLine(QWidget* parent) {
-    auto* const line = new QFrame(parent);
-    line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Plain);
-    line->setForegroundRole(QPalette::Mid);
-    return line;
-}
-
-}  // namespace
-
 SettingsForm::SettingsForm(const QString& title, Preferences& preferences, QWidget* parent)
     : QWidget(parent), preferences_(preferences), column_(new QVBoxLayout) {
     auto* const all = new QVBoxLayout(this);
@@ -63,7 +51,7 @@ void SettingsForm::addRow(const Words& words, QWidget* control) {
     if (control->accessibleName().isEmpty()) control->setAccessibleName(words.title);
     control->setAccessibleDescription(words.hint);
     column_->addLayout(row);
-    column_->addWidget(makeLine(this));
+    column_->addWidget(new Separator(Qt::Horizontal, this));
 }
 
 void SettingsForm::addSwitch(const std::string& key, const Words& words, bool fallback) {

@@ -36,6 +36,14 @@ std::uint64_t sizeOf(const std::filesystem::path& folder, const std::filesystem:
     return size;
 }
 
+LibraryBackups backupsOf(AppEnvironment& environment) {
+    return LibraryBackups(
+        environment.setting().library,
+        environment.clock(),
+        environment.random(),
+        environment.log());
+}
+
 QString sizeText(std::uint64_t bytes) {
     return QLocale().formattedDataSize(
         static_cast<qint64>(bytes), 1, QLocale::DataSizeTraditionalFormat);
@@ -47,8 +55,8 @@ QString backupsText(const std::vector<LibraryBackup>& backups, const Calendar& c
     const QString day = QString::fromStdString(calendar.longDate(backups.front().createdAt));
     const QString time =
         QString("%1:%2").arg(newest.hour, 2, 10, QChar('0')).arg(newest.minute, 2, 10, QChar('0'));
-    return (backups.size() == 1 ? StorageSettings::tr("One backup, of %1, %2.")
-                                : StorageSettings::tr("%3 backups, the newest of %1, %2."))
+    if (backups.size() == 1) return StorageSettings::tr("One backup, of %1, %2.").arg(day, time);
+    return StorageSettings::tr("%3 backups, the newest of %1, %2.")
         .arg(day, time)
         .arg(backups.size());
 }
@@ -105,11 +113,11 @@ StorageSettings::StorageSettings(AppEnvironment& environment, QWidget* parent)
 
 void StorageSettings::addPlace() {
     const QString folder = QString::fromStdString(environment_.setting().library.string());
+    size_->setObjectName("librarySize");
+    addWide(size_);
     QPushButton& show =
         addButton({tr("Library folder"), QDir::toNativeSeparators(folder)}, tr("Show in Folder"));
     connect(&show, &QPushButton::clicked, this, [folder] { showFolder(folder); });
-    size_->setObjectName("librarySize");
-    addWide(size_);
 }
 
 void StorageSettings::addBackups() {
@@ -139,12 +147,10 @@ void StorageSettings::addCheck() {
 void StorageSettings::showFacts() {
     const auto facts = std::make_shared<Facts>();
     environment_.inBackground(
-        [this, facts](StoreContext&, auto) {
-            const std::filesystem::path folder = environment_.setting().library;
-            const LibraryBackups backups(
-                folder, environment_.clock(), environment_.random(), environment_.log());
+        [&environment = environment_, facts](StoreContext&, auto) {
+            const LibraryBackups backups = backupsOf(environment);
             facts->backups = backups.list();
-            facts->byteCount = sizeOf(folder, backups.folder());
+            facts->byteCount = sizeOf(environment.setting().library, backups.folder());
         },
         this,
         [this, facts] {
@@ -157,13 +163,8 @@ void StorageSettings::backUp() {
     if (job_.isRunning()) return;
     setTone(*result_, Tone::secondary);
     backups_->setText(tr("Making a backup…"));
-    job_.start([this](const Job::Given& given) {
-        const LibraryBackups backups(
-            environment_.setting().library,
-            environment_.clock(),
-            environment_.random(),
-            environment_.log());
-        backups.create(environment_.store(), "manual", std::nullopt, given.stop);
+    job_.start([&environment = environment_](const Job::Given& given) {
+        backupsOf(environment).create(environment.store(), "manual", std::nullopt, given.stop);
     });
 }
 

@@ -1,0 +1,129 @@
+#include "app/pages/ImportAssistant.h"
+
+#include "app/pages/ExportAssistant.h"
+#include "app/pages/ImportWords.h"
+#include "app/state/WindowFixture.h"
+
+#include <gtest/gtest.h>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace tesserine::app {
+namespace {
+
+std::string textOf(const QDialog& dialog, const char* label) {
+    return dialog.findChild<QLabel*>(label)->text().toStdString();
+}
+
+void press(const QDialog& dialog, const char* title) {
+    for (QPushButton* button : dialog.findChildren<QPushButton*>()) {
+        if (button->text() == title && button->isVisible()) return button->click();
+    }
+    ADD_FAILURE() << "no button “" << title << "”";
+}
+
+class ImportAssistantTest : public test::WindowFixture {
+protected:
+    ImportAssistantTest() {
+        std::filesystem::create_directories(folder / "Notes" / "Work");
+        test::putContent(folder / "Notes" / "Plan.md", "# Plan\n\nSee [[Work]]\n");
+        test::putContent(folder / "Notes" / "Work" / "Work.md", "text\n");
+        assistant.show();
+    }
+    ~ImportAssistantTest() override { environment->waitForBackground(); }
+
+    bool says(const char* label, const std::string& expected) {
+        return waitUntil([&] { return textOf(assistant, label) == expected; });
+    }
+    std::string titles() {
+        std::string all;
+        for (const CDNote* note :
+             context().fetch<CDNote>({.predicate = {"trashedAt == nil"}, .sort = {{"title"}}})) {
+            all += *note->title + (note->notebook ? " in " + *note->notebook->name : "") + "\n";
+        }
+        return all;
+    }
+
+    ImportAssistant assistant{*environment};
+};
+
+TEST_F(ImportAssistantTest, LooksFirstImportsWhenAskedAndUndoes) {
+    ASSERT_TRUE(assistant.begin({folder / "Notes"}));
+    ASSERT_TRUE(says("importContent", "2 notes in 2 notebooks."))
+        << textOf(assistant, "importContent");
+    EXPECT_EQ(titles(), "") << "nothing is changed by looking";
+
+    assistant.findChild<QLineEdit*>("importNotebook")->setText("Old / Notes");
+    press(assistant, "Import");
+    ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "importOutcome").empty(); }));
+    EXPECT_TRUE(textOf(assistant, "importOutcome").starts_with("2 notes were imported"))
+        << textOf(assistant, "importOutcome");
+    EXPECT_EQ(titles(), "Plan in Notes\nWork in Work\n");
+
+    press(assistant, "Undo Import");
+    EXPECT_TRUE(says("importOutcome", "The import was undone: 2 notes are in the trash."));
+    context().reset();
+    EXPECT_EQ(titles(), "");
+}
+
+TEST_F(ImportAssistantTest, SaysWhyNothingCanBeImported) {
+    EXPECT_FALSE(assistant.begin({folder / "picture.png"}));
+    ASSERT_TRUE(assistant.begin({folder / "gone.md"}));
+    ASSERT_TRUE(waitUntil([&] { return textOf(assistant, "importContent") != "Looking…"; }));
+    const auto buttons = assistant.findChildren<QPushButton*>();
+    const auto import = std::ranges::find_if(
+        buttons, [](const QPushButton* button) { return button->text() == "Import"; });
+    ASSERT_NE(import, buttons.end());
+    EXPECT_FALSE((*import)->isEnabled());
+}
+
+TEST(ImportWords, SayWhatWillComeInAndWhatDid) {
+    ImportPreview preview{.found = 1};
+    EXPECT_EQ(importing::sentence(preview).toStdString(), "1 note.");
+    preview = {
+        .found = 12,
+        .duplicates = 1,
+        .unreadable = 2,
+        .attachments = 1,
+        .attachmentBytes = 2048,
+        .notebooks = {"A", "B"}};
+    EXPECT_EQ(
+        importing::sentence(preview).toStdString(),
+        "12 notes and 1 file (2.0 kB) in 2 notebooks. 1 is in the library already. 2 cannot be "
+        "read.");
+
+    ImportReport report{.finished = Instant{}};
+    report.add({.title = "Good", .outcome = ImportOutcome::imported});
+    report.add({.title = "Bad", .outcome = ImportOutcome::failed});
+    report.add({.title = "Odd", .outcome = ImportOutcome::skipped, .warnings = {"No date."}});
+    EXPECT_EQ(
+        importing::sentence(report).toStdString(), "1 note was imported, 1 skipped, 1 failed.");
+    EXPECT_EQ(
+        importing::troubles(report).join('\n').toStdString(),
+        "“Bad”: could not be read.\n“Odd”: No date.");
+    report.finished.reset();
+    EXPECT_TRUE(importing::sentence(report).contains("stopped before its end"));
+}
+
+using ExportAssistantTest = test::WindowFixture;
+
+TEST_F(ExportAssistantTest, WritesAFolderAndSaysWhatIsInIt) {
+    addNote("Plan");
+    addTask("Call Ann");
+    ExportAssistant assistant(*environment, QString::fromStdString(folder.path().string()));
+    assistant.show();
+    press(assistant, "Export");
+    ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "exportOutcome").empty(); }));
+    const std::string outcome = textOf(assistant, "exportOutcome");
+    EXPECT_TRUE(outcome.starts_with("1 note, 0 files (0 bytes) and 1 task are in\n")) << outcome;
+    const std::filesystem::path written = outcome.substr(outcome.find('\n') + 1);
+    EXPECT_TRUE(std::filesystem::exists(written / "manifest.json")) << written;
+}
+
+}  // namespace
+}  // namespace tesserine::app
