@@ -1,7 +1,9 @@
 #include "app/desktop/TodayWindow.h"
 
 #include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskActions.h"
 #include "app/tasks/TaskListPage.h"
+#include "app/tasks/UndoBar.h"
 #include "base/Files.h"
 
 #include <QVBoxLayout>
@@ -16,16 +18,24 @@ constexpr QSize firstSize(360, 460);
 TodayWindow::TodayWindow(AppEnvironment& environment, QWidget* parent)
     : QWidget(parent, Qt::Window | Qt::WindowStaysOnTopHint),
       environment_(environment),
-      tasks_(new TaskListPage(environment, this)) {
+      actions_(new TaskActions(environment, this)),
+      tasks_(new TaskListPage(environment, *actions_, this)) {
     setObjectName("todayWindow");
     setWindowTitle(tr("Today"));
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    column->addWidget(tasks_);
+    column->setSpacing(0);
+    column->addWidget(tasks_, 1);
+    auto* const undo = new UndoBar(this);
+    column->addWidget(undo);
+    connect(actions_, &TaskActions::completed, undo, &UndoBar::offer);
+    connect(undo, &UndoBar::undone, actions_, &TaskActions::undo);
     tasks_->showPlace({.kind = Place::Kind::today});
-    connect(tasks_, &TaskListPage::opened, this, [this](const Uuid& task) {
+    const auto tell = [this](const Uuid& task) {
         emit chosen({.kind = Place::Kind::task, .id = task});
-    });
+    };
+    connect(tasks_, &TaskListPage::opened, this, tell);
+    connect(actions_, &TaskActions::opened, this, tell);
     const auto kept = environment_.preferences().string(geometryKey);
     if (!kept || !restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(*kept)))) {
         resize(firstSize);

@@ -7,6 +7,7 @@
 namespace tesserine::app {
 
 class AppEnvironment;
+class TaskActions;
 class TaskListPage;
 
 /// A small window above all others with what is due today and the quick-add bar; it comes back
@@ -30,6 +31,7 @@ private:
     void hideEvent(QHideEvent* event) override;
 
     AppEnvironment& environment_;
+    TaskActions* const actions_;
     TaskListPage* const tasks_;
 };
 
