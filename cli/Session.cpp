@@ -100,8 +100,8 @@ fs::path Session::libraryFolder() const {
     if (const auto variable = environment_.variable("TESSERINE_LIBRARY")) {
         return checkedLibraryFolder(*variable);
     }
-    return checkedLibraryFolder(StoreConfiguration::defaultDirectory(
-        environment_.variable("XDG_DATA_HOME"), environment_.home));
+    return checkedLibraryFolder(usualLibraryFolder(
+        preferences_, environment_.variable("XDG_DATA_HOME"), environment_.home));
 }
 
 bool Session::hasLibrary() const {

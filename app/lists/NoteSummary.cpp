@@ -14,7 +14,9 @@ constexpr std::size_t mostTags = 8;  // more than a line can show
 
 QString snippetOf(std::string_view text) {
     const std::size_t size = std::min(text.size(), snippetBytes);
-    QString snippet = QString::fromUtf8(text.data(), static_cast<qsizetype>(size)).simplified();
+    QString snippet = QString::fromUtf8(text.data(), static_cast<qsizetype>(size));
+    snippet.remove("[ ] ").remove("[x] ");  // of checklists
+    snippet = snippet.simplified();
     while (snippet.endsWith(QChar::ReplacementCharacter)) {
         snippet.chop(1);  // a character that was cut
     }

@@ -51,7 +51,7 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
       notes_(new NotesPane(environment, commands, content_)),
       tasks_(new TasksPage(environment, commands, content_)),
       searchField_(new SearchField),
-      searchResults_(new SearchResults(environment)),
+      searchResults_(new SearchResults(environment, content_)),
       tabs_{History({.place = {Kind::allNotes}})} {
     setObjectName("mainWindow");
     build();
@@ -73,6 +73,7 @@ void MainWindow::build() {
     tabBar_->setExpanding(false);
     tabBar_->setDrawBase(false);
     tabBar_->addTab(QString());
+    searchResults_->hide();  // until it stands beside the note
     content_->addWidget(notes_);
     content_->addWidget(tasks_);
 
@@ -125,16 +126,7 @@ void MainWindow::connectSearch() {
     SearchRunner& runner = searchResults_->runner();
     connect(searchField_, &SearchField::suggestionsWanted, &runner, &SearchRunner::suggest);
     connect(&runner, &SearchRunner::suggested, searchField_, &SearchField::setSuggestions);
-    connect(searchField_, &SearchField::typed, this, [this](const QString& text) {
-        if (current().place.kind != Kind::search) {
-            if (text.trimmed().isEmpty()) return;
-            go({.kind = Kind::search});
-        }
-        tabs_[static_cast<std::size_t>(tabBar_->currentIndex())].replacePlace(
-            {.kind = Kind::search, .text = text.toStdString()});
-        searchResults_->search(text, SearchRunner::Typing::goesOn);
-        settle();
-    });
+    connect(searchField_, &SearchField::typed, this, &MainWindow::followTyping);
     connect(searchField_, &SearchField::searched, this, [this](const QString& text) {
         if (!text.trimmed().isEmpty()) go({.kind = Kind::search, .text = text.toStdString()});
     });
@@ -194,11 +186,7 @@ bool MainWindow::enter(const Stop& stop) {
     const Kind kind = stop.place.kind;
     if (kind == Kind::savedSearch) return showSavedSearch(stop.place.id);
     if (kind == Kind::search) {
-        const QString query = QString::fromStdString(stop.place.text);
-        if (searchField_->text() != query) searchField_->setQuery(query);
-        content_->setCurrentWidget(notes_);
-        notes_->showBeside(searchResults_);
-        searchResults_->search(query, SearchRunner::Typing::finished);
+        showSearch(QString::fromStdString(stop.place.text), SearchRunner::Typing::finished);
         if (stop.note) notes_->openNote(*stop.note);
         return true;
     }
@@ -212,6 +200,26 @@ bool MainWindow::enter(const Stop& stop) {
     if (!NoteScope::isListed(kind)) return false;
     content_->setCurrentWidget(notes_);
     return notes_->showPlace(stop.place, stop.note);
+}
+
+void MainWindow::showSearch(const QString& query, SearchRunner::Typing typing) {
+    if (searchField_->text() != query) searchField_->setQuery(query);
+    content_->setCurrentWidget(notes_);
+    notes_->showBeside(searchResults_);
+    searchResults_->search(query, typing);
+}
+
+/// The first character goes to the search, the others change what is searched for.
+void MainWindow::followTyping(const QString& text) {
+    const Place place{.kind = Kind::search, .text = text.toStdString()};
+    if (current().place.kind == Kind::search) {
+        history().replacePlace(place);
+    } else {
+        if (text.trimmed().isEmpty() || !save()) return;
+        history().visit({.place = place});
+    }
+    showSearch(text, SearchRunner::Typing::goesOn);
+    settle();
 }
 
 bool MainWindow::showSavedSearch(const Uuid& id) {

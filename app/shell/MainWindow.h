@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/search/SearchRunner.h"
 #include "app/shell/History.h"
 
 #include <QMainWindow>
@@ -74,6 +75,8 @@ private:
     void connectParts();
     void connectSearch();
     bool enter(const Stop& stop);
+    void showSearch(const QString& query, SearchRunner::Typing typing);
+    void followTyping(const QString& text);
     bool showSavedSearch(const Uuid& search);
     bool notesShown() const;
     Stop stopFor(const Place& place) const;

@@ -47,8 +47,11 @@ ProcessSetting::ProcessSetting()
 ProcessSetting::~ProcessSetting() = default;
 
 AppSetting ProcessSetting::setting(const std::optional<std::string>& given) const {
-    fs::path library = StoreConfiguration::defaultDirectory(variable("XDG_DATA_HOME"), home());
-    if (const auto chosen = given ? given : variable("TESSERINE_LIBRARY")) library = *chosen;
+    const fs::path preferences = folder("XDG_CONFIG_HOME", ".config") / "preferences.json";
+    const auto told = given ? given : variable("TESSERINE_LIBRARY");
+    const fs::path library =
+        told ? fs::path(*told)
+             : usualLibraryFolder(Preferences(preferences), variable("XDG_DATA_HOME"), home());
     const std::string zone = variable("TESSERINE_TIME_ZONE").value_or("");
     return {
         .clock = *clock_,
@@ -56,7 +59,7 @@ AppSetting ProcessSetting::setting(const std::optional<std::string>& given) cons
         .zone = Calendar::isZone(zone) ? zone : std::string(),
         .locale = locale(),
         .library = checkedLibraryFolder(library),
-        .preferencesFile = folder("XDG_CONFIG_HOME", ".config") / "preferences.json",
+        .preferencesFile = preferences,
         .logFile = folder("XDG_STATE_HOME", ".local/state") / "tesserine.log",
         .dataFolder = folder("XDG_DATA_HOME", ".local/share"),
         .cacheFolder = folder("XDG_CACHE_HOME", ".cache"),

@@ -1,22 +1,28 @@
 #include "app/shell/Program.h"
 
 #include "app/commands/Commands.h"
-#include "app/desktop/BusService.h"
-#include "app/desktop/Notifier.h"
-#include "app/desktop/Reminders.h"
 #include "app/desktop/SingleInstance.h"
-#include "app/desktop/Tray.h"
+#include "app/pages/GeneralSettings.h"
+#include "app/pages/LoadFailedPage.h"
+#include "app/pages/OnboardingPage.h"
+#include "app/pages/SettingsPage.h"
+#include "app/pages/WelcomeLibrary.h"
+#include "app/shell/DesktopLink.h"
 #include "app/shell/FirstPaint.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/WindowCommands.h"
+#include "app/state/Notice.h"
+#include "base/FirstWeekday.h"
 #include "base/UserError.h"
+#include "core/store/LibraryFolder.h"
 
 #include <QApplication>
-#include <QDBusConnection>
+#include <QDialog>
 #include <QDir>
 #include <QPixmap>
 #include <QStandardPaths>
 #include <QTimer>
+#include <QVBoxLayout>
 
 #include <iostream>
 #include <utility>
@@ -24,8 +30,23 @@
 namespace tesserine::app {
 namespace {
 
+constexpr QSize pageSize(780, 600);
+constexpr QSize settingsSize(820, 600);
+
 /// What a picture waits for: counts and searches that are made in the background.
 constexpr int pictureDelay = 700;  // milliseconds
+
+Theme::Scheme schemeOf(const Preferences& preferences) {
+    const auto word = preferences.string(GeneralSettings::appearanceKey);
+    if (word == "light") return Theme::Scheme::light;
+    if (word == "dark") return Theme::Scheme::dark;
+    return Theme::Scheme::system;
+}
+
+bool isLibrary(const std::filesystem::path& folder) {
+    std::error_code error;
+    return std::filesystem::exists(folder / TesserineStore::fileName, error);
+}
 
 }  // namespace
 
@@ -38,8 +59,8 @@ int Program::run() {
     try {
         const AppSetting setting = process_.setting(options_.library);
         if (handOver(setting)) return 0;
-        openLibrary(setting);
-    } catch (const UserError& error) {
+        isLibrary(setting.library) ? open(setting) : showOnboarding(setting.library);
+    } catch (const LibraryFolderError& error) {
         showLoadFailure(options_.library.value_or(""), QString::fromUtf8(error.what()));
     }
     return QApplication::exec();
@@ -63,58 +84,134 @@ bool Program::handOver(const AppSetting& setting) {
     return false;
 }
 
-void Program::openLibrary(const AppSetting& setting) {
-    environment_ = std::make_unique<AppEnvironment>(setting);
-    showWindow();
+/// A library that cannot be opened is never replaced by an empty one.
+void Program::open(const AppSetting& setting) {
+    try {
+        environment_ = std::make_unique<AppEnvironment>(setting);
+        beginLibrary();
+        showWindow();
+    } catch (const StoreError& error) {
+        environment_.reset();
+        showLoadFailure(setting.library, QString::fromUtf8(error.what()));
+    }
+}
+
+void Program::showOnboarding(const std::filesystem::path& folder) {
+    auto page = std::make_unique<OnboardingPage>(folder);
+    connect(page.get(), &OnboardingPage::freshStartChosen, this, [this](const QString& chosen) {
+        openChosen(chosen, Beginning::welcome);
+    });
+    connect(page.get(), &OnboardingPage::importChosen, this, [this](const QString& chosen) {
+        openChosen(chosen, Beginning::import);
+    });
+    showPage(std::move(page));
 }
 
 void Program::showLoadFailure(const std::filesystem::path& folder, const QString& sentence) {
-    std::cerr << folder.string() << ": " << sentence.toStdString() << '\n';
+    auto page = std::make_unique<LoadFailedPage>(folder, sentence);
+    connect(page.get(), &LoadFailedPage::folderChosen, this, [this](const QString& chosen) {
+        openChosen(chosen, Beginning::none);
+    });
+    connect(page.get(), &LoadFailedPage::quitAsked, this, &QApplication::quit);
+    showPage(std::move(page));
+}
+
+void Program::openChosen(const QString& folder, Beginning beginning) {
+    beginning_ = beginning;
+    // The page asks from within one of its own signals.
+    QTimer::singleShot(0, this, [this, chosen = folder.toStdString()] {
+        try {
+            const AppSetting setting = process_.setting(chosen);
+            Preferences(setting.preferencesFile).set(libraryFolderKey, setting.library.string());
+            open(setting);
+        } catch (const UserError& error) {
+            showNotice(page_.get(), error.what());
+        }
+    });
+}
+
+void Program::showPage(std::unique_ptr<QWidget> page) {
+    page_ = std::move(page);
+    page_->setWindowTitle("Tesserine");
+    page_->resize(options_.size.value_or(pageSize));
+    page_->show();
+    if (isOnlyPicture()) QTimer::singleShot(pictureDelay, this, [this] { takePicture(*page_); });
+}
+
+// The window
+
+void Program::beginLibrary() {
+    if (beginning_ == Beginning::welcome) welcome::seed(*environment_);
+    if (beginning_ == Beginning::import) welcome::seedTemplates(*environment_);
 }
 
 void Program::showWindow() {
+    if (options_.scheme == Theme::Scheme::system) {
+        theme_.setScheme(schemeOf(environment_->preferences()));
+    }
     commands_ = std::make_unique<Commands>(environment_->preferences());
     window_ = std::make_unique<MainWindow>(*environment_, *commands_);
     handleWindowCommands(*window_, *commands_, *environment_);
+    connect(window_.get(), &MainWindow::settingsWanted, this, &Program::showSettings);
+    connect(window_.get(), &MainWindow::welcomeWanted, this, [this] {
+        window_->go({Place::Kind::note, welcome::note(*environment_)});
+    });
     if (options_.size) window_->resize(*options_.size);
-    afterFirstPaint(*window_, [this] { begin(); });
+    afterFirstPaint(*window_, [this] { beginWork(); });
     window_->show();
+    page_.reset();
 }
 
 /// What waits until the user sees the window.
-void Program::begin() {
+void Program::beginWork() {
     environment_->startWork();
-    if (options_.open) {
-        if (const auto place = Place::fromAddress(options_.open->toStdString())) {
-            window_->go(*place);
-        }
-    }
+    const auto place =
+        options_.open ? Place::fromAddress(options_.open->toStdString()) : std::nullopt;
+    if (place) window_->go(*place);
+    if (beginning_ == Beginning::welcome) emit window_->welcomeWanted();
+    if (beginning_ == Beginning::import) commands_->trigger("library.import");
     if (isOnlyPicture()) {
-        QTimer::singleShot(pictureDelay, this, &Program::takePicture);
+        QTimer::singleShot(pictureDelay, this, [this] { takePicture(*window_); });
         return;
     }
-    joinDesktop();
+    desktop_ = std::make_unique<DesktopLink>(*environment_);
+    connect(desktop_.get(), &DesktopLink::asked, this, &Program::handle);
+    connect(desktop_.get(), &DesktopLink::quitAsked, this, [this] {
+        if (window_->save()) QApplication::quit();
+    });
     if (!options_.requests.isEmpty()) handleArguments(options_.requests);
 }
 
-void Program::joinDesktop() {
-    const auto bus = QDBusConnection::sessionBus();
-    notifier_ = std::make_unique<Notifier>(bus);
-    reminders_ = std::make_unique<Reminders>(*environment_, *notifier_);
-    bus_ = std::make_unique<BusService>(*environment_, bus);
-    tray_ = std::make_unique<Tray>(*environment_);
-    connect(bus_.get(), &BusService::asked, this, &Program::handle);
-    connect(tray_.get(), &Tray::asked, this, &Program::handle);
-    connect(tray_.get(), &Tray::quitAsked, this, [this] {
-        if (window_->save()) QApplication::quit();
-    });
-    connect(reminders_.get(), &Reminders::chosen, this, [this](const Place& place) {
-        handle({.kind = Request::Kind::go, .place = place});
-    });
-    tray_->refresh();
-    QApplication::setQuitOnLastWindowClosed(!tray_->isOn());
-    reminders_->start();
+void Program::showSettings() {
+    auto* dialog = new QDialog(window_.get());
+    dialog->setObjectName("settings");
+    dialog->setWindowTitle("Settings");
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    auto* page = new SettingsPage(*environment_, dialog);
+    auto* column = new QVBoxLayout(dialog);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(page);
+    connect(page, &SettingsPage::changed, this, &Program::followSetting);
+    connect(page, &SettingsPage::keysAsked, this, [this] { commands_->trigger("help.keys"); });
+    connect(
+        page, &SettingsPage::importAsked, this, [this] { commands_->trigger("library.import"); });
+    connect(
+        page, &SettingsPage::exportAsked, this, [this] { commands_->trigger("library.export"); });
+    dialog->resize(settingsSize);
+    dialog->show();
 }
+
+/// Settings take effect at once.
+void Program::followSetting(const QString& key) {
+    const std::string changed = key.toStdString();
+    if (changed == GeneralSettings::appearanceKey) {
+        theme_.setScheme(schemeOf(environment_->preferences()));
+    }
+    if (changed == firstWeekdayKey) environment_->refreshCalendar();
+    if (changed == Tray::preferenceKey && desktop_) desktop_->refreshTray();
+}
+
+// What is asked from outside
 
 void Program::handleArguments(const QStringList& arguments) {
     if (arguments.isEmpty()) return handle({});
@@ -133,14 +230,17 @@ void Program::handle(const Request& request) {
     case Request::Kind::newNote: return window_->newNote();
     case Request::Kind::newTask: return window_->newTask(request.text);
     case Request::Kind::go: return window_->go(request.place);
-    case Request::Kind::openFile: return;
+    case Request::Kind::openFile: return commands_->trigger("library.import");
     }
 }
 
-void Program::takePicture() {
-    environment_->waitForBackground();
+void Program::takePicture(QWidget& widget) {
+    if (environment_) environment_->waitForBackground();
     QApplication::processEvents();
-    const bool isWritten = window_->grab().save(*options_.screenshot);
+    // The settings stand over the window.
+    auto* dialog = widget.findChild<QDialog*>();
+    QWidget& shown = dialog != nullptr && dialog->isVisible() ? *dialog : widget;
+    const bool isWritten = shown.grab().save(*options_.screenshot);
     if (!isWritten) {
         std::cerr << "The picture could not be written to " << options_.screenshot->toStdString()
                   << '\n';

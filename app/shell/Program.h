@@ -7,16 +7,16 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
+
+class QWidget;
 
 namespace tesserine::app {
 
-class BusService;
 class Commands;
+class DesktopLink;
 class MainWindow;
-class Notifier;
-class Reminders;
 class SingleInstance;
-class Tray;
 
 /// One run of the program: the library, its window, and what the desktop asks of them.
 class Program final : public QObject {
@@ -31,29 +31,37 @@ public:
     int run();
 
 private:
+    /// What a library begins with when it is made.
+    enum class Beginning { none, welcome, import };
+
     bool isOnlyPicture() const { return options_.screenshot.has_value(); }
     bool handOver(const AppSetting& setting);
-    void openLibrary(const AppSetting& setting);
+    void open(const AppSetting& setting);
+    void showOnboarding(const std::filesystem::path& folder);
     void showLoadFailure(const std::filesystem::path& folder, const QString& sentence);
+    void openChosen(const QString& folder, Beginning beginning);
+    void showPage(std::unique_ptr<QWidget> page);
+
     void showWindow();
-    void begin();
-    void joinDesktop();
+    void beginWork();
+    void beginLibrary();
+    void showSettings();
+    void followSetting(const QString& key);
     void handle(const Request& request);
     void handleArguments(const QStringList& arguments);
-    void takePicture();
+    void takePicture(QWidget& widget);
 
     Theme& theme_;
     const StartOptions options_;
     const ProcessSetting process_;
 
     std::unique_ptr<SingleInstance> instance_;
+    std::unique_ptr<QWidget> page_;  // in the window's place while there is no library
+    Beginning beginning_ = Beginning::none;
     std::unique_ptr<AppEnvironment> environment_;
     std::unique_ptr<Commands> commands_;
     std::unique_ptr<MainWindow> window_;
-    std::unique_ptr<Notifier> notifier_;
-    std::unique_ptr<Reminders> reminders_;
-    std::unique_ptr<BusService> bus_;
-    std::unique_ptr<Tray> tray_;
+    std::unique_ptr<DesktopLink> desktop_;
 };
 
 }  // namespace tesserine::app

@@ -171,7 +171,9 @@ private:
         return open ? NoteActions::Notes{*open} : NoteActions::Notes{};
     }
 
+    /// In the sidebar what has the focus is a notebook or the like, not a note.
     void moveToTrash() const {
+        if (window_.sidebar().hasFocus()) return window_.sidebar().deleteCurrent();
         NoteList& list = window_.notes().list();
         if (window_.current().place.kind == Kind::search) {
             return actions().moveToTrash(chosen());

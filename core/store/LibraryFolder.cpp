@@ -1,5 +1,8 @@
 #include "core/store/LibraryFolder.h"
 
+#include "base/Preferences.h"
+#include "core/store/TesserineStore.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +26,15 @@ fs::path checkedLibraryFolder(const fs::path& folder) {
     if (!S_ISDIR(status.st_mode)) throw LibraryFolderError(clean, "is not a folder");
     if (status.st_uid != ::geteuid()) throw LibraryFolderError(clean, "belongs to another user");
     return clean;
+}
+
+fs::path usualLibraryFolder(
+    const Preferences& preferences,
+    const std::optional<std::string>& dataHome,
+    const fs::path& home) {
+    const fs::path chosen = preferences.string(libraryFolderKey).value_or("");
+    if (chosen.is_absolute()) return chosen;
+    return StoreConfiguration::defaultDirectory(dataHome, home);
 }
 
 }  // namespace tesserine

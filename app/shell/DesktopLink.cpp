@@ -1,0 +1,28 @@
+#include "app/shell/DesktopLink.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+
+namespace tesserine::app {
+
+DesktopLink::DesktopLink(AppEnvironment& environment)
+    : notifier_(QDBusConnection::sessionBus()),
+      reminders_(environment, notifier_),
+      bus_(environment, QDBusConnection::sessionBus()),
+      tray_(environment) {
+    connect(&bus_, &BusService::asked, this, &DesktopLink::asked);
+    connect(&tray_, &Tray::asked, this, &DesktopLink::asked);
+    connect(&tray_, &Tray::quitAsked, this, &DesktopLink::quitAsked);
+    connect(&reminders_, &Reminders::chosen, this, [this](const Place& place) {
+        emit asked({.kind = Request::Kind::go, .place = place});
+    });
+    refreshTray();
+    reminders_.start();
+}
+
+void DesktopLink::refreshTray() {
+    tray_.refresh();
+    QApplication::setQuitOnLastWindowClosed(!tray_.isOn());
+}
+
+}  // namespace tesserine::app

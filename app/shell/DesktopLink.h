@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/desktop/BusService.h"
+#include "app/desktop/Notifier.h"
+#include "app/desktop/Reminders.h"
+#include "app/desktop/Request.h"
+#include "app/desktop/Tray.h"
+
+#include <QObject>
+
+namespace tesserine::app {
+
+class AppEnvironment;
+
+/// Everything through which the desktop and the program know of each other while it runs:
+/// reminders, the bus, the tray.
+class DesktopLink final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit DesktopLink(AppEnvironment& environment);
+
+    /// Takes over whether the program lives in the tray.
+    void refreshTray();
+
+signals:
+    void asked(const tesserine::app::Request& request);
+    void quitAsked();
+
+private:
+    Notifier notifier_;
+    Reminders reminders_;
+    BusService bus_;
+    Tray tray_;
+};
+
+}  // namespace tesserine::app

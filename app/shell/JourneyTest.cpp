@@ -1,0 +1,228 @@
+#include "app/search/SearchField.h"
+#include "app/search/SearchResults.h"
+#include "app/shell/ShellFixture.h"
+#include "search/SearchCoordinator.h"
+#include "tests/support/FaultyVFS.h"
+
+#include <QClipboard>
+#include <QListView>
+#include <QTabBar>
+
+namespace tesserine::app {
+namespace {
+
+using Kind = Place::Kind;
+
+class Journey : public test::ShellFixture {
+public:
+    CDNote* stored(const std::string& title) {
+        return context().fetchFirst<CDNote>({.predicate = {"title == %@", title}});
+    }
+    std::string place() { return window().current().place.address(); }
+    /// A second program on the same library.
+    std::unique_ptr<TesserineStore> terminal() {
+        return std::make_unique<TesserineStore>(
+            StoreConfiguration{.directory = setting().library},
+            StoreEnvironment{.clock = clock, .random = random});
+    }
+};
+
+TEST_F(Journey, ANoteIsWrittenByKeysAndKeptWithoutSaving) {
+    press(Qt::Key_N, Qt::ControlModifier);
+    type("Lisbon in May");
+    press(Qt::Key_Return);
+    type("[] passports");
+    press(Qt::Key_Return);
+    type("camera");
+    press(Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(waitUntil([this] { return stored("Lisbon in May") != nullptr; }));
+    ASSERT_TRUE(waitUntil([this] { return titles() == "Lisbon in May;"; })) << titles();
+    press(Qt::Key_N, Qt::ControlModifier);  // leaving a note saves it
+    EXPECT_EQ(
+        stored("Lisbon in May")->html,
+        "<ul class=\"ts-checklist\"><li data-checked=\"false\">passports</li>"
+        "<li data-checked=\"true\">camera</li></ul>");
+}
+
+TEST_F(Journey, WhatAnotherProgramWritesAppearsInItsPlace) {
+    addNote("Plan", "<p>mine</p>");
+    CDNote& bill = addNote("Bill");
+    window();
+    ASSERT_TRUE(waitUntil([this] { return list().model().rowCount() == 2; }));
+    list().choose(*bill.id);
+    const auto other = terminal();
+    clock.advance(std::chrono::minutes(1));
+    environment->notes().createNote(other->viewContext(), {.title = "From the terminal"});
+    other->viewContext().save();
+    ASSERT_TRUE(waitUntil([this] { return list().model().rowCount() == 3; }));
+    EXPECT_TRUE(titles().starts_with("From the terminal;"));
+    EXPECT_EQ(list().selected(), std::vector{*bill.id});
+    EXPECT_EQ(openTitle(), "Bill");
+}
+
+TEST_F(Journey, TypingAgainstAnotherWriterKeepsBothVersions) {
+    CDNote& plan = addNote("Plan", "<p>first</p>");
+    list().choose(*plan.id);
+    editor().body().setFocus();
+    press(Qt::Key_End, Qt::ControlModifier);
+    type(" mine");
+    const auto other = terminal();
+    StoreContext& theirs = other->viewContext();
+    environment->notes().updateNote(
+        theirs, *theirs.find<CDNote>(*plan.id), {.html = "<p>theirs</p>"});
+    theirs.save();
+    ASSERT_TRUE(waitUntil([&] { return bool(plan.hasConflict); }));
+    EXPECT_EQ(plan.html, "<p>first mine</p>");
+    bool isKept = false;
+    for (const CDNoteRevision* revision : environment->notes().revisions(plan)) {
+        isKept |= revision->reason == "conflict" && revision->html == "<p>theirs</p>";
+    }
+    EXPECT_TRUE(isKept);
+}
+
+TEST_F(Journey, NotesGoToTheTrashAndComeBackByKeysAndClicks) {
+    addNote("Plan");
+    clock.advance(std::chrono::minutes(1));
+    addNote("Bill");
+    window();
+    clickNote(0);
+    clickNote(1, Qt::ControlModifier);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(titles(), "");
+    clickPlace({Kind::trash});
+    ASSERT_EQ(list().model().rowCount(), 2);
+    list().choose(*stored("Plan")->id);
+    list().restore();
+    EXPECT_EQ(titles(), "Bill;");
+    clickNote(0);
+    press(Qt::Key_Delete);
+    answer("Delete Permanently");
+    EXPECT_EQ(titles(), "");
+    EXPECT_EQ(stored("Bill"), nullptr);
+    clickPlace({Kind::allNotes});
+    EXPECT_EQ(titles(), "Plan;");
+}
+
+TEST_F(Journey, EmptyingTheTrashAsksAndMakesABackup) {
+    environment->notes().moveToTrash(addNote("Old"));
+    context().save();
+    clickPlace({Kind::trash});
+    list().emptyTrash();
+    answer("Cancel");
+    settle();
+    EXPECT_NE(stored("Old"), nullptr);
+    list().emptyTrash();
+    answer("Empty Trash");
+    ASSERT_TRUE(waitUntil([this] { return titles().empty(); }));
+    EXPECT_EQ(stored("Old"), nullptr);
+    EXPECT_FALSE(std::filesystem::is_empty(setting().library / "Backups"));
+}
+
+TEST_F(Journey, ASearchIsTypedWalkedThroughAndLeft) {
+    addNote("Invoice for May", "<p>The invoice of the carpenter.</p>");
+    addNote("Lisbon", "<p>Train at 9:40.</p>");
+    environment->search().catchUp();
+    window();
+    press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    type("train");
+    QAbstractItemModel* results = window().searchResults().list().model();
+    ASSERT_TRUE(waitUntil([&] { return results->rowCount() == 1; }));
+    EXPECT_EQ(place(), "tesserine://search/train");
+    press(Qt::Key_Return);
+    window().searchResults().list().setFocus();
+    press(Qt::Key_Down);
+    ASSERT_TRUE(waitUntil([this] { return openTitle() == "Lisbon"; }));
+    window().searchField().setFocus();
+    press(Qt::Key_Escape);
+    EXPECT_EQ(place(), "tesserine://notes");
+    EXPECT_EQ(window().searchField().text(), "");
+}
+
+TEST_F(Journey, ATaskIsTypedAsASentence) {
+    press(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(place(), "tesserine://inbox");
+    type("Pay the bill tomorrow 9am p1");
+    press(Qt::Key_Return);
+    const auto tasks = context().fetch<CDTask>();
+    ASSERT_EQ(tasks.size(), 1U);
+    EXPECT_EQ(tasks.front()->title.valueOr(""), "Pay the bill");
+    EXPECT_EQ(tasks.front()->priority, std::int16_t{1});
+    EXPECT_EQ(tasks.front()->dueDate, Instant::parseISO("2026-03-15T09:00:00Z"));
+}
+
+TEST_F(Journey, BackForwardAndTabsRememberPlacesAndNotes) {
+    CDNote& plan = addNote("Plan");
+    CDNote& bill = addNote("Bill");
+    window().go({Kind::note, *plan.id});
+    window().go({Kind::trash});
+    window().go({Kind::note, *bill.id});
+    EXPECT_EQ(openTitle(), "Bill");
+    press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(place(), "tesserine://trash");
+    press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(openTitle(), "Plan");
+    press(Qt::Key_Right, Qt::AltModifier);
+    EXPECT_EQ(place(), "tesserine://trash");
+
+    press(Qt::Key_T, Qt::ControlModifier);
+    window().go({Kind::pinned});
+    auto* tabs = window().findChild<QTabBar*>("tabs");
+    EXPECT_EQ(tabs->count(), 2);
+    press(Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_EQ(place(), "tesserine://trash");
+    press(Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(tabs->count(), 1);
+    EXPECT_EQ(place(), "tesserine://pinned");
+}
+
+TEST_F(Journey, APlaceThatIsDeletedElsewhereLeavesTheWindowInAllNotes) {
+    const CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
+    context().save();
+    window().go({Kind::notebook, *work.id});
+    const auto other = terminal();
+    StoreContext& theirs = other->viewContext();
+    environment->notebooks().remove(theirs, *theirs.find<CDNotebook>(*work.id));
+    theirs.save();
+    ASSERT_TRUE(waitUntil([this] { return place() == "tesserine://notes"; }));
+}
+
+TEST_F(Journey, CommandsActOnTheChosenNotes) {
+    CDNote& plan = addNote("Plan");
+    window();
+    clickNote(0);
+    press(Qt::Key_F9);
+    EXPECT_FALSE(window().sidebar().isVisible());
+    press(Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
+    type("copy link");
+    press(Qt::Key_Return);
+    settle();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), NoteService::noteURL(*plan.id));
+}
+
+TEST_F(Journey, AFullDiskKeepsWhatWasTypedAndTheWindowWhereItIs) {
+    test::FaultyVFS disk("journey");
+    AppSetting onFaultyDisk = setting();
+    onFaultyDisk.sqliteVFS = disk.name();
+    open(onFaultyDisk);
+    CDNote& plan = addNote("Plan", "<p>first</p>");
+    list().choose(*plan.id);
+    editor().body().setFocus();
+    disk.fail(
+        {.operation = test::FaultyVFS::Operation::write,
+         .file = test::FaultyVFS::File::wal,
+         .fault = test::FaultyVFS::Fault::full,
+         .isLasting = true});
+    type("typed ");
+    clickPlace({Kind::trash});
+    EXPECT_EQ(place(), "tesserine://notes");
+    EXPECT_NE(window().findChild<QMessageBox*>("notice"), nullptr);
+    EXPECT_FALSE(window().close());
+    disk.clear();
+    EXPECT_TRUE(window().close());
+    EXPECT_EQ(plan.html, "<p>typed first</p>");
+    closeWindow();
+    environment.reset();  // before its disk goes
+}
+
+}  // namespace
+}  // namespace tesserine::app
