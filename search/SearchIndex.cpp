@@ -21,7 +21,7 @@ constexpr const char* logCategory = "index";
 constexpr std::uint64_t documentsBeforeTidying = 16;
 /// A commit moves a journal beyond 16 or 64 MB into the file itself.
 constexpr const char* settingsForChanges =
-    "PRAGMA cache_size = -2000; PRAGMA wal_autocheckpoint = 4000;";
+    "PRAGMA cache_size = -8000; PRAGMA wal_autocheckpoint = 4000;";
 constexpr const char* settingsForEverything =
     "PRAGMA cache_size = -65536; PRAGMA wal_autocheckpoint = 16000;";
 constexpr int openingAttempts = 100;
@@ -145,7 +145,12 @@ void SearchIndex::writing(Write write) {
             return;
         }
         if (!batchWriter_) batchWriter_ = std::make_unique<IndexWriter>(database);
-        write(*batchWriter_);
+        try {
+            write(*batchWriter_);
+        } catch (...) {
+            batchWriter_.reset();  // the statement that failed would keep what was bound to it
+            throw;
+        }
     });
 }
 
@@ -199,10 +204,14 @@ void SearchIndex::tidyUp() {
     perform([this](SQLiteDatabase& database) {
         if (generation_ - tidyGeneration_ < documentsBeforeTidying) return;
         tidyGeneration_ = generation_;
-        // At most so many pages of each; what is left is merged the next time.
-        database.execute("INSERT INTO fts(fts, rank) VALUES('merge', 500); "
-                         "INSERT INTO afts(afts, rank) VALUES('merge', 500);");
-        database.checkpoint(SQLiteDatabase::Checkpoint::passive);
+        try {
+            // At most so many pages of each; what is left is merged the next time.
+            database.execute("INSERT INTO fts(fts, rank) VALUES('merge', 500); "
+                             "INSERT INTO afts(afts, rank) VALUES('merge', 500);");
+            database.checkpoint(SQLiteDatabase::Checkpoint::passive);
+        } catch (const Error& error) {
+            if (!error.isBusy()) throw;  // another process writes: the next time will do
+        }
     });
 }
 

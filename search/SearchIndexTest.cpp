@@ -202,6 +202,25 @@ TEST_F(SearchIndexFile, ABatchIsAllOrNothingAndMayHoldEveryKindOfWrite) {
     EXPECT_EQ(index.countDocuments(), 2);
 }
 
+TEST_F(SearchIndexFile, WritesTheNextDocumentAfterOneThatWasRefused) {
+    SearchIndex index(file_);
+    index.perform([](SQLiteDatabase& database) {
+        database.execute("CREATE TRIGGER refusal BEFORE INSERT ON docs WHEN NEW.title = 'refused' "
+                         "BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    });
+    for (const char* title : {"one", "refused", "two"}) {
+        const bool isRefused = std::string(title) == "refused";
+        const auto write = [&] { index.batch([&] { index.upsert(note(1, title)); }); };
+        if (isRefused) {
+            EXPECT_THROW(write(), Error);
+        } else {
+            write();
+        }
+    }
+    EXPECT_EQ(rowsOf(index, "SELECT title FROM docs"), "two\n");
+    EXPECT_EQ(rowsOf(index, "SELECT title FROM fts"), "two\n");
+}
+
 TEST_F(SearchIndexFile, TakesTheOlderSelfOutOfWhatARebuildAdds) {
     SearchIndex index(file_);
     IndexDocument document = note(1, "by a process that was quicker");
