@@ -108,6 +108,20 @@ TEST_F(ImportCommands, AnEvernoteExportIsComparedWithWhatCameIn) {
     EXPECT_NE(refused.output.find("“plan.txt” is not an Evernote export file."), std::string::npos);
 }
 
+TEST_F(ImportCommands, AppleNotesAreRefusedOrReadByWhatTheyAre) {
+    const std::string exported = (folder_ / "notes").string();
+    EXPECT_NE(
+        mustRun({"import", "apple-notes", exported}).output.find("Found 2 notes: 2 imported"),
+        std::string::npos);
+    EXPECT_EQ(
+        shown(mustRun({"import", "list", "--json"}).json().at(0).at("format")), "apple-notes");
+    test::putContent(folder_ / "NoteStore.sqlite", "no store");
+    const CommandResult refused =
+        run({"import", "apple-notes", (folder_ / "NoteStore.sqlite").string()});
+    EXPECT_EQ(refused.status, ExitStatus::failed);
+    EXPECT_NE(refused.error.find("nothing was imported"), std::string::npos) << refused.error;
+}
+
 TEST_F(ImportCommands, ASourceThatIsNotThereFails) {
     const CommandResult result = run({"import", "markdown", (folder_ / "nowhere").string()});
     EXPECT_EQ(result.status, ExitStatus::failed);

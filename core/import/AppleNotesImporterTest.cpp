@@ -5,8 +5,11 @@
 #include "core/import/AppleNoteStore.h"
 #include "core/import/AppleNoteTable.h"
 #include "core/import/Gunzip.h"
+#include "tests/support/SeededRandom.h"
 
 #include <gmock/gmock.h>
+
+#include <array>
 
 namespace tesserine {
 namespace {
@@ -55,6 +58,8 @@ TEST_F(AppleNotesImporterTest, FoldersBecomeNotebooksAndNotesKeepWhatTheyAre) {
              {.title = "Secret", .folder = 1, .data = "sealed", .isLocked = true},
              {.title = "Empty", .folder = 9}},
     });
+    // What nobody has moved into the store yet stands in its log only.
+    EXPECT_GT(std::filesystem::file_size(storeFile().string() + "-wal"), 10'000U);
     const auto before = files::read(storeFile(), 10'000'000);
     const ImportPreview preview = apple.preview(context(), {source()}, {});
     EXPECT_EQ(preview.found, 3U);
@@ -275,6 +280,35 @@ TEST_F(AppleNotesImporterTest, WhatIsDamagedCostsItsNoteOnly) {
     EXPECT_EQ(
         report.check->sentence(),
         "2 of 6 notes and 0 of 0 files are in the library, every byte equal.");
+}
+
+TEST_F(AppleNotesImporterTest, DamagedStoresEndInASentence) {
+    std::vector<test::StoredNote> notes;
+    for (int i = 0; i < 60; ++i) {
+        const std::string title = "Note " + std::to_string(i);
+        notes.push_back({.title = title, .data = noteData({{.text = title + "\ntext"}})});
+    }
+    makeStore({.notes = notes});
+    SQLiteDatabase(storeFile(), {}).checkpoint(SQLiteDatabase::Checkpoint::truncate);
+    const Bytes whole = files::read(storeFile(), 10'000'000);
+    test::SeededRandom dice(5);
+    for (int round = 0; round < 40; ++round) {
+        Bytes damaged = whole;
+        for (int i = 0; i < 200; ++i) {
+            std::array<std::uint8_t, 5> drawn{};
+            dice.fill(drawn);
+            const std::size_t place = drawn[0] + drawn[1] * 256U + drawn[2] * 65'536U + drawn[3];
+            damaged[100 + place % (damaged.size() - 100)] = drawn[4];
+        }
+        if (round % 4 == 0) damaged.resize(damaged.size() / 2);
+        put("NoteStore.sqlite", std::string(textOf(damaged)));
+        try {
+            const ImportReport report = importNotes();
+            EXPECT_LE(report.imported + report.skipped + report.failed, report.found);
+        } catch (const UserError& error) {
+            EXPECT_THAT(error.what(), HasSubstr("Notes"));
+        }
+    }
 }
 
 TEST_F(AppleNotesImporterTest, EveryByteOfATextMayBeAnother) {

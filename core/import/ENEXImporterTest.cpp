@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <stop_token>
 
 namespace tesserine {
 namespace {
@@ -261,6 +262,48 @@ TEST_F(ENEXImporterTest, ChosenNotebookAndTagHoldEverything) {
     EXPECT_EQ(library(), "Old / Notes: One #new\nOld / Notes: Two #new #own\n");
     EXPECT_EQ(counts(importFiles(files)), "2 skipped");
     EXPECT_THROW(importFiles({file("c.enex")}), FileError);
+}
+
+TEST_F(ENEXImporterTest, PreviewTellsWhatTheRunThenDoes) {
+    const std::string text = enexFile(
+        enexNote("One", media("plan"), resource("plan", "plan.txt") + resource("", "none.txt"))
+        + enexNote("Two", "2") + enexNote("Two", "2") + enexNote("Broken", "3", "<b>")
+        + enexNote("Large", std::string(10'000'001, 'x')));
+    for (const auto policy :
+         {DuplicatePolicy::skip, DuplicatePolicy::replace, DuplicatePolicy::keepBoth}) {
+        put("Recipes.enex", text);
+        const ImportOptions options{.duplicates = policy};
+        const ImportPreview preview = enex.preview(context(), {file()}, options);
+        const ImportReport report = importText(text, options);
+        ASSERT_EQ(preview.notes.size(), report.notes.size());
+        for (std::size_t i = 0; i < report.notes.size(); ++i) {
+            SCOPED_TRACE(report.notes[i].title);
+            EXPECT_EQ(preview.notes[i].title, report.notes[i].title);
+            EXPECT_EQ(preview.notes[i].outcome, report.notes[i].outcome);
+            EXPECT_EQ(preview.notes[i].warnings, report.notes[i].warnings);
+        }
+        EXPECT_EQ(preview.unreadable, 2U);
+        EXPECT_EQ(preview.attachments, 1U);
+    }
+}
+
+TEST_F(ENEXImporterTest, StoppedRunSaysSoAndGoesOn) {
+    std::string notes;
+    for (int i = 0; i < 60; ++i) {
+        notes += enexNote("Note " + std::to_string(i), "x", resource("file", "file.txt"));
+    }
+    put("Recipes.enex", enexFile(notes));
+    std::stop_source stop;
+    const ImportReport stopped = importFiles(
+        {file()}, {}, {.stop = stop.get_token(), .progress = [&](const ImportProgress& at) {
+                           if (at.done == 20) stop.request_stop();
+                       }});
+    EXPECT_EQ(counts(stopped), "20 imported, 20 attached");
+    EXPECT_FALSE(stopped.finished);
+    EXPECT_FALSE(stopped.check);
+    const ImportReport rest = importFiles({file()});
+    EXPECT_EQ(counts(rest), "40 imported, 20 skipped, 40 attached");
+    EXPECT_TRUE(rest.check->isWhole());
 }
 
 TEST_F(ENEXImporterTest, KilledAtAnyNoteItIsListedAndGoesOn) {

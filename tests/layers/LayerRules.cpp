@@ -48,8 +48,11 @@ constexpr std::array confined = {
     Confined{"sqlite3", "SQLite", {"base/sqlite", testSupport, "bench"}},
     Confined{"md4c", "MD4C", {"core/import"}},
     Confined{"expat", "Expat", {"core/import", "bench"}},
-    Confined{"zlib", "zlib", {"core/import"}},
+    Confined{"zlib", "zlib", {"base", "core/import"}},
     Confined{"openssl/", "OpenSSL", {"base"}},
+    Confined{"curl/", "libcurl", {"base"}},
+    Confined{"libsecret/", "libsecret", {"base"}},
+    Confined{"Poco/", "POCO", {"server"}},
 };
 
 bool isIn(std::string_view path, std::string_view folder) {
