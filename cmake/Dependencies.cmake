@@ -15,6 +15,7 @@ pkg_check_modules(Secret REQUIRED IMPORTED_TARGET libsecret-1)   # the keyring; 
 find_package(EXPAT 2.5 REQUIRED)                            # XML of other programs; EXPAT::EXPAT
 find_package(ZLIB REQUIRED)                                 # their compressed bodies; ZLIB::ZLIB
 find_package(CURL 7.88 REQUIRED)                            # HTTP; CURL::libcurl
+find_package(Poco 1.11 REQUIRED COMPONENTS Net NetSSL)       # the service's sockets; Poco::Net
 find_package(Qt6 6.4 REQUIRED                               # the window, met in app/ only
     COMPONENTS Widgets Svg PrintSupport Network DBus)
 

@@ -1,0 +1,49 @@
+#include "server/ServerDatabase.h"
+
+namespace tesserine::server {
+namespace {
+
+constexpr const char* schema = R"sql(
+    CREATE TABLE IF NOT EXISTS users (
+        id TEXT PRIMARY KEY, email TEXT NOT NULL UNIQUE, salt BLOB NOT NULL, key BLOB NOT NULL,
+        rounds INTEGER NOT NULL, seq INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;
+    -- Of codes and tokens only digests are kept.
+    CREATE TABLE IF NOT EXISTS codes (
+        digest TEXT PRIMARY KEY, user TEXT NOT NULL, expires REAL NOT NULL) WITHOUT ROWID;
+    CREATE TABLE IF NOT EXISTS sessions (
+        id TEXT PRIMARY KEY, user TEXT NOT NULL, label TEXT NOT NULL, lastUsed REAL NOT NULL,
+        refresh TEXT NOT NULL, previousRefresh TEXT) WITHOUT ROWID;
+    CREATE INDEX IF NOT EXISTS sessionsByRefresh ON sessions (refresh);
+    CREATE INDEX IF NOT EXISTS sessionsByPrevious ON sessions (previousRefresh);
+    CREATE TABLE IF NOT EXISTS accessTokens (
+        digest TEXT PRIMARY KEY, session TEXT NOT NULL, expires REAL NOT NULL) WITHOUT ROWID;
+    CREATE TABLE IF NOT EXISTS apiTokens (
+        id TEXT PRIMARY KEY, user TEXT NOT NULL, label TEXT NOT NULL, digest TEXT NOT NULL UNIQUE,
+        created REAL NOT NULL, lastUsed REAL) WITHOUT ROWID;
+    CREATE TABLE IF NOT EXISTS shares (
+        user TEXT NOT NULL, note TEXT NOT NULL, id TEXT NOT NULL, digest TEXT NOT NULL UNIQUE,
+        created REAL NOT NULL, PRIMARY KEY (user, note)) WITHOUT ROWID;
+    CREATE TABLE IF NOT EXISTS records (
+        key INTEGER PRIMARY KEY, user TEXT NOT NULL, id TEXT NOT NULL, kind TEXT NOT NULL,
+        rev INTEGER NOT NULL, seq INTEGER NOT NULL, deleted INTEGER NOT NULL,
+        payload TEXT NOT NULL, updated TEXT NOT NULL, sha256 TEXT, UNIQUE (user, id));
+    CREATE INDEX IF NOT EXISTS recordsBySeq ON records (user, seq);
+    CREATE INDEX IF NOT EXISTS recordsByFile ON records (user, sha256) WHERE sha256 IS NOT NULL;
+    CREATE TABLE IF NOT EXISTS revisions (
+        key INTEGER PRIMARY KEY, user TEXT NOT NULL, id TEXT NOT NULL, kind TEXT NOT NULL,
+        reason TEXT NOT NULL, payload TEXT NOT NULL, updated TEXT NOT NULL);
+    CREATE INDEX IF NOT EXISTS revisionsOfRecord ON revisions (user, id);
+)sql";
+
+}  // namespace
+
+ServerDatabase::ServerDatabase(const std::filesystem::path& folder)
+    : database_(
+        folder / "service.sqlite",
+        {.file = "service's data",
+         .query = "A query of the service",
+         .synchronous = SQLiteDatabase::Synchronous::full}) {
+    database_.execute(schema);
+}
+
+}  // namespace tesserine::server
