@@ -192,9 +192,20 @@ void WindowStyle::drawPrimitive(
         if (!frame || frame->lineWidth == 0) break;
         return drawBox(*painter, *option, Theme::colors().raised, borderColor(*option));
     }
+    case PE_Frame: {
+        if (!widget || !widget->inherits("QPlainTextEdit")) break;
+        return drawBox(*painter, *option, Qt::transparent, borderColor(*option));
+    }
+    case PE_PanelItemViewItem: {
+        const bool isSelected = has(*option, State_Selected);
+        if (!isSelected && !has(*option, State_MouseOver)) return;
+        const Colors& colors = Theme::colors();
+        return fillBox(*painter, option->rect, isSelected ? colors.selection : colors.hover);
+    }
     case PE_FrameFocusRect: {
-        const bool isButton = widget && widget->inherits("QPushButton");
-        if (isButton || (widget && widget->inherits("QComboBox"))) return;  // framed themselves
+        const auto isA = [widget](const char* type) { return widget && widget->inherits(type); };
+        if (isA("QPushButton") || isA("QComboBox")) return;  // framed themselves
+        if (isA("QAbstractItemView")) return;                // the selection shows it
         return drawBox(*painter, *option, Qt::transparent, Theme::colors().accent);
     }
     default: break;

@@ -1,6 +1,8 @@
 #include "app/pages/AssistantStep.h"
 
 #include <QLabel>
+#include <QPushButton>
+#include <QStackedWidget>
 #include <QVBoxLayout>
 
 namespace tesserine::app {
@@ -15,6 +17,13 @@ AssistantStep::AssistantStep(const QString& title, QWidget* parent)
     all->addLayout(buttons);
     column->setSpacing(space::small);
     buttons->addStretch(1);
+}
+
+void showStep(QStackedWidget& steps, int step) {
+    steps.setCurrentIndex(step);
+    for (QPushButton* button : steps.currentWidget()->findChildren<QPushButton*>()) {
+        if (isMainButton(*button)) button->setDefault(true);
+    }
 }
 
 }  // namespace tesserine::app

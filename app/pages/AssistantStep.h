@@ -3,6 +3,7 @@
 #include "app/pages/PageParts.h"
 
 class QHBoxLayout;
+class QStackedWidget;
 class QVBoxLayout;
 
 namespace tesserine::app {
@@ -16,5 +17,8 @@ struct AssistantStep {
     QVBoxLayout* const column;
     QHBoxLayout* const buttons;
 };
+
+/// Shows a step, and makes its main button the one that Return presses.
+void showStep(QStackedWidget& steps, int step);
 
 }  // namespace tesserine::app

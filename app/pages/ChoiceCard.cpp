@@ -4,6 +4,7 @@
 #include "app/pages/PageParts.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -33,6 +34,12 @@ ChoiceCard::ChoiceCard(
     for (QLabel* label : findChildren<QLabel*>()) {
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
     }
+}
+
+void ChoiceCard::keyPressEvent(QKeyEvent* event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn) return click();
+    QAbstractButton::keyPressEvent(event);
 }
 
 void ChoiceCard::paintEvent(QPaintEvent*) {

@@ -14,6 +14,7 @@ public:
         const QString& icon, const QString& title, const QString& text, QWidget* parent = nullptr);
 
 private:
+    void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 };
 

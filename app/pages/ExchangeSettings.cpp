@@ -40,7 +40,7 @@ PastImport shown(const ImportReport& report, const Calendar& calendar) {
         .id = *report.id,
         .title = QString::fromStdString(ImportReports::title(report, calendar)),
         .outcome = outcome,
-        .canUndo = !report.undone};
+        .canUndo = !report.undone && report.imported > 0};
 }
 
 }  // namespace

@@ -38,6 +38,7 @@ ExportAssistant::ExportAssistant(
     auto* const all = new QVBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
     all->addWidget(steps_);
+    showStep(*steps_, choiceStep);
     resize(520, 420);
     connect(&job_, &Job::failed, this, &ExportAssistant::showFailure);
     connect(&job_, &Job::progressed, this, [this](std::size_t done, std::size_t total) {
@@ -136,7 +137,7 @@ void ExportAssistant::run() {
     if (job_.isRunning()) return;
     bar_->setRange(0, 0);
     doing_->clear();
-    steps_->setCurrentIndex(progressStep);
+    showStep(*steps_, progressStep);
     const ExportOptions options{
         .includeTrash = trash_->isChecked(),
         .includeMarkdown = markdown_->isChecked(),
@@ -184,7 +185,7 @@ void ExportAssistant::showResult(const ExportSummary& summary) {
         text += "\n" + QString::fromStdString(warning);
     }
     outcome_->setText(text);
-    steps_->setCurrentIndex(resultStep);
+    showStep(*steps_, resultStep);
 }
 
 void ExportAssistant::showFailure(const QString& sentence) {
@@ -192,7 +193,7 @@ void ExportAssistant::showFailure(const QString& sentence) {
     disconnect(&job_, &Job::finished, nullptr, nullptr);
     outcome_->setText(sentence);
     show_->hide();
-    steps_->setCurrentIndex(resultStep);
+    showStep(*steps_, resultStep);
 }
 
 void ExportAssistant::reject() {

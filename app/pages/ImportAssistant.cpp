@@ -59,7 +59,8 @@ ImportAssistant::ImportAssistant(AppEnvironment& environment, QWidget* parent)
     auto* const all = new QVBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
     all->addWidget(steps_);
-    resize(560, 500);
+    showStep(*steps_, choiceStep);
+    resize(560, 540);
     connect(&job_, &Job::failed, this, &ImportAssistant::showFailure);
     connect(&job_, &Job::progressed, this, [this](std::size_t done, std::size_t total) {
         if (total == 0) return;
@@ -120,7 +121,7 @@ QWidget* ImportAssistant::makePreview() {
     import_ = makeMainButton(tr("Import"), step.page);
     connect(back, &QPushButton::clicked, this, [this] {
         job_.cancel();
-        steps_->setCurrentIndex(choiceStep);
+        showStep(*steps_, choiceStep);
     });
     connect(import_, &QPushButton::clicked, this, &ImportAssistant::run);
     step.buttons->addWidget(back);
@@ -196,7 +197,7 @@ void ImportAssistant::look() {
     content_->setText(tr("Looking…"));
     choices_->setVisible(source_->choices == ImportSource::Choices::all);
     import_->setEnabled(false);
-    steps_->setCurrentIndex(previewStep);
+    showStep(*steps_, previewStep);
 
     const auto found = std::make_shared<ImportPreview>();
     job_.start([source = *source_, paths = paths_, found](const Job::Given& given) {
@@ -231,7 +232,7 @@ ImportOptions ImportAssistant::options() const {
 void ImportAssistant::run() {
     bar_->setRange(0, 0);
     doing_->setText(tr("Making a backup…"));
-    steps_->setCurrentIndex(progressStep);
+    showStep(*steps_, progressStep);
     const auto made = std::make_shared<ImportReport>();
     job_.start([&environment = environment_,
                 source = *source_,
@@ -266,7 +267,7 @@ void ImportAssistant::showReport(const ImportReport& made) {
     troubles_->setPlainText(lines.join('\n'));
     troubles_->setVisible(!lines.isEmpty());
     undo_->setVisible(made.id && made.imported + made.replaced > 0);
-    steps_->setCurrentIndex(reportStep);
+    showStep(*steps_, reportStep);
     emit imported(firstNoteOf(made));
 }
 
@@ -300,7 +301,7 @@ void ImportAssistant::showFailure(const QString& sentence) {
     outcome_->setText(sentence);
     troubles_->hide();
     undo_->hide();
-    steps_->setCurrentIndex(reportStep);
+    showStep(*steps_, reportStep);
 }
 
 void ImportAssistant::reject() {

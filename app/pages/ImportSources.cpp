@@ -2,6 +2,7 @@
 
 #include "app/state/AppEnvironment.h"
 #include "base/Text.h"
+#include "core/import/AppleNotesImporter.h"
 #include "core/import/ENEXImporter.h"
 #include "core/import/MarkdownImporter.h"
 #include "core/import/TesserineImporter.h"
@@ -83,6 +84,18 @@ ImportSource enex(AppEnvironment& environment) {
     return source;
 }
 
+ImportSource appleNotes(AppEnvironment& environment) {
+    ImportSource source{
+        .icon = "notes",
+        .title = tr("Apple Notes"),
+        .text = tr("A copy of the folder that holds “NoteStore.sqlite”, or of exported notes."),
+        .takes = [](const fs::path& path) {
+            return path.filename() == "NoteStore.sqlite" || fs::exists(path / "NoteStore.sqlite");
+        }};
+    use(source, std::make_shared<Held<AppleNotesImporter>>(environment));
+    return source;
+}
+
 ImportSource ownExport(AppEnvironment& environment) {
     const auto held = std::make_shared<Held<TesserineImporter>>(environment);
     return {
@@ -106,6 +119,7 @@ ImportSource ownExport(AppEnvironment& environment) {
 std::vector<ImportSource> importSources(AppEnvironment& environment) {
     return {
         ownExport(environment),
+        appleNotes(environment),
         markdown(environment, ImportSource::Picks::folder),
         markdown(environment, ImportSource::Picks::files),
         enex(environment)};

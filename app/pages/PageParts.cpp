@@ -9,6 +9,8 @@
 namespace tesserine::app {
 namespace {
 
+constexpr const char* mainProperty = "isMainButton";
+
 QColor colorOf(Tone tone) {
     const Colors& colors = Theme::colors();
     switch (tone) {
@@ -78,8 +80,11 @@ QPushButton* makeMainButton(const QString& title, QWidget* parent) {
     auto* const button = new QPushButton(title, parent);
     button->setDefault(true);
     button->setAutoDefault(true);
+    button->setProperty(mainProperty, true);
     return button;
 }
+
+bool isMainButton(const QPushButton& button) { return button.property(mainProperty).toBool(); }
 
 bool showFolder(const QString& folder) {
     return QDesktopServices::openUrl(QUrl::fromLocalFile(folder));

@@ -20,6 +20,7 @@ void setTone(QLabel& label, Tone tone);
 
 /// The button of the step that the page is for: filled, pressed by Return.
 QPushButton* makeMainButton(const QString& title, QWidget* parent);
+bool isMainButton(const QPushButton& button);
 
 /// Opens the folder in the desktop's file manager; tells whether one was found.
 bool showFolder(const QString& folder);
