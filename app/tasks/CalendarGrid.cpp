@@ -329,7 +329,8 @@ void CalendarGrid::showAll(std::size_t day, const QPoint& globalPlace) {
     auto* const menu = new QMenu(this);
     menu->setObjectName("tasksOfDay");
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const CalendarDay& shown = model_.days()[day];
+    constexpr std::size_t mostListed = 40;
+    const CalendarDay shown = model_.read(model_.days()[day].cell, mostListed);
     for (const CalendarTask& task : shown.tasks) {
         constexpr int widest = 320;
         const QString title = fontMetrics().elidedText(

@@ -29,15 +29,15 @@ void CalendarModel::show(Span span, Instant day) {
                                            : TaskCalendarLayout::weekCells(day_, calendar, today);
     days_.clear();
     for (const CalendarDayCell& cell : cells) {
-        days_.push_back(read(cell));
+        days_.push_back(read(cell, span == Span::month ? mostTasksInMonth : mostTasksInWeek));
     }
 }
 
-CalendarDay CalendarModel::read(const CalendarDayCell& cell) const {
+CalendarDay CalendarModel::read(const CalendarDayCell& cell, std::size_t mostTasks) const {
     const Calendar& calendar = environment_.calendar();
     const TaskWords words(environment_.now(), calendar);
     FetchRequest request = tasksDueOn(cell.date, calendar);
-    request.limit = mostTasksRead;
+    request.limit = mostTasks;
 
     CalendarDay day{.cell = cell};
     environment_.context().visitRows<CDTask>(request, [&](const ListedRow& row) {
@@ -53,7 +53,7 @@ CalendarDay CalendarModel::read(const CalendarDayCell& cell) const {
              .repeats = !row.get(&CDTask::recurrenceRule).value_or("").empty()});
     });
     day.taskCount = day.tasks.size();
-    if (day.taskCount == mostTasksRead) {
+    if (day.taskCount == mostTasks) {
         day.taskCount = environment_.context().count<CDTask>(request.predicate);
     }
     return day;

@@ -35,8 +35,9 @@ struct CalendarDay {
 class CalendarModel {
 public:
     enum class Span { month, week };
-    /// Tasks read of one day; more do not fit anyhow, or are asked for by `allTasks`.
-    static constexpr std::size_t mostTasksRead = 40;
+    /// Tasks read of one day; more do not fit anyhow.
+    static constexpr std::size_t mostTasksInMonth = 12;
+    static constexpr std::size_t mostTasksInWeek = 60;
 
     explicit CalendarModel(AppEnvironment& environment);
 
@@ -50,6 +51,8 @@ public:
     /// The place of the marked day in `days`.
     std::size_t dayIndex() const;
     const std::vector<CalendarDay>& days() const { return days_; }
+    /// The day with up to so many of its tasks.
+    CalendarDay read(const CalendarDayCell& cell, std::size_t mostTasks) const;
     /// "March 2026", "9 – 15 March 2026"
     QString title() const;
     /// What a screen reader says of the marked day.
@@ -62,8 +65,6 @@ public:
     void showToday();
 
 private:
-    CalendarDay read(const CalendarDayCell& cell) const;
-
     AppEnvironment& environment_;
     Span span_ = Span::month;
     Instant day_;

@@ -1,5 +1,6 @@
 #include "app/tasks/TaskDetail.h"
 
+#include "app/commands/NoteSwitcher.h"
 #include "app/look/EmptyState.h"
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
@@ -53,6 +54,7 @@ TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
       reminder_(valueButton("Reminder", this)),
       project_(valueButton("Project", this)),
       note_(valueButton("Linked note", this)),
+      unlink_(new IconButton("close", "Do not link this note", this)),
       priority_(new PriorityButtons(this)),
       labels_(new LabelsField([this] { return labelNames(); }, this)),
       subtasks_(new SubtaskList(environment, this)),
@@ -119,7 +121,9 @@ QWidget* TaskDetail::makeForm() {
     layout->addLayout(formLine("project", project_, form));
     layout->addLayout(formLine("flag", priority_, form));
     layout->addLayout(formLine("label", labels_, form));
-    layout->addLayout(formLine("note", note_, form));
+    auto* const note = formLine("note", note_, form);
+    note->addWidget(unlink_);
+    layout->addLayout(note);
     layout->addSpacing(space::medium);
     layout->addWidget(sectionTitle("Subtasks", form));
     layout->addWidget(subtasks_);
@@ -144,11 +148,8 @@ void TaskDetail::followFields() {
     connect(recurrence_, &QPushButton::clicked, this, &TaskDetail::askRecurrence);
     connect(reminder_, &QPushButton::clicked, this, &TaskDetail::askReminder);
     connect(project_, &QPushButton::clicked, this, &TaskDetail::askProject);
-    connect(note_, &QPushButton::clicked, this, [this] {
-        const CDTask* const task = find();
-        const CDNote* const note = task == nullptr ? nullptr : task->linkedNote.get();
-        if (note != nullptr) emit noteChosen(*note->id);
-    });
+    connect(note_, &QPushButton::clicked, this, &TaskDetail::openNote);
+    connect(unlink_, &IconButton::clicked, this, [this] { linkNote(nullptr); });
     connect(priority_, &PriorityButtons::chosen, this, [this](TaskPriority priority) {
         change([&](CDTask& task) { environment_.tasks().setPriority(task, priority); });
     });
@@ -235,7 +236,8 @@ void TaskDetail::loadFields(const CDTask& task) {
         *note_,
         note != nullptr ? QString::fromStdString(note->title.valueOr("")) : QString(),
         note != nullptr ? "Untitled note" : "No linked note");
-    note_->setEnabled(note != nullptr);
+    note_->setToolTip(note != nullptr ? "Open the linked note" : "Link a note");
+    unlink_->setVisible(note != nullptr);
 
     QStringList labels;
     for (const std::string& label : tesserine::labelNames(task, environment_.collator())) {
@@ -284,6 +286,27 @@ void TaskDetail::change(const std::function<void(CDTask&)>& change) {
     if (task == nullptr) return;
     change(*task);
     environment_.save(this);
+}
+
+void TaskDetail::openNote() {
+    const CDTask* const task = find();
+    if (task == nullptr) return;
+    if (const CDNote* const note = task->linkedNote) {
+        emit noteChosen(*note->id);
+        return;
+    }
+    auto* const switcher = new NoteSwitcher(environment_, window());
+    connect(switcher, &NoteSwitcher::noteChosen, this, [this](const Uuid& id) {
+        linkNote(environment_.context().find<CDNote>(id));
+    });
+    switcher->open();
+}
+
+void TaskDetail::linkNote(CDNote* note) {
+    change([&](CDTask& task) {
+        task.linkedNote = note;
+        task.updatedAt = environment_.now();
+    });
 }
 
 void TaskDetail::askDue() {

@@ -16,6 +16,7 @@ namespace tesserine::app {
 
 class AppEnvironment;
 class GrowingText;
+class IconButton;
 class LabelsField;
 class PriorityButtons;
 class SubtaskList;
@@ -50,6 +51,9 @@ private:
     void loadFields(const CDTask& task);
     /// Changes the task and saves it.
     void change(const std::function<void(CDTask&)>& change);
+    /// Asks for a note to link where there is none.
+    void openNote();
+    void linkNote(CDNote* note);
     void askDue();
     void askReminder();
     void askRecurrence();
@@ -66,6 +70,7 @@ private:
     QPushButton* const reminder_;
     QPushButton* const project_;
     QPushButton* const note_;
+    IconButton* const unlink_;
     PriorityButtons* const priority_;
     LabelsField* const labels_;
     SubtaskList* const subtasks_;

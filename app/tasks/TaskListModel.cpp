@@ -62,15 +62,16 @@ TaskListModel::TaskListModel(AppEnvironment& environment, QObject* parent)
 void TaskListModel::setView(const TaskView& view) {
     view_ = view;
     held_.clear();
-    auto lines = read(0, pageSize, isEnd_);
-    readCount_ = pageSize;
+    Page page = read(0, pageSize);
     beginResetModel();
-    lines_ = std::move(lines);
+    lines_ = std::move(page.lines);
+    taskCount_ = page.taskCount;
+    isEnd_ = page.isEnd;
     endResetModel();
 }
 
-std::size_t TaskListModel::taskCount() const {
-    return environment_.tasks().count(environment_.context(), view_, environment_.calendar());
+std::optional<std::size_t> TaskListModel::taskCount() const {
+    return isEnd_ ? std::optional(taskCount_) : std::nullopt;
 }
 
 // Reading
@@ -93,14 +94,12 @@ QString TaskListModel::groupOf(const CDTask& task) const {
     return {};
 }
 
-std::vector<TaskRow> TaskListModel::read(std::size_t offset, std::size_t limit, bool& isEnd) const {
+TaskListModel::Page TaskListModel::read(std::size_t offset, std::size_t limit) const {
     FetchRequest request = view_.request(environment_.now(), environment_.calendar());
     request.offset = offset;
     request.limit = limit;
     const auto tasks = environment_.context().fetch<CDTask>(request);
-    isEnd = tasks.size() < limit;
-
-    std::vector<TaskRow> lines;
+    Page page{.taskCount = tasks.size(), .isEnd = tasks.size() < limit};
     QString group;
     if (offset > 0) {
         const auto last = std::find_if(
@@ -109,11 +108,11 @@ std::vector<TaskRow> TaskListModel::read(std::size_t offset, std::size_t limit, 
     }
     for (const CDTask* task : tasks) {
         const QString own = groupOf(*task);
-        if (own != group) lines.push_back(TaskRow::group(own, own == overdueGroup));
+        if (own != group) page.lines.push_back(TaskRow::group(own, own == overdueGroup));
         group = own;
-        appendTask(lines, *task, isDay(view_.kind()) && own != overdueGroup);
+        appendTask(page.lines, *task, isDay(view_.kind()) && own != overdueGroup);
     }
-    return lines;
+    return page;
 }
 
 void TaskListModel::appendTask(
@@ -141,19 +140,24 @@ bool TaskListModel::canFetchMore(const QModelIndex& parent) const {
 }
 
 void TaskListModel::fetchMore(const QModelIndex& /*parent*/) {
-    const std::vector<TaskRow> more = read(readCount_, pageSize, isEnd_);
-    readCount_ += pageSize;
-    if (more.empty()) return;
+    const Page more = read(taskCount_, pageSize);
+    taskCount_ += more.taskCount;
+    isEnd_ = more.isEnd;
+    if (more.lines.empty()) return;
     const int first = rowCount();
-    beginInsertRows({}, first, first + static_cast<int>(more.size()) - 1);
-    lines_.insert(lines_.end(), more.begin(), more.end());
+    beginInsertRows({}, first, first + static_cast<int>(more.lines.size()) - 1);
+    lines_.insert(lines_.end(), more.lines.begin(), more.lines.end());
     endInsertRows();
 }
 
 void TaskListModel::reload() {
-    std::vector<TaskRow> lines = read(0, readCount_, isEnd_);
-    keepHeld(lines);
-    replaceLines(lines);
+    // A page more than there is, so that an added task is not beyond the end.
+    Page page = read(0, isEnd_ ? taskCount_ + pageSize : taskCount_);
+    taskCount_ = page.taskCount;
+    isEnd_ = page.isEnd;
+    keepHeld(page.lines);
+    replaceLines(page.lines);
+    emit reloaded();
 }
 
 void TaskListModel::setExpanded(const Uuid& task, bool isExpanded) {

@@ -6,6 +6,7 @@
 #include <QAbstractListModel>
 
 #include <cstddef>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -33,8 +34,8 @@ public:
     const TaskRow& line(int row) const { return lines_[static_cast<std::size_t>(row)]; }
     /// The line of the task; invalid when it is not read (yet).
     QModelIndex indexOf(const Uuid& task) const;
-    /// How many tasks the view holds, read or not.
-    std::size_t taskCount() const;
+    /// How many tasks the view holds, once all are read.
+    std::optional<std::size_t> taskCount() const;
 
     void setExpanded(const Uuid& task, bool isExpanded);
     /// Keeps the line of a task that is about to leave the view, shown as completed, until
@@ -58,8 +59,18 @@ public:
     /// Reads again as many tasks as are shown.
     void reload();
 
+signals:
+    /// After `reload`, whether or not a line has changed.
+    void reloaded();
+
 private:
-    std::vector<TaskRow> read(std::size_t offset, std::size_t limit, bool& isEnd) const;
+    /// What was read of the view.
+    struct Page {
+        std::vector<TaskRow> lines{};
+        std::size_t taskCount = 0;  ///< without subtasks
+        bool isEnd = false;         ///< there are no further tasks
+    };
+    Page read(std::size_t offset, std::size_t limit) const;
     QString groupOf(const CDTask& task) const;
     void appendTask(std::vector<TaskRow>& lines, const CDTask& task, bool isBelowItsDay) const;
     void keepHeld(std::vector<TaskRow>& lines) const;
@@ -73,7 +84,7 @@ private:
     AppEnvironment& environment_;
     TaskView view_ = TaskView::today();
     std::vector<TaskRow> lines_;
-    std::size_t readCount_ = 0;  // tasks of the view that were read, without subtasks
+    std::size_t taskCount_ = 0;  // read, without subtasks
     bool isEnd_ = true;
     std::set<Uuid> expanded_;
     std::set<Uuid> held_;

@@ -173,12 +173,13 @@ TEST_F(TaskListModelTest, ReadsFurtherTasksWhenAskedFor) {
     TaskListModel list(*environment);  // the tester would ask for more by itself
     list.setView(TaskView::inbox());
     EXPECT_EQ(list.rowCount(), 100);
-    EXPECT_EQ(list.taskCount(), 250U);
+    EXPECT_FALSE(list.taskCount()) << "nobody knows yet";
     while (list.canFetchMore({})) {
         list.fetchMore({});
     }
     EXPECT_EQ(list.rowCount(), 250);
     EXPECT_EQ(list.line(249).title, "249");
+    EXPECT_EQ(list.taskCount(), 250U);
     commands.remove({list.line(120).id, list.line(7).id});
     EXPECT_EQ(list.rowCount(), 248) << "what was read stays read";
 }

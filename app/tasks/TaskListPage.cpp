@@ -17,6 +17,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <memory>
 
 namespace tesserine::app {
 namespace {
@@ -111,7 +112,11 @@ TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QW
          {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
         connect(model_, signal, this, &TaskListPage::updateState);
     }
-    connect(model_, &QAbstractItemModel::modelReset, this, &TaskListPage::updateState);
+    connect(model_, &QAbstractItemModel::modelReset, this, [this] {
+        updateState();
+        updateCount();
+    });
+    connect(model_, &TaskListModel::reloaded, this, &TaskListPage::updateCount);
     connect(
         list_, &TaskListView::ticked, this, [this](const Uuid& task) { actions_.tick({task}); });
     connect(&actions_, &TaskActions::completing, list_, &TaskListView::drawTicks);
@@ -127,7 +132,6 @@ TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QW
     });
     connect(bar_, &QuickAddBar::created, list_, &TaskListView::selectTask);
     connect(bar_, &QuickAddBar::left, list_, [this] { list_->setFocus(); });
-    connect(&environment, &AppEnvironment::calendarChanged, this, [this] { updateState(); });
 }
 
 void TaskListPage::showPlace(const Place& place) {
@@ -170,13 +174,35 @@ void TaskListPage::useView(const Place& place) {
 }
 
 void TaskListPage::updateState() {
-    const std::size_t count = model_->taskCount();
     const bool isEmpty = model_->rowCount() == 0;
+    stack_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(empty_) : list_);
+}
+
+void TaskListPage::updateCount() {
+    const int question = ++countQuestion_;
+    if (const auto count = model_->taskCount()) {
+        showCount(*count);
+        return;
+    }
+    const auto count = std::make_shared<std::size_t>(0);
+    environment_.inBackground(
+        [count,
+         view = model_->view(),
+         calendar = environment_.calendar(),
+         &tasks = environment_.tasks()](StoreContext& context, const std::stop_token& /*stop*/) {
+            *count = tasks.count(context, view, calendar);
+        },
+        this,
+        [this, count, question] {
+            if (question == countQuestion_) showCount(*count);
+        });
+}
+
+void TaskListPage::showCount(std::size_t count) {
     count_->setText(
-        isEmpty      ? QString()
+        count == 0   ? QString()
         : count == 1 ? QString("1 task")
                      : QString("%L1 tasks").arg(count));
-    stack_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(empty_) : list_);
 }
 
 void TaskListPage::showTemplateMenu(const QPoint& globalPlace) {

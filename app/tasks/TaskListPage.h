@@ -5,6 +5,7 @@
 
 #include <QWidget>
 
+#include <cstddef>
 #include <optional>
 #include <vector>
 
@@ -49,6 +50,8 @@ private:
     void useView(const Place& place);
     void place(const std::vector<Uuid>& tasks, const std::optional<Uuid>& before);
     void updateState();
+    void updateCount();
+    void showCount(std::size_t count);
     void showTemplateMenu(const QPoint& globalPlace);
     void use(const Uuid& taskTemplate);
 
@@ -61,6 +64,7 @@ private:
     TaskListView* const list_;
     EmptyState* const empty_;
     QStackedWidget* const stack_;
+    int countQuestion_ = 0;  // answers to earlier ones are passed over
 };
 
 }  // namespace tesserine::app
