@@ -12,6 +12,9 @@
 #include <QTextCursor>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <utility>
+
 namespace tesserine::app {
 namespace {
 
@@ -73,8 +76,10 @@ ComparisonView::ComparisonView(
     second->setObjectName("rightVersion");
     const AttributedText leftText = attributedText(left.html);
     const AttributedText rightText = attributedText(right.html);
-    first->note().setContent(leftText);
-    second->note().setContent(rightText);
+    for (const auto& [body, text] : {std::pair(first, &leftText), std::pair(second, &rightText)}) {
+        body->note().setContent(*text);
+        body->setTextCursor(QTextCursor(&body->note()));
+    }
     const Comparison comparison = compared(leftText.text, rightText.text);
     mark(*first, comparison.removed, tinted(Theme::colors().danger));
     mark(*second, comparison.added, tinted(Theme::colors().success));

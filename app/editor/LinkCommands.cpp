@@ -3,7 +3,8 @@
 #include "app/commands/Commands.h"
 #include "app/editor/BodyEdit.h"
 #include "app/editor/StyleCommands.h"
-#include "app/look/Theme.h"
+#include "app/editor/TableDialog.h"
+#include "core/body/AttributedTextReader.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -28,6 +29,7 @@ std::string addressFrom(const QString& typed) {
 LinkCommands::LinkCommands(Commands& commands, BodyEdit& body, QObject* parent)
     : QObject(parent), body_(body) {
     commands.on("format.link", this, [this] { editLink(); });
+    commands.on("format.table", this, [this] { insertTable(); });
 }
 
 void LinkCommands::editLink() {
@@ -75,6 +77,40 @@ void LinkCommands::editLink() {
         body_.setFocus();
     });
     dialog->open();
+}
+
+/// The table under the cursor, or a new one.
+void LinkCommands::insertTable() {
+    const auto object = body_.objectAtCursor();
+    if (object && editTable(*object)) return;
+    auto* const dialog = new TableDialog(TableContent(3, 3), &body_);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this, [this, dialog] {
+        body_.edit([&](NoteDocument& note, QTextCursor& cursor) {
+            cursor.movePosition(QTextCursor::EndOfBlock);
+            note.insertParagraphs(cursor, attributedText(dialog->content().html()));
+        });
+    });
+    dialog->open();
+}
+
+bool LinkCommands::editTable(int position) {
+    const std::string html = body_.note().styleAt(position).object;
+    const auto content = TableContent::of(html);
+    if (!content || body_.isReadOnly()) return false;
+    auto* const dialog = new TableDialog(*content, &body_);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this, [this, dialog, position, html] {
+        // The note may have been shown anew meanwhile.
+        if (body_.note().styleAt(position).object != html) return;
+        QTextCursor place(&body_.note());
+        place.setPosition(position);
+        place.setPosition(position + 1, QTextCursor::KeepAnchor);
+        body_.note().changeStyles(
+            place, [&](InlineStyle& style) { style.object = dialog->content().html(); });
+    });
+    dialog->open();
+    return true;
 }
 
 }  // namespace tesserine::app

@@ -7,7 +7,7 @@ namespace tesserine::app {
 class BodyEdit;
 class Commands;
 
-/// The command "format.link": asks for an address and puts a link into the text.
+/// The commands "format.link" and "format.table": ask what is needed and change the text.
 class LinkCommands final : public QObject {
     Q_OBJECT
 
@@ -15,8 +15,12 @@ public:
     /// Both outlive it.
     LinkCommands(Commands& commands, BodyEdit& body, QObject* parent);
 
+    /// Opens the table at a position of the document; false when it is not a simple one.
+    bool editTable(int position);
+
 private:
     void editLink();
+    void insertTable();
 
     BodyEdit& body_;
 };

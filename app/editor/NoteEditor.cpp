@@ -24,6 +24,7 @@
 #include "app/state/Notice.h"
 #include "core/body/AttributedTextReader.h"
 
+#include <QEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -60,6 +61,16 @@ NoteEditor::~NoteEditor() {
     body_->disconnect(this);
     // Widgets go while what they draw from is still there.
     qDeleteAll(findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly));
+}
+
+/// Words keep their colours in the document: another theme is a document made anew.
+void NoteEditor::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    const bool isNewTheme = event->type() == QEvent::PaletteChange && body_ != nullptr;
+    if (!isNewTheme || isDark_ == Theme::colors().isDark) return;
+    isDark_ = Theme::colors().isDark;
+    const QScopedValueRollback showing(isShowing_, true);
+    body_->followTheme();
 }
 
 void NoteEditor::build() {
@@ -122,7 +133,7 @@ void NoteEditor::layOut() {
 
 void NoteEditor::handleCommands() {
     new FormatCommands(commands_, *body_, this);
-    new LinkCommands(commands_, *body_, this);
+    links_ = new LinkCommands(commands_, *body_, this);
     commands_.on("edit.pastePlain", this, [this] { paster_->pastePlain(); });
     commands_.on("note.attach", this, [this] { paster_->choose(Paster::Wanted::files); });
     commands_.on("format.image", this, [this] { paster_->choose(Paster::Wanted::pictures); });
@@ -201,6 +212,7 @@ void NoteEditor::showNote(const CDNote& note) {
 }
 
 void NoteEditor::showBody() {
+    isDark_ = Theme::colors().isDark;
     body_->note().setContent(attributedText(open_.html()));
     QTextCursor cursor(&body_->note());
     body_->setTextCursor(cursor);
@@ -299,7 +311,8 @@ void NoteEditor::openObject(int position) {
     const NoteObject object = body_->objectAt(position);
     if (object.kind == NoteObject::Kind::locked) return locking_->unlock(position);
     if (object.attachment) return openAttachment(*object.attachment);
-    if (!object.source.starts_with("data:")) {
+    if (links_->editTable(position)) return;
+    if (!object.source.empty() && !object.source.starts_with("data:")) {
         emit linkActivated(QString::fromStdString(object.source));
     }
 }

@@ -23,6 +23,7 @@ class Commands;
 class ConflictResolution;
 class EditorFooter;
 class FindBar;
+class LinkCommands;
 class LinkCompletion;
 class NoteHeader;
 class NoticeBar;
@@ -76,6 +77,7 @@ signals:
     void noteGone();
 
 private:
+    void changeEvent(QEvent* event) override;
     void build();
     void makeHelpers();
     void layOut();
@@ -107,11 +109,13 @@ private:
     EditorFooter* footer_ = nullptr;
     SidePanel* panel_ = nullptr;
     Paster* paster_ = nullptr;
+    LinkCommands* links_ = nullptr;
     LinkCompletion* completion_ = nullptr;
     SpellingMarks* spellingMarks_ = nullptr;
     PassageLocking* locking_ = nullptr;
     ConflictResolution* conflict_ = nullptr;
     bool isShowing_ = false;  // what changes now is not typed
+    bool isDark_ = false;     // as the document was made
 };
 
 }  // namespace tesserine::app

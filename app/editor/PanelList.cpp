@@ -64,6 +64,7 @@ PanelList::PanelList(const QString& objectName, const QString& name, QString emp
     setObjectName(objectName);
     setAccessibleName(name);
     setFrameShape(QFrame::NoFrame);
+    viewport()->setBackgroundRole(QPalette::Window);
     setMouseTracking(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setItemDelegate(new EntryDelegate(this));

@@ -37,7 +37,8 @@ public:
 
     void paint(QPainter& painter, int page) {
         const double height = document_.pageSize().height();
-        const QRectF visible(0, page * height, paper_.width(), height);
+        // Without its last row of dots, in which the next page may begin.
+        const QRectF visible(0, page * height, paper_.width(), height - 1);
         if (page == 0) paintTitle(painter);
         paintNumber(painter, page);
         painter.save();

@@ -15,13 +15,13 @@
 #include "core/body/NoteOutline.h"
 #include "core/body/PlainText.h"
 
+#include <QButtonGroup>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStackedWidget>
-#include <QTabBar>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -63,7 +63,7 @@ SidePanel::SidePanel(Commands& commands, Parts parts, QWidget* parent)
     : QWidget(parent),
       commands_(commands),
       parts_(std::move(parts)),
-      tabs_(new QTabBar(this)),
+      tabs_(new QButtonGroup(this)),
       stack_(new QStackedWidget(this)),
       outline_(
           new PanelList("outline", "Outline", "Headings of this note are listed here.", stack_)),
@@ -76,21 +76,21 @@ SidePanel::SidePanel(Commands& commands, Parts parts, QWidget* parent)
     setObjectName("sidePanel");
     setAutoFillBackground(true);
     setFixedWidth(panelWidth);
-    tabs_->setAccessibleName("What is shown beside the note");
-    tabs_->setDrawBase(false);
-    tabs_->setExpanding(false);
+    auto* const head = new QHBoxLayout;
+    head->setContentsMargins(space::small, space::tiny, space::tiny, space::tiny);
+    head->setSpacing(space::hair);
     for (const Tab& tab : tabs) {
-        const int index = tabs_->addTab(icon(tab.icon), {});
-        tabs_->setTabToolTip(index, tab.name);
-        tabs_->setAccessibleTabName(index, tab.name);
+        auto* const button = new IconButton(tab.icon, tab.name, this);
+        button->setCheckable(true);
+        tabs_->addButton(button, static_cast<int>(tabs_->buttons().size()));
+        head->addWidget(button);
     }
+    tabs_->button(0)->setChecked(true);
+    head->addStretch(1);
     for (PanelList* const list : {outline_, backlinks_, attachments_, versions_}) {
         stack_->addWidget(list);
     }
     auto* const closing = new IconButton("close", "Close side panel", this);
-    auto* const head = new QHBoxLayout;
-    head->setContentsMargins(space::tiny, space::tiny, space::tiny, 0);
-    head->addWidget(tabs_, 1);
     head->addWidget(closing);
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -101,11 +101,7 @@ SidePanel::SidePanel(Commands& commands, Parts parts, QWidget* parent)
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &SidePanel::fill);
     connect(closing, &QToolButton::clicked, this, &QWidget::hide);
-    connect(tabs_, &QTabBar::currentChanged, this, [this](int index) {
-        stack_->setCurrentIndex(index);
-        tellCommands();
-        fill();
-    });
+    connect(tabs_, &QButtonGroup::idClicked, this, [this](int id) { open(static_cast<Part>(id)); });
     connect(
         outline_, &PanelList::chosen, this, [this](const QVariant& value) { jump(value.toInt()); });
     connect(backlinks_, &PanelList::chosen, this, [this](const QVariant& value) {
@@ -127,7 +123,8 @@ SidePanel::SidePanel(Commands& commands, Parts parts, QWidget* parent)
 }
 
 void SidePanel::open(Part part) {
-    tabs_->setCurrentIndex(static_cast<int>(part));
+    tabs_->button(static_cast<int>(part))->setChecked(true);
+    stack_->setCurrentIndex(static_cast<int>(part));
     show();
     fill();
     tellCommands();
@@ -154,14 +151,15 @@ void SidePanel::hideEvent(QHideEvent* event) {
 }
 
 void SidePanel::tellCommands() {
-    const auto part = static_cast<Part>(tabs_->currentIndex());
-    commands_.action("view.outline").setChecked(isVisible() && part == Part::outline);
-    commands_.action("view.backlinks").setChecked(isVisible() && part == Part::backlinks);
+    commands_.action("view.outline").setChecked(isVisible() && part() == Part::outline);
+    commands_.action("view.backlinks").setChecked(isVisible() && part() == Part::backlinks);
 }
+
+SidePanel::Part SidePanel::part() const { return static_cast<Part>(stack_->currentIndex()); }
 
 void SidePanel::fill() {
     if (!isVisible()) return;
-    switch (static_cast<Part>(tabs_->currentIndex())) {
+    switch (part()) {
     case Part::outline: return fillOutline();
     case Part::backlinks: return fillBacklinks();
     case Part::attachments: return fillAttachments();

@@ -7,8 +7,8 @@
 
 #include <functional>
 
+class QButtonGroup;
 class QStackedWidget;
-class QTabBar;
 
 namespace tesserine::app {
 
@@ -61,10 +61,11 @@ private:
     void saveAttachment(const Uuid& id);
     void deleteAttachment(const Uuid& id);
     void tellCommands();
+    Part part() const;
 
     Commands& commands_;
     Parts parts_;
-    QTabBar* const tabs_;
+    QButtonGroup* const tabs_;
     QStackedWidget* const stack_;
     PanelList* const outline_;
     PanelList* const backlinks_;

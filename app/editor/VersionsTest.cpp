@@ -8,7 +8,7 @@
 #include <QLabel>
 #include <QPrinter>
 #include <QPushButton>
-#include <QTabBar>
+#include <QToolButton>
 
 #include <filesystem>
 
@@ -106,7 +106,9 @@ TEST_F(VersionsTest, ThePanelShowsHeadingsLinksAndFiles) {
     EXPECT_EQ(editor.body().textCursor().position(), 4);
     commands.trigger("view.backlinks");
     ASSERT_TRUE(waitUntil([&] { return entries("backlinks") == QStringList{"Linking"}; }));
-    editor.findChild<QTabBar*>()->setCurrentIndex(2);
+    for (auto* button : editor.findChildren<QToolButton*>()) {
+        if (button->accessibleName() == "Attachments") button->click();
+    }
     EXPECT_EQ(entries("attachments"), QStringList{"a.txt"});
 }
 

@@ -1,0 +1,80 @@
+#include "app/editor/TableDialog.h"
+
+#include "app/look/Theme.h"
+
+#include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace tesserine::app {
+
+TableDialog::TableDialog(TableContent content, QWidget* parent)
+    : QDialog(parent), content_(std::move(content)), grid_(new QTableWidget(this)) {
+    setObjectName("tableDialog");
+    setWindowTitle("Table");
+    grid_->setObjectName("tableGrid");
+    grid_->setAccessibleName("Table");
+    grid_->horizontalHeader()->hide();
+    grid_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    grid_->verticalHeader()->hide();
+
+    auto* const tools = new QHBoxLayout;
+    const auto add = [&](const QString& title, const std::function<void(int, int)>& change) {
+        auto* const button = new QPushButton(title, this);
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, [this, change] {
+            const int row = std::max(grid_->currentRow(), 0);
+            const int column = std::max(grid_->currentColumn(), 0);
+            change(row, column);
+            show(row, column);
+        });
+        tools->addWidget(button);
+    };
+    const auto at = [](int place) { return static_cast<std::size_t>(place); };
+    add("Add Row", [this, at](int row, int) { content_.insertRow(at(row) + 1); });
+    add("Add Column", [this, at](int, int column) { content_.insertColumn(at(column) + 1); });
+    add("Remove Row", [this, at](int row, int) { content_.removeRow(at(row)); });
+    add("Remove Column", [this, at](int, int column) { content_.removeColumn(at(column)); });
+    tools->addStretch(1);
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
+    buttons->addButton("Done", QDialogButtonBox::AcceptRole);
+    auto* const column = new QVBoxLayout(this);
+    column->setSpacing(space::medium);
+    column->addLayout(tools);
+    column->addWidget(grid_, 1);
+    column->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(grid_, &QTableWidget::itemChanged, this, [this, at](const QTableWidgetItem* item) {
+        content_.setText(at(item->row()), at(item->column()), item->text().toStdString());
+    });
+    show(0, 0);
+    resize(640, 420);
+}
+
+/// The content as it is now, with the cursor in a cell.
+void TableDialog::show(int row, int column) {
+    const QSignalBlocker blocker(grid_);
+    const int rows = static_cast<int>(content_.rowCount());
+    const int columns = static_cast<int>(content_.columnCount());
+    grid_->setRowCount(rows);
+    grid_->setColumnCount(columns);
+    for (int i = 0; i < rows * columns; ++i) {
+        const TableContent::Cell& cell = content_.cell(
+            static_cast<std::size_t>(i / columns), static_cast<std::size_t>(i % columns));
+        auto* const item = new QTableWidgetItem(QString::fromStdString(cell.text));
+        if (cell.isHeader) item->setFont(Theme::font(TextRole::emphasis));
+        grid_->setItem(i / columns, i % columns, item);
+    }
+    grid_->setCurrentCell(std::min(row, rows - 1), std::min(column, columns - 1));
+    grid_->setFocus();
+}
+
+}  // namespace tesserine::app
