@@ -145,7 +145,8 @@ void drawScrollBar(QPainter& painter, const QStyleOption& option, const QRect& t
     painter.restore();
 }
 
-/// Where the thumb of a scroll bar stands, which fills all of it: there are no arrows.
+/// Where the thumb of a scroll bar stands, as read from left to right. It may stand anywhere in the
+/// bar: there are no arrows.
 QRect thumbOf(const QStyleOptionSlider& bar) {
     const bool isUpright = bar.orientation == Qt::Vertical;
     const int room = isUpright ? bar.rect.height() : bar.rect.width();
@@ -157,7 +158,7 @@ QRect thumbOf(const QStyleOptionSlider& bar) {
         bar.minimum, bar.maximum, bar.sliderPosition, room - length, bar.upsideDown);
     const QRect thumb = isUpright ? QRect(0, at, bar.rect.width(), length)
                                   : QRect(at, 0, length, bar.rect.height());
-    return QStyle::visualRect(bar.direction, bar.rect, thumb.translated(bar.rect.topLeft()));
+    return thumb.translated(bar.rect.topLeft());
 }
 
 void drawComboBox(QPainter& painter, const QStyleOptionComboBox& box) {
@@ -271,18 +272,20 @@ QRect WindowStyle::subControlRect(
         return QProxyStyle::subControlRect(control, option, part, widget);
     }
     const QRect thumb = thumbOf(*bar);
+    QRect area = bar->rect;
     const bool isUpright = bar->orientation == Qt::Vertical;
     switch (part) {
-    case SC_ScrollBarSlider: return thumb;
-    case SC_ScrollBarGroove: return bar->rect;
+    case SC_ScrollBarSlider: area = thumb; break;
+    case SC_ScrollBarGroove: break;
     case SC_ScrollBarSubPage:
-        return isUpright ? QRect(bar->rect.topLeft(), thumb.topRight())
-                         : QRect(bar->rect.topLeft(), thumb.bottomLeft());
+        isUpright ? area.setBottom(thumb.top() - 1) : area.setRight(thumb.left() - 1);
+        break;
     case SC_ScrollBarAddPage:
-        return isUpright ? QRect(thumb.bottomLeft(), bar->rect.bottomRight())
-                         : QRect(thumb.topRight(), bar->rect.bottomRight());
+        isUpright ? area.setTop(thumb.bottom() + 1) : area.setLeft(thumb.right() + 1);
+        break;
     default: return {};  // no arrows
     }
+    return visualRect(bar->direction, bar->rect, area);
 }
 
 QRect WindowStyle::subElementRect(

@@ -82,6 +82,44 @@ TEST_F(ImportAssistantTest, SaysWhyNothingCanBeImported) {
     EXPECT_FALSE((*import)->isEnabled());
 }
 
+TEST_F(ImportAssistantTest, ImportsFromWhatAFileOrFolderIs) {
+    const std::filesystem::path exported = folder / "Exported";
+    std::filesystem::create_directory(exported);
+    test::putContent(exported / "manifest.json", "{}");
+    const std::filesystem::path copied = folder / "group.notes";
+    std::filesystem::create_directory(copied);
+    test::putContent(copied / "NoteStore.sqlite", "");
+    const auto sources = importSources(*environment);
+    struct Case {
+        std::filesystem::path path;
+        const char* title;
+    };
+    for (const auto& [path, title] : {
+             Case{folder / "Notes", "A folder of Markdown"},
+             Case{exported, "An exported library"},
+             Case{copied, "Apple Notes"},
+             Case{copied / "NoteStore.sqlite", "Apple Notes"},
+             Case{"Recipes.ENEX", "Evernote export files"},
+             Case{"a.b.md", "Markdown or text files"},
+             Case{"picture.png", "none"},
+             Case{"enex", "none"},
+         }) {
+        const ImportSource* const source = sourceFor(sources, path);
+        EXPECT_EQ(source ? source->title : "none", title) << path;
+    }
+}
+
+TEST_F(ImportAssistantTest, ADamagedSourceIsASentenceAndTheNextOneIsLookedAt) {
+    const std::filesystem::path exported = folder / "Exported";
+    std::filesystem::create_directory(exported);
+    test::putContent(exported / "manifest.json", "{ no manifest");
+    ASSERT_TRUE(assistant.begin({exported}));
+    ASSERT_TRUE(waitUntil([&] { return textOf(assistant, "importContent") != "Looking…"; }));
+    EXPECT_FALSE(textOf(assistant, "importContent").empty());
+    ASSERT_TRUE(assistant.begin({folder / "Notes"}));
+    EXPECT_TRUE(says("importContent", "2 notes in 2 notebooks."));
+}
+
 TEST(ImportWords, SayWhatWillComeInAndWhatDid) {
     ImportPreview preview{.found = 1};
     EXPECT_EQ(importing::sentence(preview).toStdString(), "1 note.");
@@ -123,6 +161,16 @@ TEST_F(ExportAssistantTest, WritesAFolderAndSaysWhatIsInIt) {
     EXPECT_TRUE(outcome.starts_with("1 note, 0 files (0 bytes) and 1 task are in\n")) << outcome;
     const std::filesystem::path written = outcome.substr(outcome.find('\n') + 1);
     EXPECT_TRUE(std::filesystem::exists(written / "manifest.json")) << written;
+}
+
+TEST_F(ExportAssistantTest, AFolderThatIsNotThereIsASentence) {
+    ExportAssistant assistant(
+        *environment, QString::fromStdString((setting().library / "inside").string()));
+    assistant.show();
+    press(assistant, "Export");
+    ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "exportOutcome").empty(); }));
+    EXPECT_TRUE(QString::fromStdString(textOf(assistant, "exportOutcome")).endsWith('.'));
+    EXPECT_FALSE(std::filesystem::exists(setting().library / "inside"));
 }
 
 }  // namespace

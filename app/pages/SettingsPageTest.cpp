@@ -85,5 +85,25 @@ TEST_F(SettingsPageTest, BacksUpAndChecksWhatIsThere) {
         << text("careResult");
 }
 
+TEST_F(SettingsPageTest, TheIndexIsMadeAnewAndSaysWhatIsInIt) {
+    addNote("Plan");
+    press("Rebuild");
+    EXPECT_TRUE(waitUntil([&] { return text("coverage").starts_with("1 of 1 note"); }))
+        << text("coverage");
+}
+
+TEST_F(SettingsPageTest, AsksForWhatOthersDo) {
+    std::vector<std::string> asked;
+    const auto note = [&](const char* what) {
+        return [&asked, what] { asked.emplace_back(what); };
+    };
+    QObject::connect(&page, &SettingsPage::keysAsked, &page, note("keys"));
+    QObject::connect(&page, &SettingsPage::importAsked, &page, note("import"));
+    QObject::connect(&page, &SettingsPage::exportAsked, &page, note("export"));
+    for (const char* title : {"Show…", "Import…", "Export…"})
+        press(title);
+    EXPECT_EQ(asked, (std::vector<std::string>{"keys", "import", "export"}));
+}
+
 }  // namespace
 }  // namespace tesserine::app
