@@ -43,6 +43,7 @@ QString titleOf(const Place& place, StoreContext& context) {
     case Kind::completed: return "Completed";
     case Kind::calendar: return "Calendar";
     case Kind::project: return nameIn<CDProject>(context, place.id);
+    case Kind::taskTemplates: return "Task Templates";
     case Kind::trash: return "Trash";
     case Kind::search:
         return place.text.empty() ? QString("Search") : QString::fromStdString(place.text);
@@ -72,6 +73,7 @@ QString iconOf(Kind kind) {
     case Kind::project: return "project";
     case Kind::label: return "label";
     case Kind::task: return "task";
+    case Kind::taskTemplates: return "template";
     case Kind::trash: return "trash";
     case Kind::settings: return "settings";
     case Kind::welcome: return "help";

@@ -29,6 +29,9 @@ int depthOf(const QModelIndex& index) {
     return depth > 0 ? depth - 1 : 0;
 }
 
+/// A place outside all groups stands apart from the one above it.
+bool isApart(const QModelIndex& index) { return !isHeading(index) && !index.parent().isValid(); }
+
 QRect insideOf(const QStyleOptionViewItem& option, const QModelIndex& index) {
     const int left = space::medium + depthOf(index) * step;
     return option.rect.adjusted(left, 0, -space::large, 0);
@@ -48,6 +51,7 @@ bool isExpanded(const QStyleOptionViewItem& option, const QModelIndex& index) {
 QSize SidebarDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex& index) const {
     const int text = QFontMetrics(Theme::font(TextRole::body)).height();
     const bool isLower = isHeading(index) && index.row() > 0;
+    if (isApart(index)) return {120, text + space::medium + space::large};
     return {120, text + (isLower ? space::large + space::tiny : space::medium)};
 }
 
@@ -76,7 +80,13 @@ void SidebarDelegate::paint(
         painter->restore();
         return;
     }
-    paintRowGround(*painter, option, colors.window);
+    QStyleOptionViewItem row = option;
+    if (isApart(index)) {
+        painter->fillRect(option.rect, colors.window);
+        row.rect.setTop(row.rect.top() + space::large);
+        line.setTop(row.rect.top());
+    }
+    paintRowGround(*painter, row, colors.window);
 
     QRect place(line.left(), 0, iconSide, iconSide);
     place.moveCenter(QPoint(place.center().x(), line.center().y()));

@@ -125,7 +125,8 @@ void SidebarModel::addTasks() {
           Kind::upcoming,
           Kind::allTasks,
           Kind::completed,
-          Kind::calendar}) {
+          Kind::calendar,
+          Kind::taskTemplates}) {
         add(tasks, {kind}, titleOf({kind}, context));
     }
     QStandardItem& projects = addGroup("Projects");

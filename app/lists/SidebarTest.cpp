@@ -84,7 +84,7 @@ TEST_F(SidebarTest, ListsEveryPlaceWithWhatIsInIt) {
         "Notebooks\n  Work 1\n    Plans 1\n"
         "Tags\n  home\n  travel 1\n"
         "Saved Searches\n  Tax\n"
-        "Tasks\n  Inbox\n  Today 1\n  Upcoming\n  All Tasks 1\n  Completed\n  Calendar\n"
+        "Tasks\n  Inbox\n  Today 1\n  Upcoming\n  All Tasks 1\n  Completed\n  Calendar\n  Task Templates\n"
         "Projects\n  House 1\n"
         "Labels\n  home 1\n"
         "Trash 1\n";

@@ -47,11 +47,13 @@ void ResultDelegate::paint(
     painter->setPen(Theme::colors().text);
     MarkedLine(found.title.empty() ? "Untitled" : found.highlightedTitle).paint(*painter, title);
 
-    line.moveTop(line.bottom() + 1 + space::tiny);
-    line.setHeight(heightOf(TextRole::body));
-    painter->setFont(Theme::font(TextRole::body));
     painter->setPen(Theme::colors().secondaryText);
-    MarkedLine(found.snippet).paint(*painter, line);
+    if (!found.snippet.empty()) {
+        line.moveTop(line.bottom() + 1 + space::tiny);
+        line.setHeight(heightOf(TextRole::body));
+        painter->setFont(Theme::font(TextRole::body));
+        MarkedLine(found.snippet).paint(*painter, line);
+    }
 
     line.moveTop(line.bottom() + 1 + space::tiny);
     line.setHeight(heightOf(TextRole::caption));

@@ -77,7 +77,7 @@ SearchResults::SearchResults(AppEnvironment& environment, QWidget* parent)
         &QItemSelectionModel::currentChanged,
         this,
         &SearchResults::choose);
-    connect(list_, &QListView::activated, this, &SearchResults::resultOpened);
+    connect(list_, &QListView::activated, this, &SearchResults::open);
 }
 
 void SearchResults::build() {
@@ -170,10 +170,16 @@ void SearchResults::follow(const QString& link) {
     if (link == "exact") search(query_, SearchRunner::Typing::finished, true);
 }
 
+/// A task is shown elsewhere: walking through the results must not leave them.
 void SearchResults::choose(const QModelIndex& index) {
     if (!index.isValid()) return;
     const SearchResult& found = model_->result(index.row());
-    found.kind == SearchKind::task ? emit taskChosen(found.id) : emit noteChosen(found.id);
+    if (found.kind == SearchKind::note) emit noteChosen(found.id);
+}
+
+void SearchResults::open(const QModelIndex& index) {
+    const SearchResult& found = model_->result(index.row());
+    found.kind == SearchKind::task ? emit taskOpened(found.id) : emit noteOpened(found.id);
 }
 
 }  // namespace tesserine::app

@@ -32,9 +32,9 @@ public:
 
 signals:
     void noteChosen(const tesserine::Uuid& note);
-    void taskChosen(const tesserine::Uuid& task);
     /// Return or a double click on a result.
-    void resultOpened();
+    void noteOpened(const tesserine::Uuid& note);
+    void taskOpened(const tesserine::Uuid& task);
     /// The query is to be replaced by another one.
     void queryWanted(const QString& query);
     /// Keep the query as a saved search.
@@ -47,6 +47,7 @@ private:
     void showEmpty(const SearchAnswer& answer);
     void follow(const QString& link);
     void choose(const QModelIndex& index);
+    void open(const QModelIndex& index);
 
     AppEnvironment& environment_;
     SearchRunner* runner_;

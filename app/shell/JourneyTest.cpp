@@ -153,6 +153,8 @@ TEST_F(Journey, ATaskIsTypedAsASentence) {
 TEST_F(Journey, BackForwardAndTabsRememberPlacesAndNotes) {
     CDNote& plan = addNote("Plan");
     CDNote& bill = addNote("Bill");
+    environment->notes().moveToTrash(addNote("Old"));
+    context().save();
     window().go({Kind::note, *plan.id});
     window().go({Kind::trash});
     window().go({Kind::note, *bill.id});

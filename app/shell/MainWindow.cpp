@@ -1,9 +1,11 @@
 #include "app/shell/MainWindow.h"
 
 #include "app/commands/Commands.h"
+#include "app/desktop/TodayWindow.h"
 #include "app/editor/NoteEditor.h"
 #include "app/lists/NoteActions.h"
 #include "app/lists/NoteList.h"
+#include "app/lists/NoteListView.h"
 #include "app/lists/PlaceWords.h"
 #include "app/lists/Sidebar.h"
 #include "app/look/Icon.h"
@@ -13,6 +15,8 @@
 #include "app/shell/NotesPane.h"
 #include "app/shell/TopBar.h"
 #include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskCommands.h"
+#include "app/tasks/TaskListModel.h"
 #include "app/tasks/TasksPage.h"
 #include "base/UserError.h"
 
@@ -21,6 +25,7 @@
 #include <QInputDialog>
 #include <QListView>
 #include <QMenuBar>
+#include <QScopedValueRollback>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTabBar>
@@ -38,6 +43,18 @@ constexpr QSize usualSize(1240, 800);
 constexpr int sidebarWidth = 232;
 constexpr int narrowestSidebar = 160;
 constexpr int widestSidebar = 420;
+
+/// Anything else in a note, such as a file or a program's own scheme, is not opened by a click.
+bool isOfTheWeb(const QUrl& url) {
+    return url.scheme() == "https" || url.scheme() == "http" || url.scheme() == "mailto";
+}
+
+bool showsTasks(Kind kind) { return TasksPage::shows(kind) || kind == Kind::taskTemplates; }
+
+/// Whether a new task can be typed there.
+bool takesTasks(Kind kind) {
+    return TasksPage::shows(kind) && kind != Kind::reminders && kind != Kind::completed;
+}
 
 }  // namespace
 
@@ -59,6 +76,8 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
     connectSearch();
     restoreLayout();
     enter(current());
+    settle();
+    notes_->list().view().setFocus();
 }
 
 MainWindow::~MainWindow() = default;
@@ -109,17 +128,44 @@ void MainWindow::connectParts() {
     connect(notes_, &NotesPane::noteOpened, this, &MainWindow::followNote);
     connect(&notes_->editor(), &NoteEditor::linkActivated, this, [this](const QString& address) {
         if (const auto place = Place::fromAddress(address.toStdString())) return go(*place);
-        QDesktopServices::openUrl(QUrl(address));
+        const QUrl url(address);
+        if (isOfTheWeb(url)) QDesktopServices::openUrl(url);
+    });
+    connect(&notes_->editor(), &NoteEditor::noteChosen, this, [this](const Uuid& note) {
+        go({Kind::note, note});
+    });
+    connect(&notes_->editor(), &NoteEditor::fileActivated, this, [](const QString& path) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
     });
     connect(&notes_->editor(), &NoteEditor::titleChanged, this, &MainWindow::settle);
     connect(tasks_, &TasksPage::noteChosen, this, [this](const Uuid& note) {
         go({Kind::note, note});
     });
+    takeTaskDrops();
     connect(tabBar_, &QTabBar::currentChanged, this, [this](int index) {
         if (!isTurning_) showTab(index);
     });
     connect(tabBar_, &QTabBar::tabCloseRequested, this, &MainWindow::closeTab);
     connect(&environment_, &AppEnvironment::libraryChanged, this, &MainWindow::followLibrary);
+}
+
+/// Tasks that are dropped on a project or on a day of the sidebar.
+void MainWindow::takeTaskDrops() {
+    sidebar_->takeDrops(
+        tasksMimeType,
+        {Kind::project, Kind::inbox, Kind::today},
+        [this](const Place& place, const QMimeData& dragged) {
+            const TaskCommands tasks(environment_, this);
+            const auto dropped = draggedTasks(dragged);
+            StoreContext& context = environment_.context();
+            if (place.kind == Kind::today) {
+                return tasks.setDue(
+                    dropped,
+                    TaskDue{.date = environment_.calendar().startOfDay(environment_.now())});
+            }
+            const bool isInbox = place.kind == Kind::inbox;
+            tasks.move(dropped, isInbox ? *environment_.projects().inbox(context).id : place.id);
+        });
 }
 
 void MainWindow::connectSearch() {
@@ -139,8 +185,10 @@ void MainWindow::connectSearch() {
         searchResults_->list().setCurrentIndex(searchResults_->list().model()->index(0, 0));
     });
     connect(searchResults_, &SearchResults::noteChosen, notes_, &NotesPane::openNote);
-    connect(searchResults_, &SearchResults::resultOpened, notes_, &NotesPane::focusEditor);
-    connect(searchResults_, &SearchResults::taskChosen, this, [this](const Uuid& task) {
+    connect(searchResults_, &SearchResults::noteOpened, this, [this](const Uuid& note) {
+        if (notes_->openNote(note)) notes_->focusEditor();
+    });
+    connect(searchResults_, &SearchResults::taskOpened, this, [this](const Uuid& task) {
         go({Kind::task, task});
     });
     connect(searchResults_, &SearchResults::queryWanted, this, [this](const QString& query) {
@@ -172,8 +220,8 @@ void MainWindow::go(const Place& place) {
 Stop MainWindow::stopFor(const Place& place) const {
     if (place.kind != Kind::note) return {.place = place};
     const auto* note = environment_.context().find<CDNote>(place.id);
-    const bool isHere = notesShown() && current().place.kind != Kind::search
-                        && notes_->list().model().rowOf(place.id) >= 0;
+    const bool isHere =
+        notesShown() && notes_->showsList() && notes_->list().model().rowOf(place.id) >= 0;
     if (isHere) return {.place = current().place, .note = place.id};
     const bool isInTrash = note != nullptr && note->trashedAt.get().has_value();
     const bool isTemplate = note != nullptr && bool(note->isTemplate);
@@ -181,8 +229,10 @@ Stop MainWindow::stopFor(const Place& place) const {
     return {.place = {kind}, .note = place.id};
 }
 
-bool MainWindow::enter(const Stop& stop) {
+/// By value: what is chosen on the way must not change where it leads.
+bool MainWindow::enter(Stop stop) {
     if (!save()) return false;
+    const QScopedValueRollback entering(isEntering_, true);
     const Kind kind = stop.place.kind;
     if (kind == Kind::savedSearch) return showSavedSearch(stop.place.id);
     if (kind == Kind::search) {
@@ -192,9 +242,9 @@ bool MainWindow::enter(const Stop& stop) {
     }
     searchField_->setQuery({});
     if (titleOf(stop.place, environment_.context()).isEmpty()) return false;  // it is gone
-    if (TasksPage::shows(kind)) {
+    if (showsTasks(kind)) {
         content_->setCurrentWidget(tasks_);
-        tasks_->showPlace(stop.place);
+        kind == Kind::taskTemplates ? tasks_->showTemplates() : tasks_->showPlace(stop.place);
         return true;
     }
     if (!NoteScope::isListed(kind)) return false;
@@ -205,7 +255,7 @@ bool MainWindow::enter(const Stop& stop) {
 void MainWindow::showSearch(const QString& query, SearchRunner::Typing typing) {
     if (searchField_->text() != query) searchField_->setQuery(query);
     content_->setCurrentWidget(notes_);
-    notes_->showBeside(searchResults_);
+    if (!notes_->showBeside(searchResults_)) return;
     searchResults_->search(query, typing);
 }
 
@@ -228,17 +278,25 @@ bool MainWindow::showSavedSearch(const Uuid& id) {
     return enter({.place = {.kind = Kind::search, .text = search->query.valueOr("")}});
 }
 
+std::vector<Uuid> MainWindow::chosenNotes() const {
+    return notesShown() ? notes_->chosen() : std::vector<Uuid>{};
+}
+
 bool MainWindow::notesShown() const { return content_->currentWidget() == notes_; }
 
 void MainWindow::goBack() {
     if (!history().canGoBack() || !save()) return;
-    enter(history().goBack());
-    settle();
+    returnTo(history().goBack());
 }
 
 void MainWindow::goForward() {
     if (!history().canGoForward() || !save()) return;
-    enter(history().goForward());
+    returnTo(history().goForward());
+}
+
+/// A place that has gone meanwhile is passed over by All Notes.
+void MainWindow::returnTo(const Stop& stop) {
+    if (!enter(stop)) enter({.place = {Kind::allNotes}});
     settle();
 }
 
@@ -299,6 +357,7 @@ void MainWindow::settle() {
 }
 
 void MainWindow::followNote(const std::optional<Uuid>& note) {
+    if (isEntering_ || !notesShown()) return;
     history().replaceNote(note);
     settle();
 }
@@ -310,13 +369,13 @@ void MainWindow::followLibrary() {
 }
 
 void MainWindow::newNote() {
-    const bool isListed = NoteScope::isListed(current().place.kind);
-    if (!isListed || current().place.kind == Kind::trash) go({Kind::allNotes});
+    const bool isFitting = notesShown() && notes_->showsList() && !notes_->list().isTrash();
+    if (!isFitting) go({Kind::allNotes});
     if (save()) notes_->list().createNote();
 }
 
 void MainWindow::newTask(const QString& sentence) {
-    if (!TasksPage::shows(current().place.kind)) go({Kind::inbox});
+    if (!takesTasks(current().place.kind)) go({Kind::inbox});
     tasks_->beginTask(sentence);
 }
 
@@ -340,6 +399,21 @@ void MainWindow::present() {
     QMainWindow::show();
     raise();
     activateWindow();
+}
+
+TodayWindow& MainWindow::todayWindow() {
+    if (todayWindow_) return *todayWindow_;
+    todayWindow_ = std::make_unique<TodayWindow>(environment_);
+    connect(todayWindow_.get(), &TodayWindow::chosen, this, [this](const Place& place) {
+        present();
+        go(place);
+    });
+    connect(
+        todayWindow_.get(),
+        &TodayWindow::visibilityChanged,
+        &commands_.action("view.todayWindow"),
+        &QAction::setChecked);
+    return *todayWindow_;
 }
 
 bool MainWindow::save() { return notes_->save() && tasks_->flush(); }

@@ -5,7 +5,7 @@
 
 #include <QMainWindow>
 
-#include <functional>
+#include <memory>
 #include <vector>
 
 class QSplitter;
@@ -21,6 +21,7 @@ class SearchField;
 class SearchResults;
 class Sidebar;
 class TasksPage;
+class TodayWindow;
 
 /// The window: places at the left, what they hold at the right, in tabs.
 ///
@@ -50,6 +51,8 @@ public:
     /// By so many tabs to the right, round the end.
     void turnTabs(int steps);
 
+    /// The notes that commands act on; none while tasks are shown.
+    std::vector<Uuid> chosenNotes() const;
     /// A new note in the present place, or in All Notes.
     void newNote();
     void newTask(const QString& sentence = {});
@@ -58,6 +61,8 @@ public:
     /// Saves what was typed; false when that failed, and the user was told.
     bool save();
 
+    /// The small window of today; made when it is first asked for.
+    TodayWindow& todayWindow();
     Sidebar& sidebar() { return *sidebar_; }
     NotesPane& notes() { return *notes_; }
     TasksPage& tasks() { return *tasks_; }
@@ -68,13 +73,16 @@ signals:
     /// Pages that are not part of the window.
     void settingsWanted();
     void welcomeWanted();
+    void importWanted(const QString& file);
     void closed();
 
 private:
     void build();
     void connectParts();
     void connectSearch();
-    bool enter(const Stop& stop);
+    void takeTaskDrops();
+    bool enter(Stop stop);
+    void returnTo(const Stop& stop);
     void showSearch(const QString& query, SearchRunner::Typing typing);
     void followTyping(const QString& text);
     bool showSavedSearch(const Uuid& search);
@@ -100,8 +108,10 @@ private:
     TasksPage* tasks_;
     SearchField* searchField_;
     SearchResults* searchResults_;
+    std::unique_ptr<TodayWindow> todayWindow_;
     std::vector<History> tabs_;
-    bool isTurning_ = false;  // the tab bar is told, not asked
+    bool isEntering_ = false;  // what is chosen now belongs to the place that is entered
+    bool isTurning_ = false;   // the tab bar is told, not asked
 };
 
 }  // namespace tesserine::app

@@ -2,15 +2,18 @@
 
 #include "app/editor/BodyEdit.h"
 #include "app/editor/NoteEditor.h"
+#include "app/editor/NoticeBar.h"
+#include "app/lists/NoteActions.h"
 #include "app/lists/NoteList.h"
 #include "app/look/EmptyState.h"
 #include "app/look/Theme.h"
 #include "app/state/DateWords.h"
+#include "app/tasks/UndoBar.h"
 
-#include <QHBoxLayout>
 #include <QLineEdit>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QVBoxLayout>
 
 namespace tesserine::app {
 namespace {
@@ -26,12 +29,14 @@ const EmptyState::Content noNote{
 
 NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* parent)
     : QWidget(parent),
+      environment_(environment),
       splitter_(new QSplitter(this)),
       lists_(new QStackedWidget(splitter_)),
       list_(new NoteList(environment, lists_)),
       right_(new QStackedWidget(splitter_)),
       editor_(new NoteEditor(environment, commands, right_)),
-      nothing_(new EmptyState(noNote, right_)) {
+      nothing_(new EmptyState(noNote, right_)),
+      undo_(new UndoBar(this)) {
     lists_->addWidget(list_);
     lists_->setMinimumWidth(narrowestList);
     right_->addWidget(nothing_);
@@ -43,9 +48,11 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
     splitter_->setChildrenCollapsible(false);
     splitter_->setStretchFactor(1, 1);
     splitter_->setSizes({listWidth, 3 * listWidth});
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->addWidget(splitter_);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(splitter_, 1);
+    column->addWidget(undo_);
 
     connect(list_, &NoteList::noteChosen, this, &NotesPane::follow);
     connect(list_, &NoteList::selectionTurned, this, &NotesPane::showSelection);
@@ -53,6 +60,10 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
         if (openNote(note)) focusEditor();
     });
     connect(editor_, &NoteEditor::noteGone, this, &NotesPane::showNothing);
+    connect(list_, &NoteList::movedToTrash, this, &NotesPane::offerUndo);
+    connect(undo_, &UndoBar::undone, this, [this] {
+        NoteActions(environment_, this).restore(undoable_);
+    });
 }
 
 bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
@@ -63,15 +74,28 @@ bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
     return true;
 }
 
-void NotesPane::showBeside(QWidget* list) {
-    if (list == nullptr) list = list_;
+bool NotesPane::showBeside(QWidget* list) {
+    if (lists_->currentWidget() == list) return true;
+    if (!editor_->close()) return false;
     if (lists_->indexOf(list) < 0) lists_->addWidget(list);
     lists_->setCurrentWidget(list);
+    nothing_->setContent({"note", "No note chosen", "Choose a result on the left to read it."});
+    showNothing();
+    return true;
+}
+
+bool NotesPane::showsList() const { return lists_->currentWidget() == list_; }
+
+std::vector<Uuid> NotesPane::chosen() const {
+    if (showsList()) return list_->selected();
+    const auto open = openedNote();
+    return open ? std::vector{*open} : std::vector<Uuid>{};
 }
 
 bool NotesPane::openNote(const Uuid& note) {
     if (editor_->noteID() != note && !editor_->open(note)) return false;
     right_->setCurrentWidget(editor_);
+    if (list_->isTrash()) offerRestore(note);
     emit noteOpened(note);
     return true;
 }
@@ -92,6 +116,7 @@ std::optional<Uuid> NotesPane::openedNote() const {
 }
 
 void NotesPane::follow(const std::optional<Uuid>& note) {
+    if (!showsList()) return;
     if (note) {
         // A note that cannot be left stays open, and chosen.
         if (!openNote(*note) && editor_->noteID()) list_->choose(*editor_->noteID());
@@ -101,11 +126,25 @@ void NotesPane::follow(const std::optional<Uuid>& note) {
 }
 
 void NotesPane::showSelection(const std::vector<Uuid>& notes) {
+    if (!showsList()) return;
     if (notes.size() < 2) return nothing_->setContent(noNote);
     nothing_->setContent(
         {"notes",
          shownCount(notes.size(), "note", "notes") + " chosen",
          "Drag them onto a notebook or a tag, pin them, or move them to the trash."});
+}
+
+void NotesPane::offerUndo(const std::vector<Uuid>& notes) {
+    undoable_ = notes;
+    undo_->offer(
+        QString("Moved %1 to the trash").arg(NoteActions(environment_, this).describe(notes)));
+}
+
+void NotesPane::offerRestore(const Uuid& note) {
+    editor_->notice().tell(
+        "This note is in the trash.",
+        {{"Restore", [this, note] { NoteActions(environment_, this).restore({note}); }},
+         {"Delete Permanently", [this] { list_->deleteForGood(); }}});
 }
 
 void NotesPane::showNothing() {

@@ -17,6 +17,7 @@ class Commands;
 class EmptyState;
 class NoteEditor;
 class NoteList;
+class UndoBar;
 
 /// A list of notes and, beside it, the note that is chosen in it.
 class NotesPane final : public QWidget {
@@ -28,9 +29,14 @@ public:
     /// Shows the place; `note` is opened when it is listed there. False when the note that was open
     /// could not be saved; everything stays then.
     bool showPlace(const Place& place, const std::optional<Uuid>& note);
-    /// Shows another list, such as the results of a search, in the place of the list of notes; null
-    /// shows that again.
-    void showBeside(QWidget* list);
+    /// Shows another list, such as the results of a search, in the place of the list of notes, and
+    /// no note beside it. False when the note that was open could not be saved.
+    bool showBeside(QWidget* list);
+    /// Whether the list of notes is shown, and no other one.
+    bool showsList() const;
+    /// The notes that commands act on: those selected in the list, or with another list the one
+    /// that is open.
+    std::vector<Uuid> chosen() const;
     /// Opens the note beside whatever list is shown. False when that could not be done.
     bool openNote(const Uuid& note);
     /// Saves what was typed; false when that failed.
@@ -48,14 +54,19 @@ signals:
 private:
     void follow(const std::optional<Uuid>& note);
     void showSelection(const std::vector<Uuid>& notes);
+    void offerUndo(const std::vector<Uuid>& notes);
+    void offerRestore(const Uuid& note);
     void showNothing();
 
+    AppEnvironment& environment_;
     QSplitter* splitter_;
     QStackedWidget* lists_;
     NoteList* list_;
     QStackedWidget* right_;
     NoteEditor* editor_;
     EmptyState* nothing_;
+    UndoBar* undo_;
+    std::vector<Uuid> undoable_;  // notes that went to the trash last
 };
 
 }  // namespace tesserine::app

@@ -230,7 +230,7 @@ void Program::handle(const Request& request) {
     case Request::Kind::newNote: return window_->newNote();
     case Request::Kind::newTask: return window_->newTask(request.text);
     case Request::Kind::go: return window_->go(request.place);
-    case Request::Kind::openFile: return commands_->trigger("library.import");
+    case Request::Kind::openFile: emit window_->importWanted(request.text); return;
     }
 }
 

@@ -4,6 +4,7 @@
 #include "app/commands/CommandPalette.h"
 #include "app/commands/Commands.h"
 #include "app/commands/NoteSwitcher.h"
+#include "app/desktop/TodayWindow.h"
 #include "app/editor/BodyEdit.h"
 #include "app/editor/NoteEditor.h"
 #include "app/lists/NoteActions.h"
@@ -11,18 +12,23 @@
 #include "app/lists/NoteListView.h"
 #include "app/lists/Pickers.h"
 #include "app/lists/Sidebar.h"
+#include "app/pages/AboutDialog.h"
+#include "app/pages/ExportAssistant.h"
+#include "app/pages/ImportAssistant.h"
 #include "app/search/SearchField.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/NotesPane.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/Notice.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QClipboard>
 #include <QLineEdit>
+#include <QStandardPaths>
 #include <QStatusBar>
 
-#include <functional>
+#include <optional>
 #include <utility>
 
 namespace tesserine::app {
@@ -110,6 +116,32 @@ public:
         });
     }
 
+    /// Pages that stand over the window, and the small window of today.
+    void pages() const {
+        on("library.import", [this_ = *this] { this_.openImport({}); });
+        on("library.export", [this_ = *this] {
+            this_.window_.save();
+            auto* assistant = new ExportAssistant(
+                this_.environment_,
+                QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation),
+                &this_.window_);
+            assistant->setAttribute(Qt::WA_DeleteOnClose);
+            assistant->open();
+        });
+        on("help.about", [&window = window_] {
+            auto* about = new AboutDialog(&window);
+            about->setAttribute(Qt::WA_DeleteOnClose);
+            about->open();
+        });
+        QObject::connect(
+            &window_, &MainWindow::importWanted, &window_, [this_ = *this](const QString& file) {
+                this_.openImport(file);
+            });
+
+        on("view.todayWindow",
+           [&window = window_](bool isOn) { window.todayWindow().setVisible(isOn); });
+    }
+
     /// What is done to the notes that are chosen; of a search, to the one that is open.
     void notes() const {
         NoteList& list = window_.notes().list();
@@ -160,25 +192,39 @@ private:
         }
     }
 
+    void openImport(const QString& file) const {
+        window_.save();
+        auto* assistant = new ImportAssistant(environment_, &window_);
+        assistant->setAttribute(Qt::WA_DeleteOnClose);
+        QObject::connect(
+            assistant,
+            &ImportAssistant::imported,
+            &window_,
+            [&window = window_](const std::optional<Uuid>& first) {
+                if (first) window.go({Kind::note, *first});
+            });
+        if (!file.isEmpty() && !assistant->begin({file.toStdString()})) {
+            showNotice(&window_, "Tesserine cannot import this file: " + file.toStdString());
+            delete assistant;
+            return;
+        }
+        assistant->open();
+    }
+
     NoteActions actions() const { return {environment_, &window_}; }
 
+    /// What was typed into them is saved before anything is done to them.
     NoteActions::Notes chosen() const {
-        window_.save();
-        const auto notes = window_.notes().list().selected();
-        const bool isOther = window_.current().place.kind == Kind::search || notes.empty();
-        if (!isOther) return notes;
-        const auto open = window_.notes().openedNote();
-        return open ? NoteActions::Notes{*open} : NoteActions::Notes{};
+        return window_.save() ? window_.chosenNotes() : NoteActions::Notes{};
     }
 
     /// In the sidebar what has the focus is a notebook or the like, not a note.
     void moveToTrash() const {
         if (window_.sidebar().hasFocus()) return window_.sidebar().deleteCurrent();
-        NoteList& list = window_.notes().list();
-        if (window_.current().place.kind == Kind::search) {
-            return actions().moveToTrash(chosen());
-        }
-        if (window_.save()) list.moveToTrash();
+        const auto notes = chosen();
+        if (notes.empty()) return;
+        if (window_.notes().showsList()) return window_.notes().list().moveToTrash();
+        actions().moveToTrash(notes);
     }
 
     void askNotebook() const {
@@ -214,6 +260,7 @@ void handleWindowCommands(MainWindow& window, Commands& commands, AppEnvironment
     wiring.going();
     wiring.windowAndTabs();
     wiring.making();
+    wiring.pages();
     wiring.notes();
     commands.attach(CommandContext::everywhere, window);
 }

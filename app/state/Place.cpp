@@ -38,6 +38,7 @@ constexpr std::array words = {
     Word{Kind::project, "project", Rest::id},
     Word{Kind::label, "label", Rest::id},
     Word{Kind::task, "task", Rest::id},
+    Word{Kind::taskTemplates, "task-templates"},
     Word{Kind::trash, "trash"},
     Word{Kind::search, "search", Rest::text},
     Word{Kind::settings, "settings"},

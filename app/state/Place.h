@@ -28,6 +28,7 @@ struct Place {
         project,  ///< `id`
         label,    ///< `id`, of the tag
         task,     ///< `id`
+        taskTemplates,
         trash,
         search,  ///< `text`, the query
         settings,
