@@ -7,6 +7,7 @@
 #include "core/export/ExportTypes.h"
 
 #include <filesystem>
+#include <utility>
 
 namespace tesserine {
 
@@ -27,7 +28,7 @@ public:
         std::filesystem::path library{};
     };
 
-    explicit LibraryExporter(const Environment& environment) : environment_(environment) {}
+    explicit LibraryExporter(Environment environment) : environment_(std::move(environment)) {}
 
     /// Exports into a new folder inside `parent`. `manifest.json` comes last: a folder that has one
     /// is whole. Where nothing can be written, nothing is begun. On the thread that owns `context`,
