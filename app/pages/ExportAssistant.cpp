@@ -9,7 +9,6 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -29,11 +28,12 @@ ExportAssistant::ExportAssistant(
     : QDialog(parent),
       environment_(environment),
       job_(environment),
-      steps_(new QStackedWidget(this)) {
+      steps_(new QStackedWidget(this)),
+      progress_(tr("Exporting"), job_, this) {
     setObjectName("exportAssistant");
     setWindowTitle(tr("Export"));
     steps_->addWidget(makeChoice(folder));
-    steps_->addWidget(makeProgress());
+    steps_->addWidget(progress_.page);
     steps_->addWidget(makeResult());
     auto* const all = new QVBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
@@ -41,12 +41,6 @@ ExportAssistant::ExportAssistant(
     showStep(*steps_, choiceStep);
     resize(520, 420);
     connect(&job_, &Job::failed, this, &ExportAssistant::showFailure);
-    connect(&job_, &Job::progressed, this, [this](std::size_t done, std::size_t total) {
-        if (total == 0) return;
-        bar_->setMaximum(static_cast<int>(total));
-        bar_->setValue(static_cast<int>(done));
-        doing_->setText(tr("%1 of %2 notes").arg(done).arg(total));
-    });
 }
 
 QWidget* ExportAssistant::makeChoice(const QString& folder) {
@@ -95,22 +89,6 @@ QCheckBox* ExportAssistant::addBox(
     return box;
 }
 
-QWidget* ExportAssistant::makeProgress() {
-    const AssistantStep step(tr("Exporting"), this);
-    bar_ = new QProgressBar(step.page);
-    bar_->setTextVisible(false);
-    bar_->setAccessibleName(tr("Progress of the export"));
-    doing_ = makeHint({}, step.page);
-    step.column->addStretch(1);
-    step.column->addWidget(bar_);
-    step.column->addWidget(doing_);
-    step.column->addStretch(2);
-    auto* const stop = new QPushButton(tr("Stop"), step.page);
-    connect(stop, &QPushButton::clicked, &job_, &Job::cancel);
-    step.buttons->addWidget(stop);
-    return step.page;
-}
-
 QWidget* ExportAssistant::makeResult() {
     const AssistantStep step(tr("Export"), this);
     outcome_ = makeText({}, TextRole::body, step.page);
@@ -135,8 +113,7 @@ void ExportAssistant::chooseFolder() {
 
 void ExportAssistant::run() {
     if (job_.isRunning()) return;
-    bar_->setRange(0, 0);
-    doing_->clear();
+    progress_.begin({});
     showStep(*steps_, progressStep);
     const ExportOptions options{
         .includeTrash = trash_->isChecked(),
@@ -146,30 +123,26 @@ void ExportAssistant::run() {
         .includeTasks = tasks_->isChecked(),
         .appVersion = std::string(product::version)};
     const auto summary = std::make_shared<ExportSummary>();
-    job_.start([&environment = environment_,
-                calendar = environment_.calendar(),
-                folder = std::filesystem::path(folder_->text().toStdString()),
+    job_.start(
+        [&environment = environment_,
+         calendar = environment_.calendar(),
+         folder = std::filesystem::path(folder_->text().toStdString()),
+         options,
+         summary](const Job::Given& given) {
+            const LibraryExporter exporter(
+                {.clock = environment.clock(),
+                 .calendar = calendar,
+                 .collator = environment.collator(),
+                 .library = environment.setting().library});
+            *summary = exporter.run(
+                given.context,
+                folder,
                 options,
-                summary](const Job::Given& given) {
-        const LibraryExporter exporter(
-            {.clock = environment.clock(),
-             .calendar = calendar,
-             .collator = environment.collator(),
-             .library = environment.setting().library});
-        *summary = exporter.run(
-            given.context,
-            folder,
-            options,
-            {.stop = given.stop, .progress = [&given](const ExportProgress& state) {
-                 given.progress(state.notesWritten, state.totalNotes);
-             }});
-    });
-    connect(
-        &job_,
-        &Job::finished,
-        outcome_,
-        [this, summary] { showResult(*summary); },
-        Qt::SingleShotConnection);
+                {.stop = given.stop, .progress = [&given](const ExportProgress& state) {
+                     given.progress(state.notesWritten, state.totalNotes);
+                 }});
+        },
+        [this, summary] { showResult(*summary); });
 }
 
 void ExportAssistant::showResult(const ExportSummary& summary) {
@@ -189,8 +162,6 @@ void ExportAssistant::showResult(const ExportSummary& summary) {
 }
 
 void ExportAssistant::showFailure(const QString& sentence) {
-    // What waited for the end of the failed work must not see that of the next.
-    disconnect(&job_, &Job::finished, nullptr, nullptr);
     outcome_->setText(sentence);
     show_->hide();
     showStep(*steps_, resultStep);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/pages/Job.h"
+#include "app/pages/ProgressStep.h"
 #include "core/export/ExportTypes.h"
 
 #include <QDialog>
@@ -8,7 +9,6 @@
 class QCheckBox;
 class QLabel;
 class QLineEdit;
-class QProgressBar;
 class QPushButton;
 class QStackedWidget;
 
@@ -25,7 +25,6 @@ public:
 
 private:
     QWidget* makeChoice(const QString& folder);
-    QWidget* makeProgress();
     QWidget* makeResult();
     QCheckBox* addBox(QWidget* page, const QString& title, const char* name, bool isOn);
 
@@ -40,14 +39,13 @@ private:
     QString written_;
 
     QStackedWidget* const steps_;
+    ProgressStep progress_;
     QLineEdit* folder_ = nullptr;
     QCheckBox* markdown_ = nullptr;
     QCheckBox* attachments_ = nullptr;
     QCheckBox* tasks_ = nullptr;
     QCheckBox* originals_ = nullptr;
     QCheckBox* trash_ = nullptr;
-    QProgressBar* bar_ = nullptr;
-    QLabel* doing_ = nullptr;
     QLabel* outcome_ = nullptr;
     QPushButton* show_ = nullptr;
 };

@@ -14,7 +14,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -49,12 +48,13 @@ ImportAssistant::ImportAssistant(AppEnvironment& environment, QWidget* parent)
       environment_(environment),
       sources_(importSources(environment)),
       job_(environment),
-      steps_(new QStackedWidget(this)) {
+      steps_(new QStackedWidget(this)),
+      progress_(tr("Importing"), job_, this) {
     setObjectName("importAssistant");
     setWindowTitle(tr("Import"));
     steps_->addWidget(makeChoice());
     steps_->addWidget(makePreview());
-    steps_->addWidget(makeProgress());
+    steps_->addWidget(progress_.page);
     steps_->addWidget(makeReport());
     auto* const all = new QVBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
@@ -62,12 +62,6 @@ ImportAssistant::ImportAssistant(AppEnvironment& environment, QWidget* parent)
     showStep(*steps_, choiceStep);
     resize(560, 540);
     connect(&job_, &Job::failed, this, &ImportAssistant::showFailure);
-    connect(&job_, &Job::progressed, this, [this](std::size_t done, std::size_t total) {
-        if (total == 0) return;
-        bar_->setMaximum(static_cast<int>(total));
-        bar_->setValue(static_cast<int>(done));
-        doing_->setText(tr("%1 of %2 notes").arg(done).arg(total));
-    });
 }
 
 ImportAssistant::~ImportAssistant() = default;
@@ -129,22 +123,6 @@ QWidget* ImportAssistant::makePreview() {
     return step.page;
 }
 
-QWidget* ImportAssistant::makeProgress() {
-    const AssistantStep step(tr("Importing"), this);
-    bar_ = new QProgressBar(step.page);
-    bar_->setTextVisible(false);
-    bar_->setAccessibleName(tr("Progress of the import"));
-    doing_ = makeHint({}, step.page);
-    step.column->addStretch(1);
-    step.column->addWidget(bar_);
-    step.column->addWidget(doing_);
-    step.column->addStretch(2);
-    auto* const stop = new QPushButton(tr("Stop"), step.page);
-    connect(stop, &QPushButton::clicked, &job_, &Job::cancel);
-    step.buttons->addWidget(stop);
-    return step.page;
-}
-
 QWidget* ImportAssistant::makeReport() {
     const AssistantStep step(tr("Imported"), this);
     outcome_ = makeText({}, TextRole::body, step.page);
@@ -200,17 +178,13 @@ void ImportAssistant::look() {
     showStep(*steps_, previewStep);
 
     const auto found = std::make_shared<ImportPreview>();
-    job_.start([source = *source_, paths = paths_, found](const Job::Given& given) {
-        *found = source.preview(given.context, paths, {}, {.stop = given.stop});
-    });
-    connect(
-        &job_,
-        &Job::finished,
-        content_,
+    job_.start(
+        [source = *source_, paths = paths_, found](const Job::Given& given) {
+            *found = source.preview(given.context, paths, {}, {.stop = given.stop});
+        },
         [this, found] {
             if (!job_.isCancelled()) showPreview(*found);
-        },
-        Qt::SingleShotConnection);
+        });
 }
 
 void ImportAssistant::showPreview(const ImportPreview& found) {
@@ -230,34 +204,29 @@ ImportOptions ImportAssistant::options() const {
 }
 
 void ImportAssistant::run() {
-    bar_->setRange(0, 0);
-    doing_->setText(tr("Making a backup…"));
+    progress_.begin(tr("Making a backup…"));
     showStep(*steps_, progressStep);
     const auto made = std::make_shared<ImportReport>();
-    job_.start([&environment = environment_,
-                source = *source_,
-                paths = paths_,
-                options = options(),
-                made](const Job::Given& given) {
-        if (!environment.store().wasCreated()) {
-            LibraryCare care(
-                environment.store(), environment.clock(), environment.random(), environment.log());
-            care.backUpBefore("import", given.stop);
-        }
-        *made = source.run(
-            given.context,
-            paths,
-            options,
-            {.stop = given.stop, .progress = [&given](const ImportProgress& state) {
-                 given.progress(state.done, state.total);
-             }});
-    });
-    connect(
-        &job_,
-        &Job::finished,
-        outcome_,
-        [this, made] { showReport(*made); },
-        Qt::SingleShotConnection);
+    job_.start(
+        [&environment = environment_, source = *source_, paths = paths_, options = options(), made](
+            const Job::Given& given) {
+            if (!environment.store().wasCreated()) {
+                LibraryCare care(
+                    environment.store(),
+                    environment.clock(),
+                    environment.random(),
+                    environment.log());
+                care.backUpBefore("import", given.stop);
+            }
+            *made = source.run(
+                given.context,
+                paths,
+                options,
+                {.stop = given.stop, .progress = [&given](const ImportProgress& state) {
+                     given.progress(state.done, state.total);
+                 }});
+        },
+        [this, made] { showReport(*made); });
 }
 
 void ImportAssistant::showReport(const ImportReport& made) {
@@ -266,7 +235,7 @@ void ImportAssistant::showReport(const ImportReport& made) {
     const QStringList lines = importing::troubles(made);
     troubles_->setPlainText(lines.join('\n'));
     troubles_->setVisible(!lines.isEmpty());
-    undo_->setVisible(made.id && made.imported + made.replaced > 0);
+    undo_->setVisible(made.id && made.imported > 0);
     showStep(*steps_, reportStep);
     emit imported(firstNoteOf(made));
 }
@@ -276,24 +245,18 @@ void ImportAssistant::undo() {
     undo_->setEnabled(false);
     outcome_->setText(tr("Undoing the import…"));
     const auto undone = std::make_shared<ImportUndo>();
-    job_.start([&clock = environment_.clock(), id = *reportID_, undone](const Job::Given& given) {
-        *undone = ImportReports(clock).undo(given.context, id, {.stop = given.stop});
-    });
-    connect(
-        &job_,
-        &Job::finished,
-        outcome_,
+    job_.start(
+        [&clock = environment_.clock(), id = *reportID_, undone](const Job::Given& given) {
+            *undone = ImportReports(clock).undo(given.context, id, {.stop = given.stop});
+        },
         [this, undone] {
             outcome_->setText(
                 tr("The import was undone: %1 notes are in the trash.").arg(undone->trashed));
             undo_->hide();
-        },
-        Qt::SingleShotConnection);
+        });
 }
 
 void ImportAssistant::showFailure(const QString& sentence) {
-    // What waited for the end of the failed work must not see that of the next.
-    disconnect(&job_, &Job::finished, nullptr, nullptr);
     if (steps_->currentIndex() == previewStep) {
         content_->setText(sentence);
         return;

@@ -2,6 +2,7 @@
 
 #include "app/pages/ImportSources.h"
 #include "app/pages/Job.h"
+#include "app/pages/ProgressStep.h"
 
 #include <QDialog>
 
@@ -14,7 +15,6 @@ class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
-class QProgressBar;
 class QPushButton;
 class QStackedWidget;
 
@@ -40,7 +40,6 @@ signals:
 private:
     QWidget* makeChoice();
     QWidget* makePreview();
-    QWidget* makeProgress();
     QWidget* makeReport();
 
     void pick(const ImportSource& source);
@@ -61,6 +60,7 @@ private:
     Job job_;
 
     QStackedWidget* const steps_;
+    ProgressStep progress_;
     QLabel* from_ = nullptr;
     QLabel* content_ = nullptr;
     QWidget* choices_ = nullptr;
@@ -69,8 +69,6 @@ private:
     QComboBox* duplicates_ = nullptr;
     QCheckBox* tasks_ = nullptr;
     QPushButton* import_ = nullptr;
-    QLabel* doing_ = nullptr;
-    QProgressBar* bar_ = nullptr;
     QLabel* outcome_ = nullptr;
     QPlainTextEdit* troubles_ = nullptr;
     QPushButton* undo_ = nullptr;

@@ -17,7 +17,7 @@ Job::Job(AppEnvironment& environment, QObject* parent)
 
 Job::~Job() { cancel(); }
 
-void Job::start(Work work) {
+void Job::start(Work work, std::function<void()> whenDone) {
     assert(!isRunning_ && "one piece of work at a time");
     isRunning_ = true;
     stop_ = std::stop_source();
@@ -33,8 +33,9 @@ void Job::start(Work work) {
                   }});
         },
         this,
-        [this] {
+        [this, whenDone = std::move(whenDone)] {
             end();
+            if (whenDone) whenDone();
             emit finished();
         },
         [this](const std::string& sentence) {

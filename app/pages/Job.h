@@ -32,8 +32,9 @@ public:
     /// Cancels the work without waiting for it.
     ~Job() override;
 
-    /// Begins; nothing runs yet, or what ran has ended.
-    void start(Work work);
+    /// Begins; nothing runs yet, or what ran has ended. `whenDone` is called on the main thread
+    /// once the work has returned, unless it threw or the job is gone.
+    void start(Work work, std::function<void()> whenDone = {});
     void cancel() { stop_.request_stop(); }
     bool isRunning() const { return isRunning_; }
     bool isCancelled() const { return stop_.stop_requested(); }

@@ -173,19 +173,15 @@ void StorageSettings::check() {
     setTone(*result_, Tone::secondary);
     result_->setText(tr("Reading the library…"));
     const auto report = std::make_shared<LibraryReport>();
-    job_.start([this, report](const Job::Given& given) {
-        *report =
-            LibraryChecker(environment_.store(), environment_.clock()).check({.stop = given.stop});
-    });
-    connect(
-        &job_,
-        &Job::finished,
-        result_,
+    job_.start(
+        [&environment = environment_, report](const Job::Given& given) {
+            *report = LibraryChecker(environment.store(), environment.clock())
+                          .check({.stop = given.stop});
+        },
         [this, report] {
             setTone(*result_, report->isClean() ? Tone::success : Tone::danger);
             result_->setText(reportText(*report));
-        },
-        Qt::SingleShotConnection);
+        });
 }
 
 }  // namespace tesserine::app

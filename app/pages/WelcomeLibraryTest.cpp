@@ -2,6 +2,7 @@
 
 #include "app/state/Place.h"
 #include "app/state/WindowFixture.h"
+#include "core/body/AttributedTextReader.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,21 @@ TEST_F(WelcomeLibraryTest, ItsNotesLinkToEachOtherAndItsTasksAreRead) {
         EXPECT_TRUE(task->dueDate) << "each shows how a date is understood";
     }
     EXPECT_GT(environment->notes().templates(context()).size(), 0U);
+}
+
+TEST_F(WelcomeLibraryTest, AllButTheTableCanBeEdited) {
+    welcome::seed(*environment);
+    std::string preserved;
+    int ticks = 0;
+    for (const CDNote* note : context().fetch<CDNote>({.predicate = {"isTemplate == NO"}})) {
+        for (const auto& paragraph : attributedText(*note->html).paragraphs) {
+            if (!paragraph.style) continue;
+            if (paragraph.style->kind == BlockStyle::Kind::checklist) ++ticks;
+            if (paragraph.style->kind == BlockStyle::Kind::preserved) preserved += *note->title;
+        }
+    }
+    EXPECT_EQ(preserved, "Find");
+    EXPECT_EQ(ticks, 5) << "in the note that one begins with";
 }
 
 TEST_F(WelcomeLibraryTest, IsFoundAgainAndMadeAnewWhenItIsGone) {

@@ -23,19 +23,19 @@ inline constexpr Text texts[] = {
 </ul>
 <h2>Read on</h2>
 <ul>
-<li><p><a href="[[1]]">Write</a>: styles, lists, links between notes, pictures</p></li>
-<li><p><a href="[[2]]">Find</a>: words, tags, dates, and searches worth keeping</p></li>
-<li><p><a href="[[3]]">Do</a>: tasks from one sentence, reminders, a calendar</p></li>
-<li><p><a href="[[4]]">Keep</a>: where your notes are, copies of them, and passages only you can read</p></li>
+<li><a href="[[1]]">Write</a>: styles, lists, links between notes, pictures</li>
+<li><a href="[[2]]">Find</a>: words, tags, dates, and searches worth keeping</li>
+<li><a href="[[3]]">Do</a>: tasks from one sentence, reminders, a calendar</li>
+<li><a href="[[4]]">Keep</a>: where your notes are, copies of them, and passages only you can read</li>
 </ul>
-<p>When you have seen enough, move the notebook “Welcome” to the trash. Help, Welcome Notes brings it back.</p>
+<p>When you have seen enough, move these notes to the trash. Help, Welcome Notes brings them back.</p>
 )html"},
     {"Write", R"html(
 <p>Type a sign at the beginning of a line and it becomes a style:</p>
 <ul>
-<li><p><code># </code> and a space: a heading; <code>## </code> a smaller one</p></li>
-<li><p><code>- </code> a list, <code>1. </code> a numbered one, <code>[] </code> a checklist</p></li>
-<li><p><code>&gt; </code> a quote, <code>```</code> a block of code</p></li>
+<li><code># </code> and a space: a heading; <code>## </code> a smaller one</li>
+<li><code>- </code> a list, <code>1. </code> a numbered one, <code>[] </code> a checklist</li>
+<li><code>&gt; </code> a quote, <code>```</code> a block of code</li>
 </ul>
 <p>The usual keys work as well: <strong>Ctrl+B</strong> bold, <em>Ctrl+I</em> italic, <u>Ctrl+U</u> underline, Ctrl+K a link. <mark>Highlight</mark> and the rest stand in the menu Format.</p>
 <h2>Notes that know each other</h2>
@@ -64,9 +64,9 @@ inline constexpr Text texts[] = {
     {"Do", R"html(
 <p>A task is one sentence. Press <strong>Ctrl+Shift+N</strong> and write it as you would say it:</p>
 <ul>
-<li><p><code>Send invoice friday 9am #Work p1</code></p></li>
-<li><p><code>Water the plants every 3 days</code></p></li>
-<li><p><code>Pay rent on the 1st, monthly</code></p></li>
+<li><code>Send invoice friday 9am #Work p1</code></li>
+<li><code>Water the plants every 3 days</code></li>
+<li><code>Pay rent monthly @home</code></li>
 </ul>
 <p>What was understood is coloured while you type, and said in words below. Click a coloured word to turn it back into text.</p>
 <h2>Where tasks are</h2>
