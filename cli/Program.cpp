@@ -1,5 +1,6 @@
 #include "cli/Program.h"
 
+#include "base/OperationCancelled.h"
 #include "base/Product.h"
 #include "cli/DisplayText.h"
 #include "cli/Help.h"
@@ -83,6 +84,8 @@ ExitStatus dispatchSafely(const std::vector<std::string>& line, Environment& env
         environment.output.flush();
         return status;
     } catch (const Interrupted&) {
+        return ExitStatus::interrupted;
+    } catch (const OperationCancelled&) {
         return ExitStatus::interrupted;
     } catch (const UsageError& error) {
         return fail(environment, ExitStatus::usage, error.what());

@@ -1,4 +1,3 @@
-#include "base/OperationCancelled.h"
 #include "cli/Session.h"
 #include "cli/SyncAccess.h"
 #include "core/store/TesserineStore.h"
@@ -88,12 +87,8 @@ ExitStatus sync(Session& session, const Arguments& arguments) {
     const SyncEngine::Consent consent{
         .anotherAccount = arguments.has("another-account"),
         .manyDeletions = arguments.has("many-deletions")};
-    try {
-        if (arguments.has("watch")) watch(session, engine, consent);
-        show(session, engine.synchronise(consent, session.stop()));
-    } catch (const OperationCancelled&) {
-        throw Interrupted();
-    }
+    if (arguments.has("watch")) watch(session, engine, consent);
+    show(session, engine.synchronise(consent, session.stop()));
     return ExitStatus::done;
 }
 

@@ -24,6 +24,17 @@ void dropRecognisedText(JSONObject& payload) {
     payload["extracted_text"] = JSONValue();
 }
 
+/// The file of a deleted record may be the last of its kind.
+void offerFile(CDSyncState& state, SyncLedger& ledger) {
+    const auto agreed = SyncLedger::agreed(state);
+    if (!agreed) return;
+    const auto digest = agreed->find("sha256");
+    if (digest == agreed->end() || digest->second.string() == nullptr) return;
+    auto digests = ledger.reclaimable();
+    digests.insert(*digest->second.string());
+    ledger.setReclaimable(digests);
+}
+
 const SyncRecord* newest(const std::vector<SyncRecord>& versions) {
     const auto found = std::ranges::max_element(versions, {}, &SyncRecord::updatedAt);
     return found == versions.end() ? nullptr : &*found;
@@ -31,21 +42,33 @@ const SyncRecord* newest(const std::vector<SyncRecord>& versions) {
 
 }  // namespace
 
+/// What the library remembers, as it was before the request that is being made.
+struct RecordPusher::Knowledge {
+    explicit Knowledge(StoreContext& context)
+        : ledger(context), refusals(ledger.value(SyncLedger::refusals).value_or("")) {}
+
+    SyncLedger ledger;
+    PushRefusals refusals;
+};
+
 RecordPusher::Counts RecordPusher::pushAll(const std::stop_token& stop) {
     environment_.context.reset();
     counts_ = {};
     const std::vector<Uuid> waiting = recordsToPush(environment_.context);
     Sending sending;
+    std::optional<Knowledge> knowledge;  // read once for each request
     for (const Uuid& record : waiting) {
         if (stop.stop_requested()) throw OperationCancelled();
-        const PushRefusals refusals(
-            SyncLedger(environment_.context).value(SyncLedger::refusals).value_or(""));
-        auto push = pushFor(record, refusals);
+        if (!knowledge) knowledge.emplace(environment_.context);
+        auto push = pushFor(record, *knowledge);
         if (!push) continue;
         const std::size_t size = json::write(wire::encode(*push)).size();
         const bool isFull = sending.pushes.size() == recordsAtOnce
                             || (!sending.pushes.empty() && sending.bytes + size > bytesAtOnce);
-        if (isFull) send(sending, stop);
+        if (isFull) {
+            send(sending, stop);
+            knowledge.reset();
+        }
         sending.bytes += size;
         sending.pushes.push_back(*std::move(push));
     }
@@ -53,8 +76,8 @@ RecordPusher::Counts RecordPusher::pushAll(const std::stop_token& stop) {
     return counts_;
 }
 
-std::optional<SyncPush> RecordPusher::pushFor(const Uuid& record, const PushRefusals& refusals) {
-    SyncLedger ledger(environment_.context);
+std::optional<SyncPush> RecordPusher::pushFor(const Uuid& record, Knowledge& knowledge) {
+    auto& [ledger, refusals] = knowledge;
     CDSyncState* const state = ledger.find(record);
     const auto entity = state == nullptr ? std::nullopt : entityOfState(*state);
     if (!entity) return std::nullopt;
@@ -167,6 +190,7 @@ void RecordPusher::settleApplied(
     if (result.rev) state.rev = *result.rev;
     if (result.seq) state.seq = *result.seq;
     state.lastPushedAt = environment_.clock.now();
+    if (push.deleted && push.kind == "attachment") offerFile(state, ledger);
     SyncLedger::agree(state, push.payload);
 
     const auto entity = entityOfState(state);

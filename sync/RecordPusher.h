@@ -39,12 +39,13 @@ public:
     Counts pushAll(const std::stop_token& stop);
 
 private:
+    struct Knowledge;
     struct Sending {
         std::vector<SyncPush> pushes;
         std::size_t bytes = 0;
     };
 
-    std::optional<SyncPush> pushFor(const Uuid& record, const PushRefusals& refusals);
+    std::optional<SyncPush> pushFor(const Uuid& record, Knowledge& knowledge);
     void send(Sending& sending, const std::stop_token& stop);
     void uploadMissingBlobs(const Sending& sending, const std::stop_token& stop);
     std::map<Uuid, std::vector<SyncRecord>> displacedVersions(

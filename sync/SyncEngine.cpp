@@ -87,6 +87,7 @@ SyncSummary SyncEngine::runOnce(const Consent& consent, const std::stop_token& s
         if (pushed.sent == 0) break;
     }
     fetchFiles(run);
+    reclaimFiles(run);
     context->reset();
     const SyncLedger ledger(*context);
     ledger.setValue(SyncLedger::lastSync, environment_.clock.now().iso());
@@ -151,7 +152,7 @@ SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
         log_.warning(std::string("a page cannot be read: ") + error.what());
         return Page::unreadable;
     }
-    if (page.head < since) {
+    if (page.head < since && since > 0) {
         startAfresh(run);
         return Page::more;
     }
@@ -232,6 +233,28 @@ void SyncEngine::fetchFiles(Run& run) {
         if (!isProgress) break;
     }
     run.summary.filesFailed = failed.size();
+}
+
+/// Files that no record here names any more are deleted on the server, which keeps those that
+/// others still use.
+void SyncEngine::reclaimFiles(Run& run) {
+    run.context.reset();
+    const SyncLedger ledger(run.context);
+    const auto digests = ledger.reclaimable();
+    if (digests.empty()) return;
+    std::set<std::string> later;
+    for (const std::string& digest : digests) {
+        if (run.context.count<CDAttachment>({"sha256 == %@", digest}) > 0) continue;
+        try {
+            const auto deletion = environment_.client.deleteBlob(digest, run.stop);
+            if (deletion.outcome == BlobDeletion::Outcome::later) later.insert(digest);
+        } catch (const SyncError& error) {
+            if (error.kind() == SyncError::Kind::signedOut) throw;
+            log_.warning(std::string("a file was not deleted on the server: ") + error.what());
+        }
+    }
+    ledger.setReclaimable(later);
+    run.context.save();
 }
 
 /// Records refused for want of room are sent again once there is some.

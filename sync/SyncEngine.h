@@ -100,6 +100,7 @@ private:
     void stepOverUnreadable(Run& run);
     void startAfresh(Run& run);
     void fetchFiles(Run& run);
+    void reclaimFiles(Run& run);
     void askAboutQuota(Run& run);
 
     const Environment environment_;

@@ -8,6 +8,7 @@ namespace tesserine {
 namespace {
 
 constexpr const char* unresolvedName = "unresolved";
+constexpr const char* reclaimName = "reclaim";
 
 }  // namespace
 
@@ -67,6 +68,21 @@ void SyncLedger::keepUnresolved() {
     if (text == storedUnresolved_) return;
     setValue(unresolvedName, text);
     storedUnresolved_ = std::move(text);
+}
+
+std::set<std::string> SyncLedger::reclaimable() const {
+    std::set<std::string> digests;
+    const JSONValue stored = JSONValue::decode(value(reclaimName).value_or("[]"));
+    if (stored.array() == nullptr) return digests;
+    for (const JSONValue& digest : *stored.array()) {
+        if (digest.string() != nullptr) digests.insert(*digest.string());
+    }
+    return digests;
+}
+
+void SyncLedger::setReclaimable(const std::set<std::string>& digests) const {
+    const JSONValue list = JSONValue::Array(digests.begin(), digests.end());
+    setValue(reclaimName, json::write(list.toJSON()));
 }
 
 void SyncLedger::forgetAll() const {

@@ -5,6 +5,7 @@
 #include "sync/UnresolvedLinks.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -41,6 +42,10 @@ public:
     UnresolvedLinks& unresolved() { return unresolved_; }
     /// Puts the unresolved links among the changes to be saved.
     void keepUnresolved();
+
+    /// Digests of files whose last record here was deleted; the server may not need them any more.
+    std::set<std::string> reclaimable() const;
+    void setReclaimable(const std::set<std::string>& digests) const;
 
     /// Forgets every record and every value but the account: as if nothing had ever been synced.
     void forgetAll() const;

@@ -161,6 +161,15 @@ HTTPReply FakeSyncServer::blob(const HTTPRequest& request, const std::string& di
     }
     if (found == blobs.end()) return {.status = 404};
     if (request.method == "GET") return {.status = 200, .body = found->second};
+    for (const auto& [id, record] : records_) {
+        const auto file = record.payload.find("sha256");
+        const bool isUsed =
+            !record.deleted && file != record.payload.end() && file->second == JSONValue(digest);
+        if (isUsed) {
+            return {
+                .status = 409, .body = R"({"error":{"references":[")" + id.wireText() + "\"]}}"};
+        }
+    }
     blobs.erase(found);
     return fine({});
 }

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <iostream>
 #include <map>
 #include <set>
 
@@ -239,6 +240,7 @@ TEST(SyncChaos, ThreeDevicesOverABadNetworkConvergeAndLoseNothing) {
         chaos.run(operations);
         chaos.expectConvergence();
         chaos.expectNothingLost();
+        std::cout << "seed " << seed << " converged\n";
         if (testing::Test::HasFailure()) return;
     }
 }

@@ -8,12 +8,12 @@
 
 namespace tesserine::test {
 
-SyncDevice::SyncDevice(FakeSyncServer& service, std::uint64_t seed)
+SyncDevice::SyncDevice(HTTPTransport& service, std::uint64_t seed, const std::string& code)
     : random(seed), network(service, [this](unsigned bound) {
           return static_cast<unsigned>(random.below(bound));
       }) {
     restart();
-    signIn();
+    signIn(code);
 }
 
 void SyncDevice::restart() {

@@ -19,16 +19,18 @@
 
 namespace tesserine::test {
 
-/// One computer with a library of its own, signed in to a fake service.
+/// One computer with a library of its own, signed in to a service.
 class SyncDevice {
 public:
-    explicit SyncDevice(FakeSyncServer& service, std::uint64_t seed = 1);
+    /// `code` is what the sign-in hands over.
+    explicit SyncDevice(
+        HTTPTransport& service, std::uint64_t seed = 1, const std::string& code = "code");
 
     /// Synchronises; tells what went wrong, or nothing.
     std::string sync(const SyncEngine::Consent& consent = {});
     /// Forgets everything in memory, as after a kill, and opens the library again.
     void restart();
-    void signIn() { session_->completeSignIn("code", "Device"); }
+    void signIn(const std::string& code = "code") { session_->completeSignIn(code, "Device"); }
     /// A fresh look at what is saved.
     StoreContext& context();
     void save() { context_->save(); }

@@ -375,6 +375,42 @@ TEST_F(Sync, WrongBytesAreThrownAwayAndFetchedAgain) {
     EXPECT_TRUE(static_cast<bool>(a.context().find<CDAttachment>(id)->integrityVerified));
 }
 
+TEST_F(Sync, AFileIsDeletedOnTheServerWithItsLastRecord) {
+    const auto attach = [&](const Uuid& note) {
+        const auto data = bytesOf("same picture");
+        StoreContext& context = a.context();
+        a.attachments.insert(
+            context,
+            *context.find<CDNote>(note),
+            {.filename = "a.bin", .data = Bytes(data.begin(), data.end())});
+        a.save();
+    };
+    const auto remove = [](SyncDevice& device, const Uuid& note) {
+        StoreContext& context = device.context();
+        device.notes.deleteNote(context, *context.find<CDNote>(note));
+        device.save();
+    };
+    const Uuid first = *a.addNote("One", "<p>1</p>").id;
+    const Uuid second = *a.addNote("Two", "<p>2</p>").id;
+    attach(first);
+    attach(second);
+    settle();
+    EXPECT_EQ(service.blobs.size(), 1U);
+    remove(b, first);
+    settle();
+    EXPECT_EQ(service.blobs.size(), 1U) << "the other note still has it";
+    remove(b, second);
+    service.instead = [](const HTTPRequest& request) -> std::optional<HTTPReply> {
+        if (request.method != "DELETE") return std::nullopt;
+        return HTTPReply{.status = 503};
+    };
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(service.blobs.size(), 1U);
+    service.instead = nullptr;
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_TRUE(service.blobs.empty());
+}
+
 TEST_F(Sync, ARevokedTokenIsRefreshedOnceAndARefusedRefreshEndsTheSession) {
     a.addNote("Note", "<p>x</p>");
     int refusals = 0;
