@@ -36,6 +36,13 @@ void makePrivateFile(const std::filesystem::path& file) {
     if (made >= 0) ::close(made);
 }
 
+/// SQLite counts the memory it uses behind one lock for all connections; nobody asks for the count.
+/// Too late, and of no harm, when something else of this process used SQLite before.
+void countNoMemory() {
+    static const int result = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    static_cast<void>(result);
+}
+
 int primaryCode(int extendedCode) { return extendedCode & 0xFF; }
 
 using TextFunction = std::function<std::string(std::string_view)>;
@@ -133,6 +140,7 @@ SQLiteDatabase::SQLiteDatabase(std::filesystem::path file, Options options)
 SQLiteDatabase::~SQLiteDatabase() = default;
 
 void SQLiteDatabase::open() {
+    countNoMemory();
     const bool isFile = options_.journal != Journal::memory && url_ != ":memory:";
     if (isFile && options_.access == Access::createIfMissing) makePrivateFile(url_);
 
