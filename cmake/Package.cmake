@@ -13,8 +13,7 @@ set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION text)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-    "${PROJECT_DESCRIPTION}
-Keeps notes and tasks in one library on your own disk: a window, and the same from a terminal.
+    "Keeps notes and tasks in one library on your own disk: a window, and the same from a terminal.
 Searches them, reminds of them, and exports them in forms that any program can read.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)  # the libraries, found by what the programs link
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "qt6-qpa-plugins, shared-mime-info")
