@@ -1,6 +1,6 @@
 #include "sync/AuthCallback.h"
 
-#include "base/Encoding.h"
+#include "base/PercentEncoding.h"
 #include "base/Text.h"
 #include "sync/SyncError.h"
 
@@ -44,21 +44,7 @@ std::optional<Parts> split(std::string_view address) {
     return parts;
 }
 
-/// What follows "%" and is no pair of hexadecimal digits stays as it is.
-std::string percentDecoded(std::string_view text) {
-    std::string decoded;
-    decoded.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = text[i] == '%' ? fromHex(text.substr(i + 1, 2)) : std::nullopt;
-        if (byte && byte->size() == 1) {
-            decoded.push_back(static_cast<char>(byte->front()));
-            i += 2;
-        } else {
-            decoded.push_back(text[i]);
-        }
-    }
-    return text::sanitized(std::move(decoded));
-}
+std::string decoded(std::string_view text) { return text::sanitized(percentDecoded(text)); }
 
 /// The value of the first item called `name`; none without a "=".
 std::optional<std::string> queryItem(std::string_view query, std::string_view name) {
@@ -66,9 +52,9 @@ std::optional<std::string> queryItem(std::string_view query, std::string_view na
         const std::string_view item = query.substr(0, query.find('&'));
         query.remove_prefix(std::min(item.size() + 1, query.size()));
         const std::size_t equals = item.find('=');
-        if (percentDecoded(item.substr(0, equals)) != name) continue;
+        if (decoded(item.substr(0, equals)) != name) continue;
         if (equals == std::string_view::npos) return std::nullopt;
-        return percentDecoded(item.substr(equals + 1));
+        return decoded(item.substr(equals + 1));
     }
     return std::nullopt;
 }
@@ -77,7 +63,7 @@ bool isCallback(const Parts& parts, std::string_view scheme) {
     const bool isOurs = text::asciiLowercased(parts.scheme) == text::asciiLowercased(scheme);
     const std::string host = text::asciiLowercased(parts.host);
     if (!isOurs || host == "note") return false;  // a link to a note, whatever it is called
-    return host == "auth" || percentDecoded(parts.path) == "/auth";
+    return host == "auth" || decoded(parts.path) == "/auth";
 }
 
 std::string failure(const std::string& error) {

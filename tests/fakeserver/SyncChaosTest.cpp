@@ -240,7 +240,7 @@ TEST(SyncChaos, ThreeDevicesOverABadNetworkConvergeAndLoseNothing) {
         chaos.run(operations);
         chaos.expectConvergence();
         chaos.expectNothingLost();
-        std::cout << "seed " << seed << " converged\n";
+        std::cout << "seed " << seed << " converged" << std::endl;
         if (testing::Test::HasFailure()) return;
     }
 }
