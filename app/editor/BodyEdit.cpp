@@ -278,9 +278,13 @@ void BodyEdit::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void BodyEdit::contextMenuEvent(QContextMenuEvent* event) {
-    const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
-    emit menuWanted(menu.get(), cursorForPosition(event->pos()).position());
-    menu->exec(event->globalPos());
+    const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+    const QPoint point = isByKey ? cursorRect().center() : event->pos();
+    const std::unique_ptr<QMenu> menu(createStandardContextMenu(point));
+    const int position =
+        isByKey ? textCursor().position() : cursorForPosition(event->pos()).position();
+    emit menuWanted(menu.get(), position);
+    menu->exec(viewport()->mapToGlobal(point));
 }
 
 void BodyEdit::focusOutEvent(QFocusEvent* event) {

@@ -24,10 +24,12 @@
 #include "app/state/Notice.h"
 #include "core/body/AttributedTextReader.h"
 
+#include <QAction>
 #include <QEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QScopedValueRollback>
@@ -37,6 +39,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
+#include <string>
 
 namespace tesserine::app {
 
@@ -161,6 +165,7 @@ void NoteEditor::connectParts() {
     });
     connect(body_, &BodyEdit::left, this, &NoteEditor::save);
     connect(body_, &BodyEdit::objectActivated, this, &NoteEditor::openObject);
+    connect(body_, &BodyEdit::menuWanted, this, &NoteEditor::fillMenu);
     connect(body_, &BodyEdit::columnChanged, header_, &NoteHeader::setColumn);
     connect(panel_, &SidePanel::noteChosen, this, &NoteEditor::noteChosen);
     connect(panel_, &SidePanel::attachmentChosen, this, &NoteEditor::openAttachment);
@@ -197,18 +202,28 @@ bool NoteEditor::save() { return autosave_.flush(); }
 void NoteEditor::showNote(const CDNote& note) {
     const QScopedValueRollback showing(isShowing_, true);
     autosave_.cancel();
-    notice_->hide();
     title_->setText(QString::fromStdString(open_.title()));
     title_->setModified(false);
+    showBody();
+    footer_->showState({});
+    notice_->hide();
+    body_->setReadOnly(false);
+    showSurroundings(note);
+    if (note.hasConflict) showConflict();
+}
+
+/// What belongs to the note beside its words.
+void NoteEditor::showSurroundings(const CDNote& note) {
     const bool isInTrash = note.trashedAt.get().has_value();
+    if (isInTrash && !body_->isReadOnly()) {
+        notice_->tell("This note is in the trash. Restore it to edit it.");
+    } else if (!isInTrash && body_->isReadOnly()) {
+        notice_->hide();
+    }
     title_->setReadOnly(isInTrash);
     body_->setReadOnly(isInTrash);
-    showBody();
     header_->refresh();
     panel_->refresh();
-    footer_->showState({});
-    if (isInTrash) notice_->tell("This note is in the trash. Restore it to edit it.");
-    if (note.hasConflict) showConflict();
 }
 
 void NoteEditor::showBody() {
@@ -252,7 +267,7 @@ void NoteEditor::follow(const std::vector<ObjectChange>& changes) {
     };
     if (!open_.id() || std::ranges::none_of(changes, concernsNote)) return;
     switch (open_.state()) {
-    case OpenNote::State::current: return;
+    case OpenNote::State::current: return showSurroundings(*open_.note());
     case OpenNote::State::deleted:
         autosave_.cancel();
         close();
@@ -303,6 +318,25 @@ void NoteEditor::saveAsPDF() {
     printer.setDocName(title_->text());
     if (!print({title_->text(), body_->note().html()}, pictures_, printer)) {
         showNotice(this, "The PDF could not be written.");
+    }
+}
+
+/// What a click does, for the keyboard.
+void NoteEditor::fillMenu(QMenu* menu, int position) {
+    QAction* const first = menu->actions().isEmpty() ? nullptr : menu->actions().front();
+    const auto add = [&](const QString& title, const std::function<void()>& act) {
+        auto* const action = new QAction(title, menu);
+        connect(action, &QAction::triggered, this, act);
+        menu->insertAction(first, action);
+        menu->insertSeparator(first);
+    };
+    for (const int place : {position, position - 1}) {
+        const InlineStyle& style = body_->note().styleAt(place);
+        const QString address = QString::fromStdString(std::string(style.link()));
+        if (!style.object.empty()) return add("Open", [this, place] { openObject(place); });
+        if (!address.isEmpty()) {
+            return add("Open Link", [this, address] { emit linkActivated(address); });
+        }
     }
 }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 class QLineEdit;
+class QMenu;
 
 namespace tesserine::app {
 
@@ -36,7 +37,11 @@ class SpellingMarks;
 ///
 /// What is typed is saved a second later, and before the note is left. A note that another program
 /// changes meanwhile is shown anew, unless it was being typed in: then both versions are kept and
-/// the difference is to be looked at. Handles the commands of notes; one per window.
+/// the difference is to be looked at.
+///
+/// One per window: it handles the commands "edit.…", "find.…" and "format.…", "view.outline",
+/// "view.backlinks" and "view.zoom…", "note.tags", "note.reminder", "note.attach", "note.versions",
+/// "note.lock", "note.print" and "note.pdf".
 class NoteEditor final : public QWidget {
     Q_OBJECT
 
@@ -84,6 +89,7 @@ private:
     void connectParts();
     void handleCommands();
     void showNote(const CDNote& note);
+    void showSurroundings(const CDNote& note);
     void showBody();
     bool write();
     void follow(const std::vector<ObjectChange>& changes);
@@ -91,6 +97,7 @@ private:
     void showConflict();
     void printNote();
     void saveAsPDF();
+    void fillMenu(QMenu* menu, int position);
     void openObject(int position);
     void openAttachment(const Uuid& id);
     void markChanged();
