@@ -191,9 +191,9 @@ void CalendarGrid::paintDay(QPainter& painter, std::size_t day) const {
     if (count < shown.taskCount) {
         painter.setFont(Theme::font(TextRole::caption));
         painter.setPen(colors.secondaryText);
-        painter.drawText(
-            areaOfLine(day, count).adjusted(space::small, 0, 0, 0),
-            Qt::AlignLeading | Qt::AlignVCenter,
+        paintTitleText(
+            painter,
+            areaOfLine(day, count).adjusted(space::small, 0, -space::small, 0),
             QString("+%L1 more").arg(shown.taskCount - count));
     }
 }
@@ -215,18 +215,21 @@ void CalendarGrid::paintTask(QPainter& painter, const QRect& area, const Calenda
     const QRect bar(area.left() + 1, area.top() + 2, 3, area.height() - 4);
     painter.drawRoundedRect(QStyle::visualRect(layoutDirection(), area, bar), 1.5, 1.5);
 
-    QRect text = area.adjusted(space::small, 0, -space::hair, 0);
+    const QRect text = area.adjusted(space::small, 0, -space::small, 0);
+    const auto mirrored = [&](const QRect& part) {
+        return QStyle::visualRect(layoutDirection(), text, part);
+    };
     QFont font = Theme::font(TextRole::caption);
     painter.setFont(font);
-    if (!task.time.isEmpty()) {
-        painter.setPen(task.isOverdue ? colors.danger : colors.secondaryText);
-        painter.drawText(text, Qt::AlignLeft | Qt::AlignVCenter, task.time);
-        text.setLeft(text.left() + QFontMetrics(font).horizontalAdvance(task.time) + space::tiny);
-    }
+    const int timeWidth =
+        task.time.isEmpty() ? 0 : QFontMetrics(font).horizontalAdvance(task.time) + space::tiny;
+    painter.setPen(task.isOverdue ? colors.danger : colors.secondaryText);
+    paintTitleText(
+        painter, mirrored({text.left(), text.top(), timeWidth, text.height()}), task.time);
     font.setStrikeOut(task.isCompleted);
     painter.setFont(font);
     painter.setPen(task.isCompleted ? colors.secondaryText : colors.text);
-    paintTitleText(painter, text, shownTitle(task.title));
+    paintTitleText(painter, mirrored(text.adjusted(timeWidth, 0, 0, 0)), shownTitle(task.title));
 }
 
 // Keys

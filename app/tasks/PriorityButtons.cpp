@@ -4,6 +4,7 @@
 #include "app/look/Theme.h"
 
 #include <QButtonGroup>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QToolButton>
 
@@ -20,7 +21,6 @@ PriorityButtons::PriorityButtons(QWidget* parent)
         button->setCheckable(true);
         button->setAutoRaise(true);
         button->setText(isNone ? QString("None") : QString("P%1").arg(number));
-        button->setIcon(icon(isNone ? "flag" : "flag-full", Theme::colors().priority[number - 1]));
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setAccessibleName(
             isNone ? QString("No priority") : QString("Priority %1").arg(number));
@@ -28,8 +28,21 @@ PriorityButtons::PriorityButtons(QWidget* parent)
         buttons_->addButton(button, number);
     }
     row->addStretch();
+    paintFlags();
     setPriority(TaskPriority::p4);
     connect(buttons_, &QButtonGroup::idClicked, this, [this] { emit chosen(priority()); });
+}
+
+void PriorityButtons::paintFlags() {
+    for (const int number : {1, 2, 3, 4}) {
+        const QString picture = number == 4 ? "flag" : "flag-full";
+        buttons_->button(number)->setIcon(icon(picture, Theme::colors().priority[number - 1]));
+    }
+}
+
+void PriorityButtons::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) paintFlags();
 }
 
 void PriorityButtons::setPriority(TaskPriority priority) {

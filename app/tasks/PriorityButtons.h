@@ -23,6 +23,9 @@ signals:
     void chosen(tesserine::TaskPriority priority);
 
 private:
+    void changeEvent(QEvent* event) override;
+    void paintFlags();
+
     QButtonGroup* const buttons_;
 };
 

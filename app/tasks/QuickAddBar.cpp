@@ -6,6 +6,7 @@
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/QuickAddField.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -158,6 +159,11 @@ void QuickAddBar::showMeaning(const QString& problem) {
     refuse_->setVisible(model_.isDueSuggested());
     add_->setEnabled(model_.isComplete());
     add_->setVisible(!model_.text().isEmpty());
+}
+
+void QuickAddBar::changeEvent(QEvent* event) {
+    QFrame::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) field_->readAgain();
 }
 
 void QuickAddBar::paintEvent(QPaintEvent* /*event*/) {

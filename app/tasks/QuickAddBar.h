@@ -41,6 +41,7 @@ private:
     void create();
     void clear();
     void showMeaning(const QString& problem = {});
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
     AppEnvironment& environment_;

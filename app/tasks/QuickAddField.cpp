@@ -6,12 +6,14 @@
 #include <QAbstractItemView>
 #include <QAbstractTextDocumentLayout>
 #include <QCompleter>
+#include <QGlyphRun>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStringListModel>
 #include <QTextBlock>
+#include <QTextLayout>
 
 #include <algorithm>
 #include <utility>
@@ -207,20 +209,22 @@ void QuickAddField::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void QuickAddField::paintToken(QPainter& painter, const QuickAddToken& token) const {
-    QTextCursor edge(document());
-    edge.setPosition(token.begin);
-    const QRect begin = cursorRect(edge);
-    edge.setPosition(token.end);
-    const QRect end = cursorRect(edge);
-    const int left = std::min(begin.left(), end.left());
-    const int right = std::max(begin.left(), end.left());
+    QRectF glyphs;
+    const QTextLayout& layout = *document()->firstBlock().layout();
+    for (const QGlyphRun& run : layout.glyphRuns(token.begin, token.end - token.begin)) {
+        glyphs |= run.boundingRect();
+    }
+    const double scrolled = horizontalScrollBar()->value();
+    const QRect line = cursorRect();
+    const QRectF area(
+        glyphs.left() + layout.position().x() - scrolled,
+        line.top(),
+        glyphs.width(),
+        line.height());
     QColor tint = colorOf(token.kind);
     tint.setAlphaF(tintOpacity);
     painter.setBrush(tint);
-    painter.drawRoundedRect(
-        QRect(left, begin.top(), right - left, begin.height()).adjusted(-2, 0, 2, 0),
-        space::tiny,
-        space::tiny);
+    painter.drawRoundedRect(area.adjusted(-3, 0, 3, 0), space::tiny, space::tiny);
 }
 
 void QuickAddField::paintEvent(QPaintEvent* event) {

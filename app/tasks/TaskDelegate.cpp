@@ -69,7 +69,8 @@ void paintTitleText(QPainter& painter, const QRect& area, const QString& title) 
     const Qt::LayoutDirection before = painter.layoutDirection();
     painter.setLayoutDirection(title.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     const QString shown = painter.fontMetrics().elidedText(title, Qt::ElideRight, area.width());
-    painter.drawText(area, Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter, shown);
+    const Qt::Alignment side = before == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    painter.drawText(area, side | Qt::AlignAbsolute | Qt::AlignVCenter, shown);
     painter.setLayoutDirection(before);
 }
 
@@ -231,7 +232,9 @@ void TaskDelegate::paintPieces(QPainter& painter, const QRect& area, const TaskR
     const QFont font = Theme::font(TextRole::caption);
     const QFontMetrics metrics(font);
     painter.setFont(font);
-    painter.setLayoutDirection(Qt::LeftToRight);
+    const auto mirrored = [&](const QRect& part) {
+        return QStyle::visualRect(painter.layoutDirection(), area, part);
+    };
     int left = area.left();
     for (const Piece& piece : pieces(row)) {
         const int pictureWidth = piece.icon.isEmpty() ? 0 : iconSide + space::tiny;
@@ -239,14 +242,14 @@ void TaskDelegate::paintPieces(QPainter& painter, const QRect& area, const TaskR
         if (room < iconSide) return;
         if (!piece.icon.isEmpty()) {
             const QRect picture(left, area.center().y() - iconSide / 2, iconSide, iconSide);
-            icon(piece.icon, piece.color).paint(&painter, picture);
+            icon(piece.icon, piece.color).paint(&painter, mirrored(picture));
         }
-        const QString text = metrics.elidedText(piece.text, Qt::ElideRight, room);
-        const QRect place(left + pictureWidth, area.top(), room, area.height());
+        left += pictureWidth;
+        const int width = std::min(room, metrics.horizontalAdvance(piece.text) + 1);
         painter.setPen(piece.color);
-        painter.drawText(place, Qt::AlignVCenter, text);
-        const int gap = text.isEmpty() ? space::tiny : pieceGap;
-        left = place.left() + metrics.horizontalAdvance(text) + gap;
+        paintTitleText(
+            painter, mirrored(QRect(left, area.top(), width, area.height())), piece.text);
+        left += width + (piece.text.isEmpty() ? space::tiny : pieceGap);
     }
 }
 

@@ -19,6 +19,7 @@
 #include "app/tasks/WhenPopup.h"
 #include "core/tasks/TaskSnapshot.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -258,6 +259,11 @@ QStringList TaskDetail::labelNames() const {
         if (const auto name = row.get(&CDTag::name)) names += QString::fromStdString(*name);
     });
     return names;
+}
+
+void TaskDetail::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) load();
 }
 
 // Changing

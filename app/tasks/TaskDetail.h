@@ -44,6 +44,7 @@ signals:
     void closed();
 
 private:
+    void changeEvent(QEvent* event) override;
     QWidget* makeForm();
     void followFields();
     CDTask* find() const;

@@ -53,7 +53,7 @@ TaskListView::TaskListView(AppEnvironment& environment, TaskListModel& model, QW
     setDragDropMode(QAbstractItemView::DragDrop);
     setDropIndicatorShown(false);
     setMouseTracking(true);
-    setUniformItemSizes(false);
+    connect(&model_, &QAbstractItemModel::rowsRemoved, this, &TaskListView::selectNext);
     setResizeMode(QListView::Adjust);
 }
 
@@ -75,6 +75,17 @@ void TaskListView::selectionChanged(
     QListView::selectionChanged(selected, deselected);
     const auto tasks = selectedTasks();
     emit chosen(tasks.size() == 1 ? std::optional(tasks.front()) : std::nullopt);
+}
+
+void TaskListView::rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) {
+    selectsNext_ = !selectedTasks().empty();
+    QListView::rowsAboutToBeRemoved(parent, start, end);
+}
+
+void TaskListView::selectNext() {
+    const QModelIndex next = currentIndex();
+    if (!selectsNext_ || !next.isValid() || !selectedTasks().empty()) return;
+    selectionModel()->select(next, QItemSelectionModel::Select);
 }
 
 // Ticks

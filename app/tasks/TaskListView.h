@@ -47,6 +47,7 @@ private:
     void keyPressEvent(QKeyEvent* event) override;
     void selectionChanged(
         const QItemSelection& selected, const QItemSelection& deselected) override;
+    void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
     void paintEvent(QPaintEvent* event) override;
     void startDrag(Qt::DropActions actions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -61,12 +62,14 @@ private:
     bool isManual() const;
     std::optional<Instant> dayAt(int row) const;
     bool setExpanded(bool isExpanded);
+    void selectNext();
 
     AppEnvironment& environment_;
     TaskListModel& model_;
     TaskDelegate* const delegate_;
     std::map<Uuid, QVariantAnimation*> ticks_;
     std::optional<int> dropRow_;
+    bool selectsNext_ = false;  // when the lines that are selected go
 };
 
 /// Whether movements are to be left out, as the user or the desktop wishes.

@@ -55,7 +55,7 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
     column->setSpacing(0);
     column->addWidget(stack_, 1);
     auto* const foot = new QVBoxLayout;
-    foot->setContentsMargins(space::large, 0, space::large, 0);
+    foot->setContentsMargins(space::large, 0, space::large, space::small);
     foot->addWidget(undo_);
     column->addLayout(foot);
 
@@ -195,10 +195,11 @@ bool TasksPage::flush() { return detail_->flush() && templates_->flush(); }
 
 void TasksPage::showDetail(const std::optional<Uuid>& task) {
     detail_->showTask(task);
-    if (task) detail_->show();
+    if (task && isDetailWanted_) detail_->show();
 }
 
 void TasksPage::openDetail(const Uuid& task) {
+    isDetailWanted_ = true;
     showDetail(task);
     detail_->editTitle();
 }
@@ -206,6 +207,7 @@ void TasksPage::openDetail(const Uuid& task) {
 void TasksPage::closeDetail() {
     detail_->flush();
     detail_->hide();
+    isDetailWanted_ = false;
     if (isCalendar()) {
         calendar_->grid().setFocus();
     } else {

@@ -74,6 +74,7 @@ private:
     TemplateManager* const templates_;
     UndoBar* const undo_;
     TaskDetail* const detail_;
+    bool isDetailWanted_ = true;  // until it is closed; opening a task brings it back
 };
 
 }  // namespace tesserine::app

@@ -129,6 +129,8 @@ TEST_F(TasksPageTest, ActsOnAllThatIsSelected) {
     QTest::keyClick(&list, Qt::Key_Space);
     EXPECT_EQ(titles(), "c");
     EXPECT_EQ(undoSentence(), "Completed 2 tasks");
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_EQ(titles(), "") << "the next one was selected";
 }
 
 TEST_F(TasksPageTest, DraggedTasksTakeTheirNewPlace) {

@@ -11,6 +11,7 @@
 #include "core/tasks/TaskTemplateService.h"
 
 #include <QCheckBox>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -198,6 +199,11 @@ void TemplateForm::showChoices() {
         *project_,
         project == nullptr ? QString() : QString::fromStdString(project->name.valueOr("")),
         "Inbox");
+}
+
+void TemplateForm::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) showChoices();
 }
 
 void TemplateForm::askRecurrence() {

@@ -39,6 +39,7 @@ signals:
     void edited();
 
 private:
+    void changeEvent(QEvent* event) override;
     void arrange();
     void follow();
     void edit();
