@@ -76,7 +76,10 @@ std::optional<Value> integerValue(double number) {
 
 std::optional<Value> textValue(const std::string& text, AttributeType type) {
     switch (type) {
-    case AttributeType::string: return Value(text::sanitized(text));
+    case AttributeType::string:
+        // Made in its place: g++ 12 sees a false free in the moving of it.
+        return std::optional<Value>(
+            std::in_place, std::in_place_type<std::string>, text::sanitized(text));
     case AttributeType::date: {
         const auto date = wire::parseDate(text);
         return date ? std::optional<Value>(*date) : std::nullopt;
