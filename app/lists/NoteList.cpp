@@ -53,6 +53,7 @@ NoteList::NoteList(AppEnvironment& environment, QWidget* parent)
       emptyTrashButton_(new QPushButton("Empty Trash", this)) {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
+    setFocusProxy(view_);
     buildHeader();
     connect(view_, &NoteListView::selectionTurned, this, &NoteList::tellSelection);
     connect(view_, &NoteListView::opened, this, [this] {

@@ -81,7 +81,14 @@ public:
         on("tab.close", [&window = window_] { window.closeCurrentTab(); });
         on("tab.next", [&window = window_] { window.turnTabs(1); });
         on("tab.previous", [&window = window_] { window.turnTabs(-1); });
-        on("app.quit", [&window = window_] { window.close(); });
+        on("app.quit", [&window = window_] {
+            if (window.close()) QApplication::quit();  // also where the tray would keep it
+        });
+        QStatusBar* bar = window_.statusBar();
+        bar->hide();
+        QObject::connect(bar, &QStatusBar::messageChanged, bar, [bar](const QString& message) {
+            bar->setVisible(!message.isEmpty());
+        });
         on("library.save", [&window = window_] {
             if (window.save()) window.statusBar()->showMessage("Saved", 2'000);
         });
