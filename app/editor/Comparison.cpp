@@ -98,7 +98,7 @@ std::optional<Kept> keptOf(const Tokens& before, const Tokens& after) {
     return {};
 }
 
-/// The stretches of tokens that do not stay, joined where only blanks stay between them.
+/// The stretches of tokens that do not stay; neighbours are one.
 std::vector<PassageRange> rangesOf(
     const Tokens& pieces, const std::vector<bool>& kept, std::size_t offset) {
     std::vector<PassageRange> ranges;

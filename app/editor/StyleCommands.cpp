@@ -94,23 +94,6 @@ void setLink(NoteDocument& document, const QTextCursor& selection, std::string_v
     });
 }
 
-void setColor(NoteDocument& document, const QTextCursor& selection, std::string_view color) {
-    document.changeStyles(selection, [&](InlineStyle& style) {
-        const std::string background(style.background());
-        removeMark(style, HTMLElement::span);
-        std::string declarations;
-        if (!color.empty()) declarations = "color: " + std::string(color);
-        if (!background.empty()) {
-            declarations += declarations.empty() ? "" : "; ";
-            declarations += "background-color: " + background;
-        }
-        if (declarations.empty()) return;
-        setMark(
-            style,
-            {.element = HTMLElement::span, .attributes = {{"style", std::move(declarations)}}});
-    });
-}
-
 void clearMarks(NoteDocument& document, const QTextCursor& selection) {
     document.changeStyles(selection, [](InlineStyle& style) {
         std::erase_if(
@@ -162,14 +145,6 @@ void toggleBlockStyle(NoteDocument& document, const QTextCursor& cursor, BlockSt
 void setBlockStyle(NoteDocument& document, const QTextCursor& cursor, BlockStyle style) {
     changeParagraphs(
         document, cursor, [&](const Paragraph& paragraph) { return restyled(paragraph, style); });
-}
-
-void setAlignment(
-    NoteDocument& document, const QTextCursor& cursor, AttributedText::Alignment alignment) {
-    changeParagraphs(document, cursor, [&](Paragraph paragraph) {
-        paragraph.alignment = alignment;
-        return paragraph;
-    });
 }
 
 void insertDivider(NoteDocument& document, QTextCursor& cursor) {

@@ -33,8 +33,6 @@ bool hasMark(const NoteDocument& document, const QTextCursor& cursor, HTMLElemen
 void toggleMark(NoteDocument& document, const QTextCursor& selection, HTMLElement element);
 /// Makes the selection a link; an empty address takes links away.
 void setLink(NoteDocument& document, const QTextCursor& selection, std::string_view address);
-/// Colours as "#rrggbb"; empty takes that colour away.
-void setColor(NoteDocument& document, const QTextCursor& selection, std::string_view color);
 /// Takes everything but links away.
 void clearMarks(NoteDocument& document, const QTextCursor& selection);
 
@@ -47,8 +45,6 @@ AttributedText::Paragraph restyled(const AttributedText::Paragraph& paragraph, B
 /// Gives the selected paragraphs a style, or makes them plain when all of them have it.
 void toggleBlockStyle(NoteDocument& document, const QTextCursor& cursor, BlockStyle style);
 void setBlockStyle(NoteDocument& document, const QTextCursor& cursor, BlockStyle style);
-void setAlignment(
-    NoteDocument& document, const QTextCursor& cursor, AttributedText::Alignment alignment);
 /// Puts a dividing line behind the cursor's paragraph, and an empty paragraph behind it.
 void insertDivider(NoteDocument& document, QTextCursor& cursor);
 
