@@ -19,7 +19,7 @@ namespace tesserine::bench {
 namespace {
 
 constexpr std::size_t notesPerBatch = 50;
-constexpr std::size_t pieceSize = 64 * 1024;
+constexpr std::size_t pieceSize = 65'536;
 
 std::string escaped(const std::string& text) {
     std::string xml;

@@ -88,8 +88,8 @@ void takeAttributes(const ENEXFields& attributes, ImportDraft& draft) {
         const bool isTaken = (isPlace && draft.location)
                              || (name == "reminder-time" && draft.reminderAt)
                              || (name == "source-url" && draft.sourceURL);
-        if (!isTaken && !text::isBlank(text))
-            draft.metadata.emplace_back(name, text::trimmed(text));
+        if (isTaken || text::isBlank(text)) continue;
+        draft.metadata.emplace_back(name, text::trimmed(text));
     }
 }
 

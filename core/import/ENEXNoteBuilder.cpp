@@ -9,7 +9,7 @@ namespace tesserine {
 namespace {
 
 /// Decoded bytes are digested and put away in pieces of this size.
-constexpr std::size_t pieceSize = 64 * 1024;
+constexpr std::size_t pieceSize = 65'536;
 
 }  // namespace
 

@@ -17,7 +17,7 @@
 namespace tesserine {
 namespace {
 
-constexpr std::size_t pieceSize = 64 * 1024;
+constexpr std::size_t pieceSize = 65'536;
 constexpr std::string_view root = "en-export";
 constexpr std::string_view noteTag = "<note>";
 

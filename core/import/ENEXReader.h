@@ -22,8 +22,6 @@ public:
     static constexpr std::size_t mostSourceBytes = 32'000'000;
     /// More files of a note are named in a failure.
     static constexpr std::size_t mostResources = 5'000;
-    /// Elements inside each other, outside of a note's text.
-    static constexpr std::size_t mostDepth = 1'000;
     /// After so many places that cannot be read the rest of the file is given up.
     static constexpr std::size_t mostFailures = 1'000;
 

@@ -9,7 +9,7 @@
 namespace tesserine {
 namespace {
 
-constexpr std::size_t pieceSize = 64 * 1024;
+constexpr std::size_t pieceSize = 65'536;
 constexpr int gzipOnly = 16 + MAX_WBITS;
 
 struct End {
