@@ -339,7 +339,6 @@ void MainWindow::showTab(int index) {
 
 // Following
 
-/// Titles, marks and what is possible now.
 void MainWindow::settle() {
     const Stop& stop = current();
     QString title = titleOf(stop.place, environment_.context());

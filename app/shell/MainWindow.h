@@ -51,6 +51,8 @@ public:
     /// By so many tabs to the right, round the end.
     void turnTabs(int steps);
 
+    /// Shows titles, marks and what is possible now.
+    void settle();
     /// The notes that commands act on; none while tasks are shown.
     std::vector<Uuid> chosenNotes() const;
     /// A new note in the present place, or in All Notes.
@@ -91,7 +93,6 @@ private:
     History& history();
     void saveSearch(const QString& query);
     void showTab(int index);
-    void settle();
     void followNote(const std::optional<Uuid>& note);
     void followLibrary();
     void restoreLayout();

@@ -270,6 +270,7 @@ void handleWindowCommands(MainWindow& window, Commands& commands, AppEnvironment
     wiring.pages();
     wiring.notes();
     commands.attach(CommandContext::everywhere, window);
+    window.settle();
 }
 
 }  // namespace tesserine::app
