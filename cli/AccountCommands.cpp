@@ -231,17 +231,17 @@ std::vector<Command> accountCommands() {
                .value = "LABEL",
                .summary = "Make a token instead; its secret is shown once"},
               {.name = "delete", .value = "ID", .summary = "Delete a token instead"}},
-         .example = "tesserine account tokens --create “Backup script”",
+         .example = "tesserine account tokens --create 'Backup script'",
          .run = tokens},
         {.path = "note share",
          .summary = "Shares a note under a public address and prints it",
          .arguments = {{.name = "NOTE"}},
-         .example = "tesserine note share “Packing list”",
+         .example = "tesserine note share 'Packing list'",
          .run = share},
         {.path = "note unshare",
          .summary = "Ends the sharing of a note",
          .arguments = {{.name = "NOTE"}},
-         .example = "tesserine note unshare “Packing list”",
+         .example = "tesserine note unshare 'Packing list'",
          .run = unshare}};
 }
 
