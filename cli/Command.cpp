@@ -16,8 +16,8 @@ std::vector<Command> allCommands() {
              indexCommands,    taskCommands,       projectCommands,       taskTemplateCommands,
              calendarCommands, importCommands,     libraryImportCommands, exportCommands,
              backupCommands,   askCommands,        assistantCommands,     updateCommands,
-             accountCommands,  syncCommands,
-             settingsCommands, dumpCommands,       batchCommands,
+             accountCommands,  syncCommands,       settingsCommands,      dumpCommands,
+             batchCommands,
          }) {
         for (Command& command : part()) {
             all.push_back(std::move(command));
