@@ -132,11 +132,11 @@ protected:
     static void sort(boost::json::array& ids) {
         std::ranges::sort(ids, {}, [](const auto& id) { return shown(id); });
     }
-    /// Every file of an export by its path, without the date of the export and without the numbers
-    /// of earlier versions, which it does not hold.
+    /// Every file of an export by its path, without the date of the export (in the read-me, whose
+    /// digest is another one then) and the numbers of earlier versions, which it does not hold.
     static std::map<std::string, std::string> filesIn(const fs::path& directory) {
         static const std::regex differing(
-            R"("exportedAt": "[^"]*"|Exported [^.]* by|"revisionCount":\d+)");
+            R"("exportedAt": "[^"]*"|Exported [^.]* by|"revisionCount":\d+|[0-9a-f]{64}  README.txt)");
         std::map<std::string, std::string> files;
         for (const auto& entry : fs::recursive_directory_iterator(directory)) {
             if (!entry.is_regular_file()) continue;

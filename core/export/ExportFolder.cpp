@@ -89,6 +89,13 @@ void ExportFolder::write(const std::string& path, Bytes bytes) {
 
 void ExportFolder::finish() {
     writer_.finish();
+    std::string lines;
+    for (const FileWriter::WrittenFile& file : writer_.written()) {
+        const std::string path = file.path.lexically_relative(path_).generic_string();
+        lines += hex(file.digest) + "  " + path + "\n";
+    }
+    write(checksumsName, lines);
+    writer_.finish();
     files::syncFileSystem(path_);
 }
 

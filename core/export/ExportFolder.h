@@ -41,8 +41,12 @@ public:
     /// that was handed over before.
     void write(const std::string& path, std::string_view text);
     void write(const std::string& path, Bytes bytes);
-    /// Waits until everything is on the disk. Throws `FileError`.
+    /// Writes the digests of all files so far as `checksumsName`, and waits until everything is on
+    /// the disk. Throws `FileError`.
     void finish();
+
+    /// One line for each file, as `sha256sum --check` reads them.
+    static constexpr const char* checksumsName = "checksums.sha256";
 
 private:
     std::filesystem::path path_;

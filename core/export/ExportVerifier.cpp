@@ -5,6 +5,7 @@
 #include "base/JSON.h"
 #include "base/PercentEncoding.h"
 #include "core/body/HTMLNode.h"
+#include "core/export/ExportFolder.h"
 #include "core/export/ExportTypes.h"
 
 #include <optional>
@@ -77,6 +78,8 @@ private:
     void checkFile(const std::string& path);
     void checkPage(const std::string& path);
     void checkCounts(const object& manifest);
+    void checkDigests();
+    void checkDigest(const std::string& path, std::string_view digest);
     void compare(const object& counts, std::string_view key, std::int64_t found);
     std::optional<fs::path> inside(const std::string& path);
     void report(const std::string& path, const std::string& problem) {
@@ -86,6 +89,7 @@ private:
     const fs::path& folder_;
     const std::stop_token& stop_;
     ExportVerification result_;
+    std::set<std::string> unlike_;  // files that are missing or known not to be what they were
     std::int64_t attachments_ = 0;
     std::int64_t attachmentBytes_ = 0;
     std::int64_t trashed_ = 0;
@@ -116,6 +120,7 @@ ExportVerification Verifier::run() {
     checkPage("index.html");
     checkFile("README.txt");
     checkCounts(manifest);
+    checkDigests();
     return std::move(result_);
 }
 
@@ -142,8 +147,10 @@ void Verifier::checkAttachment(const object& attachment) {
         const auto size = static_cast<std::int64_t>(fs::file_size(*file));
         attachmentBytes_ += size;
         if (size != numberAt(attachment, "byteCount").value_or(size)) {
+            unlike_.insert(*path);
             report(*path, "has another size than the manifest says.");
         } else if (sha256HexOfFile(*file) != textAt(attachment, "sha256").value_or("")) {
+            unlike_.insert(*path);
             report(*path, "does not hold the bytes that the manifest says.");
         }
     } catch (const FileError& error) {
@@ -158,7 +165,10 @@ void Verifier::checkFile(const std::string& path) {
     if (!file) return;
     std::error_code error;
     const auto size = fs::file_size(*file, error);
-    if (error) return report(path, "is missing.");
+    if (error) {
+        unlike_.insert(path);
+        return report(path, "is missing.");
+    }
     ++result_.files;
     result_.bytes += size;
 }
@@ -170,6 +180,7 @@ void Verifier::checkPage(const std::string& path) {
     try {
         bytes = files::read(*file, largestPage);
     } catch (const FileError& error) {
+        unlike_.insert(path);
         result_.problems.emplace_back(error.what());
         return;
     }
@@ -198,6 +209,40 @@ void Verifier::checkCounts(const object& manifest) {
     compare(counts, "attachmentBytes", attachmentBytes_);
     for (const std::string_view key : {"notebooks", "tags", "tasks", "projects", "taskTemplates"}) {
         compare(counts, key, static_cast<std::int64_t>(objectsAt(manifest, key).size()));
+    }
+}
+
+/// The digests of all files but the manifest; older exports have no list of them.
+void Verifier::checkDigests() {
+    const fs::path list = folder_ / ExportFolder::checksumsName;
+    std::error_code error;
+    if (!fs::exists(list, error)) return;
+    const Bytes bytes = files::read(list, largestManifest, files::Links::refuse);
+    std::string_view rest = textOf(bytes);
+    constexpr std::size_t digestLength = 64;
+    constexpr std::string_view gap = "  ";
+    while (!rest.empty() && !stop_.stop_requested()) {
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        const bool isEntry =
+            line.size() > digestLength + gap.size() && line.substr(digestLength, gap.size()) == gap;
+        if (!isEntry) {
+            report(ExportFolder::checksumsName, "holds a line that names no file.");
+            return;
+        }
+        const std::string path(line.substr(digestLength + gap.size()));
+        if (!unlike_.contains(path)) checkDigest(path, line.substr(0, digestLength));
+    }
+}
+
+void Verifier::checkDigest(const std::string& path, std::string_view digest) {
+    const auto file = inside(path);
+    if (!file) return;
+    try {
+        if (sha256HexOfFile(*file) == digest) return;
+        report(path, "does not hold the bytes that were exported.");
+    } catch (const FileError& error) {
+        result_.problems.emplace_back(error.what());
     }
 }
 

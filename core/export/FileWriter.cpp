@@ -25,6 +25,7 @@ void FileWriter::writeNow(const std::filesystem::path& file, const Bytes& bytes)
         try {
             FAIL_POINT("export.file");
             files::writeOneOfMany(file, bytes);
+            writtenFiles_.push_back({.path = file, .digest = sha256(bytes)});
         } catch (const FileError&) {
             failure = std::current_exception();
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Digest.h"
 #include "base/Encoding.h"
 #include "base/SerialQueue.h"
 
@@ -8,6 +9,7 @@
 #include <exception>
 #include <filesystem>
 #include <mutex>
+#include <vector>
 
 namespace tesserine {
 
@@ -26,6 +28,13 @@ public:
     /// Waits until everything is written. Throws as `write`.
     void finish();
 
+    struct WrittenFile {
+        std::filesystem::path path;
+        SHA256Digest digest;
+    };
+    /// What was written, in its order; to be asked after `finish`.
+    const std::vector<WrittenFile>& written() const { return writtenFiles_; }
+
 private:
     void writeNow(const std::filesystem::path& file, const Bytes& bytes);
     bool hasFailed();
@@ -33,6 +42,7 @@ private:
 
     std::mutex mutex_;
     std::condition_variable written_;
+    std::vector<WrittenFile> writtenFiles_;  // touched on the queue until `finish`
     // Behind the mutex.
     std::size_t waiting_ = 0;  // bytes
     std::exception_ptr failure_;

@@ -116,6 +116,7 @@ TEST_F(LibraryExport, ShowsTheLibraryInFilesThatNeedNoProgram) {
         ElementsAre(
             "README.txt",
             "attachments/a b.txt",
+            "checksums.sha256",
             "index.html",
             "manifest.json",
             "notes/Office/Q1-Q2/Plan.html",
@@ -278,6 +279,19 @@ TEST_F(LibraryExport, IsVerifiedFileByFile) {
     EXPECT_EQ(whole.notes, 2U);
     EXPECT_EQ(whole.files, 7U);
 
+    for (const char* file : {"notes/Unfiled/Link.html", "notes/Unfiled/Link.md", "README.txt"}) {
+        const std::string content = test::contentOf(directory / file);
+        std::string flipped = content;
+        flipped[flipped.size() / 2] ^= 1;
+        test::putContent(directory / file, flipped);
+        EXPECT_THAT(
+            verifyExport(directory).problems,
+            testing::Contains(
+                "“" + std::string(file) + "” does not hold the bytes that were exported."));
+        test::putContent(directory / file, content);
+    }
+    EXPECT_THAT(verifyExport(directory).problems, testing::IsEmpty());
+
     fs::remove(directory / "notes/Unfiled/Plan.html");
     std::string manifest = test::contentOf(directory / "manifest.json");
     const auto change = [&manifest](std::string_view from, std::string_view to) {
@@ -325,7 +339,7 @@ TEST_F(LibraryExport, ThatIsNotWholeHasNoManifest) {
 #ifdef TESSERINE_FAIL_POINTS  // what users run has none
 TEST_F(LibraryExport, AFailureAtAnyFileLeavesWhatWasWrittenAndNoManifest) {
     insertFile(insertNote("Plan"), "a.txt", "bytes");
-    constexpr int fileCount = 6;
+    constexpr int fileCount = 7;
     for (int file = 1; file <= fileCount; ++file) {
         failpoint::arm("export.file", file, [] {
             throw FileError::fromErrno("Plan.html", "written", ENOSPC);
