@@ -1,6 +1,7 @@
 #include "app/shell/ProcessSetting.h"
 
 #include "base/Clock.h"
+#include "base/Product.h"
 #include "base/Random.h"
 #include "core/store/LibraryFolder.h"
 
@@ -63,7 +64,8 @@ AppSetting ProcessSetting::setting(const std::optional<std::string>& given) cons
         .logFile = folder("XDG_STATE_HOME", ".local/state") / "tesserine.log",
         .dataFolder = folder("XDG_DATA_HOME", ".local/share"),
         .cacheFolder = folder("XDG_CACHE_HOME", ".cache"),
-        .dataDirs = variable("XDG_DATA_DIRS").value_or("")};
+        .dataDirs = variable("XDG_DATA_DIRS").value_or(""),
+        .serviceURL = variable(product::serviceURLVariable)};
 }
 
 }  // namespace tesserine::app

@@ -1,11 +1,15 @@
 #include "app/state/AppEnvironment.h"
 
-#include "app/state/Notice.h"
+#include "app/look/Notice.h"
+#include "app/state/SyncControl.h"
 #include "base/Files.h"
 #include "base/FirstWeekday.h"
+#include "base/HTTPSession.h"
+#include "base/Keychain.h"
 #include "core/services/LibraryCare.h"
 #include "search/LegacySavedSearches.h"
 #include "search/SearchCoordinator.h"
+#include "sync/SyncService.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -125,6 +129,31 @@ SearchCoordinator& AppEnvironment::search() {
             SearchCoordinator::Setting{.clock = clock(), .log = log_, .vfs = setting_.sqliteVFS});
     }
     return *search_;
+}
+
+HTTPTransport& AppEnvironment::network() {
+    if (setting_.network != nullptr) return *setting_.network;
+    if (!network_) network_ = std::make_unique<HTTPSession>();
+    return *network_;
+}
+
+SecretStore& AppEnvironment::secrets(std::string_view service) {
+    if (setting_.secrets != nullptr) return *setting_.secrets;
+    auto& keychain = keychains_[std::string(service)];
+    if (!keychain) keychain = std::make_unique<Keychain>(std::string(service));
+    return *keychain;
+}
+
+SyncControl& AppEnvironment::syncControl() {
+    if (!syncControl_) syncControl_ = std::make_unique<SyncControl>(*this);
+    return *syncControl_;
+}
+
+SyncService* AppEnvironment::sync() { return syncControl().service(); }
+
+AccountSession* AppEnvironment::session() {
+    SyncService* const service = sync();
+    return service == nullptr ? nullptr : &service->account();
 }
 
 bool AppEnvironment::save(QWidget* parent) {

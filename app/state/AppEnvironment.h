@@ -25,22 +25,30 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class QWidget;
 
 namespace tesserine {
+class AccountSession;
+class HTTPTransport;
 class SearchCoordinator;
-}
+class SecretStore;
+class SyncService;
+}  // namespace tesserine
 
 namespace tesserine::app {
 
+class SyncControl;
+
 /// What makes one run of the window differ from another; main.cpp fills it from its process, tests
-/// by hand. Clock and random source outlive the environment.
+/// by hand. What it refers to outlives the environment.
 struct AppSetting {
     const Clock& clock;
     Random& random;
@@ -54,6 +62,10 @@ struct AppSetting {
     std::filesystem::path cacheFolder{};
     std::string dataDirs{};   ///< where the registry of file types is looked for
     std::string sqliteVFS{};  ///< empty: the default one
+    /// The service to sync with; none: what the user set, else that of the build.
+    std::optional<std::string> serviceURL{};
+    HTTPTransport* network = nullptr;  ///< in place of the real one
+    SecretStore* secrets = nullptr;    ///< in place of the user's keyring
 };
 
 /// The open library and everything that works on it, for all widgets of the window.
@@ -100,6 +112,16 @@ public:
     QuickAddParser quickAddParser() const { return {now(), calendar_}; }
     /// Opens the search index the first time.
     SearchCoordinator& search();
+    /// The way to other machines; made the first time. Making it reaches nothing.
+    HTTPTransport& network();
+    /// The user's secrets of a service, such as `product::assistantSecretService`. Reading one may
+    /// take seconds: not on the main thread.
+    SecretStore& secrets(std::string_view service);
+    SyncControl& syncControl();
+    /// The service to sync with and the account there; null when none is set up. Both stay valid
+    /// for what runs in the background.
+    SyncService* sync();
+    AccountSession* session();
 
     /// Saves the main context. When that fails the user is shown why over `parent`, every change is
     /// still pending, and the answer is false.
@@ -154,6 +176,9 @@ private:
 
     TesserineStore store_;
     std::unique_ptr<SearchCoordinator> search_;
+    std::unique_ptr<HTTPTransport> network_;
+    std::map<std::string, std::unique_ptr<SecretStore>, std::less<>> keychains_;
+    std::unique_ptr<SyncControl> syncControl_;
     std::stop_source stop_;
     QThreadPool background_;
 };

@@ -3,6 +3,7 @@
 #include "app/state/AppEnvironment.h"
 #include "base/Clock.h"
 #include "base/Random.h"
+#include "base/SecretStore.h"
 #include "core/model/TaskEntities.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -33,7 +34,8 @@ public:
             .preferencesFile = folder / "preferences.json",
             .logFile = folder / "tesserine.log",
             .dataFolder = folder / "data",
-            .cacheFolder = folder / "cache"};
+            .cacheFolder = folder / "cache",
+            .secrets = &secrets};
     }
 
     /// Closes the environment and opens another.
@@ -79,6 +81,7 @@ public:
     TemporaryFolder folder;
     FixedClock clock{*Instant::parseISO("2026-03-14T09:00:00Z")};
     SecureRandom random;
+    InMemorySecrets secrets;
     std::unique_ptr<app::AppEnvironment> environment =
         std::make_unique<app::AppEnvironment>(setting());
 };
