@@ -114,11 +114,9 @@ const CalendarTask* CalendarGrid::taskAt(const QPoint& place) const {
     return nullptr;
 }
 
-bool CalendarGrid::isOnMore(const QPoint& place) const {
-    const auto day = dayAt(place);
-    if (!day) return false;
-    const std::size_t shown = shownTaskCount(*day);
-    return shown < model_.days()[*day].taskCount && areaOfLine(*day, shown).contains(place);
+QRect CalendarGrid::areaOfMore(std::size_t day) const {
+    const std::size_t shown = shownTaskCount(day);
+    return shown < model_.days()[day].taskCount ? areaOfLine(day, shown) : QRect();
 }
 
 // Painting
@@ -193,7 +191,7 @@ void CalendarGrid::paintDay(QPainter& painter, std::size_t day) const {
         painter.setPen(colors.secondaryText);
         paintTitleText(
             painter,
-            areaOfLine(day, count).adjusted(space::small, 0, -space::small, 0),
+            areaOfMore(day).adjusted(space::small, 0, -space::small, 0),
             QString("+%L1 more").arg(shown.taskCount - count));
     }
 }
@@ -317,7 +315,7 @@ void CalendarGrid::mouseReleaseEvent(QMouseEvent* event) {
     if (!std::exchange(isPressed_, false)) return;
     const auto day = dayAt(event->pos());
     if (!day || taskAt(event->pos()) != nullptr) return;
-    if (isOnMore(event->pos())) {
+    if (areaOfMore(*day).contains(event->pos())) {
         showAll(*day, event->globalPosition().toPoint());
     } else {
         emit addingAsked(model_.day());

@@ -29,6 +29,8 @@ public:
     /// Where a task is painted, for tests; empty where it is not.
     QRect areaOf(const Uuid& task) const;
     QRect areaOfDay(std::size_t day) const;
+    /// The line that says how many more tasks the day has; empty where all are shown.
+    QRect areaOfMore(std::size_t day) const;
 
 signals:
     void dayChanged();
@@ -56,7 +58,6 @@ private:
     QRect areaOfLine(std::size_t day, std::size_t line) const;
     std::optional<std::size_t> dayAt(const QPoint& place) const;
     const CalendarTask* taskAt(const QPoint& place) const;
-    bool isOnMore(const QPoint& place) const;
 
     void markDay(Instant day);
     void chooseNeighbour(int steps);

@@ -323,8 +323,7 @@ TEST_F(CalendarTest, ADayTooFullTellsHowManyMore) {
     const auto tasks = context().fetch<CDTask>({.sort = {{"sortIndex"}}});
     EXPECT_FALSE(grid.areaOf(*tasks.front()->id).isEmpty());
     EXPECT_TRUE(grid.areaOf(*tasks.back()->id).isEmpty());
-    const QRect day = grid.areaOfDay(25);
-    QTest::mouseClick(&grid, Qt::LeftButton, {}, QPoint(day.center().x(), day.bottom() - 12));
+    QTest::mouseClick(&grid, Qt::LeftButton, {}, grid.areaOfMore(25).center());
     auto* const menu = grid.findChild<QMenu*>("tasksOfDay");
     ASSERT_NE(menu, nullptr);
     EXPECT_EQ(menu->actions().size(), 41);
