@@ -28,7 +28,7 @@ public:
     void look(EntityKind entity, const Uuid& id) {
         StoreObject* const object = context_.findObject(entity, id);
         if (object == nullptr) {
-            markDeleted(id);
+            ledger_.markDeleted(id);
         } else {
             markChanged(*object, id);
         }
@@ -36,19 +36,6 @@ public:
     SyncLedger& ledger() { return ledger_; }
 
 private:
-    void markDeleted(const Uuid& id) {
-        CDSyncState* const state = ledger_.find(id);
-        if (state == nullptr || state->isTombstone) return;
-        const bool wasNeverSent = state->rev.valueOr(0) == 0 && !state->lastPushedAt;
-        if (wasNeverSent) {
-            context_.remove(*state);
-            return;
-        }
-        state->isTombstone = true;
-        state->needsPush = true;
-        state->updatedAt = context_.now();
-    }
-
     void markChanged(StoreObject& object, const Uuid& id) {
         CDSyncState& state = ledger_.at(id, *recordKindOf(object.entity().kind));
         const auto agreed = SyncLedger::agreed(state);

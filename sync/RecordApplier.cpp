@@ -1,17 +1,15 @@
 #include "sync/RecordApplier.h"
 
 #include "base/JSON.h"
-#include "base/Text.h"
 #include "core/body/BodyError.h"
 #include "core/body/CanonicalBody.h"
 #include "core/model/TaskEntities.h"
-#include "core/services/Tree.h"
 #include "core/store/StoreContext.h"
 #include "sync/RecordFields.h"
 #include "sync/RecordKinds.h"
 
 #include <algorithm>
-#include <map>
+#include <vector>
 
 namespace tesserine {
 namespace {
@@ -144,12 +142,27 @@ void RecordApplier::keepOnTopOf(
     }
 }
 
+/// Subtasks go with their task, but not what was changed here.
+void RecordApplier::keepChangedSubtasks(CDTask& task) {
+    std::set<CDTask*> seen{&task};
+    std::vector<CDTask*> open{&task};
+    while (!open.empty()) {
+        CDTask* const next = open.back();
+        open.pop_back();
+        for (CDTask* const subtask : next->subtasks.all()) {
+            if (!seen.insert(subtask).second) continue;
+            if (isWorthKeeping(*subtask)) {
+                subtask->parent = nullptr;
+            } else {
+                open.push_back(subtask);
+            }
+        }
+    }
+}
+
 void RecordApplier::remove(StoreObject& object) {
     if (auto* const task = dynamic_cast<CDTask*>(&object)) {
-        // Subtasks go with their task, but not what was changed here.
-        for (CDTask* const subtask : task->subtasks.all()) {
-            if (isWorthKeeping(*subtask)) subtask->parent = nullptr;
-        }
+        keepChangedSubtasks(*task);
     }
     if (auto* const project = dynamic_cast<CDProject*>(&object)) {
         const auto tasks = project->tasks.all();
@@ -187,8 +200,7 @@ void RecordApplier::applyLive(const SyncRecord& record, EntityKind entity) {
         if (isNewBody) notes_.takeRevision(context_, *whole, NoteRevisionReason::preEdit);
         mapper_.write(*object, present, theirs);
     }
-    touchedTrees_ |= entity == EntityKind::notebook || entity == EntityKind::tag
-                     || entity == EntityKind::task || entity == EntityKind::project;
+    touched_[entity].insert(record.id);
 
     CDSyncState& state = ledger_.at(record.id, record.kind);
     markSeen(state, record);
@@ -219,6 +231,7 @@ void RecordApplier::reviveAttachments(const Uuid& noteID) {
         StoreObject& file = context_.insertObject(EntityKind::attachment);
         file.setValue(*file.entity().identity, *id);
         mapper_.write(file, mapper_.payload(file), *agreed);
+        touched_[EntityKind::attachment].insert(*id);
         state->isTombstone = false;
         state->needsPush = false;
     }
@@ -270,59 +283,16 @@ void RecordApplier::keepVersion(
 // MARK: whole library
 
 void RecordApplier::finish() {
-    if (!touchedTrees_) return;
-    touchedTrees_ = false;
-    breakCycles<CDNotebook>();
-    breakCycles<CDTag>();
-    breakCycles<CDTask>();
-    joinTags();
-    projects_.mergeInboxes(context_);
-}
-
-/// Two devices each put one below the other: the one with the smallest identifier comes to the top,
-/// on every device alike.
-template <class Entity>
-void RecordApplier::breakCycles() {
-    for (Entity* const object : context_.fetch<Entity>({.predicate = {"parent != nil"}})) {
-        const auto above = tree::ancestors(*object);
-        const bool isInCycle = !above.empty() && above.back()->parent.get() == object;
-        if (!isInCycle) continue;
-        Entity* first = object;
-        for (Entity* const other : above) {
-            if (other->uuid() < first->uuid()) first = other;
-        }
-        first->parent = nullptr;
-    }
-}
-
-/// Tags of one name, as two devices made them, become the older one.
-void RecordApplier::joinTags() {
-    std::map<std::string, std::vector<CDTag*>> byName;
-    for (CDTag* const tag : context_.fetch<CDTag>()) {
-        byName[text::caseFolded(tag->name.valueOr(""))].push_back(tag);
-    }
-    for (auto& [name, tags] : byName) {
-        if (tags.size() < 2 || name.empty()) continue;
-        std::ranges::sort(tags, [](CDTag* a, CDTag* b) {
-            const auto ageA = a->createdAt.valueOr(Instant());
-            const auto ageB = b->createdAt.valueOr(Instant());
-            return ageA == ageB ? a->uuid() < b->uuid() : ageA < ageB;
-        });
-        CDTag& survivor = *tags.front();
-        for (CDTag* const twin : std::vector<CDTag*>(tags.begin() + 1, tags.end())) {
-            for (CDNote* const note : twin->notes.all()) {
-                survivor.notes.add(*note);
-            }
-            for (CDTask* const task : twin->tasks.all()) {
-                survivor.tasks.add(*task);
-            }
-            for (CDTag* const child : twin->children.all()) {
-                const bool isAbove = tree::isWithin(survivor, *child);
-                child->parent = isAbove ? nullptr : &survivor;
-            }
-            context_.remove(*twin);
+    mendTrees(context_, touched_);
+    if (touched_.contains(EntityKind::project)) projects_.mergeInboxes(context_);
+    // What came and went again before it was ever saved is in no history: nobody else would tell
+    // the server.
+    for (const auto& [entity, ids] : touched_) {
+        for (const Uuid& id : ids) {
+            if (context_.findObject(entity, id) == nullptr) ledger_.markDeleted(id);
         }
     }
+    touched_.clear();
 }
 
 }  // namespace tesserine

@@ -6,6 +6,7 @@
 #include "sync/RecordMapper.h"
 #include "sync/RecordMerge.h"
 #include "sync/SyncLedger.h"
+#include "sync/TreeMender.h"
 #include "sync/WireRecords.h"
 
 #include <cstddef>
@@ -31,7 +32,7 @@ public:
 
     void apply(const SyncRecord& record);
     /// To be called after the last record of a page: mends what no single record could see (cycles
-    /// of parents, tags of one name, several Inboxes).
+    /// of parents, tags of one name, several Inboxes), and tells of what did not stay.
     void finish();
     /// Whether `record` would delete something that was not changed here.
     bool wouldDelete(const SyncRecord& record);
@@ -53,6 +54,7 @@ private:
     void reviveAttachments(const Uuid& note);
     bool isWorthKeeping(StoreObject& object);
     void keepOnTopOf(const SyncRecord& tombstone, StoreObject& object, CDSyncState& state);
+    void keepChangedSubtasks(CDTask& task);
     void remove(StoreObject& object);
     void merge(
         StoreObject& object,
@@ -60,9 +62,6 @@ private:
         const JSONObject& theirs,
         const std::optional<JSONObject>& base,
         Instant updatedAt);
-    template <class Entity>
-    void breakCycles();
-    void joinTags();
 
     StoreContext& context_;
     SyncLedger& ledger_;
@@ -71,7 +70,7 @@ private:
     ProjectService projects_;
     Log log_;
     Counts counts_;
-    bool touchedTrees_ = false;
+    TouchedObjects touched_;  // since `finish`
 };
 
 }  // namespace tesserine

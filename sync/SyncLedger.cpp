@@ -29,6 +29,19 @@ CDSyncState& SyncLedger::at(const Uuid& record, std::string_view kind) const {
     return made;
 }
 
+void SyncLedger::markDeleted(const Uuid& record) const {
+    CDSyncState* const state = find(record);
+    if (state == nullptr || state->isTombstone) return;
+    const bool wasNeverSent = state->rev.valueOr(0) == 0 && !state->lastPushedAt;
+    if (wasNeverSent) {
+        context_.remove(*state);
+        return;
+    }
+    state->isTombstone = true;
+    state->needsPush = true;
+    state->updatedAt = context_.now();
+}
+
 CDSyncMeta* SyncLedger::meta(const std::string& name) const {
     return context_.fetchFirst<CDSyncMeta>({.predicate = {"key == %@", name}});
 }

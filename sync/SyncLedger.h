@@ -31,6 +31,9 @@ public:
     /// The state of a record, made when there is none.
     CDSyncState& at(const Uuid& record, std::string_view kind) const;
 
+    /// Notes that a record was deleted here: the server is to be told, unless it never saw it.
+    void markDeleted(const Uuid& record) const;
+
     std::optional<std::string> value(const std::string& name) const;
     void setValue(const std::string& name, const std::string& value) const;
 

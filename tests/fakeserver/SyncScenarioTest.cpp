@@ -224,6 +224,31 @@ TEST_F(Sync, AnEditBeatsADeletionAndBringsItsFilesBack) {
     }
 }
 
+TEST_F(Sync, AFileThatComesInOnePageWithTheDeletionOfItsNoteIsDeletedEverywhere) {
+    const Uuid id = sharedNote("<p>1</p>");
+    SyncDevice late(service, 3);
+    EXPECT_EQ(late.sync(), "");
+    {
+        StoreContext& context = a.context();
+        const auto data = bytesOf("picture");
+        a.attachments.insert(
+            context,
+            *context.find<CDNote>(id),
+            {.filename = "a.bin", .data = Bytes(data.begin(), data.end())});
+        a.save();
+    }
+    EXPECT_EQ(a.sync(), "");
+    // The tombstone of a note, from a device that held no file of it yet.
+    service.put({.id = id, .kind = "note", .deleted = true});
+    for (SyncDevice* const device : {&late, &b}) {
+        EXPECT_EQ(device->sync(), "");
+        EXPECT_EQ(device->context().count<CDAttachment>(), 0U);
+        EXPECT_TRUE(service.liveRecords("attachment").empty()) << "nobody told the server";
+    }
+    settle();
+    EXPECT_EQ(a.dump(), late.dump());
+}
+
 TEST_F(Sync, WhatNobodyEditedStaysDeleted) {
     const Uuid id = sharedNote("<p>1</p>");
     for (SyncDevice* device : {&a, &b}) {
