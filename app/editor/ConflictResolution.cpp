@@ -2,9 +2,9 @@
 
 #include "app/editor/ComparisonView.h"
 #include "app/editor/OpenNote.h"
+#include "app/look/Notice.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/DateWords.h"
-#include "app/state/Notice.h"
 #include "core/model/NoteEntities.h"
 
 #include <utility>

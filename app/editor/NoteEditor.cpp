@@ -19,9 +19,9 @@
 #include "app/editor/SidePanel.h"
 #include "app/editor/SpellingMarks.h"
 #include "app/editor/TagsField.h"
+#include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
-#include "app/state/Notice.h"
 #include "core/body/AttributedTextReader.h"
 
 #include <QAction>

@@ -6,8 +6,8 @@
 #include "app/editor/OpenNote.h"
 #include "app/editor/PassageDialogs.h"
 #include "app/editor/PasteRules.h"
+#include "app/look/Notice.h"
 #include "app/state/AppEnvironment.h"
-#include "app/state/Notice.h"
 #include "core/body/SelectiveEncryption.h"
 #include "search/SearchCoordinator.h"
 

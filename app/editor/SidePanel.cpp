@@ -8,10 +8,10 @@
 #include "app/editor/Pictures.h"
 #include "app/look/Icon.h"
 #include "app/look/IconButton.h"
+#include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/DateWords.h"
-#include "app/state/Notice.h"
 #include "core/body/NoteOutline.h"
 #include "core/body/PlainText.h"
 

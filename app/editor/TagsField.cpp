@@ -3,9 +3,9 @@
 #include "app/editor/OpenNote.h"
 #include "app/look/FlowLayout.h"
 #include "app/look/Icon.h"
+#include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
-#include "app/state/Notice.h"
 #include "core/model/NoteEntities.h"
 
 #include <QCompleter>

@@ -1,8 +1,8 @@
 #include "app/lists/NoteActions.h"
 
+#include "app/look/Notice.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/DateWords.h"
-#include "app/state/Notice.h"
 #include "core/services/LibraryCare.h"
 
 #include <QWidget>

@@ -5,9 +5,9 @@
 #include "app/lists/SidebarDelegate.h"
 #include "app/lists/SidebarModel.h"
 #include "app/look/Icon.h"
+#include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
-#include "app/state/Notice.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/pages/PageParts.h"
+#include "app/look/PageParts.h"
 
 class QHBoxLayout;
 class QStackedWidget;

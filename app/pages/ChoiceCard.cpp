@@ -1,7 +1,7 @@
 #include "app/pages/ChoiceCard.h"
 
 #include "app/look/IconLabel.h"
-#include "app/pages/PageParts.h"
+#include "app/look/PageParts.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>

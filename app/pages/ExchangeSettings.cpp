@@ -1,7 +1,7 @@
 #include "app/pages/ExchangeSettings.h"
 
-#include "app/pages/PageParts.h"
-#include "app/state/Notice.h"
+#include "app/look/Notice.h"
+#include "app/look/PageParts.h"
 #include "core/import/ImportReports.h"
 #include "core/model/BookkeepingEntities.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/pages/SettingsForm.h"
+#include "app/look/SettingsForm.h"
 
 namespace tesserine::app {
 

@@ -1,7 +1,7 @@
 #include "app/pages/LoadFailedPage.h"
 
 #include "app/look/IconLabel.h"
-#include "app/pages/PageParts.h"
+#include "app/look/PageParts.h"
 
 #include <QFileDialog>
 #include <QHBoxLayout>

@@ -1,8 +1,8 @@
 #include "app/pages/OnboardingPage.h"
 
 #include "app/look/IconLabel.h"
+#include "app/look/PageParts.h"
 #include "app/pages/ChoiceCard.h"
-#include "app/pages/PageParts.h"
 
 #include <QDir>
 #include <QFileDialog>

@@ -1,6 +1,6 @@
 #include "app/pages/SearchSettings.h"
 
-#include "app/pages/PageParts.h"
+#include "app/look/PageParts.h"
 #include "search/RecentSearches.h"
 #include "search/SearchCoordinator.h"
 #include "search/SearchSynonyms.h"

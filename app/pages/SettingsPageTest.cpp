@@ -1,5 +1,6 @@
 #include "app/pages/SettingsPage.h"
 
+#include "app/look/SettingsForm.h"
 #include "app/state/WindowFixture.h"
 #include "search/SearchSynonyms.h"
 
@@ -7,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 
@@ -25,6 +27,11 @@ protected:
     }
     ~SettingsPageTest() override { environment->waitForBackground(); }
 
+    /// The page with one of its areas shown.
+    SettingsPage& at(const char* area) {
+        page.showPage(area);
+        return page;
+    }
     void choose(const char* key, int index) {
         auto& box = *page.findChild<QComboBox*>(key);
         box.setCurrentIndex(index);
@@ -47,6 +54,7 @@ TEST_F(SettingsPageTest, WhatIsChangedIsKeptAndToldAtOnce) {
     Preferences& preferences = environment->preferences();
     choose("tesserine.appearance", 2);
     EXPECT_EQ(preferences.string("tesserine.appearance"), "dark");
+    at("storage");
     choose("tesserine.trashRetentionDays", 2);
     EXPECT_EQ(preferences.integer("tesserine.trashRetentionDays"), 30);
     choose("tesserine.trashRetentionDays", 0);
@@ -69,13 +77,14 @@ TEST_F(SettingsPageTest, WhatIsChangedIsKeptAndToldAtOnce) {
 }
 
 TEST_F(SettingsPageTest, SynonymsAreKeptAfterAPauseOfTyping) {
-    page.findChild<QPlainTextEdit*>("synonyms")->setPlainText("car, auto\nonly one\n");
+    at("search").findChild<QPlainTextEdit*>("synonyms")->setPlainText("car, auto\nonly one\n");
     ASSERT_TRUE(waitUntil([&] { return !changed.empty(); }));
     EXPECT_EQ(SearchSynonyms::load(environment->preferences()).lines(), "car, auto\n");
 }
 
 TEST_F(SettingsPageTest, BacksUpAndChecksWhatIsThere) {
     addNote("Plan");
+    at("storage");
     ASSERT_TRUE(waitUntil([&] { return text("backups") == "There is no backup yet."; }));
     press("Back Up Now");
     EXPECT_TRUE(
@@ -87,6 +96,7 @@ TEST_F(SettingsPageTest, BacksUpAndChecksWhatIsThere) {
 
 TEST_F(SettingsPageTest, TheIndexIsMadeAnewAndSaysWhatIsInIt) {
     addNote("Plan");
+    at("search");
     press("Rebuild");
     EXPECT_TRUE(waitUntil([&] { return text("coverage").starts_with("1 of 1 note"); }))
         << text("coverage");
@@ -100,9 +110,39 @@ TEST_F(SettingsPageTest, AsksForWhatOthersDo) {
     QObject::connect(&page, &SettingsPage::keysAsked, &page, note("keys"));
     QObject::connect(&page, &SettingsPage::importAsked, &page, note("import"));
     QObject::connect(&page, &SettingsPage::exportAsked, &page, note("export"));
-    for (const char* title : {"Show…", "Import…", "Export…"})
-        press(title);
+    press("Show…");
+    at("exchange");
+    press("Import…");
+    press("Export…");
     EXPECT_EQ(asked, (std::vector<std::string>{"keys", "import", "export"}));
+}
+
+TEST_F(SettingsPageTest, AreasOfOtherRoomsStandInOrderAndAreMadeWhenShown) {
+    int made = 0;
+    const auto make = [&](QWidget* parent) {
+        auto* const form = new SettingsForm("Updates", environment->preferences(), parent);
+        form->addSwitch("tesserine.test", {"Test"}, false);
+        ++made;
+        return form;
+    };
+    page.addPage("updates", "Updates", "info", make);
+    page.addPage("elsewhere", "Elsewhere", "info", make);
+    page.addPage("editor", "Editor", "pencil", make);
+    QStringList titles;
+    const auto& areas = *page.findChild<QListWidget*>("settingsAreas");
+    for (int row = 0; row < areas.count(); ++row) {
+        titles << areas.item(row)->text();
+    }
+    EXPECT_EQ(
+        titles.join(", ").toStdString(),
+        "General, Editor, Search, Storage, Import & Export, Updates, Elsewhere");
+    EXPECT_EQ(areas.currentItem()->text(), "General");
+    EXPECT_EQ(made, 0);
+    at("updates").findChild<QCheckBox*>("tesserine.test")->click();
+    at("general");
+    at("updates");
+    EXPECT_EQ(made, 1);
+    EXPECT_EQ(changed, std::vector<std::string>{"tesserine.test"});
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "app/pages/StorageSettings.h"
 
-#include "app/pages/PageParts.h"
+#include "app/look/PageParts.h"
 #include "core/services/LibraryCare.h"
 #include "core/services/LibraryChecker.h"
 #include "core/services/TrashRetention.h"

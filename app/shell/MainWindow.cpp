@@ -44,6 +44,14 @@ constexpr int sidebarWidth = 232;
 constexpr int narrowestSidebar = 160;
 constexpr int widestSidebar = 420;
 
+/// A column of the window, without any space of its own.
+QVBoxLayout* makeColumn(QSplitter* splitter) {
+    auto* const column = new QVBoxLayout(new QWidget(splitter));
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    return column;
+}
+
 /// Anything else in a note, such as a file or a program's own scheme, is not opened by a click.
 bool isOfTheWeb(const QUrl& url) {
     return url.scheme() == "https" || url.scheme() == "http" || url.scheme() == "mailto";
@@ -64,6 +72,8 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
       sidebar_(new Sidebar(environment)),
       tabBar_(new QTabBar),
       splitter_(new QSplitter(this)),
+      left_(makeColumn(splitter_)),
+      right_(makeColumn(splitter_)),
       content_(new QStackedWidget),
       notes_(new NotesPane(environment, commands, content_)),
       tasks_(new TasksPage(environment, commands, content_)),
@@ -98,18 +108,13 @@ void MainWindow::build() {
 
     auto* bar = new TopBar(commands_);
     bar->setField(searchField_);
-    auto* right = new QWidget(splitter_);
-    auto* column = new QVBoxLayout(right);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    column->addWidget(bar);
-    column->addWidget(tabBar_);
-    column->addWidget(content_, 1);
+    right_->addWidget(bar);
+    right_->addWidget(tabBar_);
+    right_->addWidget(content_, 1);
 
-    sidebar_->setMinimumWidth(narrowestSidebar);
-    sidebar_->setMaximumWidth(widestSidebar);
-    splitter_->addWidget(sidebar_);
-    splitter_->addWidget(right);
+    left_->addWidget(sidebar_, 1);
+    left_->parentWidget()->setMinimumWidth(narrowestSidebar);
+    left_->parentWidget()->setMaximumWidth(widestSidebar);
     splitter_->setHandleWidth(1);
     splitter_->setChildrenCollapsible(false);
     splitter_->setStretchFactor(1, 1);
@@ -202,6 +207,14 @@ const Stop& MainWindow::current() const {
 }
 
 History& MainWindow::history() { return tabs_[static_cast<std::size_t>(tabBar_->currentIndex())]; }
+
+void MainWindow::setNoticeLine(QWidget* line) { right_->insertWidget(0, line); }
+
+void MainWindow::setStatusStrip(QWidget* strip) { left_->addWidget(strip); }
+
+void MainWindow::setPanel(QWidget* panel) { splitter_->addWidget(panel); }
+
+void MainWindow::setSidebarVisible(bool isVisible) { left_->parentWidget()->setVisible(isVisible); }
 
 // Going
 

@@ -11,6 +11,7 @@
 class QSplitter;
 class QStackedWidget;
 class QTabBar;
+class QVBoxLayout;
 
 namespace tesserine::app {
 
@@ -63,6 +64,18 @@ public:
     /// Saves what was typed; false when that failed, and the user was told.
     bool save();
 
+    // Places for what other rooms show; the widget belongs to the window then, which does not
+    // change whether it is visible.
+    /// A line above everything at the right of the sidebar.
+    void setNoticeLine(QWidget* line);
+    /// A strip below the sidebar.
+    void setStatusStrip(QWidget* strip);
+    /// A panel at the right edge, beside whatever is shown.
+    void setPanel(QWidget* panel);
+
+    /// With what stands below it.
+    void setSidebarVisible(bool isVisible);
+
     /// The small window of today; made when it is first asked for.
     TodayWindow& todayWindow();
     Sidebar& sidebar() { return *sidebar_; }
@@ -104,6 +117,8 @@ private:
     Sidebar* sidebar_;
     QTabBar* tabBar_;
     QSplitter* splitter_;
+    QVBoxLayout* left_;   // the sidebar and what stands below it
+    QVBoxLayout* right_;  // all else, from top to bottom
     QStackedWidget* content_;
     NotesPane* notes_;
     TasksPage* tasks_;

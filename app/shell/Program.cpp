@@ -2,6 +2,7 @@
 
 #include "app/commands/Commands.h"
 #include "app/desktop/SingleInstance.h"
+#include "app/look/Notice.h"
 #include "app/pages/GeneralSettings.h"
 #include "app/pages/LoadFailedPage.h"
 #include "app/pages/OnboardingPage.h"
@@ -11,7 +12,6 @@
 #include "app/shell/FirstPaint.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/WindowCommands.h"
-#include "app/state/Notice.h"
 #include "base/FirstWeekday.h"
 #include "base/UserError.h"
 #include "core/store/LibraryFolder.h"

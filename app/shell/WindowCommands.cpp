@@ -12,6 +12,7 @@
 #include "app/lists/NoteListView.h"
 #include "app/lists/Pickers.h"
 #include "app/lists/Sidebar.h"
+#include "app/look/Notice.h"
 #include "app/pages/AboutDialog.h"
 #include "app/pages/ExportAssistant.h"
 #include "app/pages/ImportAssistant.h"
@@ -19,7 +20,6 @@
 #include "app/shell/MainWindow.h"
 #include "app/shell/NotesPane.h"
 #include "app/state/AppEnvironment.h"
-#include "app/state/Notice.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -94,7 +94,7 @@ public:
         });
         QAction& sidebar = commands_.action("view.sidebar");
         sidebar.setChecked(true);
-        on("view.sidebar", [&window = window_](bool isOn) { window.sidebar().setVisible(isOn); });
+        on("view.sidebar", [&window = window_](bool isOn) { window.setSidebarVisible(isOn); });
         on("view.fullScreen", [&window = window_](bool isOn) {
             isOn ? window.showFullScreen() : window.showNormal();
         });

@@ -2,8 +2,8 @@
 
 #include "app/commands/FuzzyMatch.h"
 #include "app/look/Icon.h"
+#include "app/look/Notice.h"
 #include "app/state/AppEnvironment.h"
-#include "app/state/Notice.h"
 
 #include <algorithm>
 

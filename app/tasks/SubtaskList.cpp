@@ -1,9 +1,9 @@
 #include "app/tasks/SubtaskList.h"
 
 #include "app/look/IconButton.h"
+#include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
-#include "app/state/Notice.h"
 #include "app/tasks/TickButton.h"
 #include "core/tasks/TaskSnapshot.h"
 

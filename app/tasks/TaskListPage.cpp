@@ -2,9 +2,9 @@
 
 #include "app/look/EmptyState.h"
 #include "app/look/IconButton.h"
+#include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
-#include "app/state/Notice.h"
 #include "app/tasks/QuickAddBar.h"
 #include "app/tasks/TaskActions.h"
 #include "app/tasks/TaskListModel.h"

@@ -1,8 +1,8 @@
-#include "app/pages/SettingsForm.h"
+#include "app/look/SettingsForm.h"
 
+#include "app/look/Notice.h"
+#include "app/look/PageParts.h"
 #include "app/look/Separator.h"
-#include "app/pages/PageParts.h"
-#include "app/state/Notice.h"
 #include "base/Files.h"
 #include "base/Preferences.h"
 

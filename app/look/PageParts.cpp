@@ -1,4 +1,4 @@
-#include "app/pages/PageParts.h"
+#include "app/look/PageParts.h"
 
 #include <QDesktopServices>
 #include <QEvent>
