@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/pages/Job.h"
 #include "app/pages/ProgressStep.h"
+#include "app/state/Job.h"
 #include "core/export/ExportTypes.h"
 
 #include <QDialog>

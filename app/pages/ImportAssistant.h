@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/pages/ImportSources.h"
-#include "app/pages/Job.h"
 #include "app/pages/ProgressStep.h"
+#include "app/state/Job.h"
 
 #include <QDialog>
 

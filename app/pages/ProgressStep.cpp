@@ -1,6 +1,6 @@
 #include "app/pages/ProgressStep.h"
 
-#include "app/pages/Job.h"
+#include "app/state/Job.h"
 
 #include <QLabel>
 #include <QProgressBar>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/look/SettingsForm.h"
-#include "app/pages/Job.h"
+#include "app/state/Job.h"
 
 #include <string>
 

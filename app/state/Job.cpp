@@ -1,4 +1,4 @@
-#include "app/pages/Job.h"
+#include "app/state/Job.h"
 
 #include <cassert>
 #include <chrono>
