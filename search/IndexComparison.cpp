@@ -1,6 +1,7 @@
 #include "search/IndexComparison.h"
 
 #include "search/IndexMeta.h"
+#include "search/IndexUpdater.h"
 
 #include <array>
 #include <unordered_map>
@@ -98,7 +99,7 @@ bool isSound(SearchIndex& index) {
             database.execute("INSERT INTO afts(afts) VALUES('integrity-check');");
             return true;
         } catch (const SQLiteDatabase::Error& error) {
-            if (!error.isDamage()) throw;
+            if (!isUnusable(error)) throw;
             return false;
         }
     });

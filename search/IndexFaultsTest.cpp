@@ -157,6 +157,14 @@ TEST_F(IndexFaults, WhateverStandsInTheFilesPlaceTheLibraryOpens) {
                      holed.replace(8192, holed.size() / 2, holed.size() / 2, '\0');
                      putContent(indexFile, holed);
                  }},
+             Case{
+                 "without a table's configuration",
+                 [&] {
+                     putContent(indexFile, sound);
+                     SearchIndex(indexFile).perform([](SQLiteDatabase& database) {
+                         database.execute("DELETE FROM fts_config");
+                     });
+                 }},
              Case{"its own log alone", [&] { putContent(indexFile.string() + "-wal", "log"); }},
          }) {
         SCOPED_TRACE(what);

@@ -20,8 +20,12 @@ bool mayBeTheDocument(const Error& error) {
 }  // namespace
 
 bool isUnusable(const Error& error) {
-    constexpr std::array<std::string_view, 4> signs = {
-        "no such table", "no such column", "has no column named", "vtable constructor failed"};
+    constexpr std::array<std::string_view, 5> signs = {
+        "no such table",
+        "no such column",
+        "has no column named",
+        "vtable constructor failed",
+        "invalid fts5 file format"};
     return error.isDamage() || std::ranges::any_of(signs, [&](std::string_view sign) {
                return error.message().find(sign) != std::string::npos;
            });
