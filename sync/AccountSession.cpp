@@ -55,6 +55,11 @@ std::string AccountSession::beginSignIn() {
     return environment_.client.baseURL() + "v1/auth/google/start?flow=app";
 }
 
+void AccountSession::cancelSignIn() {
+    const std::scoped_lock lock(mutex_);
+    signInBegan_.reset();
+}
+
 bool AccountSession::handleCallback(
     const std::string& address, const std::string& deviceLabel, const std::stop_token& stop) {
     {

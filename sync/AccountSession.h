@@ -56,6 +56,8 @@ public:
 
     /// Begins a sign-in and returns the address to open in a browser. Replaces one that is pending.
     std::string beginSignIn();
+    /// Nobody waits for a callback any more.
+    void cancelSignIn();
     /// Takes an address that was opened with the program. False when it is no callback, or nobody
     /// here is waiting for one. On success the account is signed in. Throws `SyncError` and
     /// `SignInError`.

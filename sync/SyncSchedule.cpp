@@ -17,9 +17,14 @@ bool SyncSchedule::isDue(std::int64_t transaction) {
     return !isPaused && now >= next_;
 }
 
+nanoseconds SyncSchedule::untilDue() const {
+    const nanoseconds due = std::max(next_, pauseUntil_.value_or(next_));
+    return std::max(due - clock_.monotonic(), nanoseconds(0));
+}
+
 void SyncSchedule::succeeded(std::int64_t transaction) {
     known_ = transaction;
-    next_ = clock_.monotonic() + interval;
+    next_ = clock_.monotonic() + interval_;
     pauseUntil_.reset();
     pause_ = Seconds(0);
 }

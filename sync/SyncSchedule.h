@@ -20,10 +20,14 @@ public:
     static constexpr std::chrono::seconds firstPause{5};  // doubles with every failure
     static constexpr std::chrono::minutes longestPause{15};
 
-    explicit SyncSchedule(const Clock& clock) : clock_(clock) {}
+    /// Looks for news of other devices after `patience`.
+    explicit SyncSchedule(const Clock& clock, std::chrono::nanoseconds patience = interval)
+        : clock_(clock), interval_(patience) {}
 
     /// `transaction` is the last one of the library's history.
     bool isDue(std::int64_t transaction);
+    /// How long until `isDue`, if nothing changes; never negative.
+    std::chrono::nanoseconds untilDue() const;
     /// The other side has news.
     void wake() { next_ = clock_.monotonic(); }
     void succeeded(std::int64_t transaction);
@@ -32,6 +36,7 @@ public:
 
 private:
     const Clock& clock_;
+    const std::chrono::nanoseconds interval_;
     std::chrono::nanoseconds next_{0};
     std::int64_t known_ = 0;  // the last transaction that was seen
     std::optional<std::chrono::nanoseconds> pauseUntil_;

@@ -34,11 +34,13 @@ TEST(SyncSchedule, WaitsLongerAfterEveryFailureAndAsLongAsTheServerAsks) {
     SyncSchedule schedule(clock);
     const auto pauseAfter = [&](const SyncError& error) {
         schedule.failed(error);
+        const auto announced = schedule.untilDue();
         int waited = 0;
         while (!schedule.isDue(1)) {
             clock.advance(seconds(1));
             ++waited;
         }
+        EXPECT_EQ(announced, seconds(waited));
         return waited;
     };
     EXPECT_TRUE(schedule.isDue(1));

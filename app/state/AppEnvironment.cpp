@@ -77,6 +77,7 @@ AppEnvironment::AppEnvironment(AppSetting setting)
 
 AppEnvironment::~AppEnvironment() {
     stop_.request_stop();
+    if (syncControl_) syncControl_->stop();
     background_.waitForDone();
     context().setObserver({});
 }
@@ -87,6 +88,7 @@ void AppEnvironment::startWork() {
     store_.startObserving([this](std::function<void()> task) {
         QMetaObject::invokeMethod(this, std::move(task), Qt::QueuedConnection);
     });
+    syncControl().start();
     if (!store_.wasCreated()) careForLibrary();
 }
 

@@ -23,6 +23,7 @@
 #include <QObject>
 #include <QThreadPool>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -64,6 +65,8 @@ struct AppSetting {
     std::string sqliteVFS{};  ///< empty: the default one
     /// The service to sync with; none: what the user set, else that of the build.
     std::optional<std::string> serviceURL{};
+    /// How often sync looks for changes of other devices.
+    std::chrono::milliseconds syncInterval = std::chrono::minutes(5);
     HTTPTransport* network = nullptr;  ///< in place of the real one
     SecretStore* secrets = nullptr;    ///< in place of the user's keyring
 };
@@ -80,8 +83,8 @@ public:
     ~AppEnvironment() override;
 
     /// What is done at every start, once the first window is painted: brings over saved searches of
-    /// earlier builds, starts the search, follows other processes, makes the daily backup and
-    /// purges the trash. Failures are logged.
+    /// earlier builds, starts the search, follows other processes, begins to sync where that is
+    /// set up, makes the daily backup and purges the trash. Failures are logged.
     void startWork();
 
     TesserineStore& store() { return store_; }

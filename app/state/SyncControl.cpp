@@ -1,13 +1,29 @@
 #include "app/state/SyncControl.h"
 
 #include "app/state/AppEnvironment.h"
+#include "app/state/SyncWorker.h"
 #include "base/Clock.h"
 #include "sync/SyncService.h"
 
+#include <QSysInfo>
+
 namespace tesserine::app {
+namespace {
+
+/// The name by which the service lists this computer.
+std::string deviceLabel() {
+    const std::string name = QSysInfo::machineHostName().toStdString();
+    return name.empty() ? "Computer" : name;
+}
+
+}  // namespace
 
 SyncControl::SyncControl(AppEnvironment& environment)
-    : environment_(environment), clock_(std::make_unique<SystemClock>()) {}
+    : environment_(environment), clock_(std::make_unique<SystemClock>()) {
+    connect(&environment_, &AppEnvironment::libraryChanged, this, [this] {
+        if (worker_) worker_->noteChange();
+    });
+}
 
 SyncControl::~SyncControl() = default;
 
@@ -40,7 +56,105 @@ void SyncControl::setAddress(const std::optional<std::string>& address) {
     } else {
         preferences.remove(SyncService::addressKey);
     }
+    cancelSignIn();
+    stop();
     isLookedUp_ = false;
+    start();
+}
+
+// What is kept in step
+
+void SyncControl::start() {
+    SyncService* const used = service();
+    show({.phase = used == nullptr ? SyncState::Phase::off : SyncState::Phase::starting});
+    if (used == nullptr) return;
+    worker_ = std::make_unique<SyncWorker>(
+        SyncWorker::Environment{
+            .store = environment_.store(),
+            .service = *used,
+            .clock = environment_.clock(),
+            .realClock = *clock_,
+            .log = environment_.log(),
+            .interval = environment_.setting().syncInterval},
+        [this, used](const SyncState& state) {
+            QMetaObject::invokeMethod(
+                this,
+                [this, used, state] {
+                    if (used == service()) show(state);
+                },
+                Qt::QueuedConnection);
+        });
+}
+
+void SyncControl::stop() { worker_.reset(); }
+
+void SyncControl::show(const SyncState& state) {
+    state_ = state;
+    emit changed();
+}
+
+void SyncControl::syncNow(const SyncEngine::Consent& consent) {
+    if (worker_) worker_->syncNow(consent);
+}
+
+// The account
+
+QString SyncControl::beginSignIn() {
+    cancelSignIn();
+    isSigningIn_ = true;
+    signIn_ = std::stop_source();
+    emit changed();
+    return QString::fromStdString(service()->account().beginSignIn());
+}
+
+void SyncControl::cancelSignIn() {
+    if (!isSigningIn_) return;
+    signIn_.request_stop();
+    service()->account().cancelSignIn();
+    endSignIn();
+}
+
+void SyncControl::endSignIn() {
+    isSigningIn_ = false;
+    emit changed();
+}
+
+void SyncControl::takeCallback(const std::string& address) {
+    if (!isSigningIn_) return;
+    const auto isTaken = std::make_shared<bool>(false);
+    environment_.inBackground(
+        [account = &service()->account(), address, isTaken, signIn = signIn_](
+            StoreContext&, const std::stop_token& ending) mutable {
+            const std::stop_callback whenEnding(ending, [&signIn] { signIn.request_stop(); });
+            *isTaken = account->handleCallback(address, deviceLabel(), signIn.get_token());
+        },
+        this,
+        [this, isTaken, signIn = signIn_] {
+            if (!*isTaken) return;
+            if (signIn.stop_requested()) return signOut();  // too late to stop it
+            state_.phase = SyncState::Phase::starting;
+            endSignIn();
+            syncNow();
+        },
+        [this, signIn = signIn_](const std::string& sentence) {
+            if (signIn.stop_requested()) return;
+            endSignIn();
+            emit failed(QString::fromStdString(sentence));
+        });
+}
+
+void SyncControl::signOut() {
+    const auto lookAgain = [this] { syncNow(); };
+    environment_.inBackground(
+        [account = &service()->account()](StoreContext&, const std::stop_token&) {
+            account->signOut();
+        },
+        this,
+        lookAgain,
+        [this, lookAgain](const std::string& sentence) {
+            lookAgain();
+            emit failed(QString::fromStdString(sentence));
+        });
 }
 
 }  // namespace tesserine::app

@@ -34,6 +34,8 @@ constexpr std::array rooms = {
 constexpr std::array<std::string_view, 4> programs = {"app", "cli", "server", "tools"};
 constexpr std::array<std::string_view, 2> drivers = {"tests", "bench"};
 constexpr std::string_view testSupport = "tests/support";
+/// A service for the tests of programs that sync.
+constexpr std::string_view fakeServer = "tests/fakeserver";
 /// Makes libraries to measure with, which tests read as well.
 constexpr std::string_view noteGenerator = "bench/NoteGenerator.h";
 /// Measures the window beside one of the toolkit with nothing in it.
@@ -54,7 +56,7 @@ constexpr std::array confined = {
     Confined{"openssl/", "OpenSSL", {"base"}},
     Confined{"curl/", "libcurl", {"base"}},
     Confined{"libsecret/", "libsecret", {"base"}},
-    Confined{"Poco/", "POCO", {"server"}},
+    Confined{"Poco/", "POCO", {"base", "server"}},
 };
 
 bool isIn(std::string_view path, std::string_view folder) {
@@ -106,6 +108,7 @@ bool mayInclude(std::string_view path, std::string_view included) {
     const std::string_view to = homeOf(included);
     if (isFixture(included) && !isForTests(path)) return false;
     if (isIn(included, testSupport) || included == noteGenerator) return isForTests(path);
+    if (isIn(included, fakeServer) && !isRoom(from)) return isForTests(path);
     if (isIn(path, testSupport)) return isRoom(to);
     if (isDriver(from)) return true;
     if (isRoom(from)) return roomMayUse(from, to);

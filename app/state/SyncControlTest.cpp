@@ -1,0 +1,216 @@
+#include "app/state/SyncControl.h"
+
+#include "app/state/WindowFixture.h"
+#include "sync/SyncService.h"
+#include "tests/fakeserver/SyncDevice.h"
+
+#include <utility>
+
+namespace tesserine::app {
+namespace {
+
+using Phase = SyncState::Phase;
+
+constexpr const char* callback = "tesserine://auth?code=abc";
+
+/// A keyring that somebody locked.
+class LockedSecrets final : public SecretStore {
+public:
+    std::optional<std::string> read(const std::string& name) override {
+        if (isLocked) throw KeychainError("locked");
+        return kept.read(name);
+    }
+    void write(const std::string& name, const std::string& secret) override {
+        if (isLocked) throw KeychainError("locked");
+        kept.write(name, secret);
+    }
+    void remove(const std::string& name) override {
+        if (isLocked) throw KeychainError("locked");
+        kept.remove(name);
+    }
+
+    InMemorySecrets kept;
+    std::atomic<bool> isLocked = false;
+};
+
+class SyncControlTest : public test::WindowFixture {
+public:
+    SyncControlTest() {
+        AppSetting given = setting();
+        given.serviceURL = "https://notes.example.org";
+        given.network = &server;
+        given.secrets = &keyring;
+        given.syncInterval = std::chrono::milliseconds(50);
+        open(given);
+        server.instead = [this](const HTTPRequest&) -> std::optional<HTTPReply> {
+            ++requests;
+            if (failure) return failure;
+            return std::nullopt;
+        };
+    }
+    // The environment uses the server until its end.
+    ~SyncControlTest() override { environment.reset(); }
+
+    SyncControl& control() { return environment->syncControl(); }
+    bool waitFor(Phase phase) {
+        return waitUntil([&] { return control().state().phase == phase; });
+    }
+    /// Starts the work and signs in as a browser would.
+    void signIn() {
+        environment->startWork();
+        control().beginSignIn();
+        control().takeCallback(callback);
+        ASSERT_TRUE(waitFor(Phase::idle)) << control().state().sentence;
+    }
+
+    test::FakeSyncServer server;
+    LockedSecrets keyring;
+    std::atomic<int> requests = 0;
+    std::optional<HTTPReply> failure;  // set while nothing is asked
+};
+
+TEST_F(SyncControlTest, NothingIsReachedWithoutAnAccount) {
+    environment->startWork();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    addNote("Kept to myself");
+    control().takeCallback(callback);  // nobody asked for it
+    control().syncNow();
+    environment->waitForBackground();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    EXPECT_EQ(requests, 0);
+    EXPECT_EQ(control().state().account, std::nullopt);
+}
+
+TEST_F(SyncControlTest, ASignInByTheBrowserBringsBothSidesInStep) {
+    test::SyncDevice other(server);
+    other.addNote("From the other computer", "<p>x</p>");
+    ASSERT_EQ(other.sync(), "");
+    addNote("From here");
+
+    signIn();
+    EXPECT_FALSE(control().isSigningIn());
+    EXPECT_EQ(control().state().account->email, "a@b.test");
+    EXPECT_EQ(keyring.read("refresh-token").has_value(), true);
+    EXPECT_TRUE(waitUntil([this] { return context().count<CDNote>() == 2; }));
+    EXPECT_EQ(server.liveRecords("note").size(), 2U);
+
+    const Uuid later = *other.addNote("Later", "<p>y</p>").id;
+    ASSERT_EQ(other.sync(), "");
+    EXPECT_TRUE(waitUntil([&] { return context().find<CDNote>(later) != nullptr; }));
+}
+
+TEST_F(SyncControlTest, AnAbandonedSignInTakesNoCallback) {
+    environment->startWork();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    control().beginSignIn();
+    control().cancelSignIn();
+    control().takeCallback(callback);
+    environment->waitForBackground();
+    settle();
+    EXPECT_EQ(requests, 0);
+    EXPECT_EQ(keyring.read("refresh-token"), std::nullopt);
+}
+
+TEST_F(SyncControlTest, WhatTheSignInPageSaysIsShown) {
+    environment->startWork();
+    QString heard;
+    QObject::connect(&control(), &SyncControl::failed, &control(), [&heard](const QString& text) {
+        heard = text;
+    });
+    control().beginSignIn();
+    control().takeCallback("tesserine://auth?error=suspended");
+    ASSERT_TRUE(waitUntil([this] { return !control().isSigningIn(); }));
+    EXPECT_EQ(
+        heard.toStdString(), "That account is not active. Get in touch and we will sort it out.");
+}
+
+TEST_F(SyncControlTest, ALockedKeyringKeepsTheSession) {
+    signIn();
+    AppSetting next = environment->setting();
+    keyring.isLocked = true;
+    open(next);
+    environment->startWork();
+    ASSERT_TRUE(waitFor(Phase::waiting));
+    EXPECT_EQ(
+        control().state().sentence,
+        "Tesserine could not reach its secure storage on this device. Your session is still "
+        "there; this should clear up on its own.");
+    EXPECT_TRUE(control().state().until.has_value());
+
+    keyring.isLocked = false;
+    control().syncNow();
+    EXPECT_TRUE(waitFor(Phase::idle));
+    EXPECT_EQ(control().state().account->email, "a@b.test");
+}
+
+TEST_F(SyncControlTest, ASignOutForgetsTheAccountAndKeepsTheNotes) {
+    addNote("Plan");
+    signIn();
+    control().signOut();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    EXPECT_EQ(keyring.read("refresh-token"), std::nullopt);
+    EXPECT_EQ(keyring.read("account"), std::nullopt);
+    EXPECT_EQ(control().state().sentence, "");
+    EXPECT_EQ(context().count<CDNote>(), 1U);
+
+    const int before = requests;
+    addNote("Afterwards");
+    control().syncNow();
+    settle();
+    EXPECT_EQ(requests, before);
+}
+
+TEST_F(SyncControlTest, AnotherAccountIsAskedAboutBeforeAnythingIsSent) {
+    addNote("Plan");
+    signIn();
+    control().signOut();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    server.accountID = "another";
+    const std::size_t pushed = server.pushedCount();
+    control().beginSignIn();
+    control().takeCallback(callback);
+    ASSERT_TRUE(waitFor(Phase::asking));
+    EXPECT_EQ(control().state().question, SyncQuestion::Kind::anotherAccount);
+    EXPECT_EQ(server.pushedCount(), pushed);
+
+    control().syncNow({.anotherAccount = true});
+    EXPECT_TRUE(waitFor(Phase::idle)) << control().state().sentence;
+}
+
+TEST_F(SyncControlTest, AFailureThatTimeDoesNotMendIsNotRepeatedAtEveryTick) {
+    signIn();
+    control().stop();
+    failure = HTTPReply{.status = 400};
+    control().start();
+    ASSERT_TRUE(waitFor(Phase::waiting));
+    EXPECT_EQ(control().state().sentence, "The server returned an error (400).");
+    const int asked = requests;
+    addNote("More");
+    QThread::msleep(200);  // four ticks
+    settle();
+    EXPECT_EQ(requests, asked);
+}
+
+TEST_F(SyncControlTest, AnotherServiceIsUsedAtOnceAndABadAddressNever) {
+    AppSetting given = environment->setting();
+    given.serviceURL.reset();
+    open(given);
+    environment->startWork();
+    EXPECT_EQ(environment->session(), nullptr);
+    EXPECT_EQ(control().state().phase, Phase::off);
+
+    EXPECT_THROW(control().setAddress("http://notes.example.org"), SyncSetupError);
+    EXPECT_EQ(environment->session(), nullptr);
+
+    control().setAddress("https://notes.example.org");
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    EXPECT_EQ(environment->sync()->client().baseURL(), "https://notes.example.org/api/");
+    SyncService* const before = environment->sync();
+    control().setAddress(std::nullopt);
+    EXPECT_EQ(control().state().phase, Phase::off);
+    EXPECT_EQ(before->client().baseURL(), "https://notes.example.org/api/") << "still valid";
+    EXPECT_EQ(requests, 0);
+}
+
+}  // namespace
+}  // namespace tesserine::app

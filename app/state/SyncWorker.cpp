@@ -1,0 +1,137 @@
+#include "app/state/SyncWorker.h"
+
+#include "base/OperationCancelled.h"
+#include "core/store/TesserineStore.h"
+#include "sync/SyncService.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tesserine::app {
+namespace {
+
+using Phase = SyncState::Phase;
+
+/// After what time alone does not mend, such as a full storage.
+constexpr std::chrono::hours longPause{1};
+/// After what only the user can mend.
+constexpr std::chrono::hours untilAsked{24 * 365};
+
+}  // namespace
+
+SyncWorker::SyncWorker(const Environment& environment, Report report)
+    : environment_(environment),
+      report_(std::move(report)),
+      engine_(
+          {.store = environment.store,
+           .session = environment.service.account(),
+           .client = environment.service.client(),
+           .clock = environment.clock,
+           .log = environment.log}),
+      schedule_(environment.realClock, environment.interval),
+      thread_([this](const std::stop_token& stop) { run(stop); }) {}
+
+void SyncWorker::noteChange() {
+    const std::scoped_lock lock(mutex_);
+    isChanged_ = true;
+    something_.notify_all();
+}
+
+void SyncWorker::syncNow(const SyncEngine::Consent& consent) {
+    const std::scoped_lock lock(mutex_);
+    order_ = consent;
+    something_.notify_all();
+}
+
+void SyncWorker::run(const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+        const auto order = nextOrder(stop);
+        if (stop.stop_requested()) return;
+        if (order || isDue()) synchronise(order.value_or(SyncEngine::Consent{}), stop);
+    }
+}
+
+/// Waits for an order, for a change of the library, or until it is time.
+std::optional<SyncEngine::Consent> SyncWorker::nextOrder(const std::stop_token& stop) {
+    std::unique_lock lock(mutex_);
+    something_.wait_for(lock, stop, pause(), [this] { return order_ || isChanged_; });
+    isChanged_ = false;
+    return std::exchange(order_, std::nullopt);
+}
+
+bool SyncWorker::isDue() {
+    const bool isHeldBack = heldBackUntil_ && environment_.realClock.monotonic() < *heldBackUntil_;
+    if (isHeldBack) return false;
+    try {
+        return schedule_.isDue(environment_.store.lastTransactionNumber());
+    } catch (const std::exception& error) {
+        environment_.log.error(std::string("sync: ") + error.what());
+        holdBack(longPause);
+        return false;
+    }
+}
+
+std::chrono::nanoseconds SyncWorker::pause() const {
+    const std::chrono::nanoseconds scheduled = schedule_.untilDue();
+    if (!heldBackUntil_) return scheduled;
+    return std::max(scheduled, *heldBackUntil_ - environment_.realClock.monotonic());
+}
+
+void SyncWorker::synchronise(const SyncEngine::Consent& consent, const std::stop_token& stop) {
+    heldBackUntil_.reset();
+    state_.question.reset();
+    try {
+        if (!state_.lastSync) state_.lastSync = engine_.lastSync();
+        state_.account = environment_.service.account().account();
+        if (!state_.account) {
+            holdBack(untilAsked);
+            return tell(Phase::signedOut);
+        }
+        tell(Phase::syncing);
+        engine_.synchronise(consent, stop);
+        schedule_.succeeded(environment_.store.lastTransactionNumber());
+        state_.lastSync = engine_.lastSync();
+        tell(Phase::idle);
+    } catch (const OperationCancelled&) {
+        return;
+    } catch (const SyncQuestion& question) {
+        holdBack(untilAsked);
+        state_.question = question.kind();
+        tell(Phase::asking, question.what());
+    } catch (const SyncError& error) {
+        handle(error);
+    } catch (const UserError& error) {
+        holdBack(longPause);
+        tell(Phase::waiting, error.what());
+    } catch (const std::exception& error) {
+        environment_.log.error(std::string("sync: ") + error.what());
+        holdBack(SyncSchedule::longestPause);
+        tell(Phase::waiting, unexpectedSyncProblem);
+    }
+}
+
+void SyncWorker::handle(const SyncError& error) {
+    if (error.kind() == SyncError::Kind::signedOut) {
+        holdBack(untilAsked);
+        return tell(Phase::signedOut, error.what());
+    }
+    schedule_.failed(error);
+    if (!error.isTransient()) holdBack(longPause);
+    const bool isOffline = error.kind() == SyncError::Kind::offline;
+    tell(isOffline ? Phase::offline : Phase::waiting, error.what());
+}
+
+void SyncWorker::holdBack(std::chrono::nanoseconds pause) {
+    heldBackUntil_ = environment_.realClock.monotonic() + pause;
+}
+
+void SyncWorker::tell(Phase phase, const std::string& sentence) {
+    const std::chrono::duration<double> left = pause();
+    const bool isTriedAgain = phase == Phase::offline || phase == Phase::waiting;
+    state_.phase = phase;
+    state_.sentence = sentence;
+    state_.until = isTriedAgain ? std::optional(environment_.clock.now() + left) : std::nullopt;
+    report_(state_);
+}
+
+}  // namespace tesserine::app
