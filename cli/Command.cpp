@@ -10,14 +10,14 @@ namespace {
 std::vector<Command> allCommands() {
     std::vector<Command> all;
     for (const auto part : {
-             libraryCommands,  noteCommands,       noteStateCommands,     noteHistoryCommands,
-             lockCommands,     attachmentCommands, trashCommands,         notebookCommands,
-             tagCommands,      templateCommands,   savedSearchCommands,   searchCommands,
-             indexCommands,    taskCommands,       projectCommands,       taskTemplateCommands,
-             calendarCommands, importCommands,     libraryImportCommands, exportCommands,
-             backupCommands,   askCommands,        assistantCommands,     updateCommands,
-             accountCommands,  syncCommands,       settingsCommands,      dumpCommands,
-             batchCommands,
+             libraryCommands,      noteCommands,       noteStateCommands,    noteHistoryCommands,
+             lockCommands,         attachmentCommands, trashCommands,        notebookCommands,
+             tagCommands,          templateCommands,   savedSearchCommands,  searchCommands,
+             indexCommands,        taskCommands,       taskConflictCommands, projectCommands,
+             taskTemplateCommands, calendarCommands,   importCommands,       libraryImportCommands,
+             exportCommands,       backupCommands,     askCommands,          assistantCommands,
+             updateCommands,       accountCommands,    syncCommands,         settingsCommands,
+             dumpCommands,         batchCommands,
          }) {
         for (Command& command : part()) {
             all.push_back(std::move(command));

@@ -84,6 +84,7 @@ std::vector<Command> savedSearchCommands();
 std::vector<Command> searchCommands();
 std::vector<Command> indexCommands();
 std::vector<Command> taskCommands();
+std::vector<Command> taskConflictCommands();
 std::vector<Command> projectCommands();
 std::vector<Command> taskTemplateCommands();
 std::vector<Command> calendarCommands();

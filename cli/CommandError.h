@@ -20,6 +20,7 @@ public:
         unknownSetting,
         badSettingValue,
         notSetUp,
+        noConflict,
     };
 
     static CommandError noteExists(const std::string& id) {
@@ -61,6 +62,10 @@ public:
     }
     /// What the command needs is not there; a full sentence.
     static CommandError notSetUp(const std::string& sentence) { return {Kind::notSetUp, sentence}; }
+    static CommandError noConflict(const std::string& title) {
+        return {Kind::noConflict, "There is no other version of “" + title + "” to choose."};
+    }
+
     Kind kind() const noexcept { return kind_; }
 
 private:

@@ -1,12 +1,12 @@
 #include "sync/RecordApplier.h"
 
-#include "base/JSON.h"
 #include "core/body/BodyError.h"
 #include "core/body/CanonicalBody.h"
 #include "core/model/TaskEntities.h"
 #include "core/store/StoreContext.h"
 #include "sync/RecordFields.h"
 #include "sync/RecordKinds.h"
+#include "sync/TaskConflicts.h"
 
 #include <algorithm>
 #include <vector>
@@ -249,13 +249,13 @@ void RecordApplier::merge(
         base,
         {.payload = present, .updatedAt = updatedAtOf(present, context_.now())},
         {.payload = theirs, .updatedAt = updatedAt});
+    mapper_.write(object, present, merged.merged);
     const auto reason =
         merged.isConflict ? NoteRevisionReason::conflict : NoteRevisionReason::autosave;
     for (const JSONObject& version : merged.replaced) {
         keepVersion(object, version, reason);
     }
     if (merged.isConflict) ++counts_.conflicts;
-    mapper_.write(object, present, merged.merged);
 }
 
 void RecordApplier::keepVersion(
@@ -274,10 +274,9 @@ void RecordApplier::keepVersion(
         if (reason == NoteRevisionReason::conflict) whole->hasConflict = true;
         return;
     }
-    if (object.entity().kind != EntityKind::task) return;
-    const auto id = object.uuid();
-    if (!id) return;
-    ledger_.setValue("conflict " + id->wireText(), json::write(toJSON(version)));
+    if (auto* const task = dynamic_cast<CDTask*>(&object)) {
+        TaskConflicts(context_).keep(*task, version);
+    }
 }
 
 // MARK: whole library

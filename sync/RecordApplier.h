@@ -39,8 +39,8 @@ public:
 
     /// Whether the object holds something that the server does not know.
     bool isChanged(StoreObject& object, CDSyncState* state) const;
-    /// Keeps a version of a record that did not win: of a note as a revision, of a task among the
-    /// ledger's values.
+    /// Keeps a version of a record that did not win: of a note as a revision, of a task for
+    /// a choice (`TaskConflicts`).
     void keepVersion(StoreObject& object, const JSONObject& version, NoteRevisionReason reason);
 
     const RecordMapper& mapper() const { return mapper_; }

@@ -103,7 +103,9 @@ void SyncLedger::forgetAll() const {
         context_.remove(*state);
     }
     for (CDSyncMeta* entry : context_.fetch<CDSyncMeta>()) {
-        if (entry->keyName != std::string(account)) context_.remove(*entry);
+        const std::string name = entry->keyName.valueOr("");
+        const bool stays = name == account || name.starts_with(conflictPrefix);
+        if (!stays) context_.remove(*entry);
     }
 }
 

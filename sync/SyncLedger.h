@@ -24,6 +24,8 @@ public:
     static constexpr const char* firstPullDone = "firstPullDone";
     static constexpr const char* historyMark = "history";  ///< "<history id> <number>"
     static constexpr const char* refusals = "refused";     ///< JSON, by record
+    /// Before the identifier of a task: versions that lost, see `TaskConflicts`.
+    static constexpr std::string_view conflictPrefix = "conflict ";
 
     explicit SyncLedger(StoreContext& context);
 
@@ -50,7 +52,8 @@ public:
     std::set<std::string> reclaimable() const;
     void setReclaimable(const std::set<std::string>& digests) const;
 
-    /// Forgets every record and every value but the account: as if nothing had ever been synced.
+    /// Forgets every record and what was agreed with the server, as if nothing had ever been
+    /// synced. The account and what people typed (versions that lost) stay.
     void forgetAll() const;
 
 private:

@@ -57,11 +57,15 @@ std::optional<DeviceSessionInfo> DeviceSessionInfo::from(const JSONValue& sessio
 
 TaskVersion TaskVersion::from(const SyncRecord& record) {
     const JSONValue payload(record.payload);
+    const JSONValue* const hasTime = payload.member("due_has_time");
     TaskVersion version{
         .title = textMember(payload, "title").value_or(""),
         .notes = textMember(payload, "details").value_or(""),
         .isDone = dateMember(payload, "completed_at").has_value(),
         .dueDate = dateMember(payload, "due_date"),
+        .dueHasTime = hasTime != nullptr && hasTime->boolean() != nullptr && *hasTime->boolean(),
+        .reminderAt = dateMember(payload, "reminder_at"),
+        .recurrenceRule = textMember(payload, "recurrence_rule").value_or(""),
         .updatedAt = record.updatedAt};
     const JSONValue* const priority = payload.member("priority");
     const bool isNumber = priority != nullptr && priority->number() != nullptr;

@@ -176,6 +176,9 @@ struct TaskVersion {
     std::string notes;
     bool isDone = false;
     std::optional<Instant> dueDate{};
+    bool dueHasTime = false;
+    std::optional<Instant> reminderAt{};
+    std::string recurrenceRule{};  ///< as stored; empty for none
     int priority = 4;
     Instant updatedAt{};
 

@@ -62,6 +62,38 @@ TEST_F(SyncCommands, ANoteTravelsFromOneLibraryToAnother) {
     EXPECT_EQ(status.at("waitingChanges").as_int64(), 0);
 }
 
+TEST_F(SyncCommands, ATaskChangedOnTwoDevicesIsShownAndChosen) {
+    setUp();
+    const std::string id = mustRun({"task", "add", "Call Ada tomorrow"}).line();
+    mustRun({"sync"});
+    variables_["TESSERINE_LIBRARY"] = (folder_ / "other").string();
+    mustRun({"sync"});
+    clock_.advance(std::chrono::seconds(1));
+    mustRun({"task", "edit", id, "--title", "Call Bob", "--priority", "2"});
+    mustRun({"sync"});
+    variables_["TESSERINE_LIBRARY"] = library().string();
+    EXPECT_EQ(
+        run({"task", "resolve", id, "--keep", "this"}).error,
+        "There is no other version of “Call Ada” to choose.\n");
+    clock_.advance(std::chrono::seconds(1));
+    mustRun({"task", "edit", id, "--title", "Call Cleo"});
+    mustRun({"sync"});
+
+    const auto conflicts = mustRun({"task", "conflicts", "--json"}).json();
+    ASSERT_EQ(conflicts.as_array().size(), 1U);
+    EXPECT_EQ(shown(conflicts.at(0).at("id")), id);
+    EXPECT_EQ(shown(conflicts.at(0).at("this").at("title")), "Call Cleo");
+    EXPECT_EQ(shown(conflicts.at(0).at("this").at("priority")), "2") << "merged: no choice";
+    EXPECT_EQ(shown(conflicts.at(0).at("other").at("title")), "Call Bob");
+    EXPECT_NE(mustRun({"task", "conflicts"}).output.find("Call Bob"), std::string::npos);
+    EXPECT_EQ(run({"task", "resolve", id}).status, ExitStatus::usage);
+    EXPECT_EQ(
+        mustRun({"task", "resolve", id, "--keep", "other"}).line(),
+        "Kept the other version of “Call Bob”.");
+    EXPECT_EQ(mustRun({"task", "conflicts", "--json"}).line(), "[]");
+    EXPECT_EQ(mustRun({"sync"}).line(), "Received 0 changes, sent 1 change.");
+}
+
 TEST_F(SyncCommands, TokensOfOneServiceNeverGoToAnother) {
     EXPECT_EQ(
         SyncService::secretService("https://Notes.example.org/a"),

@@ -1,49 +1,14 @@
 #include "base/Digest.h"
-#include "base/FailPoint.h"
 #include "base/JSON.h"
 #include "core/services/NotebookService.h"
 #include "core/services/TagService.h"
 #include "sync/WireCoding.h"
-#include "tests/fakeserver/SyncDevice.h"
+#include "tests/fakeserver/SyncFixture.h"
 
 #include <gtest/gtest.h>
 
 namespace tesserine::test {
 namespace {
-
-class Sync : public testing::Test {
-protected:
-    ~Sync() override { failpoint::disarmAll(); }
-
-    /// Synchronises both until neither has anything left to say.
-    void settle() {
-        for (int i = 0; i < 4; ++i) {
-            EXPECT_EQ(a.sync(), "");
-            EXPECT_EQ(b.sync(), "");
-        }
-        EXPECT_EQ(a.dump(), b.dump());
-        const std::size_t pushed = service.pushedCount();
-        EXPECT_EQ(a.sync(), "");
-        EXPECT_EQ(service.pushedCount(), pushed) << "something is sent again and again";
-    }
-    /// A note that both devices have.
-    Uuid sharedNote(const std::string& html) {
-        const Uuid id = *a.addNote("Shared", html).id;
-        settle();
-        return id;
-    }
-    static std::string revisions(CDNote& note) {
-        std::string text;
-        for (CDNoteRevision* const revision : note.revisions.all()) {
-            text += revision->reason.valueOr("") + ":" + revision->html.valueOr("") + " ";
-        }
-        return text;
-    }
-
-    FakeSyncServer service;
-    SyncDevice a{service, 1};
-    SyncDevice b{service, 2};
-};
 
 TEST_F(Sync, EverythingArrivesWithItsReferencesWhateverTheOrder) {
     {
