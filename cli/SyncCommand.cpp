@@ -1,6 +1,7 @@
 #include "cli/Session.h"
 #include "cli/SyncAccess.h"
 #include "core/store/TesserineStore.h"
+#include "sync/LiveInbox.h"
 #include "sync/SyncEngine.h"
 #include "sync/SyncSchedule.h"
 
@@ -55,26 +56,59 @@ bool didSomething(const SyncSummary& summary) {
     return summary.received + summary.sent + summary.filesReceived + summary.refused > 0;
 }
 
-/// Until Ctrl-C: after a change here, and every few minutes. What fails for a while is tried again.
-[[noreturn]] void watch(Session& session, SyncEngine& engine, const SyncEngine::Consent& consent) {
-    const Clock& clock = session.environment().clock;
-    SyncSchedule schedule(clock);
-    for (;;) {
-        const std::int64_t seen = session.store().lastTransactionNumber();
-        if (schedule.isDue(seen)) {
-            try {
-                const SyncSummary summary = engine.synchronise(consent, session.stop());
-                schedule.succeeded(session.store().lastTransactionNumber());
-                if (didSomething(summary)) show(session, summary);
-            } catch (const SyncError& error) {
-                if (!error.isTransient()) throw;
-                schedule.failed(error);
-                session.remark(error.what());
+/// Keeps a library in step until Ctrl-C: at news from the service, after a change here, and every
+/// few minutes. What fails for a while is tried again.
+class Watch {
+public:
+    Watch(Session& session, SyncService& service, SyncEngine& engine)
+        : session_(session),
+          service_(service),
+          engine_(engine),
+          schedule_(session.environment().clock) {}
+
+    [[noreturn]] void run(const SyncEngine::Consent& consent) {
+        for (;;) {
+            if (schedule_.isDue(session_.store().lastTransactionNumber())) synchronise(consent);
+            for (const LiveNews& news : inbox_.take(SyncSchedule::look, session_.stop())) {
+                hear(news);
             }
+            session_.throwIfStopped();
         }
-        if (!clock.sleep(SyncSchedule::look, session.stop())) throw Interrupted();
     }
-}
+
+private:
+    void synchronise(const SyncEngine::Consent& consent) {
+        try {
+            const SyncSummary summary = engine_.synchronise(consent, session_.stop());
+            schedule_.succeeded(session_.store().lastTransactionNumber());
+            if (didSomething(summary)) show(session_, summary);
+            if (!channel_) {
+                channel_ = service_.listen([this](const LiveNews& news) { inbox_.post(news); });
+            }
+        } catch (const SyncError& error) {
+            if (!error.isTransient()) throw;
+            schedule_.failed(error);
+            session_.remark(error.what());
+        }
+    }
+
+    void hear(const LiveNews& news) {
+        if (news.kind == LiveNews::Kind::signedOut) service_.account().invalidateAccessToken();
+        if (news.kind == LiveNews::Kind::closed && !isWarned_) {
+            session_.remark("The service tells no news at the moment: looking every 5 minutes.");
+            isWarned_ = true;
+        }
+        schedule_.hear(news, engine_.cursor());
+    }
+
+    Session& session_;
+    SyncService& service_;
+    SyncEngine& engine_;
+    SyncSchedule schedule_;
+    LiveInbox inbox_;
+    bool isWarned_ = false;
+    std::unique_ptr<LiveUpdates> channel_;  // last: it ends before the inbox
+};
 
 ExitStatus sync(Session& session, const Arguments& arguments) {
     const auto service = syncService(session);
@@ -83,11 +117,12 @@ ExitStatus sync(Session& session, const Arguments& arguments) {
          .session = service->account(),
          .client = service->client(),
          .clock = session.clock(),
+         .random = session.environment().random,
          .log = session.log()});
     const SyncEngine::Consent consent{
         .anotherAccount = arguments.has("another-account"),
         .manyDeletions = arguments.has("many-deletions")};
-    if (arguments.has("watch")) watch(session, engine, consent);
+    if (arguments.has("watch")) Watch(session, *service, engine).run(consent);
     show(session, engine.synchronise(consent, session.stop()));
     return ExitStatus::done;
 }

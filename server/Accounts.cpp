@@ -32,6 +32,12 @@ std::optional<Instant> dateIn(const Statement& row, int column) {
     return Instant::fromSeconds(row.real(column));
 }
 
+void forgetAccessTokens(SQLiteDatabase& database, const std::string& session) {
+    Statement& remove = database.cached("DELETE FROM accessTokens WHERE session = ?");
+    remove.bindText(1, session);
+    remove.step();
+}
+
 }  // namespace
 
 std::string Accounts::newSecret() {
@@ -163,44 +169,58 @@ TokenResponse Accounts::issue(
     return tokens;
 }
 
-void Accounts::signOut(const std::string& refreshToken) {
-    database_.transact([&](SQLiteDatabase& database) {
-        Statement& access =
-            database.cached("DELETE FROM accessTokens WHERE session IN "
-                            "(SELECT id FROM sessions WHERE refresh = ?1 OR previousRefresh = ?1)");
-        access.bindText(1, digestOf(refreshToken));
-        access.step();
+std::optional<std::string> Accounts::signOut(const std::string& refreshToken) {
+    return database_.transact([&](SQLiteDatabase& database) -> std::optional<std::string> {
         Statement& session =
-            database.cached("DELETE FROM sessions WHERE refresh = ?1 OR previousRefresh = ?1");
+            database.cached("DELETE FROM sessions WHERE refresh = ?1 OR previousRefresh = ?1 "
+                            "RETURNING id");
         session.bindText(1, digestOf(refreshToken));
-        session.step();
+        if (!session.step()) return std::nullopt;
+        std::string id = session.text(0).value_or("");
+        while (session.step()) {}
+        forgetAccessTokens(database, id);
+        return id;
     });
 }
 
 std::optional<Caller> Accounts::callerWith(const std::string& token) {
     const std::string digest = digestOf(token);
-    const double now = clock_.now().seconds();
-    return database_.transact([&](SQLiteDatabase& database) -> std::optional<Caller> {
-        Statement& access =
-            database.cached("SELECT sessions.user, sessions.id FROM accessTokens "
-                            "JOIN sessions ON sessions.id = accessTokens.session "
-                            "WHERE accessTokens.digest = ? AND accessTokens.expires > ?");
-        access.bindText(1, digest);
-        access.bindDouble(2, now);
-        if (access.step()) {
-            Caller caller{access.text(0).value_or(""), access.text(1).value_or("")};
-            access.reset();
-            return caller;
-        }
-        Statement& personal =
-            database.cached("UPDATE apiTokens SET lastUsed = ? WHERE digest = ? RETURNING user");
-        personal.bindDouble(1, now);
-        personal.bindText(2, digest);
-        if (!personal.step()) return std::nullopt;
-        Caller caller{personal.text(0).value_or("")};
-        while (personal.step()) {}
-        return caller;
+    return database_.transact([&](SQLiteDatabase& database) {
+        auto device = deviceWith(database, digest);
+        return device ? device : scriptWith(database, digest);
     });
+}
+
+std::optional<Caller> Accounts::deviceWith(SQLiteDatabase& database, const std::string& digest) {
+    Statement& select =
+        database.cached("SELECT sessions.user, sessions.id FROM accessTokens "
+                        "JOIN sessions ON sessions.id = accessTokens.session "
+                        "WHERE accessTokens.digest = ? AND accessTokens.expires > ?");
+    select.bindText(1, digest);
+    select.bindDouble(2, clock_.now().seconds());
+    if (!select.step()) return std::nullopt;
+    Caller caller{.user = select.text(0).value_or(""), .session = select.text(1).value_or("")};
+    select.reset();
+    return caller;
+}
+
+std::optional<Caller> Accounts::scriptWith(SQLiteDatabase& database, const std::string& digest) {
+    Statement& select =
+        database.cached("SELECT user, id, lastUsed FROM apiTokens WHERE digest = ?");
+    select.bindText(1, digest);
+    if (!select.step()) return std::nullopt;
+    Caller caller{
+        .user = select.text(0).value_or(""),
+        .session = select.text(1).value_or(""),
+        .isDevice = false};
+    const auto lastUsed = dateIn(select, 2);
+    select.reset();
+    if (lastUsed && clock_.now() - *lastUsed < useInterval) return caller;
+    Statement& update = database.cached("UPDATE apiTokens SET lastUsed = ? WHERE id = ?");
+    update.bindDouble(1, clock_.now().seconds());
+    update.bindText(2, caller.session);
+    update.step();
+    return caller;
 }
 
 std::vector<DeviceSessionInfo> Accounts::sessions(const Caller& caller) {
@@ -228,9 +248,7 @@ bool Accounts::endSession(const std::string& user, const std::string& session) {
         remove.bindText(2, user);
         remove.step();
         if (database.changes() == 0) return false;
-        Statement& access = database.cached("DELETE FROM accessTokens WHERE session = ?");
-        access.bindText(1, session);
-        access.step();
+        forgetAccessTokens(database, session);
         return true;
     });
 }

@@ -15,7 +15,8 @@ namespace tesserine::server {
 /// Who a request comes from.
 struct Caller {
     std::string user;
-    std::string session{};  ///< empty for a personal API token, which may do less
+    std::string session;   ///< of the device; for a personal API token that token's identifier
+    bool isDevice = true;  ///< a personal API token may do less
 };
 
 /// The people of the household, their devices and their tokens. Of every secret only a digest is
@@ -24,6 +25,8 @@ class Accounts {
 public:
     static constexpr std::chrono::seconds accessLifetime{3600};
     static constexpr std::chrono::seconds codeLifetime{300};
+    /// How exactly the last use of a personal API token is known: each use noted costs a write.
+    static constexpr std::chrono::seconds useInterval{60};
 
     /// New passwords are kept by so many rounds of PBKDF2.
     static constexpr int usualPasswordRounds = 600'000;
@@ -41,7 +44,8 @@ public:
     /// New tokens for a refresh token. The old one goes on working until the new one was used: its
     /// answer may have been lost.
     std::optional<TokenResponse> refresh(const std::string& refreshToken);
-    void signOut(const std::string& refreshToken);
+    /// The session that has ended; none when there was no such token.
+    std::optional<std::string> signOut(const std::string& refreshToken);
 
     std::optional<Caller> callerWith(const std::string& token);
     std::vector<DeviceSessionInfo> sessions(const Caller& caller);
@@ -58,6 +62,8 @@ public:
 private:
     TokenResponse issue(
         SQLiteDatabase& database, const std::string& session, const std::string& refresh);
+    std::optional<Caller> deviceWith(SQLiteDatabase& database, const std::string& digest);
+    std::optional<Caller> scriptWith(SQLiteDatabase& database, const std::string& digest);
 
     ServerDatabase& database_;
     const Clock& clock_;

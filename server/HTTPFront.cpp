@@ -1,5 +1,7 @@
 #include "server/HTTPFront.h"
 
+#include "server/FrontReply.h"
+#include "server/LiveSocket.h"
 #include "server/Service.h"
 
 #include <Poco/Net/HTTPRequestHandler.h>
@@ -19,67 +21,88 @@ namespace {
 
 namespace net = Poco::Net;
 
-/// The whole body; none when it is longer than `limit`.
-std::optional<std::string> bodyOf(net::HTTPServerRequest& request, std::size_t limit) {
-    const auto length = request.getContentLength64();
-    if (length > 0 && static_cast<std::uint64_t>(length) > limit) return std::nullopt;
-    std::string body;
-    std::array<char, 65'536> piece{};
-    std::istream& stream = request.stream();
-    for (;;) {
-        stream.read(piece.data(), piece.size());
-        const auto count = static_cast<std::size_t>(stream.gcount());
-        if (body.size() + count > limit) return std::nullopt;
-        body.append(piece.data(), count);
-        if (count < piece.size()) return body;
-    }
-}
+/// A refused body is read on for so long, so that its sender gets to see the refusal.
+constexpr std::uint64_t mostUnread = std::uint64_t{8} << 20;
 
-class Handler final : public net::HTTPRequestHandler {
+/// The body of one request, read when it is asked for.
+class IncomingBody {
 public:
-    Handler(Service& service, std::size_t bodyLimit) : service_(service), bodyLimit_(bodyLimit) {}
+    explicit IncomingBody(net::HTTPServerRequest& request)
+        : stream_(request.stream()), announced_(announcedBy(request)) {}
 
-    void handleRequest(
-        net::HTTPServerRequest& request, net::HTTPServerResponse& response) override {
-        auto body = bodyOf(request, bodyLimit_);
-        if (!body) return refuseTooLarge(response);
-        HTTPRequest asked{
-            .method = request.getMethod(), .url = request.getURI(), .body = *std::move(body)};
-        for (const auto& [name, value] : request) {
-            asked.headers.push_back({name, value});
+    /// None when it is longer than `limit`.
+    std::optional<std::string> read(std::size_t limit) {
+        if (announced_ > limit) return std::nullopt;
+        std::string body;
+        while (!isRead_) {
+            const std::string_view piece = next();
+            if (body.size() + piece.size() > limit) return std::nullopt;
+            body.append(piece);
         }
-        const HTTPReply reply = service_.answer(asked, request.clientAddress().host().toString());
-        response.setStatus(static_cast<net::HTTPResponse::HTTPStatus>(reply.status));
-        response.setReason(net::HTTPResponse::getReasonForStatus(
-            static_cast<net::HTTPResponse::HTTPStatus>(reply.status)));
-        for (const HTTPHeader& header : reply.headers) {
-            response.set(header.name, header.value);
+        return body;
+    }
+    /// Throws the rest away; false when that is too much.
+    bool skip() {
+        if (announced_ > mostUnread) return isRead_;
+        for (std::uint64_t skipped = 0; !isRead_; skipped += next().size()) {
+            if (skipped > mostUnread) return false;
         }
-        response.sendBuffer(reply.body.data(), reply.body.size());
+        return true;
     }
 
 private:
-    static void refuseTooLarge(net::HTTPServerResponse& response) {
-        response.setStatusAndReason(net::HTTPResponse::HTTP_REQUEST_ENTITY_TOO_LARGE);
-        response.setKeepAlive(false);  // the rest of the body is never read
-        response.setContentLength(0);
-        response.send();
+    static std::uint64_t announcedBy(const net::HTTPServerRequest& request) {
+        const auto length = request.getContentLength64();
+        return length > 0 ? static_cast<std::uint64_t>(length) : 0;
+    }
+    std::string_view next() {
+        stream_.read(piece_.data(), piece_.size());
+        const auto count = static_cast<std::size_t>(stream_.gcount());
+        isRead_ = count < piece_.size();
+        return {piece_.data(), count};
     }
 
+    std::istream& stream_;
+    const std::uint64_t announced_;
+    std::array<char, 65'536> piece_{};
+    bool isRead_ = false;
+};
+
+class Handler final : public net::HTTPRequestHandler {
+public:
+    explicit Handler(Service& service) : service_(service) {}
+
+    void handleRequest(
+        net::HTTPServerRequest& request, net::HTTPServerResponse& response) override {
+        const std::string from = request.clientAddress().host().toString();
+        if (asksForLiveChannel(request)) {
+            return serveLiveChannel(service_, from, request, response);
+        }
+        HTTPRequest asked{.method = request.getMethod(), .url = request.getURI()};
+        for (const auto& [name, value] : request) {
+            asked.headers.push_back({name, value});
+        }
+        IncomingBody body(request);
+        const HTTPReply reply =
+            service_.answer(asked, from, [&body](std::size_t limit) { return body.read(limit); });
+        // What is left of the body would be taken for the next request.
+        if (!body.skip()) response.setKeepAlive(false);
+        sendReply(reply, response);
+    }
+
+private:
     Service& service_;
-    std::size_t bodyLimit_;
 };
 
 class Factory final : public net::HTTPRequestHandlerFactory {
 public:
-    Factory(Service& service, std::size_t bodyLimit) : service_(service), bodyLimit_(bodyLimit) {}
+    explicit Factory(Service& service) : service_(service) {}
     net::HTTPRequestHandler* createRequestHandler(const net::HTTPServerRequest&) override {
-        return new Handler(service_, bodyLimit_);  // the server owns it
+        return new Handler(service_);  // the server owns it
     }
 
 private:
     Service& service_;
-    std::size_t bodyLimit_;
 };
 
 net::ServerSocket listeningSocket(const HTTPFront::Options& options) {
@@ -95,13 +118,16 @@ net::ServerSocket listeningSocket(const HTTPFront::Options& options) {
     return net::SecureServerSocket(address, 64, context);
 }
 
+/// A channel holds its thread for as long as it is open.
+int mostThreads(const HTTPFront::Options& options) { return options.threads + options.channels; }
+
 net::HTTPServerParams::Ptr parameters(const HTTPFront::Options& options) {
     net::HTTPServerParams::Ptr result = new net::HTTPServerParams;
     const Poco::Timespan patience(options.patience.count(), 0);
     result->setTimeout(patience);
     result->setKeepAlive(true);
     result->setKeepAliveTimeout(patience);
-    result->setMaxThreads(options.threads);
+    result->setMaxThreads(mostThreads(options));
     result->setMaxQueued(256);
     result->setSoftwareVersion("Tesserine");
     return result;
@@ -110,14 +136,19 @@ net::HTTPServerParams::Ptr parameters(const HTTPFront::Options& options) {
 }  // namespace
 
 struct HTTPFront::Sockets {
-    Sockets(Service& service, const Options& options)
-        : threads(2, options.threads),
+    Sockets(Service& answering, const Options& options)
+        : service(answering),
+          threads(2, mostThreads(options)),
           socket(listeningSocket(options)),
-          server(new Factory(service, options.bodyLimit), threads, socket, parameters(options)) {
+          server(new Factory(answering), threads, socket, parameters(options)) {
         server.start();
     }
-    ~Sockets() { server.stopAll(true); }
+    ~Sockets() {
+        service.endListening();
+        server.stopAll(true);
+    }
 
+    Service& service;
     Poco::ThreadPool threads;
     net::ServerSocket socket;
     net::HTTPServer server;

@@ -10,7 +10,8 @@ namespace tesserine::server {
 
 class Service;
 
-/// The sockets of the service: reads requests, bounded in size and time, and hands them to it.
+/// The sockets of the service: reads requests, bounded in size and time, and hands them to it;
+/// keeps the live channels.
 class HTTPFront {
 public:
     struct Options {
@@ -19,9 +20,9 @@ public:
         /// PEM files; both or none. Without them TLS is for a proxy in front.
         std::optional<std::filesystem::path> certificate{};
         std::optional<std::filesystem::path> key{};
-        std::size_t bodyLimit = std::size_t{110} << 20;
         std::chrono::seconds patience{60};  ///< with a silent client
         int threads = 32;
+        int channels = 64;  ///< live ones, besides those threads
     };
 
     /// Listens from now on. Throws `std::exception` with the cause when it cannot.

@@ -28,9 +28,9 @@ protected:
     SystemClock clock_;
     SecureRandom random_;
     Service service_{
-        {.folder = folder_.path() / "data", .passwordRounds = 1},
+        {.folder = folder_.path() / "data", .quotas = {.file = 1'000'000}, .passwordRounds = 1},
         {.clock = clock_, .random = random_}};
-    HTTPFront front_{service_, {.port = 0, .bodyLimit = 1'000'000}};
+    HTTPFront front_{service_, {.port = 0}};
     HTTPSession network_{{.usesProxy = false}};
     SyncClient client_{url(), {.session = network_, .clock = clock_, .random = random_}};
 };

@@ -212,6 +212,10 @@ SyncStateResponse Records::state(const std::string& user) {
     });
 }
 
+std::int64_t Records::head(const std::string& user) {
+    return database_.transact([&](SQLiteDatabase& database) { return headOf(database, user); });
+}
+
 std::vector<RecordRevision> Records::revisions(const std::string& user, const Uuid& record) {
     return database_.transact([&](SQLiteDatabase& database) {
         std::vector<RecordRevision> list;

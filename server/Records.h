@@ -38,6 +38,8 @@ public:
         const std::vector<SyncPush>& changes,
         const std::function<bool(const std::string& digest)>& hasFile);
     SyncStateResponse state(const std::string& user);
+    /// The number of the latest change.
+    std::int64_t head(const std::string& user);
     std::vector<RecordRevision> revisions(const std::string& user, const Uuid& record);
     std::optional<SyncRecord> record(const std::string& user, const Uuid& id);
     /// The live records that name the file of `digest`.

@@ -21,19 +21,29 @@ using boost::json::object;
 /// What goes wrong with a request, as the client is told.
 class Refusal final : public std::runtime_error {
 public:
-    Refusal(int status, const std::string& message, std::string code = {})
-        : std::runtime_error(message), status_(status), code_(std::move(code)) {}
-    HTTPReply reply() const {
-        const object error{{"code", code_}, {"message", what()}};
+    Refusal(int status, const std::string& message) : Refusal(status, message, {}) {}
+    static Refusal tooMany(std::chrono::seconds wait) {
         return {
+            429,
+            "Too many requests. Wait a moment.",
+            {{"Retry-After", std::to_string(wait.count())}}};
+    }
+
+    HTTPReply reply() const {
+        HTTPReply reply{
             .status = status_,
-            .headers = {{"Content-Type", "application/json"}},
-            .body = json::write(object{{"error", error}})};
+            .headers = headers_,
+            .body = json::write(object{{"error", object{{"message", what()}}}})};
+        reply.headers.push_back({"Content-Type", "application/json"});
+        return reply;
     }
 
 private:
+    Refusal(int status, const std::string& message, HTTPHeaders headers)
+        : std::runtime_error(message), status_(status), headers_(std::move(headers)) {}
+
     int status_;
-    std::string code_;
+    HTTPHeaders headers_;
 };
 
 constexpr const char* unreadable = "The request could not be read.";
@@ -102,14 +112,11 @@ struct Service::Exchange {
     std::string_view query;
     std::vector<std::string> parameters;  // what stood in the places of "*" in the path
     Caller caller{};
+    std::string body{};
 
-    const std::string& body() const {
-        static const std::string none;
-        return request.body ? *request.body : none;
-    }
     object json() const {
         try {
-            const auto value = json::parse(body());
+            const auto value = json::parse(body);
             if (value.is_object()) return value.get_object();
         } catch (const json::JSONError&) {}
         throw Refusal(400, unreadable);
@@ -141,10 +148,12 @@ struct Service::Route {
     std::string_view path;  // "*" stands for one piece
     Access access;
     Handler handler;
+    enum class Body { small, records, file } body = Body::small;
 };
 
 const std::vector<Service::Route>& Service::routes() {
     using Access = Route::Access;
+    using Body = Route::Body;
     static const std::vector<Route> table = {
         {"GET", "api/v1/auth/google/start", Access::anybody, &Service::signInPage},
         {"POST", "api/v1/auth/google/start", Access::anybody, &Service::signIn},
@@ -154,12 +163,12 @@ const std::vector<Service::Route>& Service::routes() {
         {"GET", "api/v1/auth/sessions", Access::device, &Service::sessions},
         {"POST", "api/v1/auth/sessions/*/revoke", Access::device, &Service::endSession},
         {"GET", "api/v1/sync/changes", Access::token, &Service::changes},
-        {"POST", "api/v1/sync/push", Access::token, &Service::push},
+        {"POST", "api/v1/sync/push", Access::token, &Service::push, Body::records},
         {"GET", "api/v1/sync/state", Access::token, &Service::state},
         {"GET", "api/v1/sync/revisions/*", Access::token, &Service::revisions},
-        {"POST", "api/v1/blobs/check", Access::token, &Service::missingBlobs},
+        {"POST", "api/v1/blobs/check", Access::token, &Service::missingBlobs, Body::records},
         {"GET", "api/v1/blobs", Access::token, &Service::blobUsage},
-        {"PUT", "api/v1/blobs/*", Access::token, &Service::putBlob},
+        {"PUT", "api/v1/blobs/*", Access::token, &Service::putBlob, Body::file},
         {"GET", "api/v1/blobs/*", Access::token, &Service::getBlob},
         {"DELETE", "api/v1/blobs/*", Access::token, &Service::deleteBlob},
         {"POST", "api/v1/notes/*/share", Access::device, &Service::share},
@@ -180,11 +189,26 @@ Service::Service(const Configuration& configuration, const Environment& environm
       accounts_(database_, environment.clock, environment.random, configuration.passwordRounds),
       records_(database_, configuration.quotas),
       blobs_(configuration.folder / "blobs"),
-      limit_(environment.clock) {}
+      limit_(environment.clock),
+      perAddress_(environment.clock, configuration.perAddress),
+      perToken_(environment.clock, configuration.perToken),
+      live_(configuration.live) {}
 
 HTTPReply Service::answer(const HTTPRequest& request, const std::string& from) {
+    return answer(request, from, [&request](std::size_t limit) -> std::optional<std::string> {
+        std::string body = request.body.value_or("");
+        return body.size() > limit ? std::nullopt : std::optional(std::move(body));
+    });
+}
+
+HTTPReply Service::answer(
+    const HTTPRequest& request, const std::string& from, const BodyReader& body) {
+    return guarded([&] { return dispatch(request, from, body); });
+}
+
+HTTPReply Service::guarded(const std::function<HTTPReply()>& work) {
     try {
-        return dispatch(request, from);
+        return work();
     } catch (const Refusal& refusal) {
         return refusal.reply();
     } catch (const std::exception& error) {
@@ -193,7 +217,9 @@ HTTPReply Service::answer(const HTTPRequest& request, const std::string& from) {
     }
 }
 
-HTTPReply Service::dispatch(const HTTPRequest& request, const std::string& from) {
+HTTPReply Service::dispatch(
+    const HTTPRequest& request, const std::string& from, const BodyReader& body) {
+    if (const auto wait = perAddress_.waitOf(from)) throw Refusal::tooMany(*wait);
     const std::string_view url = request.url;
     const std::size_t mark = std::min(url.find('?'), url.size());
     const auto asked = pieces(url.substr(0, mark));
@@ -210,22 +236,56 @@ HTTPReply Service::dispatch(const HTTPRequest& request, const std::string& from)
             if (pattern == "*") exchange.parameters.push_back(percentDecoded(piece));
             return pattern == "*" || pattern == piece;
         });
-        if (!fits) continue;
-        if (route.access == Route::Access::anybody) return (this->*route.handler)(exchange);
-
-        constexpr std::string_view scheme = "Bearer ";
-        const std::string* const header = headerOf(request, "authorization");
-        const bool hasToken = header != nullptr && header->starts_with(scheme);
-        const auto caller =
-            hasToken ? accounts_.callerWith(header->substr(scheme.size())) : std::nullopt;
-        if (!caller) throw Refusal(401, "Sign in first.");
-        if (route.access == Route::Access::device && caller->session.empty()) {
-            throw Refusal(403, "A personal API token may not do that.");
-        }
-        exchange.caller = *caller;
-        return (this->*route.handler)(exchange);
+        if (fits) return handle(route, exchange, body);
     }
     return pages::notFound();
+}
+
+HTTPReply Service::handle(const Route& route, Exchange& exchange, const BodyReader& body) {
+    if (route.access != Route::Access::anybody) {
+        constexpr std::string_view scheme = "Bearer ";
+        const std::string* const header = headerOf(exchange.request, "authorization");
+        const bool hasToken = header != nullptr && header->starts_with(scheme);
+        exchange.caller = callerWith(hasToken ? header->substr(scheme.size()) : "");
+        if (route.access == Route::Access::device && !exchange.caller.isDevice) {
+            throw Refusal(403, "A personal API token may not do that.");
+        }
+    }
+    auto read = body(bodyLimit(route));
+    if (!read) throw Refusal(413, "That is too large for this server.");
+    exchange.body = *std::move(read);
+    return (this->*route.handler)(exchange);
+}
+
+std::size_t Service::bodyLimit(const Route& route) const {
+    constexpr std::size_t formOrFewWords = std::size_t{64} << 10;
+    switch (route.body) {
+    case Route::Body::small: return formOrFewWords;
+    // One record alone may be as large as all the others of a request together.
+    case Route::Body::records: return 2 * static_cast<std::size_t>(configuration_.quotas.record);
+    case Route::Body::file: return static_cast<std::size_t>(configuration_.quotas.file);
+    }
+    return 0;
+}
+
+Caller Service::callerWith(const std::string& token) {
+    const auto caller = accounts_.callerWith(token);
+    if (!caller) throw Refusal(401, "Sign in first.");
+    if (const auto wait = perToken_.waitOf(caller->session)) throw Refusal::tooMany(*wait);
+    return *caller;
+}
+
+Service::Listening Service::listen(const std::string& token, const std::string& from) {
+    Listening listening;
+    listening.refusal = guarded([&]() -> HTTPReply {
+        if (const auto wait = perAddress_.waitOf(from)) throw Refusal::tooMany(*wait);
+        const Caller caller = callerWith(token);
+        listening.seat = live_.enter(caller);
+        if (!listening.seat) throw Refusal::tooMany(std::chrono::seconds(60));
+        listening.head = records_.head(caller.user);
+        return {};
+    });
+    return listening;
 }
 
 // MARK: signing in
@@ -233,8 +293,8 @@ HTTPReply Service::dispatch(const HTTPRequest& request, const std::string& from)
 HTTPReply Service::signInPage(const Exchange& /*exchange*/) { return pages::signIn(); }
 
 HTTPReply Service::signIn(const Exchange& exchange) {
-    const std::string email = formMember(exchange.body(), "email").value_or("");
-    const std::string password = formMember(exchange.body(), "password").value_or("");
+    const std::string email = formMember(exchange.body, "email").value_or("");
+    const std::string password = formMember(exchange.body, "password").value_or("");
     const std::string name = text::caseFolded(email);
     if (!limit_.allows(name) || !limit_.allows(exchange.from)) {
         return pages::signIn("Too many attempts. Wait a quarter of an hour, then try again.");
@@ -250,7 +310,7 @@ HTTPReply Service::signIn(const Exchange& exchange) {
 
 HTTPReply Service::exchangeCode(const Exchange& exchange) {
     const auto tokens = accounts_.exchange(exchange.text("code"), exchange.text("label"));
-    if (!tokens) throw Refusal(401, "That code is not valid any more.");
+    if (!tokens) throw Refusal(400, "That code is not valid any more. Sign in again.");
     return replied(*tokens);
 }
 
@@ -261,7 +321,8 @@ HTTPReply Service::refresh(const Exchange& exchange) {
 }
 
 HTTPReply Service::signOut(const Exchange& exchange) {
-    accounts_.signOut(exchange.text("refresh_token"));
+    const auto ended = accounts_.signOut(exchange.text("refresh_token"));
+    if (ended) live_.ended(*ended);
     return done();
 }
 
@@ -282,6 +343,7 @@ HTTPReply Service::sessions(const Exchange& exchange) {
 HTTPReply Service::endSession(const Exchange& exchange) {
     const bool isEnded = accounts_.endSession(exchange.caller.user, exchange.parameters.at(0));
     if (!isEnded) throw Refusal(404, "That device is not signed in.");
+    live_.ended(exchange.parameters.at(0));
     return done();
 }
 
@@ -308,8 +370,12 @@ HTTPReply Service::push(const Exchange& exchange) {
         throw Refusal(400, unreadable);
     }
     const std::string& user = exchange.caller.user;
-    return replied(records_.push(
-        user, pushes, [&](const std::string& digest) { return blobs_.has(user, digest); }));
+    const PushResponse response = records_.push(
+        user, pushes, [&](const std::string& digest) { return blobs_.has(user, digest); });
+    const bool isChanged = std::ranges::any_of(
+        response.results, [](const PushResult& result) { return result.status == "applied"; });
+    if (isChanged) live_.changed(user, response.head);
+    return replied(response);
 }
 
 HTTPReply Service::state(const Exchange& exchange) {
@@ -343,11 +409,8 @@ HTTPReply Service::blobUsage(const Exchange& exchange) {
 
 HTTPReply Service::putBlob(const Exchange& exchange) {
     const std::string& digest = exchange.digest();
-    const std::string& body = exchange.body();
+    const std::string& body = exchange.body;
     const std::string& user = exchange.caller.user;
-    if (static_cast<std::int64_t>(body.size()) > configuration_.quotas.file) {
-        throw Refusal(413, "The file is too large for this server.");
-    }
     if (sha256Hex(bytesOf(body)) != digest) throw Refusal(400, "The file was damaged on its way.");
     if (blobs_.has(user, digest)) return done();
     if (const auto quota = configuration_.quotas.files) {
@@ -475,6 +538,7 @@ HTTPReply Service::tokens(const Exchange& exchange) {
 HTTPReply Service::deleteToken(const Exchange& exchange) {
     const bool isGone = accounts_.deleteAPIToken(exchange.caller.user, exchange.parameters.at(0));
     if (!isGone) throw Refusal(404, "There is no such token.");
+    live_.ended(exchange.parameters.at(0));
     return done();
 }
 

@@ -6,10 +6,14 @@
 #include "base/Random.h"
 #include "server/Accounts.h"
 #include "server/BlobFolder.h"
+#include "server/LiveHub.h"
+#include "server/RateLimit.h"
 #include "server/Records.h"
 #include "server/SignInLimit.h"
 
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +32,9 @@ public:
         std::string publicURL{};       ///< where people reach the service; for shared links
         Quotas quotas{};
         int passwordRounds = Accounts::usualPasswordRounds;
+        RateLimit::Allowance perAddress{.perSecond = 200, .atOnce = 2'000};
+        RateLimit::Allowance perToken{.perSecond = 50, .atOnce = 500};
+        LiveHub::Limits live{};
     };
     struct Environment {
         const Clock& clock;
@@ -40,8 +47,24 @@ public:
 
     Accounts& accounts() { return accounts_; }
 
-    /// `request.url` is path and query; `from` tells clients apart for the limit on guessing.
+    /// Reads the body that comes with a request; none when it is longer than `limit` bytes.
+    using BodyReader = std::function<std::optional<std::string>(std::size_t limit)>;
+
+    /// `request.url` is path and query; `from` tells clients apart for limits. `body` is asked only
+    /// for a request that is let in, so that nobody else can fill the memory.
+    HTTPReply answer(const HTTPRequest& request, const std::string& from, const BodyReader& body);
+    /// For a request that holds its body.
     HTTPReply answer(const HTTPRequest& request, const std::string& from);
+
+    /// A device that listens for news, or why it may not.
+    struct Listening {
+        std::unique_ptr<LiveHub::Seat> seat{};
+        std::int64_t head = 0;  ///< the number of the latest change
+        HTTPReply refusal{};    ///< without a seat
+    };
+    Listening listen(const std::string& token, const std::string& from);
+    /// Asks all who listen to leave.
+    void endListening() { live_.close(); }
 
 private:
     struct Exchange;
@@ -49,7 +72,12 @@ private:
     struct Route;
     static const std::vector<Route>& routes();
 
-    HTTPReply dispatch(const HTTPRequest& request, const std::string& from);
+    HTTPReply guarded(const std::function<HTTPReply()>& work);
+    HTTPReply dispatch(const HTTPRequest& request, const std::string& from, const BodyReader& body);
+    HTTPReply handle(const Route& route, Exchange& exchange, const BodyReader& body);
+    std::size_t bodyLimit(const Route& route) const;
+    /// Whose token that is. Throws when it is nobody's, or used too often.
+    Caller callerWith(const std::string& token);
     HTTPReply signInPage(const Exchange& exchange);
     HTTPReply signIn(const Exchange& exchange);
     HTTPReply exchangeCode(const Exchange& exchange);
@@ -81,6 +109,9 @@ private:
     Records records_;
     BlobFolder blobs_;
     SignInLimit limit_;
+    RateLimit perAddress_;
+    RateLimit perToken_;
+    LiveHub live_;
 };
 
 }  // namespace tesserine::server

@@ -93,12 +93,13 @@ TEST_F(ServiceTest, SigningInTakesTheRightPasswordAndACodeWorksOnce) {
     const std::string first = code();
     ASSERT_EQ(first.size(), 64U);
     auto client = clientWith("");
+    const char* const spent = "That code is not valid any more. Sign in again.";
     const TokenResponse tokens = client->exchange(first, "Desk");
     EXPECT_EQ(tokens.account.email, "anna@example.org");
-    EXPECT_EQ(outcome([&] { client->exchange(first, "Desk"); }), signedOut);
+    EXPECT_EQ(outcome([&] { client->exchange(first, "Desk"); }), spent);
     const std::string late = code();
     clock_.advance(std::chrono::seconds(301));
-    EXPECT_EQ(outcome([&] { client->exchange(late, "Desk"); }), signedOut);
+    EXPECT_EQ(outcome([&] { client->exchange(late, "Desk"); }), spent);
 }
 
 TEST_F(ServiceTest, GuessingIsStoppedEvenForTheRightPassword) {
@@ -234,6 +235,63 @@ TEST_F(ServiceTest, APersonalTokenReadsAndWritesNotesAndNothingElse) {
     EXPECT_EQ(outcome([&] { script->createShare(note(0, "").id); }), refused);
     client->revokeAPIToken(client->apiTokens().at(0).id);
     EXPECT_EQ(outcome([&] { script->state(); }), signedOut);
+}
+
+TEST_F(ServiceTest, WhoAsksTooOftenIsToldHowLongToWait) {
+    const auto client = device();
+    const auto stranger = clientWith(client->createAPIToken("Script").token);
+    const auto waitOf = [](SyncClient& asking) -> std::optional<Seconds> {
+        try {
+            asking.state();
+            return std::nullopt;
+        } catch (const SyncError& error) {
+            EXPECT_EQ(error.problem().status, 429);
+            return error.problem().retryAfter;
+        }
+    };
+    for (int i = 0; i < 499; ++i) {  // the token was used once before
+        ASSERT_EQ(waitOf(*client), std::nullopt) << i;
+    }
+    EXPECT_EQ(waitOf(*client), Seconds(1));
+    EXPECT_EQ(waitOf(*stranger), std::nullopt) << "another token";
+    clock_.advance(std::chrono::seconds(1));
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_EQ(waitOf(*client), std::nullopt) << i;
+    }
+    EXPECT_EQ(waitOf(*client), Seconds(1));
+
+    int answered = 0;
+    while (answered < 3'000 && get("/nowhere").status == 404) {
+        ++answered;
+    }
+    EXPECT_LT(answered, 2'000) << "one address";
+    EXPECT_EQ(service_.answer({.method = "GET", .url = "/nowhere"}, "192.0.2.2").status, 404);
+}
+
+TEST_F(ServiceTest, ABodyIsReadOnlyOfThoseWhoMaySendIt) {
+    const auto client = device();
+    const std::string token = client->createAPIToken("Script").token;
+    const auto limitFor =
+        [&](const std::string& method, const std::string& path, const std::string& authorization) {
+            std::size_t asked = 0;
+            service_.answer(
+                {.method = method,
+                 .url = "/api/v1/" + path,
+                 .headers = {{"Authorization", authorization}}},
+                "192.0.2.1",
+                [&asked](std::size_t limit) -> std::optional<std::string> {
+                    asked = limit;
+                    return std::nullopt;
+                });
+            return asked;
+        };
+    const std::string file = "blobs/" + std::string(64, '0');
+    EXPECT_EQ(limitFor("PUT", file, "Bearer guess"), 0U);
+    EXPECT_EQ(limitFor("POST", "sync/push", ""), 0U);
+    EXPECT_EQ(limitFor("POST", "nowhere", "Bearer " + token), 0U);
+    EXPECT_EQ(limitFor("PUT", file, "Bearer " + token), 100'000'000U);
+    EXPECT_EQ(limitFor("POST", "sync/push", "Bearer " + token), 2'000U);
+    EXPECT_EQ(limitFor("POST", "auth/refresh", ""), 65'536U);
 }
 
 TEST_F(ServiceTest, NonsenseIsRefusedAndNeverThrows) {

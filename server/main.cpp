@@ -104,7 +104,7 @@ int addUser(server::Service& service, const std::string& email) {
 
 int serve(server::Service& service, const Line& line, const sigset_t& endings) {
     const server::HTTPFront front(service, listening(line));
-    std::cerr << "Listening on port " << front.port() << ".\n";
+    std::cout << "Listening on port " << front.port() << "." << std::endl;
     int signal = 0;
     sigwait(&endings, &signal);
     std::cerr << "Ending.\n";

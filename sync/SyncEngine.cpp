@@ -285,6 +285,11 @@ std::size_t SyncEngine::waitingCount() {
     return context->count<CDSyncState>({"needsPush == YES"});
 }
 
+std::int64_t SyncEngine::cursor() {
+    const auto context = environment_.store.newBackgroundContext();
+    return cursorIn(SyncLedger(*context));
+}
+
 std::optional<Instant> SyncEngine::lastSync() {
     const auto context = environment_.store.newBackgroundContext();
     const auto text = SyncLedger(*context).value(SyncLedger::lastSync);

@@ -87,6 +87,8 @@ public:
     /// How many changes wait to be sent, as of the last synchronisation.
     std::size_t waitingCount();
     std::optional<Instant> lastSync();
+    /// The number of the service's last change that is here.
+    std::int64_t cursor();
 
 private:
     struct Run;

@@ -11,7 +11,8 @@ bool SyncSchedule::isDue(std::int64_t transaction) {
     const nanoseconds now = clock_.monotonic();
     if (transaction != known_) {
         known_ = transaction;
-        next_ = std::min(next_, now + afterChange);
+        const nanoseconds rested = lastSuccess_ ? *lastSuccess_ + afterChange : now;
+        next_ = std::min(next_, std::max(now, rested));
     }
     const bool isPaused = pauseUntil_ && now < *pauseUntil_;
     return !isPaused && now >= next_;
@@ -22,9 +23,24 @@ nanoseconds SyncSchedule::untilDue() const {
     return std::max(due - clock_.monotonic(), nanoseconds(0));
 }
 
+void SyncSchedule::hear(const LiveNews& news, std::int64_t cursor) {
+    switch (news.kind) {
+    case LiveNews::Kind::changes:
+        if (news.seq > cursor) wake();
+        return;
+    case LiveNews::Kind::signedOut: return wake();
+    case LiveNews::Kind::opened:  // some may have been missed before
+    case LiveNews::Kind::unknown:
+        next_ = std::min<nanoseconds>(next_, clock_.monotonic() + afterChange);
+        return;
+    case LiveNews::Kind::closed: return;
+    }
+}
+
 void SyncSchedule::succeeded(std::int64_t transaction) {
     known_ = transaction;
-    next_ = clock_.monotonic() + interval_;
+    lastSuccess_ = clock_.monotonic();
+    next_ = *lastSuccess_ + interval_;
     pauseUntil_.reset();
     pause_ = Seconds(0);
 }

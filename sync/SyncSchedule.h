@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "sync/LiveUpdates.h"
 #include "sync/SyncError.h"
 
 #include <chrono>
@@ -9,12 +10,14 @@
 
 namespace tesserine {
 
-/// When the next synchronisation is due: a moment after a change here, and every few minutes; after
-/// a failure later and later. Pure but for the clock. Not synchronised.
+/// When the next synchronisation is due: after a change here, at news from the service, and every
+/// few minutes; after a failure later and later. Pure but for the clock. Not synchronised.
 class SyncSchedule {
 public:
     /// How often to ask `isDue`.
-    static constexpr std::chrono::milliseconds look{500};
+    static constexpr std::chrono::milliseconds look{250};
+    /// The first change after a quiet time is due at once; those that follow wait for so long after
+    /// the last synchronisation, so that each of them takes many keys along.
     static constexpr std::chrono::seconds afterChange{2};
     static constexpr std::chrono::minutes interval{5};
     static constexpr std::chrono::seconds firstPause{5};  // doubles with every failure
@@ -30,6 +33,8 @@ public:
     std::chrono::nanoseconds untilDue() const;
     /// The other side has news.
     void wake() { next_ = clock_.monotonic(); }
+    /// The live channel told something; `cursor` is the number of the last change we have seen.
+    void hear(const LiveNews& news, std::int64_t cursor);
     void succeeded(std::int64_t transaction);
     /// A failure that is worth another try.
     void failed(const SyncError& error);
@@ -38,6 +43,7 @@ private:
     const Clock& clock_;
     const std::chrono::nanoseconds interval_;
     std::chrono::nanoseconds next_{0};
+    std::optional<std::chrono::nanoseconds> lastSuccess_;
     std::int64_t known_ = 0;  // the last transaction that was seen
     std::optional<std::chrono::nanoseconds> pauseUntil_;
     Seconds pause_{0};

@@ -19,14 +19,33 @@ TEST(SyncSchedule, ComesSoonAfterAChangeAndElseEveryFewMinutes) {
     EXPECT_TRUE(schedule.isDue(1));
 
     schedule.succeeded(1);
-    EXPECT_FALSE(schedule.isDue(2)) << "the next key may be on its way";
+    clock.advance(seconds(2));
+    EXPECT_TRUE(schedule.isDue(2)) << "after a quiet time";
+    schedule.succeeded(2);
+    EXPECT_FALSE(schedule.isDue(3)) << "the next key may be on its way";
     clock.advance(seconds(1));
-    EXPECT_FALSE(schedule.isDue(3));
+    EXPECT_FALSE(schedule.isDue(4));
     clock.advance(seconds(1));
-    EXPECT_TRUE(schedule.isDue(3)) << "typing on does not put it off for ever";
-    schedule.succeeded(3);
-    schedule.wake();
-    EXPECT_TRUE(schedule.isDue(3));
+    EXPECT_TRUE(schedule.isDue(4)) << "typing on does not put it off for ever";
+}
+
+TEST(SyncSchedule, HearsOfChangesAtOnceAndOfTheRestOnceInAWhile) {
+    using Kind = LiveNews::Kind;
+    FixedClock clock(Instant{});
+    SyncSchedule schedule(clock);
+    const auto waitAfter = [&](const LiveNews& news) {
+        schedule.succeeded(1);
+        schedule.hear(news, 7);
+        return schedule.untilDue();
+    };
+    EXPECT_EQ(waitAfter({.kind = Kind::changes, .seq = 8}), seconds(0));
+    EXPECT_EQ(waitAfter({.kind = Kind::changes, .seq = 7}), seconds(300)) << "seen already";
+    EXPECT_EQ(waitAfter({.kind = Kind::signedOut}), seconds(0));
+    EXPECT_EQ(waitAfter({.kind = Kind::closed}), seconds(300));
+    EXPECT_EQ(waitAfter({.kind = Kind::opened}), seconds(2));
+    clock.advance(seconds(1));
+    schedule.hear({.kind = Kind::unknown}, 7);
+    EXPECT_EQ(schedule.untilDue(), seconds(1)) << "one pull for all of them";
 }
 
 TEST(SyncSchedule, WaitsLongerAfterEveryFailureAndAsLongAsTheServerAsks) {

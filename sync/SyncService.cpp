@@ -13,9 +13,12 @@ bool isThisComputer(const std::string& host) {
 }  // namespace
 
 SyncService::SyncService(const std::string& address, const Environment& environment)
-    : client_(
-        address,
-        {.session = environment.session, .clock = environment.clock, .random = environment.random}),
+    : environment_(environment),
+      client_(
+          address,
+          {.session = environment.session,
+           .clock = environment.clock,
+           .random = environment.random}),
       account_(
           {.client = client_,
            .secrets = environment.secrets,
@@ -23,6 +26,17 @@ SyncService::SyncService(const std::string& address, const Environment& environm
            .log = environment.log}) {
     client_.setTokenSource(
         [this](const std::stop_token& stop) { return account_.validAccessToken(stop); });
+}
+
+std::unique_ptr<LiveUpdates> SyncService::listen(LiveUpdates::Listener listener) {
+    return std::make_unique<LiveUpdates>(
+        LiveUpdates::Environment{
+            .session = account_,
+            .address = client_.liveChannelURL(),
+            .clock = environment_.clock,
+            .log = environment_.log,
+            .socket = environment_.socket},
+        std::move(listener));
 }
 
 std::string SyncService::address(

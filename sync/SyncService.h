@@ -3,8 +3,10 @@
 #include "base/Preferences.h"
 #include "base/UserError.h"
 #include "sync/AccountSession.h"
+#include "sync/LiveUpdates.h"
 #include "sync/SyncClient.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -41,12 +43,15 @@ public:
         const Clock& clock;
         Random& random;
         Log log{};
+        WebSocketListening socket = listenToWebSocket;  ///< for the live channel
     };
 
     SyncService(const std::string& address, const Environment& environment);
 
     SyncClient& client() { return client_; }
     AccountSession& account() { return account_; }
+    /// Opens the live channel; somebody is signed in. It ends before the service does.
+    std::unique_ptr<LiveUpdates> listen(LiveUpdates::Listener listener);
 
     /// The address in use: `variable` (of the environment), else the preference, else the build's
     /// own. Throws `SyncSetupError`. Touches no network.
@@ -58,6 +63,7 @@ public:
     static std::string secretService(const std::string& address);
 
 private:
+    const Environment environment_;
     SyncClient client_;
     AccountSession account_;
 };

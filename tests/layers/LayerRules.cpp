@@ -53,7 +53,7 @@ constexpr std::array confined = {
     Confined{"md4c", "MD4C", {"core/import"}},
     Confined{"expat", "Expat", {"core/import", "bench"}},
     Confined{"zlib", "zlib", {"base", "core/import"}},
-    Confined{"openssl/", "OpenSSL", {"base"}},
+    Confined{"openssl/", "OpenSSL", {"base", testSupport}},
     Confined{"curl/", "libcurl", {"base"}},
     Confined{"libsecret/", "libsecret", {"base"}},
     Confined{"Poco/", "POCO", {"base", "server"}},
