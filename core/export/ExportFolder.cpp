@@ -75,16 +75,30 @@ std::string ExportFolder::newFilePath(const std::string& folder, std::string_vie
 }
 
 void ExportFolder::write(const std::string& path, std::string_view text) {
-    write(path, Bytes(text.begin(), text.end()));
+    const auto bytes = bytesOf(text);
+    write(path, Bytes(bytes.begin(), bytes.end()));
 }
 
 void ExportFolder::write(const std::string& path, Bytes bytes) {
-    const fs::path file = path_ / path;
-    if (madeFolders_.insert(file.parent_path().string()).second) {
-        files::createPrivateFolder(file.parent_path());
-    }
-    bytesWritten_ += bytes.size();
-    writer_.write(file, std::move(bytes));
+    const std::size_t size = bytes.size();
+    writer_.write(
+        placeOf(path), size, [bytes = std::move(bytes)]() mutable { return std::move(bytes); });
+}
+
+void ExportFolder::write(
+    const std::string& path, std::size_t size, std::function<std::string()> make) {
+    writer_.write(placeOf(path), size, [make = std::move(make)] {
+        const std::string text = make();
+        const auto bytes = bytesOf(text);
+        return Bytes(bytes.begin(), bytes.end());
+    });
+}
+
+fs::path ExportFolder::placeOf(const std::string& path) {
+    fs::path file = path_ / path;
+    fs::path folder = file.parent_path();
+    if (madeFolders_.insert(folder.string()).second) files::createPrivateFolder(folder);
+    return file;
 }
 
 void ExportFolder::finish() {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -26,7 +27,7 @@ public:
     ExportFolder(const std::filesystem::path& parent, Instant now, const Calendar& calendar);
 
     const std::filesystem::path& path() const noexcept { return path_; }
-    std::uint64_t bytesWritten() const noexcept { return bytesWritten_; }
+    std::uint64_t bytesWritten() const { return writer_.bytesWritten(); }
 
     /// A path in `folder` for something called `name`, with any of `extensions` behind it not used
     /// before; for a folder without one. Remembers it.
@@ -41,6 +42,10 @@ public:
     /// that was handed over before.
     void write(const std::string& path, std::string_view text);
     void write(const std::string& path, Bytes bytes);
+    /// The same for a text that `make` gives out of the `size` bytes it holds, on another thread.
+    void write(const std::string& path, std::size_t size, std::function<std::string()> make);
+    /// Waits until what was handed over is made and written. Throws `FileError`.
+    void wait() { writer_.finish(); }
     /// Writes the digests of all files so far as `checksumsName`, and waits until everything is on
     /// the disk. Throws `FileError`.
     void finish();
@@ -49,13 +54,15 @@ public:
     static constexpr const char* checksumsName = "checksums.sha256";
 
 private:
+    /// Its place, in a folder that is there then.
+    std::filesystem::path placeOf(const std::string& path);
+
     std::filesystem::path path_;
     // Digests of folded paths, the least to keep of a name; two names of one digest only mean that
     // the later one gets a number it would not need.
     std::unordered_set<std::size_t> taken_;
     std::unordered_map<std::size_t, std::size_t> twins_;  // of a name without extension, so far
     std::set<std::string> madeFolders_;
-    std::uint64_t bytesWritten_ = 0;
     FileWriter writer_;
 };
 

@@ -7,46 +7,58 @@
 
 namespace tesserine {
 
-void FileWriter::write(std::filesystem::path file, Bytes bytes) {
+void FileWriter::write(std::filesystem::path file, std::size_t size, Maker make) {
     {
         std::unique_lock lock(mutex_);
-        written_.wait(
-            lock, [&] { return waiting_ == 0 || waiting_ + bytes.size() <= mostWaiting; });
-        waiting_ += bytes.size();
+        fewerWait_.wait(lock, [&] { return waiting_ == 0 || waiting_ + size <= mostWaiting; });
+        waiting_ += size;
     }
     throwFailure();
-    queue_.async(
-        [this, file = std::move(file), bytes = std::move(bytes)] { writeNow(file, bytes); });
-}
-
-void FileWriter::writeNow(const std::filesystem::path& file, const Bytes& bytes) {
-    std::exception_ptr failure;
-    if (!hasFailed()) {
+    WrittenFile& written = files_.emplace_back(WrittenFile{.path = std::move(file), .digest = {}});
+    SerialQueue& queue = queues_[files_.size() % queues_.size()];
+    queue.async([this, &written, size, make = std::move(make)] {
+        std::uint64_t byteCount = 0;
+        std::exception_ptr failure;
         try {
-            FAIL_POINT("export.file");
-            files::writeOneOfMany(file, bytes);
-            writtenFiles_.push_back({.path = file, .digest = sha256(bytes)});
-        } catch (const FileError&) {
+            if (!hasFailed()) byteCount = writeNow(written, make);
+        } catch (...) {
             failure = std::current_exception();
         }
-    }
-    const std::lock_guard lock(mutex_);
-    if (failure) failure_ = failure;
-    waiting_ -= bytes.size();
-    written_.notify_one();
+        const std::lock_guard lock(mutex_);
+        if (failure && !failure_) failure_ = failure;
+        bytesWritten_ += byteCount;
+        waiting_ -= size;
+        fewerWait_.notify_one();
+    });
+}
+
+/// Returns how many bytes the file has.
+std::uint64_t FileWriter::writeNow(WrittenFile& file, const Maker& make) {
+    const Bytes bytes = make();
+    FAIL_POINT("export.file");
+    files::writeOneOfMany(file.path, bytes);
+    file.digest = sha256(bytes);
+    return bytes.size();
 }
 
 void FileWriter::finish() {
-    queue_.sync([] {});
+    for (SerialQueue& queue : queues_) {
+        queue.sync([] {});
+    }
     throwFailure();
 }
 
-bool FileWriter::hasFailed() {
+std::uint64_t FileWriter::bytesWritten() const {
+    const std::lock_guard lock(mutex_);
+    return bytesWritten_;
+}
+
+bool FileWriter::hasFailed() const {
     const std::lock_guard lock(mutex_);
     return failure_ != nullptr;
 }
 
-void FileWriter::throwFailure() {
+void FileWriter::throwFailure() const {
     const std::lock_guard lock(mutex_);
     if (failure_) std::rethrow_exception(failure_);
 }

@@ -118,7 +118,6 @@ private:
     const ExportOptions& options_;
     const ExportControl& control_;
     const Instant now_;
-    ExportFolder folder_;
 
     std::map<std::int64_t, NotebookPlan> notebooks_;  // by key; 0: notes in none
     std::vector<NotePlan> notes_;
@@ -129,6 +128,7 @@ private:
     ManifestWriter::Content content_;
     std::string taskList_;
     ExportSummary summary_;
+    ExportFolder folder_;  // goes first: pages that it still makes ask for paths
 };
 
 ExportSummary ExportRun::run() {
@@ -279,6 +279,7 @@ std::string ExportRun::exportAttachment(
     if (planned == attachmentPaths_.end()) return {};
     const auto& data = attachment.fileData.get();
     if (!data) {
+        folder_.wait();  // pages that are being made ask for paths
         attachmentPaths_.erase(planned);
         summary_.warnings.push_back(
             "Attachment on “" + noteTitle + "” had no stored bytes and was skipped.");
@@ -295,16 +296,26 @@ void ExportRun::writePages(
     const std::string& path,
     const ShownNote& shown,
     std::vector<ListedFile> listed) {
-    const std::string body = note.html.valueOr("");
-    const NotePage page{
+    NotePage page{
         .title = shown.title,
         .facts = factsOf(note, shown.tags, environment_.calendar),
-        .body = body,
+        .body = note.html.valueOr(""),
         .files = std::move(listed)};
-    folder_.write(path + ".html", htmlPage(page, addressesFor(path, ".html")));
-    if (!options_.includeMarkdown) return;
+    const std::size_t size = page.body.size();
+    if (options_.includeMarkdown) {
+        folder_.write(
+            path + ".md",
+            size,
+            [head = markdownHeadOf(note, environment_.collator),
+             body = page.body,
+             addressOf = addressesFor(path, ".md")] {
+                return markdownFileOf(head, body, addressOf);
+            });
+    }
     folder_.write(
-        path + ".md", markdownFileOf(note, addressesFor(path, ".md"), environment_.collator));
+        path + ".html", size, [page = std::move(page), addressOf = addressesFor(path, ".html")] {
+            return htmlPage(page, addressOf);
+        });
 }
 
 void ExportRun::addToIndex(const CDNote& note, const NotePlan& plan, ShownNote shown) {

@@ -47,8 +47,7 @@ std::string headingOf(std::string title) {
 
 }  // namespace
 
-std::string markdownFileOf(
-    const CDNote& note, const AddressMap& addressOf, const text::Collator& collator) {
+std::string markdownHeadOf(const CDNote& note, const text::Collator& collator) {
     const std::string title = displayTitle(note.title.valueOr(""), note.plainText.valueOr(""));
     FrontMatter matter;
     matter.add("title", title);
@@ -61,9 +60,13 @@ std::string markdownFileOf(
     }
     if (note.isPinned) matter.addLine("pinned", "true");
     if (note.sourceURL) matter.add("source", *note.sourceURL);
-    const std::string body =
-        markdownOf(note.html.valueOr(""), {.headingShift = 1, .addressOf = addressOf});
-    return matter.take() + "\n" + headingOf(title) + "\n" + (body.empty() ? "" : "\n") + body;
+    return matter.take() + "\n" + headingOf(title) + "\n";
+}
+
+std::string markdownFileOf(
+    const std::string& head, std::string_view html, const AddressMap& addressOf) {
+    const std::string body = markdownOf(html, {.headingShift = 1, .addressOf = addressOf});
+    return head + (body.empty() ? "" : "\n") + body;
 }
 
 }  // namespace tesserine

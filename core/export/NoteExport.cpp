@@ -25,11 +25,10 @@ AddressMap picturesOf(const CDNote& note) {
 }
 
 std::string page(const CDNote& note, const Calendar& calendar, const text::Collator& collator) {
-    const std::string body = note.html.valueOr("");
     NotePage page{
         .title = displayTitle(note.title.valueOr(""), note.plainText.valueOr("")),
         .facts = factsOf(note, tagNames(note, collator), calendar),
-        .body = body,
+        .body = note.html.valueOr(""),
         .files = {}};
     for (const CDAttachment* const attachment : note.attachments.all()) {
         const auto byteCount = static_cast<std::uint64_t>(attachment->byteCount.valueOr(0));
@@ -55,7 +54,8 @@ std::string noteFile(
     const text::Collator& collator) {
     switch (form) {
     case NoteFileForm::page: return page(note, calendar, collator);
-    case NoteFileForm::markdown: return markdownFileOf(note, {}, collator);
+    case NoteFileForm::markdown:
+        return markdownFileOf(markdownHeadOf(note, collator), note.html.valueOr(""), {});
     case NoteFileForm::text: return note.plainText.valueOr("") + "\n";
     }
     return {};

@@ -52,15 +52,21 @@ std::string fileList(const std::vector<ListedFile>& files) {
     return html.empty() ? html : "<ul class=\"ts-attachments\">" + html + "</ul>\n";
 }
 
+/// The body with its addresses as the page writes them. Most have none to change.
+std::string bodyFor(const std::string& stored, const AddressMap& addressOf) {
+    const auto has = [&stored](std::string_view part) { return stored.find(part) != stored.npos; };
+    const bool mayHaveAddress = has("tesserine") || has("<img") || has("data-ts-attachment");
+    return mayHaveAddress ? htmlOf(HTMLDocument::parse(stored).root(), addressOf) : stored;
+}
+
 }  // namespace
 
 std::string htmlPage(const NotePage& page, const AddressMap& addressOf) {
-    const HTMLDocument body = HTMLDocument::parse(page.body);
     return htmlDocument(
         page.title,
         "<article class=\"ts-note\">\n<h1 class=\"ts-title\">" + escaped(page.title)
             + "</h1>\n<p class=\"ts-meta\">" + metaLine(page.facts)
-            + "</p>\n<div class=\"ts-body\">" + htmlOf(body.root(), addressOf) + "</div>\n"
+            + "</p>\n<div class=\"ts-body\">" + bodyFor(page.body, addressOf) + "</div>\n"
             + fileList(page.files) + "</article>");
 }
 

@@ -27,7 +27,7 @@ struct NotePage {
     std::string title;
     std::vector<PageFact> facts;
     /// The stored body.
-    std::string_view body;
+    std::string body;
     std::vector<ListedFile> files;
 };
 
