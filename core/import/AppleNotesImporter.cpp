@@ -83,13 +83,13 @@ private:
     void report(std::size_t done, std::string_view current) const {
         if (control_.progress) control_.progress({done, notes().size(), current});
     }
+    void scan();
     std::vector<Uuid> expectedIDs(const Uuid& seed) const;
     ImportDraft draftOf(AppleNoteContent& content) const;
     /// Does `work` with a note; what is wrong with it goes to `fail` as a sentence.
     template <class Work, class Fail>
     auto withNote(const AppleNote& note, Work work, Fail fail);
-    ImportedNote importNote(
-        ImportRun& run, NoteLinks& links, Reconciliation& reconciliation, std::size_t number);
+    ImportedNote importNote(ImportRun& run, NoteLinks& links, std::size_t number);
 
     StoreContext& context_;
     const ImportEnvironment& environment_;
@@ -99,6 +99,7 @@ private:
     AppleNoteStore store_;
     const AppleNoteFiles files_;
     AppleNoteNumbers numbers_;
+    std::vector<std::vector<SHA256Digest>> digests_;  // note by note, as `scan` finds them
 };
 
 template <class Work, class Fail>
@@ -116,13 +117,29 @@ auto Session::withNote(const AppleNote& note, Work work, Fail fail) {
     }
 }
 
+/// Digests the files before anything is written: what is in the library at the end is compared with
+/// what was read here.
+void Session::scan() {
+    const auto add = [this](const AppleNoteContent& content) {
+        digests_.push_back(digestsOf(content.files()));
+    };
+    for (const AppleNote& note : notes()) {
+        if (control_.stop.stop_requested()) return;
+        withNote(note, add, [this](const char*) { digests_.emplace_back(); });
+    }
+}
+
 ImportReport Session::run() {
+    scan();
     ImportRun run(context_, environment_, options_, format, title_, notes().size());
     NoteLinks links(expectedIDs(run.seed()));
     Reconciliation reconciliation;
     std::size_t done = 0;
     while (done < notes().size() && !control_.stop.stop_requested()) {
-        const ImportedNote note = importNote(run, links, reconciliation, done);
+        const ImportedNote note = importNote(run, links, done);
+        const bool isNew = note.outcome != ImportOutcome::skipped;
+        reconciliation.expect(
+            note.noteID, isNew ? std::move(digests_[done]) : std::vector<SHA256Digest>{});
         links.settle(done, note.noteID);
         report(++done, note.title);
     }
@@ -151,19 +168,16 @@ ImportDraft Session::draftOf(AppleNoteContent& content) const {
     return draft;
 }
 
-ImportedNote Session::importNote(
-    ImportRun& run, NoteLinks& links, Reconciliation& reconciliation, std::size_t number) {
+ImportedNote Session::importNote(ImportRun& run, NoteLinks& links, std::size_t number) {
     const auto import = [&](AppleNoteContent& content) {
         ImportDraft draft = draftOf(content);
         draft.id = links.expected(number);
         draft.body = [&](const Uuid& id, AttachmentIntake& intake, auto& warnings) {
             return content.body(id, numbers_, links, intake, warnings);
         };
-        const std::vector<SHA256Digest> files = digestsOf(content.files());
         ImportedNote result = run.add(std::move(draft));
-        const bool isSkipped = result.outcome == ImportOutcome::skipped;
-        reconciliation.expect(result.noteID, isSkipped ? std::vector<SHA256Digest>{} : files);
-        if (!run.isContinued() || !isSkipped) return result;
+        const bool isOld = run.isContinued() && result.outcome == ImportOutcome::skipped;
+        if (!isOld) return result;
         for (const std::string& identifier : content.linkedNotes()) {
             const auto linked = numbers_.find(identifier);
             if (linked != numbers_.end()) links.foundLink(linked->second, *result.noteID);
@@ -171,10 +185,8 @@ ImportedNote Session::importNote(
         return result;
     };
     const AppleNote& note = notes()[number];
-    return withNote(note, import, [&](const char* sentence) {
-        reconciliation.expect(std::nullopt, {});
-        return run.addFailure(note.title, sentence);
-    });
+    return withNote(
+        note, import, [&](const char* sentence) { return run.addFailure(note.title, sentence); });
 }
 
 ImportPreview Session::preview() {
