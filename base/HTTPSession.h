@@ -29,6 +29,8 @@ public:
 
     HTTPSession();
     explicit HTTPSession(Options options);
+    HTTPSession(const HTTPSession&) = delete;
+    HTTPSession& operator=(const HTTPSession&) = delete;
     ~HTTPSession() override;
 
     HTTPReply send(const HTTPRequest& request, const std::stop_token& stop) override;

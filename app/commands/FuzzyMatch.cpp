@@ -1,6 +1,7 @@
 #include "app/commands/FuzzyMatch.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace tesserine::app {
 namespace {
@@ -86,9 +87,9 @@ std::optional<FuzzyMatch> fuzzyMatch(const QString& typed, const QString& text) 
     // Among equals the shorter text is named more fully.
     FuzzyMatch match{.score = end->score - static_cast<int>(line.size() / 8)};
     int at = static_cast<int>(end - table.back().begin());
-    for (auto steps = table.rbegin(); steps != table.rend(); ++steps) {
+    for (const auto& steps : std::views::reverse(table)) {
         match.positions.push_back(at);
-        at = (*steps)[static_cast<std::size_t>(at)].previous;
+        at = steps[static_cast<std::size_t>(at)].previous;
     }
     std::ranges::reverse(match.positions);
     return match;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ranges>
 #include <string>
 
 namespace tesserine::app {
@@ -12,8 +13,8 @@ std::string marked(const QString& typed, const QString& text) {
     const auto match = fuzzyMatch(typed, text);
     if (!match) return "no";
     QString shown = text;
-    for (auto at = match->positions.rbegin(); at != match->positions.rend(); ++at) {
-        shown.insert(*at + 1, ']').insert(*at, '[');
+    for (const int at : std::views::reverse(match->positions)) {
+        shown.insert(at + 1, ']').insert(at, '[');
     }
     return shown.toStdString();
 }

@@ -32,8 +32,9 @@ KeyCaps::KeyCaps(const QList<QKeySequence>& keys, QWidget* parent) : QWidget(par
 
 void KeyCaps::setKeys(const QList<QKeySequence>& keys) {
     ways_.clear();
-    for (const QKeySequence& one : keys)
+    for (const QKeySequence& one : keys) {
         ways_.append(capsOf(one));
+    }
     updateGeometry();
     update();
 }
@@ -47,8 +48,9 @@ QSize KeyCaps::sizeHint() const {
     int width = 0;
     for (const QStringList& caps : ways_) {
         if (width > 0) width += space::medium;
-        for (const QString& cap : caps)
+        for (const QString& cap : caps) {
             width += capWidth(cap) + gap;
+        }
     }
     return {std::max(width - gap, 0) + 1, fontMetrics().height() + 2 * gap + 1};
 }

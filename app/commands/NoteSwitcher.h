@@ -17,6 +17,7 @@ struct NoteTitle;
 /// typed last is shown.
 class NoteSwitcher final : public QuickPicker {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(NoteSwitcher)
 
 public:
     /// `open` shows it.

@@ -17,8 +17,9 @@ void drawTitle(QPainter& painter, const QRect& area, const PickerRow& row, const
     bold.setFontWeight(QFont::Bold);
     bold.setForeground(Theme::colors().accent);
     QList<QTextLayout::FormatRange> formats;
-    for (const int at : row.marks)
+    for (const int at : row.marks) {
         formats.append({at, 1, bold});
+    }
 
     QTextLayout layout(row.title, font);
     layout.setFormats(formats);

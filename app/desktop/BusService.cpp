@@ -20,8 +20,8 @@ std::optional<Place> placeOf(StoreContext& context, const QString& text) {
 
 }  // namespace
 
-BusService::BusService(AppEnvironment& environment, const QDBusConnection& bus, QObject* parent)
-    : QObject(parent), environment_(environment), bus_(bus) {
+BusService::BusService(AppEnvironment& environment, QDBusConnection bus, QObject* parent)
+    : QObject(parent), environment_(environment), bus_(std::move(bus)) {
     isReachable_ = bus_.isConnected()
                    && bus_.registerObject(path, this, QDBusConnection::ExportScriptableSlots)
                    && bus_.registerService(name);

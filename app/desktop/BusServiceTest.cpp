@@ -14,7 +14,7 @@ namespace tesserine::app {
 namespace {
 
 class BusServiceTest : public test::WindowFixture {
-protected:
+public:
     BusServiceTest() {
         QObject::connect(&service, &BusService::asked, &service, [this](const Request& request) {
             asked.push_back(request.argument().toStdString());

@@ -23,7 +23,7 @@ public:
         QStringList actions;
     };
 
-    explicit NotificationDesktop(const QDBusConnection& bus) : bus_(bus) {
+    explicit NotificationDesktop(QDBusConnection bus) : bus_(std::move(bus)) {
         bus_.registerObject(
             path,
             this,
@@ -34,14 +34,16 @@ public:
     /// "title: body" of what is on the screen.
     std::vector<std::string> texts() const {
         std::vector<std::string> all;
-        for (const Shown& one : shown)
+        for (const Shown& one : shown) {
             all.push_back(one.text);
+        }
         return all;
     }
 
     std::vector<Shown> shown;
 
 public slots:
+    // Names of the bus. NOLINTBEGIN(readability-identifier-naming)
     Q_SCRIPTABLE uint Notify(
         const QString&,
         uint replaced,
@@ -64,6 +66,7 @@ public slots:
 signals:
     Q_SCRIPTABLE void ActionInvoked(uint id, const QString& key);
     Q_SCRIPTABLE void NotificationClosed(uint id, uint reason);
+    // NOLINTEND(readability-identifier-naming)
 
 private:
     static constexpr const char* path = "/org/freedesktop/Notifications";

@@ -29,7 +29,7 @@ QStringList actionsOf(const Notification& notification) {
 
 }  // namespace
 
-Notifier::Notifier(const QDBusConnection& bus, QObject* parent) : QObject(parent), bus_(bus) {
+Notifier::Notifier(QDBusConnection bus, QObject* parent) : QObject(parent), bus_(std::move(bus)) {
     if (!bus_.isConnected()) return;
     bus_.connect(service, path, interface, "ActionInvoked", this, SLOT(onAction(uint, QString)));
     bus_.connect(service, path, interface, "NotificationClosed", this, SLOT(onClosed(uint)));

@@ -35,7 +35,7 @@ public:
     /// What a click on the notification itself does, beside its actions.
     static constexpr const char* clicked = "default";
 
-    explicit Notifier(const QDBusConnection& bus, QObject* parent = nullptr);
+    explicit Notifier(QDBusConnection bus, QObject* parent = nullptr);
 
     /// Returns at once; what cannot be shown is told by `notShown`.
     void show(const Notification& notification);

@@ -21,8 +21,9 @@ public:
         address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
     }
     ~PrivateBus() {
-        for (const QString& name : names_)
+        for (const QString& name : names_) {
             QDBusConnection::disconnectFromBus(name);
+        }
         daemon_.kill();
         daemon_.waitForFinished();
     }

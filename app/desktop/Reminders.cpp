@@ -62,8 +62,9 @@ Notification notificationOf(const ReminderPlan& plan) {
 
 Notification notificationOf(const std::vector<ReminderPlan>& missed) {
     QStringList titles;
-    for (const ReminderPlan& plan : missed)
+    for (const ReminderPlan& plan : missed) {
         titles << QString::fromStdString(plan.title);
+    }
     const auto more = titles.size() - static_cast<qsizetype>(mostTitles);
     if (more > 0) titles = titles.first(mostTitles) << Reminders::tr("and %1 more").arg(more);
     return {
@@ -178,7 +179,7 @@ void Reminders::act(const std::string& identifier, const std::string& action) {
 }
 
 void Reminders::complete(const Uuid& id) {
-    CDTask* const task = environment_.context().find<CDTask>(id);
+    auto* const task = environment_.context().find<CDTask>(id);
     if (!task) return;
     environment_.tasks().complete(environment_.context(), *task, environment_.calendar());
     environment_.save(nullptr);

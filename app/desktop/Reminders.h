@@ -63,7 +63,7 @@ private:
     void withdrawOutdated();
     std::optional<Instant> reminderOf(const DeliveredReminder& delivered) const;
     void act(const std::string& identifier, const std::string& action);
-    void complete(const Uuid& task);
+    void complete(const Uuid& id);
     void rememberShown(Instant until);
 
     AppEnvironment& environment_;

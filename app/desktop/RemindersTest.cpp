@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
 
 class RemindersTest : public test::WindowFixture {
-protected:
+public:
     /// The next start of the program.
     void start() {
         reminders.emplace(*environment, notifier);

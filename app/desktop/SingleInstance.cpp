@@ -15,7 +15,7 @@
 namespace tesserine::app {
 namespace {
 
-constexpr qint64 longestMessage = 256 * 1024;
+constexpr qint64 longestMessage = 256LL * 1024;
 constexpr const char* taken = "taken\n";
 constexpr int tryAgainAfter = 50;  // milliseconds
 
@@ -36,8 +36,9 @@ std::optional<QStringList> argumentsIn(const QByteArray& message) {
     const QJsonDocument document = QJsonDocument::fromJson(message);
     if (!document.isArray()) return std::nullopt;
     QStringList arguments;
-    for (const QJsonValue value : document.array())
+    for (const QJsonValue value : document.array()) {
         arguments.append(value.toString());
+    }
     return arguments;
 }
 
@@ -55,8 +56,9 @@ void SingleInstance::listen() {
     server_.setSocketOptions(QLocalServer::UserAccessOption);
     QLocalServer::removeServer(name_ + ".socket");  // left by one that was killed
     connect(&server_, &QLocalServer::newConnection, this, [this] {
-        while (QLocalSocket* visitor = server_.nextPendingConnection())
+        while (QLocalSocket* visitor = server_.nextPendingConnection()) {
             serve(*visitor);
+        }
     });
     server_.listen(name_ + ".socket");
 }

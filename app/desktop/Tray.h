@@ -21,6 +21,7 @@ class AppEnvironment;
 /// window ends the program as usual. Belongs to the main thread.
 class Tray final : public QObject {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Tray)
 
 public:
     static constexpr const char* preferenceKey = "tesserine.menuBarOnly";

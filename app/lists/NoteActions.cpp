@@ -38,7 +38,7 @@ void NoteActions::takeOver(CDNote& note, const Place& place) const {
 std::optional<Uuid> NoteActions::createFromTemplate(
     const Uuid& noteTemplate, const Place& place) const {
     StoreContext& context = environment_.context();
-    CDNote* start = context.find<CDNote>(noteTemplate);
+    auto* start = context.find<CDNote>(noteTemplate);
     if (start == nullptr) return std::nullopt;
     CDNotebook* notebook =
         place.kind == Kind::notebook ? context.find<CDNotebook>(place.id) : nullptr;
@@ -50,7 +50,7 @@ std::optional<Uuid> NoteActions::createFromTemplate(
 
 std::optional<Uuid> NoteActions::saveAsTemplate(const Uuid& id) const {
     StoreContext& context = environment_.context();
-    CDNote* note = context.find<CDNote>(id);
+    auto* note = context.find<CDNote>(id);
     if (note == nullptr) return std::nullopt;
     CDNote& made = environment_.notes().saveAsTemplate(context, *note);
     environment_.attachments().cloneReferenced(context, made);
@@ -61,7 +61,7 @@ NoteActions::Notes NoteActions::duplicate(const Notes& notes) const {
     StoreContext& context = environment_.context();
     Notes copies;
     for (const Uuid& id : notes) {
-        CDNote* note = context.find<CDNote>(id);
+        auto* note = context.find<CDNote>(id);
         if (note == nullptr) continue;
         CDNote& copy = environment_.notes().duplicateNote(context, *note);
         environment_.attachments().cloneReferenced(context, copy);
@@ -79,7 +79,7 @@ void NoteActions::setPinned(const Notes& notes, bool isPinned) const {
 
 bool NoteActions::arePinned(const Notes& notes) const {
     return std::ranges::all_of(notes, [this](const Uuid& id) {
-        const CDNote* note = environment_.context().find<CDNote>(id);
+        const auto* note = environment_.context().find<CDNote>(id);
         return note == nullptr || bool(note->isPinned);
     });
 }
@@ -94,7 +94,7 @@ void NoteActions::move(const Notes& notes, const std::optional<Uuid>& notebook) 
 }
 
 void NoteActions::addTag(const Notes& notes, const Uuid& tag) const {
-    CDTag* added = environment_.context().find<CDTag>(tag);
+    auto* added = environment_.context().find<CDTag>(tag);
     if (added == nullptr) return;
     forEach(notes, [&](CDNote& note) { environment_.notes().addTag(note, *added); });
 }
@@ -106,7 +106,7 @@ void NoteActions::addTag(const Notes& notes, const QString& name) const {
 }
 
 void NoteActions::removeTag(const Notes& notes, const Uuid& tag) const {
-    CDTag* removed = environment_.context().find<CDTag>(tag);
+    auto* removed = environment_.context().find<CDTag>(tag);
     if (removed == nullptr) return;
     forEach(notes, [&](CDNote& note) { environment_.notes().removeTag(note, *removed); });
 }
@@ -141,7 +141,7 @@ void NoteActions::emptyTrash(std::function<void()> done) const {
 
 QString NoteActions::describe(const Notes& notes) const {
     if (notes.size() != 1) return shownCount(notes.size(), "note", "notes");
-    const CDNote* note = environment_.context().find<CDNote>(notes.front());
+    const auto* note = environment_.context().find<CDNote>(notes.front());
     const std::string title = note == nullptr ? "" : note->title.valueOr("");
     return title.empty() ? QString("the untitled note")
                          : QString("“%1”").arg(QString::fromStdString(title).left(60));
@@ -149,7 +149,7 @@ QString NoteActions::describe(const Notes& notes) const {
 
 void NoteActions::forEach(const Notes& notes, const std::function<void(CDNote&)>& change) const {
     for (const Uuid& id : notes) {
-        if (CDNote* note = environment_.context().find<CDNote>(id)) change(*note);
+        if (auto* note = environment_.context().find<CDNote>(id)) change(*note);
     }
     environment_.save(parent_);
 }

@@ -33,7 +33,7 @@ public:
     /// with its tag, pinned, or a template. None when it could not be saved.
     std::optional<Uuid> create(const Place& place) const;
     std::optional<Uuid> createFromTemplate(const Uuid& noteTemplate, const Place& place) const;
-    std::optional<Uuid> saveAsTemplate(const Uuid& note) const;
+    std::optional<Uuid> saveAsTemplate(const Uuid& id) const;
     Notes duplicate(const Notes& notes) const;
 
     void setPinned(const Notes& notes, bool isPinned) const;

@@ -12,7 +12,7 @@ using Kind = Place::Kind;
 bool hasTarget(Kind kind) { return kind == Kind::notebook || kind == Kind::tag; }
 
 std::string predicateOf(Kind kind) {
-    const std::string live = "trashedAt == nil AND isTemplate == NO";
+    std::string live = "trashedAt == nil AND isTemplate == NO";
     switch (kind) {
     case Kind::pinned: return "isPinned == YES AND " + live;
     case Kind::reminders: return "reminderAt != nil AND " + live;

@@ -44,6 +44,8 @@ class NoteSummaries {
 public:
     /// `store` outlives it.
     explicit NoteSummaries(TesserineStore& store);
+    NoteSummaries(const NoteSummaries&) = delete;
+    NoteSummaries& operator=(const NoteSummaries&) = delete;
     ~NoteSummaries();
 
     /// That of a note which is gone is empty. Good until the next call.
@@ -56,7 +58,7 @@ public:
 private:
     static constexpr std::size_t mostKept = 500;
 
-    NoteSummary read(const Uuid& note);
+    NoteSummary read(const Uuid& id);
 
     std::unique_ptr<StoreContext> context_;
     std::unordered_map<Uuid, NoteSummary> kept_;

@@ -26,7 +26,7 @@ public:
         const QString& hint,
         QWidget* window,
         std::vector<Choice> choices,
-        std::function<void(const Choice&)> picked,
+        const std::function<void(const Choice&)>& picked,
         bool takesNewName = false) {
         auto* picker = new QuickPicker(hint, window);
         auto state = std::make_shared<ChoicePicker>();  // shared by the two answers below

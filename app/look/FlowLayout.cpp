@@ -44,8 +44,9 @@ int FlowLayout::heightForWidth(int width) const {
 
 QSize FlowLayout::minimumSize() const {
     QSize largest;
-    for (const auto& item : items_)
+    for (const auto& item : items_) {
         largest = largest.expandedTo(item->minimumSize());
+    }
     const QMargins margins = contentsMargins();
     return largest.grownBy(margins);
 }

@@ -13,6 +13,8 @@ class FlowLayout final : public QLayout {
 public:
     /// `gap` between neighbours and between lines, in device-independent pixels.
     explicit FlowLayout(int gap, QWidget* parent = nullptr);
+    FlowLayout(const FlowLayout&) = delete;
+    FlowLayout& operator=(const FlowLayout&) = delete;
     ~FlowLayout() override;
 
     void addItem(QLayoutItem* item) override;  // takes it over

@@ -67,7 +67,7 @@ public:
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
         const bool isFaded = mode == QIcon::Disabled;
-        const QPixmap full = drawn(name_, isFaded ? colorOf(Ink::secondary) : color(state), size);
+        QPixmap full = drawn(name_, isFaded ? colorOf(Ink::secondary) : color(state), size);
         if (!isFaded) return full;
 
         QPixmap faded(size);

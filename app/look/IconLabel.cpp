@@ -4,7 +4,8 @@
 
 namespace tesserine::app {
 
-IconLabel::IconLabel(const QIcon& icon, int side, QWidget* parent) : QWidget(parent), icon_(icon) {
+IconLabel::IconLabel(QIcon icon, int side, QWidget* parent)
+    : QWidget(parent), icon_(std::move(icon)) {
     setFixedSize(side, side);
 }
 

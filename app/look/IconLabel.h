@@ -12,7 +12,7 @@ class IconLabel final : public QWidget {
 
 public:
     /// `side` in device-independent pixels.
-    IconLabel(const QIcon& icon, int side, QWidget* parent = nullptr);
+    IconLabel(QIcon icon, int side, QWidget* parent = nullptr);
 
     void setIcon(const QIcon& icon);
 

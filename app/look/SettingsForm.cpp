@@ -89,8 +89,9 @@ QComboBox& SettingsForm::addChoice(
     const std::string& key, const Words& words, const std::vector<WordOption>& options) {
     auto* const box = new QComboBox(this);
     box->setObjectName(QString::fromStdString(key));
-    for (const WordOption& option : options)
+    for (const WordOption& option : options) {
         box->addItem(option.title);
+    }
     const auto present = preferences_.string(key);
     const auto shown = std::ranges::find(options, present.value_or(""), &WordOption::word);
     box->setCurrentIndex(shown == options.end() ? 0 : static_cast<int>(shown - options.begin()));

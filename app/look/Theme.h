@@ -60,6 +60,7 @@ struct Colors {
 /// One per program, made before the first widget. Belongs to the main thread.
 class Theme final : public QObject {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Theme)
 
 public:
     enum class Scheme { system, light, dark };

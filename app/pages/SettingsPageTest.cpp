@@ -19,7 +19,7 @@ namespace tesserine::app {
 namespace {
 
 class SettingsPageTest : public test::WindowFixture {
-protected:
+public:
     SettingsPageTest() {
         QObject::connect(&page, &SettingsPage::changed, &page, [this](const QString& key) {
             changed.push_back(key.toStdString());

@@ -34,6 +34,7 @@ struct SearchAnswer {
 /// Belongs to the main thread.
 class SearchRunner final : public QObject {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(SearchRunner)
 
 public:
     static constexpr std::int64_t mostResults = 200;

@@ -13,11 +13,13 @@ namespace tesserine::app {
 class ProcessSetting {
 public:
     ProcessSetting();
+    ProcessSetting(const ProcessSetting&) = delete;
+    ProcessSetting& operator=(const ProcessSetting&) = delete;
     ~ProcessSetting();
 
     /// For a library in `folder`, else where `TESSERINE_LIBRARY` says, else at the usual place.
     /// Throws `LibraryFolderError`.
-    AppSetting setting(const std::optional<std::string>& folder) const;
+    AppSetting setting(const std::optional<std::string>& given) const;
 
 private:
     std::unique_ptr<Clock> clock_;

@@ -23,7 +23,7 @@ QString day(Instant instant, Instant now, const Calendar& calendar) {
     if (days == 1) return "Tomorrow";
     if (days > -7 && days < 7) return weekdays[calendar.weekday(instant) - 1];
     const LocalTime local = calendar.local(instant);
-    const QString date = QString("%1 %2").arg(local.day).arg(months[local.month - 1]);
+    QString date = QString("%1 %2").arg(local.day).arg(months[local.month - 1]);
     if (local.year == calendar.local(now).year) return date;
     return date + QString(" %1").arg(local.year);
 }

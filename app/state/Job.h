@@ -17,6 +17,7 @@ namespace tesserine::app {
 /// export, a check. Belongs to the main thread.
 class Job final : public QObject {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Job)
 
 public:
     /// What the work is given: a context of its own, a token to look at, and a way to tell how far

@@ -14,13 +14,13 @@ namespace tesserine::app {
 namespace {
 
 class JobTest : public test::WindowFixture {
-protected:
+public:
     JobTest() { watch(*job); }
     ~JobTest() override { environment->waitForBackground(); }
 
     void watch(Job& watched) {
         QObject::connect(
-            &watched, &Job::finished, &watched, [this] { told.push_back("finished"); });
+            &watched, &Job::finished, &watched, [this] { told.emplace_back("finished"); });
         QObject::connect(&watched, &Job::failed, &watched, [this](const QString& sentence) {
             told.push_back("failed: " + sentence.toStdString());
         });
@@ -38,8 +38,9 @@ TEST_F(JobTest, TellsHowFarItIsAndThatItEnded) {
         });
     job->start([&](const Job::Given& given) {
         given.progress(3, 7);
-        while (!isSeen && !given.stop.stop_requested())
+        while (!isSeen && !given.stop.stop_requested()) {
             QThread::msleep(1);
+        }
         environment->notes().createNote(given.context, {.title = "Made"});
         given.context.save();
     });
@@ -61,8 +62,9 @@ TEST_F(JobTest, AFailureIsASentenceAndTheNextWorkCanBegin) {
 TEST_F(JobTest, EndsWhenCancelledWhenItsPageGoesAndWhenTheProgramEnds) {
     const auto ended = std::make_shared<std::atomic<int>>(0);
     const Job::Work work = [ended](const Job::Given& given) {
-        while (!given.stop.stop_requested())
+        while (!given.stop.stop_requested()) {
             QThread::msleep(1);
+        }
         ++*ended;
     };
     job->start(work);

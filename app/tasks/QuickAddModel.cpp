@@ -41,8 +41,7 @@ std::optional<QuickAddToken> moved(
 }
 
 int commonPrefix(QStringView a, QStringView b) {
-    const auto end = std::ranges::mismatch(a, b).in1;
-    return static_cast<int>(end - a.begin());
+    return static_cast<int>(std::ranges::mismatch(a, b).in1 - a.begin());
 }
 
 bool isSamePlace(const QuickAddToken& a, const QuickAddToken& b) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -25,9 +26,8 @@ public:
     /// The sentence with its tokens in brackets.
     std::string marked() const {
         QString text = model.text();
-        const auto& tokens = model.tokens();
-        for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
-            text.insert(token->end, u']').insert(token->begin, u'[');
+        for (const auto& token : std::views::reverse(model.tokens())) {
+            text.insert(token.end, u']').insert(token.begin, u'[');
         }
         return text.toStdString();
     }

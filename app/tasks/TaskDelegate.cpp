@@ -70,7 +70,8 @@ void paintTitleText(QPainter& painter, const QRect& area, const QString& title) 
     painter.setLayoutDirection(title.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
     const QString shown = painter.fontMetrics().elidedText(title, Qt::ElideRight, area.width());
     const Qt::Alignment side = before == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
-    painter.drawText(area, side | Qt::AlignAbsolute | Qt::AlignVCenter, shown);
+    const Qt::Alignment where = side | Qt::AlignAbsolute | Qt::AlignVCenter;
+    painter.drawText(area, static_cast<int>(where), shown);
     painter.setLayoutDirection(before);
 }
 

@@ -224,8 +224,9 @@ void TaskListView::startDrag(Qt::DropActions /*actions*/) {
 }
 
 void TaskListView::dragEnterEvent(QDragEnterEvent* event) {
-    if (acceptsDrops() && event->mimeData()->hasFormat(tasksMimeType))
+    if (acceptsDrops() && event->mimeData()->hasFormat(tasksMimeType)) {
         event->acceptProposedAction();
+    }
 }
 
 void TaskListView::dragMoveEvent(QDragMoveEvent* event) {

@@ -9,11 +9,9 @@
 
 #include <optional>
 
-namespace tesserine {
-namespace text {
+namespace tesserine::text {
 class Collator;
 }
-}  // namespace tesserine
 
 namespace tesserine::app {
 

@@ -68,7 +68,7 @@ public:
         return page.findChild<QLabel*>("undoSentence")->text().toStdString();
     }
     /// The text that a field of the task beside the list shows.
-    std::string field(const char* name) {
+    std::string field(const char* name) const {
         return page.detail().findChild<QPushButton*>(name)->text().toStdString();
     }
 

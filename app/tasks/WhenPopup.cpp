@@ -35,7 +35,8 @@ Instant reminderTime(const TaskDue& when, const Calendar& calendar) {
     return when.hasTime ? when.date : atHour(when.date, morningHour, calendar);
 }
 
-WhenPopup::WhenPopup(AppEnvironment& environment, std::vector<Answer> answers, QWidget* parent)
+WhenPopup::WhenPopup(
+    AppEnvironment& environment, const std::vector<Answer>& answers, QWidget* parent)
     : QFrame(parent, Qt::Popup),
       environment_(environment),
       words_(new QLineEdit(this)),
@@ -104,7 +105,7 @@ WhenPopup* WhenPopup::forReminder(
     offer("This evening", atHour(now, eveningHour, calendar));
     offer("Tomorrow morning", atHour(calendar.addDays(now, 1), morningHour, calendar));
     answers.push_back({"No reminder", {}});
-    return new WhenPopup(environment, std::move(answers), parent);
+    return new WhenPopup(environment, answers, parent);
 }
 
 void WhenPopup::open(const QPoint& globalPlace, const std::optional<Instant>& present) {

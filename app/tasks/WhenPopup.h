@@ -32,7 +32,7 @@ public:
         std::optional<TaskDue> when;
     };
 
-    WhenPopup(AppEnvironment& environment, std::vector<Answer> answers, QWidget* parent);
+    WhenPopup(AppEnvironment& environment, const std::vector<Answer>& answers, QWidget* parent);
 
     /// For the due date of tasks: today, tomorrow, next week, no date.
     static WhenPopup* forDue(AppEnvironment& environment, QWidget* parent);
