@@ -55,7 +55,8 @@ ExitStatus status(Session& session, const Arguments&) {
             {.store = session.store(),
              .session = service->account(),
              .client = service->client(),
-             .clock = session.clock()});
+             .clock = session.clock(),
+             .random = session.environment().random});
         last = engine.lastSync();
         waiting = engine.waitingCount();
     }

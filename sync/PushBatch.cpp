@@ -111,6 +111,16 @@ std::string PushRefusals::text() const {
     return json::write(toJSON(records));
 }
 
+std::optional<std::int64_t> PushRefusals::smallest(const std::string& reason) const {
+    std::optional<std::int64_t> size;
+    for (const auto& [record, refusal] : refusals_) {
+        if (refusal.reason != reason) continue;
+        const std::int64_t measured = refusal.measured.value_or(0);
+        size = size ? std::min(*size, measured) : measured;
+    }
+    return size;
+}
+
 void PushRefusals::forget(const std::string& reason) {
     std::erase_if(refusals_, [&](const auto& one) { return one.second.reason == reason; });
 }

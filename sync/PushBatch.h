@@ -19,6 +19,10 @@ std::vector<Uuid> recordsToPush(StoreContext& context);
 
 /// Why the server did not take a record; it is left alone until it changes.
 struct PushRefusal {
+    // Reasons of ours, beside those of the server.
+    static constexpr const char* storageFull = "storage_full";  ///< no room for its file
+    static constexpr const char* fileRefused = "file_refused";
+
     std::string reason;
     std::string message{};
     std::optional<std::int64_t> limit{};     ///< bytes
@@ -36,6 +40,8 @@ public:
     const std::map<Uuid, PushRefusal>& all() const { return refusals_; }
     void add(const Uuid& record, PushRefusal refusal) { refusals_[record] = std::move(refusal); }
     void remove(const Uuid& record) { refusals_.erase(record); }
+    /// The size of the smallest record with that reason, 0 when unknown; none when there is none.
+    std::optional<std::int64_t> smallest(const std::string& reason) const;
     /// Forgets those with that reason, so that their records are sent again.
     void forget(const std::string& reason);
     bool holds(const Uuid& record, const std::string& digest) const;

@@ -35,6 +35,14 @@ void offerFile(CDSyncState& state, SyncLedger& ledger) {
     ledger.setReclaimable(digests);
 }
 
+constexpr int storageIsFull = 507;
+
+/// Whether the service will not take this file, while it may take anything else.
+bool isFinalForAFile(const SyncError& error) {
+    const bool isAnswer = error.kind() == SyncError::Kind::server;
+    return isAnswer && (error.problem().status == storageIsFull || !error.isTransient());
+}
+
 const SyncRecord* newest(const std::vector<SyncRecord>& versions) {
     const auto found = std::ranges::max_element(versions, {}, &SyncRecord::updatedAt);
     return found == versions.end() ? nullptr : &*found;
@@ -104,7 +112,7 @@ std::optional<SyncPush> RecordPusher::pushFor(const Uuid& record, Knowledge& kno
 }
 
 void RecordPusher::send(Sending& sending, const std::stop_token& stop) {
-    uploadMissingBlobs(sending, stop);
+    uploadFiles(sending, stop);
     {
         // Before the request: should its answer be lost, a later deletion must be sent as well.
         SyncLedger ledger(environment_.context);
@@ -112,6 +120,10 @@ void RecordPusher::send(Sending& sending, const std::stop_token& stop) {
             ledger.at(push.id, push.kind).lastPushedAt = environment_.clock.now();
         }
         environment_.context.save();
+    }
+    if (sending.pushes.empty()) {
+        sending = {};
+        return;
     }
     const PushResponse response = environment_.client.push(sending.pushes, stop);
     const auto displaced = displacedVersions(response, stop);
@@ -205,8 +217,8 @@ void RecordPusher::settleApplied(
     state.needsPush = push.deleted || applier.isChanged(*object, &state);
 }
 
-/// Files go up before the records that name them.
-void RecordPusher::uploadMissingBlobs(const Sending& sending, const std::stop_token& stop) {
+/// Files go up before the records that name them; what names a file that found no place stays here.
+void RecordPusher::uploadFiles(Sending& sending, const std::stop_token& stop) {
     std::map<std::string, Uuid> byDigest;
     for (const SyncPush& push : sending.pushes) {
         if (push.kind != "attachment" || push.deleted) continue;
@@ -223,10 +235,36 @@ void RecordPusher::uploadMissingBlobs(const Sending& sending, const std::stop_to
         const auto found = byDigest.find(digest);
         if (found == byDigest.end()) continue;
         auto* const file = environment_.context.find<CDAttachment>(found->second);
-        environment_.client.uploadBlob(
-            *file->fileData, digest, file->mimeType.valueOr("application/octet-stream"), stop);
+        try {
+            environment_.client.uploadBlob(
+                *file->fileData, digest, file->mimeType.valueOr("application/octet-stream"), stop);
+        } catch (const SyncError& error) {
+            if (!isFinalForAFile(error)) throw;
+            refuse(sending, digest, error);
+        }
     }
     environment_.context.releaseLargeValues();
+}
+
+/// Takes out the records that name the file: the others need not wait for it.
+void RecordPusher::refuse(Sending& sending, const std::string& digest, const SyncError& error) {
+    const SyncLedger ledger(environment_.context);
+    PushRefusals refusals(ledger.value(SyncLedger::refusals).value_or(""));
+    const bool isFull = error.problem().status == storageIsFull;
+    std::erase_if(sending.pushes, [&](const SyncPush& push) {
+        const auto member = push.payload.find("sha256");
+        if (member == push.payload.end() || member->second != JSONValue(digest)) return false;
+        auto* const file = environment_.context.find<CDAttachment>(push.id);
+        refusals.add(
+            push.id,
+            {.reason = isFull ? PushRefusal::storageFull : PushRefusal::fileRefused,
+             .message = error.what(),
+             .measured = file->byteCount.valueOr(0),
+             .digest = payloadDigest(push.payload)});
+        ++counts_.refused;
+        return true;
+    });
+    ledger.setValue(SyncLedger::refusals, refusals.text());
 }
 
 }  // namespace tesserine

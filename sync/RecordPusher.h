@@ -47,7 +47,8 @@ private:
 
     std::optional<SyncPush> pushFor(const Uuid& record, Knowledge& knowledge);
     void send(Sending& sending, const std::stop_token& stop);
-    void uploadMissingBlobs(const Sending& sending, const std::stop_token& stop);
+    void uploadFiles(Sending& sending, const std::stop_token& stop);
+    void refuse(Sending& sending, const std::string& digest, const SyncError& error);
     std::map<Uuid, std::vector<SyncRecord>> displacedVersions(
         const PushResponse& response, const std::stop_token& stop);
     void settle(

@@ -4,6 +4,7 @@
 #include "base/FailPoint.h"
 #include "base/OperationCancelled.h"
 #include "core/model/TaskEntities.h"
+#include "core/services/LibraryCare.h"
 #include "core/store/StoreContext.h"
 #include "core/store/TesserineStore.h"
 #include "sync/AccountSession.h"
@@ -45,6 +46,7 @@ struct SyncEngine::Run {
     const Consent& consent;
     const std::stop_token& stop;
     std::size_t itemsAtStart = 0;
+    bool hasBackup = false;
     SyncSummary summary{};
 };
 
@@ -65,10 +67,10 @@ SyncSummary SyncEngine::synchronise(const Consent& consent, const std::stop_toke
 
 SyncSummary SyncEngine::runOnce(const Consent& consent, const std::stop_token& stop) {
     const auto context = environment_.store.newBackgroundContext();
-    checkAccount(*context, consent);
     Run run{.context = *context, .consent = consent, .stop = stop};
+    checkAccount(run);
     run.itemsAtStart = context->count<CDNote>() + context->count<CDTask>();
-    askAboutQuota(run);
+    askAboutRoom(run);
 
     ChangeMarker marker(environment_.store);
     RecordPusher pusher(
@@ -95,19 +97,28 @@ SyncSummary SyncEngine::runOnce(const Consent& consent, const std::stop_token& s
     return run.summary;
 }
 
-void SyncEngine::checkAccount(StoreContext& context, const Consent& consent) {
+void SyncEngine::checkAccount(Run& run) {
     const auto account = environment_.session.account();
     if (!account) throw SyncError::signedOut();
-    SyncLedger ledger(context);
+    SyncLedger ledger(run.context);
     const auto known = ledger.value(SyncLedger::account);
     if (known == account->id) return;
     if (known) {
-        if (!consent.anotherAccount) throw SyncQuestion::anotherAccount();
+        if (!run.consent.anotherAccount) throw SyncQuestion::anotherAccount();
+        backUp(run);
         ledger.forgetAll();
     }
     ledger.setValue(SyncLedger::account, account->id);
-    context.save();
-    context.reset();
+    run.context.save();
+    run.context.reset();
+}
+
+/// Once in a synchronisation: a way back from what it is about to do.
+void SyncEngine::backUp(Run& run) {
+    if (run.hasBackup) return;
+    LibraryCare(environment_.store, environment_.clock, environment_.random, environment_.log)
+        .backUpBefore("sync", run.stop);
+    run.hasBackup = true;
 }
 
 // MARK: pulling
@@ -171,6 +182,7 @@ SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
     if (areMany && !run.consent.manyDeletions) {
         throw SyncQuestion::manyDeletions(deletions, run.itemsAtStart);
     }
+    if (areMany) backUp(run);
     for (const SyncRecord& record : page.changes) {
         applier.apply(record);
         FAIL_POINT("sync.recordApplied");
@@ -193,12 +205,13 @@ SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
 /// is deleted for that; both sides are compared as if they had never met.
 void SyncEngine::startAfresh(Run& run) {
     log_.warning("the server went back in time: everything is compared again");
+    backUp(run);
     const SyncLedger ledger(run.context);
     ledger.forgetAll();
     run.context.save();
 }
 
-// MARK: files and quota
+// MARK: files and room
 
 void SyncEngine::fetchFiles(Run& run) {
     std::set<Uuid> failed;
@@ -248,6 +261,7 @@ void SyncEngine::reclaimFiles(Run& run) {
         try {
             const auto deletion = environment_.client.deleteBlob(digest, run.stop);
             if (deletion.outcome == BlobDeletion::Outcome::later) later.insert(digest);
+            FAIL_POINT("sync.fileReclaimed");
         } catch (const SyncError& error) {
             if (error.kind() == SyncError::Kind::signedOut) throw;
             log_.warning(std::string("a file was not deleted on the server: ") + error.what());
@@ -257,22 +271,22 @@ void SyncEngine::reclaimFiles(Run& run) {
     run.context.save();
 }
 
-/// Records refused for want of room are sent again once there is some.
-void SyncEngine::askAboutQuota(Run& run) {
+/// What was refused for want of room is sent again once there is some.
+void SyncEngine::askAboutRoom(Run& run) {
     const SyncLedger ledger(run.context);
     PushRefusals refusals(ledger.value(SyncLedger::refusals).value_or(""));
-    std::int64_t smallest = -1;
-    for (const auto& [record, refusal] : refusals.all()) {
-        if (refusal.reason != "quota") continue;
-        const std::int64_t size = refusal.measured.value_or(0);
-        smallest = smallest < 0 ? size : std::min(smallest, size);
-    }
     refusals.forget("missing_attachment");  // the file is sent before the record each time
-    if (smallest >= 0) {
+    if (const auto smallest = refusals.smallest("quota")) {
         const SyncStateResponse state = environment_.client.state(run.stop);
         const std::int64_t used = state.recordBytes.value_or(0) + state.revisionBytes.value_or(0);
-        const bool hasRoom = !state.recordQuotaBytes || used + smallest <= *state.recordQuotaBytes;
+        const bool hasRoom = !state.recordQuotaBytes || used + *smallest <= *state.recordQuotaBytes;
         if (hasRoom) refusals.forget("quota");
+    }
+    if (const auto smallest = refusals.smallest(PushRefusal::storageFull)) {
+        const BlobUsage usage = environment_.client.blobUsage(run.stop);
+        const std::int64_t used = usage.bytes.value_or(0);
+        const bool hasRoom = !usage.quotaBytes || used + *smallest <= *usage.quotaBytes;
+        if (hasRoom) refusals.forget(PushRefusal::storageFull);
     }
     const std::string text = refusals.text();
     if (text == ledger.value(SyncLedger::refusals).value_or("{}")) return;

@@ -14,6 +14,7 @@
 namespace tesserine {
 
 class AccountSession;
+class Random;
 class StoreContext;
 class SyncClient;
 class SyncLedger;
@@ -53,8 +54,10 @@ struct SyncSummary {
 ///
 /// One synchronisation pulls page by page, marks what was changed here, and pushes, until nothing
 /// is left to send; then it fetches missing files. Every page is applied together with its cursor
-/// in one save, so it may be killed anywhere. Safe from any thread; one synchronisation runs at a
-/// time, on the caller's thread and in a context of its own.
+/// in one save, so it may be killed anywhere. Before much is deleted, and before the library is
+/// compared with another account or with a server that went back in time, it makes a backup. Safe
+/// from any thread; one synchronisation runs at a time, on the caller's thread and in a context of
+/// its own.
 class SyncEngine {
 public:
     static constexpr int pageSize = 200;
@@ -69,6 +72,7 @@ public:
         AccountSession& session;
         SyncClient& client;
         const Clock& clock;
+        Random& random;
         Log log{};  ///< its category becomes "engine"
     };
     /// What somebody has agreed to.
@@ -79,8 +83,8 @@ public:
 
     explicit SyncEngine(Environment environment);
 
-    /// Throws `SyncError`, `SyncQuestion`, `StoreError`, or `OperationCancelled` soon after `stop`.
-    /// What was done until then stays.
+    /// Throws `SyncError`, `SyncQuestion`, `StoreError`, `BackupError`, or `OperationCancelled`
+    /// soon after `stop`. What was done until then stays.
     SyncSummary synchronise(const Consent& consent, const std::stop_token& stop = {});
     SyncSummary synchronise(const std::stop_token& stop = {}) { return synchronise({}, stop); }
 
@@ -95,15 +99,16 @@ private:
     enum class Page { last, more, unreadable };
 
     SyncSummary runOnce(const Consent& consent, const std::stop_token& stop);
-    void checkAccount(StoreContext& context, const Consent& consent);
+    void checkAccount(Run& run);
     void pull(Run& run);
     /// Applies one page of at most `limit` records.
     Page pullPage(Run& run, int limit);
     void stepOverUnreadable(Run& run);
     void startAfresh(Run& run);
+    void backUp(Run& run);
     void fetchFiles(Run& run);
     void reclaimFiles(Run& run);
-    void askAboutQuota(Run& run);
+    void askAboutRoom(Run& run);
 
     const Environment environment_;
     const Log log_;

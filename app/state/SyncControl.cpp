@@ -74,6 +74,7 @@ void SyncControl::start() {
             .service = *used,
             .clock = environment_.clock(),
             .realClock = *clock_,
+            .random = environment_.random(),
             .log = environment_.log(),
             .interval = environment_.setting().syncInterval},
         [this, used](const SyncState& state) {

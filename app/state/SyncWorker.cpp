@@ -27,6 +27,7 @@ SyncWorker::SyncWorker(const Environment& environment, Report report)
            .session = environment.service.account(),
            .client = environment.service.client(),
            .clock = environment.clock,
+           .random = environment.random,
            .log = environment.log}),
       schedule_(environment.realClock, environment.interval),
       thread_([this](const std::stop_token& stop) { run(stop); }) {}

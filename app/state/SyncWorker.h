@@ -29,6 +29,7 @@ public:
         SyncService& service;
         const Clock& clock;      ///< the time of the library
         const Clock& realClock;  ///< for waiting
+        Random& random;
         Log log{};
         /// How often it looks for changes of other devices.
         std::chrono::milliseconds interval = SyncSchedule::interval;

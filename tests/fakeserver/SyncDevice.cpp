@@ -23,7 +23,7 @@ void SyncDevice::restart() {
     context_.reset();
     store_.reset();
     store_ = std::make_unique<TesserineStore>(
-        StoreConfiguration{.directory = folder_.path() / "Library"},
+        StoreConfiguration{.directory = library()},
         StoreEnvironment{.clock = clock, .random = random});
     context_ = store_->newBackgroundContext();
     client_ = std::make_unique<SyncClient>(
@@ -35,7 +35,11 @@ void SyncDevice::restart() {
     client_->setTokenSource(
         [this](const std::stop_token& stop) { return session_->validAccessToken(stop); });
     engine_ = std::make_unique<SyncEngine>(SyncEngine::Environment{
-        .store = *store_, .session = *session_, .client = *client_, .clock = clock});
+        .store = *store_,
+        .session = *session_,
+        .client = *client_,
+        .clock = clock,
+        .random = random});
 }
 
 std::string SyncDevice::sync(const SyncEngine::Consent& consent) {

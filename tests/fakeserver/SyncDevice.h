@@ -34,6 +34,7 @@ public:
     /// A fresh look at what is saved.
     StoreContext& context();
     void save() { context_->save(); }
+    std::filesystem::path library() const { return folder_.path() / "Library"; }
 
     CDNote& addNote(const std::string& title, const std::string& html);
     CDNote* note(const Uuid& id) { return context().find<CDNote>(id); }
