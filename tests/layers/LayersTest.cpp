@@ -31,6 +31,13 @@ TEST(Layers, OnlyDownwardIncludesAreAllowed) {
              Case{"core/import/A.cpp", "\"core/export/B.h\"", "may not include from core/export"},
              Case{"cli/Session.cpp", "\"ai/Asking.h\"", ""},
              Case{"cli/Session.cpp", "\"app/Window.h\"", "cli may not include from app"},
+             Case{"app/tasks/A.cpp", "\"app/state/Place.h\"", ""},
+             Case{
+                 "app/tasks/A.cpp",
+                 "\"app/editor/A.h\"",
+                 "app/tasks may not include from app/editor"},
+             Case{"app/look/A.cpp", "\"app/state/Place.h\"", "may not include from app/state"},
+             Case{"app/shell/A.cpp", "\"app/desktop/Tray.h\"", ""},
              Case{"tests/journeys/A.cpp", "\"cli/Session.h\"", ""},
              // Helpers of tests are for tests.
              Case{"base/TextTest.cpp", "\"tests/support/TemporaryFolder.h\"", ""},
