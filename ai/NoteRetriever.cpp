@@ -28,24 +28,6 @@ namespace {
 
 using Origin = RetrievedChunk::Origin;
 
-std::set<std::string> foldedNames(const std::vector<std::string>& names) {
-    std::set<std::string> folded;
-    for (const std::string& name : names)
-        folded.insert(text::folded(text::trimmed(name)));
-    return folded;
-}
-
-/// Whether the notebook or tag, or one above it, has one of the names.
-template <class Node>
-bool isWithin(const Node& node, const std::set<std::string>& names) {
-    const auto isNamed = [&names](const Node& one) {
-        return names.contains(text::folded(one.name.valueOr("")));
-    };
-    return isNamed(node) || std::ranges::any_of(tree::ancestors(node), [&](const Node* above) {
-               return isNamed(*above);
-           });
-}
-
 /// What a file is read as.
 std::string textOf(CDAttachment& attachment) {
     std::string text = attachment.extractedText.valueOr("");
@@ -76,20 +58,8 @@ double recency(std::optional<Instant> updatedAt, Instant now) {
 
 }  // namespace
 
-NoteRetriever::NoteRetriever(
-    SearchEngine& engine, StoreContext& context, const AIExclusions& exclusions)
-    : engine_(engine),
-      context_(context),
-      excludedNotebooks_(foldedNames(exclusions.notebooks)),
-      excludedTags_(foldedNames(exclusions.tags)) {}
-
-bool NoteRetriever::maySend(CDNote& note) const {
-    if (note.trashedAt || note.isTemplate) return false;
-    const CDNotebook* const notebook = note.notebook;
-    if (notebook != nullptr && isWithin(*notebook, excludedNotebooks_)) return false;
-    return std::ranges::none_of(
-        note.tags.all(), [this](const CDTag* tag) { return isWithin(*tag, excludedTags_); });
-}
+NoteRetriever::NoteRetriever(SearchEngine& engine, StoreContext& context, AIExclusions exclusions)
+    : engine_(engine), context_(context), exclusions_(std::move(exclusions)) {}
 
 void NoteRetriever::addPieces(std::vector<Candidate>& all, CDNote& note, std::size_t rank) const {
     const std::string body = note.plainText.valueOr("");
@@ -122,7 +92,7 @@ std::vector<NoteRetriever::Candidate> NoteRetriever::candidatesFor(const Questio
     std::size_t rank = 0;
     for (const SearchResult& result : engine_.find(terms.query, candidates).results) {
         auto* const note = context_.find<CDNote>(result.id);
-        if (note == nullptr || !maySend(*note)) continue;
+        if (note == nullptr || !exclusions_.permit(*note)) continue;
         std::vector<Candidate> pieces;
         addPieces(pieces, *note, rank++);
         const bool isTitleHit = holdsAny(occurrences(note->title.valueOr(""), terms.words));

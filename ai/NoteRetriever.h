@@ -5,7 +5,6 @@
 #include "ai/RetrievedChunk.h"
 
 #include <cstddef>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,7 +34,7 @@ public:
     static constexpr std::int64_t candidates = 40;
 
     /// `engine` and `context` outlive it.
-    NoteRetriever(SearchEngine& engine, StoreContext& context, const AIExclusions& exclusions = {});
+    NoteRetriever(SearchEngine& engine, StoreContext& context, AIExclusions exclusions = {});
 
     /// The passages in the order in which they are numbered: notes by their best passage, the
     /// passages of a note by their place. Throws `SQLiteDatabase::Error` and `StoreError`.
@@ -43,14 +42,12 @@ public:
 
 private:
     struct Candidate;
-    bool maySend(CDNote& note) const;
     std::vector<Candidate> candidatesFor(const QuestionTerms& terms);
     void addPieces(std::vector<Candidate>& all, CDNote& note, std::size_t rank) const;
 
     SearchEngine& engine_;
     StoreContext& context_;
-    std::set<std::string> excludedNotebooks_;  // folded
-    std::set<std::string> excludedTags_;
+    const AIExclusions exclusions_;
 };
 
 }  // namespace tesserine

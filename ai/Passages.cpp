@@ -80,4 +80,26 @@ std::vector<std::size_t> occurrences(std::string_view text, const std::vector<st
     return counts;
 }
 
+std::string_view bestPlace(std::string_view passage, const std::vector<std::string>& words) {
+    constexpr std::size_t longest = 80;
+    std::string_view best;
+    std::size_t most = 0;
+    while (!passage.empty()) {
+        const std::size_t end = std::min(passage.find('\n'), passage.size());
+        const std::string_view line = text::trimmed(passage.substr(0, end));
+        const auto counts = occurrences(line, words);
+        const auto held = static_cast<std::size_t>(
+            std::ranges::count_if(counts, [](std::size_t count) { return count > 0; }));
+        if (best.empty() || held > most) {
+            best = line;
+            most = held;
+        }
+        passage.remove_prefix(std::min(end + 1, passage.size()));
+    }
+    const std::string_view kept = text::prefix(best, longest);
+    if (kept.size() == best.size()) return kept;
+    const std::size_t gap = kept.rfind(' ');
+    return gap == std::string_view::npos ? kept : kept.substr(0, gap);
+}
+
 }  // namespace tesserine

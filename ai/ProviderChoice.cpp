@@ -11,11 +11,14 @@ std::unique_ptr<AIProvider> chooseProvider(
     const AISettings& settings, const ProviderSources& sources) {
     if (!settings.isEnabled) throw AIError::disabled();
     if (settings.backend == AISettings::Backend::relay) {
-        if (!sources.accountToken) throw AIError::notConfigured();
+        const auto account = sources.account ? sources.account() : std::nullopt;
+        const auto base = account ? account->relayBaseURL(settings) : std::nullopt;
+        if (!base) throw AIError::notConfigured();
         return std::make_unique<RelayProvider>(RelayProvider::Setting{
-            .baseURL = settings.relayBaseURL,
+            .baseURL = *base,
             .session = sources.session,
-            .token = sources.accountToken,
+            .token = account->token,
+            .refused = account->refused,
             .configured = true,
             .log = sources.log});
     }

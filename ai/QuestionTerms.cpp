@@ -97,4 +97,16 @@ QuestionTerms QuestionTerms::of(std::string_view question) {
     return terms;
 }
 
+std::string lookedFor(std::string_view question, const QuestionFilters& filters) {
+    std::string query(question);
+    const auto add = [&query](std::string_view field, std::string value) {
+        std::erase(value, '"');
+        if (!value.empty()) query.append(" ").append(field).append(":\"" + value + "\"");
+    };
+    add("notebook", filters.notebook);
+    add("after", filters.after);
+    add("before", filters.before);
+    return query;
+}
+
 }  // namespace tesserine

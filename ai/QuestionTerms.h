@@ -8,6 +8,15 @@
 
 namespace tesserine {
 
+/// Where to look for what answers a question. Days as people write them in a search.
+struct QuestionFilters {
+    std::string notebook{};
+    std::string after{};
+    std::string before{};
+};
+/// The question with the filters behind it; for looking only, never sent.
+std::string lookedFor(std::string_view question, const QuestionFilters& filters);
+
 /// What a question asks the library for.
 struct QuestionTerms {
     /// Folded words that carry the meaning, each once, in their order. Small words such as "what"

@@ -28,7 +28,12 @@ AIResponse RelayProvider::complete(const AIRequest& request, const std::stop_tok
          .noReply = "The relay did not return an HTTP response."},
         setting_.log,
         stop);
-    return ai::relay::response(ai::judged(reply));
+    try {
+        return ai::relay::response(ai::judged(reply));
+    } catch (const AIError& error) {
+        if (error.kind() == AIError::Kind::accountUnauthorized) setting_.refused();
+        throw;
+    }
 }
 
 }  // namespace tesserine

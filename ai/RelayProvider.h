@@ -19,6 +19,8 @@ public:
         HTTPTransport& session;
         /// The account's access token; may throw, which the caller of `complete` then sees.
         std::function<std::string(const std::stop_token&)> token;
+        /// Told when the service refused the token.
+        std::function<void()> refused = [] {};
         /// Whether there is a service and an account.
         bool configured = false;
         Log log{};

@@ -22,6 +22,8 @@ struct SentRequest {
 /// device that they may delete. Holds titles and sizes, never texts.
 class SentLog {
 public:
+    /// Of the file, in the folder for the state of programs.
+    static constexpr const char* fileName = "assistant-requests.jsonl";
     /// Older entries go.
     static constexpr std::size_t mostEntries = 1'000;
 

@@ -1,5 +1,6 @@
 #include "ai/AIExclusions.h"
 #include "ai/AskTesserine.h"
+#include "ai/Dispatch.h"
 #include "ai/NoteRetriever.h"
 #include "base/JSON.h"
 #include "base/Text.h"
@@ -29,17 +30,11 @@ std::string joined(const std::vector<std::string>& words) {
     return line;
 }
 
-/// The question with the options as the filters that they are, for looking only.
-std::string lookedFor(const std::string& question, const Arguments& arguments) {
-    std::string query = question;
-    for (const char* field : {"notebook", "after", "before"}) {
-        const auto given = arguments.text(field);
-        if (!given) continue;
-        std::string quoted = *given;
-        std::erase(quoted, '"');
-        query.append(" ").append(field).append(":\"").append(quoted).append("\"");
-    }
-    return query;
+QuestionFilters filtersOf(const Arguments& arguments) {
+    return {
+        .notebook = arguments.text("notebook").value_or(""),
+        .after = arguments.text("after").value_or(""),
+        .before = arguments.text("before").value_or("")};
 }
 
 value sourceJSON(const NoteCitation& citation) {
@@ -109,7 +104,7 @@ void showResult(Session& session, const AskResult& result) {
 
 /// Shows what would be sent, to the letter, and sends nothing.
 ExitStatus showRequest(Session& session, const Assistant& assistant, const AIRequest& request) {
-    const std::string body = assistant.exactRequest(request);
+    const std::string body = exactRequest(assistant.settings(), request);
     if (session.output().isJSON()) {
         session.output().json(json::parse(body));
         return ExitStatus::done;
@@ -138,7 +133,7 @@ ExitStatus ask(Session& session, const Arguments& arguments) {
         session.search().readyEngine(),
         session.context(),
         AIExclusions::load(session.preferences()));
-    const auto passages = retriever.retrieve(lookedFor(question, arguments));
+    const auto passages = retriever.retrieve(lookedFor(question, filtersOf(arguments)));
     const PreparedQuestion prepared =
         asker.prepare(question, {.searchWeb = arguments.has("web")}, passages);
     if (onlyShows) return showRequest(session, assistant, prepared.request);
@@ -157,6 +152,7 @@ ExitStatus ask(Session& session, const Arguments& arguments) {
 ExitStatus act(Session& session, const Arguments& arguments, NoteAction action) {
     const Assistant assistant(session);
     CDNote& note = resolveNote(session, arguments.word(0));
+    AIExclusions::load(session.preferences()).require(note);
     const std::string text = note.plainText.valueOr("");
     const AskTesserine asker(assistant.settings(), session.calendar());
     const AIRequest request = asker.prepareAction(action, text, joined(arguments.wordsFrom(1)));

@@ -2,34 +2,24 @@
 
 #include "ai/AICredentialStore.h"
 #include "ai/AIError.h"
-#include "ai/ModelReply.h"
+#include "ai/Dispatch.h"
 #include "base/Product.h"
-#include "base/Text.h"
 #include "cli/CommandError.h"
 #include "cli/Session.h"
+#include "cli/SyncAccess.h"
 
 namespace tesserine::cli {
-
-namespace {
-
-std::size_t characterCount(const AIRequest& request) {
-    std::size_t count = text::characterCount(request.instructions);
-    for (const AIMessage& message : request.messages) {
-        count += text::characterCount(message.content);
-    }
-    return count;
-}
-
-}  // namespace
 
 Assistant::Assistant(Session& session)
     : session_(session),
       settings_(AISettings::load(session.preferences())),
       address_(ProviderAddress::load(session.preferences())) {}
 
+Assistant::~Assistant() = default;
+
 SentLog Assistant::sentLog() const {
     const auto folder = session_.environment().folder("XDG_STATE_HOME", ".local/state");
-    return SentLog(folder / "assistant-requests.jsonl");
+    return SentLog(folder / SentLog::fileName);
 }
 
 AICredentialStore Assistant::credentials() const {
@@ -50,6 +40,7 @@ std::unique_ptr<AIProvider> Assistant::provider() const {
             {.session = environment.network(),
              .secrets = environment.secrets(product::assistantSecretService),
              .address = address_,
+             .account = [this] { return account(); },
              .log = session_.log().category("assistant")});
     } catch (const KeychainError&) {
         throw CommandError::notSetUp(
@@ -57,24 +48,28 @@ std::unique_ptr<AIProvider> Assistant::provider() const {
     }
 }
 
+std::optional<RelayAccount> Assistant::account() const {
+    try {
+        service_ = syncService(session_);
+    } catch (const SyncSetupError&) {
+        return std::nullopt;
+    }
+    return RelayAccount::of(*service_);
+}
+
 AIResponse Assistant::send(
     const AIRequest& request,
     const std::string& purpose,
     const std::vector<std::string>& titles) const {
     const auto provider = this->provider();
-    sentLog().add(
-        {.sentAt = session_.now(),
-         .destination = provider->destination(),
-         .purpose = purpose,
-         .titles = titles,
-         .characterCount = characterCount(request)});
     session_.remark("Asking " + provider->destination() + ".");
-    return provider->complete(request, session_.stop());
-}
-
-std::string Assistant::exactRequest(const AIRequest& request) const {
-    return settings_.backend == AISettings::Backend::relay ? ai::relay::requestBody(request)
-                                                           : ai::grok::requestBody(request);
+    SentLog log = sentLog();
+    return dispatch(
+        *provider,
+        request,
+        log,
+        {.sentAt = session_.now(), .purpose = purpose, .titles = titles},
+        session_.stop());
 }
 
 }  // namespace tesserine::cli

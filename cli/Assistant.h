@@ -13,7 +13,8 @@
 
 namespace tesserine {
 class AICredentialStore;
-}
+class SyncService;
+}  // namespace tesserine
 
 namespace tesserine::cli {
 
@@ -23,6 +24,7 @@ class Session;
 class Assistant {
 public:
     explicit Assistant(Session& session);
+    ~Assistant();
 
     const AISettings& settings() const { return settings_; }
     const ProviderAddress& address() const { return address_; }
@@ -39,13 +41,14 @@ public:
         const AIRequest& request,
         const std::string& purpose,
         const std::vector<std::string>& titles) const;
-    /// The body of the request as it would be sent, and where to.
-    std::string exactRequest(const AIRequest& request) const;
 
 private:
+    std::optional<RelayAccount> account() const;
+
     Session& session_;
     AISettings settings_;
     ProviderAddress address_;
+    mutable std::unique_ptr<SyncService> service_;  // whose token the provider asks for
 };
 
 }  // namespace tesserine::cli
