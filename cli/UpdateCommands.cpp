@@ -2,11 +2,10 @@
 #include "base/Product.h"
 #include "base/Text.h"
 #include "cli/CommandError.h"
+#include "cli/DisplayText.h"
 #include "cli/Session.h"
 #include "updates/ReleaseNotes.h"
-#include "updates/UpdateClient.h"
-#include "updates/UpdateError.h"
-#include "updates/UpdateOffer.h"
+#include "updates/UpdateChecks.h"
 
 #include <boost/json/object.hpp>
 
@@ -16,10 +15,9 @@ namespace tesserine::cli {
 
 namespace {
 
-constexpr std::string_view lastCheckKey = "tesserine.updates.lastCheck";
-constexpr std::string_view skippedKey = "tesserine.updates.skipped";
-
-UpdateHosts hosts() { return {.domain = std::string(product::domain)}; }
+UpdateSource sourceOf(Session& session) {
+    return UpdateSource::ofThisBuild(session.environment().programFile);
+}
 
 UpdateClient clientOf(Session& session) {
     if (!product::hasService) {
@@ -27,28 +25,23 @@ UpdateClient clientOf(Session& session) {
             "This build of Tesserine has no service of its own, so there is nowhere to look for "
             "updates.");
     }
-    return UpdateClient(
-        {.session = session.environment().network(),
-         .hosts = hosts(),
-         .feedURL = std::string(product::updateFeedURL),
-         .site = std::string(product::serviceBaseURL)});
+    return sourceOf(session).client(session.environment().network());
 }
 
-Release releaseOf(Session& session, const Arguments& arguments) {
-    if (const auto file = arguments.path("feed")) {
-        const Bytes bytes = files::read(*file, feed::largestSize);
-        return feed::read(text::sanitized(std::string(textOf(bytes))), hosts());
-    }
-    Release release = clientOf(session).fetch(session.stop());
-    session.preferences().set(lastCheckKey, session.now().iso());
-    return release;
+std::optional<UpdateOffer> fetchedOffer(Session& session) {
+    Preferences& preferences = session.preferences();
+    const auto offer =
+        offerOf(clientOf(session).fetch(session.stop()), updateChecks::situation(preferences));
+    updateChecks::noteCheck(preferences, session.now(), offer);
+    return offer;
 }
 
-/// What this program is; its system is none that the feed's system versions speak of.
-UpdateSituation situationOf(Session& session) {
-    return {
-        .current = {.version = *AppVersion::parse(product::version)},
-        .skipped = session.preferences().string(skippedKey)};
+/// What a feed in a file offers.
+std::optional<UpdateOffer> offerIn(Session& session, const std::filesystem::path& file) {
+    const Bytes bytes = files::read(file, feed::largestSize);
+    const std::string text = text::sanitized(std::string(textOf(bytes)));
+    return offerOf(
+        feed::read(text, sourceOf(session).hosts), updateChecks::situation(session.preferences()));
 }
 
 boost::json::value addressOrNull(const std::optional<WebAddress>& address) {
@@ -76,7 +69,7 @@ void showOffer(Session& session, const UpdateOffer& offer) {
     if (offer.isRequired) output.line("This version is no longer supported.");
     for (const ReleaseNotes::Block& block : ReleaseNotes::parse(release.releaseNotes).blocks) {
         const bool isBullet = block.kind == ReleaseNotes::Block::Kind::bullet;
-        output.line((isBullet ? "  • " : "") + block.text);
+        output.line((isBullet ? "  • " : "") + oneLine(block.text));
     }
     if (release.releaseNotesAddress) {
         output.line("Full release notes: " + release.releaseNotesAddress->text);
@@ -84,7 +77,8 @@ void showOffer(Session& session, const UpdateOffer& offer) {
 }
 
 ExitStatus check(Session& session, const Arguments& arguments) {
-    const auto offer = offerOf(releaseOf(session, arguments), situationOf(session));
+    const auto file = arguments.path("feed");
+    const auto offer = file ? offerIn(session, *file) : fetchedOffer(session);
     if (session.output().isJSON()) {
         session.output().json(offerJSON(offer));
     } else if (offer) {
@@ -96,24 +90,18 @@ ExitStatus check(Session& session, const Arguments& arguments) {
     return ExitStatus::done;
 }
 
-/// Whether the system's package manager put this program where it is.
-bool isInstalledByPackages(const std::filesystem::path& program) {
-    const std::string path = program.string();
-    return path.starts_with("/usr/") && !path.starts_with("/usr/local/");
-}
-
 std::filesystem::path downloadsFolder(Session& session, const Arguments& arguments) {
     if (const auto folder = arguments.path("to")) return *folder;
     return session.environment().home / "Downloads";
 }
 
 ExitStatus download(Session& session, const Arguments& arguments) {
-    if (isInstalledByPackages(session.environment().programFile)) {
+    UpdateClient client = clientOf(session);
+    if (sourceOf(session).isOwnedByPackages()) {
         throw CommandError::notSetUp(
             "The system's package manager installed this program and updates it.");
     }
-    UpdateClient client = clientOf(session);
-    const auto offer = offerOf(client.fetch(session.stop()), situationOf(session));
+    const auto offer = fetchedOffer(session);
     if (!offer) {
         session.output().line(
             "Tesserine " + std::string(product::version) + " is the newest version.");

@@ -6,61 +6,16 @@
 #include "base/OperationCancelled.h"
 #include "base/PercentEncoding.h"
 #include "base/Text.h"
+#include "updates/PartialFile.h"
 #include "updates/UpdateError.h"
 
-#include <fstream>
-#include <system_error>
+#include <chrono>
 #include <utility>
 
 namespace tesserine {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr std::chrono::seconds patience{60};
-
-/// A file that is gone unless it was kept.
-class PartialFile {
-public:
-    explicit PartialFile(fs::path path) : path_(std::move(path)) {
-        files::writeNew(path_, {});
-        stream_.open(path_, std::ios::binary | std::ios::app);
-    }
-    PartialFile(const PartialFile&) = delete;
-    PartialFile& operator=(const PartialFile&) = delete;
-    ~PartialFile() {
-        stream_.close();
-        std::error_code ignored;
-        fs::remove(path_, ignored);
-    }
-
-    void write(std::string_view piece) {
-        stream_.write(piece.data(), static_cast<std::streamsize>(piece.size()));
-        require();
-    }
-    /// Gives the file its name beside it; what is there already stays.
-    fs::path keepAs(const std::string& name) {
-        stream_.flush();
-        require();
-        files::syncFile(path_);
-        const fs::path wanted = path_.parent_path() / name;
-        fs::path free = wanted;
-        for (int number = 2; fs::exists(fs::symlink_status(free)); ++number) {
-            const std::string numbered = wanted.stem().string() + " " + std::to_string(number);
-            free.replace_filename(numbered + wanted.extension().string());
-        }
-        fs::rename(path_, free);
-        return free;
-    }
-
-private:
-    void require() const {
-        if (!stream_) throw FileError(FileError::Kind::other, "The file could not be written.");
-    }
-
-    fs::path path_;
-    std::ofstream stream_;
-};
 
 std::string nameIn(const WebAddress& address) {
     const std::string last = address.path.substr(address.path.rfind('/') + 1);
@@ -115,8 +70,7 @@ std::filesystem::path UpdateClient::download(
     const Progress& progress,
     const std::stop_token& stop) {
     try {
-        const std::string name = nameIn(announced.address);
-        PartialFile file(folder / ("." + name + ".part"));
+        PartialFile file(folder, nameIn(announced.address));
         SHA256 digest;
         std::int64_t received = 0;
         const auto take = [&](std::string_view piece) {
@@ -138,14 +92,12 @@ std::filesystem::path UpdateClient::download(
         if (hex(digest.finish()) != announced.sha256) {
             throw UpdateError::digestMismatch(setting_.site);
         }
-        return file.keepAs(name);
+        return file.keep();
     } catch (const OperationCancelled&) {
         throw UpdateError::cancelled();
     } catch (const HTTPError& error) {
         throw UpdateError::offline();
     } catch (const FileError& error) {
-        throw UpdateError::cannotSave(folder.string(), setting_.site);
-    } catch (const fs::filesystem_error& error) {
         throw UpdateError::cannotSave(folder.string(), setting_.site);
     }
 }

@@ -8,7 +8,10 @@
 #include "updates/UpdateOffer.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <chrono>
+#include <csignal>
 #include <functional>
 #include <map>
 #include <string>
@@ -26,6 +29,7 @@ public:
             for (const char byte : reply.body)
                 request.sink({&byte, 1});
             reply.body.clear();
+            if (isCut) throw HTTPError(HTTPError::Kind::unreachable, "connection lost");
         }
         return reply;
     }
@@ -34,12 +38,39 @@ public:
             return HTTPReply{.status = 302, .headers = {{"Location", location}}};
         };
     }
+    /// Gives the beginning of a page, then loses the connection.
+    void cut(const std::string& url, const std::string& beginning) {
+        pages[url] = [beginning] { return HTTPReply{.status = 200, .body = beginning}; };
+        isCut = true;
+    }
     void put(const std::string& url, const std::string& body, int status = 200) {
         pages[url] = [=] { return HTTPReply{.status = status, .body = body}; };
+        isCut = false;
     }
 
     std::map<std::string, std::function<HTTPReply()>> pages;
     std::string visited;
+    bool isCut = false;
+};
+
+/// Files of this process grow no longer than `bytes`, as on a disk that is full.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit lower{.rlim_cur = bytes, .rlim_max = before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &lower);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+private:
+    rlimit before_{};
+    sighandler_t handler_;
 };
 
 class UpdateClientTest : public testing::Test {
@@ -138,6 +169,46 @@ TEST_F(UpdateClientTest, KeepsAWholeFileWithTheRightDigestOnly) {
         downloaded("release"),
         UpdateError::insecureTransport("http://dl.tesserine.example/f").what());
     EXPECT_EQ(fileCount(), 2U) << "nothing else is left";
+}
+
+TEST_F(UpdateClientTest, LeavesNothingOfADownloadThatIsCutAnywhere) {
+    test::putContent(folder_ / "Tesserine 1.dmg", "the program that runs");
+    const std::string release(1'000, 'r');
+    for (std::size_t percent = 0; percent < 100; percent += 10) {
+        web_.cut(fileURL, release.substr(0, release.size() * percent / 100));
+        EXPECT_EQ(downloaded(release), UpdateError::offline().what()) << percent;
+        EXPECT_EQ(fileCount(), 1U) << percent;
+    }
+    web_.pages[fileURL] = []() -> HTTPReply { throw OperationCancelled(); };
+    EXPECT_EQ(downloaded(release), "The update check was cancelled.");
+    EXPECT_EQ(fileCount(), 1U);
+    EXPECT_EQ(test::contentOf(folder_ / "Tesserine 1.dmg"), "the program that runs");
+
+    web_.put(fileURL, release);
+    EXPECT_EQ(downloaded(release), "Tesserine 1 2.dmg");
+}
+
+TEST_F(UpdateClientTest, ADiskThatFillsUpWhileDownloadingIsSaidAndLeavesNothing) {
+    std::string release(4'000, 'r');
+    web_.put(fileURL, release);
+    const FileSizeLimit limit(1'000);
+    EXPECT_EQ(
+        downloaded(release),
+        UpdateError::cannotSave(folder_.path().string(), "tesserine.example").what());
+    EXPECT_EQ(fileCount(), 0U);
+}
+
+TEST_F(UpdateClientTest, IsNotHinderedByWhatAKilledProgramLeft) {
+    test::putContent(folder_ / ".Tesserine 1.dmg-abcdef.part", "half");
+    test::putContent(folder_ / ".Tesserine 1.dmg-ghijkl.part", "being written");
+    std::filesystem::last_write_time(
+        folder_ / ".Tesserine 1.dmg-abcdef.part",
+        std::filesystem::file_time_type::clock::now() - std::chrono::hours(2));
+    web_.put(fileURL, "release");
+    EXPECT_EQ(downloaded("release"), "Tesserine 1.dmg");
+    EXPECT_EQ(fileCount(), 2U);
+    const auto mode = std::filesystem::status(folder_ / "Tesserine 1.dmg").permissions();
+    EXPECT_EQ(mode, std::filesystem::perms(0600));
 }
 
 TEST_F(UpdateClientTest, SaysWhenTheFileCannotBeSaved) {
