@@ -50,6 +50,7 @@ constexpr Command commands[] = {
     {"go.switcher", "Go to Note…", "Ctrl+P", everywhere, "notes", Menu::go, 2},
     {"go.palette", "All Commands…", "Ctrl+Shift+P", everywhere, "commands", Menu::go, 2},
     {"go.search", "Search", "Ctrl+Shift+F F6 /", everywhere, "search", Menu::go, 2},
+    {"assistant.ask", "Ask Your Notes", "Ctrl+J", everywhere, "sparkle", Menu::go, 2},
     {"go.allNotes", "All Notes", "", everywhere, "notes", Menu::go, 3},
     {"go.inbox", "Inbox", "", everywhere, "inbox", Menu::go, 3},
     {"go.today", "Today", "", everywhere, "today", Menu::go, 3},
@@ -65,11 +66,19 @@ constexpr Command commands[] = {
     {"note.reminder", "Remind Me…", "", everywhere, "bell", Menu::note, 1},
     {"note.attach", "Attach Files…", "", everywhere, "attachment", Menu::note, 2},
     {"note.copyLink", "Copy Link to Note", "", everywhere, "link", Menu::note, 2},
+    {"note.share", "Share…", "", everywhere, "", Menu::note, 2},
     {"note.duplicate", "Duplicate", "", everywhere, "duplicate", Menu::note, 3},
     {"note.saveAsTemplate", "Save as Template", "", everywhere, "template", Menu::note, 3},
     {"note.versions", "Show Versions", "", everywhere, "history", Menu::note, 4},
     {"note.lock", "Lock Selection…", "", everywhere, "lock", Menu::note, 4},
-    {"note.trash", "Move to Trash", "Del", lists, "trash", Menu::note, 5},
+    {"assistant.summarize", "Summarize", "", everywhere, "", Menu::assistant, 5},
+    {"assistant.explain", "Explain", "", everywhere, "", Menu::assistant, 5},
+    {"assistant.rewrite", "Reword", "", everywhere, "", Menu::assistant, 5},
+    {"assistant.shorten", "Shorten", "", everywhere, "", Menu::assistant, 5},
+    {"assistant.expand", "Expand", "", everywhere, "", Menu::assistant, 5},
+    {"assistant.actionItems", "List Action Items", "", everywhere, "", Menu::assistant, 5},
+    {"assistant.askNote", "Ask about This Note…", "", everywhere, "", Menu::assistant, 5},
+    {"note.trash", "Move to Trash", "Del", lists, "trash", Menu::note, 6},
 
     {"format.bold", "Bold", "Ctrl+B", note, "bold", Menu::format, 1, toggle},
     {"format.italic", "Italic", "Ctrl+I", note, "italic", Menu::format, 1, toggle},
@@ -77,6 +86,10 @@ constexpr Command commands[] = {
     {"format.strike", "Strikethrough", "", note, "strike", Menu::format, 1, toggle},
     {"format.highlight", "Highlight", "", note, "highlight", Menu::format, 1, toggle},
     {"format.code", "Code", "", note, "code", Menu::format, 1, toggle},
+    {"format.subscript", "Subscript", "", note, "subscript", Menu::format, 1, toggle},
+    {"format.superscript", "Superscript", "", note, "superscript", Menu::format, 1, toggle},
+    {"format.textColor", "Text Colour…", "", note, "text-color", Menu::format, 1},
+    {"format.highlightColor", "Highlight Colour…", "", note, "highlight", Menu::format, 1},
     {"format.clear", "Clear Styles", "", note, "clear-style", Menu::format, 1},
     {"format.paragraph", "Paragraph", "Ctrl+Alt+0", note, "", Menu::heading, 2},
     {"format.heading1", "Heading 1", "Ctrl+Alt+1", note, "", Menu::heading, 2},
@@ -89,6 +102,11 @@ constexpr Command commands[] = {
     {"format.bullets", "Bulleted List", "Ctrl+Shift+8", note, "bullet-list", Menu::format, 2},
     {"format.checklist", "Checklist", "Ctrl+Shift+9", note, "checklist", Menu::format, 2},
     {"format.tick", "Tick or Untick", "Ctrl+Return", note, "task-done", Menu::format, 2},
+    {"format.alignUsual", "Usual Alignment", "", note, "", Menu::alignment, 3},
+    {"format.alignLeft", "Align Left", "", note, "", Menu::alignment, 3},
+    {"format.alignCenter", "Align Centre", "", note, "", Menu::alignment, 3},
+    {"format.alignRight", "Align Right", "", note, "", Menu::alignment, 3},
+    {"format.justify", "Justify", "", note, "", Menu::alignment, 3},
     {"format.indent", "Increase Indent", "", note, "indent", Menu::format, 3},
     {"format.outdent", "Decrease Indent", "", note, "outdent", Menu::format, 3},
     {"format.lineUp", "Move Line Up", "Alt+Up", note, "", Menu::format, 3},
@@ -113,6 +131,7 @@ constexpr Command commands[] = {
 
     {"help.keys", "Keyboard Shortcuts", "Ctrl+?", everywhere, "keyboard", Menu::help, 1},
     {"help.welcome", "Welcome Notes", "", everywhere, "help", Menu::help, 1},
+    {"help.updates", "Check for Updates…", "", everywhere, "", Menu::help, 2},
     {"help.about", "About Tesserine", "", everywhere, "info", Menu::help, 2},
 };
 
@@ -133,8 +152,10 @@ std::string_view titleOf(CommandMenu menu) {
     case Menu::view: return "View";
     case Menu::go: return "Go";
     case Menu::note: return "Note";
+    case Menu::assistant: return "Assistant";
     case Menu::format: return "Format";
     case Menu::heading: return "Heading";
+    case Menu::alignment: return "Alignment";
     case Menu::task: return "Task";
     case Menu::priority: return "Priority";
     case Menu::help: return "Help";

@@ -13,9 +13,22 @@ enum class CommandContext {
     tasks,       ///< while a list of tasks has the focus
 };
 
-/// A menu of the window. `heading` stands inside `format`, `priority` inside `task`, in the group
-/// that their commands name.
-enum class CommandMenu { file, edit, view, go, note, format, heading, task, priority, help };
+/// A menu of the window. `assistant` stands inside `note`, `heading` and `alignment` inside
+/// `format`, `priority` inside `task`, in the group that their commands name.
+enum class CommandMenu {
+    file,
+    edit,
+    view,
+    go,
+    note,
+    assistant,
+    format,
+    heading,
+    alignment,
+    task,
+    priority,
+    help
+};
 
 /// One thing that a user can do, named once for menus, tool tips, palette and cheat sheet.
 struct Command {

@@ -23,7 +23,9 @@ std::string preferenceOf(std::string_view id) { return "tesserine.keys." + std::
 
 /// The menu that `menu` stands in.
 CommandMenu outer(CommandMenu menu) {
+    if (menu == CommandMenu::assistant) return CommandMenu::note;
     if (menu == CommandMenu::heading) return CommandMenu::format;
+    if (menu == CommandMenu::alignment) return CommandMenu::format;
     if (menu == CommandMenu::priority) return CommandMenu::task;
     return menu;
 }
