@@ -6,6 +6,7 @@
 #include "base/Preferences.h"
 #include "base/Random.h"
 #include "base/Text.h"
+#include "base/WebSocket.h"
 #include "core/services/AttachmentService.h"
 #include "core/services/MIMEType.h"
 #include "core/services/NotebookService.h"
@@ -67,8 +68,9 @@ struct AppSetting {
     std::optional<std::string> serviceURL{};
     /// How often sync looks for changes of other devices.
     std::chrono::milliseconds syncInterval = std::chrono::minutes(5);
-    HTTPTransport* network = nullptr;  ///< in place of the real one
-    SecretStore* secrets = nullptr;    ///< in place of the user's keyring
+    HTTPTransport* network = nullptr;               ///< in place of the real one
+    WebSocketListening socket = listenToWebSocket;  ///< for news from the service
+    SecretStore* secrets = nullptr;                 ///< in place of the user's keyring
 };
 
 /// The open library and everything that works on it, for all widgets of the window.

@@ -40,7 +40,8 @@ SyncService* SyncControl::service() {
                     .secrets = environment_.secrets(SyncService::secretService(address)),
                     .clock = *clock_,
                     .random = environment_.random(),
-                    .log = environment_.log()}));
+                    .log = environment_.log(),
+                    .socket = environment_.setting().socket}));
         } catch (const SyncSetupError& error) {
             environment_.log().info(error.what());
             services_.push_back(nullptr);

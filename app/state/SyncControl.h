@@ -25,6 +25,7 @@ class SyncWorker;
 /// asked of it. Belongs to the main thread and waits for nothing there.
 class SyncControl final : public QObject {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(SyncControl)
 
 public:
     explicit SyncControl(AppEnvironment& environment);

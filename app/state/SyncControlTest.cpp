@@ -1,73 +1,15 @@
 #include "app/state/SyncControl.h"
 
-#include "app/state/WindowFixture.h"
+#include "app/state/SyncFixture.h"
 #include "sync/SyncService.h"
 #include "tests/fakeserver/SyncDevice.h"
-
-#include <utility>
 
 namespace tesserine::app {
 namespace {
 
 using Phase = SyncState::Phase;
 
-constexpr const char* callback = "tesserine://auth?code=abc";
-
-/// A keyring that somebody locked.
-class LockedSecrets final : public SecretStore {
-public:
-    std::optional<std::string> read(const std::string& name) override {
-        if (isLocked) throw KeychainError("locked");
-        return kept.read(name);
-    }
-    void write(const std::string& name, const std::string& secret) override {
-        if (isLocked) throw KeychainError("locked");
-        kept.write(name, secret);
-    }
-    void remove(const std::string& name) override {
-        if (isLocked) throw KeychainError("locked");
-        kept.remove(name);
-    }
-
-    InMemorySecrets kept;
-    std::atomic<bool> isLocked = false;
-};
-
-class SyncControlTest : public test::WindowFixture {
-public:
-    SyncControlTest() {
-        AppSetting given = setting();
-        given.serviceURL = "https://notes.example.org";
-        given.network = &server;
-        given.secrets = &keyring;
-        given.syncInterval = std::chrono::milliseconds(50);
-        open(given);
-        server.instead = [this](const HTTPRequest&) -> std::optional<HTTPReply> {
-            ++requests;
-            if (failure) return failure;
-            return std::nullopt;
-        };
-    }
-    // The environment uses the server until its end.
-    ~SyncControlTest() override { environment.reset(); }
-
-    SyncControl& control() { return environment->syncControl(); }
-    bool waitFor(Phase phase) {
-        return waitUntil([&] { return control().state().phase == phase; });
-    }
-    /// Starts the work and signs in as a browser would.
-    void signIn() {
-        environment->startWork();
-        control().beginSignIn();
-        control().takeCallback(callback);
-        ASSERT_TRUE(waitFor(Phase::idle)) << control().state().sentence;
-    }
-
-    test::FakeSyncServer server;
-    LockedSecrets keyring;
-    std::atomic<int> requests = 0;
-    std::optional<HTTPReply> failure;  // set while nothing is asked
-};
+class SyncControlTest : public test::SyncFixture {};
 
 TEST_F(SyncControlTest, NothingIsReachedWithoutAnAccount) {
     environment->startWork();

@@ -48,6 +48,9 @@ void SyncWorker::run(const std::stop_token& stop) {
     while (!stop.stop_requested()) {
         const auto order = nextOrder(stop);
         if (stop.stop_requested()) return;
+        for (const LiveNews& news : inbox_.take(std::chrono::nanoseconds(0), stop)) {
+            hear(news);
+        }
         if (order || isDue()) synchronise(order.value_or(SyncEngine::Consent{}), stop);
     }
 }
@@ -58,6 +61,16 @@ std::optional<SyncEngine::Consent> SyncWorker::nextOrder(const std::stop_token& 
     something_.wait_for(lock, stop, pause(), [this] { return order_ || isChanged_; });
     isChanged_ = false;
     return std::exchange(order_, std::nullopt);
+}
+
+void SyncWorker::hear(const LiveNews& news) {
+    using Kind = LiveNews::Kind;
+    if (news.kind == Kind::signedOut) environment_.service.account().invalidateAccessToken();
+    try {
+        schedule_.hear(news, news.kind == Kind::changes ? engine_.cursor() : 0);
+    } catch (const std::exception& error) {
+        environment_.log.error(std::string("sync: ") + error.what());
+    }
 }
 
 bool SyncWorker::isDue() {
@@ -85,6 +98,7 @@ void SyncWorker::synchronise(const SyncEngine::Consent& consent, const std::stop
         if (!state_.lastSync) state_.lastSync = engine_.lastSync();
         state_.account = environment_.service.account().account();
         if (!state_.account) {
+            channel_.reset();
             holdBack(untilAsked);
             return tell(Phase::signedOut);
         }
@@ -93,6 +107,12 @@ void SyncWorker::synchronise(const SyncEngine::Consent& consent, const std::stop
         schedule_.succeeded(environment_.store.lastTransactionNumber());
         state_.lastSync = engine_.lastSync();
         tell(Phase::idle);
+        if (!channel_) {
+            channel_ = environment_.service.listen([this](const LiveNews& news) {
+                inbox_.post(news);
+                noteChange();
+            });
+        }
     } catch (const OperationCancelled&) {
         return;
     } catch (const SyncQuestion& question) {
@@ -113,6 +133,7 @@ void SyncWorker::synchronise(const SyncEngine::Consent& consent, const std::stop
 
 void SyncWorker::handle(const SyncError& error) {
     if (error.kind() == SyncError::Kind::signedOut) {
+        channel_.reset();
         holdBack(untilAsked);
         return tell(Phase::signedOut, error.what());
     }
@@ -127,7 +148,7 @@ void SyncWorker::holdBack(std::chrono::nanoseconds pause) {
 }
 
 void SyncWorker::tell(Phase phase, const std::string& sentence) {
-    const std::chrono::duration<double> left = pause();
+    const auto left = std::chrono::ceil<std::chrono::seconds>(pause());
     const bool isTriedAgain = phase == Phase::offline || phase == Phase::waiting;
     state_.phase = phase;
     state_.sentence = sentence;

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "app/state/SyncState.h"
+#include "sync/LiveInbox.h"
 #include "sync/SyncEngine.h"
 #include "sync/SyncSchedule.h"
 
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <stop_token>
@@ -17,8 +19,9 @@ class SyncService;
 
 namespace tesserine::app {
 
-/// Keeps the library in step on a thread of its own: a moment after every change here, every few
-/// minutes, and when it is told to. While nobody is signed in it reaches no network.
+/// Keeps the library in step on a thread of its own: after every change here, at news from the
+/// service, every few minutes, and when it is told to. While nobody is signed in it reaches no
+/// network.
 ///
 /// Safe from any thread.
 class SyncWorker {
@@ -52,6 +55,7 @@ public:
 private:
     void run(const std::stop_token& stop);
     std::optional<SyncEngine::Consent> nextOrder(const std::stop_token& stop);
+    void hear(const LiveNews& news);
     bool isDue();
     /// How long nothing is to be done, unless something happens.
     std::chrono::nanoseconds pause() const;
@@ -74,7 +78,9 @@ private:
     std::optional<SyncEngine::Consent> order_{SyncEngine::Consent{}};  // the one of the start
     bool isChanged_ = false;
 
-    std::jthread thread_;  // last: it ends before what it uses
+    LiveInbox inbox_;
+    std::unique_ptr<LiveUpdates> channel_;  // touched on the thread only; open while signed in
+    std::jthread thread_;                   // last: it ends before what it uses
 };
 
 }  // namespace tesserine::app

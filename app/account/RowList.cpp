@@ -1,0 +1,52 @@
+#include "app/account/RowList.h"
+
+#include "app/account/InfoRow.h"
+#include "app/look/PageParts.h"
+#include "app/look/Separator.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace tesserine::app {
+
+RowList::RowList(const QString& name, QWidget* parent)
+    : QWidget(parent), column_(new QVBoxLayout(this)) {
+    setAccessibleName(name);
+    column_->setContentsMargins(0, 0, 0, 0);
+    column_->setSpacing(space::small);
+}
+
+void RowList::setRows(const std::vector<Row>& rows) {
+    clear();
+    for (const Row& row : rows) {
+        addRow(row);
+    }
+}
+
+void RowList::setHint(const QString& sentence) {
+    clear();
+    column_->addWidget(makeHint(sentence, this));
+}
+
+void RowList::clear() {
+    while (QLayoutItem* const item = column_->takeAt(0)) {
+        item->widget()->hide();
+        item->widget()->deleteLater();  // the press of a button of its own may have led here
+        delete item;
+    }
+}
+
+void RowList::addRow(const Row& row) {
+    QPushButton* button = nullptr;
+    if (!row.button.isEmpty()) {
+        button = new QPushButton(row.button, this);
+        button->setAccessibleName(row.button + ": " + row.title);
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, [this, id = row.id] { emit pressed(id); });
+    }
+    if (column_->count() > 0) column_->addWidget(new Separator(Qt::Horizontal, this));
+    column_->addWidget(new InfoRow(row.title, row.hint, button, this));
+}
+
+}  // namespace tesserine::app

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+#include <vector>
+
+class QVBoxLayout;
+
+namespace tesserine::app {
+
+/// Lines below each other with thin lines between them, each with at most one button.
+class RowList final : public QWidget {
+    Q_OBJECT
+
+public:
+    struct Row {
+        QString title;
+        QString hint{};
+        QString button{};  ///< empty: none
+        QString id{};      ///< comes back when the button is pressed
+    };
+
+    RowList(const QString& name, QWidget* parent);
+
+    void setRows(const std::vector<Row>& rows);
+    /// Shows one quiet sentence in the place of lines.
+    void setHint(const QString& sentence);
+
+signals:
+    void pressed(const QString& id);
+
+private:
+    void clear();
+    void addRow(const Row& row);
+
+    QVBoxLayout* const column_;
+};
+
+}  // namespace tesserine::app

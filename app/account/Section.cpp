@@ -1,0 +1,54 @@
+#include "app/account/Section.h"
+
+#include "app/look/PageParts.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace tesserine::app {
+
+Section::Section(const QString& heading, AppEnvironment& environment, QWidget* parent)
+    : QWidget(parent),
+      environment_(environment),
+      column_(new QVBoxLayout),
+      failure_(makeHint({}, this)),
+      job_(environment) {
+    auto* const all = new QVBoxLayout(this);
+    all->setContentsMargins(0, heading.isEmpty() ? 0 : space::small, 0, 0);
+    all->setSpacing(space::medium);
+    if (!heading.isEmpty()) all->addWidget(makeText(heading, TextRole::heading, this));
+    all->addLayout(column_);
+    all->addWidget(failure_);
+    column_->setSpacing(space::medium);
+    setAccessibleName(heading);
+    setTone(*failure_, Tone::danger);
+    failure_->setObjectName("failure");
+    showFailure({});
+    connect(&job_, &Job::failed, this, [this](const QString& sentence) {
+        showFailure(sentence);
+        askNext();
+    });
+    connect(&job_, &Job::finished, this, &Section::askNext);
+}
+
+void Section::askNext() {
+    if (const auto next = std::exchange(next_, {})) next();
+}
+
+QPushButton* Section::makeButton(const QString& title, const char* objectName) {
+    auto* const button = new QPushButton(title, this);
+    button->setObjectName(objectName);
+    button->setAccessibleName(title);
+    button->setAutoDefault(false);
+    return button;
+}
+
+void Section::showFailure(const QString& sentence) {
+    failure_->setText(sentence);
+    failure_->setVisible(!sentence.isEmpty());
+}
+
+}  // namespace tesserine::app
