@@ -7,10 +7,9 @@
 
 namespace tesserine::app {
 
-Autosave::Autosave(std::function<bool()> save, QObject* parent)
-    : QObject(parent), save_(std::move(save)) {
+Autosave::Autosave(Save save, QObject* parent) : QObject(parent), save_(std::move(save)) {
     timer_.setSingleShot(true);
-    connect(&timer_, &QTimer::timeout, this, [this] { flush(); });
+    connect(&timer_, &QTimer::timeout, this, [this] { this->save(Occasion::whileWriting); });
 }
 
 void Autosave::schedule() {
@@ -18,13 +17,15 @@ void Autosave::schedule() {
     if (!timer_.isActive()) timer_.start(interval_);
 }
 
-bool Autosave::flush() {
+bool Autosave::flush() { return save(Occasion::now); }
+
+bool Autosave::save(Occasion occasion) {
     timer_.stop();
     if (!isPending_) return true;
     isPending_ = false;
     QElapsedTimer elapsed;
     elapsed.start();
-    const bool isSaved = save_();
+    const bool isSaved = save_(occasion);
     interval_ = std::max(delay, static_cast<int>(std::min<qint64>(20 * elapsed.elapsed(), 30'000)));
     // Not tried again by itself: the next change, or leaving the note, will.
     isPending_ = isPending_ || !isSaved;

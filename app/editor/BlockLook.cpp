@@ -64,6 +64,17 @@ QColor colorFrom(std::string_view hex) {
     return QColor(QString::fromUtf8(hex.data(), static_cast<qsizetype>(hex.size())));
 }
 
+bool isDone(const AttributedText::Paragraph& paragraph) {
+    return kindOf(paragraph) == Kind::checklist && paragraph.isChecked;
+}
+
+/// Whether its words stand back.
+bool isSecondary(const AttributedText::Paragraph& paragraph) {
+    const Kind kind = kindOf(paragraph);
+    const bool isSmallHeading = kind == Kind::heading && paragraph.style->level > 3;
+    return isSmallHeading || kind == Kind::quote || isDone(paragraph);
+}
+
 void dressForParagraph(QTextCharFormat& format, const AttributedText::Paragraph& paragraph) {
     const Kind kind = kindOf(paragraph);
     if (kind == Kind::heading) {
@@ -72,11 +83,8 @@ void dressForParagraph(QTextCharFormat& format, const AttributedText::Paragraph&
         format.setProperty(
             QTextFormat::FontSizeAdjustment, steps[static_cast<std::size_t>(level - 1)]);
         format.setFontWeight(QFont::Bold);
-        if (level > 3) format.setForeground(Theme::colors().secondaryText);
     }
-    const bool isDone = kind == Kind::checklist && paragraph.isChecked;
-    if (isDone || kind == Kind::quote) format.setForeground(Theme::colors().secondaryText);
-    if (isDone) format.setFontStrikeOut(true);
+    if (isDone(paragraph)) format.setFontStrikeOut(true);
 }
 
 void dressAsCode(QTextCharFormat& format) {
@@ -119,12 +127,10 @@ void dress(
     QTextCharFormat& format, const InlineStyle& style, const AttributedText::Paragraph& paragraph) {
     dressForParagraph(format, paragraph);
     if (kindOf(paragraph) == Kind::codeBlock || style.has(HTMLElement::code)) dressAsCode(format);
-    if (style.has(HTMLElement::code)) format.setBackground(Theme::colors().code);
     if (style.has(HTMLElement::strong)) format.setFontWeight(QFont::Bold);
     if (style.has(HTMLElement::em)) format.setFontItalic(true);
     if (style.has(HTMLElement::u)) format.setFontUnderline(true);
     if (style.has(HTMLElement::s)) format.setFontStrikeOut(true);
-    if (style.has(HTMLElement::mark)) format.setBackground(Theme::colors().highlight);
     if (style.has(HTMLElement::sub)) {
         format.setVerticalAlignment(QTextCharFormat::AlignSubScript);
     } else if (style.has(HTMLElement::sup)) {
@@ -135,8 +141,25 @@ void dress(
     if (link.empty()) return;
     format.setAnchor(true);
     format.setAnchorHref(QString::fromUtf8(link.data(), static_cast<qsizetype>(link.size())));
-    format.setForeground(Theme::colors().accent);
     format.setFontUnderline(true);
+}
+
+QTextCharFormat themeColors(const InlineStyle& style, const AttributedText::Paragraph& paragraph) {
+    const Colors& colors = Theme::colors();
+    QTextCharFormat format;
+    const bool hasGround = !style.background().empty();
+    if (!style.link().empty()) {
+        format.setForeground(colors.accent);
+    } else if (isSecondary(paragraph) && style.color().empty() && !hasGround) {
+        format.setForeground(colors.secondaryText);
+    }
+    if (hasGround) return format;
+    if (style.has(HTMLElement::mark)) {
+        format.setBackground(colors.highlight);
+    } else if (style.has(HTMLElement::code)) {
+        format.setBackground(colors.code);
+    }
+    return format;
 }
 
 }  // namespace tesserine::app::look

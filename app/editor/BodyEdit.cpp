@@ -1,7 +1,9 @@
 #include "app/editor/BodyEdit.h"
 
+#include "app/editor/EditorPreferences.h"
 #include "app/editor/ListRules.h"
 #include "app/editor/ObjectRenderer.h"
+#include "app/editor/PasteRules.h"
 #include "app/editor/PictureHandle.h"
 #include "app/editor/Pictures.h"
 #include "app/editor/StyleCommands.h"
@@ -31,6 +33,20 @@ using Kind = BlockStyle::Kind;
 /// Lines are not longer than one can read; what is left stands empty at both sides.
 constexpr int widestColumn = 760;
 
+constexpr const char* hint = "Start writing, or type [[ to link another note";
+
+/// Whether the event may change the note or look beyond what is seen of it.
+bool needsWholeNote(QEvent::Type type) {
+    switch (type) {
+    case QEvent::KeyPress:
+    case QEvent::InputMethod:
+    case QEvent::MouseButtonPress:
+    case QEvent::DragEnter:
+    case QEvent::ContextMenu: return true;
+    default: return false;
+    }
+}
+
 bool isTyped(const QString& text) { return !text.isEmpty() && text.front().isPrint(); }
 
 }  // namespace
@@ -38,42 +54,50 @@ bool isTyped(const QString& text) { return !text.isEmpty() && text.front().isPri
 BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     : QTextEdit(parent),
       note_(*new NoteDocument(this)),
+      loader_(new BodyLoader(note_, this)),
       painter_(note_),
       renderer_(new ObjectRenderer(note_, pictures, this)),
       handle_(std::make_unique<PictureHandle>(note_, *renderer_)) {
     setObjectName("noteBody");
     setAccessibleName("Note body");
-    setPlaceholderText("Start writing, or type [[ to link another note");
+    setPlaceholderText(hint);
     setFrameShape(QFrame::NoFrame);
     setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
     setAcceptRichText(true);
     viewport()->setMouseTracking(true);
-    note_.setDefaultFont(Theme::font(TextRole::body));
     setDocument(&note_);
+    connect(loader_, &BodyLoader::begun, this, [this] {
+        setTextCursor(QTextCursor(&note_));
+        verticalScrollBar()->setValue(0);
+    });
+    connect(loader_, &BodyLoader::finished, this, &BodyEdit::showView);
     connect(&pictures, &Pictures::loaded, this, [this] {
         note_.markContentsDirty(0, note_.characterCount());
     });
-    setZoomStep(0);
+    setTextFont(Theme::font(TextRole::body));
 }
 
 BodyEdit::~BodyEdit() = default;
 
 void BodyEdit::toggleMark(HTMLElement element) {
-    QTextCursor cursor = textCursor();
-    if (cursor.hasSelection()) return editing::toggleMark(note_, cursor, element);
-    InlineStyle style{.marks = note_.style(currentCharFormat()).marks};
-    if (style.has(element)) {
-        editing::removeMark(style, element);
-    } else {
-        editing::setMark(style, {.element = element});
-    }
+    const QTextCursor cursor = textCursor();
+    const bool isSet = cursor.hasSelection() ? editing::hasMark(note(), cursor, element)
+                                             : note().style(currentCharFormat()).has(element);
+    changeStyle([&](InlineStyle& style) { editing::setMark(style, element, !isSet); });
+}
+
+void BodyEdit::changeStyle(const std::function<void(InlineStyle&)>& change) {
+    const QTextCursor cursor = textCursor();
+    if (cursor.hasSelection()) return note().changeStyles(cursor, change);
+    InlineStyle style{.marks = note().style(currentCharFormat()).marks};
+    change(style);
     setCurrentCharFormat(note_.charFormat(style, note_.paragraph(cursor.block())));
 }
 
 void BodyEdit::edit(const std::function<void(NoteDocument& note, QTextCursor& cursor)>& change) {
     QTextCursor cursor = textCursor();
-    change(note_, cursor);
+    change(note(), cursor);
     setTextCursor(cursor);
     ensureCursorVisible();
 }
@@ -87,9 +111,14 @@ void BodyEdit::setOverlay(Overlay overlay, QList<QTextEdit::ExtraSelection> mark
     setExtraSelections(all);
 }
 
+void BodyEdit::setTextFont(const QFont& font) {
+    font_ = font;
+    setZoomStep(zoomStep_);
+}
+
 void BodyEdit::setZoomStep(int step) {
-    zoomStep_ = std::clamp(step, -5, 15);
-    QFont font = Theme::font(TextRole::body);
+    zoomStep_ = std::clamp(step, EditorPreferences::smallestZoom, EditorPreferences::largestZoom);
+    QFont font = font_;
     font.setPointSizeF(font.pointSizeF() * 1.1 * (1 + 0.1 * zoomStep_));
     note_.setDefaultFont(font);
     renderer_->forget();
@@ -109,21 +138,32 @@ const NoteObject& BodyEdit::objectAt(int position) const {
     return renderer_->object(cursor.charFormat());
 }
 
+BodyView BodyEdit::view() const { return {textCursor().position(), verticalScrollBar()->value()}; }
+
+void BodyEdit::load(const std::string& html, BodyView view) {
+    wanted_ = view;
+    setPlaceholderText({});
+    loader_->load(html);
+}
+
+void BodyEdit::showView() {
+    setPlaceholderText(hint);
+    const BodyView view = std::exchange(wanted_, {});
+    if (view.position == 0 && view.scrolled == 0) return;
+    QTextCursor cursor(&note_);
+    cursor.setPosition(std::min(view.position, note_.characterCount() - 1));
+    setTextCursor(cursor);
+    verticalScrollBar()->setValue(view.scrolled);
+}
+
 void BodyEdit::followTheme() {
     renderer_->forget();
-    const bool wasModified = note_.isModified();
-    const int position = textCursor().position();
-    const int scrolled = verticalScrollBar()->value();
-    note_.setContent(note_.content());
-    note_.setModified(wasModified);
-    QTextCursor cursor = textCursor();
-    cursor.setPosition(std::min(position, note_.characterCount() - 1));
-    setTextCursor(cursor);
-    verticalScrollBar()->setValue(scrolled);
+    note_.followTheme();
 }
 
 /// Keys of our own commands go before those that a text field has by itself, such as Ctrl+K.
 bool BodyEdit::event(QEvent* event) {
+    if (needsWholeNote(event->type())) loader_->finish();
     if (event->type() == QEvent::ShortcutOverride) {
         const QKeySequence keys(static_cast<QKeyEvent*>(event)->keyCombination());
         for (const QAction* action : actions()) {
@@ -133,6 +173,11 @@ bool BodyEdit::event(QEvent* event) {
         }
     }
     return QTextEdit::event(event);
+}
+
+bool BodyEdit::viewportEvent(QEvent* event) {
+    if (needsWholeNote(event->type())) loader_->finish();
+    return QTextEdit::viewportEvent(event);
 }
 
 void BodyEdit::keyPressEvent(QKeyEvent* event) {
@@ -173,9 +218,10 @@ bool BodyEdit::handleKey(const QKeyEvent& event) {
 }
 
 bool BodyEdit::pressEnter() {
-    edit([](NoteDocument& note, QTextCursor& cursor) {
+    edit([this](NoteDocument& note, QTextCursor& cursor) {
         if (!cursor.hasSelection()) editing::linkAddressBefore(note, cursor);
-        if (!editing::applyLineShortcut(note, cursor)) editing::newLine(note, cursor);
+        const bool isStyle = hasShortcuts_ && editing::applyLineShortcut(note, cursor);
+        if (!isStyle) editing::newLine(note, cursor);
     });
     return true;
 }
@@ -212,7 +258,7 @@ void BodyEdit::beforeTyping(const QString& text) {
 void BodyEdit::afterTyping(const QString& text) {
     if (text == " ") {
         QTextCursor cursor = textCursor();
-        if (editing::applyShortcut(note_, cursor)) {
+        if (hasShortcuts_ && editing::applyShortcut(note_, cursor)) {
             setTextCursor(cursor);
         } else {
             editing::linkAddressBefore(note_, cursor);
@@ -328,6 +374,7 @@ QMimeData* BodyEdit::createMimeDataFromSelection() const {
     auto copied = std::make_unique<QMimeData>();
     const std::string html = canonicalHTML(note_.content(textCursor()));
     copied->setHtml(QString::fromStdString(html));
+    copied->setData(paste::bodyType, QByteArray::fromStdString(html));
     copied->setText(QString::fromStdString(PlainText::fromHTML(html)));
     return copied.release();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/editor/BlockPainter.h"
+#include "app/editor/BodyLoader.h"
 #include "app/editor/NoteDocument.h"
 #include "core/body/InlineStyle.h"
 
@@ -11,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace tesserine::app {
 
@@ -19,36 +21,59 @@ struct NoteObject;
 class PictureHandle;
 class Pictures;
 
+/// What a reader sees of a note.
+struct BodyView {
+    int position = 0;  ///< of the cursor
+    int scrolled = 0;  ///< pixels above what is seen
+};
+
 /// The body of a note, to be read and written: keys, clicks and what is drawn beside the text.
 /// Knows no library; what needs one goes out as a signal.
 class BodyEdit final : public QTextEdit {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(BodyEdit)
 
 public:
     /// `pictures` outlives it.
     explicit BodyEdit(Pictures& pictures, QWidget* parent = nullptr);
     ~BodyEdit() override;
 
-    NoteDocument& note() const { return note_; }
+    /// The whole note; what is not loaded yet is loaded at once.
+    NoteDocument& note() const {
+        loader_->finish();
+        return note_;
+    }
+
+    BodyView view() const;
+    /// Shows a canonical body and, once it is all there, `view`. A long one comes piece by piece.
+    void load(const std::string& html, BodyView view = {});
+    bool isLoading() const { return loader_->isLoading(); }
+    /// Whether the note was changed since it was loaded or written.
+    bool isModified() const { return note_.isModified(); }
 
     /// Changes the style of the selection, or of what is typed next.
+    void changeStyle(const std::function<void(InlineStyle& style)>& change);
     void toggleMark(HTMLElement element);
     /// Calls `change(note, cursor)` with the cursor of the view, which moves along.
     void edit(const std::function<void(NoteDocument& note, QTextCursor& cursor)>& change);
 
     /// Marks that are laid over the text and belong to nobody's note, such as what was found.
-    enum class Overlay { spelling, found, count };
+    enum class Overlay { spelling, sought, found, count };
     void setOverlay(Overlay overlay, QList<QTextEdit::ExtraSelection> marks);
 
+    /// The font of words, in its usual size.
+    void setTextFont(const QFont& font);
     /// In steps of a tenth around the usual size.
     void setZoomStep(int step);
     int zoomStep() const { return zoomStep_; }
+    /// Whether "# " and the like make styles.
+    void setTypingShortcuts(bool areOn) { hasShortcuts_ = areOn; }
 
     /// The object that the cursor selects or stands beside, as its position.
     std::optional<int> objectAtCursor() const;
     /// What the object at a position stands for.
     const NoteObject& objectAt(int position) const;
-    /// The colours changed: shows everything anew.
+    /// The colours changed.
     void followTheme();
 
 signals:
@@ -65,6 +90,7 @@ signals:
 
 private:
     bool event(QEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -88,13 +114,19 @@ private:
     std::optional<int> objectUnder(const QPoint& point) const;
     void showPointer(const QPoint& point);
 
+    void showView();
+
     NoteDocument& note_;  // its child
+    BodyLoader* const loader_;
+    BodyView wanted_;  // when all is loaded
     BlockPainter painter_;
     ObjectRenderer* const renderer_;
     std::unique_ptr<PictureHandle> handle_;
     std::array<QList<QTextEdit::ExtraSelection>, static_cast<std::size_t>(Overlay::count)>
         overlays_;
+    QFont font_;
     int zoomStep_ = 0;
+    bool hasShortcuts_ = true;
 };
 
 }  // namespace tesserine::app

@@ -1,9 +1,13 @@
 #include "app/editor/BodyEdit.h"
 
 #include "app/editor/EditorFixture.h"
+#include "app/look/Theme.h"
 #include "core/body/CanonicalBody.h"
+#include "core/model/NoteEntities.h"
 
+#include <QMenu>
 #include <QTextBlock>
+#include <QTextLayout>
 
 namespace tesserine::app {
 namespace {
@@ -95,6 +99,96 @@ TEST_F(BodyEdit, EveryCommandIsOneStepToUndo) {
         commands.trigger("edit.redo");
         EXPECT_EQ(html(), result);
     }
+}
+
+TEST_F(BodyEdit, ColoursScriptsAndAlignmentAreChosenAndTakenAway) {
+    const auto inColor = [](const char* element, const char* style, const std::string& words) {
+        return "<p><" + std::string(element) + " style=\"" + style + "\">" + words + "</" + element
+               + "></p>";
+    };
+    struct Case {
+        std::string body;
+        const char* command;
+        const char* choice;  // from the menu; none: there is no menu
+        std::string result;
+    };
+    const Case cases[] = {
+        {"<p>|a|</p>", "format.textColor", "Red", inColor("span", "color: #d64545", "a")},
+        {"<p>|a|</p>",
+         "format.highlightColor",
+         "Green",
+         inColor("mark", "background-color: #c8f0cd", "a")},
+        {"<p><mark>|a|</mark></p>",
+         "format.highlightColor",
+         "Yellow",
+         inColor("mark", "background-color: #fff3a3", "a")},
+        {inColor("span", "color: #112233; background-color: #445566", "|a|"),
+         "format.textColor",
+         "Usual Colour",
+         inColor("span", "background-color: #445566", "a")},
+        {inColor("span", "color: #112233", "|a|"), "format.textColor", "Usual Colour", "<p>a</p>"},
+        {"<p><mark>|a|</mark></p>", "format.highlightColor", "No Highlight", "<p>a</p>"},
+        {"<p>H|2|O</p>", "format.subscript", nullptr, "<p>H<sub>2</sub>O</p>"},
+        {"<p>H<sub>|2|</sub>O</p>", "format.superscript", nullptr, "<p>H<sup>2</sup>O</p>"},
+        {"<p>|a</p><pre>b|</pre>",
+         "format.alignCenter",
+         nullptr,
+         "<p style=\"text-align: center\">a</p><pre>b</pre>"},
+        {"<ul><li style=\"text-align: right\">|a</li></ul>",
+         "format.alignUsual",
+         nullptr,
+         "<ul><li>a</li></ul>"},
+    };
+    for (const auto& [body, command, choice, result] : cases) {
+        SCOPED_TRACE(body + command);
+        const CDNote& note = openNote(body);
+        const std::string before = html();
+        commands.trigger(command);
+        if (choice != nullptr) {
+            auto* const menu = editor.findChild<QMenu*>("colorMenu");
+            ASSERT_NE(menu, nullptr);
+            for (QAction* action : menu->actions()) {
+                if (action->text() == choice) action->trigger();
+            }
+            menu->close();
+            settle();
+        }
+        EXPECT_EQ(html(), result);
+        ASSERT_TRUE(editor.save());
+        EXPECT_EQ(*note.html, result) << "as it is stored";
+        commands.trigger("edit.undo");
+        EXPECT_EQ(html(), before);
+    }
+}
+
+TEST_F(BodyEdit, AnotherThemeLeavesWhatCanBeUndone) {
+    Theme theme(*qobject_cast<QApplication*>(QCoreApplication::instance()));
+    theme.setScheme(Theme::Scheme::light);
+    const CDNote& note = openNote("<p>a <a href=\"https://e.org\">link</a>|</p><blockquote><p>"
+                                  "<mark>m</mark></p></blockquote>");
+    type(" one");
+    commands.trigger("format.quote");
+    commands.trigger("edit.undo");
+    ASSERT_TRUE(editor.save());
+    const std::int64_t version = *note.contentVersion;
+    theme.setScheme(Theme::Scheme::dark);
+    settle();
+    EXPECT_TRUE(editor.save());
+    EXPECT_EQ(*note.contentVersion, version) << "colours are no change of the note";
+    const auto formats = document().findBlock(2).layout()->formats();
+    ASSERT_FALSE(formats.isEmpty());
+    EXPECT_EQ(formats.front().format.foreground().color(), Theme::colors().accent);
+    commands.trigger("edit.redo");
+    EXPECT_TRUE(html().starts_with("<blockquote><p>a <a")) << html();
+    commands.trigger("edit.undo");
+    commands.trigger("edit.undo");
+    EXPECT_EQ(
+        html(),
+        *addNote(
+             "",
+             "<p>a <a href=\"https://e.org\">link</a></p><blockquote><p>"
+             "<mark>m</mark></p></blockquote>")
+             .html);
 }
 
 TEST_F(BodyEdit, LinesMoveWithWhatTheyAre) {

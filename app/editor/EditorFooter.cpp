@@ -48,7 +48,10 @@ EditorFooter::EditorFooter(BodyEdit& body, QWidget* parent)
 
 void EditorFooter::showState(const QString& state) { state_->setText(state); }
 
+void EditorFooter::showWordCount(bool isShown) { words_->setVisible(isShown); }
+
 void EditorFooter::count() {
+    if (words_->isHidden()) return;
     const QTextCursor cursor = body_.textCursor();
     std::size_t count = 0;
     if (cursor.hasSelection()) {

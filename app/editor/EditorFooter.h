@@ -17,6 +17,7 @@ public:
     EditorFooter(BodyEdit& body, QWidget* parent);
 
     void showState(const QString& state);
+    void showWordCount(bool isShown);
 
 private:
     void count();

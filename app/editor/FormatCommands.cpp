@@ -2,6 +2,7 @@
 
 #include "app/commands/Commands.h"
 #include "app/editor/BodyEdit.h"
+#include "app/editor/ColorMenu.h"
 #include "app/editor/ListRules.h"
 #include "app/editor/StyleCommands.h"
 
@@ -26,6 +27,8 @@ constexpr MarkCommand markCommands[] = {
     {"format.strike", HTMLElement::s},
     {"format.highlight", HTMLElement::mark},
     {"format.code", HTMLElement::code},
+    {"format.subscript", HTMLElement::sub},
+    {"format.superscript", HTMLElement::sup},
 };
 
 struct BlockCommand {
@@ -44,6 +47,18 @@ constexpr BlockCommand blockCommands[] = {
     {"format.checklist", {Kind::checklist}},
     {"format.quote", {Kind::quote}},
     {"format.codeBlock", {Kind::codeBlock}},
+};
+
+struct AlignmentCommand {
+    std::string_view id;
+    AttributedText::Alignment alignment;
+};
+constexpr AlignmentCommand alignmentCommands[] = {
+    {"format.alignUsual", AttributedText::Alignment::natural},
+    {"format.alignLeft", AttributedText::Alignment::left},
+    {"format.alignCenter", AttributedText::Alignment::center},
+    {"format.alignRight", AttributedText::Alignment::right},
+    {"format.justify", AttributedText::Alignment::justify},
 };
 
 struct EditCommand {
@@ -89,9 +104,19 @@ FormatCommands::FormatCommands(Commands& commands, BodyEdit& body, QObject* pare
             });
         });
     }
+    for (const AlignmentCommand& command : alignmentCommands) {
+        commands.on(command.id, this, [this, command] {
+            body_.edit([&](NoteDocument& note, QTextCursor& cursor) {
+                editing::setAlignment(note, cursor, command.alignment);
+            });
+        });
+    }
     for (const EditCommand& command : editCommands) {
         commands.on(command.id, this, [this, command] { body_.edit(command.act); });
     }
+    commands.on("format.textColor", this, [this] { askColor(body_, editing::ColorUse::text); });
+    commands.on(
+        "format.highlightColor", this, [this] { askColor(body_, editing::ColorUse::highlight); });
     commands.on("edit.undo", &body, [this] { body_.undo(); });
     commands.on("edit.redo", &body, [this] { body_.redo(); });
     commands.attach(CommandContext::note, body);
@@ -100,6 +125,7 @@ FormatCommands::FormatCommands(Commands& commands, BodyEdit& body, QObject* pare
 }
 
 void FormatCommands::showState() {
+    if (body_.isLoading()) return;
     const QTextCursor cursor = body_.textCursor();
     for (const MarkCommand& command : markCommands) {
         commands_.action(command.id)

@@ -30,22 +30,29 @@ std::u16string_view unitsOf(const QString& text) {
 
 bool isObjectKind(Kind kind) { return kind == Kind::preserved || kind == Kind::encrypted; }
 
-/// Adds a stretch of a block; neighbours of one style become one run.
-void addPiece(AttributedText& text, std::u16string_view piece, const InlineStyle& style) {
-    for (const char16_t unit : piece) {
-        const bool isObject = unit == AttributedText::objectCharacter && !style.object.empty();
+/// Adds words; neighbours of one style become one run.
+void addWords(
+    AttributedText& text, std::u16string_view words, const std::vector<InlineMark>& marks) {
+    if (!marks.empty()) {
         const bool continues = !text.runs.empty() && text.runs.back().end() == text.text.size()
                                && text.runs.back().style.object.empty()
-                               && text.runs.back().style.marks == style.marks;
-        if (isObject) {
-            text.runs.push_back({.start = text.text.size(), .length = 1, .style = style});
-        } else if (!style.marks.empty()) {
-            if (!continues) {
-                text.runs.push_back({.start = text.text.size(), .style = {.marks = style.marks}});
-            }
-            ++text.runs.back().length;
+                               && text.runs.back().style.marks == marks;
+        if (!continues) text.runs.push_back({.start = text.text.size(), .style = {.marks = marks}});
+        text.runs.back().length += words.size();
+    }
+    text.text += words;
+}
+
+/// Adds a stretch of a block. What is typed beside an object has its format, but is none.
+void addPiece(AttributedText& text, std::u16string_view piece, const InlineStyle& style) {
+    if (style.object.empty()) return addWords(text, piece, style.marks);
+    for (std::size_t i = 0; i < piece.size(); ++i) {
+        if (piece[i] != AttributedText::objectCharacter) {
+            addWords(text, piece.substr(i, 1), style.marks);
+            continue;
         }
-        text.text += unit;
+        text.runs.push_back({.start = text.text.size(), .length = 1, .style = style});
+        text.text += piece[i];
     }
 }
 
@@ -67,33 +74,84 @@ void forEachPiece(
     }
 }
 
+/// Has everything that changes meanwhile laid out later, as far as it is seen.
+class LayoutPause {
+public:
+    explicit LayoutPause(QTextDocument& document)
+        : document_(document), page_(document.pageSize()) {
+        document_.setPageSize({});  // nothing is laid out as long as there is no page
+    }
+    LayoutPause(const LayoutPause&) = delete;
+    LayoutPause& operator=(const LayoutPause&) = delete;
+    ~LayoutPause() { document_.setPageSize(page_); }
+
+private:
+    QTextDocument& document_;
+    QSizeF page_;
+};
+
 }  // namespace
 
-NoteDocument::NoteDocument(QObject* parent) : QTextDocument(parent) {
+NoteDocument::NoteDocument(QObject* parent) : QTextDocument(parent), colors_(*this) {
     setDocumentMargin(0);
     setIndentWidth(look::indentWidth);
 }
 
-void NoteDocument::setContent(const AttributedText& text) {
+/// The colours are taken off behind this, after which nothing needs to be laid out anew.
+NoteDocument::~NoteDocument() { setPageSize({}); }
+
+void NoteDocument::setContent(AttributedText text) {
+    beginContent(std::move(text));
+    completeContent();
+}
+
+void NoteDocument::beginContent(AttributedText text) {
+    missing_.reset();
     setUndoRedoEnabled(false);
     clear();
     containers_ = text.containers;
     isVoid_ = text.paragraphs.empty();
+    QTextCursor(this).setBlockFormat(formats_.blockFormat({.style = BlockStyle{}}));
+    setModified(false);
+    missing_ = Missing{.text = std::move(text)};
+}
+
+void NoteDocument::addContent(std::size_t units) {
+    if (!missing_) return;
+    const bool wasModified = isModified();
+    const AttributedText& text = missing_->text;
+    ParagraphPlace& next = missing_->next;
+    const std::size_t rest = text.text.size() - next.offset;
+    const std::size_t end = next.offset + std::min(units, rest);
     QTextCursor cursor(this);
+    cursor.movePosition(QTextCursor::End);
     cursor.beginEditBlock();
-    if (isVoid_) {
-        cursor.setBlockFormat(formats_.blockFormat({.style = BlockStyle{}}));
-    } else {
-        write(cursor, text);
+    while (next.paragraph < text.paragraphs.size() && next.offset < end) {
+        writeParagraph(cursor, text, next);
     }
     cursor.endEditBlock();
-    setUndoRedoEnabled(true);
-    setModified(false);
+    if (next.paragraph == text.paragraphs.size()) {
+        missing_.reset();
+        setUndoRedoEnabled(true);
+    }
+    setModified(wasModified);
+}
+
+void NoteDocument::completeContent() {
+    if (!missing_) return;
+    const LayoutPause pause(*this);
+    addContent(missing_->text.text.size());
+}
+
+void NoteDocument::followTheme() {
+    const LayoutPause pause(*this);
+    colors_.rehighlight();
 }
 
 AttributedText NoteDocument::content() const {
     AttributedText result;
     result.containers = containers_;
+    result.text.reserve(static_cast<std::size_t>(characterCount()));
     const bool isStillVoid = isVoid_ && isEmpty() && kind(begin()) == Kind::paragraph;
     if (isStillVoid) return result;
     for (QTextBlock block = begin(); block.isValid(); block = block.next()) {
@@ -275,29 +333,35 @@ void NoteDocument::read(AttributedText& result, const QTextBlock& block, int fro
 
 /// Writes `text` from the cursor's block on, which takes the style of its first paragraph.
 void NoteDocument::write(QTextCursor& cursor, const AttributedText& text) {
-    std::size_t start = 0;
-    std::size_t run = 0;
-    for (const Paragraph& paragraph : text.paragraphs) {
-        const QTextBlockFormat format = formats_.blockFormat(paragraph);
-        const QTextCharFormat words = charFormat({}, paragraph);
-        if (start == 0) {
-            cursor.setBlockFormat(format);
-            cursor.setBlockCharFormat(words);
-        } else {
-            cursor.insertBlock(format, words);
-        }
-        const std::size_t next = start + paragraph.length;
-        const bool hasEnding = paragraph.length > 0 && text.text[next - 1] == u'\n';
-        forEachPiece(
-            text,
-            start,
-            next - (hasEnding ? 1 : 0),
-            run,
-            [&](std::u16string_view piece, const InlineStyle& style) {
-                writePiece(cursor, piece, style, paragraph);
-            });
-        start = next;
+    for (ParagraphPlace place; place.paragraph < text.paragraphs.size();) {
+        writeParagraph(cursor, text, place);
     }
+}
+
+/// Writes the paragraph at `place`, the first one into the cursor's block, and goes on to the next.
+void NoteDocument::writeParagraph(
+    QTextCursor& cursor, const AttributedText& text, ParagraphPlace& place) {
+    const Paragraph& paragraph = text.paragraphs[place.paragraph];
+    const QTextBlockFormat format = formats_.blockFormat(paragraph);
+    const QTextCharFormat words = charFormat({}, paragraph);
+    if (place.paragraph == 0) {
+        cursor.setBlockFormat(format);
+        cursor.setBlockCharFormat(words);
+    } else {
+        cursor.insertBlock(format, words);
+    }
+    const std::size_t next = place.offset + paragraph.length;
+    const bool hasEnding = paragraph.length > 0 && text.text[next - 1] == u'\n';
+    forEachPiece(
+        text,
+        place.offset,
+        next - (hasEnding ? 1 : 0),
+        place.run,
+        [&](std::u16string_view piece, const InlineStyle& style) {
+            writePiece(cursor, piece, style, paragraph);
+        });
+    ++place.paragraph;
+    place.offset = next;
 }
 
 /// Units that the document refuses become objects.

@@ -1,11 +1,15 @@
 #pragma once
 
 #include "app/editor/DocumentFormats.h"
+#include "app/editor/ThemeColors.h"
 #include "core/body/AttributedText.h"
+#include "core/body/AttributedTextWriter.h"
 
 #include <QTextDocument>
 
+#include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,14 +27,24 @@ namespace tesserine::app {
 /// in it as an object, one U+FFFC. Belongs to the main thread.
 class NoteDocument final : public QTextDocument {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(NoteDocument)
 
 public:
     using Paragraph = AttributedText::Paragraph;
 
     explicit NoteDocument(QObject* parent = nullptr);
+    ~NoteDocument() override;
 
     /// Replaces everything and forgets what could be undone.
-    void setContent(const AttributedText& text);
+    void setContent(AttributedText text);
+    /// The same, but bit by bit: nothing is there until `addContent` was called, and nothing can be
+    /// undone before all of it is.
+    void beginContent(AttributedText text);
+    /// Adds paragraphs until there are `units` more UTF-16 units, or no more paragraphs.
+    void addContent(std::size_t units);
+    /// Adds all that is missing. It is laid out later, as far as it is seen.
+    void completeContent();
+    bool isComplete() const { return !missing_; }
     /// Linear in the size of the document.
     AttributedText content() const;
     /// The selected part; paragraphs of which only a part is selected are whole paragraphs.
@@ -65,9 +79,19 @@ public:
     /// otherwise that of the cursor is split. The cursor ends up behind the last one.
     void insertParagraphs(QTextCursor& cursor, const AttributedText& text);
 
+    /// The theme changed: shows everything in its colours. Undo is not touched.
+    void followTheme();
+
 private:
+    /// What is still to be added, from `next` on.
+    struct Missing {
+        AttributedText text;
+        ParagraphPlace next{};
+    };
+
     void read(AttributedText& result, const QTextBlock& block, int from, int to) const;
     void write(QTextCursor& cursor, const AttributedText& text);
+    void writeParagraph(QTextCursor& cursor, const AttributedText& text, ParagraphPlace& place);
     void writePiece(
         QTextCursor& cursor,
         std::u16string_view piece,
@@ -75,6 +99,8 @@ private:
         const Paragraph& paragraph);
 
     DocumentFormats formats_;
+    ThemeColors colors_;
+    std::optional<Missing> missing_;
     std::vector<AttributedText::Container> containers_;
     /// The body holds no paragraph at all, as long as the only block is without text.
     bool isVoid_ = false;

@@ -11,18 +11,21 @@
 #include "app/editor/LinkCompletion.h"
 #include "app/editor/NoteHeader.h"
 #include "app/editor/NoteObject.h"
+#include "app/editor/NoteSaver.h"
 #include "app/editor/NoticeBar.h"
 #include "app/editor/PassageLocking.h"
 #include "app/editor/Paster.h"
 #include "app/editor/Printing.h"
 #include "app/editor/ReminderButton.h"
 #include "app/editor/SidePanel.h"
+#include "app/editor/SpellChecker.h"
 #include "app/editor/SpellingMarks.h"
 #include "app/editor/TagsField.h"
+#include "app/editor/WordMarks.h"
 #include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
-#include "core/body/AttributedTextReader.h"
+#include "base/Files.h"
 
 #include <QAction>
 #include <QEvent>
@@ -33,8 +36,6 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QScopedValueRollback>
-#include <QScrollBar>
-#include <QTextCursor>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -43,19 +44,17 @@
 #include <string>
 
 namespace tesserine::app {
-
 NoteEditor::NoteEditor(AppEnvironment& environment, Commands& commands, QWidget* parent)
     : QWidget(parent),
       environment_(environment),
       commands_(commands),
       open_(environment.context(), environment.notes(), environment.clock()),
-      pictures_(environment),
-      spelling_(environment.setting().locale, SpellChecker::usualFolders()),
-      autosave_([this] { return write(); }) {
+      pictures_(environment) {
     setObjectName("noteEditor");
     build();
     connectParts();
     handleCommands();
+    isDark_ = Theme::colors().isDark;
     setEnabled(false);
 }
 
@@ -67,12 +66,50 @@ NoteEditor::~NoteEditor() {
     qDeleteAll(findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly));
 }
 
-/// Words keep their colours in the document: another theme is a document made anew.
+/// Settings are changed elsewhere; the editor is shown, or its window active, again afterwards.
+bool NoteEditor::event(QEvent* event) {
+    const bool isBack = event->type() == QEvent::Show || event->type() == QEvent::WindowActivate;
+    if (isBack) followPreferences();
+    return QWidget::event(event);
+}
+
+void NoteEditor::followPreferences() {
+    const EditorPreferences wanted = EditorPreferences::read(environment_.preferences());
+    const bool isOther = wanted.dictionary != preferences_.dictionary;
+    if (wanted == preferences_) return;
+    preferences_ = wanted;
+    body_->setZoomStep(wanted.zoomStep);
+    body_->setTextFont(wanted.fontLike(Theme::font(TextRole::body)));
+    body_->setTypingShortcuts(wanted.hasShortcuts);
+    footer_->showWordCount(wanted.showsWordCount);
+    if (!isOther) return;
+    spellingMarks_->setChecker(nullptr);
+    spelling_.reset();
+    if (wanted.dictionary == EditorPreferences::off) return;
+    const bool isUsual = wanted.dictionary == EditorPreferences::usual;
+    spelling_ = std::make_unique<SpellChecker>(
+        isUsual ? environment_.setting().locale : wanted.dictionary, SpellChecker::usualFolders());
+    spellingMarks_->setChecker(spelling_.get());
+}
+
+void NoteEditor::zoom(int step) {
+    body_->setZoomStep(step);
+    preferences_.zoomStep = body_->zoomStep();
+    try {
+        Preferences& preferences = environment_.preferences();
+        if (body_->zoomStep() == 0) return preferences.remove(EditorPreferences::zoomKey);
+        preferences.set(EditorPreferences::zoomKey, body_->zoomStep());
+    } catch (const FileError& error) {
+        environment_.log().warning(std::string("text size: ") + error.what());
+    }
+}
+
 void NoteEditor::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     const bool isNewTheme = event->type() == QEvent::PaletteChange && body_ != nullptr;
     if (!isNewTheme || isDark_ == Theme::colors().isDark) return;
     isDark_ = Theme::colors().isDark;
+    // Laying out anew counts as a change of the document.
     const QScopedValueRollback showing(isShowing_, true);
     body_->followTheme();
 }
@@ -84,6 +121,8 @@ void NoteEditor::build() {
     header_ = new NoteHeader(environment_, open_, this);
     title_ = &header_->title();
     body_ = new BodyEdit(pictures_, this);
+    saver_ = new NoteSaver(
+        {.environment = environment_, .open = open_, .title = *title_, .body = *body_}, this);
     find_ = new FindBar(commands_, *body_, this);
     footer_ = new EditorFooter(*body_, this);
     makeHelpers();
@@ -97,7 +136,8 @@ void NoteEditor::makeHelpers() {
         return save();
     };
     completion_ = new LinkCompletion(environment_, *body_);
-    spellingMarks_ = new SpellingMarks(*body_, spelling_);
+    spellingMarks_ = new SpellingMarks(*body_);
+    wordMarks_ = new WordMarks(*body_);
     paster_ = new Paster(
         {.environment = environment_, .open = open_, .body = *body_, .notice = *notice_}, this);
     locking_ = new PassageLocking(
@@ -147,9 +187,9 @@ void NoteEditor::handleCommands() {
     commands_.on("note.reminder", this, [this] { header_->reminder().ask(); });
     commands_.on("note.print", this, [this] { printNote(); });
     commands_.on("note.pdf", this, [this] { saveAsPDF(); });
-    commands_.on("view.zoomIn", this, [this] { body_->setZoomStep(body_->zoomStep() + 1); });
-    commands_.on("view.zoomOut", this, [this] { body_->setZoomStep(body_->zoomStep() - 1); });
-    commands_.on("view.zoomReset", this, [this] { body_->setZoomStep(0); });
+    commands_.on("view.zoomIn", this, [this] { zoom(body_->zoomStep() + 1); });
+    commands_.on("view.zoomOut", this, [this] { zoom(body_->zoomStep() - 1); });
+    commands_.on("view.zoomReset", this, [this] { zoom(0); });
 }
 
 void NoteEditor::connectParts() {
@@ -160,10 +200,12 @@ void NoteEditor::connectParts() {
     connect(title_, &QLineEdit::returnPressed, body_, qOverload<>(&QWidget::setFocus));
     connect(title_, &QLineEdit::editingFinished, this, &NoteEditor::save);
     connect(body_, &QTextEdit::textChanged, this, [this] {
-        if (!isShowing_) markChanged();
+        if (!isShowing_ && !body_->isLoading()) markChanged();
         panel_->refresh();
     });
     connect(body_, &BodyEdit::left, this, &NoteEditor::save);
+    connect(saver_, &NoteSaver::saved, this, &NoteEditor::showSaved);
+    connect(saver_, &NoteSaver::ended, this, &NoteEditor::followNote);
     connect(body_, &BodyEdit::objectActivated, this, &NoteEditor::openObject);
     connect(body_, &BodyEdit::menuWanted, this, &NoteEditor::fillMenu);
     connect(body_, &BodyEdit::columnChanged, header_, &NoteHeader::setColumn);
@@ -189,22 +231,24 @@ bool NoteEditor::close() {
     setEnabled(false);
     const QScopedValueRollback showing(isShowing_, true);
     title_->clear();
-    body_->note().setContent({});
+    body_->load({});
     header_->refresh();
     panel_->refresh();
     return true;
 }
 
-void NoteEditor::setSpelling(bool isOn) { spellingMarks_->setOn(isOn); }
+void NoteEditor::showWords(const QString& words) {
+    if (open_.id()) wordMarks_->show(words);
+}
 
-bool NoteEditor::save() { return autosave_.flush(); }
+bool NoteEditor::save() { return saver_->save(); }
 
-void NoteEditor::showNote(const CDNote& note) {
+void NoteEditor::showNote(const CDNote& note, BodyView view) {
     const QScopedValueRollback showing(isShowing_, true);
-    autosave_.cancel();
+    saver_->forget();
     title_->setText(QString::fromStdString(open_.title()));
     title_->setModified(false);
-    showBody();
+    body_->load(open_.html(), view);
     footer_->showState({});
     notice_->hide();
     body_->setReadOnly(false);
@@ -226,75 +270,53 @@ void NoteEditor::showSurroundings(const CDNote& note) {
     panel_->refresh();
 }
 
-void NoteEditor::showBody() {
-    isDark_ = Theme::colors().isDark;
-    body_->note().setContent(attributedText(open_.html()));
-    QTextCursor cursor(&body_->note());
-    body_->setTextCursor(cursor);
-    body_->verticalScrollBar()->setValue(0);
-}
-
 void NoteEditor::markChanged() {
     if (!open_.id()) return;
-    autosave_.schedule();
+    saver_->schedule();
     footer_->showState("Editing");
 }
 
-/// Writes what differs from what was read; nothing when that is nothing.
-bool NoteEditor::write() {
-    OpenNote::Edit edit;
-    if (title_->isModified()) edit.title = title_->text().toStdString();
-    if (body_->note().isModified()) edit.html = body_->note().html();
-    if (!open_.id() || (!edit.title && !edit.html)) return true;
-    try {
-        const auto outcome = open_.write(edit);
-        if (!environment_.save(this)) return false;
-        title_->setModified(false);
-        body_->note().setModified(false);
-        if (outcome == NoteService::EditOutcome::savedWithConflict) showConflict();
-        footer_->showState("Saved");
-        emit saved(*open_.id());
-        return true;
-    } catch (const UserError& error) {
-        showNotice(this, error.what());
-        return false;
-    }
+void NoteEditor::showSaved(NoteService::EditOutcome outcome) {
+    if (outcome == NoteService::EditOutcome::savedWithConflict) showConflict();
+    footer_->showState(saver_->isPending() ? "Editing" : "Saved");
+    emit saved(*open_.id());
 }
 
 void NoteEditor::follow(const std::vector<ObjectChange>& changes) {
     const auto concernsNote = [&](const ObjectChange& change) {
         return change.entity == EntityKind::note && change.uuid == open_.id();
     };
-    if (!open_.id() || std::ranges::none_of(changes, concernsNote)) return;
+    if (std::ranges::any_of(changes, concernsNote)) followNote();
+}
+
+/// Shows what others made of the note.
+void NoteEditor::followNote() {
+    // What this window is writing itself is looked at when that has ended.
+    if (!open_.id() || saver_->isWriting()) return;
     switch (open_.state()) {
     case OpenNote::State::current: return showSurroundings(*open_.note());
     case OpenNote::State::deleted:
-        autosave_.cancel();
+        saver_->forget();
         close();
         emit noteGone();
         return;
     case OpenNote::State::changedElsewhere: break;
     }
     // What was typed meanwhile becomes a conflict when it is saved.
-    if (!autosave_.isPending()) reload();
+    if (!saver_->isPending()) reload();
 }
 
 /// Shows the note as it is now, and stays where the reader is.
 void NoteEditor::reload() {
-    const int position = body_->textCursor().position();
-    const int scrolled = body_->verticalScrollBar()->value();
+    const BodyView view = body_->view();
     if (!open_.id() || !open_.open(*open_.id())) return;
-    showNote(*open_.note());
-    QTextCursor cursor(&body_->note());
-    cursor.setPosition(std::min(position, body_->note().characterCount() - 1));
-    body_->setTextCursor(cursor);
-    body_->verticalScrollBar()->setValue(scrolled);
+    showNote(*open_.note(), view);
     emit titleChanged(*open_.id(), title_->text());
 }
 
 void NoteEditor::showConflict() {
     notice_->tell(
-        "This note was changed in two places. Both versions are kept.",
+        "This note was changed in two places. The other version is kept on this device.",
         {{"Compare…", [this] { conflict_->compare(); }}});
 }
 

@@ -1,14 +1,15 @@
 #pragma once
 
-#include "app/editor/Autosave.h"
+#include "app/editor/BodyEdit.h"
+#include "app/editor/EditorPreferences.h"
 #include "app/editor/OpenNote.h"
 #include "app/editor/Pictures.h"
-#include "app/editor/SpellChecker.h"
 #include "base/Uuid.h"
 #include "core/store/StoreChanges.h"
 
 #include <QWidget>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,7 +20,6 @@ class QMenu;
 namespace tesserine::app {
 
 class AppEnvironment;
-class BodyEdit;
 class Commands;
 class ConflictResolution;
 class EditorFooter;
@@ -27,11 +27,14 @@ class FindBar;
 class LinkCommands;
 class LinkCompletion;
 class NoteHeader;
+class NoteSaver;
 class NoticeBar;
 class PassageLocking;
 class Paster;
 class SidePanel;
+class SpellChecker;
 class SpellingMarks;
+class WordMarks;
 
 /// One note to be read and written: title, tool bar, body, and what belongs to it.
 ///
@@ -44,6 +47,7 @@ class SpellingMarks;
 /// "note.lock", "note.print" and "note.pdf".
 class NoteEditor final : public QWidget {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(NoteEditor)
 
 public:
     /// Both outlive it.
@@ -61,10 +65,10 @@ public:
     /// user was told, and nothing is lost.
     bool save();
 
+    /// Marks words in the open note, such as those of a search or a citation, and shows the first.
+    void showWords(const QString& words);
+
     BodyEdit& body() { return *body_; }
-    /// Whether misspelt words are marked, where there is a dictionary.
-    void setSpelling(bool isOn);
-    bool hasDictionary() const { return spelling_.isOn(); }
 
     QLineEdit& title() { return *title_; }
     NoticeBar& notice() { return *notice_; }
@@ -82,17 +86,20 @@ signals:
     void noteGone();
 
 private:
+    bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void followPreferences();
+    void zoom(int step);
     void build();
     void makeHelpers();
     void layOut();
     void connectParts();
     void handleCommands();
-    void showNote(const CDNote& note);
+    void showNote(const CDNote& note, BodyView view = {});
     void showSurroundings(const CDNote& note);
-    void showBody();
-    bool write();
+    void showSaved(NoteService::EditOutcome outcome);
     void follow(const std::vector<ObjectChange>& changes);
+    void followNote();
     void reload();
     void showConflict();
     void printNote();
@@ -106,11 +113,12 @@ private:
     Commands& commands_;
     OpenNote open_;
     Pictures pictures_;
-    SpellChecker spelling_;
-    Autosave autosave_;
+    EditorPreferences preferences_;
+    std::unique_ptr<SpellChecker> spelling_;
     NoteHeader* header_ = nullptr;
     QLineEdit* title_ = nullptr;  // of the header
     BodyEdit* body_ = nullptr;
+    NoteSaver* saver_ = nullptr;
     NoticeBar* notice_ = nullptr;
     FindBar* find_ = nullptr;
     EditorFooter* footer_ = nullptr;
@@ -119,10 +127,11 @@ private:
     LinkCommands* links_ = nullptr;
     LinkCompletion* completion_ = nullptr;
     SpellingMarks* spellingMarks_ = nullptr;
+    WordMarks* wordMarks_ = nullptr;
     PassageLocking* locking_ = nullptr;
     ConflictResolution* conflict_ = nullptr;
     bool isShowing_ = false;  // what changes now is not typed
-    bool isDark_ = false;     // as the document was made
+    bool isDark_ = false;     // as the note is shown
 };
 
 }  // namespace tesserine::app

@@ -3,6 +3,8 @@
 #include "core/model/NoteEntities.h"
 #include "core/store/StoreContext.h"
 
+#include <utility>
+
 namespace tesserine::app {
 
 bool OpenNote::open(const Uuid& id) {
@@ -10,7 +12,9 @@ bool OpenNote::open(const Uuid& id) {
     if (found == nullptr) return false;
     if (id_ != id) editedSince_.reset();
     id_ = id;
-    remember(*found);
+    title_ = found->title.valueOr("");
+    html_ = found->html.valueOr("");
+    version_ = found->contentVersion.valueOr(0);
     return true;
 }
 
@@ -25,33 +29,48 @@ OpenNote::State OpenNote::state() const {
     return isCurrent ? State::current : State::changedElsewhere;
 }
 
-NoteService::EditOutcome OpenNote::write(const Edit& edit) {
-    CDNote& written = notes_.getNote(context_, id_.value_or(Uuid()));
-    const auto outcome = notes_.saveEdit(
-        context_,
-        written,
-        {.title = edit.title, .html = edit.html, .loadedHTML = html_, .loadedVersion = version_});
-    keepRevision(written);
-    remember(written);
-    return outcome;
+NoteService::EditOutcome OpenNote::write(Edit edit) {
+    const Written written = perform(beginWriting(std::move(edit)), context_, notes_);
+    endWriting(written);
+    return written.outcome;
 }
 
-void OpenNote::remember(const CDNote& note) {
-    title_ = note.title.valueOr("");
-    html_ = note.html.valueOr("");
-    version_ = note.contentVersion.valueOr(0);
+OpenNote::Writing OpenNote::beginWriting(Edit edit) {
+    return {
+        .id = id_.value_or(Uuid()),
+        .edit = std::move(edit),
+        .loadedHTML = html_,
+        .loadedVersion = version_,
+        .keepsRevision = isRevisionDue()};
 }
 
-void OpenNote::keepRevision(CDNote& note) {
+OpenNote::Written OpenNote::perform(
+    Writing writing, StoreContext& context, const NoteService& notes) {
+    CDNote& note = notes.getNote(context, writing.id);
+    const auto outcome = notes.saveEdit(
+        context,
+        note,
+        {.title = std::move(writing.edit.title),
+         .html = std::move(writing.edit.html),
+         .loadedHTML = std::move(writing.loadedHTML),
+         .loadedVersion = writing.loadedVersion});
+    if (writing.keepsRevision) notes.takeRevision(context, note, NoteRevisionReason::autosave);
+    return {note.title.valueOr(""), note.html.valueOr(""), note.contentVersion.valueOr(0), outcome};
+}
+
+void OpenNote::endWriting(const Written& written) {
+    title_ = written.title;
+    html_ = written.html;
+    version_ = written.version;
+}
+
+bool OpenNote::isRevisionDue() {
     const Instant now = clock_.now();
     const bool isAnew = !editedSince_ || !writtenAt_ || now - *writtenAt_ > longestPause;
+    const bool isDue = !isAnew && now - *editedSince_ >= revisionInterval;
     writtenAt_ = now;
-    if (isAnew) {
-        editedSince_ = now;
-    } else if (now - *editedSince_ >= revisionInterval) {
-        notes_.takeRevision(context_, note, NoteRevisionReason::autosave);
-        editedSince_ = now;
-    }
+    if (isAnew || isDue) editedSince_ = now;
+    return isDue;
 }
 
 }  // namespace tesserine::app

@@ -49,11 +49,29 @@ public:
     };
     /// Writes what was changed. Throws as `NoteService::saveEdit`, `StoreError::notFound` when the
     /// note was deleted.
-    NoteService::EditOutcome write(const Edit& edit);
+    NoteService::EditOutcome write(Edit edit);
+
+    /// The same in three steps, of which another thread can do the second, with a context of its
+    /// own. The first and the last belong to this thread, and in between nothing else is written.
+    struct Writing {
+        Uuid id;
+        Edit edit{};
+        std::string loadedHTML{};
+        std::int64_t loadedVersion = 0;
+        bool keepsRevision = false;
+    };
+    struct Written {
+        std::string title;
+        std::string html;
+        std::int64_t version = 0;
+        NoteService::EditOutcome outcome = NoteService::EditOutcome::saved;
+    };
+    Writing beginWriting(Edit edit);
+    static Written perform(Writing writing, StoreContext& context, const NoteService& notes);
+    void endWriting(const Written& written);
 
 private:
-    void remember(const CDNote& note);
-    void keepRevision(CDNote& note);
+    bool isRevisionDue();
 
     StoreContext& context_;
     const NoteService& notes_;

@@ -1,5 +1,6 @@
 #include "app/editor/PasteRules.h"
 
+#include "app/editor/ForeignHTML.h"
 #include "base/Text.h"
 #include "core/body/AttributedTextReader.h"
 #include "core/body/CanonicalBody.h"
@@ -45,9 +46,8 @@ void removeClutter(AttributedText& text) {
         std::erase_if(paragraph.attributes, [](const OwnedAttribute& attribute) {
             return attribute.name != "dir" && attribute.name != "lang";
         });
-        if (paragraph.holder == AttributedText::Holder::none) {
-            paragraph.holder = AttributedText::Holder::usual;
-        }
+        // Items hold paragraphs elsewhere, and pages divisions.
+        if (kindOf(paragraph) != Kind::codeBlock) paragraph.holder = AttributedText::Holder::usual;
     }
     text.containers.clear();
 }
@@ -90,11 +90,14 @@ AttributedText withoutEmptyParagraphs(const AttributedText& text) {
 }  // namespace
 
 Pasted fromHTML(std::string_view html) {
-    const CanonicalBody body = canonicalBody(html);
+    const PlainHTML plain = plainHTML(html);
+    const CanonicalBody body = canonicalBody(plain.html);
     AttributedText text = attributedText(body.html);
     removeClutter(text);
-    return {withoutEmptyParagraphs(text), leftOutSentence(body.report)};
+    return {withoutEmptyParagraphs(text), leftOutSentence(body.report, plain.unreachablePictures)};
 }
+
+Pasted fromBody(std::string_view body) { return {attributedText(canonicalBody(body).html), {}}; }
 
 AttributedText fromLines(std::string_view text, BlockStyle::Kind kind) {
     AttributedText lines;
@@ -111,7 +114,7 @@ AttributedText fromLines(std::string_view text, BlockStyle::Kind kind) {
     }
 }
 
-std::string leftOutSentence(const SanitizationReport& report) {
+std::string leftOutSentence(const SanitizationReport& report, std::size_t unreachablePictures) {
     std::vector<std::string> words;
     for (const Name& name : names) {
         std::size_t count = 0;
@@ -123,6 +126,7 @@ std::string leftOutSentence(const SanitizationReport& report) {
         }
         if (count > 0) words.emplace_back(name.words);
     }
+    if (unreachablePictures > 0) words.emplace_back("pictures of the other program");
     std::string sentence;
     for (std::size_t i = 0; i < words.size(); ++i) {
         if (i > 0) sentence += i + 1 == words.size() ? " and " : ", ";

@@ -3,6 +3,7 @@
 #include "core/body/AttributedText.h"
 #include "core/body/Sanitizer.h"
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -19,10 +20,13 @@ struct Pasted {
 };
 /// `html` is any HTML, such as a browser's. Throws `BodyError::tooLarge`.
 Pasted fromHTML(std::string_view html);
+/// The type under which a part of a note lies on the clipboard, and what it holds: as it was.
+inline constexpr const char* bodyType = "application/x-tesserine-body";
+Pasted fromBody(std::string_view body);
 /// A paragraph for each line; lines of code for `codeBlock`.
 AttributedText fromLines(std::string_view text, BlockStyle::Kind kind);
 
-std::string leftOutSentence(const SanitizationReport& report);
+std::string leftOutSentence(const SanitizationReport& report, std::size_t unreachablePictures = 0);
 
 /// Gives every picture and file that `change` answers for another HTML; an empty one takes it out.
 using ChangeObject = std::function<std::optional<std::string>(const std::string& html)>;

@@ -42,10 +42,7 @@ TEST(PasteRules, KeepSenseAndDropClutter) {
                  "<p>a</p><p>b</p>",
                  ""},
              // A mail.
-             Case{
-                 "<div><div>a</div><div><br></div><div>b</div></div>",
-                 "<div>a</div><div>b</div>",
-                 ""},
+             Case{"<div><div>a</div><div><br></div><div>b</div></div>", "<p>a</p><p>b</p>", ""},
              // A spreadsheet.
              Case{
                  "<table><colgroup><col width=64></colgroup><tr><td>1</td><td>2</td></tr></table>",
@@ -120,8 +117,9 @@ TEST_F(PasterTest, PlainTextStaysPlain) {
 }
 
 TEST_F(PasterTest, ACopyPastedBackIsTheSame) {
-    const std::string body = "<h1>a</h1><ul><li>b<ul><li><strong>c</strong></li></ul></li></ul>"
-                             "<table><tr><td>d</td></tr></table><pre>e\nf</pre>";
+    const std::string body =
+        "<h1><span style=\"color: #d64545\">a</span></h1><ul><li>b<ul><li><strong>c</strong></li></ul></li></ul>"
+        "<table><tr><td>d</td></tr></table><pre>e\nf</pre>";
     openNote(body);
     editor.body().selectAll();
     editor.body().copy();

@@ -57,7 +57,13 @@ void Paster::paste(const QMimeData& data) {
     const NoteDocument& note = parts_.body.note();
     const bool isInCode = note.kind(parts_.body.textCursor().block()) == BlockStyle::Kind::codeBlock
                           && !note.isEmpty();
-    if (data.hasHtml() && !isInCode) return pasteHTML(data.html());
+    const bool isOurs = data.hasFormat(paste::bodyType);
+    if (isOurs && !isInCode) {
+        return insert([&] { return paste::fromBody(data.data(paste::bodyType).toStdString()); });
+    }
+    if (data.hasHtml() && !isInCode) {
+        return insert([&] { return paste::fromHTML(data.html().toStdString()); });
+    }
     if (data.hasImage()) return pastePicture(data);
     if (data.hasText()) pasteText(data.text());
 }
@@ -66,9 +72,9 @@ void Paster::pastePlain() {
     if (parts_.open.id()) pasteText(QGuiApplication::clipboard()->text());
 }
 
-void Paster::pasteHTML(const QString& html) {
+void Paster::insert(const std::function<paste::Pasted()>& read) {
     try {
-        paste::Pasted pasted = paste::fromHTML(html.toStdString());
+        paste::Pasted pasted = read();
         paste::changeObjects(
             pasted.text, [this](const std::string& object) { return adopted(object); });
         if (!parts_.environment.save(&parts_.body)) return;

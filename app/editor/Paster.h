@@ -1,10 +1,12 @@
 #pragma once
 
+#include "app/editor/PasteRules.h"
 #include "core/model/NoteEntities.h"
 
 #include <QObject>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,7 +49,7 @@ public:
     void choose(Wanted wanted);
 
 private:
-    void pasteHTML(const QString& html);
+    void insert(const std::function<paste::Pasted()>& read);
     void pasteText(const QString& text);
     void pastePicture(const QMimeData& data);
     /// The HTML that shows the new attachment; empty when it could not be attached.

@@ -43,6 +43,20 @@ QStringList SpellChecker::usualFolders() {
     return {"/usr/share/hunspell", "/usr/share/myspell/dicts", "/usr/local/share/hunspell"};
 }
 
+QStringList SpellChecker::dictionaries(const QStringList& folders) {
+    QStringList names;
+    for (const QString& folder : folders) {
+        for (const QString& file : QDir(folder).entryList({"*.dic"}, QDir::Files)) {
+            const QString name = file.chopped(4);
+            // Others, such as those for hyphenation, have no rules beside them.
+            if (QFileInfo::exists(folder + "/" + name + ".aff")) names.append(name);
+        }
+    }
+    names.removeDuplicates();
+    names.sort();
+    return names;
+}
+
 bool SpellChecker::isCorrect(const QString& word) {
     if (!isOn()) return true;
     const std::string key = word.toStdString();

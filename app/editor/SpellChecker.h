@@ -19,10 +19,14 @@ public:
     /// `language` is a locale such as "en_GB"; its dictionary, or one of the same language, is
     /// looked for in `folders`.
     SpellChecker(const std::string& language, const QStringList& folders);
+    SpellChecker(const SpellChecker&) = delete;
+    SpellChecker& operator=(const SpellChecker&) = delete;
     ~SpellChecker();
 
     /// Where dictionaries stand on this machine.
     static QStringList usualFolders();
+    /// The names of all dictionaries there, such as "en_GB", sorted.
+    static QStringList dictionaries(const QStringList& folders);
 
     bool isOn() const { return dictionary_ != nullptr; }
     bool isCorrect(const QString& word);

@@ -26,8 +26,7 @@ bool isProse(const QString& word) {
 
 }  // namespace
 
-SpellingMarks::SpellingMarks(BodyEdit& body, SpellChecker& checker)
-    : QObject(&body), body_(body), checker_(checker) {
+SpellingMarks::SpellingMarks(BodyEdit& body) : QObject(&body), body_(body) {
     timer_.setSingleShot(true);
     timer_.setInterval(checkDelay);
     connect(&timer_, &QTimer::timeout, this, &SpellingMarks::mark);
@@ -36,18 +35,22 @@ SpellingMarks::SpellingMarks(BodyEdit& body, SpellChecker& checker)
     connect(&body, &BodyEdit::menuWanted, this, &SpellingMarks::fillMenu);
 }
 
-void SpellingMarks::setOn(bool isOn) {
-    isOn_ = isOn;
+void SpellingMarks::setChecker(SpellChecker* checker) {
+    checker_ = checker;
     mark();
 }
 
+bool SpellingMarks::isOn() const {
+    return checker_ != nullptr && checker_->isOn() && !body_.isReadOnly() && !body_.isLoading();
+}
+
 void SpellingMarks::later() {
-    if (checker_.isOn() && isOn_) timer_.start();
+    if (checker_ != nullptr) timer_.start();
 }
 
 void SpellingMarks::mark() {
     QList<QTextEdit::ExtraSelection> marks;
-    if (checker_.isOn() && isOn_ && !body_.isReadOnly()) {
+    if (isOn()) {
         const int bottom = body_.viewport()->height();
         QTextBlock block = body_.cursorForPosition(QPoint(0, 0)).block();
         QList<QTextCursor> misspelt;
@@ -77,7 +80,7 @@ void SpellingMarks::markBlock(const QTextBlock& block, QList<QTextCursor>& missp
         const int last = block.position() + static_cast<int>(end);
         start = end;
         const bool isBeingTyped = body_.textCursor().position() == last;
-        if (isBeingTyped || !isProse(word) || checker_.isCorrect(word)) continue;
+        if (isBeingTyped || !isProse(word) || checker_->isCorrect(word)) continue;
         const InlineStyle& style = note.styleAt(first);
         if (style.has(HTMLElement::a) || style.has(HTMLElement::code)) continue;
         QTextCursor place(block);
@@ -88,14 +91,14 @@ void SpellingMarks::markBlock(const QTextBlock& block, QList<QTextCursor>& missp
 }
 
 void SpellingMarks::fillMenu(QMenu* menu, int position) {
-    if (!checker_.isOn() || !isOn_ || body_.isReadOnly()) return;
+    if (!isOn()) return;
     QTextCursor place(&body_.note());
     place.setPosition(position);
     place.select(QTextCursor::WordUnderCursor);
     const QString word = place.selectedText();
-    if (!isProse(word) || checker_.isCorrect(word)) return;
+    if (!isProse(word) || checker_->isCorrect(word)) return;
     QAction* const first = menu->actions().isEmpty() ? nullptr : menu->actions().front();
-    for (const QString& suggestion : checker_.suggestions(word)) {
+    for (const QString& suggestion : checker_->suggestions(word)) {
         auto* const action = new QAction(suggestion, menu);
         connect(action, &QAction::triggered, &body_, [this, place, suggestion]() mutable {
             const InlineStyle style = body_.note().styleAt(place.selectionStart());
@@ -105,7 +108,7 @@ void SpellingMarks::fillMenu(QMenu* menu, int position) {
     }
     auto* const accepting = new QAction("Accept “" + word + "”", menu);
     connect(accepting, &QAction::triggered, &body_, [this, word] {
-        checker_.accept(word);
+        checker_->accept(word);
         mark();
     });
     menu->insertAction(first, accepting);

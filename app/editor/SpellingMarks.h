@@ -20,21 +20,22 @@ class SpellingMarks final : public QObject {
     Q_OBJECT
 
 public:
-    /// `checker` outlives it.
-    SpellingMarks(BodyEdit& body, SpellChecker& checker);
+    explicit SpellingMarks(BodyEdit& body);
 
-    void setOn(bool isOn);
+    /// Checks with another dictionary; without one nothing is marked. `checker` outlives it, or
+    /// another one is set before.
+    void setChecker(SpellChecker* checker);
 
 private:
+    bool isOn() const;
     void later();
     void mark();
     void markBlock(const QTextBlock& block, QList<QTextCursor>& misspelt) const;
     void fillMenu(QMenu* menu, int position);
 
     BodyEdit& body_;
-    SpellChecker& checker_;
+    SpellChecker* checker_ = nullptr;
     QTimer timer_;
-    bool isOn_ = true;
 };
 
 }  // namespace tesserine::app

@@ -20,6 +20,23 @@ OwnedAttributes withoutAttribute(const OwnedAttributes& attributes, std::string_
     return kept;
 }
 
+/// Takes a declaration out of the attribute style, which has the form of a stored body.
+void dropDeclaration(InlineMark& mark, std::string_view property) {
+    const auto found = std::ranges::find(mark.attributes, "style", &OwnedAttribute::name);
+    if (found == mark.attributes.end()) return;
+    std::string kept;
+    std::string_view rest = found->value;
+    while (!rest.empty()) {
+        const std::string_view declaration = rest.substr(0, rest.find("; "));
+        rest.remove_prefix(std::min(declaration.size() + 2, rest.size()));
+        if (declaration.substr(0, declaration.find(':')) == property) continue;
+        if (!kept.empty()) kept += "; ";
+        kept += declaration;
+    }
+    found->value = kept;
+    if (kept.empty()) mark.attributes.erase(found);
+}
+
 /// Calls `change(paragraph)` for the selected paragraphs that can be edited.
 template <class Change>
 void changeParagraphs(NoteDocument& document, const QTextCursor& cursor, Change change) {
@@ -54,6 +71,33 @@ void setMark(InlineStyle& style, InlineMark mark) {
     style.marks.push_back(std::move(mark));
 }
 
+void setMark(InlineStyle& style, HTMLElement element, bool isOn) {
+    removeMark(style, element);
+    if (!isOn) return;
+    if (element == HTMLElement::sub) removeMark(style, HTMLElement::sup);
+    if (element == HTMLElement::sup) removeMark(style, HTMLElement::sub);
+    style.marks.push_back({.element = element});
+}
+
+void setColor(InlineStyle& style, ColorUse use, std::string_view color) {
+    const bool isText = use == ColorUse::text;
+    const std::string_view property = isText ? "color" : "background-color";
+    for (InlineMark& mark : style.marks) {
+        dropDeclaration(mark, property);
+    }
+    std::erase_if(style.marks, [&](const InlineMark& mark) {
+        const bool isPlainMark = mark.element == HTMLElement::mark && !isText;
+        const bool isSpan = mark.element == HTMLElement::span || isPlainMark;
+        return isSpan && mark.attributes.empty();
+    });
+    if (color.empty()) return;
+    std::string declaration(property);
+    declaration.append(": ").append(color);
+    style.marks.push_back(
+        {.element = isText ? HTMLElement::span : HTMLElement::mark,
+         .attributes = {{"style", std::move(declaration)}}});
+}
+
 bool hasMark(const NoteDocument& document, const QTextCursor& cursor, HTMLElement element) {
     if (!cursor.hasSelection()) return document.style(cursor.charFormat()).has(element);
     bool isEverywhere = true;
@@ -69,19 +113,6 @@ bool hasMark(const NoteDocument& document, const QTextCursor& cursor, HTMLElemen
         }
     }
     return isEverywhere;
-}
-
-void toggleMark(NoteDocument& document, const QTextCursor& selection, HTMLElement element) {
-    const bool isSet = hasMark(document, selection, element);
-    document.changeStyles(selection, [&](InlineStyle& style) {
-        if (isSet) {
-            removeMark(style, element);
-        } else {
-            setMark(style, {.element = element});
-        }
-        if (!isSet && element == HTMLElement::sub) removeMark(style, HTMLElement::sup);
-        if (!isSet && element == HTMLElement::sup) removeMark(style, HTMLElement::sub);
-    });
 }
 
 void setLink(NoteDocument& document, const QTextCursor& selection, std::string_view address) {
@@ -145,6 +176,15 @@ void toggleBlockStyle(NoteDocument& document, const QTextCursor& cursor, BlockSt
 void setBlockStyle(NoteDocument& document, const QTextCursor& cursor, BlockStyle style) {
     changeParagraphs(
         document, cursor, [&](const Paragraph& paragraph) { return restyled(paragraph, style); });
+}
+
+void setAlignment(
+    NoteDocument& document, const QTextCursor& cursor, AttributedText::Alignment alignment) {
+    changeParagraphs(document, cursor, [&](const Paragraph& paragraph) {
+        Paragraph changed = paragraph;
+        if (kindOf(paragraph) != Kind::codeBlock) changed.alignment = alignment;
+        return changed;
+    });
 }
 
 void insertDivider(NoteDocument& document, QTextCursor& cursor) {

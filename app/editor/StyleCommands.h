@@ -19,6 +19,13 @@ std::vector<QTextBlock> selectedBlocks(const QTextCursor& cursor);
 void removeMark(InlineStyle& style, HTMLElement element);
 /// Puts `mark` in the place of every other mark of its element.
 void setMark(InlineStyle& style, InlineMark mark);
+/// Sets or takes away a mark without attributes; what is above the line cannot be below it.
+void setMark(InlineStyle& style, HTMLElement element, bool isOn);
+
+/// Of words, or of the ground behind them.
+enum class ColorUse { text, highlight };
+/// `color` is "#rrggbb"; an empty one takes away what was chosen.
+void setColor(InlineStyle& style, ColorUse use, std::string_view color);
 
 }  // namespace tesserine::app::editing
 
@@ -30,7 +37,6 @@ namespace editing {
 
 /// Whether all of the selection has the mark; without one, what stands before the cursor.
 bool hasMark(const NoteDocument& document, const QTextCursor& cursor, HTMLElement element);
-void toggleMark(NoteDocument& document, const QTextCursor& selection, HTMLElement element);
 /// Makes the selection a link; an empty address takes links away.
 void setLink(NoteDocument& document, const QTextCursor& selection, std::string_view address);
 /// Takes everything but links away.
@@ -45,6 +51,9 @@ AttributedText::Paragraph restyled(const AttributedText::Paragraph& paragraph, B
 /// Gives the selected paragraphs a style, or makes them plain when all of them have it.
 void toggleBlockStyle(NoteDocument& document, const QTextCursor& cursor, BlockStyle style);
 void setBlockStyle(NoteDocument& document, const QTextCursor& cursor, BlockStyle style);
+/// Aligns the selected paragraphs, but for code.
+void setAlignment(
+    NoteDocument& document, const QTextCursor& cursor, AttributedText::Alignment alignment);
 /// Puts a dividing line behind the cursor's paragraph, and an empty paragraph behind it.
 void insertDivider(NoteDocument& document, QTextCursor& cursor);
 

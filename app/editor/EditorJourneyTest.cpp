@@ -1,0 +1,168 @@
+#include "app/editor/EditorFixture.h"
+#include "app/editor/EditorPreferences.h"
+#include "app/editor/EditorSettings.h"
+#include "app/editor/FindBar.h"
+#include "app/editor/TableDialog.h"
+#include "base/Preferences.h"
+#include "core/model/NoteEntities.h"
+
+#include <QBuffer>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QImage>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTextBlock>
+
+namespace tesserine::app {
+namespace {
+
+/// What somebody does with a note, by keys, clicks and commands.
+class EditorJourney : public test::EditorFixture {
+public:
+    TableDialog& tableDialog() { return *editor.findChild<TableDialog*>("tableDialog"); }
+    void press(QWidget& parent, const QString& button) {
+        for (auto* const found : parent.findChildren<QPushButton*>()) {
+            if (found->text() == button) found->click();
+        }
+    }
+    void fill(int row, int column, const QString& text) {
+        tableDialog().findChild<QTableWidget*>("tableGrid")->item(row, column)->setText(text);
+    }
+    /// A picture of the note, 200 by 100 pixels, as the HTML that shows it.
+    std::string addPicture(CDNote& note) {
+        QImage image(200, 100, QImage::Format_RGB32);
+        image.fill(Qt::darkGreen);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        image.save(&buffer, "PNG");
+        const CDAttachment& picture = environment->attachments().insert(
+            context(), note, {.filename = "green.png", .data = Bytes(bytes.begin(), bytes.end())});
+        context().save();
+        return AttachmentService::bodyElement(picture);
+    }
+    void drag(const QPoint& from, const QPoint& to) {
+        QWidget* const view = editor.body().viewport();
+        QTest::mousePress(view, Qt::LeftButton, {}, from);
+        QTest::mouseMove(view, to);
+        QTest::mouseRelease(view, Qt::LeftButton, {}, to);
+    }
+};
+
+TEST_F(EditorJourney, ATableIsMadeFilledAndChanged) {
+    const CDNote& note = openNote("<p>a|b</p>");
+    commands.trigger("format.table");
+    fill(0, 0, "Kind");
+    fill(1, 0, "Seeds & string");
+    press(tableDialog(), "Remove Column");
+    press(tableDialog(), "Remove Column");
+    press(tableDialog(), "Remove Row");
+    press(tableDialog(), "Done");
+    ASSERT_TRUE(editor.save());
+    const std::string made = *note.html;
+    EXPECT_NE(made.find("<table>"), std::string::npos);
+    EXPECT_TRUE(made.starts_with("<p>ab</p><table><tr>")) << made;
+    settle();
+
+    editor.body().setTextCursor(document().find(QString(QChar::ObjectReplacementCharacter)));
+    commands.trigger("format.table");
+    press(tableDialog(), "Add Row");
+    press(tableDialog(), "Done");
+    EXPECT_NE(html(), made);
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), made);
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), "<p>ab</p>");
+}
+
+TEST_F(EditorJourney, APictureIsDraggedByItsCorner) {
+    CDNote& note = addNote("Plan", "<p>a</p>");
+    const std::string picture = addPicture(note);
+    environment->notes().updateNote(context(), note, {.html = "<p>a</p><p>" + picture + "</p>"});
+    context().save();
+    editor.open(*note.id);
+    const std::string before = html();
+    const int position = document().lastBlock().position();
+    // What is known of a picture is read in the background.
+    const auto width = [&] {
+        QTextCursor left(&document());
+        left.setPosition(position);
+        QTextCursor right(left);
+        right.setPosition(position + 1);
+        return editor.body().cursorRect(right).left() - editor.body().cursorRect(left).left();
+    };
+    ASSERT_TRUE(waitUntil([&] { return width() >= 200; }));
+    editor.body().viewport()->grab();  // paints, and with that knows where the picture stands
+    QTextCursor end(&document());
+    end.setPosition(position + 1);
+    const QPoint corner = editor.body().cursorRect(end).bottomLeft() - QPoint(4, 8);
+    drag(corner, corner + QPoint(60, 20));
+    ASSERT_TRUE(editor.save());
+    EXPECT_NE(note.html->find(" width=\"2"), std::string::npos) << *note.html;
+    EXPECT_EQ(note.html->find("height="), std::string::npos) << "the proportions stay";
+    EXPECT_NEAR(width(), 256, 4);
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), before);
+}
+
+TEST_F(EditorJourney, WhatIsFoundIsReplacedOneAfterTheOther) {
+    openNote("<p>|Tea and tea</p><ul><li><em>tea</em> again</li></ul>");
+    const std::string before = html();
+    commands.trigger("find.replace");
+    auto& bar = *editor.findChild<FindBar*>("findBar");
+    bar.findChild<QLineEdit*>("findField")->setText("tea");
+    bar.findChild<QLineEdit*>("replaceField")->setText("milk");
+    press(bar, "Replace");
+    press(bar, "Replace");
+    EXPECT_EQ(html(), "<p>milk and milk</p><ul><li><em>tea</em> again</li></ul>");
+    press(bar, "Replace");
+    EXPECT_EQ(html(), "<p>milk and milk</p><ul><li><em>milk</em> again</li></ul>");
+    press(bar, "Replace");  // there is nothing left
+    EXPECT_EQ(bar.findChild<QLabel*>()->text(), "Not found");
+    for (int i = 0; i < 3; ++i) {
+        commands.trigger("edit.undo");
+    }
+    EXPECT_EQ(html(), before);
+    press(bar, "Replace All");
+    EXPECT_EQ(html(), "<p>milk and milk</p><ul><li><em>milk</em> again</li></ul>");
+}
+
+TEST_F(EditorJourney, SettingsCountAsSoonAsTheEditorIsSeenAgain) {
+    openNote("<p>|</p>");
+    const double usual = document().defaultFont().pointSizeF();
+    const std::unique_ptr<QWidget> page(makeEditorSettings(*environment, nullptr));
+    const auto choose = [&](std::string_view key, const QString& title) {
+        auto* const box = page->findChild<QComboBox*>(QString::fromUtf8(key.data()));
+        ASSERT_NE(box, nullptr) << key;
+        const int place = box->findText(title);
+        ASSERT_GE(place, 0) << title.toStdString();
+        box->setCurrentIndex(place);
+        emit box->activated(place);
+    };
+    const auto turnOff = [&](std::string_view key) {
+        page->findChild<QCheckBox*>(QString::fromUtf8(key.data()))->click();
+    };
+    choose(EditorPreferences::zoomKey, "150 %");
+    choose(EditorPreferences::fontKey, "Of a typewriter");
+    choose(EditorPreferences::spellingKey, "Off");
+    turnOff(EditorPreferences::shortcutsKey);
+    turnOff(EditorPreferences::wordCountKey);
+    editor.hide();
+    editor.show();
+    editor.body().setFocus();
+    EXPECT_NEAR(document().defaultFont().pointSizeF() / usual, 1.5, 0.01);
+    EXPECT_FALSE(editor.findChild<QLabel*>("wordCount")->isVisible());
+    type("# teh\n---\n");
+    EXPECT_EQ(html(), "<p># teh</p><p>---</p><p></p>");
+    EXPECT_TRUE(editor.body().extraSelections().isEmpty());
+    // What the keys change is kept as well.
+    commands.trigger("view.zoomOut");
+    EXPECT_EQ(environment->preferences().integer(EditorPreferences::zoomKey), 4);
+    commands.trigger("view.zoomReset");
+    EXPECT_FALSE(environment->preferences().integer(EditorPreferences::zoomKey));
+}
+
+}  // namespace
+}  // namespace tesserine::app

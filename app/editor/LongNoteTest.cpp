@@ -1,0 +1,135 @@
+#include "app/editor/EditorFixture.h"
+#include "core/model/NoteEntities.h"
+#include "tests/support/FaultyVFS.h"
+
+#include <QMessageBox>
+
+namespace tesserine::app {
+namespace {
+
+/// A body that is read, shown and written piece by piece; one that ends with `last`.
+std::string longBody(const std::string& last) {
+    std::string body;
+    for (int i = 0; body.size() < 3 * BodyLoader::longBody; ++i) {
+        body += "<h2>Day " + std::to_string(i) + "</h2><p>Rain <strong>again</strong>, tea at four."
+                + "</p><ul><li>seeds</li><li>string</li></ul>";
+    }
+    return body + "<p>" + last + "</p>";
+}
+
+class LongNote : public test::EditorFixture {
+public:
+    CDNote& openLong(const std::string& last) {
+        CDNote& note = addNote(last, longBody(last));
+        editor.open(*note.id);
+        editor.body().setFocus();
+        return note;
+    }
+    bool hasConflict(const CDNote& note) {
+        for (const CDNoteRevision* revision : environment->notes().revisions(note)) {
+            if (revision->reason == "conflict") return true;
+        }
+        return note.hasConflict.valueOr(false);
+    }
+};
+
+TEST_F(LongNote, ComesPieceByPieceAndUnchanged) {
+    const CDNote& note = openLong("end");
+    EXPECT_TRUE(editor.body().isLoading());
+    ASSERT_TRUE(waitUntil([&] { return !editor.body().document()->isEmpty(); }));
+    EXPECT_TRUE(editor.body().isLoading());
+    ASSERT_TRUE(waitUntil([&] { return !editor.body().isLoading(); }));
+    EXPECT_EQ(html(), *note.html);
+    EXPECT_FALSE(document().isUndoAvailable());
+    EXPECT_TRUE(editor.close());
+    EXPECT_EQ(*note.contentVersion, 1);
+}
+
+TEST_F(LongNote, KeepsWhatIsTypedBeforeAllOfItIsThere) {
+    const CDNote& note = openLong("end");
+    type("a");
+    ASSERT_TRUE(waitUntil([&] { return !document().isEmpty(); }));
+    type("b");
+    EXPECT_TRUE(editor.save());
+    std::string expected = longBody("end");
+    expected.insert(expected.find("Day"), "ab");
+    EXPECT_EQ(*note.html, expected);
+}
+
+TEST_F(LongNote, GivesWayToTheNoteThatIsChosenNext) {
+    openLong("first");
+    const CDNote& second = openLong("second");
+    ASSERT_TRUE(waitUntil([&] { return !editor.body().isLoading(); }));
+    EXPECT_EQ(html(), *second.html);
+    openLong("third");
+    CDNote& brief = addNote("Brief", "<p>brief</p>");
+    editor.open(*brief.id);
+    settle();
+    EXPECT_EQ(html(), "<p>brief</p>");
+}
+
+TEST_F(LongNote, IsWrittenWhileTypingGoesOn) {
+    CDNote& note = openLong("end");
+    environment->startWork();
+    type("one ");
+    ASSERT_TRUE(waitUntil([&] {
+        type("x");
+        return *note.contentVersion >= 2;
+    }));
+    type(" last");
+    EXPECT_TRUE(editor.save());
+    EXPECT_EQ(*note.html, html());
+    EXPECT_NE(note.html->find("one x"), std::string::npos);
+    EXPECT_NE(note.html->find("x last"), std::string::npos);
+    EXPECT_FALSE(hasConflict(note));
+    EXPECT_FALSE(document().isModified());
+}
+
+TEST_F(LongNote, IsWrittenWholeBeforeItIsLeft) {
+    CDNote& note = openLong("end");
+    type("kept ");
+    // Left at every moment of being written, also before the end of that was told.
+    for (int milliseconds = 990; milliseconds < 1'100; milliseconds += 10) {
+        QTest::qWait(milliseconds > 990 ? 10 : milliseconds);
+        type("y");
+        CDNote& other = addNote("Other", "<p>other</p>");
+        ASSERT_TRUE(editor.open(*other.id));
+        ASSERT_NE(note.html->find("kept y"), std::string::npos);
+        ASSERT_TRUE(editor.open(*note.id));
+    }
+    EXPECT_FALSE(hasConflict(note));
+}
+
+TEST(LongNoteOnAFullDisk, WaitsUntilItCanBeWritten) {
+    class OnFaultyDisk : public test::WindowFixture {
+        void TestBody() override {}
+    };
+    test::FaultyVFS disk("longNote");
+    OnFaultyDisk fixture;
+    AppSetting setting = fixture.setting();
+    setting.sqliteVFS = disk.name();
+    fixture.open(setting);
+    {
+        Commands commands(fixture.environment->preferences());
+        NoteEditor editor(*fixture.environment, commands);
+        CDNote& note = fixture.addNote("Long", longBody("end"));
+        editor.show();
+        editor.open(*note.id);
+        disk.fail(
+            {.operation = test::FaultyVFS::Operation::write,
+             .fault = test::FaultyVFS::Fault::full,
+             .isLasting = true});
+        QTest::keyClicks(&editor.body(), "typed ");
+        const auto notice = [&] { return editor.findChild<QMessageBox*>("notice"); };
+        ASSERT_TRUE(fixture.waitUntil([&] { return notice() != nullptr; }));
+        EXPECT_FALSE(editor.close());
+        disk.clear();
+        EXPECT_TRUE(editor.close());
+        EXPECT_NE(note.html->find("typed Day 0"), std::string::npos);
+        EXPECT_FALSE(note.hasConflict);
+    }
+    fixture.environment.reset();  // before its disk goes
+}
+
+}  // namespace
+}  // namespace tesserine::app
