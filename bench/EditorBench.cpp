@@ -1,0 +1,212 @@
+// How long the thread of the window is busy at a time while a long note is opened, written in and
+// saved. What a person waits for is the longest of these times, not their sum.
+//
+// Usage: tesserine-editor-bench [WORDS] [KEYS]
+
+#include "app/commands/Commands.h"
+#include "app/editor/BodyEdit.h"
+#include "app/editor/NoteEditor.h"
+#include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
+#include "base/Clock.h"
+#include "base/Random.h"
+#include "bench/GeneratedBody.h"
+#include "bench/Measure.h"
+#include "core/model/NoteEntities.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QTextCursor>
+#include <QTimer>
+
+#include <algorithm>
+#include <functional>
+#include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace tesserine;
+
+constexpr std::size_t bytesPerWord = 6;
+constexpr double longestWait = 60;  // seconds
+
+/// Remembers how long the longest event took, with all that it led to.
+class WatchedApplication final : public QApplication {
+public:
+    using QApplication::QApplication;
+
+    bool notify(QObject* receiver, QEvent* event) override {
+        if (depth_ > 0) return QApplication::notify(receiver, event);
+        bool isHandled = false;
+        ++depth_;
+        const double taken =
+            bench::secondsOf([&] { isHandled = QApplication::notify(receiver, event); });
+        --depth_;
+        longest_ = std::max(longest_, taken);
+        return isHandled;
+    }
+    double takeLongest() { return std::exchange(longest_, 0); }
+
+private:
+    int depth_ = 0;
+    double longest_ = 0;
+};
+
+/// Tells when a widget was painted.
+class PaintWatch final : public QObject {
+public:
+    explicit PaintWatch(QWidget& widget) { widget.installEventFilter(this); }
+    bool isPainted = false;
+
+private:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        isPainted |= event->type() == QEvent::Paint;
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+std::string longBody(std::size_t words) {
+    bench::Dice dice(11);
+    const bench::Vocabulary vocabulary(7, 8000);
+    bench::GeneratedBody body(dice, vocabulary, [] {
+        return bench::GeneratedBody::Target{Uuid(), "Garden"};
+    });
+    body.write(words * bytesPerWord);
+    return body.html();
+}
+
+/// Lets the event loop run, which sleeps while there is nothing to do.
+void runFor(double seconds) {
+    QEventLoop loop;
+    QTimer::singleShot(static_cast<int>(seconds * 1000), &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+void runUntil(const std::function<bool()>& condition) {
+    double waited = 0;
+    while (!condition() && waited < longestWait) {
+        waited += bench::secondsOf([] { runFor(0.002); });
+    }
+}
+
+void pressKey(QWidget& widget, int key, const QString& text) {
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QCoreApplication::sendEvent(&widget, &press);
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QCoreApplication::sendEvent(&widget, &release);
+}
+
+void tell(const std::string& what, double seconds) {
+    std::cout << what << std::string(44 - std::min<std::size_t>(what.size(), 43), ' ')
+              << seconds * 1000 << " ms\n";
+}
+
+/// A window with nothing but an editor, and one long note in it.
+class EditorBench {
+public:
+    EditorBench(WatchedApplication& application, const std::string& folder, std::string body)
+        : application_(application),
+          environment_(
+              {.clock = clock_,
+               .random = random_,
+               .zone = "UTC",
+               .locale = "en_GB",
+               .library = folder + "/Library",
+               .preferencesFile = folder + "/preferences.json"}) {
+        StoreContext& context = environment_.context();
+        const NoteService& notes = environment_.notes();
+        note_ = *notes.createNote(context, {.title = "Long", .html = std::move(body)}).id;
+        context.save();
+        environment_.startWork();
+        environment_.waitForBackground();
+        editor_.resize(1000, 800);
+        editor_.show();
+        QApplication::setActiveWindow(&editor_);
+        runFor(1);
+    }
+
+    void open() {
+        PaintWatch watch(*editor_.body().viewport());
+        application_.takeLongest();
+        const double called = bench::secondsOf([&] { editor_.open(note_); });
+        const double painted = bench::secondsOf([&] { runUntil([&] { return watch.isPainted; }); });
+        tell("opened: call returns", called);
+        tell("opened: first screenful", called + painted);
+        runFor(3);
+        tell("opened: longest event", application_.takeLongest());
+    }
+
+    /// Writes in the middle of the note, and waits until nothing is left to do after each key.
+    void type(int keys) {
+        BodyEdit& body = editor_.body();
+        QTextCursor middle(&body.note());
+        middle.setPosition(body.note().characterCount() / 2);
+        body.setTextCursor(middle);
+        body.setFocus();
+        runFor(2);
+        std::vector<double> times;
+        application_.takeLongest();
+        for (int i = 0; i < keys; ++i) {
+            const bool isSpace = i % 6 == 5;
+            times.push_back(bench::secondsOf([&] {
+                pressKey(
+                    body,
+                    isSpace ? Qt::Key_Space : Qt::Key_A,
+                    isSpace ? QString(" ") : QString("a"));
+                QCoreApplication::processEvents();
+            }));
+            runFor(0.03);
+        }
+        tell("typed: a key, median", bench::median(times));
+        tell("typed: a key, 99 of 100", bench::quantile(times, 0.99));
+        tell("typed: a key, longest", bench::quantile(times, 1));
+        runFor(3);
+        tell("typed and saved meanwhile: longest event", application_.takeLongest());
+    }
+
+    void save() {
+        pressKey(editor_.body(), Qt::Key_B, "b");
+        tell("saved: on leaving", bench::secondsOf([&] { editor_.save(); }));
+        bool isSaved = false;
+        QObject::connect(&editor_, &app::NoteEditor::saved, &editor_, [&] { isSaved = true; });
+        pressKey(editor_.body(), Qt::Key_B, "b");
+        application_.takeLongest();
+        runUntil([&] { return isSaved; });
+        runFor(0.5);
+        tell("saved: while writing, longest event", application_.takeLongest());
+    }
+
+private:
+    using BodyEdit = app::BodyEdit;
+
+    WatchedApplication& application_;
+    SystemClock clock_;
+    SecureRandom random_;
+    app::AppEnvironment environment_;
+    app::Commands commands_{environment_.preferences()};
+    app::NoteEditor editor_{environment_, commands_};
+    Uuid note_;
+};
+
+}  // namespace
+
+int main(int count, char** words) {
+    WatchedApplication application(count, words);
+    const app::Theme theme(application);
+    const QStringList arguments = QApplication::arguments();
+    const QTemporaryDir folder;
+    EditorBench bench(
+        application,
+        folder.path().toStdString(),
+        longBody(arguments.value(1, "100000").toULongLong()));
+    bench.open();
+    bench.type(arguments.value(2, "300").toInt());
+    bench.save();
+    return 0;
+}
