@@ -43,10 +43,17 @@ OnboardingPage::OnboardingPage(const std::filesystem::path& proposed, QWidget* p
         tr("Bring in a folder of Markdown or an export of another program. What was there stays "
            "as it is."),
         middle);
+    auto* const signIn = new ChoiceCard(
+        "sync",
+        tr("Sign In"),
+        tr("Fetch the library that another computer of yours keeps in step with a service."),
+        middle);
     fresh->setObjectName("startFresh");
     bringIn->setObjectName("importNotes");
+    signIn->setObjectName("signInFirst");
     connect(fresh, &ChoiceCard::clicked, this, [this] { emit freshStartChosen(folder_); });
     connect(bringIn, &ChoiceCard::clicked, this, [this] { emit importChosen(folder_); });
+    connect(signIn, &ChoiceCard::clicked, this, [this] { emit signInChosen(folder_); });
 
     auto* const change = new QPushButton(tr("Choose Another Folder"), middle);
     connect(change, &QPushButton::clicked, this, &OnboardingPage::chooseFolder);
@@ -74,6 +81,7 @@ OnboardingPage::OnboardingPage(const std::filesystem::path& proposed, QWidget* p
     column->addSpacing(space::huge);
     column->addWidget(fresh);
     column->addWidget(bringIn);
+    column->addWidget(signIn);
     column->addSpacing(space::huge);
     column->addLayout(placeRow);
     column->addStretch(3);

@@ -22,6 +22,8 @@ signals:
     void freshStartChosen(const QString& folder);
     /// Make a library in the folder and bring notes in from elsewhere.
     void importChosen(const QString& folder);
+    /// Make a library in the folder that is to be filled by sync, and show the way in.
+    void signInChosen(const QString& folder);
 
 private:
     void chooseFolder();

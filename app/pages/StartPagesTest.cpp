@@ -31,13 +31,21 @@ TEST(OnboardingPage, BeginsByKeysAloneAndWritesNothingItself) {
     QObject::connect(&page, &OnboardingPage::importChosen, &page, [&](const QString& folder) {
         chosen.push_back("import " + folder.toStdString());
     });
+    QObject::connect(&page, &OnboardingPage::signInChosen, &page, [&](const QString& folder) {
+        chosen.push_back("sign in " + folder.toStdString());
+    });
     page.show();
     QTest::keyClick(page.focusWidget(), Qt::Key_Return);
     QTest::keyClick(page.focusWidget(), Qt::Key_Tab);
     QTest::keyClick(page.focusWidget(), Qt::Key_Space);
+    QTest::keyClick(page.focusWidget(), Qt::Key_Tab);
+    QTest::keyClick(page.focusWidget(), Qt::Key_Space);
     EXPECT_EQ(
         chosen,
-        (std::vector<std::string>{"fresh " + library.string(), "import " + library.string()}));
+        (std::vector<std::string>{
+            "fresh " + library.string(),
+            "import " + library.string(),
+            "sign in " + library.string()}));
     EXPECT_FALSE(std::filesystem::exists(library));
 }
 

@@ -41,6 +41,19 @@ TEST_F(SyncControlTest, ASignInByTheBrowserBringsBothSidesInStep) {
     EXPECT_TRUE(waitUntil([&] { return context().find<CDNote>(later) != nullptr; }));
 }
 
+TEST_F(SyncControlTest, NewsOfTheServiceBringsAChangeAtOnce) {
+    AppSetting rare = environment->setting();
+    rare.syncInterval = std::chrono::hours(1);
+    open(rare);
+    line.isOpen = true;
+    signIn();
+    test::SyncDevice other(server);
+    const Uuid note = *other.addNote("From the other computer", "<p>x</p>").id;
+    ASSERT_EQ(other.sync(), "");
+    line.tell(R"({"type":"changes","seq":1000})");
+    EXPECT_TRUE(waitUntil([&] { return context().find<CDNote>(note) != nullptr; }));
+}
+
 TEST_F(SyncControlTest, AnAbandonedSignInTakesNoCallback) {
     environment->startWork();
     ASSERT_TRUE(waitFor(Phase::signedOut));

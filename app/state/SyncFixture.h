@@ -2,13 +2,17 @@
 
 #include "app/state/SyncControl.h"
 #include "app/state/WindowFixture.h"
+#include "base/OperationCancelled.h"
 #include "sync/SyncService.h"
 #include "tests/fakeserver/FakeSyncServer.h"
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace tesserine::test {
 
@@ -38,6 +42,35 @@ private:
     InMemorySecrets kept_;
 };
 
+/// The live channel of a service in memory; closed until a test opens it.
+class LiveLine {
+public:
+    void listen(const WebSocketHandler& handler, const std::stop_token& stop) {
+        if (!isOpen) throw WebSocketError(WebSocketError::Kind::unreachable, "no live news");
+        handler.opened();
+        for (;;) {
+            std::unique_lock lock(mutex_);
+            came_.wait(lock, stop, [this] { return !message_.empty(); });
+            if (stop.stop_requested()) throw OperationCancelled();
+            const std::string message = std::exchange(message_, {});
+            lock.unlock();
+            handler.received(message);
+        }
+    }
+    void tell(const std::string& message) {
+        const std::scoped_lock lock(mutex_);
+        message_ = message;
+        came_.notify_all();
+    }
+
+    std::atomic<bool> isOpen = false;
+
+private:
+    std::mutex mutex_;
+    std::condition_variable_any came_;
+    std::string message_;
+};
+
 /// A window's environment with a service in memory to sync with, which it looks at twenty times a
 /// second.
 class SyncFixture : public WindowFixture {
@@ -52,8 +85,8 @@ public:
             [](const WebSocketRequest&, const WebSocketHandler&, const std::stop_token&) {
                 throw WebSocketError(WebSocketError::Kind::unreachable, "there is none");
             };
-        given.socket = [](const auto&, const auto&, const auto&) {
-            throw WebSocketError(WebSocketError::Kind::unreachable, "no live news");
+        given.socket = [this](const auto&, const auto& handler, const auto& stop) {
+            line.listen(handler, stop);
         };
         given.secrets = &keyring;
         given.syncInterval = std::chrono::milliseconds(50);
@@ -88,6 +121,7 @@ public:
     }
 
     FakeSyncServer server;
+    LiveLine line;
     LockableSecrets keyring;
     std::atomic<int> requests = 0;
     std::optional<HTTPReply> failure;  // set it while nothing is asked
