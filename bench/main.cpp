@@ -1,3 +1,4 @@
+#include "bench/AskJobs.h"
 #include "bench/BodyJobs.h"
 #include "bench/ExportJobs.h"
 #include "bench/ImportJobs.h"
@@ -63,6 +64,10 @@ constexpr auto jobs = std::to_array<Job>({
      [](const Arguments& arguments) {
          return indexJobs(
              arguments.folder / "bench-coordinator", arguments.noteCount, arguments.rounds);
+     }},
+    {"ask",
+     [](const Arguments& arguments) {
+         return askJobs(arguments.folder / "bench-ask", arguments.noteCount, arguments.rounds);
      }},
     {"search",
      [](const Arguments& arguments) {
