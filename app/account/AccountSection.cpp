@@ -39,13 +39,19 @@ AccountSection::AccountSection(AppEnvironment& environment, QWidget* parent)
     connect(syncNow_, &QPushButton::clicked, this, [&control] { control.syncNow(); });
     connect(answer_, &QPushButton::clicked, this, &AccountSection::answerQuestion);
     connect(&control, &SyncControl::changed, this, &AccountSection::follow);
-    connect(&control, &SyncControl::failed, this, &AccountSection::showFailure);
+    connect(&control, &SyncControl::failed, this, [this](const QString& sentence) {
+        account_->setEnabled(true);
+        showFailure(sentence);
+    });
     follow();
 }
 
 void AccountSection::follow() {
     const SyncState& state = environment().syncControl().state();
-    if (!state.account || environment().sync() == nullptr) return;
+    if (!state.account || environment().sync() == nullptr) {
+        account_->setEnabled(true);
+        return showFailure({});
+    }
     const QString address = QString::fromStdString(environment().sync()->client().baseURL());
     account_->setTexts(QString::fromStdString(state.account->email), QUrl(address).host());
     const SyncWords words = SyncWords::of(state, environment().now(), environment().calendar());

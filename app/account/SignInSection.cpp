@@ -3,9 +3,11 @@
 #include "app/look/PageParts.h"
 #include "app/state/SyncControl.h"
 
+#include <QDesktopServices>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace tesserine::app {
@@ -24,6 +26,8 @@ SignInSection::SignInSection(AppEnvironment& environment, QWidget* parent)
     ended_->setObjectName("sessionEnded");
     column().addWidget(ended_);
     signIn_->setObjectName("signIn");
+    signIn_->setDefault(false);  // Return in the field of the address is not meant for it
+    signIn_->setAutoDefault(false);
     column().addWidget(signIn_, 0, Qt::AlignLeft);
 
     auto* const waiting = makeText(
@@ -56,12 +60,15 @@ SignInSection::SignInSection(AppEnvironment& environment, QWidget* parent)
 
 void SignInSection::signIn() {
     showFailure({});
-    emit pageWanted(environment().syncControl().beginSignIn());
+    const QString page = environment().syncControl().beginSignIn();
+    if (QDesktopServices::openUrl(QUrl(page))) return;
+    showFailure(tr("No browser could be opened. Open this address in one: %1").arg(page));
 }
 
 void SignInSection::follow() {
     SyncControl& control = environment().syncControl();
     const QString sentence = QString::fromStdString(control.state().sentence);
+    if (control.state().account) showFailure({});
     ended_->setText(sentence);
     ended_->setVisible(!sentence.isEmpty() && !control.isSigningIn());
     signIn_->setVisible(!control.isSigningIn());

@@ -2,10 +2,6 @@
 
 #include "app/account/Section.h"
 
-#include <QString>
-
-class QStackedWidget;
-
 namespace tesserine::app {
 
 /// What sync is for, and the way in: by a page in the browser, which calls the program back.
@@ -14,10 +10,6 @@ class SignInSection final : public Section {
 
 public:
     SignInSection(AppEnvironment& environment, QWidget* parent);
-
-signals:
-    /// This page of the service is to be opened in a browser.
-    void pageWanted(const QString& address);
 
 private:
     void follow();

@@ -11,9 +11,7 @@
 #include "app/look/PageParts.h"
 #include "app/state/SyncControl.h"
 
-#include <QDesktopServices>
 #include <QLabel>
-#include <QUrl>
 #include <QVBoxLayout>
 
 namespace tesserine::app {
@@ -41,9 +39,6 @@ SyncSettings::SyncSettings(AppEnvironment& environment, QWidget* parent)
         addWide(section);
     }
     connect(&environment.syncControl(), &SyncControl::changed, this, &SyncSettings::follow);
-    connect(signIn_, &SignInSection::pageWanted, this, [](const QString& address) {
-        QDesktopServices::openUrl(QUrl(address));
-    });
     follow();
 }
 

@@ -45,12 +45,12 @@ TEST_F(SyncControlTest, NewsOfTheServiceBringsAChangeAtOnce) {
     AppSetting rare = environment->setting();
     rare.syncInterval = std::chrono::hours(1);
     open(rare);
-    line.isOpen = true;
+    live.isOpen = true;
     signIn();
     test::SyncDevice other(server);
     const Uuid note = *other.addNote("From the other computer", "<p>x</p>").id;
     ASSERT_EQ(other.sync(), "");
-    line.tell(R"({"type":"changes","seq":1000})");
+    live.tell(R"({"type":"changes","seq":1000})");
     EXPECT_TRUE(waitUntil([&] { return context().find<CDNote>(note) != nullptr; }));
 }
 

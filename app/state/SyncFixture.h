@@ -86,7 +86,7 @@ public:
                 throw WebSocketError(WebSocketError::Kind::unreachable, "there is none");
             };
         given.socket = [this](const auto&, const auto& handler, const auto& stop) {
-            line.listen(handler, stop);
+            live.listen(handler, stop);
         };
         given.secrets = &keyring;
         given.syncInterval = std::chrono::milliseconds(50);
@@ -121,7 +121,7 @@ public:
     }
 
     FakeSyncServer server;
-    LiveLine line;
+    LiveLine live;
     LockableSecrets keyring;
     std::atomic<int> requests = 0;
     std::optional<HTTPReply> failure;  // set it while nothing is asked
