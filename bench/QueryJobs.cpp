@@ -5,6 +5,7 @@
 #include "bench/NoteGenerator.h"
 #include "bench/RawDatabase.h"
 #include "bench/SampleLibrary.h"
+#include "search/MatchExpression.h"
 #include "search/SearchEngine.h"
 #include "search/SearchFilters.h"
 
@@ -115,7 +116,10 @@ std::vector<Job> jobsFor(SearchIndex& index, const NoteGenerator& generator) {
     const std::string rare(rareWord);
     const std::string phrase = phraseIn(generator, words.heldBy(notes * 0.01));
     const std::string beginning = common.substr(0, 4);
-    const auto quoted = [](const std::string& text) { return "\"" + text + "\""; };
+    // What our statement asks for, in the columns that it asks.
+    const auto written = [](const std::string& text) {
+        return match::in(match::writtenColumns, "\"" + text + "\"");
+    };
     const auto job = [&](const char* name,
                          const std::string& query,
                          Search raw,
@@ -127,21 +131,23 @@ std::vector<Job> jobsFor(SearchIndex& index, const NoteGenerator& generator) {
     return {
         job("common word",
             common,
-            {.match = quoted(common), .strict = quoted(common)},
+            {.match = written(common), .strict = written(common)},
             commonRatio),
-        job("middling word", middling, {.match = quoted(middling), .strict = quoted(middling)}),
-        job("rare word", rare, {.match = quoted(rare), .strict = quoted(rare)}),
+        job("middling word", middling, {.match = written(middling), .strict = written(middling)}),
+        job("rare word", rare, {.match = written(rare), .strict = written(rare)}),
         job("two words",
             common + " " + middling,
-            {.match = quoted(common) + " AND " + quoted(middling),
-             .strict = quoted(common + " " + middling)}),
-        job("phrase", quoted(phrase), {.match = quoted(phrase)}, sameRatio),
+            {.match = written(common) + " AND " + written(middling),
+             .strict = written(common + " " + middling)}),
+        job("phrase", "\"" + phrase + "\"", {.match = written(phrase)}, sameRatio),
         job("prefix",
             beginning + "*",
-            {.match = quoted(beginning) + "*", .strict = quoted(beginning)}),
+            {.match = written(beginning) + "*", .strict = written(beginning)}),
         job("negated",
             middling + " -" + common,
-            {.match = quoted(middling), .strict = quoted(middling), .negated = {quoted(common)}}),
+            {.match = written(middling),
+             .strict = written(middling),
+             .negated = {written(common)}}),
     };
 }
 

@@ -138,8 +138,8 @@ bool SearchEngine::findPartsOfWords(Run& run) {
     run.isOutOfTime = false;
     run.response.matchedPartsOfWords = isFound;
     if (!isFound) return false;
-    setting_.index.perform(
-        [&](SQLiteDatabase& index) { markParts(index, parts, run.response.results); });
+    SearchIndex& index = setting_.index;
+    index.perform([&](SQLiteDatabase& /*open*/) { markParts(index, parts, run.response.results); });
     std::ranges::for_each(run.response.results, showWhatMatched);
     return true;
 }
@@ -204,7 +204,8 @@ CompiledQuery SearchEngine::compile(const Query& query, std::int64_t limit) {
 /// Runs a compiled query; tells whether it has results, which are then those of the response.
 bool SearchEngine::take(Run& run, const CompiledQuery& compiled) {
     std::vector<SearchResult> results;
-    const bool isFinished = finishes(run, [&](SQLiteDatabase& index) {
+    SearchIndex& index = setting_.index;
+    const bool isFinished = finishes(run, [&] {
         results = readResults(index, compiled.search, run.now);
         if (!compiled.attachmentsWithAll) return;
         const bool isAny = readAttachmentMatches(index, *compiled.attachmentsWithAll, results);
@@ -222,18 +223,18 @@ bool SearchEngine::take(Run& run, const CompiledQuery& compiled) {
 std::int64_t SearchEngine::count(Run& run, const Query& query) {
     const CompiledQuery compiled = compile(query, run.limit);
     std::int64_t found = 0;
-    finishes(run, [&](SQLiteDatabase& index) { found = countResults(index, compiled.search); });
+    finishes(run, [&] { found = countResults(setting_.index, compiled.search); });
     return found;
 }
 
 /// Runs `body` on the index's queue in the time that is left.
-bool SearchEngine::finishes(Run& run, const std::function<void(SQLiteDatabase&)>& body) {
+bool SearchEngine::finishes(Run& run, const std::function<void()>& body) {
     const auto left =
         std::chrono::duration_cast<std::chrono::milliseconds>(run.end - setting_.clock.monotonic());
     if (left.count() <= 0) run.isOutOfTime = true;
     if (run.isOutOfTime) return false;
     run.isOutOfTime = !setting_.index.perform(
-        [&](SQLiteDatabase& index) { return index.finishesWithin(left, [&] { body(index); }); });
+        [&](SQLiteDatabase& index) { return index.finishesWithin(left, body); });
     return !run.isOutOfTime;
 }
 

@@ -71,7 +71,7 @@ private:
     CompiledQuery compile(const Query& query, std::int64_t limit);
     bool take(Run& run, const CompiledQuery& compiled);
     std::int64_t count(Run& run, const Query& query);
-    bool finishes(Run& run, const std::function<void(SQLiteDatabase&)>& body);
+    bool finishes(Run& run, const std::function<void()>& body);
     std::optional<std::string> correction(const QueryText& word);
     const TermDictionary& dictionary();
 

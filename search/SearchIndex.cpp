@@ -103,6 +103,7 @@ void SearchIndex::open() {
 }
 
 void SearchIndex::close() {
+    recent_.clear();
     batchWriter_.reset();
     database_.reset();
 }

@@ -4,6 +4,7 @@
 #include "base/SerialQueue.h"
 #include "base/sqlite/SQLiteDatabase.h"
 #include "search/IndexDocument.h"
+#include "search/RecentStatements.h"
 
 #include <atomic>
 #include <cstdint>
@@ -57,6 +58,9 @@ public:
             return queue_.call<Result>([&]() -> Result { return body(database()); });
         }
     }
+
+    /// A statement of a search, prepared; see `RecentStatements`. To be called on the queue.
+    Statement& prepared(const std::string& sql) { return recent_.prepared(database(), sql); }
 
     /// Puts the document in the place of its older self. What it wrote before it failed stays:
     /// group what must be whole in a `batch`.
@@ -181,6 +185,7 @@ private:
     std::unique_ptr<SQLiteDatabase> database_;
     std::optional<SQLiteDatabase::Error> failure_;  // why there is none
     std::unique_ptr<IndexWriter> batchWriter_;      // holds its statements from batch to batch
+    RecentStatements recent_;
     std::int64_t openings_ = 0;
     std::uint64_t tidyGeneration_ = 0;                    // when `tidyUp` last did something
     std::pair<std::uint64_t, std::uint64_t> identity_{};  // device and inode that were opened

@@ -2,7 +2,6 @@
 
 #include "search/MarkedText.h"
 #include "search/SearchFilters.h"
-#include "search/SearchIndex.h"
 
 #include <unordered_map>
 #include <utility>
@@ -14,21 +13,36 @@ namespace {
 /// Words in a snippet that SQLite does not make.
 constexpr std::size_t snippetWords = 14;
 
-Statement prepared(SQLiteDatabase& index, const BoundSQL& bound) {
-    Statement statement = index.prepare(bound.sql);
-    int parameter = 0;
-    for (const SQLValue& value : bound.bindings) {
-        ++parameter;
-        if (const auto* text = std::get_if<std::string>(&value)) {
-            statement.bindText(parameter, *text);
-        } else if (const auto* number = std::get_if<double>(&value)) {
-            statement.bindDouble(parameter, *number);
-        } else {
-            statement.bindInteger(parameter, std::get<std::int64_t>(value));
+/// The rows of a statement; reset at the end, since one in the middle of its rows keeps the file as
+/// it was then.
+class Rows {
+public:
+    Rows(SearchIndex& index, const BoundSQL& bound) : statement_(index.prepared(bound.sql)) {
+        int parameter = 0;
+        for (const SQLValue& value : bound.bindings) {
+            bind(++parameter, value);
         }
     }
-    return statement;
-}
+    Rows(const Rows&) = delete;
+    Rows& operator=(const Rows&) = delete;
+    ~Rows() { statement_.reset(); }
+
+    bool next() { return statement_.step(); }
+    const Statement& row() const { return statement_; }
+
+private:
+    void bind(int parameter, const SQLValue& value) {
+        if (const auto* text = std::get_if<std::string>(&value)) {
+            statement_.bindText(parameter, *text);
+        } else if (const auto* number = std::get_if<double>(&value)) {
+            statement_.bindDouble(parameter, *number);
+        } else {
+            statement_.bindInteger(parameter, std::get<std::int64_t>(value));
+        }
+    }
+
+    Statement& statement_;
+};
 
 std::string textOf(const Statement& row, int column) { return row.text(column).value_or(""); }
 
@@ -78,28 +92,27 @@ SearchResult resultOf(const Statement& row) {
 }
 
 /// Whether more documents match than are wanted, whatever the filters leave of them.
-bool matchesMore(SQLiteDatabase& index, const Search& search) {
-    Statement& next = index.cached("SELECT 1 FROM fts WHERE fts MATCH ? LIMIT 1 OFFSET ?");
-    next.bindText(1, *search.match);
-    next.bindInteger(2, search.limit);
-    const bool isMore = next.step();
-    next.reset();
-    return isMore;
+bool matchesMore(SearchIndex& index, const Search& search) {
+    return Rows(
+               index,
+               {"SELECT 1 FROM fts WHERE fts MATCH ? LIMIT 1 OFFSET ?",
+                {*search.match, search.limit}})
+        .next();
 }
 
 void readInto(
-    std::vector<SearchResult>& results, SQLiteDatabase& index, const Search& search, Instant now) {
+    std::vector<SearchResult>& results, SearchIndex& index, const Search& search, Instant now) {
     const bool isRankedFirst = isQuickerRankedFirst(search) && matchesMore(index, search);
-    Statement rows = prepared(
+    Rows rows(
         index, isRankedFirst ? rankedFirstStatement(search, now) : searchStatement(search, now));
-    while (rows.step()) {
-        results.push_back(resultOf(rows));
+    while (rows.next()) {
+        results.push_back(resultOf(rows.row()));
     }
 }
 
 }  // namespace
 
-std::vector<SearchResult> readResults(SQLiteDatabase& index, const Search& search, Instant now) {
+std::vector<SearchResult> readResults(SearchIndex& index, const Search& search, Instant now) {
     std::vector<SearchResult> results;
     const bool isBrowse = !search.match && search.sort == SearchSort::relevance;
     if (!isBrowse) {
@@ -127,30 +140,31 @@ void showWhatMatched(SearchResult& result) {
 }
 
 void markParts(
-    SQLiteDatabase& index,
-    const std::vector<std::string>& parts,
-    std::vector<SearchResult>& results) {
-    Statement stored = index.prepare(
-        "SELECT body, attachments FROM fts WHERE rowid = (SELECT rowid FROM docs WHERE uid = ?)");
+    SearchIndex& index, const std::vector<std::string>& parts, std::vector<SearchResult>& results) {
     for (SearchResult& result : results) {
         result.highlightedTitle = marked::mark(result.title, parts);
-        stored.bindText(1, result.id.text());
-        if (stored.step()) {
-            result.snippet = marked::excerpt(marked::mark(stored.textView(0), parts), snippetWords);
-            result.highlightedAttachments =
-                marked::excerpt(marked::mark(stored.textView(1), parts), snippetWords);
-        }
-        stored.reset();
+        Rows stored(
+            index,
+            {"SELECT body, attachments FROM fts "
+             "WHERE rowid = (SELECT rowid FROM docs WHERE uid = ?)",
+             {result.id.text()}});
+        if (!stored.next()) continue;
+        const auto excerpt = [&](int column) {
+            return marked::excerpt(
+                marked::mark(stored.row().textView(column), parts), snippetWords);
+        };
+        result.snippet = excerpt(0);
+        result.highlightedAttachments = excerpt(1);
     }
 }
 
-std::int64_t countResults(SQLiteDatabase& index, const Search& search) {
-    Statement count = prepared(index, countStatement(search));
-    return count.step() ? count.integer(0) : 0;
+std::int64_t countResults(SearchIndex& index, const Search& search) {
+    Rows count(index, countStatement(search));
+    return count.next() ? count.row().integer(0) : 0;
 }
 
 bool readAttachmentMatches(
-    SQLiteDatabase& index, const std::string& expression, std::vector<SearchResult>& results) {
+    SearchIndex& index, const std::string& expression, std::vector<SearchResult>& results) {
     std::unordered_map<std::string, SearchResult*> owners;
     std::vector<std::string> uids;
     for (SearchResult& result : results) {
@@ -159,17 +173,18 @@ bool readAttachmentMatches(
         owners[uids.back()] = &result;
     }
     if (uids.empty()) return false;
-    Statement rows = prepared(index, attachmentStatement(expression, uids));
+    Rows matches(index, attachmentStatement(expression, uids));
     bool isAny = false;
-    while (rows.step()) {
-        owners.at(textOf(rows, 0))
+    while (matches.next()) {
+        const Statement& row = matches.row();
+        owners.at(textOf(row, 0))
             ->attachments.push_back(
-                {.id = Uuid::parse(textOf(rows, 1)).value_or(Uuid{}),
-                 .filename = textOf(rows, 2),
-                 .mimeType = textOf(rows, 3),
-                 .snippet = textOf(rows, 4),
-                 .highlightedFilename = textOf(rows, 5),
-                 .score = rows.real(6)});
+                {.id = Uuid::parse(textOf(row, 1)).value_or(Uuid{}),
+                 .filename = textOf(row, 2),
+                 .mimeType = textOf(row, 3),
+                 .snippet = textOf(row, 4),
+                 .highlightedFilename = textOf(row, 5),
+                 .score = row.real(6)});
         isAny = true;
     }
     return isAny;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/sqlite/SQLiteDatabase.h"
+#include "search/SearchIndex.h"
 #include "search/SearchResponse.h"
 #include "search/SearchStatement.h"
 
@@ -13,7 +13,7 @@
 namespace tesserine {
 
 /// The results of `search`, without their attachments; snippets are those of the body.
-std::vector<SearchResult> readResults(SQLiteDatabase& index, const Search& search, Instant now);
+std::vector<SearchResult> readResults(SearchIndex& index, const Search& search, Instant now);
 
 /// When nothing matched in the body, its beginning says nothing: the snippet becomes that of the
 /// files, tags or notebook that did match.
@@ -22,15 +22,13 @@ void showWhatMatched(SearchResult& result);
 /// Marks `parts` in the titles and in an excerpt of the text of each of `results`, which were found
 /// by them and not by the words of the index.
 void markParts(
-    SQLiteDatabase& index,
-    const std::vector<std::string>& parts,
-    std::vector<SearchResult>& results);
+    SearchIndex& index, const std::vector<std::string>& parts, std::vector<SearchResult>& results);
 
 /// How many there are, counted no further than the limit.
-std::int64_t countResults(SQLiteDatabase& index, const Search& search);
+std::int64_t countResults(SearchIndex& index, const Search& search);
 
 /// Gives each of `results` its attachments that match `expression`; tells whether there was any.
 bool readAttachmentMatches(
-    SQLiteDatabase& index, const std::string& expression, std::vector<SearchResult>& results);
+    SearchIndex& index, const std::string& expression, std::vector<SearchResult>& results);
 
 }  // namespace tesserine

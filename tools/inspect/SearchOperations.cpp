@@ -90,7 +90,7 @@ value run(const object& input) {
     const Instant now = Instant::fromSeconds(number(member(input, "now"), "now"));
     const Search search = searchOf(input);
     const auto results =
-        index.perform([&](SQLiteDatabase& open) { return readResults(open, search, now); });
+        index.perform([&](SQLiteDatabase& /*open*/) { return readResults(index, search, now); });
 
     object output{{"uids", boost::json::array()}, {"scores", boost::json::array()}};
     for (const SearchResult& result : results) {
