@@ -7,6 +7,7 @@
 #include "bench/QueryJobs.h"
 #include "bench/RecurrenceJobs.h"
 #include "bench/SentenceJobs.h"
+#include "bench/ServiceJobs.h"
 #include "bench/StoreJobs.h"
 #include "bench/TaskJobs.h"
 
@@ -72,6 +73,10 @@ constexpr auto jobs = std::to_array<Job>({
     {"search",
      [](const Arguments& arguments) {
          return queryJobs(arguments.folder / "bench-index", arguments.noteCount, arguments.rounds);
+     }},
+    {"service",
+     [](const Arguments& arguments) {
+         return serviceJobs(arguments.folder / "bench-service", arguments.rounds);
      }},
 });
 

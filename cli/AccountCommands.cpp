@@ -4,6 +4,7 @@
 #include "cli/Presentation.h"
 #include "cli/Session.h"
 #include "cli/SyncAccess.h"
+#include "sync/AccountValues.h"
 #include "sync/SyncEngine.h"
 
 #include <boost/json/array.hpp>
@@ -121,7 +122,7 @@ ExitStatus devices(Session& session, const Arguments& arguments) {
 }
 
 ExitStatus createToken(Session& session, SyncService& service, const std::string& label) {
-    const APITokenCreated token = service.client().createAPIToken(label, session.stop());
+    const auto token = NewAPIToken::of(service.client().createAPIToken(label, session.stop()));
     if (session.output().isJSON()) {
         session.output().json({{"id", token.id}, {"label", token.label}, {"token", token.token}});
         return ExitStatus::done;
@@ -151,17 +152,18 @@ ExitStatus tokens(Session& session, const Arguments& arguments) {
             {.title = "Made"},
             {.title = "Last used"},
             {.title = "ID"}}};
-    for (const APITokenInfo& token : service->client().apiTokens(session.stop())) {
+    for (const APITokenInfo& info : service->client().apiTokens(session.stop())) {
+        const APIToken token = APIToken::of(info);
         list.push_back(
             {{"id", token.id},
              {"label", token.label},
              {"createdAt", token.createdAt.iso()},
-             {"lastUsed", isoOrNull(token.lastUsedAt)},
-             {"expiresAt", isoOrNull(token.expiresAt)}});
+             {"lastUsed", isoOrNull(token.lastUsed)},
+             {"expiresAt", isoOrNull(info.expiresAt)}});
         table.rows.push_back(
             {token.label,
              session.localTime(token.createdAt),
-             localText(session, token.lastUsedAt),
+             localText(session, token.lastUsed),
              token.id});
     }
     if (session.output().isJSON()) {
@@ -172,14 +174,58 @@ ExitStatus tokens(Session& session, const Arguments& arguments) {
     return ExitStatus::done;
 }
 
+boost::json::value bytesOrNull(const std::optional<std::int64_t>& bytes) {
+    return bytes ? boost::json::value(*bytes) : boost::json::value(nullptr);
+}
+
+/// "2.1 MB of 10 MB"; without a limit the amount alone.
+std::string meter(std::int64_t used, const std::optional<std::int64_t>& limit) {
+    const auto text = [](std::int64_t bytes) {
+        return byteText(static_cast<std::uint64_t>(std::max<std::int64_t>(bytes, 0)));
+    };
+    return text(used) + (limit ? " of " + text(*limit) : "");
+}
+
+ExitStatus storage(Session& session, const Arguments&) {
+    const auto service = syncService(session);
+    const SyncStateResponse state = service->client().state(session.stop());
+    const BlobUsage files = service->client().blobUsage(session.stop());
+    const std::int64_t records = state.recordBytes.value_or(0) + state.revisionBytes.value_or(0);
+    if (session.output().isJSON()) {
+        session.output().json(
+            {{"records", state.records},
+             {"recordBytes", bytesOrNull(state.recordBytes)},
+             {"revisionBytes", bytesOrNull(state.revisionBytes)},
+             {"recordQuotaBytes", bytesOrNull(state.recordQuotaBytes)},
+             {"files", bytesOrNull(files.files)},
+             {"fileBytes", bytesOrNull(files.bytes)},
+             {"fileQuotaBytes", bytesOrNull(files.quotaBytes)}});
+        return ExitStatus::done;
+    }
+    showField(session, "Notes", meter(records, state.recordQuotaBytes));
+    showField(session, "Files", meter(files.bytes.value_or(0), files.quotaBytes));
+    return ExitStatus::done;
+}
+
 ExitStatus share(Session& session, const Arguments& arguments) {
     CDNote& note = resolveNote(session, arguments.word(0));
     const auto service = syncService(session);
-    const ShareLink link = service->client().createShare(*note.id, session.stop());
+    SyncClient& client = service->client();
+    const bool onlyLooks = arguments.has("status");
+    const NoteShare share = onlyLooks ? NoteShare::of(client.shareStatus(*note.id, session.stop()))
+                                      : NoteShare::of(client.createShare(*note.id, session.stop()));
     if (session.output().isJSON()) {
-        session.output().json({{"url", link.url}, {"createdAt", link.createdAt.iso()}});
+        session.output().json(
+            {{"isShared", share.isShared},
+             {"url", share.url ? boost::json::value(*share.url) : nullptr},
+             {"createdAt", isoOrNull(share.createdAt)}});
+    } else if (share.url) {
+        session.output().line(oneLine(*share.url));
+    } else if (share.isShared) {
+        const std::string since = localText(session, share.createdAt);
+        session.output().line("Shared since " + since + ".");
     } else {
-        session.output().line(oneLine(link.url));
+        session.output().line("Not shared.");
     }
     return ExitStatus::done;
 }
@@ -224,6 +270,11 @@ std::vector<Command> accountCommands() {
              {{.name = "sign-out", .value = "ID", .summary = "Sign this device out instead"}},
          .example = "tesserine account devices",
          .run = devices},
+        {.path = "account storage",
+         .summary = "Shows how much the account keeps at the service, and how much it may keep",
+         .access = Access::none,
+         .example = "tesserine account storage",
+         .run = storage},
         {.path = "account tokens",
          .summary = "Lists the account's personal API tokens",
          .access = Access::none,
@@ -237,6 +288,11 @@ std::vector<Command> accountCommands() {
         {.path = "note share",
          .summary = "Shares a note under a public address and prints it",
          .arguments = {{.name = "NOTE"}},
+         .options =
+             {{.name = "status",
+               .value = "",
+               .summary = "Only tell whether it is shared; the address was shown once"}},
+         .details = "A note that is shared already gets another address; the old one ends.",
          .example = "tesserine note share 'Packing list'",
          .run = share},
         {.path = "note unshare",

@@ -71,7 +71,7 @@ std::optional<std::string> Accounts::signIn(const std::string& email, const std:
     Bytes salt(saltSize);
     Bytes key;
     int rounds = passwordRounds_;
-    database_.transact([&](SQLiteDatabase& database) {
+    database_.read([&](SQLiteDatabase& database) {
         Statement& select =
             database.cached("SELECT id, salt, key, rounds FROM users WHERE email = ?");
         select.bindText(1, normalised(email));
@@ -185,10 +185,9 @@ std::optional<std::string> Accounts::signOut(const std::string& refreshToken) {
 
 std::optional<Caller> Accounts::callerWith(const std::string& token) {
     const std::string digest = digestOf(token);
-    return database_.transact([&](SQLiteDatabase& database) {
-        auto device = deviceWith(database, digest);
-        return device ? device : scriptWith(database, digest);
-    });
+    const auto device =
+        database_.read([&](SQLiteDatabase& database) { return deviceWith(database, digest); });
+    return device ? device : scriptWith(digest);
 }
 
 std::optional<Caller> Accounts::deviceWith(SQLiteDatabase& database, const std::string& digest) {
@@ -204,27 +203,34 @@ std::optional<Caller> Accounts::deviceWith(SQLiteDatabase& database, const std::
     return caller;
 }
 
-std::optional<Caller> Accounts::scriptWith(SQLiteDatabase& database, const std::string& digest) {
-    Statement& select =
-        database.cached("SELECT user, id, lastUsed FROM apiTokens WHERE digest = ?");
-    select.bindText(1, digest);
-    if (!select.step()) return std::nullopt;
-    Caller caller{
-        .user = select.text(0).value_or(""),
-        .session = select.text(1).value_or(""),
-        .isDevice = false};
-    const auto lastUsed = dateIn(select, 2);
-    select.reset();
-    if (lastUsed && clock_.now() - *lastUsed < useInterval) return caller;
-    Statement& update = database.cached("UPDATE apiTokens SET lastUsed = ? WHERE id = ?");
-    update.bindDouble(1, clock_.now().seconds());
-    update.bindText(2, caller.session);
-    update.step();
+std::optional<Caller> Accounts::scriptWith(const std::string& digest) {
+    std::optional<Instant> lastUsed;
+    const auto caller = database_.read([&](SQLiteDatabase& database) -> std::optional<Caller> {
+        Statement& select =
+            database.cached("SELECT user, id, lastUsed FROM apiTokens WHERE digest = ?");
+        select.bindText(1, digest);
+        if (!select.step()) return std::nullopt;
+        Caller found{
+            .user = select.text(0).value_or(""),
+            .session = select.text(1).value_or(""),
+            .isDevice = false};
+        lastUsed = dateIn(select, 2);
+        select.reset();
+        return found;
+    });
+    const bool isNoted = lastUsed && clock_.now() - *lastUsed < useInterval;
+    if (!caller || isNoted) return caller;
+    database_.transact([&](SQLiteDatabase& database) {
+        Statement& update = database.cached("UPDATE apiTokens SET lastUsed = ? WHERE id = ?");
+        update.bindDouble(1, clock_.now().seconds());
+        update.bindText(2, caller->session);
+        update.step();
+    });
     return caller;
 }
 
 std::vector<DeviceSessionInfo> Accounts::sessions(const Caller& caller) {
-    return database_.transact([&](SQLiteDatabase& database) {
+    return database_.read([&](SQLiteDatabase& database) {
         std::vector<DeviceSessionInfo> list;
         Statement& select = database.cached(
             "SELECT id, label, lastUsed FROM sessions WHERE user = ? ORDER BY lastUsed DESC");
@@ -273,7 +279,7 @@ APITokenCreated Accounts::createAPIToken(const std::string& user, const std::str
 }
 
 std::vector<APITokenInfo> Accounts::apiTokens(const std::string& user) {
-    return database_.transact([&](SQLiteDatabase& database) {
+    return database_.read([&](SQLiteDatabase& database) {
         std::vector<APITokenInfo> list;
         Statement& select = database.cached(
             "SELECT id, label, created, lastUsed FROM apiTokens WHERE user = ? ORDER BY created");

@@ -63,7 +63,7 @@ private:
     TokenResponse issue(
         SQLiteDatabase& database, const std::string& session, const std::string& refresh);
     std::optional<Caller> deviceWith(SQLiteDatabase& database, const std::string& digest);
-    std::optional<Caller> scriptWith(SQLiteDatabase& database, const std::string& digest);
+    std::optional<Caller> scriptWith(const std::string& digest);
 
     ServerDatabase& database_;
     const Clock& clock_;

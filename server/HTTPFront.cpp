@@ -141,10 +141,11 @@ struct HTTPFront::Sockets {
           threads(2, mostThreads(options)),
           socket(listeningSocket(options)),
           server(new Factory(answering), threads, socket, parameters(options)) {
+        service.live().open();
         server.start();
     }
     ~Sockets() {
-        service.endListening();
+        service.live().close();
         server.stopAll(true);
     }
 

@@ -71,6 +71,11 @@ void LiveHub::ended(const std::string& session) {
     }
 }
 
+void LiveHub::open() {
+    const std::scoped_lock lock(mutex_);
+    isClosed_ = false;
+}
+
 void LiveHub::close() {
     const std::scoped_lock lock(mutex_);
     isClosed_ = true;

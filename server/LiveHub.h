@@ -58,7 +58,9 @@ public:
     void changed(const std::string& user, std::int64_t seq);
     /// Tells the device of a session or personal token that is no more.
     void ended(const std::string& session);
-    /// Tells everybody that the service ends.
+    /// Lets devices in again after `close`.
+    void open();
+    /// Tells everybody that the service ends, and lets nobody in.
     void close();
 
 private:

@@ -60,7 +60,7 @@ PushResult refusal(
 ChangesResponse Records::changes(const std::string& user, std::int64_t since, std::int64_t limit) {
     constexpr std::int64_t mostAtOnce = 1'000;
     constexpr std::size_t bytesAtOnce = std::size_t{8} << 20;
-    return database_.transact([&](SQLiteDatabase& database) {
+    return database_.read([&](SQLiteDatabase& database) {
         ChangesResponse page{.changes = {}, .seq = since, .head = headOf(database, user)};
         Statement& select = database.cached(
             std::string("SELECT ") + columns
@@ -205,7 +205,7 @@ SyncStateResponse Records::measured(SQLiteDatabase& database, const std::string&
 }
 
 SyncStateResponse Records::state(const std::string& user) {
-    return database_.transact([&](SQLiteDatabase& database) {
+    return database_.read([&](SQLiteDatabase& database) {
         SyncStateResponse state = measured(database, user);
         state.recordQuotaBytes = quotas_.records;
         return state;
@@ -213,11 +213,11 @@ SyncStateResponse Records::state(const std::string& user) {
 }
 
 std::int64_t Records::head(const std::string& user) {
-    return database_.transact([&](SQLiteDatabase& database) { return headOf(database, user); });
+    return database_.read([&](SQLiteDatabase& database) { return headOf(database, user); });
 }
 
 std::vector<RecordRevision> Records::revisions(const std::string& user, const Uuid& record) {
-    return database_.transact([&](SQLiteDatabase& database) {
+    return database_.read([&](SQLiteDatabase& database) {
         std::vector<RecordRevision> list;
         Statement& select = database.cached(
             "SELECT kind, reason, updated, payload FROM revisions WHERE user = ? AND id = ? "
@@ -236,11 +236,11 @@ std::vector<RecordRevision> Records::revisions(const std::string& user, const Uu
 }
 
 std::optional<SyncRecord> Records::record(const std::string& user, const Uuid& id) {
-    return database_.transact([&](SQLiteDatabase& database) { return find(database, user, id); });
+    return database_.read([&](SQLiteDatabase& database) { return find(database, user, id); });
 }
 
 std::vector<std::string> Records::referencesTo(const std::string& user, const std::string& digest) {
-    return database_.transact([&](SQLiteDatabase& database) {
+    return database_.read([&](SQLiteDatabase& database) {
         std::vector<std::string> ids;
         Statement& select =
             database.cached("SELECT id FROM records WHERE user = ? AND sha256 = ? AND deleted = 0");

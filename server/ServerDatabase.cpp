@@ -35,15 +35,83 @@ constexpr const char* schema = R"sql(
     CREATE INDEX IF NOT EXISTS revisionsOfRecord ON revisions (user, id);
 )sql";
 
-}  // namespace
-
-ServerDatabase::ServerDatabase(const std::filesystem::path& folder)
-    : database_(
+SQLiteDatabase opened(const std::filesystem::path& folder) {
+    return {
         folder / "service.sqlite",
         {.file = "service's data",
          .query = "A query of the service",
-         .synchronous = SQLiteDatabase::Synchronous::full}) {
-    database_.execute(schema);
+         .synchronous = SQLiteDatabase::Synchronous::full}};
+}
+
+/// Ends with its scope what was begun with "BEGIN"; nothing was written.
+class Reading {
+public:
+    explicit Reading(SQLiteDatabase& database) : database_(database) { database.execute("BEGIN"); }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+    ~Reading() {
+        try {
+            database_.execute("ROLLBACK");
+        } catch (const SQLiteDatabase::Error&) {}  // it had ended by itself
+    }
+
+private:
+    SQLiteDatabase& database_;
+};
+
+}  // namespace
+
+ServerDatabase::ServerDatabase(const std::filesystem::path& folder)
+    : writer_(opened(folder)), reader_(opened(folder)) {
+    writer_.execute(schema);
+}
+
+void ServerDatabase::runReading(const Work& work) {
+    const std::scoped_lock lock(reading_);
+    const Reading reading(reader_);
+    work(reader_);
+}
+
+void ServerDatabase::runWithOthers(const Work& work) {
+    Part part{.work = work};
+    std::unique_lock lock(mutex_);
+    waiting_.push_back(&part);
+    ended_.wait(lock, [&] { return part.isEnded || !isWriting_; });
+    if (!part.isEnded) {
+        isWriting_ = true;
+        const auto parts = std::exchange(waiting_, {});
+        lock.unlock();
+        perform(parts);
+        lock.lock();
+        for (Part* const one : parts) {
+            one->isEnded = true;
+        }
+        isWriting_ = false;
+        ended_.notify_all();
+    }
+    if (part.error) std::rethrow_exception(part.error);
+}
+
+/// All of them in one transaction; one that fails takes only its own back.
+void ServerDatabase::perform(const std::vector<Part*>& parts) {
+    try {
+        writer_.transaction([&] {
+            for (Part* const part : parts) {
+                writer_.execute("SAVEPOINT part");
+                try {
+                    part->work(writer_);
+                } catch (...) {
+                    part->error = std::current_exception();
+                    writer_.execute("ROLLBACK TO part");
+                }
+                writer_.execute("RELEASE part");
+            }
+        });
+    } catch (...) {
+        for (Part* const part : parts) {
+            part->error = std::current_exception();
+        }
+    }
 }
 
 }  // namespace tesserine::server

@@ -486,7 +486,7 @@ HTTPReply Service::unshare(const Exchange& exchange) {
 
 HTTPReply Service::shareStatus(const Exchange& exchange) {
     const Uuid note = exchange.identifier();
-    return replied(database_.transact([&](SQLiteDatabase& database) {
+    return replied(database_.read([&](SQLiteDatabase& database) {
         Statement& find = database.cached("SELECT created FROM shares WHERE user = ? AND note = ?");
         find.bindText(1, exchange.caller.user);
         find.bindText(2, note.wireText());
@@ -503,7 +503,7 @@ HTTPReply Service::sharedNote(const Exchange& exchange) {
         std::string user;
         std::optional<Uuid> note;
     };
-    const Shared shared = database_.transact([&](SQLiteDatabase& database) {
+    const Shared shared = database_.read([&](SQLiteDatabase& database) {
         Statement& find = database.cached("SELECT user, note FROM shares WHERE digest = ?");
         find.bindText(1, Accounts::digestOf(exchange.parameters.at(0)));
         Shared found;

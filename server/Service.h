@@ -63,8 +63,7 @@ public:
         HTTPReply refusal{};    ///< without a seat
     };
     Listening listen(const std::string& token, const std::string& from);
-    /// Asks all who listen to leave.
-    void endListening() { live_.close(); }
+    LiveHub& live() { return live_; }
 
 private:
     struct Exchange;

@@ -11,7 +11,8 @@ bool SyncSchedule::isDue(std::int64_t transaction) {
     const nanoseconds now = clock_.monotonic();
     if (transaction != known_) {
         known_ = transaction;
-        const nanoseconds rested = lastSuccess_ ? *lastSuccess_ + afterChange : now;
+        hasChange_ = true;
+        const nanoseconds rested = lastSent_ ? *lastSent_ + afterChange : now;
         next_ = std::min(next_, std::max(now, rested));
     }
     const bool isPaused = pauseUntil_ && now < *pauseUntil_;
@@ -29,7 +30,9 @@ void SyncSchedule::hear(const LiveNews& news, std::int64_t cursor) {
         if (news.seq > cursor) wake();
         return;
     case LiveNews::Kind::signedOut: return wake();
-    case LiveNews::Kind::opened:  // some may have been missed before
+    case LiveNews::Kind::opened:  // the server is there again, and some may have been missed
+        if (!isPauseAsked_) pauseUntil_.reset();
+        [[fallthrough]];
     case LiveNews::Kind::unknown:
         next_ = std::min<nanoseconds>(next_, clock_.monotonic() + afterChange);
         return;
@@ -39,8 +42,10 @@ void SyncSchedule::hear(const LiveNews& news, std::int64_t cursor) {
 
 void SyncSchedule::succeeded(std::int64_t transaction) {
     known_ = transaction;
-    lastSuccess_ = clock_.monotonic();
-    next_ = *lastSuccess_ + interval_;
+    const nanoseconds now = clock_.monotonic();
+    if (hasChange_) lastSent_ = now;
+    hasChange_ = false;
+    next_ = now + interval_;
     pauseUntil_.reset();
     pause_ = Seconds(0);
 }
@@ -48,6 +53,7 @@ void SyncSchedule::succeeded(std::int64_t transaction) {
 void SyncSchedule::failed(const SyncError& error) {
     const Seconds longer = pause_.count() == 0 ? Seconds(firstPause) : pause_ * 2;
     pause_ = std::min(longer, Seconds(longestPause));
+    isPauseAsked_ = error.problem().retryAfter.has_value();
     const Seconds asked = error.problem().retryAfter.value_or(pause_);
     const Seconds capped = std::min(asked, Seconds(longestPause));
     pauseUntil_ = clock_.monotonic() + duration_cast<nanoseconds>(capped);

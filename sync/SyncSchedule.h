@@ -17,7 +17,7 @@ public:
     /// How often to ask `isDue`.
     static constexpr std::chrono::milliseconds look{250};
     /// The first change after a quiet time is due at once; those that follow wait for so long after
-    /// the last synchronisation, so that each of them takes many keys along.
+    /// the last one was sent, so that many keys go together.
     static constexpr std::chrono::seconds afterChange{2};
     static constexpr std::chrono::minutes interval{5};
     static constexpr std::chrono::seconds firstPause{5};  // doubles with every failure
@@ -43,9 +43,11 @@ private:
     const Clock& clock_;
     const std::chrono::nanoseconds interval_;
     std::chrono::nanoseconds next_{0};
-    std::optional<std::chrono::nanoseconds> lastSuccess_;
-    std::int64_t known_ = 0;  // the last transaction that was seen
+    std::optional<std::chrono::nanoseconds> lastSent_;  // when a change of ours was synchronised
+    bool hasChange_ = false;                            // since then
+    std::int64_t known_ = 0;                            // the last transaction that was seen
     std::optional<std::chrono::nanoseconds> pauseUntil_;
+    bool isPauseAsked_ = false;  // by the server
     Seconds pause_{0};
 };
 

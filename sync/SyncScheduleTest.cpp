@@ -27,6 +27,11 @@ TEST(SyncSchedule, ComesSoonAfterAChangeAndElseEveryFewMinutes) {
     EXPECT_FALSE(schedule.isDue(4));
     clock.advance(seconds(1));
     EXPECT_TRUE(schedule.isDue(4)) << "typing on does not put it off for ever";
+    schedule.succeeded(4);
+    clock.advance(seconds(10));
+    schedule.wake();
+    schedule.succeeded(5);  // brought only what others changed
+    EXPECT_TRUE(schedule.isDue(6));
 }
 
 TEST(SyncSchedule, HearsOfChangesAtOnceAndOfTheRestOnceInAWhile) {
@@ -46,6 +51,15 @@ TEST(SyncSchedule, HearsOfChangesAtOnceAndOfTheRestOnceInAWhile) {
     clock.advance(seconds(1));
     schedule.hear({.kind = Kind::unknown}, 7);
     EXPECT_EQ(schedule.untilDue(), seconds(1)) << "one pull for all of them";
+
+    schedule.failed(SyncError::offline());
+    schedule.hear({.kind = Kind::unknown}, 7);
+    EXPECT_EQ(schedule.untilDue(), seconds(5));
+    schedule.hear({.kind = Kind::opened}, 7);
+    EXPECT_EQ(schedule.untilDue(), seconds(1)) << "the server is there again";
+    schedule.failed(SyncError::server({.status = 503, .retryAfter = Seconds(30)}));
+    schedule.hear({.kind = Kind::opened}, 7);
+    EXPECT_EQ(schedule.untilDue(), seconds(30)) << "it asked for time";
 }
 
 TEST(SyncSchedule, WaitsLongerAfterEveryFailureAndAsLongAsTheServerAsks) {
