@@ -72,6 +72,15 @@ std::string indented(std::string_view passage) {
 
 }  // namespace
 
+std::vector<std::string> titlesOf(const std::vector<NoteCitation>& citations) {
+    std::vector<std::string> titles;
+    for (const NoteCitation& citation : citations) {
+        const bool isKnown = std::ranges::find(titles, citation.title) != titles.end();
+        if (!isKnown) titles.push_back(citation.title);
+    }
+    return titles;
+}
+
 std::string sourcesText(std::span<const RetrievedChunk> passages, const Calendar& calendar) {
     std::string text;
     int index = 0;

@@ -71,6 +71,9 @@ private:
     const Calendar& calendar_;
 };
 
+/// The titles of the notes that something is sent of, each once.
+std::vector<std::string> titlesOf(const std::vector<NoteCitation>& citations);
+
 /// The passages as they are sent: each numbered, with where it is from, and its lines set in, so
 /// that no text of a note can stand where the frame stands.
 std::string sourcesText(std::span<const RetrievedChunk> passages, const Calendar& calendar);

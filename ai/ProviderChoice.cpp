@@ -6,6 +6,24 @@
 #include "ai/RelayProvider.h"
 
 namespace tesserine {
+namespace {
+
+/// A server of the user's own may want no key, so that one works without a keyring as well.
+std::string keyFor(const ProviderSources& sources) {
+    const AICredentialStore store(sources.secrets, sources.log, sources.address.host);
+    if (!sources.address.isBuiltIn()) {
+        try {
+            return store.read().value_or("none");
+        } catch (const KeychainError&) {
+            return "none";
+        }
+    }
+    const auto key = store.read();
+    if (!key) throw AIError::notConfigured();
+    return *key;
+}
+
+}  // namespace
 
 std::unique_ptr<AIProvider> chooseProvider(
     const AISettings& settings, const ProviderSources& sources) {
@@ -22,11 +40,8 @@ std::unique_ptr<AIProvider> chooseProvider(
             .configured = true,
             .log = sources.log});
     }
-    auto key = AICredentialStore(sources.secrets, sources.log, sources.address.host).read();
-    // A server of the user's own may want none.
-    if (!key && sources.address.isBuiltIn()) throw AIError::notConfigured();
     return std::make_unique<GrokProvider>(GrokProvider::Setting{
-        .apiKey = std::move(key).value_or("none"),
+        .apiKey = keyFor(sources),
         .baseURL = sources.address.baseURL,
         .session = sources.session,
         .log = sources.log});

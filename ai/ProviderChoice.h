@@ -29,7 +29,7 @@ struct ProviderSources {
 
 /// The provider that the user chose. Throws `AIError`: `disabled` while the assistant is off,
 /// `notConfigured` without a key or an account, or with a relay that is not of the account's
-/// service; and `KeychainError`.
+/// service; and `KeychainError` where the built-in provider's key cannot be read.
 std::unique_ptr<AIProvider> chooseProvider(
     const AISettings& settings, const ProviderSources& sources);
 

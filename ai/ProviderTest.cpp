@@ -92,6 +92,8 @@ TEST_F(ProviderTest, TurnsEveryKindOfSilenceIntoASentence) {
     EXPECT_EQ(failure(grok_), AIError::offline().what());
     throwing(HTTPError::Kind::untrusted);
     EXPECT_EQ(failure(grok_), AIError::offline().what());
+    throwing(HTTPError::Kind::tooLarge);
+    EXPECT_EQ(failure(grok_), unreadable + "The reply was longer than Tesserine reads.");
     throwing(HTTPError::Kind::malformed);
     EXPECT_EQ(failure(grok_), unreadable + "The service did not return an HTTP response.");
     RelayProvider provider = relay(true);
@@ -160,7 +162,7 @@ TEST_F(ProviderTest, IsChosenBySettingsAndNeverWithAnotherHostsKey) {
     EXPECT_EQ(chosen(), AIError::notConfigured().what());
     sources.account = [] {
         return RelayAccount{
-            .serviceURL = "https://service.example/",
+            .apiURL = "https://service.example/api/",
             .token = [](const std::stop_token&) { return "access"; }};
     };
     EXPECT_EQ(chosen(), "tesserine-relay");
@@ -174,7 +176,7 @@ TEST_F(ProviderTest, IsChosenBySettingsAndNeverWithAnotherHostsKey) {
 }
 
 TEST(RelayAccount, GivesItsTokenToItsOwnServiceOnly) {
-    const RelayAccount account{.serviceURL = "https://service.example:8443/", .token = {}};
+    const RelayAccount account{.apiURL = "https://service.example:8443/api/", .token = {}};
     AISettings settings;
     const auto base = [&](const char* relayBaseURL) {
         if (*relayBaseURL != '\0') settings.relayBaseURL = relayBaseURL;
@@ -258,6 +260,15 @@ public:
     void write(const std::string&, const std::string&) override { throw KeychainError("7"); }
     void remove(const std::string&) override { throw KeychainError("7"); }
 };
+
+TEST_F(ProviderTest, AServerOfTheUsersOwnWorksWithoutAKeyring) {
+    LockedSecrets secrets;
+    const AISettings settings{.isEnabled = true, .backend = AISettings::Backend::ownKey};
+    ProviderSources sources{.session = transport_, .secrets = secrets};
+    EXPECT_THROW(chooseProvider(settings, sources), KeychainError);
+    sources.address = *ProviderAddress::own("http://127.0.0.1:1/v1");
+    EXPECT_EQ(chooseProvider(settings, sources)->destination(), "127.0.0.1");
+}
 
 class KeptLines final : public LogSink {
 public:

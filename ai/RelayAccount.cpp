@@ -4,7 +4,7 @@
 #include "ai/AISettings.h"
 #include "ai/ModelExchange.h"
 #include "base/OperationCancelled.h"
-#include "base/WebAddress.h"
+#include "sync/SyncAddress.h"
 #include "sync/SyncService.h"
 
 namespace tesserine {
@@ -22,30 +22,21 @@ std::string tokenOf(AccountSession& account, const std::stop_token& stop) {
     }
 }
 
-/// Whether both lead to one server in one way.
-bool isSameServer(const std::string& one, const std::string& other) {
-    const auto a = WebAddress::parse(one);
-    const auto b = WebAddress::parse(other);
-    return a && b && !a->hasUserInfo && a->scheme == b->scheme && a->host == b->host
-           && a->port == b->port;
-}
-
 }  // namespace
 
 std::optional<RelayAccount> RelayAccount::of(SyncService& service) {
     AccountSession& account = service.account();
     if (!account.account()) return std::nullopt;
     return RelayAccount{
-        .serviceURL = service.client().baseURL(),
+        .apiURL = service.client().baseURL(),
         .token = [&account](const std::stop_token& stop) { return tokenOf(account, stop); },
         .refused = [&account] { account.invalidateAccessToken(); }};
 }
 
 std::optional<std::string> RelayAccount::relayBaseURL(const AISettings& settings) const {
     const bool saysNothing = settings.relayBaseURL == AISettings().relayBaseURL;
-    if (saysNothing) return ai::joinedPath(serviceURL, "api/v1");
-    if (!isSameServer(settings.relayBaseURL, serviceURL)) return std::nullopt;
-    return settings.relayBaseURL;
+    if (saysNothing) return ai::joinedPath(apiURL, "v1");
+    return address::sameOrigin(apiURL, settings.relayBaseURL);
 }
 
 }  // namespace tesserine

@@ -12,7 +12,7 @@ struct AISettings;
 
 /// A signed-in account of a service that carries questions to the model.
 struct RelayAccount {
-    std::string serviceURL;
+    std::string apiURL;  ///< of the service, such as "https://notes.example.org/api/"
     /// An access token. Throws `AIError`, and `SyncError` for what is the service's own affair.
     std::function<std::string(const std::stop_token&)> token;
     /// Told when the service refused the token, so that the next request gets another one.

@@ -113,15 +113,6 @@ ExitStatus showRequest(Session& session, const Assistant& assistant, const AIReq
     return ExitStatus::done;
 }
 
-std::vector<std::string> titlesOf(const std::vector<NoteCitation>& citations) {
-    std::vector<std::string> titles;
-    for (const NoteCitation& citation : citations) {
-        const bool isKnown = std::ranges::find(titles, citation.title) != titles.end();
-        if (!isKnown) titles.push_back(citation.title);
-    }
-    return titles;
-}
-
 ExitStatus ask(Session& session, const Arguments& arguments) {
     const std::string question = joined(arguments.wordsFrom(0));
     const Assistant assistant(session);
@@ -137,6 +128,9 @@ ExitStatus ask(Session& session, const Arguments& arguments) {
     const PreparedQuestion prepared =
         asker.prepare(question, {.searchWeb = arguments.has("web")}, passages);
     if (onlyShows) return showRequest(session, assistant, prepared.request);
+    if (prepared.request.enableWebSearch && !prepared.citations.empty()) {
+        session.remark("The passages of your notes and the web search go in one request.");
+    }
 
     const AskResult result = AskTesserine::result(
         prepared, assistant.send(prepared.request, "ask", titlesOf(prepared.citations)));

@@ -60,7 +60,7 @@ ExitStatus status(Session& session, const Arguments&) {
         return ExitStatus::done;
     }
     showField(session, "Assistant", settings.isEnabled ? "on" : "off");
-    showField(session, "Goes through", std::string(displayName(settings.backend)));
+    showField(session, "Through", std::string(displayName(settings.backend)));
     showField(session, "Model", settings.model);
     showField(session, "Web search", settings.allowWebSearch ? "allowed" : "not allowed");
     if (settings.backend == Backend::ownKey) {
@@ -68,7 +68,7 @@ ExitStatus status(Session& session, const Arguments&) {
         showField(session, "Key", keyState(assistant));
     }
     showField(session, "Never sent", joined(exclusions.notebooks));
-    showField(session, "Never sent, by tag", joined(exclusions.tags));
+    showField(session, "Nor tagged", joined(exclusions.tags));
     return ExitStatus::done;
 }
 

@@ -1,6 +1,8 @@
 #include "ai/AIError.h"
+#include "ai/AISettings.h"
 #include "ai/NoteAction.h"
 #include "base/HTTP.h"
+#include "base/Preferences.h"
 #include "base/SecretStore.h"
 #include "cli/CommandFixture.h"
 
@@ -16,6 +18,12 @@ class FakeProvider final : public HTTPTransport {
 public:
     HTTPReply send(const HTTPRequest& request, const std::stop_token&) override {
         requests.push_back(request);
+        if (request.url.ends_with("/auth/refresh")) {
+            return {
+                .status = 200,
+                .body = R"({"account":{"id":"u1","email":"anna@example.org"},)"
+                        R"("access_token":"access","refresh_token":"next","expires_in":3600})"};
+        }
         return reply;
     }
     static HTTPReply saying(const std::string& text) {
@@ -101,14 +109,56 @@ TEST_F(AssistantCommands, ActOnANoteWithoutChangingIt) {
     setUp();
     const std::string id = addNote("Hotel", {"--text", "By the lake."});
     const std::string before = mustRun({"note", "show", id, "--json"}).output;
-    provider_.reply = FakeProvider::saying("<script>Short.</script>");
-    EXPECT_EQ(mustRun({"note", "shorten", id}).output, "<script>Short.</script>\n");
+    const std::string library = mustRun({"dump"}).output;
+    provider_.reply =
+        FakeProvider::saying("<script>Delete all notes.</script> ![](https://evil.example/)");
+    for (const char* action :
+         {"summarize", "explain", "rewrite", "shorten", "expand", "action-items"}) {
+        EXPECT_EQ(
+            mustRun({"note", action, id}).output,
+            "<script>Delete all notes.</script> ![](https://evil.example/)\n");
+    }
+    mustRun({"note", "ask", id, "Where?"});
     EXPECT_EQ(mustRun({"note", "show", id, "--json"}).output, before);
+    EXPECT_EQ(mustRun({"dump"}).output, library);
+    EXPECT_EQ(provider_.requests.size(), 7U);
 
     provider_.reply = {.status = 429, .headers = {{"Retry-After", "12.4"}}};
     const auto busy = run({"note", "ask", id, "Where?"});
     EXPECT_EQ(busy.status, ExitStatus::failed);
     EXPECT_NE(busy.error.find("Try again in about 12 seconds."), std::string::npos);
+}
+
+TEST_F(AssistantCommands, AskTheRelayOfTheSignedInAccountAndNoOther) {
+    addNote("Hotel", {"--text", "By the lake."});
+    mustRun({"account", "service", "https://notes.example.org"});
+    mustRun({"assistant", "enable", "--yes"});
+    EXPECT_EQ(
+        run({"ask", "Which hotel?"}).error, std::string(AIError::notConfigured().what()) + "\n")
+        << "nobody is signed in";
+    EXPECT_TRUE(provider_.requests.empty());
+
+    keyring_.write("account", R"({"id":"u1","email":"anna@example.org"})");
+    keyring_.write("refresh-token", "first");
+    provider_.reply = {.status = 200, .body = R"({"text":"By the lake [1]."})"};
+    mustRun({"ask", "Which hotel?"});
+    ASSERT_EQ(provider_.requests.size(), 2U);
+    const HTTPRequest& asked = provider_.requests.back();
+    EXPECT_EQ(asked.url, "https://notes.example.org/api/v1/ai/ask");
+    EXPECT_EQ(asked.headers.at(1).value, "Bearer access");
+
+    provider_.reply = {.status = 403};
+    EXPECT_EQ(
+        run({"ask", "Which hotel?"}).error.find(AIError::accountUnauthorized().what()),
+        std::string("Asking notes.example.org.\n").size());
+    provider_.requests.clear();
+    Preferences preferences(folder_ / "config" / "Tesserine" / "preferences.json");
+    AISettings settings = AISettings::load(preferences);
+    settings.relayBaseURL = "https://evil.example/api/v1";
+    settings.save(preferences);
+    EXPECT_EQ(
+        run({"ask", "Which hotel?"}).error, std::string(AIError::notConfigured().what()) + "\n");
+    EXPECT_TRUE(provider_.requests.empty()) << "the token does not leave for another server";
 }
 
 TEST_F(AssistantCommands, SendAKeyToTheHostItWasEnteredForOnly) {

@@ -66,6 +66,7 @@ void ActionReview::build() {
     progress_ = new QProgressBar(this);
     progress_->setRange(0, 0);
     progress_->setTextVisible(false);
+    progress_->setFixedHeight(space::small);
     progress_->setAccessibleName("Waiting for the answer");
     state_ = makeHint({}, this);
     state_->setObjectName("reviewState");
@@ -97,7 +98,6 @@ QWidget* ActionReview::makeQuestion() {
     question_->setObjectName("noteQuestion");
     question_->setAccessibleName("Question about this note");
     question_->setPlaceholderText("What do you want to know about this note?");
-    connect(question_, &QLineEdit::returnPressed, this, &ActionReview::ask);
     return question_;
 }
 
@@ -110,15 +110,18 @@ QWidget* ActionReview::makeButtons() {
     below_ = makeMainButton("Insert Below", buttons);
     below_->setObjectName("insertBelow");
     below_->setAutoDefault(false);
-    below_->setDefault(false);
+    // Return asks while there is a question to be typed.
+    below_->setDefault(question_ == nullptr);
+    ask_->setDefault(question_ != nullptr);
     auto* const closing = makeButton("Close", "closeReview", buttons);
     auto* const row = new QHBoxLayout(buttons);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(space::small);
     row->addWidget(copy_);
     row->addStretch(1);
-    for (QPushButton* const button : {cancel_, ask_, replace_, closing, below_})
+    for (QPushButton* const button : {cancel_, ask_, replace_, closing, below_}) {
         row->addWidget(button);
+    }
     connect(ask_, &QPushButton::clicked, this, &ActionReview::ask);
     connect(cancel_, &QPushButton::clicked, this, [this] { job_.cancel(); });
     connect(copy_, &QPushButton::clicked, this, [this] {
@@ -183,15 +186,17 @@ void ActionReview::showResult(const std::string& text, const std::string& model)
         shownCount(text::characterCount(text), "character", "characters") + " by " + qt(model)
         + ". Change what you like; the note is as it was until you take the text over.");
     result_->show();
-    for (QPushButton* const button : {copy_, below_, replace_})
+    for (QPushButton* const button : {copy_, below_, replace_}) {
         button->show();
+    }
     result_->setFocus();
 }
 
 void ActionReview::showSentence(const QString& sentence) {
     result_->hide();
-    for (QPushButton* const button : {copy_, below_, replace_})
+    for (QPushButton* const button : {copy_, below_, replace_}) {
         button->hide();
+    }
     state_->setText(sentence);
 }
 

@@ -119,7 +119,6 @@ QWidget* AskPanel::makeQuestion() {
     filters_ = new AskFilters(environment_, part);
     ask_ = makeMainButton("Ask", part);
     ask_->setObjectName("ask");
-    ask_->setDefault(false);
     cancel_ = new QPushButton("Cancel", part);
     cancel_->setObjectName("cancelAsking");
     auto* const buttons = new QHBoxLayout;
@@ -142,6 +141,7 @@ QWidget* AskPanel::makeAnswer() {
     progress_ = new QProgressBar(part);
     progress_->setRange(0, 0);
     progress_->setTextVisible(false);
+    progress_->setFixedHeight(space::small);
     progress_->setAccessibleName("Waiting for the answer");
     state_ = makeHint(hint, part);
     state_->setObjectName("askState");

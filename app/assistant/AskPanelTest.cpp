@@ -17,16 +17,24 @@
 #include <QTextBlock>
 #include <QToolButton>
 
+#include <memory>
+#include <stdexcept>
+
 namespace tesserine::app {
 namespace {
 
 class AskPanelTest : public test::AssistantFixture {
 protected:
-    AskPanelTest() { panel_.show(); }
+    AskPanelTest() { showPanel(); }
+
+    void showPanel() {
+        panel_ = std::make_unique<AskPanel>(*environment);
+        panel_->show();
+    }
 
     template <class Widget>
     Widget& part(const char* name, QWidget* in = nullptr) {
-        auto* const found = (in != nullptr ? in : &panel_)->findChild<Widget*>(name);
+        auto* const found = (in != nullptr ? in : panel_.get())->findChild<Widget*>(name);
         if (found == nullptr) throw std::runtime_error(std::string("no widget ") + name);
         return *found;
     }
@@ -53,7 +61,7 @@ protected:
         return all;
     }
 
-    AskPanel panel_{*environment};
+    std::unique_ptr<AskPanel> panel_;
 };
 
 TEST_F(AskPanelTest, AnswersWithSourcesThatOpenTheNoteAtItsWords) {
@@ -69,9 +77,10 @@ TEST_F(AskPanelTest, AnswersWithSourcesThatOpenTheNoteAtItsWords) {
         "1 passage, 99 characters of your notes, sent to api.x.ai · grok-test");
 
     QString words;
-    QObject::connect(&panel_, &AskPanel::citationChosen, [&](const Uuid&, const QString& text) {
-        words = text;
-    });
+    QObject::connect(
+        panel_.get(), &AskPanel::citationChosen, [&](const Uuid&, const QString& text) {
+            words = text;
+        });
     emit answer().anchorClicked(QUrl(links().first()));
     EXPECT_EQ(words, "Anna likes the hotel by the lake.");
 }
@@ -136,10 +145,10 @@ TEST_F(AskPanelTest, SaysWhatIsMissingBeforeAnythingLeaves) {
     AISettings settings = kept();
     settings.isEnabled = false;
     keep(settings);
-    panel_.begin();
+    panel_->begin();
     const auto shown = [this] {
         QStringList texts;
-        for (QLabel* label : panel_.findChildren<QLabel*>()) {
+        for (QLabel* label : panel_->findChildren<QLabel*>()) {
             if (label->isVisible()) texts << label->text();
         }
         return texts.join("|").toStdString();
@@ -147,17 +156,43 @@ TEST_F(AskPanelTest, SaysWhatIsMissingBeforeAnythingLeaves) {
     EXPECT_NE(shown().find(AIError::disabled().what()), std::string::npos);
     settings = {.isEnabled = true, .hasSeenDataNotice = true};  // the relay, without a service
     keep(settings);
-    panel_.begin();
+    panel_->begin();
     EXPECT_NE(shown().find(AIError::notConfigured().what()), std::string::npos);
 
     settings.backend = AISettings::Backend::ownKey;
     keep(settings);
     secrets.remove(AICredentialStore::account);
-    panel_.begin();
+    panel_->begin();
     ask("Which hotel?");
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(state(), AIError::notConfigured().what());
     EXPECT_TRUE(network.requests().empty());
+}
+
+TEST_F(AskPanelTest, AsksTheRelayForTheAccountThatIsSignedIn) {
+    AppSetting given = setting();
+    given.network = &network;
+    given.serviceURL = "https://notes.example.org";
+    secrets.write("account", R"({"id":"u1","email":"anna@example.org"})");
+    secrets.write("refresh-token", "first");
+    network.answer = [](const HTTPRequest& request) {
+        const bool isRefresh = request.url.ends_with("/auth/refresh");
+        return HTTPReply{
+            .status = 200,
+            .body = isRefresh
+                        ? R"({"account":{"id":"u1","email":"anna@example.org"},)"
+                          R"("access_token":"access","refresh_token":"next","expires_in":3600})"
+                        : R"({"text":"By the lake."})"};
+    };
+    panel_.reset();
+    open(given);
+    keep({.isEnabled = true, .hasSeenDataNotice = true});
+    showPanel();
+    ask("Which hotel?");
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_TRUE(answer().toPlainText().contains("By the lake."));
+    EXPECT_EQ(network.requests().back().url, "https://notes.example.org/api/v1/ai/ask");
+    EXPECT_TRUE(part<QLabel>("askFigures").text().contains("notes.example.org"));
 }
 
 TEST_F(AskPanelTest, TellsOnceWhatIsSentBeforeTheFirstRequest) {
@@ -181,7 +216,7 @@ TEST_F(AskPanelTest, TellsOnceWhatIsSentBeforeTheFirstRequest) {
     EXPECT_EQ(network.requests().size(), 1U);
     settle();
     ask("Which lake?");
-    EXPECT_EQ(panel_.findChild<QMessageBox*>("dataNotice"), nullptr);
+    EXPECT_EQ(panel_->findChild<QMessageBox*>("dataNotice"), nullptr);
     ASSERT_TRUE(waitForEnd());
 }
 
@@ -189,7 +224,7 @@ TEST_F(AskPanelTest, SendsExactlyTheRequestThatWasShownAndKeepsARecord) {
     addNote("Hotel", "<p>By the lake.</p>");
     part<QPlainTextEdit>("question").setPlainText("Which hotel?");
     part<QToolButton>("showRequest").click();
-    ASSERT_TRUE(waitUntil([this] { return panel_.findChild<WhatIsSent*>() != nullptr; }));
+    ASSERT_TRUE(waitUntil([this] { return panel_->findChild<WhatIsSent*>() != nullptr; }));
     auto& view = part<WhatIsSent>("whatIsSent");
     const auto shown =
         json::parse(part<QPlainTextEdit>("exactRequest", &view).toPlainText().toStdString());
@@ -201,7 +236,7 @@ TEST_F(AskPanelTest, SendsExactlyTheRequestThatWasShownAndKeepsARecord) {
     ASSERT_TRUE(waitForEnd());
     EXPECT_EQ(json::parse(sent(0)), shown);
     settle();
-    WhatIsSent later(*environment, std::nullopt, &panel_);
+    WhatIsSent later(*environment, std::nullopt, panel_.get());
     later.setAttribute(Qt::WA_DeleteOnClose, false);
     auto& record = part<QTableWidget>("sentRecord", &later);
     ASSERT_EQ(record.rowCount(), 1);
@@ -214,7 +249,7 @@ TEST_F(AskPanelTest, LooksWhereTheFiltersSay) {
     CDNotebook* const work = environment->notebooks().findOrCreatePath(context(), {"Work"});
     addNote("Office hotel", "<p>hotel at work</p>", work);
     addNote("Other hotel", "<p>hotel at home</p>");
-    panel_.begin();
+    panel_->begin();
     auto& notebook = part<QComboBox>("askNotebook");
     notebook.setCurrentIndex(notebook.findText("Work"));
     ask("Which hotel?");

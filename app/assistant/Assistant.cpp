@@ -15,8 +15,6 @@
 #include "search/StoreQueryLibrary.h"
 #include "sync/SyncService.h"
 
-#include <algorithm>
-
 namespace tesserine::app {
 namespace {
 
@@ -73,15 +71,6 @@ std::unique_ptr<AIProvider> Assistant::provider() const {
     }
 }
 
-std::string Assistant::missing() const {
-    try {
-        provider();
-        return {};
-    } catch (const UserError& error) {
-        return error.what();
-    }
-}
-
 FramedQuestion Assistant::frame(const AskedQuestion& question, StoreContext& context) const {
     const AskTesserine asker(settings_, calendar_);
     if (!question.options.useNotes) {
@@ -128,15 +117,6 @@ SentLog sentLogOf(const AppEnvironment& environment) {
     const auto folder =
         setting.logFile.empty() ? setting.dataFolder : setting.logFile.parent_path();
     return SentLog(folder / SentLog::fileName);
-}
-
-std::vector<std::string> titlesOf(const std::vector<NoteCitation>& citations) {
-    std::vector<std::string> titles;
-    for (const NoteCitation& citation : citations) {
-        const bool isKnown = std::ranges::find(titles, citation.title) != titles.end();
-        if (!isKnown) titles.push_back(citation.title);
-    }
-    return titles;
 }
 
 }  // namespace tesserine::app

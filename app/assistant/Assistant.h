@@ -43,10 +43,6 @@ public:
     const AISettings& settings() const { return settings_; }
     /// Whom requests go to, as people know it: a host.
     std::string destination() const;
-    /// Whether requests could be sent; otherwise the sentence that says what is missing. Asks the
-    /// keyring.
-    std::string missing() const;
-
     /// Looks for passages and frames the question with them. Throws what search and store throw.
     FramedQuestion frame(const AskedQuestion& question, StoreContext& context) const;
     AIRequest frameAction(
@@ -70,8 +66,5 @@ private:
 
 /// The record of what was sent from this machine, shared with the terminal.
 SentLog sentLogOf(const AppEnvironment& environment);
-
-/// The titles of the notes that something is sent of, each once.
-std::vector<std::string> titlesOf(const std::vector<NoteCitation>& citations);
 
 }  // namespace tesserine::app

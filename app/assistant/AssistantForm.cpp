@@ -27,7 +27,7 @@ namespace {
 using Backend = AISettings::Backend;
 
 constexpr Backend backends[] = {Backend::relay, Backend::ownKey};
-constexpr int fieldWidth = 240;
+constexpr int fieldWidth = 190;
 constexpr const char* unreachable = "The desktop's keyring cannot be reached.";
 
 QString qt(std::string_view text) {
@@ -136,10 +136,12 @@ void AssistantForm::addKey() {
     key_ = makeField("assistantKey", this);
     key_->setEchoMode(QLineEdit::Password);
     key_->setPlaceholderText("xAI API key");
-    auto* const keeping = new QPushButton("Keep Key", this);
+    auto* const keeping = new QPushButton("Keep", this);
     keeping->setObjectName("keepKey");
-    auto* const forgetting = new QPushButton("Forget Key", this);
+    keeping->setAccessibleName("Keep the key");
+    auto* const forgetting = new QPushButton("Forget", this);
     forgetting->setObjectName("forgetKey");
+    forgetting->setAccessibleName("Forget the key");
     addRow(
         {"API key",
          "Kept in the desktop's keyring, and sent to the server it was entered for only."},
@@ -202,19 +204,21 @@ void AssistantForm::changeKey(const std::string& typed) {
 void AssistantForm::addServer() {
     server_ = makeField("assistantServer", this);
     server_->setPlaceholderText("http://127.0.0.1:11434/v1");
-    auto* const using_ = new QPushButton("Use", this);
-    using_->setObjectName("useServer");
-    auto* const builtIn = new QPushButton("Use Built-in", this);
+    auto* const use = new QPushButton("Use", this);
+    use->setObjectName("useServer");
+    use->setAccessibleName("Use this server");
+    auto* const builtIn = new QPushButton("Built-in", this);
     builtIn->setObjectName("useBuiltIn");
+    builtIn->setAccessibleName("Use the built-in provider");
     addRow(
         {"A server of your own",
          "One on this computer or in a private network, given by its number or as localhost, that "
          "speaks the same forms. It needs no key."},
-        beside(server_, {using_, builtIn}));
+        beside(server_, {use, builtIn}));
     serverState_ = makeHint({}, this);
     serverState_->setObjectName("serverState");
     addWide(serverState_);
-    connect(using_, &QPushButton::clicked, this, &AssistantForm::askServer);
+    connect(use, &QPushButton::clicked, this, &AssistantForm::askServer);
     connect(server_, &QLineEdit::returnPressed, this, &AssistantForm::askServer);
     connect(builtIn, &QPushButton::clicked, this, [this] { setServer({}); });
     showServer();

@@ -59,6 +59,7 @@ UpdateDialog::UpdateDialog(UpdateWork& work, std::filesystem::path downloads, QW
     progress_ = new QProgressBar(this);
     progress_->setRange(0, thousandths);
     progress_->setTextVisible(false);
+    progress_->setFixedHeight(space::small);
     progress_->setAccessibleName("Download");
 
     auto* const column = new QVBoxLayout(this);
@@ -106,8 +107,9 @@ QWidget* UpdateDialog::makeButtons() {
     row->setSpacing(space::small);
     row->addWidget(page);
     row->addStretch(1);
-    for (QPushButton* const button : {skip_, later_, cancel_, main_})
+    for (QPushButton* const button : {skip_, later_, cancel_, main_}) {
         row->addWidget(button);
+    }
     connect(page, &QPushButton::clicked, this, [this] {
         // Trusted, or the feed would have been refused.
         const auto& notes = work_.offer()->release.releaseNotesAddress;

@@ -135,6 +135,9 @@ void WhatIsSent::fillRecord() {
         put(titlesColumn, joined(sent.titles));
     }
     record_->resizeColumnsToContents();
+    for (int column = 0; column < titlesColumn; ++column) {
+        record_->setColumnWidth(column, record_->columnWidth(column) + space::large);
+    }
 }
 
 void WhatIsSent::deleteRecord() {
