@@ -27,6 +27,10 @@ std::string sentenceOf(const SyncSummary& summary) {
         text += " " + count(summary.conflicts, "item was", "items were")
                 + " changed on two devices: the other version is kept on this device.";
     }
+    if (summary.unreadable > 0) {
+        text += " " + count(summary.unreadable, "change", "changes")
+                + " of other devices could not be read.";
+    }
     if (summary.refused > 0) {
         text += " The server did not take " + count(summary.refused, "change", "changes") + ".";
     }
@@ -42,6 +46,7 @@ void show(Session& session, const SyncSummary& summary) {
     } else {
         session.output().json(
             {{"received", summary.received},
+             {"unreadable", summary.unreadable},
              {"sent", summary.sent},
              {"deleted", summary.deleted},
              {"conflicts", summary.conflicts},

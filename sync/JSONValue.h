@@ -11,6 +11,10 @@
 
 namespace tesserine {
 
+/// What JSON writes as a number.
+template <class T>
+concept JSONNumber = !std::same_as<T, bool> && (std::integral<T> || std::floating_point<T>);
+
 /// A JSON value of any shape: payloads of records, and replies that are read loosely.
 ///
 /// Numbers are doubles, integral or not. Two values are equal when case and content are.
@@ -21,20 +25,16 @@ public:
     using Object = std::map<std::string, JSONValue, std::less<>>;
 
     JSONValue() = default;  ///< null
+    // NOLINTBEGIN(google-explicit-constructor): each stands for its content, as in a literal
     template <std::same_as<bool> Boolean>
-    JSONValue(Boolean truth) : content_(truth) {}  // NOLINT(google-explicit-constructor): a literal
-    template <class Number>
-    requires(std::integral<Number> || std::floating_point<Number>)
-        && (!std::same_as<Number, bool>)
-        // NOLINTNEXTLINE(google-explicit-constructor): stands for its content
-        JSONValue(Number number)
-        : content_(static_cast<double>(number)) {}
-    JSONValue(std::string text)
-        : content_(std::move(text)) {}                      // NOLINT(google-explicit-constructor)
-    JSONValue(const char* text) : content_(text) {}         // NOLINT(google-explicit-constructor)
-    JSONValue(Array array) : content_(std::move(array)) {}  // NOLINT(google-explicit-constructor)
-    JSONValue(Object object)
-        : content_(std::move(object)) {}  // NOLINT(google-explicit-constructor)
+    JSONValue(Boolean truth) : content_(truth) {}
+    template <JSONNumber Number>
+    JSONValue(Number number) : content_(static_cast<double>(number)) {}
+    JSONValue(std::string text) : content_(std::move(text)) {}
+    JSONValue(const char* text) : content_(text) {}
+    JSONValue(Array array) : content_(std::move(array)) {}
+    JSONValue(Object object) : content_(std::move(object)) {}
+    // NOLINTEND(google-explicit-constructor)
 
     /// Reads a JSON text (RFC 8259). Throws `WireError` ("unrecognised JSON").
     static JSONValue decode(std::string_view text);

@@ -143,13 +143,18 @@ void SyncEngine::pull(Run& run) {
     throw SyncError::malformed("too many unreadable records");
 }
 
+/// Only when the service is itself otherwise: something between, such as the sign-in page of a
+/// network, must not cost a change.
 void SyncEngine::stepOverUnreadable(Run& run) {
+    const std::int64_t head = environment_.client.state(run.stop).head;
     run.context.reset();
     const SyncLedger ledger(run.context);
     const std::int64_t next = cursorIn(ledger) + 1;
+    if (next > head) throw SyncError::malformed("changes");
     log_.error("stepping over change " + std::to_string(next) + ", which cannot be read");
     ledger.setValue(SyncLedger::cursor, std::to_string(next));
     run.context.save();
+    ++run.summary.unreadable;
 }
 
 SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {

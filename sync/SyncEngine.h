@@ -42,6 +42,7 @@ private:
 /// What one synchronisation did.
 struct SyncSummary {
     std::size_t received = 0;
+    std::size_t unreadable = 0;  ///< changes of other devices that were left out
     std::size_t sent = 0;
     std::size_t deleted = 0;
     std::size_t conflicts = 0;

@@ -29,6 +29,14 @@ std::string bodyOf(const JSONObject& payload) {
     return isText ? *found->second.string() : "";
 }
 
+/// The digest of the file that a change names.
+std::optional<std::string> fileOf(const SyncPush& push) {
+    const auto found = push.payload.find("sha256");
+    const bool isNamed = push.kind == "attachment" && !push.deleted && found != push.payload.end();
+    if (!isNamed || found->second.string() == nullptr) return std::nullopt;
+    return *found->second.string();
+}
+
 bool isSame(const SyncRecord& record, const SyncPush& push) {
     return record.deleted == push.deleted && (push.deleted || record.payload == push.payload);
 }
@@ -68,24 +76,20 @@ HTTPReply FakeSyncServer::answer(const HTTPRequest& request) {
 
 HTTPReply FakeSyncServer::changes(const std::string& query) const {
     const std::int64_t since = parameter(query, "since");
-    const auto limit = static_cast<std::size_t>(parameter(query, "limit"));
-    std::vector<const SyncRecord*> later;
-    for (const auto& [id, record] : records_) {
-        if (record.seq > since) later.push_back(&record);
-    }
-    std::ranges::sort(later, {}, &SyncRecord::seq);
-    const bool more = later.size() > limit;
-    if (more) later.resize(limit);
+    const auto asked = static_cast<std::size_t>(parameter(query, "limit"));
+    const std::size_t limit = std::min(asked, pageLimit);
     array page;
-    for (const SyncRecord* const record : later) {
-        page.push_back(wire::encode(*record));
+    std::int64_t last = std::max(since, seq_);
+    auto next = order_.upper_bound(since);
+    for (; next != order_.end() && page.size() < limit; ++next) {
+        page.push_back(wire::encode(records_.at(next->second)));
+        last = next->first;
     }
-    const std::int64_t next = later.empty() ? std::max(since, seq_) : later.back()->seq;
     return fine(
         {{"changes", std::move(page)},
-         {"seq", seq_ < since ? seq_ : next},
+         {"seq", seq_ < since ? seq_ : last},
          {"head", seq_},
-         {"more", more}});
+         {"more", next != order_.end()}});
 }
 
 HTTPReply FakeSyncServer::push(const std::string& body) {
@@ -105,6 +109,11 @@ PushResult FakeSyncServer::settle(const SyncPush& push) {
     if (isKnown && isSame(found->second, push)) {  // sent again: its answer was lost
         result.rev = found->second.rev;
         result.seq = found->second.seq;
+        return result;
+    }
+    if (const auto digest = fileOf(push); digest && !blobs.contains(*digest)) {
+        result.status = "refused";
+        result.reason = "missing_attachment";
         return result;
     }
     const std::int64_t present = isKnown ? found->second.rev : 0;
@@ -132,7 +141,11 @@ PushResult FakeSyncServer::settle(const SyncPush& push) {
 }
 
 void FakeSyncServer::store(SyncRecord record) {
+    if (const auto old = records_.find(record.id); old != records_.end()) {
+        order_.erase(old->second.seq);
+    }
     record.seq = ++seq_;
+    order_[record.seq] = record.id;
     ++storedCount_;
     bodies_.push_back(bodyOf(record.payload));
     records_[record.id] = std::move(record);
@@ -214,10 +227,11 @@ void FakeSyncServer::put(SyncRecord record) {
 void FakeSyncServer::withRecords(const std::function<void(std::map<Uuid, SyncRecord>&)>& change) {
     const std::scoped_lock lock(mutex_);
     change(records_);
-    seq_ = 0;
+    order_.clear();
     for (const auto& [id, record] : records_) {
-        seq_ = std::max(seq_, record.seq);
+        order_[record.seq] = id;
     }
+    seq_ = order_.empty() ? 0 : order_.rbegin()->first;
 }
 
 HTTPReply LossyNetwork::send(const HTTPRequest& request, const std::stop_token& stop) {

@@ -22,6 +22,8 @@ public:
     HTTPReply send(const HTTPRequest& request, const std::stop_token& stop) override;
 
     Stale stale = Stale::superseded;
+    /// It gives no more than so many changes at once.
+    std::size_t pageLimit = 200;
     /// Answers instead of the server where it returns something.
     std::function<std::optional<HTTPReply>(const HTTPRequest&)> instead;
     /// Changes the reply the server has given.
@@ -54,6 +56,7 @@ private:
 
     mutable std::mutex mutex_;
     std::map<Uuid, SyncRecord> records_;
+    std::map<std::int64_t, Uuid> order_;  // the last change of each record
     std::map<Uuid, std::vector<SyncRecord>> overwritten_;
     std::vector<std::string> bodies_;
     std::int64_t seq_ = 0;

@@ -2,6 +2,7 @@
 #include "base/JSON.h"
 #include "core/services/NotebookService.h"
 #include "core/services/TagService.h"
+#include "sync/SyncSchedule.h"
 #include "sync/WireCoding.h"
 #include "tests/fakeserver/SyncFixture.h"
 
@@ -103,19 +104,56 @@ TEST_F(Sync, AnEditDuringThePushStaysMarked) {
     EXPECT_EQ(b.note(id)->html, "<p>3</p>");
 }
 
-TEST_F(Sync, AKillAnywhereLosesAndRepeatsNothing) {
+TEST_F(Sync, AKillAtAnyRecordPageOrAnswerLosesAndRepeatsNothing) {
+    service.pageLimit = 3;
     for (const char* point : {"sync.recordApplied", "sync.pageSaved", "sync.pushAnswered"}) {
-        SCOPED_TRACE(point);
-        a.addNote(point, "<p>from a</p>");
-        b.addNote(point, "<p>from b</p>");
-        EXPECT_EQ(a.sync(), "");
-        failpoint::arm(point, 1, [] { throw std::runtime_error("killed"); });
-        EXPECT_EQ(b.sync(), "killed");
-        b.restart();
-        settle();
+        bool isReached = true;
+        for (int nth = 1; isReached; ++nth) {
+            SCOPED_TRACE(std::string(point) + " " + std::to_string(nth));
+            for (int i = 0; i < 4; ++i) {
+                a.addNote("From a", "<p>a</p>");
+                b.addNote("From b", "<p>b</p>");
+            }
+            EXPECT_EQ(a.sync(), "");
+            failpoint::arm(point, nth, [] { throw std::runtime_error("killed"); });
+            const std::string outcome = b.sync();
+            failpoint::disarmAll();
+            isReached = outcome == "killed";
+            EXPECT_EQ(outcome, isReached ? "killed" : "");
+            b.restart();
+            settle();
+        }
     }
-    EXPECT_EQ(service.liveRecords("note").size(), 6U);
-    EXPECT_EQ(service.storedCount(), 6U);
+    EXPECT_EQ(service.storedCount(), service.liveRecords("note").size());
+    EXPECT_EQ(a.context().count<CDNoteRevision>() + b.context().count<CDNoteRevision>(), 0U);
+}
+
+TEST_F(Sync, AMonthOfChangesOnBothSidesMeetsRecordByRecord) {
+    constexpr int count = 150;
+    std::vector<Uuid> shared;
+    StoreContext& context = a.context();
+    for (int i = 0; i < 50; ++i) {
+        shared.push_back(*a.notes.createNote(context, {.html = "<p>1</p><p>and</p><p>2</p>"}).id);
+    }
+    a.save();
+    settle();
+    service.pageLimit = 1;
+    const auto change = [&](SyncDevice& device, const std::string& html) {
+        StoreContext& fresh = device.context();
+        for (const Uuid& id : shared) {
+            device.notes.updateNote(fresh, *fresh.find<CDNote>(id), {.html = html});
+        }
+        for (int i = 0; i < count; ++i) {
+            device.notes.createNote(fresh, {.title = "New", .html = html});
+        }
+        device.save();
+        device.clock.advance(std::chrono::hours(24 * 30));
+    };
+    change(a, "<p>one</p><p>and</p><p>2</p>");
+    change(b, "<p>1</p><p>and</p><p>two</p>");
+    settle();
+    EXPECT_EQ(a.context().count<CDNote>(), shared.size() + 2 * count);
+    EXPECT_EQ(a.note(shared.front())->html, "<p>one</p><p>and</p><p>two</p>");
 }
 
 TEST_F(Sync, ChangesOfDifferentPartsAreJoined) {
@@ -189,31 +227,6 @@ TEST_F(Sync, AnEditBeatsADeletionAndBringsItsFilesBack) {
     }
 }
 
-TEST_F(Sync, AFileThatComesInOnePageWithTheDeletionOfItsNoteIsDeletedEverywhere) {
-    const Uuid id = sharedNote("<p>1</p>");
-    SyncDevice late(service, 3);
-    EXPECT_EQ(late.sync(), "");
-    {
-        StoreContext& context = a.context();
-        const auto data = bytesOf("picture");
-        a.attachments.insert(
-            context,
-            *context.find<CDNote>(id),
-            {.filename = "a.bin", .data = Bytes(data.begin(), data.end())});
-        a.save();
-    }
-    EXPECT_EQ(a.sync(), "");
-    // The tombstone of a note, from a device that held no file of it yet.
-    service.put({.id = id, .kind = "note", .deleted = true});
-    for (SyncDevice* const device : {&late, &b}) {
-        EXPECT_EQ(device->sync(), "");
-        EXPECT_EQ(device->context().count<CDAttachment>(), 0U);
-        EXPECT_TRUE(service.liveRecords("attachment").empty()) << "nobody told the server";
-    }
-    settle();
-    EXPECT_EQ(a.dump(), late.dump());
-}
-
 TEST_F(Sync, WhatNobodyEditedStaysDeleted) {
     const Uuid id = sharedNote("<p>1</p>");
     for (SyncDevice* device : {&a, &b}) {
@@ -272,8 +285,83 @@ TEST_F(Sync, APoisonedRecordDoesNotKeepTheOthersBack) {
         reply.body = json::write(body);
     };
     EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(b.summary.unreadable, 1U);
     EXPECT_EQ(b.context().count<CDNote>(), 4U);
     EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(b.summary.unreadable, 0U);
+}
+
+TEST_F(Sync, WhateverIsAnsweredNothingIsLostAndTheNextSyncGoesOn) {
+    const std::string sentence = "The server sent something Tesserine could not read (";
+    struct Case {
+        HTTPReply reply;
+        std::string outcome;
+    };
+    const std::string html = "<html>Please sign in to this network</html>";
+    for (const auto& [reply, outcome] : {
+             Case{{.status = 200, .body = html}, sentence + "not the expected JSON)."},
+             Case{
+                 {.status = 200, .body = R"({"changes":[{"id)"},
+                 sentence + "not the expected JSON)."},
+             Case{{.status = 200, .body = "{}"}, sentence + "the key “head” is missing)."},
+             Case{
+                 {.status = 302, .headers = {{"Location", "https://portal.example/"}}},
+                 sentence + "redirected)."},
+             Case{{.status = 404}, "The server returned an error (404)."},
+             Case{{.status = 404, .body = R"({"detail":"Moved away."})"}, "Moved away."},
+             Case{{.status = 502}, "The server returned an error (502)."},
+             Case{
+                 {.status = 507},
+                 "Your Tesserine attachment storage is full. Delete some attachments in Settings > "
+                 "Storage, then try again. Nothing already uploaded is lost."},
+         }) {
+        SCOPED_TRACE(outcome);
+        a.addNote("From a", "<p>a</p>");
+        EXPECT_EQ(a.sync(), "");
+        b.addNote("From b", "<p>b</p>");
+        service.instead = [&reply = reply](const HTTPRequest& request) -> std::optional<HTTPReply> {
+            const bool isSync = request.url.find("/sync/") != std::string::npos;
+            return isSync ? std::optional(reply) : std::nullopt;
+        };
+        EXPECT_EQ(b.sync(), outcome);
+        service.instead = nullptr;
+        settle();
+        EXPECT_EQ(b.context().count<CDNote>(), service.liveRecords("note").size());
+    }
+}
+
+TEST_F(Sync, ChangesComeByPollingHoweverTheLiveChannelBehaves) {
+    using Kind = LiveNews::Kind;
+    const LiveNews newest{.kind = Kind::changes, .seq = 1'000};
+    const LiveNews old{.kind = Kind::changes, .seq = 0};
+    SyncSchedule schedule(b.clock);
+    EXPECT_EQ(b.sync(), "");
+    schedule.succeeded(1);
+    for (const auto& news : {
+             std::vector<LiveNews>{},  // it never opens
+             std::vector<LiveNews>{{.kind = Kind::closed}},
+             std::vector<LiveNews>{old, newest, old},
+             std::vector<LiveNews>(1'000, newest),
+             std::vector<LiveNews>(1'000, {.kind = Kind::unknown}),
+         }) {
+        SCOPED_TRACE(news.size());
+        a.addNote("From a", "<p>a</p>");
+        EXPECT_EQ(a.sync(), "");
+        for (const LiveNews& one : news) {
+            schedule.hear(one, 0);
+        }
+        int syncs = 0;
+        for (auto waited = std::chrono::seconds(0); waited < SyncSchedule::interval;
+             waited += std::chrono::seconds(1)) {
+            b.clock.advance(std::chrono::seconds(1));
+            if (!schedule.isDue(1)) continue;
+            EXPECT_EQ(b.sync(), "");
+            schedule.succeeded(1);
+            ++syncs;
+        }
+        EXPECT_EQ(syncs, 1) << "one pull for all that was told";
+        EXPECT_EQ(b.context().count<CDNote>(), service.liveRecords("note").size());
+    }
 }
 
 TEST_F(Sync, UnknownKindsAreKeptAndHostileBodiesAreCleaned) {
@@ -302,117 +390,6 @@ TEST_F(Sync, UnknownKindsAreKeptAndHostileBodiesAreCleaned) {
     const JSONObject sent = service.records().at(id).payload;
     EXPECT_EQ(sent.at("newer_key"), JSONValue("kept"));
     EXPECT_EQ(sent.at("notebook_id"), JSONValue("11111111-1111-4111-8111-111111111111"));
-}
-
-TEST_F(Sync, AServerThatStandsStillOrGoesBackDeletesNothing) {
-    const Uuid id = sharedNote("<p>1</p>");
-    a.write(id, "<p>2</p>");
-    EXPECT_EQ(a.sync(), "");
-    service.withRecords([](auto& records) { records.clear(); });
-    EXPECT_EQ(b.sync(), "");
-    settle();
-    EXPECT_EQ(service.liveRecords("note").size(), 1U);
-    EXPECT_NE((a.allBodies() + b.allBodies()).find("<p>2</p>"), std::string::npos);
-
-    service.instead = [](const HTTPRequest& request) -> std::optional<HTTPReply> {
-        if (request.url.find("/changes") == std::string::npos) return std::nullopt;
-        return HTTPReply{
-            .status = 200, .body = R"({"changes":[],"seq":900,"head":999,"more":true})"};
-    };
-    EXPECT_NE(b.sync().find("no progress"), std::string::npos);
-}
-
-TEST_F(Sync, TombstonesForMuchOfTheLibraryAreAskedAbout) {
-    for (int i = 0; i < 30; ++i) {
-        a.addNote("Note", "<p>x</p>");
-    }
-    settle();
-    for (const SyncRecord& record : service.liveRecords("note")) {
-        service.put({.id = record.id, .kind = "note", .deleted = true});
-    }
-    EXPECT_EQ(
-        b.sync(),
-        "Another device deleted 30 of the 30 notes and tasks in this library. Delete them here as "
-        "well?");
-    EXPECT_EQ(b.context().count<CDNote>(), 30U);
-    EXPECT_EQ(b.sync({.manyDeletions = true}), "");
-    EXPECT_EQ(b.context().count<CDNote>(), 0U);
-}
-
-TEST_F(Sync, AnotherAccountIsAskedAboutAndGetsEverythingAsNew) {
-    sharedNote("<p>1</p>");
-    service.accountID = "other";
-    service.withRecords([](auto& records) { records.clear(); });
-    a.signIn();
-    EXPECT_EQ(a.sync(), "This library was synced with another account. Add its notes to this one?");
-    EXPECT_EQ(a.sync({.anotherAccount = true}), "");
-    EXPECT_EQ(service.liveRecords("note").size(), 1U);
-}
-
-TEST_F(Sync, WrongBytesAreThrownAwayAndFetchedAgain) {
-    const Uuid id = Uuid::random(a.random);
-    const std::string digest = sha256Hex(bytesOf("right"));
-    service.blobs[digest] = "wrong";
-    service.put(
-        {.id = id,
-         .kind = "attachment",
-         .payload = {{"filename", "a.bin"}, {"sha256", digest}, {"byte_count", 5}}});
-    EXPECT_EQ(a.sync(), "");
-    EXPECT_EQ(a.summary.filesFailed, 1U);
-    EXPECT_FALSE(a.context().find<CDAttachment>(id)->fileData);
-    service.blobs[digest] = "right";
-    EXPECT_EQ(a.sync(), "");
-    EXPECT_TRUE(static_cast<bool>(a.context().find<CDAttachment>(id)->integrityVerified));
-}
-
-TEST_F(Sync, AFileIsDeletedOnTheServerWithItsLastRecord) {
-    const auto attach = [&](const Uuid& note) {
-        const auto data = bytesOf("same picture");
-        StoreContext& context = a.context();
-        a.attachments.insert(
-            context,
-            *context.find<CDNote>(note),
-            {.filename = "a.bin", .data = Bytes(data.begin(), data.end())});
-        a.save();
-    };
-    const auto remove = [](SyncDevice& device, const Uuid& note) {
-        StoreContext& context = device.context();
-        device.notes.deleteNote(context, *context.find<CDNote>(note));
-        device.save();
-    };
-    const Uuid first = *a.addNote("One", "<p>1</p>").id;
-    const Uuid second = *a.addNote("Two", "<p>2</p>").id;
-    attach(first);
-    attach(second);
-    settle();
-    EXPECT_EQ(service.blobs.size(), 1U);
-    remove(b, first);
-    settle();
-    EXPECT_EQ(service.blobs.size(), 1U) << "the other note still has it";
-    remove(b, second);
-    service.instead = [](const HTTPRequest& request) -> std::optional<HTTPReply> {
-        if (request.method != "DELETE") return std::nullopt;
-        return HTTPReply{.status = 503};
-    };
-    EXPECT_EQ(b.sync(), "");
-    EXPECT_EQ(service.blobs.size(), 1U);
-    service.instead = nullptr;
-    EXPECT_EQ(b.sync(), "");
-    EXPECT_TRUE(service.blobs.empty());
-}
-
-TEST_F(Sync, ARevokedTokenIsRefreshedOnceAndARefusedRefreshEndsTheSession) {
-    a.addNote("Note", "<p>x</p>");
-    int refusals = 0;
-    service.instead = [&](const HTTPRequest& request) -> std::optional<HTTPReply> {
-        const bool isSync = request.url.find("/sync/") != std::string::npos;
-        if (!isSync || refusals++ > 0) return std::nullopt;
-        return HTTPReply{.status = 401};
-    };
-    EXPECT_EQ(a.sync(), "");
-    service.instead = [](const HTTPRequest&) { return HTTPReply{.status = 401}; };
-    EXPECT_EQ(a.sync(), "Your Tesserine session has ended. Sign in again to keep syncing.");
-    EXPECT_EQ(service.liveRecords("note").size(), 1U);
 }
 
 }  // namespace

@@ -1,0 +1,225 @@
+#include "base/Digest.h"
+#include "sync/SyncLedger.h"
+#include "tests/fakeserver/SyncFixture.h"
+
+namespace tesserine::test {
+namespace {
+
+class SyncFiles : public Sync {
+protected:
+    /// Attaches a file to a note on one device, and saves.
+    static Uuid attach(SyncDevice& device, const Uuid& note, const std::string& content) {
+        StoreContext& context = device.context();
+        const auto bytes = bytesOf(content);
+        const Uuid id = *device.attachments
+                             .insert(
+                                 context,
+                                 *context.find<CDNote>(note),
+                                 {.filename = "a.bin", .data = Bytes(bytes.begin(), bytes.end())})
+                             .id;
+        device.save();
+        return id;
+    }
+    static void removeNote(SyncDevice& device, const Uuid& note) {
+        StoreContext& context = device.context();
+        device.notes.deleteNote(context, *context.find<CDNote>(note));
+        device.save();
+    }
+    /// What the device holds of a file: its bytes, or what is the matter.
+    static std::string content(SyncDevice& device, const Uuid& file) {
+        auto* const found = device.context().find<CDAttachment>(file);
+        if (found == nullptr) return "no record";
+        if (!found->fileData) return "no bytes";
+        const std::string bytes(textOf(*found->fileData));
+        const bool isTrue = sha256Hex(bytesOf(bytes)) == found->sha256.valueOr("");
+        return isTrue ? bytes : "wrong bytes";
+    }
+    /// Lets every request of one method for a file end with `reply`.
+    void answerFiles(const std::string& method, const HTTPReply& reply) {
+        service.instead = [=](const HTTPRequest& request) -> std::optional<HTTPReply> {
+            const bool isMeant = request.method == method
+                                 && request.url.find("/blobs/") != std::string::npos
+                                 && !request.url.ends_with("/check");
+            return isMeant ? std::optional(reply) : std::nullopt;
+        };
+    }
+};
+
+TEST_F(SyncFiles, AFileThatComesInOnePageWithTheDeletionOfItsNoteIsDeletedEverywhere) {
+    const Uuid id = sharedNote("<p>1</p>");
+    SyncDevice late(service, 3);
+    EXPECT_EQ(late.sync(), "");
+    attach(a, id, "picture");
+    EXPECT_EQ(a.sync(), "");
+    // The tombstone of a note, from a device that held no file of it yet.
+    service.put({.id = id, .kind = "note", .deleted = true});
+    for (SyncDevice* const device : {&late, &b}) {
+        EXPECT_EQ(device->sync(), "");
+        EXPECT_EQ(device->context().count<CDAttachment>(), 0U);
+        EXPECT_TRUE(service.liveRecords("attachment").empty()) << "nobody told the server";
+    }
+    settle();
+    EXPECT_EQ(a.dump(), late.dump());
+}
+
+TEST_F(SyncFiles, AFileIsDeletedOnTheServerWithItsLastRecord) {
+    const Uuid first = *a.addNote("One", "<p>1</p>").id;
+    const Uuid second = *a.addNote("Two", "<p>2</p>").id;
+    attach(a, first, "same picture");
+    attach(a, second, "same picture");
+    settle();
+    EXPECT_EQ(service.blobs.size(), 1U);
+    removeNote(b, first);
+    settle();
+    EXPECT_EQ(service.blobs.size(), 1U) << "the other note still has it";
+    removeNote(b, second);
+    answerFiles("DELETE", {.status = 503});
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(service.blobs.size(), 1U);
+    service.instead = nullptr;
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_TRUE(service.blobs.empty());
+}
+
+TEST_F(SyncFiles, AFileThatDoesNotComeWholeStaysMissingAndIsFetchedAgain) {
+    const Uuid note = sharedNote("<p>1</p>");
+    const Uuid file = attach(a, note, "the right bytes");
+    EXPECT_EQ(a.sync(), "");
+    for (const HTTPReply& reply :
+         {HTTPReply{.status = 404},
+          HTTPReply{.status = 200, .body = "other bytes"},
+          HTTPReply{.status = 200, .body = ""},
+          HTTPReply{.status = 200, .body = "the right byte"}}) {
+        SCOPED_TRACE(reply.body);
+        answerFiles("GET", reply);
+        EXPECT_EQ(b.sync(), "");
+        EXPECT_EQ(b.summary.filesFailed, 1U);
+        EXPECT_EQ(content(b, file), "no bytes");
+        EXPECT_FALSE(b.context().find<CDAttachment>(file)->integrityVerified.valueOr(false));
+    }
+    answerFiles("GET", {.status = 503});
+    EXPECT_NE(b.sync(), "") << "worth another try soon";
+    EXPECT_EQ(content(b, file), "no bytes");
+    service.instead = nullptr;
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(content(b, file), "the right bytes");
+    EXPECT_TRUE(static_cast<bool>(b.context().find<CDAttachment>(file)->integrityVerified));
+}
+
+TEST_F(SyncFiles, AnUploadCutShortIsDoneAgainBeforeItsRecordIsSent) {
+    const Uuid note = sharedNote("<p>1</p>");
+    const Uuid file = attach(a, note, "picture");
+    service.afterwards = [&](const HTTPRequest& request, HTTPReply&) {
+        if (request.method != "PUT") return;
+        service.blobs.clear();  // all but the last bytes arrived: the service keeps nothing
+        throw HTTPError(HTTPError::Kind::unreachable, "cut");
+    };
+    EXPECT_NE(a.sync(), "");
+    EXPECT_TRUE(service.liveRecords("attachment").empty());
+    service.afterwards = nullptr;
+    settle();
+    EXPECT_EQ(content(b, file), "picture");
+}
+
+TEST_F(SyncFiles, AFileWithoutRoomHoldsNothingElseBackAndGoesUpOnceThereIsSome) {
+    const Uuid first = sharedNote("<p>1</p>");
+    const Uuid file = attach(a, first, "a large picture");
+    a.addNote("Second", "<p>2</p>");
+    int uploads = 0;
+    std::int64_t used = 100;
+    service.instead = [&](const HTTPRequest& request) -> std::optional<HTTPReply> {
+        if (request.url.ends_with("/blobs")) {
+            const std::string usage =
+                R"({"bytes":)" + std::to_string(used) + R"(,"quota_bytes":100})";
+            return HTTPReply{.status = 200, .body = usage};
+        }
+        if (request.method != "PUT") return std::nullopt;
+        ++uploads;
+        return used < 100 ? std::nullopt : std::optional(HTTPReply{.status = 507});
+    };
+    EXPECT_EQ(a.sync(), "");
+    EXPECT_EQ(a.summary.refused, 1U);
+    EXPECT_EQ(service.liveRecords("note").size(), 2U);
+    EXPECT_TRUE(service.liveRecords("attachment").empty());
+    const auto refused = SyncLedger(a.context()).value(SyncLedger::refusals).value_or("");
+    EXPECT_NE(refused.find("Your Tesserine attachment storage is full."), std::string::npos);
+
+    EXPECT_EQ(a.sync(), "");
+    EXPECT_EQ(uploads, 1) << "tried again though there is no room";
+    used = 10;
+    settle();
+    EXPECT_EQ(uploads, 2);
+    EXPECT_EQ(content(b, file), "a large picture");
+}
+
+TEST_F(SyncFiles, EditedMovedAndDeletedOnSeveralDevicesTheyEndAlike) {
+    const Uuid first = sharedNote("<p>1</p>");
+    const Uuid second = sharedNote("<p>2</p>");
+    const Uuid moved = attach(a, first, "moved");
+    const Uuid edited = attach(a, first, "before");
+    const Uuid deleted = attach(a, first, "deleted");
+    const Uuid kept = attach(a, second, "deleted");  // the same bytes elsewhere
+    settle();
+    {
+        StoreContext& context = a.context();
+        context.find<CDAttachment>(moved)->note = context.find<CDNote>(second);
+        context.remove(*context.find<CDAttachment>(deleted));
+        a.save();
+    }
+    {
+        StoreContext& context = b.context();
+        CDAttachment& file = *context.find<CDAttachment>(edited);
+        const auto bytes = bytesOf("after");
+        file.fileData = Bytes(bytes.begin(), bytes.end());
+        file.sha256 = sha256Hex(bytes);
+        file.byteCount = static_cast<std::int64_t>(bytes.size());
+        context.find<CDAttachment>(moved)->filename = "renamed.bin";
+        b.save();
+    }
+    settle();
+    for (SyncDevice* const device : {&a, &b}) {
+        EXPECT_EQ(content(*device, moved), "moved");
+        EXPECT_EQ(content(*device, edited), "after");
+        EXPECT_EQ(content(*device, deleted), "no record");
+        EXPECT_EQ(content(*device, kept), "deleted");
+        const CDAttachment& file = *device->context().find<CDAttachment>(moved);
+        EXPECT_EQ(file.filename, "renamed.bin");
+        EXPECT_EQ(file.note->id, second);
+    }
+    EXPECT_TRUE(service.blobs.contains(sha256Hex(bytesOf("deleted"))));
+    removeNote(a, second);
+    settle();
+    EXPECT_FALSE(service.blobs.contains(sha256Hex(bytesOf("deleted"))));
+    EXPECT_FALSE(service.blobs.contains(sha256Hex(bytesOf("moved"))));
+}
+
+TEST_F(SyncFiles, GivingBackThatIsKilledNeverTakesAFileThatIsUsedAgain) {
+    const std::string digest = sha256Hex(bytesOf("picture"));
+    for (SyncDevice* const user : {&a, &b}) {
+        const Uuid note = sharedNote("<p>1</p>");
+        attach(a, note, "picture");
+        settle();
+        removeNote(a, note);
+        failpoint::arm("sync.fileReclaimed", 1, [] { throw std::runtime_error("killed"); });
+        EXPECT_EQ(a.sync(), "killed");
+        EXPECT_FALSE(service.blobs.contains(digest));
+        a.restart();
+        // Before it can be finished the same picture is used again, and the clock leaps.
+        const Uuid other = sharedNote("<p>2</p>");
+        const Uuid file = attach(*user, other, "picture");
+        if (user == &b) {
+            EXPECT_EQ(b.sync(), "");
+        }
+        a.clock.advance(std::chrono::hours(24 * 400));
+        settle();
+        EXPECT_TRUE(service.blobs.contains(digest));
+        EXPECT_EQ(content(a, file), "picture");
+        EXPECT_EQ(content(b, file), "picture");
+        removeNote(*user, other);
+        settle();
+        EXPECT_TRUE(service.blobs.empty());
+    }
+}
+
+}  // namespace
+}  // namespace tesserine::test
