@@ -7,7 +7,12 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <Poco/Exception.h>
+#include <Poco/Net/SocketAddress.h>
+#include <Poco/Net/StreamSocket.h>
 
+#include <algorithm>
+#include <array>
 #include <thread>
 
 namespace tesserine::server {
@@ -60,6 +65,45 @@ TEST_F(HTTPFrontTest, ABodyBeyondTheLimitIsRefused) {
         EXPECT_TRUE(isRefused) << error.what();
     }
     EXPECT_EQ(client_.blobUsage().files, 0);
+}
+
+/// What the service answers to raw bytes, and how many of them it took.
+struct Conversation {
+    std::string reply;
+    std::size_t sent = 0;
+};
+
+Conversation say(int port, const std::string& head, const std::string& piece, std::size_t pieces) {
+    Poco::Net::StreamSocket socket(
+        Poco::Net::SocketAddress("127.0.0.1", static_cast<Poco::UInt16>(port)));
+    socket.setReceiveTimeout(Poco::Timespan(10, 0));
+    Conversation talk;
+    try {
+        socket.sendBytes(head.data(), static_cast<int>(head.size()));
+        for (std::size_t i = 0; i < pieces; ++i) {
+            socket.sendBytes(piece.data(), static_cast<int>(piece.size()));
+            talk.sent += piece.size();
+        }
+    } catch (const Poco::Exception&) {}  // it listens no more
+    try {
+        std::array<char, 4'096> buffer{};
+        const int count = socket.receiveBytes(buffer.data(), static_cast<int>(buffer.size()));
+        talk.reply.assign(buffer.data(), static_cast<std::size_t>(std::max(count, 0)));
+    } catch (const Poco::Exception&) {}  // cut off while sending
+    return talk;
+}
+
+TEST_F(HTTPFrontTest, AGigabyteIsNeitherReadNorKept) {
+    const std::string start = "POST /api/v1/auth/refresh HTTP/1.1\r\nHost: a\r\n";
+    const std::string announced = start + "Content-Length: 1073741824\r\n\r\n";
+    EXPECT_NE(say(front_.port(), announced, "", 0).reply.find(" 413 "), std::string::npos);
+
+    const std::string chunk = "10000\r\n" + std::string(65'536, 'x') + "\r\n";
+    constexpr std::size_t chunks = (std::size_t{1} << 30) / 65'536;
+    const std::string endless = start + "Transfer-Encoding: chunked\r\n\r\n";
+    const Conversation talk = say(front_.port(), endless, chunk, chunks);
+    EXPECT_LT(talk.sent, std::size_t{64} << 20);
+    EXPECT_EQ(network_.send({.url = url() + "/nowhere"}, {}).status, 404) << "and it goes on";
 }
 
 TEST_F(HTTPFrontTest, DevicesAtTheSameTimeGetNumbersOfTheirOwn) {

@@ -62,6 +62,22 @@ private:
     std::jthread thread_;
 };
 
+TEST(LiveHub, KeepsOnlyTheLatestForASlowDeviceAndTellsNoOtherAccount) {
+    LiveHub hub({});
+    const auto anna = hub.enter({.user = "anna", .session = "1"});
+    const auto ben = hub.enter({.user = "ben", .session = "2"});
+    for (int seq = 1; seq <= 10'000; ++seq) {
+        hub.changed("anna", seq);
+    }
+    hub.ended("1");
+    const LiveHub::News news = anna->take();
+    EXPECT_EQ(news.changes, 10'000);
+    EXPECT_TRUE(news.isSignedOut);
+    EXPECT_EQ(anna->take().changes, std::nullopt);
+    EXPECT_EQ(ben->take().changes, std::nullopt);
+    EXPECT_FALSE(ben->take().isSignedOut);
+}
+
 class LiveChannelTest : public testing::Test {
 protected:
     LiveChannelTest() { service_.accounts().setPassword("a@b.test", "secret"); }
@@ -116,6 +132,16 @@ TEST_F(LiveChannelTest, ADeviceThatIsSignedOutHearsOfItAndNoMore) {
     EXPECT_EQ(listener.next(), "error 0") << "closed";
     Listener again(request(tokens.accessToken));
     EXPECT_EQ(again.next(), "error 401");
+}
+
+TEST_F(LiveChannelTest, APersonalTokenListensUntilItIsDeleted) {
+    use(signIn());
+    const APITokenCreated token = client_.createAPIToken("Script");
+    Listener listener(request(token.token));
+    EXPECT_EQ(listener.next(), "opened");
+    listener.next();
+    client_.revokeAPIToken(token.id);
+    EXPECT_EQ(listener.next(), R"({"type":"signed_out"})");
 }
 
 TEST_F(LiveChannelTest, ThereAreOnlySoManyAndAPlaceIsGivenBack) {
