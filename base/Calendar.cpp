@@ -1,5 +1,6 @@
 #include "base/Calendar.h"
 
+#include "base/EnglishNames.h"
 #include "base/ISO8601.h"
 
 #include <unicode/basictz.h>
@@ -23,20 +24,6 @@ constexpr int firstYear = -30'000;
 constexpr int lastYear = 30'000;
 constexpr std::int64_t firstMillisecond = -900'000'000'000'000;
 constexpr std::int64_t lastMillisecond = 900'000'000'000'000;
-
-constexpr std::array<const char*, 12> monthNames = {
-    "January",
-    "February",
-    "March",
-    "April",
-    "May",
-    "June",
-    "July",
-    "August",
-    "September",
-    "October",
-    "November",
-    "December"};
 
 std::chrono::year_month_day dateOf(int year, int month, int day) {
     return {
@@ -265,8 +252,8 @@ int Calendar::daysBetween(Instant from, Instant to) const {
 
 std::string Calendar::longDate(Instant instant) const {
     const LocalTime date = local(instant);
-    return std::to_string(date.day) + " " + monthNames[static_cast<std::size_t>(date.month - 1)]
-           + " " + std::to_string(date.year);
+    return std::to_string(date.day) + " " + std::string(english::monthName(date.month)) + " "
+           + std::to_string(date.year);
 }
 
 int daysInMonth(int year, int month) {

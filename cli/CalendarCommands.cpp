@@ -1,3 +1,4 @@
+#include "base/EnglishNames.h"
 #include "cli/DisplayText.h"
 #include "cli/ObjectJSON.h"
 #include "cli/Presentation.h"
@@ -8,28 +9,13 @@
 #include "core/tasks/TaskCalendarLayout.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 
 namespace tesserine::cli {
 
 namespace {
 
-constexpr std::array<std::string_view, 7> weekdayNames{
-    "Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-constexpr std::array<std::string_view, 12> monthNames{
-    "January",
-    "February",
-    "March",
-    "April",
-    "May",
-    "June",
-    "July",
-    "August",
-    "September",
-    "October",
-    "November",
-    "December"};
+constexpr std::size_t daysPerWeek = 7;
 constexpr std::size_t headColumns = 4;
 constexpr std::size_t countColumns = 4;
 
@@ -66,6 +52,10 @@ boost::json::array daysJSON(Session& session, const std::vector<Day>& days) {
     return array;
 }
 
+std::string shortWeekdayName(int weekday) {
+    return std::string(english::shortened(english::weekdayName(weekday)));
+}
+
 /// "  14 ": a number or a weekday above it, and behind it room for how much is due.
 std::string cellText(const std::string& head, const std::string& count = {}) {
     std::string text(headColumns - std::min(head.size(), headColumns), ' ');
@@ -84,16 +74,16 @@ std::string cellText(Session& session, const Day& day) {
 void showGrid(Session& session, const std::vector<Day>& days) {
     Output& output = session.output();
     std::string line;
-    for (std::size_t i = 0; i < weekdayNames.size(); ++i) {
-        const auto weekday = static_cast<std::size_t>(session.calendar().firstWeekday() - 1) + i;
-        line += cellText(std::string(weekdayNames[weekday % weekdayNames.size()]));
+    for (std::size_t i = 0; i < daysPerWeek; ++i) {
+        line += cellText(shortWeekdayName(session.calendar().weekday(days[i].cell.date)));
     }
     output.line(output.styled(line, Style::faint));
     line.clear();
     for (std::size_t i = 0; i < days.size(); ++i) {
         const Style style = days[i].cell.isInDisplayedMonth ? Style::plain : Style::faint;
         line += output.styled(cellText(session, days[i]), style);
-        if (i % weekdayNames.size() != weekdayNames.size() - 1) continue;
+        const bool isLastOfWeek = i % daysPerWeek == daysPerWeek - 1;
+        if (!isLastOfWeek) continue;
         output.line(line);
         line.clear();
     }
@@ -103,11 +93,10 @@ void showAgenda(Session& session, const std::vector<Day>& days) {
     for (const Day& day : days) {
         if (day.tasks.empty()) continue;
         Output& output = session.output();
-        const auto weekday = static_cast<std::size_t>(session.calendar().weekday(day.cell.date));
+        const int weekday = session.calendar().weekday(day.cell.date);
         output.line("");
         output.line(output.styled(
-            std::string(weekdayNames[weekday - 1]) + " " + dateText(session, day.cell.date),
-            Style::strong));
+            shortWeekdayName(weekday) + " " + dateText(session, day.cell.date), Style::strong));
         showTasks(session, day.tasks, {});
     }
 }
@@ -124,9 +113,9 @@ ExitStatus showDays(Session& session, Instant day, const std::vector<CalendarDay
         return ExitStatus::done;
     }
     const LocalTime local = session.calendar().local(day);
-    const auto month = static_cast<std::size_t>(local.month - 1);
     session.output().line(session.output().styled(
-        std::string(monthNames.at(month)) + " " + std::to_string(local.year), Style::strong));
+        std::string(english::monthName(local.month)) + " " + std::to_string(local.year),
+        Style::strong));
     showGrid(session, days);
     showAgenda(session, days);
     return ExitStatus::done;

@@ -1,33 +1,18 @@
 #include "app/tasks/TaskWords.h"
 
 #include "base/Calendar.h"
+#include "base/EnglishNames.h"
 #include "core/tasks/TaskService.h"
-
-#include <array>
 
 namespace tesserine::app {
 namespace {
 
-constexpr std::array weekdays{
-    "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
-constexpr std::array months{
-    "January",
-    "February",
-    "March",
-    "April",
-    "May",
-    "June",
-    "July",
-    "August",
-    "September",
-    "October",
-    "November",
-    "December"};
-constexpr int shortLength = 3;
-
-QString monthName(int month) {
-    return QString::fromLatin1(months.at(static_cast<std::size_t>(month - 1)));
+QString textOf(std::string_view name) {
+    return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
 }
+
+QString monthName(int month) { return textOf(english::monthName(month)); }
+QString shortMonthName(int month) { return textOf(english::shortened(english::monthName(month))); }
 
 /// "Yesterday", "Today" or "Tomorrow"; empty for other distances.
 QString nearDay(int daysAhead) {
@@ -41,11 +26,11 @@ QString nearDay(int daysAhead) {
 
 }  // namespace
 
-QString weekdayName(int weekday) {
-    return QString::fromLatin1(weekdays.at(static_cast<std::size_t>(weekday - 1)));
-}
+QString weekdayName(int weekday) { return textOf(english::weekdayName(weekday)); }
 
-QString shortWeekdayName(int weekday) { return weekdayName(weekday).left(shortLength); }
+QString shortWeekdayName(int weekday) {
+    return textOf(english::shortened(english::weekdayName(weekday)));
+}
 
 QString TaskWords::time(Instant instant) const {
     const LocalTime local = calendar_.local(instant);
@@ -64,7 +49,7 @@ QString TaskWords::due(const TaskDue& due) const {
     QString text = nearDay(calendar_.daysBetween(now_, due.date));
     if (text.isEmpty()) {
         const QString date =
-            QStringLiteral("%1 %2").arg(local.day).arg(monthName(local.month).left(shortLength));
+            QStringLiteral("%1 %2").arg(local.day).arg(shortMonthName(local.month));
         const bool isThisYear = local.year == calendar_.local(now_).year;
         text = isThisYear ? shortWeekdayName(calendar_.weekday(due.date)) + QLatin1Char(' ') + date
                           : QStringLiteral("%1 %2").arg(date).arg(local.year);

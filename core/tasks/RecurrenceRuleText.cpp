@@ -1,3 +1,4 @@
+#include "base/EnglishNames.h"
 #include "base/Text.h"
 #include "core/tasks/RecurrenceRule.h"
 
@@ -16,8 +17,6 @@ namespace {
 using Unit = RecurrenceRule::Unit;
 
 constexpr std::array units = {Unit::day, Unit::week, Unit::month, Unit::year};
-constexpr std::array<const char*, 7> shortWeekdays = {
-    "Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 
 /// Calls `take` with each piece of `text` between separators.
 template <class Take>
@@ -58,7 +57,7 @@ std::string joined(const std::set<int>& weekdays, std::string_view separator, Te
 }
 
 std::string shortName(int weekday) {
-    return shortWeekdays.at(static_cast<std::size_t>(weekday - 1));
+    return std::string(english::shortened(english::weekdayName(weekday)));
 }
 
 }  // namespace
