@@ -40,20 +40,11 @@ ImportOptions optionsFrom(Session& session, const Arguments& arguments) {
     return options;
 }
 
-/// Looks only; a folder without a library is looked at as an empty one.
 template <class Importer>
 ExitStatus preview(Session& session, const Importer& importer, const Arguments& arguments) {
-    session.onlyRead();
-    std::optional<TesserineStore> empty;
-    if (!session.hasLibrary()) {
-        empty.emplace(
-            StoreConfiguration{.inMemory = true},
-            StoreEnvironment{.clock = session.clock(), .random = session.environment().random});
-    }
-    StoreContext& context = empty ? empty->viewContext() : session.context();
-    const ImportOptions options = optionsFrom(session, arguments);
-    showPreview(session, importer.preview(context, arguments.pathsFrom(0), options));
-    return ExitStatus::done;
+    return showPreview(session, [&](StoreContext& library) {
+        return importer.preview(library, arguments.pathsFrom(0), optionsFrom(session, arguments));
+    });
 }
 
 template <class Importer>

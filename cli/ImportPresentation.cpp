@@ -59,6 +59,33 @@ void showTroubles(Session& session, const std::vector<ImportedNote>& notes) {
     }
 }
 
+void show(Session& session, const ImportPreview& preview) {
+    Output& output = session.output();
+    if (output.isJSON()) {
+        output.json(boost::json::object{
+            {"found", preview.found},
+            {"duplicates", preview.duplicates},
+            {"unreadable", preview.unreadable},
+            {"sourceBytes", preview.sourceBytes},
+            {"attachments", preview.attachments},
+            {"attachmentBytes", preview.attachmentBytes},
+            {"notebooks", arrayOf(preview.notebooks)},
+            {"tags", arrayOf(preview.tags)},
+            {"notes", arrayOf(preview.notes)}});
+        return;
+    }
+    showTroubles(session, preview.notes);
+    output.line(
+        "Would import " + counted(preview.found, "note") + " (" + byteText(preview.sourceBytes)
+        + ") into " + counted(preview.notebooks.size(), "notebook") + " with "
+        + attachmentText(preview.attachments, preview.attachmentBytes) + "; "
+        + std::to_string(preview.duplicates) + " of them are there already and "
+        + std::to_string(preview.unreadable) + " cannot be read.");
+    for (const std::string& notebook : preview.notebooks) {
+        output.line("  " + oneLine(notebook));
+    }
+}
+
 }  // namespace
 
 boost::json::object asJSON(const ImportReport& report) {
@@ -122,31 +149,17 @@ void showReport(Session& session, const TesserineImport& imported) {
     }
 }
 
-void showPreview(Session& session, const ImportPreview& preview) {
-    Output& output = session.output();
-    if (output.isJSON()) {
-        output.json(boost::json::object{
-            {"found", preview.found},
-            {"duplicates", preview.duplicates},
-            {"unreadable", preview.unreadable},
-            {"sourceBytes", preview.sourceBytes},
-            {"attachments", preview.attachments},
-            {"attachmentBytes", preview.attachmentBytes},
-            {"notebooks", arrayOf(preview.notebooks)},
-            {"tags", arrayOf(preview.tags)},
-            {"notes", arrayOf(preview.notes)}});
-        return;
+ExitStatus showPreview(
+    Session& session, const std::function<ImportPreview(StoreContext& library)>& look) {
+    session.onlyRead();
+    std::optional<TesserineStore> empty;
+    if (!session.hasLibrary()) {
+        empty.emplace(
+            StoreConfiguration{.inMemory = true},
+            StoreEnvironment{.clock = session.clock(), .random = session.environment().random});
     }
-    showTroubles(session, preview.notes);
-    output.line(
-        "Would import " + counted(preview.found, "note") + " (" + byteText(preview.sourceBytes)
-        + ") into " + counted(preview.notebooks.size(), "notebook") + " with "
-        + attachmentText(preview.attachments, preview.attachmentBytes) + "; "
-        + std::to_string(preview.duplicates) + " of them are there already and "
-        + std::to_string(preview.unreadable) + " cannot be read.");
-    for (const std::string& notebook : preview.notebooks) {
-        output.line("  " + oneLine(notebook));
-    }
+    show(session, look(empty ? empty->viewContext() : session.context()));
+    return ExitStatus::done;
 }
 
 }  // namespace tesserine::cli

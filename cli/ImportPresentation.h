@@ -1,10 +1,13 @@
 #pragma once
 
 #include "base/Uuid.h"
+#include "cli/Command.h"
 #include "core/import/ImportTypes.h"
 #include "core/import/TesserineImporter.h"
 
 #include <boost/json/object.hpp>
+
+#include <functional>
 
 /// How imports are shown.
 namespace tesserine::cli {
@@ -18,6 +21,9 @@ boost::json::object asJSON(const ImportReport& report);
 void showReport(Session& session, const ImportReport& report);
 /// The same, and what came with the notes.
 void showReport(Session& session, const TesserineImport& imported);
-void showPreview(Session& session, const ImportPreview& preview);
+/// Shows what `look` finds in the library, or in an empty one where the folder has none. Writes
+/// nothing.
+ExitStatus showPreview(
+    Session& session, const std::function<ImportPreview(StoreContext& library)>& look);
 
 }  // namespace tesserine::cli

@@ -9,20 +9,6 @@ namespace tesserine::cli {
 
 namespace {
 
-/// Looks only; a folder without a library is looked at as an empty one.
-ExitStatus preview(Session& session, const TesserineImporter& importer, const std::string& folder) {
-    session.onlyRead();
-    std::optional<TesserineStore> empty;
-    if (!session.hasLibrary()) {
-        empty.emplace(
-            StoreConfiguration{.inMemory = true},
-            StoreEnvironment{.clock = session.clock(), .random = session.environment().random});
-    }
-    StoreContext& context = empty ? empty->viewContext() : session.context();
-    showPreview(session, importer.preview(context, folder, {.stop = session.stop()}));
-    return ExitStatus::done;
-}
-
 TesserineImport runImport(
     Session& session, const TesserineImporter& importer, const Arguments& arguments) {
     if (!session.store().wasCreated() && !arguments.has("no-backup")) {
@@ -44,7 +30,11 @@ ExitStatus importLibrary(Session& session, const Arguments& arguments) {
          .calendar = session.calendar(),
          .types = session.types(),
          .log = session.log()});
-    if (arguments.has("dry-run")) return preview(session, importer, arguments.word(0));
+    if (arguments.has("dry-run")) {
+        return showPreview(session, [&](StoreContext& library) {
+            return importer.preview(library, arguments.word(0), {.stop = session.stop()});
+        });
+    }
 
     const TesserineImport imported = runImport(session, importer, arguments);
     showReport(session, imported);
