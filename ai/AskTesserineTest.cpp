@@ -73,6 +73,7 @@ TEST(Passages, ShowTheLineThatHoldsMostOfTheWords) {
         "Anna likes the hotel by the lake, where a long sentence goes on for more than");
     EXPECT_EQ(bestPlace(passage, {"ship"}), "Trip");
     EXPECT_EQ(bestPlace(" \n ", {"ship"}), "");
+    EXPECT_EQ(bestPlace("To see\n  • The tile museum", {"museum"}), "The tile museum");
     EXPECT_EQ(bestPlace(std::string(200, 'x'), {}).size(), 80U);
 }
 

@@ -80,13 +80,25 @@ std::vector<std::size_t> occurrences(std::string_view text, const std::vector<st
     return counts;
 }
 
+namespace {
+
+/// A line without the mark of a list item that plain text puts before it.
+std::string_view withoutListMark(std::string_view line) {
+    for (const std::string_view mark : {"• ", "[ ] ", "[x] "}) {
+        if (line.starts_with(mark)) return line.substr(mark.size());
+    }
+    return line;
+}
+
+}  // namespace
+
 std::string_view bestPlace(std::string_view passage, const std::vector<std::string>& words) {
     constexpr std::size_t longest = 80;
     std::string_view best;
     std::size_t most = 0;
     while (!passage.empty()) {
         const std::size_t end = std::min(passage.find('\n'), passage.size());
-        const std::string_view line = text::trimmed(passage.substr(0, end));
+        const auto line = withoutListMark(text::trimmed(passage.substr(0, end)));
         const auto counts = occurrences(line, words);
         const auto held = static_cast<std::size_t>(
             std::ranges::count_if(counts, [](std::size_t count) { return count > 0; }));

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 #include <QComboBox>
+#include <QDateEdit>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -243,6 +244,24 @@ TEST_F(AskPanelTest, SendsExactlyTheRequestThatWasShownAndKeepsARecord) {
     EXPECT_EQ(record.item(0, 4)->text(), "Hotel");
     part<QPushButton>("deleteRecord", &later).click();
     EXPECT_EQ(record.rowCount(), 0);
+}
+
+TEST_F(AskPanelTest, BothDaysOfASpanBelongToIt) {
+    for (const char* day : {"09", "10", "12", "13"}) {
+        clock.set(*Instant::parseISO("2026-03-" + std::string(day) + "T23:30:00Z"));
+        addNote("Hotel of the " + std::string(day), "<p>hotel</p>");
+    }
+    part<QComboBox>("askSpan").setCurrentIndex(5);  // between two days
+    const auto days = panel_->findChildren<QDateEdit*>();
+    days.at(0)->setDate(QDate(2026, 3, 10));
+    days.at(1)->setDate(QDate(2026, 3, 12));
+    ask("Which hotel?");
+    ASSERT_TRUE(waitForEnd());
+    for (const auto& [day, isWithin] :
+         {std::pair{"09", false}, {"10", true}, {"12", true}, {"13", false}}) {
+        EXPECT_EQ(sent(0).find("Hotel of the " + std::string(day)) != std::string::npos, isWithin)
+            << day;
+    }
 }
 
 TEST_F(AskPanelTest, LooksWhereTheFiltersSay) {
