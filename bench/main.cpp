@@ -9,6 +9,7 @@
 #include "bench/SentenceJobs.h"
 #include "bench/ServiceJobs.h"
 #include "bench/StoreJobs.h"
+#include "bench/SyncJobs.h"
 #include "bench/TaskJobs.h"
 
 #include <algorithm>
@@ -77,6 +78,10 @@ constexpr auto jobs = std::to_array<Job>({
     {"service",
      [](const Arguments& arguments) {
          return serviceJobs(arguments.folder / "bench-service", arguments.rounds);
+     }},
+    {"sync",
+     [](const Arguments& arguments) {
+         return syncJobs(arguments.folder / "bench-sync", arguments.noteCount, arguments.rounds);
      }},
 });
 
