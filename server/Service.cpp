@@ -280,9 +280,10 @@ Service::Listening Service::listen(const std::string& token, const std::string& 
     listening.refusal = guarded([&]() -> HTTPReply {
         if (const auto wait = perAddress_.waitOf(from)) throw Refusal::tooMany(*wait);
         const Caller caller = callerWith(token);
-        listening.seat = live_.enter(caller);
-        if (!listening.seat) throw Refusal::tooMany(std::chrono::seconds(60));
+        auto seat = live_.enter(caller);  // first, so that no change slips in between
+        if (!seat) throw Refusal::tooMany(std::chrono::seconds(60));
         listening.head = records_.head(caller.user);
+        listening.seat = std::move(seat);
         return {};
     });
     return listening;
