@@ -233,6 +233,9 @@ std::string ENEXReader::Parser::sentenceOf(XMLStream::Trouble trouble) const {
     if (trouble == Trouble::entities) {
         return file + " declares entities of its own, which may be an attack; it was not imported.";
     }
+    if (trouble == Trouble::encoding) {
+        return file + " is in an encoding that is not known; save it as UTF-8.";
+    }
     if (isForeign_) return file + " is not an Evernote export file.";
     const std::string place = " at byte " + grouped(stream_->position());
     if (trouble == Trouble::truncated) {
@@ -252,7 +255,7 @@ void ENEXReader::Parser::seekNote() {
     unparsed_.erase(0, skipped);
     begin_ += skipped;
     if (!isFound) return;
-    stream_.emplace(*this, begin_, root);
+    stream_.emplace(*this, begin_, root, cleaner_.encodingName());
     depth_ = 1;
     hasEnded_ = false;
 }

@@ -147,10 +147,17 @@ TEST_F(ENEXReaderTest, BytesThatNoXMLMayHoldAreReplacedAndSaid) {
 }
 
 TEST_F(ENEXReaderTest, OtherEncodingsAreRead) {
-    const std::string latin =
-        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><en-export><note><title>caf\xE9</title></note>"
-        "</en-export>";
-    EXPECT_EQ(read(latin), "café\n");
+    const auto in = [](const std::string& encoding, const std::string& title) {
+        return "<?xml version='1.0' encoding='" + encoding + "'?><en-export>"
+               + "<note><title>cut</titel></note><note><title>" + title
+               + "</title></note></en-export>";
+    };
+    // Also after a place where reading began anew.
+    EXPECT_THAT(read(in("ISO-8859-1", "caf\xE9")), testing::EndsWith("\ncafé\n"));
+    EXPECT_THAT(read(in("Windows-1252", "\x84\xE9\x93")), testing::EndsWith("\n„é“\n"));
+    EXPECT_EQ(
+        read(in("KOI8-R", "\xC1")),
+        "a.enex: “a.enex” is in an encoding that is not known; save it as UTF-8.\n");
     std::string utf16 = "\xFE\xFF";
     for (const char c : std::string("<en-export><note><title>tea</title></note></en-export>")) {
         utf16 += '\0';

@@ -26,9 +26,7 @@ std::string fromWindows1252(std::string_view bytes) {
     std::u16string units;
     units.reserve(bytes.size());
     for (const char c : bytes) {
-        const auto byte = static_cast<std::uint8_t>(c);
-        const bool isMapped = byte >= 0x80 && byte < 0xA0;
-        units += isMapped ? windows1252[byte - 0x80U] : static_cast<char16_t>(byte);
+        units += windows1252Character(static_cast<std::uint8_t>(c));
     }
     return text::fromUTF16(units);
 }
@@ -110,6 +108,11 @@ DecodedText decodedText(std::span<const std::uint8_t> bytes) {
     if (!text::isClean(result.text)) result.text = text::sanitized(std::move(result.text));
     normaliseLineEnds(result.text);
     return result;
+}
+
+char16_t windows1252Character(std::uint8_t byte) {
+    const bool isMapped = byte >= 0x80 && byte < 0xA0;
+    return isMapped ? windows1252[byte - 0x80U] : static_cast<char16_t>(byte);
 }
 
 }  // namespace tesserine

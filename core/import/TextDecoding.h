@@ -17,4 +17,7 @@ struct DecodedText {
 /// stays so: those bytes become U+FFFD. Never fails; linear.
 DecodedText decodedText(std::span<const std::uint8_t> bytes);
 
+/// The character that a byte stands for in Windows-1252.
+char16_t windows1252Character(std::uint8_t byte);
+
 }  // namespace tesserine

@@ -42,11 +42,23 @@ std::size_t nextControl(std::string_view text, std::size_t at) {
     return at;
 }
 
+/// The name in the declaration, in lower case.
+std::string declaredEncoding(std::string_view beginning) {
+    constexpr std::string_view quotes = "\"'";
+    const std::string_view declaration = beginning.substr(0, beginning.find("?>"));
+    const std::size_t key = declaration.find("encoding");
+    if (!declaration.starts_with("<?xml") || key == std::string_view::npos) return {};
+    const std::size_t quote = declaration.find_first_of(quotes, key);
+    if (quote == std::string_view::npos) return {};
+    const std::string_view rest = declaration.substr(quote + 1);
+    return text::asciiLowercased(rest.substr(0, rest.find_first_of(quotes)));
+}
+
 }  // namespace
 
 std::string XMLCleaner::clean(std::string_view bytes, bool isLast) {
     replaced_ = {};
-    if (encoding_ == Encoding::unknown) encoding_ = encodingOf(bytes);
+    if (encoding_ == Encoding::unknown) learnEncoding(bytes);
     if (encoding_ == Encoding::wide) return std::string(bytes);
     const bool isUTF8 = encoding_ == Encoding::utf8;
     if (isUTF8 && !isLast) bytes.remove_suffix(unfinishedSuffix(bytes));
@@ -57,15 +69,12 @@ std::string XMLCleaner::clean(std::string_view bytes, bool isLast) {
 }
 
 /// Source: XML 1.0, appendix F.
-XMLCleaner::Encoding XMLCleaner::encodingOf(std::string_view beginning) {
+void XMLCleaner::learnEncoding(std::string_view beginning) {
     const bool isWide = beginning.starts_with("\xFE\xFF") || beginning.starts_with("\xFF\xFE")
                         || beginning.substr(0, 2).find('\0') != std::string_view::npos;
-    if (isWide) return Encoding::wide;
-    const std::string_view declaration = beginning.substr(0, beginning.find("?>"));
-    const std::size_t at = declaration.find("encoding");
-    if (!declaration.starts_with("<?xml") || at == std::string_view::npos) return Encoding::utf8;
-    const std::string name = text::asciiLowercased(declaration.substr(at, 30));
-    return name.find("utf-8") == std::string::npos ? Encoding::ascii : Encoding::utf8;
+    encodingName_ = declaredEncoding(beginning);
+    const bool isUTF8 = encodingName_.empty() || encodingName_ == "utf-8";
+    encoding_ = isWide ? Encoding::wide : isUTF8 ? Encoding::utf8 : Encoding::ascii;
 }
 
 void XMLCleaner::replaceBadUTF8(std::string& piece) {

@@ -24,16 +24,19 @@ public:
     /// at most three bytes remain, and the next call begins with them. `isLast`: nothing follows.
     std::string clean(std::string_view bytes, bool isLast);
     const Replaced& replaced() const { return replaced_; }
+    /// The encoding that the stream says it is in, once its beginning was seen; empty for none.
+    const std::string& encodingName() const { return encodingName_; }
 
 private:
     enum class Encoding : std::uint8_t { unknown, utf8, ascii, wide };
 
-    static Encoding encodingOf(std::string_view beginning);
+    void learnEncoding(std::string_view beginning);
     void replaceBadUTF8(std::string& piece);
     void replaceControls(std::string& piece);
     void replace(std::string& piece, std::size_t at, std::size_t count, char by);
 
     Encoding encoding_ = Encoding::unknown;
+    std::string encodingName_;
     Replaced replaced_;
 };
 

@@ -1,8 +1,12 @@
 #include "core/import/XMLStream.h"
 
+#include "base/Text.h"
+#include "core/import/TextDecoding.h"
+
 #include <expat.h>
 
 #include <exception>
+#include <iterator>
 #include <new>
 
 namespace tesserine {
@@ -20,12 +24,14 @@ struct XMLStream::Parser {
         void operator()(XML_Parser parser) const noexcept { XML_ParserFree(parser); }
     };
 
-    explicit Parser(XMLHandler& told) : handler(told), expat(XML_ParserCreate(nullptr)) {
+    Parser(XMLHandler& told, const char* encoding)
+        : handler(told), expat(XML_ParserCreate(encoding)) {
         if (expat == nullptr) throw std::bad_alloc();
         XML_SetUserData(expat.get(), this);
         XML_SetElementHandler(expat.get(), &opened, &closed);
         XML_SetCharacterDataHandler(expat.get(), &texted);
         XML_SetEntityDeclHandler(expat.get(), &declared);
+        XML_SetUnknownEncodingHandler(expat.get(), &encoded, nullptr);
     }
 
     void stop(Trouble why, const char* words) {
@@ -76,6 +82,15 @@ struct XMLStream::Parser {
         const char* /*notation*/) {
         of(data).stop(Trouble::entities, "it declares entities of its own");
     }
+    static int XMLCALL encoded(void* /*data*/, const char* name, XML_Encoding* encoding) {
+        if (text::asciiLowercased(name) != "windows-1252") return XML_STATUS_ERROR;
+        for (std::size_t byte = 0; byte < std::size(encoding->map); ++byte) {
+            encoding->map[byte] = windows1252Character(static_cast<std::uint8_t>(byte));
+        }
+        encoding->convert = nullptr;  // every byte is a character
+        encoding->release = nullptr;
+        return XML_STATUS_OK;
+    }
 
     XMLHandler& handler;
     std::unique_ptr<XML_ParserStruct, Free> expat;
@@ -88,8 +103,9 @@ struct XMLStream::Parser {
     std::exception_ptr failure;
 };
 
-XMLStream::XMLStream(XMLHandler& handler, std::uint64_t offset, std::string_view root)
-    : parser_(std::make_unique<Parser>(handler)) {
+XMLStream::XMLStream(
+    XMLHandler& handler, std::uint64_t offset, std::string_view root, const std::string& encoding)
+    : parser_(std::make_unique<Parser>(handler, encoding.empty() ? nullptr : encoding.c_str())) {
     parser_->fed = offset;
     parser_->offset = offset;
     if (root.empty()) return;
@@ -122,6 +138,7 @@ XMLStream::Trouble XMLStream::feed(std::string_view bytes, bool isLast) {
         && (error == XML_ERROR_NO_ELEMENTS || error == XML_ERROR_UNCLOSED_TOKEN
             || error == XML_ERROR_PARTIAL_CHAR || error == XML_ERROR_UNCLOSED_CDATA_SECTION);
     parser.trouble = isCut ? Trouble::truncated : Trouble::malformed;
+    if (error == XML_ERROR_UNKNOWN_ENCODING) parser.trouble = Trouble::encoding;
     parser.reason = XML_ErrorString(error);
     return parser.trouble;
 }

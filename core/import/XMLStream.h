@@ -38,7 +38,7 @@ public:
 ///
 /// Safe with hostile input: nothing outside is fetched, a document that declares entities is
 /// refused before one of them is used, nesting and the length of a tag or comment are bounded. No
-/// recursion, linear.
+/// recursion, linear. Reads UTF-8, UTF-16, ISO 8859-1, ASCII and Windows-1252.
 class XMLStream {
 public:
     static constexpr std::size_t mostDepth = 1'000;
@@ -49,12 +49,18 @@ public:
         none,
         malformed,  ///< is no XML any more; or too deep, or a tag is too long
         entities,   ///< declares entities
+        encoding,   ///< is in an encoding that is not known
         truncated,  ///< ended before its root element did
     };
 
     /// `offset` is where in the file the first byte stands. With `root` the stream begins somewhere
-    /// inside the element of that name, of whose start tag the handler is not told.
-    XMLStream(XMLHandler& handler, std::uint64_t offset, std::string_view root = {});
+    /// inside the element of that name, of whose start tag the handler is not told; it is then in
+    /// `encoding`, UTF-8 unless named.
+    XMLStream(
+        XMLHandler& handler,
+        std::uint64_t offset,
+        std::string_view root = {},
+        const std::string& encoding = {});
     XMLStream(const XMLStream&) = delete;
     XMLStream& operator=(const XMLStream&) = delete;
     ~XMLStream();
