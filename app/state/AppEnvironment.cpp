@@ -6,6 +6,7 @@
 #include "base/FirstWeekday.h"
 #include "base/HTTPSession.h"
 #include "base/Keychain.h"
+#include "base/Memory.h"
 #include "core/services/LibraryCare.h"
 #include "search/LegacySavedSearches.h"
 #include "search/SearchCoordinator.h"
@@ -29,6 +30,9 @@ constexpr auto calendarInterval = 30s;
 
 /// Long work such as an import leaves room for short work.
 constexpr int mostBackgroundThreads = 8;
+
+/// Work in the background that ends within this time is tidied up after together.
+constexpr auto memoryInterval = 1s;
 
 /// The log is a help, not a condition: without a place to write it the program still works.
 Log logTo(const std::filesystem::path& file) {
@@ -69,6 +73,9 @@ AppEnvironment::AppEnvironment(AppSetting setting)
     context().setObserver(
         [this](const std::vector<ObjectChange>& changes) { emit libraryChanged(changes); });
     background_.setMaxThreadCount(mostBackgroundThreads);
+    memoryTimer_.setSingleShot(true);
+    connect(
+        &memoryTimer_, &QTimer::timeout, this, [this] { background_.start(returnUnusedMemory); });
     auto* timer = new QTimer(this);
     timer->setTimerType(Qt::VeryCoarseTimer);
     connect(timer, &QTimer::timeout, this, &AppEnvironment::refreshCalendar);
@@ -84,12 +91,14 @@ AppEnvironment::~AppEnvironment() {
 
 void AppEnvironment::startWork() {
     bringSearchesOver();
-    search().start();
+    QTimer::singleShot(setting_.patience, this, [this] { search().start(); });
     store_.startObserving([this](std::function<void()> task) {
         QMetaObject::invokeMethod(this, std::move(task), Qt::QueuedConnection);
     });
     syncControl().start();
-    if (!store_.wasCreated()) careForLibrary();
+    if (store_.wasCreated()) return;
+    // Once the search has compared its index with the library, which takes well under a second.
+    QTimer::singleShot(5 * setting_.patience, this, &AppEnvironment::careForLibrary);
 }
 
 void AppEnvironment::bringSearchesOver() {
@@ -128,7 +137,11 @@ SearchCoordinator& AppEnvironment::search() {
     if (!search_) {
         search_ = std::make_unique<SearchCoordinator>(
             store_,
-            SearchCoordinator::Setting{.clock = clock(), .log = log_, .vfs = setting_.sqliteVFS});
+            SearchCoordinator::Setting{
+                .clock = clock(), .log = log_, .vfs = setting_.sqliteVFS, .changed = [this] {
+                    QMetaObject::invokeMethod(
+                        this, &AppEnvironment::returnMemorySoon, Qt::QueuedConnection);
+                }});
     }
     return *search_;
 }
@@ -198,8 +211,12 @@ void AppEnvironment::inBackground(
             log_.warning("in the background: " + sentence);
             if (failed) whenStillThere([failed, sentence] { failed(sentence); });
         }
+        QMetaObject::invokeMethod(this, &AppEnvironment::returnMemorySoon, Qt::QueuedConnection);
     });
 }
+
+/// Reading a whole library leaves much memory behind that nothing uses.
+void AppEnvironment::returnMemorySoon() { memoryTimer_.start(memoryInterval); }
 
 void AppEnvironment::waitForBackground() { background_.waitForDone(); }
 

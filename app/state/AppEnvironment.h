@@ -23,6 +23,7 @@
 
 #include <QObject>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <chrono>
 #include <filesystem>
@@ -64,6 +65,8 @@ struct AppSetting {
     std::filesystem::path cacheFolder{};
     std::string dataDirs{};   ///< where the registry of file types is looked for
     std::string sqliteVFS{};  ///< empty: the default one
+    /// How long work that nobody waits for leaves the first window alone.
+    std::chrono::milliseconds patience{1000};
     /// The service to sync with; none: what the user set, else that of the build.
     std::optional<std::string> serviceURL{};
     /// How often sync looks for changes of other devices.
@@ -78,6 +81,7 @@ struct AppSetting {
 /// Belongs to the main thread. Outlives every widget that was given it.
 class AppEnvironment final : public QObject {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(AppEnvironment)
 
 public:
     /// Opens the library, or makes one where there is none. Throws `StoreError::loadFailed`.
@@ -160,6 +164,7 @@ private:
     Calendar currentCalendar() const;
     void bringSearchesOver();
     void careForLibrary();
+    void returnMemorySoon();
 
     // Fixed after construction.
     AppSetting setting_;
@@ -184,6 +189,7 @@ private:
     std::unique_ptr<HTTPTransport> network_;
     std::map<std::string, std::unique_ptr<SecretStore>, std::less<>> keychains_;
     std::unique_ptr<SyncControl> syncControl_;
+    QTimer memoryTimer_;
     std::stop_source stop_;
     QThreadPool background_;
 };

@@ -35,6 +35,7 @@ public:
             .logFile = folder / "tesserine.log",
             .dataFolder = folder / "data",
             .cacheFolder = folder / "cache",
+            .patience = std::chrono::milliseconds(0),
             .secrets = &secrets};
     }
 

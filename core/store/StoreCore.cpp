@@ -18,6 +18,8 @@
 namespace tesserine {
 namespace {
 
+constexpr int writerCacheKiB = 65'536;
+constexpr int readerCacheKiB = 4'096;
 constexpr const char* lockName = ".Tesserine.lock";
 /// The journal is moved into the file once it has grown to this many pages (16 MB).
 constexpr int checkpointPages = 2048;
@@ -225,15 +227,17 @@ SQLiteDatabase::Options StoreCore::options(SQLiteDatabase::Access access) const 
         .busyTimeoutMilliseconds = static_cast<int>(std::min(lockPatience_, busyPatience).count()),
         .isHardened = true,
         .pageSize = 8192,
-        .cacheKiB = 65'536,
+        .cacheKiB = writerCacheKiB,
         .autoCheckpointPages = checkpointPages,
         .vfs = inMemory ? std::string() : vfs_,
     };
 }
 
 std::unique_ptr<SQLiteDatabase> StoreCore::connect(
-    const std::filesystem::path& file, SQLiteDatabase::Access access) const {
-    auto database = std::make_unique<SQLiteDatabase>(file, options(access));
+    const std::filesystem::path& file, SQLiteDatabase::Access access, Use use) const {
+    SQLiteDatabase::Options chosen = options(access);
+    if (use == Use::reading) chosen.cacheKiB = readerCacheKiB;
+    auto database = std::make_unique<SQLiteDatabase>(file, chosen);
     database->registerTextFunction("ts_fold", text::caseFolded);
     database->registerTextPredicate("ts_contains", containsFolded);
     return database;
@@ -294,7 +298,7 @@ std::shared_ptr<SQLiteDatabase> StoreCore::openReader() {
             "Its file was moved, replaced or deleted while Tesserine was using it.");
     }
     try {
-        return connect(file(), SQLiteDatabase::Access::readWrite);
+        return connect(file(), SQLiteDatabase::Access::readWrite, Use::reading);
     } catch (const SQLiteDatabase::Error& error) {
         throw StoreError::readFailed(explain(error));
     }

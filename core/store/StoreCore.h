@@ -93,8 +93,13 @@ private:
     void noteUncleanEnd();
     void examine() const;
     void backUpBeforeMigration();
+    /// A writer's cache is large: it makes imports twice as fast. A reader's is small, because
+    /// there are several of them, and the system keeps the file's pages once for all.
+    enum class Use { reading, writing };
     std::unique_ptr<SQLiteDatabase> connect(
-        const std::filesystem::path& file, SQLiteDatabase::Access access) const;
+        const std::filesystem::path& file,
+        SQLiteDatabase::Access access,
+        Use use = Use::writing) const;
     SQLiteDatabase::Options options(SQLiteDatabase::Access access) const;
     Identity identify() const;
     void refuseIfMoved() const;
