@@ -197,12 +197,11 @@ std::optional<AskedQuestion> AskPanel::typed() const {
 }
 
 void AskPanel::run(
-    const QString& doing,
     std::function<void(Exchange&, const Assistant&, const Job::Given&)> work,
-    std::function<void(const Exchange&)> done) {
-    const auto exchange = std::make_shared<Exchange>();
+    std::function<void(const std::shared_ptr<const Exchange>&)> done) {
     const auto assistant = std::make_shared<const Assistant>(environment_);
-    showSentence(doing);
+    const auto exchange = std::make_shared<Exchange>();
+    exchange->destination = assistant->destination();
     showBusy(true);
     job_.start(
         [exchange, assistant, work = std::move(work)](const Job::Given& given) {
@@ -210,8 +209,7 @@ void AskPanel::run(
         },
         [this, exchange, done = std::move(done)] {
             showBusy(false);
-            shown_ = exchange;
-            done(*exchange);
+            done(exchange);
         });
 }
 
@@ -227,8 +225,8 @@ void AskPanel::ask() {
 void AskPanel::send(std::function<FramedQuestion(const Assistant&, StoreContext&)> frame) {
     withDataNotice(environment_, this, [this, frame = std::move(frame)] {
         if (job_.isRunning()) return;
+        showSentence("Asking " + qt(Assistant(environment_).destination()) + "…");
         run(
-            "Asking " + qt(Assistant(environment_).destination()) + "…",
             [frame](Exchange& exchange, const Assistant& assistant, const Job::Given& given) {
                 exchange.framed = frame(assistant, given.context);
                 const PreparedQuestion& prepared = exchange.framed.prepared;
@@ -236,7 +234,7 @@ void AskPanel::send(std::function<FramedQuestion(const Assistant&, StoreContext&
                 exchange.result = AskTesserine::result(
                     prepared, assistant.send(prepared.request, "ask", titles, given.stop));
             },
-            [this](const Exchange& exchange) { showAnswer(exchange); });
+            [this](const auto& exchange) { showAnswer(exchange); });
     });
 }
 
@@ -246,30 +244,28 @@ void AskPanel::showRequest() {
     const auto question = typed();
     if (!question) return (new WhatIsSent(environment_, std::nullopt, this))->open();
     run(
-        "Looking in your notes…",
         [question](Exchange& exchange, const Assistant& assistant, const Job::Given& given) {
             exchange.framed = assistant.frame(*question, given.context);
         },
-        [this](const Exchange& exchange) {
-            state_->setText(hint);
-            const Assistant present(environment_);
-            const FramedQuestion& framed = exchange.framed;
+        [this](const auto& exchange) {
+            const AISettings settings = AISettings::load(environment_.preferences());
             auto* const view = new WhatIsSent(
                 environment_,
                 WhatIsSent::Request{
-                    .body = exactRequest(present.settings(), framed.prepared.request),
-                    .destination = present.destination()},
+                    .body = exactRequest(settings, exchange->framed.prepared.request),
+                    .destination = exchange->destination},
                 this);
-            connect(view, &WhatIsSent::sendingWanted, this, [this, framed] {
-                send([framed](const Assistant&, StoreContext&) { return framed; });
+            connect(view, &WhatIsSent::sendingWanted, this, [this, exchange] {
+                send([exchange](const Assistant&, StoreContext&) { return exchange->framed; });
             });
             view->open();
         });
 }
 
-void AskPanel::showAnswer(const Exchange& exchange) {
-    answer_->showAnswer(exchange.result, environment_.now(), environment_.calendar());
-    figures_->setText(figuresOf(exchange.result, Assistant(environment_).destination()));
+void AskPanel::showAnswer(const std::shared_ptr<const Exchange>& exchange) {
+    shown_ = exchange;
+    answer_->showAnswer(exchange->result, environment_.now(), environment_.calendar());
+    figures_->setText(figuresOf(exchange->result, exchange->destination));
     state_->hide();
     answer_->show();
     figures_->show();
@@ -304,9 +300,11 @@ void AskPanel::open(int citation) {
     emit citationChosen(citations[place].noteID, qt(shown_->framed.places[place]));
 }
 
-void AskPanel::showEvent(QShowEvent* event) {
-    refresh();
-    QWidget::showEvent(event);
+/// What the settings say may have changed while another window was in front.
+bool AskPanel::event(QEvent* event) {
+    const auto type = event->type();
+    if (type == QEvent::Show || type == QEvent::WindowActivate) refresh();
+    return QWidget::event(event);
 }
 
 bool AskPanel::eventFilter(QObject* watched, QEvent* event) {

@@ -50,6 +50,7 @@ private:
     struct Exchange {
         FramedQuestion framed;
         AskResult result;
+        std::string destination;
     };
 
     void build();
@@ -61,16 +62,15 @@ private:
     void showRequest();
     void send(std::function<FramedQuestion(const Assistant&, StoreContext&)> frame);
     void run(
-        const QString& doing,
         std::function<void(Exchange&, const Assistant&, const Job::Given&)> work,
-        std::function<void(const Exchange&)> done);
-    void showAnswer(const Exchange& exchange);
+        std::function<void(const std::shared_ptr<const Exchange>&)> done);
+    void showAnswer(const std::shared_ptr<const Exchange>& exchange);
     void showFailure(const QString& sentence);
     void showSentence(const QString& sentence);
     void showBusy(bool isBusy);
     void open(int citation);
     void refresh();
-    void showEvent(QShowEvent* event) override;
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     AppEnvironment& environment_;

@@ -84,6 +84,11 @@ TEST_F(AskPanelTest, AnswersWithSourcesThatOpenTheNoteAtItsWords) {
         });
     emit answer().anchorClicked(QUrl(links().first()));
     EXPECT_EQ(words, "Anna likes the hotel by the lake.");
+
+    part<QToolButton>("showRequest").click();
+    ASSERT_TRUE(waitUntil([this] { return panel_->findChild<WhatIsSent*>() != nullptr; }));
+    part<WhatIsSent>("whatIsSent").reject();
+    EXPECT_TRUE(answer().isVisible()) << "looking at the next request loses no answer";
 }
 
 TEST_F(AskPanelTest, ShowsWhatTheModelWroteLetterByLetter) {
@@ -146,7 +151,8 @@ TEST_F(AskPanelTest, SaysWhatIsMissingBeforeAnythingLeaves) {
     AISettings settings = kept();
     settings.isEnabled = false;
     keep(settings);
-    panel_->begin();
+    QEvent activation(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(panel_.get(), &activation);
     const auto shown = [this] {
         QStringList texts;
         for (QLabel* label : panel_->findChildren<QLabel*>()) {
