@@ -3,32 +3,43 @@
 #include "search/IndexMeta.h"
 #include "search/IndexUpdater.h"
 
+#include <algorithm>
 #include <array>
-#include <unordered_map>
-#include <utility>
+#include <functional>
+#include <string_view>
 
 namespace tesserine {
 namespace {
 
+/// What the index holds of one document; small, because all of them are compared at once.
 struct IndexedState {
+    Uuid id;
+    std::size_t signatureHash = 0;
     bool isTask = false;
-    std::string signature;
+    bool isInLibrary = false;
 };
 
-/// What the index holds, by identity; uids that are none go to `strange`.
-std::unordered_map<Uuid, IndexedState> indexedStates(
-    SearchIndex& index, std::vector<std::string>& strange) {
-    std::unordered_map<Uuid, IndexedState> states;
+std::size_t hashOf(std::string_view signature) { return std::hash<std::string_view>{}(signature); }
+
+/// What the index holds, sorted by identity; uids that are none go to `strange`.
+std::vector<IndexedState> indexedStates(SearchIndex& index, std::vector<std::string>& strange) {
+    std::vector<IndexedState> states;
     index.visitEntries([&](const SearchIndex::Entry& entry) {
         const auto id = Uuid::parse(entry.uid);
         if (id && id->text() == entry.uid) {
             const bool isTask = entry.kind == nameOf(SearchKind::task);
-            states.insert_or_assign(*id, IndexedState{isTask, std::string(entry.signature)});
+            states.push_back({*id, hashOf(entry.signature), isTask});
         } else {
             strange.emplace_back(entry.uid);
         }
     });
+    std::ranges::sort(states, {}, &IndexedState::id);
     return states;
+}
+
+IndexedState* find(std::vector<IndexedState>& states, const Uuid& id) {
+    const auto found = std::ranges::lower_bound(states, id, {}, &IndexedState::id);
+    return found == states.end() || found->id != id ? nullptr : &*found;
 }
 
 void countInLibrary(IndexCoverage& coverage, const DocumentReader::Entry& entry) {
@@ -58,22 +69,21 @@ IndexDifferences compare(SearchIndex& index, DocumentReader& reader) {
     auto indexed = indexedStates(index, result.leftover);
     reader.visitEntries([&](const DocumentReader::Entry& entry) {
         countInLibrary(coverage, entry);
-        const auto found = indexed.find(entry.id);
-        const bool isTask = entry.key.kind == SearchKind::task;
-        if (found == indexed.end()) {
+        IndexedState* const state = find(indexed, entry.id);
+        if (state == nullptr) {
             ++coverage.missing;
-        } else if (
-            found->second.isTask != isTask || found->second.signature != signature(entry.state)) {
-            ++coverage.stale;
-            indexed.erase(found);
         } else {
-            indexed.erase(found);
-            return;
+            state->isInLibrary = true;
+            const bool isTask = entry.key.kind == SearchKind::task;
+            const bool isSame =
+                state->isTask == isTask && state->signatureHash == hashOf(signature(entry.state));
+            if (isSame) return;
+            ++coverage.stale;
         }
         result.toWrite.documents.emplace(entry.key, entry.id);
     });
-    for (const auto& [id, state] : indexed) {
-        result.leftover.push_back(id.text());
+    for (const IndexedState& state : indexed) {
+        if (!state.isInLibrary) result.leftover.push_back(state.id.text());
     }
     coverage.orphaned = static_cast<std::int64_t>(result.leftover.size());
     readIndex(index, coverage);
