@@ -10,6 +10,7 @@
 #include "updates/UpdateError.h"
 
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 namespace tesserine {
@@ -69,6 +70,8 @@ std::filesystem::path UpdateClient::download(
     const std::filesystem::path& folder,
     const Progress& progress,
     const std::stop_token& stop) {
+    std::error_code ignored;  // what is in its place is said when the file cannot be made
+    std::filesystem::create_directories(folder, ignored);
     try {
         PartialFile file(folder, nameIn(announced.address));
         SHA256 digest;

@@ -32,9 +32,9 @@ public:
 
     /// Bytes so far, of the announced length.
     using Progress = std::function<void(std::int64_t received)>;
-    /// Puts the file into `folder` under the last part of its address, with a number when that name
-    /// is taken, and returns where it is. Only a whole file with the right digest gets there.
-    /// Throws `UpdateError`.
+    /// Puts the file into `folder`, made where there is none, under the last part of its address,
+    /// with a number when that name is taken, and returns where it is. Only a whole file with the
+    /// right digest gets there. Throws `UpdateError`.
     std::filesystem::path download(
         const Release::Download& announced,
         const std::filesystem::path& folder,

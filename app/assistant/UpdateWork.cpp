@@ -86,7 +86,6 @@ void UpdateWork::download(const std::filesystem::path& folder) {
         [file, folder, &network, source = source_, announced = *offer_->release.download](
             const Job::Given& given) {
             const auto length = static_cast<std::size_t>(announced.length);
-            std::filesystem::create_directories(folder);
             *file = source.client(network).download(
                 announced,
                 folder,
