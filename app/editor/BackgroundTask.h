@@ -24,7 +24,7 @@ public:
         const int number = number_;
         running_ = std::async(
             std::launch::async, [this, number, work = std::move(work), done = std::move(done)] {
-                const Telling telling{[&] { tell(number, done); }};
+                const Telling telling([&] { tell(number, done); });
                 return work();
             });
     }
@@ -42,9 +42,15 @@ public:
 
 private:
     /// Tells at the end of a scope.
-    struct Telling {
-        std::function<void()> tell;
-        ~Telling() { tell(); }
+    class Telling {
+    public:
+        explicit Telling(std::function<void()> tell) : tell_(std::move(tell)) {}
+        Telling(const Telling&) = delete;
+        Telling& operator=(const Telling&) = delete;
+        ~Telling() { tell_(); }
+
+    private:
+        std::function<void()> tell_;
     };
 
     void tell(int number, const std::function<void()>& done) {

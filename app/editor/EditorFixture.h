@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 #include <QApplication>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QTest>
 #include <QTextCursor>
@@ -56,9 +57,14 @@ public:
             case '\t': press(Qt::Key_Tab); break;
             case '\b': press(Qt::Key_Backspace); break;
             case 0x7F: press(Qt::Key_Delete); break;
-            default: QTest::keyClicks(&editor.body(), key);
+            default: typeCharacter(key);
             }
         }
+    }
+    void typeCharacter(QChar character) {
+        if (character.unicode() < 0x80) return QTest::keyClicks(&editor.body(), character);
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, character);
+        QApplication::sendEvent(&editor.body(), &event);
     }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(&editor.body(), key, modifiers);

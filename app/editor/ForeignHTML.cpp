@@ -63,7 +63,7 @@ bool marksWords(const std::string& background) {
     constexpr int leastChroma = 60;
     int least = 255;
     int most = 0;
-    for (const std::size_t place : {1, 3, 5}) {
+    for (std::size_t place = 1; place < hex->size(); place += 2) {
         int value = 0;
         std::from_chars(hex->data() + place, hex->data() + place + 2, value, 16);
         least = std::min(least, value);

@@ -19,6 +19,13 @@ namespace {
 void expectKept(NoteDocument& document, const std::string& body) {
     document.setContent(attributedText(body));
     ASSERT_EQ(document.html(), body);
+    // Piece by piece as well, some at once at the end.
+    document.beginContent(attributedText(body));
+    for (int i = 0; i < 9; ++i) {
+        document.addContent(7);
+    }
+    document.completeContent();
+    ASSERT_EQ(document.html(), body);
 }
 
 TEST(NoteDocument, KeepsEveryCanonicalBodyToTheLetter) {
