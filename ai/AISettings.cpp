@@ -8,6 +8,7 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace tesserine {
 namespace {
@@ -50,18 +51,23 @@ void take(const object& from, std::string_view key, std::string& into) {
     if (found != nullptr && found->is_string()) into = std::string(found->get_string());
 }
 
+std::optional<object> readable(std::string_view text) {
+    try {
+        value parsed = json::parse(text);
+        if (parsed.is_object()) return std::move(parsed.get_object());
+    } catch (const json::JSONError&) {
+        // Settings that cannot be read are none.
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 AISettings AISettings::parse(std::string_view json) {
     AISettings settings;
-    value parsed;
-    try {
-        parsed = json::parse(json);
-    } catch (const json::JSONError&) {
-        return settings;
-    }
-    if (!parsed.is_object()) return settings;
-    const object& found = parsed.get_object();
+    const auto stored = readable(json);
+    if (!stored) return settings;
+    const object& found = *stored;
     take(found, "isEnabled", settings.isEnabled);
     take(found, "model", settings.model);
     take(found, "allowWebSearch", settings.allowWebSearch);
@@ -89,7 +95,11 @@ AISettings AISettings::load(const Preferences& preferences) {
     return parse(preferences.string(preferencesKey).value_or(""));
 }
 
-void AISettings::save(Preferences& preferences) const { preferences.set(preferencesKey, json()); }
+void AISettings::save(Preferences& preferences) const {
+    const auto before = preferences.string(preferencesKey);
+    if (before && !readable(*before)) preferences.set(unreadableKey, *before);
+    preferences.set(preferencesKey, json());
+}
 
 std::string_view displayName(AISettings::Backend backend) { return row(backend).displayName; }
 

@@ -17,6 +17,8 @@ struct AISettings {
     };
 
     static constexpr std::string_view preferencesKey = "app.tesserine.ai.settings";
+    /// What stood there and was no JSON, once it was replaced.
+    static constexpr std::string_view unreadableKey = "app.tesserine.ai.settings.unreadable";
 
     bool isEnabled = false;
     Backend backend = Backend::relay;

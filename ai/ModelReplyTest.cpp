@@ -159,8 +159,13 @@ TEST(AISettings, ReadFieldByFieldAndStayOffWhenUnreadable) {
     expected.backend = AISettings::Backend::ownKey;
     expected.relayBaseURL = "https://other.example/api/v1";
     Preferences preferences = Preferences::inMemory();
+    preferences.set(AISettings::preferencesKey, "{\"isEnabled\":tr");
+    EXPECT_EQ(AISettings::load(preferences), defaults);
     expected.save(preferences);
     EXPECT_EQ(AISettings::load(preferences), expected);
+    expected.save(preferences);
+    EXPECT_EQ(preferences.string(AISettings::unreadableKey), "{\"isEnabled\":tr")
+        << "what was broken is kept aside";
 }
 
 }  // namespace

@@ -39,8 +39,9 @@ void addNotes(OurLibrary& library, const NoteGenerator& generator) {
     for (std::size_t begin = 0; begin < generator.noteCount(); begin += notesPerSave) {
         std::vector<GeneratedNote> notes;
         const std::size_t end = std::min(begin + notesPerSave, generator.noteCount());
-        for (std::size_t place = begin; place < end; ++place)
+        for (std::size_t place = begin; place < end; ++place) {
             notes.push_back(generator.note(place));
+        }
         library.addNotes(notes);
     }
 }
@@ -80,8 +81,9 @@ std::vector<Row> askJobs(
         [&] {
             context->reset();  // as for a question that is asked now and then
             return secondsOf([&] {
-                for (const std::string& question : questions)
+                for (const std::string& question : questions) {
                     chosen += retriever.retrieve(question).size();
+                }
             });
         });
     if (found == 0 || chosen == 0) throw std::runtime_error("the questions found nothing");

@@ -3,12 +3,12 @@
 #include "base/Files.h"
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <system_error>
 #include <utility>
 
