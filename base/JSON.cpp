@@ -3,6 +3,7 @@
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/value_stack.hpp>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -90,27 +91,36 @@ struct Builder {
 };
 // NOLINTEND(readability-identifier-naming)
 
-void appendQuoted(std::string& out, std::string_view text) {
+/// Whether a text holds the character as it is (RFC 8259, section 7).
+bool isPlain(char c) { return static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\'; }
+
+void appendEscaped(std::string& out, char c) {
     constexpr std::string_view digits = "0123456789abcdef";
+    switch (c) {
+    case '"': out += "\\\""; break;
+    case '\\': out += "\\\\"; break;
+    case '\b': out += "\\b"; break;
+    case '\f': out += "\\f"; break;
+    case '\n': out += "\\n"; break;
+    case '\r': out += "\\r"; break;
+    case '\t': out += "\\t"; break;
+    default:
+        out += "\\u00";
+        out.push_back(digits[static_cast<unsigned char>(c) >> 4]);
+        out.push_back(digits[static_cast<unsigned char>(c) & 0x0F]);
+    }
+}
+
+/// Bodies are long and hold little to escape: what lies between is copied in one piece.
+void appendQuoted(std::string& out, std::string_view text) {
     out.push_back('"');
-    for (const char c : text) {
-        switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\b': out += "\\b"; break;
-        case '\f': out += "\\f"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        default:
-            if (static_cast<unsigned char>(c) >= 0x20) {
-                out.push_back(c);
-            } else {
-                out += "\\u00";
-                out.push_back(digits[static_cast<unsigned char>(c) >> 4]);
-                out.push_back(digits[static_cast<unsigned char>(c) & 0x0F]);
-            }
-        }
+    const auto* rest = text.begin();
+    for (;;) {
+        const auto* const special = std::find_if_not(rest, text.end(), isPlain);
+        out.append(rest, special);
+        if (special == text.end()) break;
+        appendEscaped(out, *special);
+        rest = special + 1;
     }
     out.push_back('"');
 }
