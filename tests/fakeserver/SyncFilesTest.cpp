@@ -106,6 +106,22 @@ TEST_F(SyncFiles, AFileThatDoesNotComeWholeStaysMissingAndIsFetchedAgain) {
     EXPECT_TRUE(static_cast<bool>(b.context().find<CDAttachment>(file)->integrityVerified));
 }
 
+TEST_F(SyncFiles, AFileThatIsNamedLikeAPathIsAskedForNowhere) {
+    const Uuid file = Uuid::random(a.random);
+    service.put(
+        {.id = file,
+         .kind = "attachment",
+         .payload = {{"filename", "../../x"}, {"sha256", "../../etc/passwd"}}});
+    service.instead = [](const HTTPRequest& request) -> std::optional<HTTPReply> {
+        EXPECT_EQ(request.url.find("/blobs/"), std::string::npos) << request.url;
+        return std::nullopt;
+    };
+    EXPECT_EQ(a.sync(), "");
+    EXPECT_EQ(a.summary.filesFailed, 1U);
+    EXPECT_EQ(content(a, file), "no bytes");
+    EXPECT_EQ(a.sync(), "");
+}
+
 TEST_F(SyncFiles, AnUploadCutShortIsDoneAgainBeforeItsRecordIsSent) {
     const Uuid note = sharedNote("<p>1</p>");
     const Uuid file = attach(a, note, "picture");
