@@ -6,6 +6,7 @@
 #include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
+#include "app/tasks/ConflictNotice.h"
 #include "app/tasks/FormParts.h"
 #include "app/tasks/GrowingText.h"
 #include "app/tasks/LabelsField.h"
@@ -47,6 +48,7 @@ std::optional<TaskDue> dueOf(const CDTask& task) {
 TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
     : QWidget(parent),
       environment_(environment),
+      conflict_(new ConflictNotice(environment, this)),
       stack_(new QStackedWidget(this)),
       circle_(new TickButton(this)),
       title_(new GrowingText(GrowingText::Lines::one, leastTitleLines, mostTitleLines, this)),
@@ -88,13 +90,15 @@ TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
         this));
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(conflict_);
     layout->addWidget(stack_);
 
     followFields();
     connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
         const auto concerns = [](const ObjectChange& change) {
             return change.entity == EntityKind::task || change.entity == EntityKind::project
-                   || change.entity == EntityKind::tag;
+                   || change.entity == EntityKind::tag || change.entity == EntityKind::syncMeta;
         };
         if (task_ && std::ranges::any_of(changes, concerns)) load();
     });
@@ -191,10 +195,9 @@ void TaskDetail::editTitle() {
 void TaskDetail::load() {
     const CDTask* const task = find();
     stack_->setCurrentIndex(task == nullptr ? 1 : 0);
-    if (task == nullptr) {
-        task_.reset();
-        return;
-    }
+    if (task == nullptr) task_.reset();
+    conflict_->showTask(task_);
+    if (task == nullptr) return;
     const QString title = QString::fromStdString(task->title.valueOr(""));
     // A space behind what was saved a moment ago is the beginning of the next word.
     const bool isSame = title_->toPlainText().simplified() == title;

@@ -15,6 +15,7 @@ class QStackedWidget;
 namespace tesserine::app {
 
 class AppEnvironment;
+class ConflictNotice;
 class GrowingText;
 class IconButton;
 class LabelsField;
@@ -63,6 +64,7 @@ private:
 
     AppEnvironment& environment_;
     std::optional<Uuid> task_;
+    ConflictNotice* const conflict_;
     QStackedWidget* const stack_;
     TickButton* const circle_;
     GrowingText* const title_;

@@ -1,0 +1,131 @@
+#include "app/tasks/TaskComparison.h"
+
+#include "app/look/PageParts.h"
+#include "app/look/Separator.h"
+#include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskWords.h"
+#include "core/tasks/RecurrenceRule.h"
+#include "core/tasks/TaskService.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace tesserine::app {
+namespace {
+
+constexpr QSize usualSize(620, 440);
+constexpr int nameWidth = 90;
+
+/// A version as a person reads it, in the order of `names`.
+QStringList linesOf(const TaskVersion& version, const TaskWords& words) {
+    const auto date = [&words](const std::optional<Instant>& at, bool hasTime) {
+        return at ? words.longDue({.date = *at, .hasTime = hasTime}) : QString("None");
+    };
+    const auto rule = RecurrenceRule::fromStorageString(version.recurrenceRule);
+    return {
+        QString::fromStdString(version.title),
+        date(version.dueDate, version.dueHasTime),
+        rule ? QString::fromStdString(rule->description()) : QString("Never"),
+        date(version.reminderAt, true),
+        version.priority < 4 ? QString("Priority %1").arg(version.priority) : QString("None"),
+        version.isDone ? "Yes" : "No",
+        QString::fromStdString(version.notes),
+        date(version.updatedAt, true)};
+}
+
+const QStringList names{
+    "Title", "Due", "Repeats", "Reminder", "Priority", "Completed", "Notes", "Changed"};
+
+}  // namespace
+
+TaskComparison::TaskComparison(
+    AppEnvironment& environment, const TaskConflict& conflict, QWidget* parent)
+    : QDialog(parent), environment_(environment), task_(conflict.task) {
+    setObjectName("taskComparison");
+    setWindowTitle("Two Versions of a Task");
+    setAttribute(Qt::WA_DeleteOnClose);
+    resize(usualSize);
+    build(conflict);
+}
+
+void TaskComparison::build(const TaskConflict& conflict) {
+    const TaskWords words(environment_.now(), environment_.calendar());
+    const QStringList own = linesOf(conflict.present, words);
+    const QStringList other = linesOf(conflict.other, words);
+
+    auto* const page = new QWidget(this);
+    auto* const grid = new QGridLayout(page);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setHorizontalSpacing(space::large);
+    grid->setVerticalSpacing(space::small);
+    grid->setColumnMinimumWidth(0, nameWidth);
+    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(2, 1);
+    grid->addWidget(makeText("This version", TextRole::emphasis, page), 0, 1);
+    grid->addWidget(makeText("The other version", TextRole::emphasis, page), 0, 2);
+    for (int i = 0; i < names.size(); ++i) {
+        grid->addWidget(new Separator(Qt::Horizontal, page), grid->rowCount(), 0, 1, 3);
+        addLine(*grid, names[i], own[i], other[i]);
+    }
+    grid->setRowStretch(grid->rowCount(), 1);
+    auto* const area = new QScrollArea(this);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(page);
+
+    auto* const keep = new QPushButton("Keep this version", this);
+    keep->setObjectName("keepThisVersion");
+    auto* const use = new QPushButton("Use the other version", this);
+    use->setObjectName("useOtherVersion");
+    use->setAutoDefault(false);
+    auto* const buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(use);
+    buttons->addWidget(keep);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(space::huge, space::huge, space::huge, space::large);
+    column->setSpacing(space::large);
+    column->addWidget(makeHint(
+        "Another device changed this task at the same time. The version that you do not choose is "
+        "gone afterwards.",
+        this));
+    column->addWidget(area, 1);
+    column->addLayout(buttons);
+    connect(keep, &QPushButton::clicked, this, &TaskComparison::keepThis);
+    connect(use, &QPushButton::clicked, this, &TaskComparison::useOther);
+}
+
+/// What is the same on both sides stands back.
+void TaskComparison::addLine(
+    QGridLayout& grid, const QString& name, const QString& own, const QString& other) {
+    QWidget* const page = grid.parentWidget();
+    const int row = grid.rowCount();
+    grid.addWidget(makeHint(name, page), row, 0, Qt::AlignTop);
+    const bool isSame = own == other;
+    for (const auto& [column, text] : {std::pair(1, own), std::pair(2, other)}) {
+        QLabel* const shown = makeText(text, isSame ? TextRole::body : TextRole::emphasis, page);
+        if (isSame) setTone(*shown, Tone::secondary);
+        shown->setAccessibleName(name + ": " + text);
+        grid.addWidget(shown, row, column, Qt::AlignTop);
+    }
+}
+
+void TaskComparison::keepThis() {
+    TaskConflicts(environment_.context()).useThisVersion(task_);
+    save();
+}
+
+void TaskComparison::useOther() {
+    TaskConflicts(environment_.context()).useOtherVersion(task_, environment_.clock());
+    save();
+}
+
+void TaskComparison::save() {
+    if (environment_.save(this)) accept();
+}
+
+}  // namespace tesserine::app
