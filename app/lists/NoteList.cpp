@@ -68,11 +68,6 @@ NoteList::NoteList(AppEnvironment& environment, QWidget* parent)
     }
     connect(model_, &QAbstractItemModel::modelReset, this, &NoteList::refreshHeader);
     connect(model_, &NoteListModel::completed, this, &NoteList::refreshHeader);
-    connect(
-        model_,
-        &QAbstractItemModel::rowsAboutToBeRemoved,
-        this,
-        [this](const QModelIndex&, int row) { chooseNext(row); });
     connect(&environment, &AppEnvironment::libraryChanged, this, &NoteList::refreshHeader);
 }
 
@@ -237,14 +232,6 @@ void NoteList::refreshHeader() {
     orderButton_->setVisible(
         kind != Place::Kind::trash && kind != Place::Kind::pinned
         && kind != Place::Kind::reminders);
-}
-
-/// The selected line is about to go: its neighbour is selected in its place.
-void NoteList::chooseNext(int row) {
-    const auto notes = selected();
-    if (notes.size() != 1 || model_->noteAt(row) != notes.front()) return;
-    const int next = row + 1 < model_->rowCount() ? row + 1 : row - 1;
-    if (next >= 0) view_->choose(model_->noteAt(next));
 }
 
 void NoteList::showMenu(const QPoint& where) {

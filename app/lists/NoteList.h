@@ -65,7 +65,6 @@ private:
     void buildHeader();
     void tellSelection();
     void refreshHeader();
-    void chooseNext(int row);
     void showMenu(const QPoint& where);
     void fillMenu(QMenu& menu);
     void fillTrashMenu(QMenu& menu);

@@ -73,6 +73,7 @@ void NoteListModel::readRest() {
         [scope = scope_, entries, &collator = environment_.collator()](
             StoreContext& context, const std::stop_token&) {
             *entries = read(scope, context);
+            entries->shrink_to_fit();  // it lives as long as the list
             if (scope.isByTitle()) std::ranges::sort(*entries, Order{scope, collator});
         },
         this,

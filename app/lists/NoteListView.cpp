@@ -2,7 +2,10 @@
 
 #include "app/lists/NoteListModel.h"
 #include "app/lists/NoteRowDelegate.h"
+#include "app/look/DragPicture.h"
+#include "app/look/Theme.h"
 
+#include <QDrag>
 #include <QKeyEvent>
 
 namespace tesserine::app {
@@ -21,7 +24,12 @@ NoteListView::NoteListView(AppEnvironment& environment, NoteListModel& model, QW
     setDragDropMode(QAbstractItemView::DragOnly);
     setContextMenuPolicy(Qt::CustomContextMenu);
     setItemDelegate(new NoteRowDelegate(environment, model, this));
-    // Before the view's own answer to a reset, which clears the selection.
+    // Before the view's own answers, which clear the selection.
+    connect(
+        &model,
+        &QAbstractItemModel::rowsAboutToBeRemoved,
+        this,
+        [this](const QModelIndex&, int row) { chooseNeighbour(row); });
     connect(
         &model, &QAbstractItemModel::modelAboutToBeReset, this, &NoteListView::rememberSelection);
     setModel(&model);
@@ -58,6 +66,26 @@ void NoteListView::keyPressEvent(QKeyEvent* event) {
         return;
     }
     QListView::keyPressEvent(event);
+}
+
+void NoteListView::startDrag(Qt::DropActions actions) {
+    const QModelIndexList indexes = selectionModel()->selectedRows();
+    if (indexes.isEmpty()) return;
+    const QString title = shownTitle(model_.summary(indexes.front().row()));
+    auto* const drag = new QDrag(this);
+    drag->setMimeData(model_.mimeData(indexes));
+    drag->setPixmap(
+        dragPicture(indexes.size() == 1 ? title : QString("%1 notes").arg(indexes.size()), *this));
+    drag->setHotSpot({-space::medium, -space::small});  // beside the pointer
+    drag->exec(actions, Qt::MoveAction);
+}
+
+/// The line is about to go: when it is the selected one, its neighbour is selected in its place.
+void NoteListView::chooseNeighbour(int row) {
+    const auto notes = selected();
+    if (notes.size() != 1 || model_.noteAt(row) != notes.front()) return;
+    const int next = row + 1 < model_.rowCount() ? row + 1 : row - 1;
+    if (next >= 0) choose(model_.noteAt(next));
 }
 
 void NoteListView::rememberSelection() {

@@ -31,6 +31,8 @@ signals:
 private:
     void selectionChanged(const QItemSelection& now, const QItemSelection& before) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
+    void chooseNeighbour(int row);
     void rememberSelection();
     void putSelectionBack();
 

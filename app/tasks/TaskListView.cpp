@@ -1,5 +1,6 @@
 #include "app/tasks/TaskListView.h"
 
+#include "app/look/DragPicture.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskListModel.h"
@@ -198,28 +199,11 @@ void TaskListView::startDrag(Qt::DropActions /*actions*/) {
     if (indexes.isEmpty()) return;
     const QString text = indexes.size() == 1 ? shownTitle(model_.line(indexes.front()).title)
                                              : QString("%1 tasks").arg(indexes.size());
-    constexpr int widest = 260;
-    const QFontMetrics metrics(font());
-    const QString shown = metrics.elidedText(text, Qt::ElideRight, widest);
-    const QSize size(
-        metrics.horizontalAdvance(shown) + 2 * space::medium, metrics.height() + space::medium);
-    QPixmap pixmap(size * devicePixelRatioF());
-    pixmap.setDevicePixelRatio(devicePixelRatioF());
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Theme::colors().accent);
-    painter.setBrush(Theme::colors().raised);
-    painter.drawRoundedRect(
-        QRectF({0, 0}, size).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
-    painter.setPen(Theme::colors().text);
-    painter.drawText(QRect({0, 0}, size), Qt::AlignCenter, shown);
-    painter.end();
-
+    const QPixmap picture = dragPicture(text, *this);
     auto* const drag = new QDrag(this);
     drag->setMimeData(model_.mimeData(indexes));
-    drag->setPixmap(pixmap);
-    drag->setHotSpot({space::medium, size.height() / 2});
+    drag->setPixmap(picture);
+    drag->setHotSpot({space::medium, picture.deviceIndependentSize().toSize().height() / 2});
     drag->exec(Qt::MoveAction);
 }
 
