@@ -24,7 +24,7 @@ protected:
         sheet_->begin();
         return *sheet_;
     }
-    ~ActionReviewTest() override { delete sheet_; }
+    void TearDown() override { delete sheet_; }
 
     template <class Widget>
     Widget& part(const char* name) {

@@ -60,8 +60,9 @@ AskFilters::AskFilters(AppEnvironment& environment, QWidget* parent)
     span_->setObjectName("askSpan");
     span_->setAccessibleName("When the notes were written");
     span_->addItem("Any time");
-    for (const Span& span : spans)
+    for (const Span& span : spans) {
         span_->addItem(span.title);
+    }
     span_->addItem("Between two days");
     web_->setObjectName("askWeb");
     webHint_->setFont(Theme::font(TextRole::caption));

@@ -303,7 +303,8 @@ void AskPanel::open(int citation) {
 /// What the settings say may have changed while another window was in front.
 bool AskPanel::event(QEvent* event) {
     const auto type = event->type();
-    if (type == QEvent::Show || type == QEvent::WindowActivate) refresh();
+    const bool isInFront = type == QEvent::Show || type == QEvent::WindowActivate;
+    if (isInFront && isVisible()) refresh();
     return QWidget::event(event);
 }
 

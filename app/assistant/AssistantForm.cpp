@@ -60,8 +60,9 @@ QWidget* beside(QLineEdit* field, const std::vector<QPushButton*>& buttons) {
 template <class Entity>
 QStringList pathsOf(const std::vector<tree::Row<Entity>>& rows) {
     QStringList names;
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         names << qt(row.object->name.valueOr(""));
+    }
     names.removeDuplicates();
     return names;
 }
@@ -116,8 +117,9 @@ void AssistantForm::addBackend() {
     const AISettings settings = AISettings::load(preferences());
     auto* const backend = new QComboBox(this);
     backend->setObjectName("assistantBackend");
-    for (const Backend one : backends)
+    for (const Backend one : backends) {
         backend->addItem(qt(displayName(one)));
+    }
     backend->setCurrentIndex(settings.backend == Backend::relay ? 0 : 1);
     addRow({"Questions go through", {}}, backend);
     explanation_ = makeHint(qt(explanation(settings.backend)), this);

@@ -27,8 +27,9 @@ QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 QString joined(const std::vector<std::string>& titles) {
     QStringList all;
-    for (const std::string& title : titles)
+    for (const std::string& title : titles) {
         all << qt(title);
+    }
     return all.join(", ");
 }
 
