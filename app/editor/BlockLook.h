@@ -5,14 +5,12 @@
 class QTextBlockFormat;
 class QTextCharFormat;
 
-namespace tesserine::app {
-
 /// How paragraphs and words of a note look: margins, sizes, colours. Says nothing about what they
 /// are; what stands beside the text (markers, bars, grounds) is drawn by `BlockPainter`.
 ///
 /// What a format of the document holds can be undone, so it must be true in every theme. Colours of
 /// the theme are laid over it by `ThemeColors`.
-namespace look {
+namespace tesserine::app::look {
 
 /// Distance by which one level of a list stands to the right, in device-independent pixels.
 inline constexpr double indentWidth = 26;
@@ -25,5 +23,4 @@ void dress(
 /// where the writer of the note chose others.
 QTextCharFormat themeColors(const InlineStyle& style, const AttributedText::Paragraph& paragraph);
 
-}  // namespace look
-}  // namespace tesserine::app
+}  // namespace tesserine::app::look
