@@ -64,7 +64,7 @@ void showOffer(Session& session, const UpdateOffer& offer) {
     Output& output = session.output();
     const Release& release = offer.release;
     output.line(
-        "Tesserine " + release.stamp.version.text + " is available; this is "
+        "Tesserine " + oneLine(release.stamp.version.text) + " is available; this is "
         + std::string(product::version) + ".");
     if (offer.isRequired) output.line("This version is no longer supported.");
     for (const ReleaseNotes::Block& block : ReleaseNotes::parse(release.releaseNotes).blocks) {

@@ -27,7 +27,7 @@ QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 /// One block of the notes.
 QWidget* makeBlock(const ReleaseNotes::Block& block, QWidget* parent) {
-    QLabel* const text = makeText(qt(block.text), TextRole::body, parent);
+    QLabel* const text = makeText(shownText(block.text), TextRole::body, parent);
     if (block.kind == ReleaseNotes::Block::Kind::paragraph) return text;
     auto* const row = new QWidget(parent);
     auto* const layout = new QHBoxLayout(row);
@@ -66,7 +66,7 @@ UpdateDialog::UpdateDialog(UpdateWork& work, std::filesystem::path downloads, QW
     column->setContentsMargins(space::huge, space::huge, space::huge, space::large);
     column->setSpacing(space::medium);
     column->addWidget(
-        makeText("Tesserine " + qt(release.stamp.version.text), TextRole::title, this));
+        makeText("Tesserine " + shownText(release.stamp.version.text), TextRole::title, this));
     column->addWidget(state_);
     column->addWidget(makeNotes(), 1);
     column->addWidget(progress_);

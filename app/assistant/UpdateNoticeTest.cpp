@@ -104,7 +104,7 @@ TEST_F(UpdateNoticeTest, AlwaysAnswersTheUser) {
 }
 
 TEST_F(UpdateNoticeTest, DownloadsACheckedFileAndRunsNothing) {
-    offer("99.0", R"(,"releaseNotes":"New:\n- <b>Faster</b>")");
+    offer("99.0", R"(,"releaseNotes":"New:\n- <b>Fas\u001b[2Jt\u202eer</b>")");
     notice_->check();
     ASSERT_TRUE(waitUntil([this] { return text().find("99.0") != std::string::npos; }));
     UpdateDialog& dialog = openDetails();
@@ -114,7 +114,7 @@ TEST_F(UpdateNoticeTest, DownloadsACheckedFileAndRunsNothing) {
         EXPECT_EQ(label->textFormat(), Qt::PlainText);
         notes << label->text();
     }
-    EXPECT_EQ(notes, QStringList({"New:", "•", "<b>Faster</b>"}));
+    EXPECT_EQ(notes, QStringList({"New:", "•", "<b>Fas[2Jter</b>"}));
 
     auto& button = *dialog.findChild<QPushButton*>("download");
     file_ = "releasf";

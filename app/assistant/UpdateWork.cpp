@@ -47,10 +47,10 @@ QString UpdateWork::sentence() const {
     case State::checking: return "Looking for a newer version…";
     case State::newest: return "Tesserine " + qt(product::version) + " is the newest version.";
     case State::offered:
-        return "Tesserine " + qt(offer_->release.stamp.version.text) + " is available; this is "
-               + qt(product::version) + ".";
+        return "Tesserine " + shownText(offer_->release.stamp.version.text)
+               + " is available; this is " + qt(product::version) + ".";
     case State::downloading:
-        return "Downloading Tesserine " + qt(offer_->release.stamp.version.text) + "…";
+        return "Downloading Tesserine " + shownText(offer_->release.stamp.version.text) + "…";
     case State::downloaded:
         return "Downloaded and checked “" + qt(file_.filename().string()) + "”. Nothing was run.";
     }
@@ -121,6 +121,15 @@ void UpdateWork::fail(const QString& sentence) {
     state_ = offer_ ? State::offered : State::idle;
     failure_ = sentence;
     emit changed();
+}
+
+QString shownText(const std::string& fromFeed) {
+    QString text = QString::fromStdString(fromFeed);
+    return text.removeIf([](QChar unit) {
+        const char16_t code = unit.unicode();
+        const bool turns = (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+        return turns || unit.category() == QChar::Other_Control;
+    });
 }
 
 UpdateSource updateSourceOfThisProgram() {

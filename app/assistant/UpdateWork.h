@@ -59,6 +59,10 @@ private:
     Job job_;
 };
 
+/// What a feed wrote, fit to be shown: without control characters and marks that turn the direction
+/// of writing.
+QString shownText(const std::string& fromFeed);
+
 /// The source of this build, for the program that runs.
 UpdateSource updateSourceOfThisProgram();
 
