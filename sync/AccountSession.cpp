@@ -32,16 +32,18 @@ AccountSession::AccountSession(Environment environment)
 AccountSession::~AccountSession() { writeUnstored(); }
 
 std::optional<AccountInfo> AccountSession::account() {
+    std::uint64_t epoch = 0;
     {
         const std::scoped_lock lock(mutex_);
         if (account_) return account_;
+        epoch = epoch_;
     }
     const auto stored = reachingSecrets([this] { return environment_.secrets.read(accountKey); });
     if (!stored) return std::nullopt;
     try {
         const auto account = wire::decodeText<AccountInfo>(*stored);
         const std::scoped_lock lock(mutex_);
-        account_ = account;
+        if (epoch == epoch_) account_ = account;
         return account;
     } catch (const WireError&) {
         log_.error("the stored account cannot be read");
@@ -196,14 +198,7 @@ void AccountSession::signOut() {
     } catch (const SyncError&) {
         log_.info("signing out without a refresh token");
     }
-    {
-        const std::scoped_lock lock(mutex_);
-        ++epoch_;
-        accessToken_.reset();
-        account_.reset();
-        unstoredRefreshToken_.reset();
-        signInBegan_.reset();
-    }
+    forget();
     if (refresh) {
         const Deadline patience(signOutPatience);
         try {
@@ -216,6 +211,16 @@ void AccountSession::signOut() {
         environment_.secrets.remove(refreshKey);
         environment_.secrets.remove(accountKey);
     });
+    forget();  // what others read from the store until now
+}
+
+void AccountSession::forget() {
+    const std::scoped_lock lock(mutex_);
+    ++epoch_;
+    accessToken_.reset();
+    account_.reset();
+    unstoredRefreshToken_.reset();
+    signInBegan_.reset();
 }
 
 }  // namespace tesserine

@@ -86,6 +86,7 @@ private:
     std::string refreshNow(const std::stop_token& stop);
     std::string refreshToken();
     void keep(const TokenResponse& tokens);
+    void forget();
     void writeUnstored();
 
     // Fixed after construction.

@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <latch>
 #include <thread>
+#include <utility>
 
 namespace tesserine {
 namespace {
@@ -29,9 +31,13 @@ public:
     void write(const std::string& name, const std::string& secret) override {
         reached().write(name, secret);
     }
-    void remove(const std::string& name) override { reached().remove(name); }
+    void remove(const std::string& name) override {
+        if (const auto meanwhile = std::exchange(beforeRemoval, {})) meanwhile();
+        reached().remove(name);
+    }
 
     bool isReachable = true;
+    std::function<void()> beforeRemoval;
     InMemorySecrets secrets;
 
 private:
@@ -171,6 +177,19 @@ TEST_F(AccountSessionTest, SigningOutForgetsEvenWhenTheServiceIsSilent) {
     EXPECT_EQ(stored(), "none");
     EXPECT_EQ(session_.account(), std::nullopt);
     EXPECT_EQ(token(), "signed out");
+}
+
+TEST_F(AccountSessionTest, WhoAsksDuringASignOutDoesNotUndoIt) {
+    signIn();
+    service_.say({HTTPReply{.status = 204}, tokens("9")});
+    secrets_.beforeRemoval = [this] {
+        EXPECT_TRUE(session_.account().has_value()) << "the store still knows";
+        EXPECT_EQ(token(), "access9");
+    };
+    session_.signOut();
+    EXPECT_FALSE(session_.account().has_value());
+    EXPECT_EQ(token(), "signed out");
+    EXPECT_EQ(stored(), "none");
 }
 
 TEST_F(AccountSessionTest, OnlyACallbackThatSomebodyWaitsForSignsIn) {
