@@ -6,6 +6,7 @@
 #include "base/Product.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -32,7 +33,7 @@ ServiceSection::ServiceSection(AppEnvironment& environment, QWidget* parent)
                  "contacted before you sign in."),
         this));
     connect(address_, &QLineEdit::textChanged, this, &ServiceSection::follow);
-    connect(address_, &QLineEdit::returnPressed, use_, &QPushButton::click);
+    address_->installEventFilter(this);
     connect(use_, &QPushButton::clicked, this, &ServiceSection::useAddress);
     const auto own = environment.preferences().string(SyncService::addressKey);
     address_->setText(QString::fromStdString(own.value_or("")));
@@ -41,6 +42,18 @@ ServiceSection::ServiceSection(AppEnvironment& environment, QWidget* parent)
     address_->setDisabled(given.has_value());
     if (given) address_->setText(QString::fromStdString(*given));
     follow();
+}
+
+/// Return in the field uses the address, and does not press the main button of the dialog as well.
+bool ServiceSection::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            use_->click();
+            return true;
+        }
+    }
+    return Section::eventFilter(watched, event);
 }
 
 void ServiceSection::follow() {

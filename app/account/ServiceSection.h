@@ -14,6 +14,7 @@ public:
     ServiceSection(AppEnvironment& environment, QWidget* parent);
 
 private:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void useAddress();
     void follow();
 

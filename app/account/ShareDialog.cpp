@@ -65,7 +65,7 @@ void ShareDialog::build(const QString& title) {
     setObjectName("shareNote");
     setWindowTitle(tr("Share Note"));
     setAttribute(Qt::WA_DeleteOnClose);
-    setMinimumWidth(usualWidth);
+    setFixedWidth(usualWidth);
     link_->setObjectName("shareLink");
     link_->setAccessibleName(tr("Link to the note"));
     link_->setReadOnly(true);
@@ -126,12 +126,17 @@ void ShareDialog::showAnswer(const Answer& answer) {
     make_->setText(answer.isShared ? tr("New Link") : tr("Create Link"));
     make_->setAccessibleName(make_->text());
     link_->selectAll();
+    fitHeight();
 }
+
+/// As high as its texts in several lines are now.
+void ShareDialog::fitHeight() { setFixedHeight(layout()->totalHeightForWidth(width())); }
 
 void ShareDialog::fail(const QString& sentence) {
     setTone(*state_, Tone::danger);
     state_->setText(sentence);
     make_->setVisible(true);
+    fitHeight();
 }
 
 void ShareDialog::makeLink() {

@@ -39,6 +39,7 @@ private:
     void ask(Question question);
     void showAnswer(const Answer& answer);
     void fail(const QString& sentence);
+    void fitHeight();
     void makeLink();
     void stopSharing();
 

@@ -26,8 +26,6 @@ SignInSection::SignInSection(AppEnvironment& environment, QWidget* parent)
     ended_->setObjectName("sessionEnded");
     column().addWidget(ended_);
     signIn_->setObjectName("signIn");
-    signIn_->setDefault(false);  // Return in the field of the address is not meant for it
-    signIn_->setAutoDefault(false);
     column().addWidget(signIn_, 0, Qt::AlignLeft);
 
     auto* const waiting = makeText(

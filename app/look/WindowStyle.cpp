@@ -61,6 +61,15 @@ void fillBox(QPainter& painter, const QRect& area, const QColor& fill) {
     painter.restore();
 }
 
+/// The part that is done, from where the reading begins.
+void fillDone(QPainter& painter, const QStyleOptionProgressBar& bar, const QColor& fill) {
+    const double share =
+        static_cast<double>(bar.progress - bar.minimum) / (bar.maximum - bar.minimum);
+    QRect done = bar.rect;
+    done.setWidth(static_cast<int>(share * done.width()));
+    fillBox(painter, QStyle::visualRect(bar.direction, bar.rect, done), fill);
+}
+
 bool isDefault(const QStyleOption& option) {
     const auto* const button = qstyleoption_cast<const QStyleOptionButton*>(&option);
     return button && button->features.testFlag(QStyleOptionButton::DefaultButton)
@@ -239,6 +248,9 @@ void WindowStyle::drawControl(
         return QProxyStyle::drawControl(element, &quiet, painter, widget);
     }
     if (element == CE_ProgressBarGroove) return fillBox(*painter, option->rect, colors.hover);
+    const auto* const bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option);
+    const bool isMeasured = bar && element == CE_ProgressBarContents && bar->maximum > bar->minimum;
+    if (isMeasured) return fillDone(*painter, *bar, colors.accent);
     QProxyStyle::drawControl(element, option, painter, widget);
 }
 
