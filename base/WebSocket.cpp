@@ -287,8 +287,9 @@ private:
         case net::WebSocket::FRAME_OP_TEXT: message_.clear(); [[fallthrough]];
         case net::WebSocket::FRAME_OP_CONT:
             message_.append(frame_.begin(), frame_.size());
-            if (message_.size() > request_.messageLimit)
+            if (message_.size() > request_.messageLimit) {
                 fail(Kind::lost, "the message is too long");
+            }
             if ((flags & net::WebSocket::FRAME_FLAG_FIN) != 0) handler.received(message_);
             return;
         case net::WebSocket::FRAME_OP_PING:

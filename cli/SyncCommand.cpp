@@ -74,6 +74,7 @@ public:
     [[noreturn]] void run(const SyncEngine::Consent& consent) {
         for (;;) {
             if (schedule_.isDue(session_.store().lastTransactionNumber())) synchronise(consent);
+            warnOnce();  // not before somebody who is signed out was told so
             for (const LiveNews& news : inbox_.take(SyncSchedule::look, session_.stop())) {
                 hear(news);
             }
@@ -99,11 +100,15 @@ private:
 
     void hear(const LiveNews& news) {
         if (news.kind == LiveNews::Kind::signedOut) service_.account().invalidateAccessToken();
-        if (news.kind == LiveNews::Kind::closed && !isWarned_) {
-            session_.remark("The service tells no news at the moment: looking every 5 minutes.");
-            isWarned_ = true;
-        }
+        if (news.kind == LiveNews::Kind::closed) isClosed_ = true;
+        if (news.kind == LiveNews::Kind::opened) isClosed_ = false;
         schedule_.hear(news, engine_.cursor());
+    }
+
+    void warnOnce() {
+        if (!isClosed_ || isWarned_) return;
+        session_.remark("The service tells no news at the moment: looking every 5 minutes.");
+        isWarned_ = true;
     }
 
     Session& session_;
@@ -111,6 +116,7 @@ private:
     SyncEngine& engine_;
     SyncSchedule schedule_;
     LiveInbox inbox_;
+    bool isClosed_ = false;
     bool isWarned_ = false;
     std::unique_ptr<LiveUpdates> channel_;  // last: it ends before the inbox
 };
