@@ -126,7 +126,9 @@ SearchCoordinator::Outcome SearchCoordinator::catchUp(const SearchWork& work) {
 }
 
 void SearchCoordinator::tidyUp() {
-    queue_.sync([this] { index().tidyUp(); });
+    const bool isDone = queue_.call<bool>([this] { return index().tidyUp(); });
+    // The library's journal grew with the same changes, and the next save may have to wait for it.
+    if (isDone) store_.checkpoint();
 }
 
 bool SearchCoordinator::forgetDeleted(const SearchWork& work) {

@@ -28,9 +28,9 @@ class TesserineStore;
 /// Keeps the search index of a library true by itself.
 ///
 /// Follows the library's history from a mark that is kept in the index, so that changes made while
-/// it was not running, or by another process, are found as well. Never changes the library. Several
-/// processes may each have one for the same library: SQLite's lock lets one write at a time, and
-/// whatever two of them write is the same.
+/// it was not running, or by another process, are found as well. Changes nothing in the library.
+/// Several processes may each have one for the same library: SQLite's lock lets one write at a
+/// time, and whatever two of them write is the same.
 ///
 /// Every call may come from any thread except the index's queue, and waits for the calls before it.
 /// Calls throw `SQLiteDatabase::Error` for the index (as `index()` does while search is off) and
@@ -74,7 +74,8 @@ public:
     /// Brings the index up to everything that is committed now. Costs next to nothing when it is.
     /// Rebuilds an index that is new, was left unfinished or belongs to another history.
     Outcome catchUp(const SearchWork& work = {});
-    /// Does what indexing put off, for a moment when nobody waits; `start` does it by itself.
+    /// Does what saving and indexing put off, for a moment when nobody waits: merges parts of the
+    /// index, and moves both journals into their files. `start` does it by itself.
     void tidyUp();
     /// Catches up, and takes out of the index's files what is no longer in the library, such as a
     /// passage that was locked. False when that could not be done now.

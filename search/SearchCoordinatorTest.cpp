@@ -261,6 +261,21 @@ TEST_F(Coordinator, LeavesARebuildToTheProcessThatIsAtIt) {
     expectTrue(*coordinator);
 }
 
+TEST_F(Coordinator, TidyingSparesTheNextSaveTheLibrarysJournal) {
+    const auto coordinator = coordinate(*store);
+    coordinator->catchUp();
+    const auto isInTheFile = [&](const char* text) {
+        return contentOf(store->file()).find(text) != std::string::npos;
+    };
+    addNotes(context, 20);
+    addNote(context, "the last one saved", "");
+    context.save();
+    coordinator->catchUp();
+    EXPECT_FALSE(isInTheFile("the last one saved"));
+    coordinator->tidyUp();
+    EXPECT_TRUE(isInTheFile("the last one saved"));
+}
+
 TEST_F(Coordinator, FollowsByItselfOnceStarted) {
     addNotes(context, 10);
     std::promise<void> mended;

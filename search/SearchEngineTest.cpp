@@ -183,6 +183,29 @@ TEST_F(SearchEngineTest, DropsTheWordWithoutWhichThereIsMost) {
     EXPECT_EQ(filtered.relaxation->resultCount, 1);
 }
 
+TEST_F(SearchEngineTest, StatementsThatAreKeptServeOtherQueriesAndFiles) {
+    // More forms than are kept, one after the other and again.
+    const auto askInManyForms = [&] {
+        std::string query = "invoice";
+        for (std::size_t i = 0; i < 2 * RecentStatements::most; ++i) {
+            EXPECT_EQ(found(query), "Pay the invoice, Tax return") << query;
+            EXPECT_EQ(found("invoice is:task"), "Pay the invoice");
+            EXPECT_EQ(found("tax is:task"), "Pay the invoice");
+            query += " tag:tax";
+        }
+    };
+    askInManyForms();
+    SearchIndex other(folder_ / "Search.sqlite");
+    other.setMeta("a commit", "after which nothing may hold back the journal");
+    EXPECT_TRUE(other.forgetDeleted()) << "a statement stands in the middle of its rows";
+    askInManyForms();
+
+    index_.replaceFile();
+    EXPECT_EQ(found("invoice"), "");
+    add({.title = "Anew", .body = "invoice"});
+    EXPECT_EQ(found("invoice"), "Anew");
+}
+
 TEST_F(SearchEngineTest, BrowsesFavouritesFirst) {
     index_.clear();
     const auto note =

@@ -201,9 +201,9 @@ void SearchIndex::prepareFor(Work work) {
     });
 }
 
-void SearchIndex::tidyUp() {
-    perform([this](SQLiteDatabase& database) {
-        if (generation_ - tidyGeneration_ < documentsBeforeTidying) return;
+bool SearchIndex::tidyUp() {
+    return perform([this](SQLiteDatabase& database) {
+        if (generation_ - tidyGeneration_ < documentsBeforeTidying) return false;
         tidyGeneration_ = generation_;
         try {
             // At most so many pages of each; what is left is merged the next time.
@@ -213,6 +213,7 @@ void SearchIndex::tidyUp() {
         } catch (const Error& error) {
             if (!error.isBusy()) throw;  // another process writes: the next time will do
         }
+        return true;
     });
 }
 

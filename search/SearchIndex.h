@@ -77,9 +77,9 @@ public:
     enum class Work { changes, everything };
     void prepareFor(Work work);
     /// Does what writing put off: merges parts of the full-text tables and moves the journal into
-    /// the file. For a moment when nobody waits; does nothing until some documents were written,
-    /// and never takes long.
-    void tidyUp();
+    /// the file. For a moment when nobody waits; does nothing, and says so, until some documents
+    /// were written, and never takes long.
+    bool tidyUp();
     /// Writes the file anew without what was taken out of it, and empties its journal: deleted text
     /// is then in none of the two. Takes time by the size of the index. False when another process
     /// kept the journal in use for too long.
