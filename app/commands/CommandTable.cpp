@@ -12,7 +12,7 @@ constexpr auto toggle = Command::Kind::toggle;
 
 constexpr Command commands[] = {
     {"note.new", "New Note", "Ctrl+N", everywhere, "note-add", Menu::file, 1},
-    {"task.new", "New Task", "Ctrl+Shift+N", everywhere, "task", Menu::file, 1},
+    {"task.new", "New Task", "Ctrl+Shift+N", everywhere, "task-add", Menu::file, 1},
     {"note.fromTemplate", "New Note from Template…", "", everywhere, "template", Menu::file, 1},
     {"notebook.new", "New Notebook…", "", everywhere, "notebook", Menu::file, 1},
     {"tab.new", "New Tab", "Ctrl+T", everywhere, "plus", Menu::file, 2},
@@ -20,6 +20,7 @@ constexpr Command commands[] = {
     {"library.save", "Save", "Ctrl+S", everywhere, "check", Menu::file, 3},
     {"library.import", "Import…", "", everywhere, "import", Menu::file, 4},
     {"library.export", "Export Library…", "", everywhere, "export", Menu::file, 4},
+    {"library.calendar", "Export Tasks as Calendar…", "", everywhere, "", Menu::file, 4},
     {"note.export", "Export Note…", "", everywhere, "", Menu::file, 4},
     {"note.pdf", "Save Note as PDF…", "", everywhere, "file", Menu::file, 5},
     {"note.print", "Print Note…", "", everywhere, "print", Menu::file, 5},

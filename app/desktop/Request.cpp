@@ -11,6 +11,7 @@ namespace {
 
 constexpr const char* newNoteWord = "new-note";
 constexpr const char* newTaskWord = "new-task";
+constexpr const char* signInHost = "auth";
 
 QString addressBeginning() {
     return QString::fromStdString(std::string(product::urlScheme) + "://");
@@ -23,6 +24,9 @@ std::optional<Request> Request::fromArgument(const QString& argument, const QStr
     if (argument == newNoteWord) return Request{.kind = Kind::newNote};
     if (argument == newTaskWord) return Request{.kind = Kind::newTask};
     if (argument.startsWith(addressBeginning(), Qt::CaseInsensitive)) {
+        if (QUrl(argument).host() == signInHost) {
+            return Request{.kind = Kind::signedIn, .text = argument};
+        }
         const auto place = Place::fromAddress(argument.toStdString());
         if (!place) return std::nullopt;
         return Request{.kind = Kind::go, .place = *place};
@@ -40,7 +44,8 @@ QString Request::argument() const {
     case Kind::newNote: return newNoteWord;
     case Kind::newTask: return newTaskWord;
     case Kind::go: return QString::fromStdString(place.address());
-    case Kind::openFile: return text;
+    case Kind::openFile:
+    case Kind::signedIn: return text;
     }
     return {};
 }

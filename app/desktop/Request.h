@@ -18,6 +18,7 @@ struct Request {
         newTask,   ///< begin a task: `text` is the sentence, may be empty
         go,        ///< to `place`
         openFile,  ///< import or show the file `text`, an absolute path
+        signedIn,  ///< the browser came back from a sign-in: `text` is the whole address
     };
 
     Kind kind = Kind::activate;

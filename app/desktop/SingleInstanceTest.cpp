@@ -20,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 class SingleInstanceTest : public ::testing::Test {
-protected:
+public:
     SingleInstance started(const char* library) const {
         return SingleInstance(folder / library, QString::fromStdString(folder.path().string()));
     }
@@ -99,6 +99,7 @@ TEST(Request, ReadsTheArgumentsOfAStart) {
              Case{"new-task", "new-task"},
              Case{"tesserine://today", "tesserine://today"},
              Case{"tesserine://nowhere", "none"},
+             Case{"tesserine://auth?code=4711&state=a", "tesserine://auth?code=4711&state=a"},
              Case{"a note.md", (folder / "a note.md").string()},
              Case{"../no such file", "none"},
              Case{"", ""},

@@ -61,7 +61,7 @@ void Tray::fill() {
         QAction* const action = menu_->addAction(icon(picture), title);
         connect(action, &QAction::triggered, this, [this, request] { emit asked(request); });
     };
-    add("task", tr("New Task…"), {.kind = Request::Kind::newTask});
+    add("task-add", tr("New Task…"), {.kind = Request::Kind::newTask});
     add("note-add", tr("New Note"), {.kind = Request::Kind::newNote});
     add("search",
         tr("Search…"),

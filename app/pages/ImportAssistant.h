@@ -24,6 +24,7 @@ namespace tesserine::app {
 /// is only changed once Import was pressed, after a backup; what came in can be undone.
 class ImportAssistant final : public QDialog {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ImportAssistant)
 
 public:
     explicit ImportAssistant(AppEnvironment& environment, QWidget* parent = nullptr);

@@ -28,7 +28,7 @@ void press(const QDialog& dialog, const char* title) {
 }
 
 class ImportAssistantTest : public test::WindowFixture {
-protected:
+public:
     ImportAssistantTest() {
         std::filesystem::create_directories(folder / "Notes" / "Work");
         test::putContent(folder / "Notes" / "Plan.md", "# Plan\n\nSee [[Work]]\n");

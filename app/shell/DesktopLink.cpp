@@ -16,8 +16,13 @@ DesktopLink::DesktopLink(AppEnvironment& environment)
     connect(&reminders_, &Reminders::chosen, this, [this](const Place& place) {
         emit asked({.kind = Request::Kind::go, .place = place});
     });
+    connect(&notifier_, &Notifier::notShown, this, &DesktopLink::notShown);
     refreshTray();
     reminders_.start();
+}
+
+void DesktopLink::act(const std::string& identifier, const std::string& action) {
+    emit notifier_.acted(identifier, action);
 }
 
 void DesktopLink::refreshTray() {

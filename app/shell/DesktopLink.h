@@ -22,10 +22,14 @@ public:
 
     /// Takes over whether the program lives in the tray.
     void refreshTray();
+    /// What the user chose of a notification that was shown elsewhere.
+    void act(const std::string& identifier, const std::string& action);
 
 signals:
     void asked(const tesserine::app::Request& request);
     void quitAsked();
+    /// No desktop shows notifications.
+    void notShown(const tesserine::app::Notification& notification);
 
 private:
     Notifier notifier_;

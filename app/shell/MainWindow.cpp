@@ -12,6 +12,7 @@
 #include "app/look/Theme.h"
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
+#include "app/shell/FirstPaint.h"
 #include "app/shell/NotesPane.h"
 #include "app/shell/TopBar.h"
 #include "app/state/AppEnvironment.h"
@@ -22,9 +23,11 @@
 
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QDragEnterEvent>
 #include <QInputDialog>
 #include <QListView>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QScopedValueRollback>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -57,6 +60,14 @@ bool isOfTheWeb(const QUrl& url) {
     return url.scheme() == "https" || url.scheme() == "http" || url.scheme() == "mailto";
 }
 
+QStringList localFiles(const QMimeData& dragged) {
+    QStringList files;
+    for (const QUrl& url : dragged.urls()) {
+        if (url.isLocalFile()) files << url.toLocalFile();
+    }
+    return files;
+}
+
 bool showsTasks(Kind kind) { return TasksPage::shows(kind) || kind == Kind::taskTemplates; }
 
 /// Whether a new task can be typed there.
@@ -76,9 +87,7 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
       right_(makeColumn(splitter_)),
       content_(new QStackedWidget),
       notes_(new NotesPane(environment, commands, content_)),
-      tasks_(new TasksPage(environment, commands, content_)),
       searchField_(new SearchField),
-      searchResults_(new SearchResults(environment, content_)),
       tabs_{History({.place = {Kind::allNotes}})} {
     setObjectName("mainWindow");
     build();
@@ -88,6 +97,7 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
     enter(current());
     settle();
     notes_->list().view().setFocus();
+    afterFirstPaint(*this, [this] { notes_->beginToFollow(); });
 }
 
 MainWindow::~MainWindow() = default;
@@ -102,9 +112,7 @@ void MainWindow::build() {
     tabBar_->setExpanding(false);
     tabBar_->setDrawBase(false);
     tabBar_->addTab(QString());
-    searchResults_->hide();  // until it stands beside the note
     content_->addWidget(notes_);
-    content_->addWidget(tasks_);
 
     auto* bar = new TopBar(commands_);
     bar->setField(searchField_);
@@ -121,6 +129,7 @@ void MainWindow::build() {
     splitter_->setSizes({sidebarWidth, usualSize.width() - sidebarWidth});
     setCentralWidget(splitter_);
     setWindowIcon(programIcon());
+    setAcceptDrops(true);
     resize(usualSize);
 }
 
@@ -131,27 +140,38 @@ void MainWindow::connectParts() {
         openTab({Kind::note, note});
     });
     connect(notes_, &NotesPane::noteOpened, this, &MainWindow::followNote);
-    connect(&notes_->editor(), &NoteEditor::linkActivated, this, [this](const QString& address) {
-        if (const auto place = Place::fromAddress(address.toStdString())) return go(*place);
-        const QUrl url(address);
-        if (isOfTheWeb(url)) QDesktopServices::openUrl(url);
-    });
-    connect(&notes_->editor(), &NoteEditor::noteChosen, this, [this](const Uuid& note) {
-        go({Kind::note, note});
-    });
-    connect(&notes_->editor(), &NoteEditor::fileActivated, this, [](const QString& path) {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
-    });
-    connect(&notes_->editor(), &NoteEditor::titleChanged, this, &MainWindow::settle);
-    connect(tasks_, &TasksPage::noteChosen, this, [this](const Uuid& note) {
-        go({Kind::note, note});
-    });
+    connect(notes_, &NotesPane::editorMade, this, &MainWindow::connectEditor);
     takeTaskDrops();
     connect(tabBar_, &QTabBar::currentChanged, this, [this](int index) {
         if (!isTurning_) showTab(index);
     });
     connect(tabBar_, &QTabBar::tabCloseRequested, this, &MainWindow::closeTab);
     connect(&environment_, &AppEnvironment::libraryChanged, this, &MainWindow::followLibrary);
+}
+
+void MainWindow::connectEditor(NoteEditor& editor) {
+    connect(&editor, &NoteEditor::linkActivated, this, [this](const QString& address) {
+        if (const auto place = Place::fromAddress(address.toStdString())) return go(*place);
+        const QUrl url(address);
+        if (isOfTheWeb(url)) QDesktopServices::openUrl(url);
+    });
+    connect(&editor, &NoteEditor::noteChosen, this, [this](const Uuid& note) {
+        go({Kind::note, note});
+    });
+    connect(&editor, &NoteEditor::fileActivated, this, [](const QString& path) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    });
+    connect(&editor, &NoteEditor::titleChanged, this, &MainWindow::settle);
+}
+
+TasksPage& MainWindow::tasks() {
+    if (tasks_ != nullptr) return *tasks_;
+    tasks_ = new TasksPage(environment_, commands_, content_);
+    content_->addWidget(tasks_);
+    connect(tasks_, &TasksPage::noteChosen, this, [this](const Uuid& note) {
+        go({Kind::note, note});
+    });
+    return *tasks_;
 }
 
 /// Tasks that are dropped on a project or on a day of the sidebar.
@@ -174,9 +194,9 @@ void MainWindow::takeTaskDrops() {
 }
 
 void MainWindow::connectSearch() {
-    SearchRunner& runner = searchResults_->runner();
-    connect(searchField_, &SearchField::suggestionsWanted, &runner, &SearchRunner::suggest);
-    connect(&runner, &SearchRunner::suggested, searchField_, &SearchField::setSuggestions);
+    connect(searchField_, &SearchField::suggestionsWanted, this, [this](const QString& typed) {
+        searchResults().runner().suggest(typed);
+    });
     connect(searchField_, &SearchField::typed, this, &MainWindow::followTyping);
     connect(searchField_, &SearchField::searched, this, [this](const QString& text) {
         if (!text.trimmed().isEmpty()) go({.kind = Kind::search, .text = text.toStdString()});
@@ -186,12 +206,33 @@ void MainWindow::connectSearch() {
         notes_->list().setFocus();
     });
     connect(searchField_, &SearchField::resultsWanted, this, [this] {
-        searchResults_->list().setFocus();
-        searchResults_->list().setCurrentIndex(searchResults_->list().model()->index(0, 0));
+        QListView& results = searchResults().list();
+        results.setFocus();
+        results.setCurrentIndex(results.model()->index(0, 0));
     });
-    connect(searchResults_, &SearchResults::noteChosen, notes_, &NotesPane::openNote);
-    connect(searchResults_, &SearchResults::noteOpened, this, [this](const Uuid& note) {
-        if (notes_->openNote(note)) notes_->focusEditor();
+}
+
+SearchResults& MainWindow::searchResults() {
+    if (searchResults_ == nullptr) makeSearchResults();
+    return *searchResults_;
+}
+
+void MainWindow::makeSearchResults() {
+    searchResults_ = new SearchResults(environment_, content_);
+    searchResults_->hide();  // until it stands beside the note
+    connect(
+        &searchResults_->runner(),
+        &SearchRunner::suggested,
+        searchField_,
+        &SearchField::setSuggestions);
+    const auto openHit = [this](const Uuid& note) {
+        if (!notes_->openNote(note)) return false;
+        notes_->editor().showWords(searchResults_->query());
+        return true;
+    };
+    connect(searchResults_, &SearchResults::noteChosen, this, openHit);
+    connect(searchResults_, &SearchResults::noteOpened, this, [this, openHit](const Uuid& note) {
+        if (openHit(note)) notes_->focusEditor();
     });
     connect(searchResults_, &SearchResults::taskOpened, this, [this](const Uuid& task) {
         go({Kind::task, task});
@@ -219,7 +260,9 @@ void MainWindow::setSidebarVisible(bool isVisible) { left_->parentWidget()->setV
 // Going
 
 void MainWindow::go(const Place& place) {
-    if (place.kind == Kind::settings) return emit settingsWanted();
+    if (place.kind == Kind::settings) {
+        return emit settingsWanted(QString::fromStdString(place.text));
+    }
     if (place.kind == Kind::welcome) return emit welcomeWanted();
     const Stop stop = stopFor(place);
     if (enter(stop)) {
@@ -256,7 +299,7 @@ bool MainWindow::enter(Stop stop) {
     searchField_->setQuery({});
     if (titleOf(stop.place, environment_.context()).isEmpty()) return false;  // it is gone
     if (showsTasks(kind)) {
-        content_->setCurrentWidget(tasks_);
+        content_->setCurrentWidget(&tasks());
         kind == Kind::taskTemplates ? tasks_->showTemplates() : tasks_->showPlace(stop.place);
         return true;
     }
@@ -268,7 +311,7 @@ bool MainWindow::enter(Stop stop) {
 void MainWindow::showSearch(const QString& query, SearchRunner::Typing typing) {
     if (searchField_->text() != query) searchField_->setQuery(query);
     content_->setCurrentWidget(notes_);
-    if (!notes_->showBeside(searchResults_)) return;
+    if (!notes_->showBeside(&searchResults())) return;
     searchResults_->search(query, typing);
 }
 
@@ -356,10 +399,9 @@ void MainWindow::settle() {
     const Stop& stop = current();
     QString title = titleOf(stop.place, environment_.context());
     if (stop.note && notesShown()) {
-        const QString typed = notes_->editor().title().text();
-        title = notes_->openedNote() == stop.note && !typed.isEmpty()
-                    ? typed
-                    : titleOf({Kind::note, *stop.note}, environment_.context());
+        const bool isOpen = notes_->openedNote() == stop.note;
+        const QString typed = isOpen ? notes_->editor().title().text() : QString();
+        title = typed.isEmpty() ? titleOf({Kind::note, *stop.note}, environment_.context()) : typed;
     }
     tabBar_->setTabText(tabBar_->currentIndex(), QString(title.left(40)).replace('&', "&&"));
     setWindowTitle(title + " – Tesserine");
@@ -388,7 +430,7 @@ void MainWindow::newNote() {
 
 void MainWindow::newTask(const QString& sentence) {
     if (!takesTasks(current().place.kind)) go({Kind::inbox});
-    tasks_->beginTask(sentence);
+    tasks().beginTask(sentence);
 }
 
 void MainWindow::saveSearch(const QString& query) {
@@ -428,7 +470,21 @@ TodayWindow& MainWindow::todayWindow() {
     return *todayWindow_;
 }
 
-bool MainWindow::save() { return notes_->save() && tasks_->flush(); }
+bool MainWindow::save() { return notes_->save() && (tasks_ == nullptr || tasks_->flush()); }
+
+// Files from outside: the editor takes its own, the rest of the window imports them
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (!localFiles(*event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    const QStringList files = localFiles(*event->mimeData());
+    if (files.isEmpty()) return;
+    event->setDropAction(Qt::CopyAction);  // they stay where they are
+    event->accept();
+    emit importWanted(files);
+}
 
 // The window itself
 

@@ -17,6 +17,7 @@ namespace tesserine::app {
 
 class AppEnvironment;
 class Commands;
+class NoteEditor;
 class NotesPane;
 class SearchField;
 class SearchResults;
@@ -30,6 +31,7 @@ class TodayWindow;
 /// where it is.
 class MainWindow final : public QMainWindow {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(MainWindow)
 
 public:
     static constexpr std::string_view geometryKey = "tesserine.window.geometry";
@@ -80,27 +82,30 @@ public:
     TodayWindow& todayWindow();
     Sidebar& sidebar() { return *sidebar_; }
     NotesPane& notes() { return *notes_; }
-    TasksPage& tasks() { return *tasks_; }
+    // Made when they are first asked for.
+    TasksPage& tasks();
+    SearchResults& searchResults();
     SearchField& searchField() { return *searchField_; }
-    SearchResults& searchResults() { return *searchResults_; }
 
 signals:
     /// Pages that are not part of the window.
-    void settingsWanted();
+    void settingsWanted(const QString& area);
     void welcomeWanted();
-    void importWanted(const QString& file);
+    void importWanted(const QStringList& files);
     void closed();
 
 private:
     void build();
     void connectParts();
+    void connectEditor(NoteEditor& editor);
     void connectSearch();
+    void makeSearchResults();
     void takeTaskDrops();
     bool enter(Stop stop);
     void returnTo(const Stop& stop);
     void showSearch(const QString& query, SearchRunner::Typing typing);
     void followTyping(const QString& text);
-    bool showSavedSearch(const Uuid& search);
+    bool showSavedSearch(const Uuid& id);
     bool notesShown() const;
     Stop stopFor(const Place& place) const;
     History& history();
@@ -111,6 +116,8 @@ private:
     void restoreLayout();
     void keepLayout();
     void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
     AppEnvironment& environment_;
     Commands& commands_;
@@ -121,9 +128,9 @@ private:
     QVBoxLayout* right_;  // all else, from top to bottom
     QStackedWidget* content_;
     NotesPane* notes_;
-    TasksPage* tasks_;
+    TasksPage* tasks_ = nullptr;
     SearchField* searchField_;
-    SearchResults* searchResults_;
+    SearchResults* searchResults_ = nullptr;
     std::unique_ptr<TodayWindow> todayWindow_;
     std::vector<History> tabs_;
     bool isEntering_ = false;  // what is chosen now belongs to the place that is entered

@@ -15,6 +15,8 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace tesserine::app {
 namespace {
 
@@ -30,17 +32,20 @@ const EmptyState::Content noNote{
 NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* parent)
     : QWidget(parent),
       environment_(environment),
+      commands_(commands),
       splitter_(new QSplitter(this)),
       lists_(new QStackedWidget(splitter_)),
       list_(new NoteList(environment, lists_)),
       right_(new QStackedWidget(splitter_)),
-      editor_(new NoteEditor(environment, commands, right_)),
       nothing_(new EmptyState(noNote, right_)),
       undo_(new UndoBar(this)) {
     lists_->addWidget(list_);
     lists_->setMinimumWidth(narrowestList);
+    auto* const page = new QWidget(right_);  // until it is known what to show
+    page->setAutoFillBackground(true);
+    page->setBackgroundRole(QPalette::Base);
+    right_->addWidget(page);
     right_->addWidget(nothing_);
-    right_->addWidget(editor_);
     right_->setMinimumWidth(narrowestEditor);
     nothing_->setAutoFillBackground(true);
     nothing_->setBackgroundRole(QPalette::Base);
@@ -59,11 +64,30 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
     connect(list_, &NoteList::noteOpened, this, [this](const Uuid& note) {
         if (openNote(note)) focusEditor();
     });
-    connect(editor_, &NoteEditor::noteGone, this, &NotesPane::showNothing);
     connect(list_, &NoteList::movedToTrash, this, &NotesPane::offerUndo);
     connect(undo_, &UndoBar::undone, this, [this] {
         NoteActions(environment_, this).restore(undoable_);
     });
+}
+
+NoteEditor& NotesPane::editor() {
+    if (editor_ == nullptr) makeEditor();
+    return *editor_;
+}
+
+void NotesPane::makeEditor() {
+    editor_ = new NoteEditor(environment_, commands_, right_);
+    right_->addWidget(editor_);
+    connect(editor_, &NoteEditor::noteGone, this, &NotesPane::showNothing);
+    emit editorMade(*editor_);
+}
+
+void NotesPane::beginToFollow() {
+    isFollowing_ = true;
+    const auto note = std::exchange(waiting_, std::nullopt);
+    if (openedNote()) return;
+    if (note && openNote(*note)) return;
+    showNothing();
 }
 
 bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
@@ -76,7 +100,7 @@ bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
 
 bool NotesPane::showBeside(QWidget* list) {
     if (lists_->currentWidget() == list) return true;
-    if (!editor_->close()) return false;
+    if (editor_ != nullptr && !editor_->close()) return false;
     if (lists_->indexOf(list) < 0) lists_->addWidget(list);
     lists_->setCurrentWidget(list);
     nothing_->setContent({"note", "No note chosen", "Choose a result on the left to read it."});
@@ -93,18 +117,18 @@ std::vector<Uuid> NotesPane::chosen() const {
 }
 
 bool NotesPane::openNote(const Uuid& note) {
-    if (editor_->noteID() != note && !editor_->open(note)) return false;
+    if (editor().noteID() != note && !editor_->open(note)) return false;
     right_->setCurrentWidget(editor_);
     if (list_->isTrash()) offerRestore(note);
     emit noteOpened(note);
     return true;
 }
 
-bool NotesPane::save() { return editor_->save(); }
+bool NotesPane::save() { return editor_ == nullptr || editor_->save(); }
 
 /// A new note begins with its title.
 void NotesPane::focusEditor() {
-    if (editor_->title().text().isEmpty() && editor_->body().document()->isEmpty()) {
+    if (editor().title().text().isEmpty() && editor_->body().document()->isEmpty()) {
         editor_->title().setFocus(Qt::ShortcutFocusReason);
     } else {
         editor_->body().setFocus(Qt::ShortcutFocusReason);
@@ -112,15 +136,18 @@ void NotesPane::focusEditor() {
 }
 
 std::optional<Uuid> NotesPane::openedNote() const {
-    return right_->currentWidget() == editor_ ? editor_->noteID() : std::nullopt;
+    if (editor_ == nullptr || right_->currentWidget() != editor_) return std::nullopt;
+    return editor_->noteID();
 }
 
 void NotesPane::follow(const std::optional<Uuid>& note) {
     if (!showsList()) return;
-    if (note) {
+    if (!isFollowing_) {
+        waiting_ = note;
+    } else if (note) {
         // A note that cannot be left stays open, and chosen.
         if (!openNote(*note) && editor_->noteID()) list_->choose(*editor_->noteID());
-    } else if (editor_->close()) {
+    } else if (editor_ == nullptr || editor_->close()) {
         showNothing();
     }
 }
@@ -141,7 +168,7 @@ void NotesPane::offerUndo(const std::vector<Uuid>& notes) {
 }
 
 void NotesPane::offerRestore(const Uuid& note) {
-    editor_->notice().tell(
+    editor().notice().tell(
         "This note is in the trash.",
         {{"Restore", [this, note] { NoteActions(environment_, this).restore({note}); }},
          {"Delete Permanently", [this] { list_->deleteForGood(); }}});

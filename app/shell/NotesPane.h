@@ -19,7 +19,8 @@ class NoteEditor;
 class NoteList;
 class UndoBar;
 
-/// A list of notes and, beside it, the note that is chosen in it.
+/// A list of notes and, beside it, the note that is chosen in it. The editor is made for the first
+/// note that is opened.
 class NotesPane final : public QWidget {
     Q_OBJECT
 
@@ -39,19 +40,24 @@ public:
     std::vector<Uuid> chosen() const;
     /// Opens the note beside whatever list is shown. False when that could not be done.
     bool openNote(const Uuid& note);
+    /// From now on the note that is chosen in the list is opened beside it. Called once the window
+    /// is seen: until then making an editor would only hold it up.
+    void beginToFollow();
     /// Saves what was typed; false when that failed.
     bool save();
     void focusEditor();
 
     NoteList& list() { return *list_; }
-    NoteEditor& editor() { return *editor_; }
+    NoteEditor& editor();
     QSplitter& splitter() { return *splitter_; }
     std::optional<Uuid> openedNote() const;
 
 signals:
+    void editorMade(tesserine::app::NoteEditor& editor);
     void noteOpened(const std::optional<tesserine::Uuid>& note);
 
 private:
+    void makeEditor();
     void follow(const std::optional<Uuid>& note);
     void showSelection(const std::vector<Uuid>& notes);
     void offerUndo(const std::vector<Uuid>& notes);
@@ -59,14 +65,17 @@ private:
     void showNothing();
 
     AppEnvironment& environment_;
+    Commands& commands_;
     QSplitter* splitter_;
     QStackedWidget* lists_;
     NoteList* list_;
     QStackedWidget* right_;
-    NoteEditor* editor_;
+    NoteEditor* editor_ = nullptr;
     EmptyState* nothing_;
     UndoBar* undo_;
     std::vector<Uuid> undoable_;  // notes that went to the trash last
+    bool isFollowing_ = false;
+    std::optional<Uuid> waiting_;  // for `beginToFollow`
 };
 
 }  // namespace tesserine::app

@@ -11,7 +11,10 @@
 #include "app/shell/DesktopLink.h"
 #include "app/shell/FirstPaint.h"
 #include "app/shell/MainWindow.h"
+#include "app/shell/NotificationLines.h"
 #include "app/shell/WindowCommands.h"
+#include "app/shell/WindowRooms.h"
+#include "app/state/SyncControl.h"
 #include "base/FirstWeekday.h"
 #include "base/UserError.h"
 #include "core/store/LibraryFolder.h"
@@ -104,6 +107,9 @@ void Program::showOnboarding(const std::filesystem::path& folder) {
     connect(page.get(), &OnboardingPage::importChosen, this, [this](const QString& chosen) {
         openChosen(chosen, Beginning::import);
     });
+    connect(page.get(), &OnboardingPage::signInChosen, this, [this](const QString& chosen) {
+        openChosen(chosen, Beginning::signIn);
+    });
     showPage(std::move(page));
 }
 
@@ -165,29 +171,44 @@ void Program::showWindow() {
 /// What waits until the user sees the window.
 void Program::beginWork() {
     environment_->startWork();
+    addRooms(*window_, *commands_, *environment_);
     const auto place =
         options_.open ? Place::fromAddress(options_.open->toStdString()) : std::nullopt;
     if (place) window_->go(*place);
     if (beginning_ == Beginning::welcome) emit window_->welcomeWanted();
     if (beginning_ == Beginning::import) commands_->trigger("library.import");
+    if (beginning_ == Beginning::signIn) showSettings("sync");
     if (isOnlyPicture()) {
         QTimer::singleShot(pictureDelay, this, [this] { takePicture(*window_); });
         return;
     }
     desktop_ = std::make_unique<DesktopLink>(*environment_);
     connect(desktop_.get(), &DesktopLink::asked, this, &Program::handle);
+    auto* lines = new NotificationLines(window_.get());
+    window_->setNoticeLine(lines);
+    connect(desktop_.get(), &DesktopLink::notShown, lines, &NotificationLines::show);
+    connect(lines, &NotificationLines::acted, desktop_.get(), &DesktopLink::act);
     connect(desktop_.get(), &DesktopLink::quitAsked, this, [this] {
         if (window_->save()) QApplication::quit();
     });
     if (!options_.requests.isEmpty()) handleArguments(options_.requests);
 }
 
-void Program::showSettings() {
+void Program::showSettings(const QString& area) {
+    auto* dialog = window_->findChild<QDialog*>("settings");
+    if (dialog == nullptr) dialog = makeSettings();
+    dialog->findChild<SettingsPage*>()->showPage(area);
+    dialog->show();
+    dialog->activateWindow();
+}
+
+QDialog* Program::makeSettings() {
     auto* dialog = new QDialog(window_.get());
     dialog->setObjectName("settings");
     dialog->setWindowTitle("Settings");
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     auto* page = new SettingsPage(*environment_, dialog);
+    addRoomSettings(*page, *environment_);
     auto* column = new QVBoxLayout(dialog);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(page);
@@ -198,7 +219,7 @@ void Program::showSettings() {
     connect(
         page, &SettingsPage::exportAsked, this, [this] { commands_->trigger("library.export"); });
     dialog->resize(settingsSize);
-    dialog->show();
+    return dialog;
 }
 
 /// Settings take effect at once.
@@ -215,11 +236,18 @@ void Program::followSetting(const QString& key) {
 
 void Program::handleArguments(const QStringList& arguments) {
     if (arguments.isEmpty()) return handle({});
+    QStringList files;  // one import takes them all
     for (const QString& argument : arguments) {
-        if (const auto request = Request::fromArgument(argument, QDir::currentPath())) {
+        const auto request = Request::fromArgument(argument, QDir::currentPath());
+        if (request && request->kind == Request::Kind::openFile) {
+            files << request->text;
+        } else if (request) {
             handle(*request);
         }
     }
+    if (files.isEmpty() || !window_) return;
+    window_->present();
+    emit window_->importWanted(files);
 }
 
 void Program::handle(const Request& request) {
@@ -230,7 +258,9 @@ void Program::handle(const Request& request) {
     case Request::Kind::newNote: return window_->newNote();
     case Request::Kind::newTask: return window_->newTask(request.text);
     case Request::Kind::go: return window_->go(request.place);
-    case Request::Kind::openFile: emit window_->importWanted(request.text); return;
+    case Request::Kind::signedIn:
+        return environment_->syncControl().takeCallback(request.text.toStdString());
+    case Request::Kind::openFile: return emit window_->importWanted({request.text});
     }
 }
 

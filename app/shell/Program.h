@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+class QDialog;
 class QWidget;
 
 namespace tesserine::app {
@@ -21,6 +22,7 @@ class SingleInstance;
 /// One run of the program: the library, its window, and what the desktop asks of them.
 class Program final : public QObject {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Program)
 
 public:
     Program(Theme& theme, StartOptions options);
@@ -32,7 +34,7 @@ public:
 
 private:
     /// What a library begins with when it is made.
-    enum class Beginning { none, welcome, import };
+    enum class Beginning { none, welcome, import, signIn };
 
     bool isOnlyPicture() const { return options_.screenshot.has_value(); }
     bool handOver(const AppSetting& setting);
@@ -45,7 +47,8 @@ private:
     void showWindow();
     void beginWork();
     void beginLibrary();
-    void showSettings();
+    void showSettings(const QString& area);
+    QDialog* makeSettings();
     void followSetting(const QString& key);
     void handle(const Request& request);
     void handleArguments(const QStringList& arguments);

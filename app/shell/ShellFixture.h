@@ -7,6 +7,7 @@
 #include "app/lists/NoteListView.h"
 #include "app/lists/Sidebar.h"
 #include "app/lists/SidebarModel.h"
+#include "app/shell/FirstPaint.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/NotesPane.h"
 #include "app/shell/WindowCommands.h"
@@ -32,9 +33,13 @@ public:
             commands_ = std::make_unique<app::Commands>(environment->preferences());
             window_ = std::make_unique<app::MainWindow>(*environment, *commands_);
             app::handleWindowCommands(*window_, *commands_, *environment);
+            bool isSeen = false;
+            app::afterFirstPaint(*window_, [&isSeen] { isSeen = true; });
             window_->show();
             window_->activateWindow();
             EXPECT_TRUE(QTest::qWaitForWindowActive(window_.get()));
+            EXPECT_TRUE(waitUntil([&] { return isSeen; }));
+            settle();
             environment->startWork();
         }
         return *window_;

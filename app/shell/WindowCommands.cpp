@@ -15,15 +15,18 @@
 #include "app/look/Notice.h"
 #include "app/pages/AboutDialog.h"
 #include "app/pages/ExportAssistant.h"
+#include "app/pages/FileExports.h"
 #include "app/pages/ImportAssistant.h"
 #include "app/search/SearchField.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/NotesPane.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/SyncControl.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QLineEdit>
 #include <QStandardPaths>
 #include <QStatusBar>
@@ -89,8 +92,10 @@ public:
         QObject::connect(bar, &QStatusBar::messageChanged, bar, [bar](const QString& message) {
             bar->setVisible(!message.isEmpty());
         });
-        on("library.save", [&window = window_] {
-            if (window.save()) window.statusBar()->showMessage("Saved", 2'000);
+        on("library.save", [&window = window_, &environment = environment_] {
+            if (!window.save()) return;
+            window.statusBar()->showMessage("Saved", 2'000);
+            environment.syncControl().syncNow();
         });
         QAction& sidebar = commands_.action("view.sidebar");
         sidebar.setChecked(true);
@@ -100,6 +105,7 @@ public:
         });
         on("list.rename", [&window = window_] {
             if (window.sidebar().hasFocus()) return window.sidebar().renameCurrent();
+            if (!window.notes().openedNote()) return;
             QLineEdit& title = window.notes().editor().title();
             title.setFocus(Qt::ShortcutFocusReason);
             title.selectAll();
@@ -135,15 +141,23 @@ public:
             assistant->setAttribute(Qt::WA_DeleteOnClose);
             assistant->open();
         });
+        on("library.calendar",
+           [this_ = *this] { exportTasks(this_.environment_, &this_.window_, this_.exported()); });
+        on("note.export", [this_ = *this] {
+            const auto notes = this_.chosen();
+            if (notes.empty()) return;
+            exportNote(this_.environment_, notes.front(), &this_.window_, this_.exported());
+        });
         on("help.about", [&window = window_] {
             auto* about = new AboutDialog(&window);
             about->setAttribute(Qt::WA_DeleteOnClose);
             about->open();
         });
         QObject::connect(
-            &window_, &MainWindow::importWanted, &window_, [this_ = *this](const QString& file) {
-                this_.openImport(file);
-            });
+            &window_,
+            &MainWindow::importWanted,
+            &window_,
+            [this_ = *this](const QStringList& files) { this_.openImport(files); });
 
         on("view.todayWindow",
            [&window = window_](bool isOn) { window.todayWindow().setVisible(isOn); });
@@ -176,7 +190,6 @@ public:
             QApplication::clipboard()->setText(links);
         });
         on("note.move", [this_ = *this] { this_.askNotebook(); });
-        on("note.tags", [this_ = *this] { this_.askTag(); });
         QObject::connect(
             &list, &NoteList::moveWanted, &window_, [this_ = *this] { this_.askNotebook(); });
         QObject::connect(
@@ -199,7 +212,7 @@ private:
         }
     }
 
-    void openImport(const QString& file) const {
+    void openImport(const QStringList& files) const {
         window_.save();
         auto* assistant = new ImportAssistant(environment_, &window_);
         assistant->setAttribute(Qt::WA_DeleteOnClose);
@@ -210,12 +223,22 @@ private:
             [&window = window_](const std::optional<Uuid>& first) {
                 if (first) window.go({Kind::note, *first});
             });
-        if (!file.isEmpty() && !assistant->begin({file.toStdString()})) {
-            showNotice(&window_, "Tesserine cannot import this file: " + file.toStdString());
+        std::vector<std::filesystem::path> paths;
+        for (const QString& file : files) {
+            paths.emplace_back(file.toStdString());
+        }
+        if (!paths.empty() && !assistant->begin(paths)) {
+            showNotice(&window_, "Tesserine cannot import this file: " + paths.front().string());
             delete assistant;
             return;
         }
         assistant->open();
+    }
+
+    FileWritten exported() const {
+        return [bar = window_.statusBar()](const QString& file) {
+            bar->showMessage("Exported to " + QDir::toNativeSeparators(file), 5'000);
+        };
     }
 
     NoteActions actions() const { return {environment_, &window_}; }

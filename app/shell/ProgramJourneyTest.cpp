@@ -1,0 +1,172 @@
+// One run of the whole program, from its arguments to its end.
+
+#include "app/editor/NoteEditor.h"
+#include "app/lists/NoteList.h"
+#include "app/look/Theme.h"
+#include "app/pages/ImportAssistant.h"
+#include "app/pages/LoadFailedPage.h"
+#include "app/pages/OnboardingPage.h"
+#include "app/shell/MainWindow.h"
+#include "app/shell/NotesPane.h"
+#include "app/shell/Program.h"
+#include "app/state/WindowFixture.h"
+#include "base/Files.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <QApplication>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+
+namespace tesserine::app {
+namespace {
+
+constexpr const char* folderVariables[] = {
+    "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"};
+
+class ProgramJourney : public ::testing::Test {
+protected:
+    ProgramJourney() {
+        for (const char* name : folderVariables) {
+            before_.push_back(qgetenv(name));
+            const auto place = folder / name;
+            files::createPrivateFolder(place);
+            qputenv(name, QByteArray::fromStdString(place.string()));
+        }
+    }
+    ~ProgramJourney() override {
+        for (std::size_t index = 0; index < before_.size(); ++index) {
+            qputenv(folderVariables[index], before_[index]);
+        }
+    }
+
+    /// Runs the program, and `steps` once its first page or window is there; then it is quit.
+    void run(const QStringList& words, const std::function<void()>& steps) {
+        QStringList all{"--library", QString::fromStdString(library.string())};
+        Program program(theme_, StartOptions::read(all + words));
+        QTimer::singleShot(0, qApp, [&] {
+            steps();
+            QApplication::quit();
+        });
+        EXPECT_EQ(program.run(), 0);
+    }
+    static bool waitUntil(const std::function<bool()>& condition) {
+        return test::WindowFixture::waitUntil(condition);
+    }
+    template <class Widget>
+    static Widget* shown() {
+        for (QWidget* const widget : QApplication::topLevelWidgets()) {
+            auto* const found = qobject_cast<Widget*>(widget);
+            if (found != nullptr && found->isVisible()) return found;
+        }
+        return nullptr;
+    }
+    static MainWindow* window() {
+        EXPECT_TRUE(waitUntil([] { return shown<MainWindow>() != nullptr; }));
+        return shown<MainWindow>();
+    }
+    static std::string titles(NoteList& list) {
+        std::string text;
+        for (int row = 0; row < list.model().rowCount(); ++row) {
+            text += list.model().summary(row).title.toStdString() + ";";
+        }
+        return text;
+    }
+    /// The terminal program, in a process of its own.
+    void terminal(const QStringList& words) {
+        QProcess process;
+        QStringList all{"--library", QString::fromStdString(library.string())};
+        process.start(TESSERINE_PROGRAM, all + words);
+        ASSERT_TRUE(process.waitForFinished()) << process.errorString().toStdString();
+        ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    }
+
+    const test::TemporaryFolder folder;
+    const std::filesystem::path library = folder / "Library";
+
+private:
+    std::vector<QByteArray> before_;
+    Theme theme_{*qApp};
+};
+
+TEST_F(ProgramJourney, LeadsFromNothingToAFirstNoteByKeys) {
+    run({}, [this] {
+        ASSERT_TRUE(waitUntil([] { return shown<OnboardingPage>() != nullptr; }));
+        EXPECT_FALSE(std::filesystem::exists(library));
+        QTest::keyClick(shown<OnboardingPage>()->focusWidget(), Qt::Key_Return);
+        MainWindow* const opened = window();
+        ASSERT_NE(opened, nullptr);
+        ASSERT_TRUE(waitUntil([&] { return opened->notes().openedNote().has_value(); }));
+        EXPECT_NE(opened->notes().editor().title().text(), "") << "the welcome note teaches";
+        QTest::keyClick(opened, Qt::Key_N, Qt::ControlModifier);
+        QTest::keyClicks(QApplication::focusWidget(), "My first note");
+        EXPECT_TRUE(opened->save());
+    });
+    run({}, [] {
+        EXPECT_TRUE(waitUntil([] { return shown<MainWindow>() != nullptr; }));
+        EXPECT_EQ(shown<OnboardingPage>(), nullptr);
+        EXPECT_TRUE(waitUntil(
+            [] { return titles(window()->notes().list()).starts_with("My first note;"); }));
+    });
+}
+
+TEST_F(ProgramJourney, ALibraryThatCannotBeOpenedIsNeverReplaced) {
+    files::createPrivateFolder(library);
+    const auto file = library / TesserineStore::fileName;
+    files::writeNew(file, bytesOf("this is not a library"));
+    run({}, [] {
+        ASSERT_TRUE(waitUntil([] { return shown<LoadFailedPage>() != nullptr; }));
+        EXPECT_EQ(shown<MainWindow>(), nullptr);
+        EXPECT_EQ(shown<LoadFailedPage>()->findChildren<QPushButton*>().size(), 3);
+    });
+    EXPECT_EQ(textOf(files::read(file, 1'000)), "this is not a library");
+}
+
+TEST_F(ProgramJourney, WhatTheTerminalDoesIsSeenWithinASecond) {
+    terminal({"note", "add", "--title", "Minutes", "--text", "first"});
+    run({}, [this] {
+        MainWindow* const opened = window();
+        NoteList& list = opened->notes().list();
+        ASSERT_TRUE(waitUntil([&] { return titles(list) == "Minutes;"; }));
+        ASSERT_TRUE(waitUntil([&] { return opened->notes().openedNote().has_value(); }));
+
+        terminal({"note", "add", "--title", "From the terminal"});
+        const auto added = std::chrono::steady_clock::now();
+        EXPECT_TRUE(waitUntil([&] { return titles(list) == "From the terminal;Minutes;"; }))
+            << titles(list);
+        EXPECT_LT(std::chrono::steady_clock::now() - added, std::chrono::seconds(1));
+        EXPECT_EQ(opened->notes().editor().title().text(), "Minutes") << "what is open stays";
+
+        terminal({"note", "edit", "Minutes", "--text", "second"});
+        EXPECT_TRUE(waitUntil([&] {
+            return opened->notes().editor().body().toPlainText() == "second";
+        })) << "an open note that is not being typed in is shown anew";
+    });
+}
+
+TEST_F(ProgramJourney, FilesOfTheCommandLineAreOneImport) {
+    terminal({"note", "add", "--title", "Minutes"});
+    QStringList words;
+    for (const char* name : {"one.md", "two.md"}) {
+        files::writeNew(folder / name, bytesOf("# A title\n\ntext\n"));
+        words << QString::fromStdString((folder / name).string());
+    }
+    run(words, [] {
+        const auto assistants = [] {
+            MainWindow* const opened = shown<MainWindow>();
+            return opened != nullptr ? opened->findChildren<ImportAssistant*>().size() : 0;
+        };
+        EXPECT_TRUE(waitUntil([&] { return assistants() > 0; }));
+        EXPECT_EQ(assistants(), 1);
+    });
+}
+
+}  // namespace
+}  // namespace tesserine::app
