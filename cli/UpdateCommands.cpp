@@ -31,8 +31,8 @@ UpdateClient clientOf(Session& session) {
 std::optional<UpdateOffer> fetchedOffer(Session& session) {
     Preferences& preferences = session.preferences();
     const auto offer =
-        offerOf(clientOf(session).fetch(session.stop()), updateChecks::situation(preferences));
-    updateChecks::noteCheck(preferences, session.now(), offer);
+        offerOf(clientOf(session).fetch(session.stop()), updates::situation(preferences));
+    updates::noteCheck(preferences, session.now(), offer);
     return offer;
 }
 
@@ -41,7 +41,7 @@ std::optional<UpdateOffer> offerIn(Session& session, const std::filesystem::path
     const Bytes bytes = files::read(file, feed::largestSize);
     const std::string text = text::sanitized(std::string(textOf(bytes)));
     return offerOf(
-        feed::read(text, sourceOf(session).hosts), updateChecks::situation(session.preferences()));
+        feed::read(text, sourceOf(session).hosts), updates::situation(session.preferences()));
 }
 
 boost::json::value addressOrNull(const std::optional<WebAddress>& address) {

@@ -26,7 +26,7 @@ struct AppVersion {
     /// Missing components count as 0, so that 1.2 equals 1.2.0; a pre-release comes before its
     /// release; numbers come before texts; texts compare by code points.
     friend std::weak_ordering operator<=>(const AppVersion& a, const AppVersion& b);
-    friend bool operator==(const AppVersion& a, const AppVersion& b) { return a <=> b == 0; }
+    friend bool operator==(const AppVersion& a, const AppVersion& b) { return std::is_eq(a <=> b); }
 };
 
 /// What is compared to decide whether a release is newer: a version and, where known, a build.

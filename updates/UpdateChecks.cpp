@@ -40,7 +40,7 @@ bool UpdateSource::isOwnedByPackages() const {
     return isSystemPlace(program.string()) || access(program.parent_path().c_str(), W_OK) != 0;
 }
 
-namespace updateChecks {
+namespace updates {
 
 bool isDue(const Preferences& preferences, const UpdateSource& source, Instant now) {
     if (!source.hasService || source.isOwnedByPackages()) return false;
@@ -74,6 +74,6 @@ UpdateSituation situation(const Preferences& preferences) {
         .skipped = preferences.string(skippedKey)};
 }
 
-}  // namespace updateChecks
+}  // namespace updates
 
 }  // namespace tesserine

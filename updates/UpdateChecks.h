@@ -31,7 +31,7 @@ struct UpdateSource {
 };
 
 /// When updates are looked for, and what the user decided about them.
-namespace updateChecks {
+namespace updates {
 
 inline constexpr std::string_view automaticKey = "tesserine.updates.automatic";
 inline constexpr std::string_view lastCheckKey = "tesserine.updates.lastCheck";
@@ -53,6 +53,6 @@ void skip(Preferences& preferences, const Release& release);
 /// What this program is; its system is none that the feed's system versions speak of.
 UpdateSituation situation(const Preferences& preferences);
 
-}  // namespace updateChecks
+}  // namespace updates
 
 }  // namespace tesserine

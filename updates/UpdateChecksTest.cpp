@@ -15,7 +15,7 @@ TEST(UpdateChecks, HappenOnceADayWhereTheyMay) {
     UpdateSource source{.hasService = true, .program = folder / "tesserine"};
     Preferences preferences = Preferences::inMemory();
     const Instant now = *Instant::parseISO("2026-03-14T09:00:00Z");
-    const auto isDue = [&] { return updateChecks::isDue(preferences, source, now); };
+    const auto isDue = [&] { return updates::isDue(preferences, source, now); };
     EXPECT_TRUE(isDue()) << "never before";
 
     struct Case {
@@ -27,18 +27,18 @@ TEST(UpdateChecks, HappenOnceADayWhereTheyMay) {
           Case{"2026-03-13T08:59:59Z", true},
           Case{"2027-01-01T00:00:00Z", true},  // the clock was wrong then
           Case{"yesterday", true}}) {
-        preferences.set(updateChecks::lastCheckKey, lastCheck);
+        preferences.set(updates::lastCheckKey, lastCheck);
         EXPECT_EQ(isDue(), expected) << lastCheck;
     }
-    updateChecks::noteCheck(preferences, now, UpdateOffer{.isRequired = true});
+    updates::noteCheck(preferences, now, UpdateOffer{.isRequired = true});
     EXPECT_TRUE(isDue()) << "what is required is said at every start";
-    updateChecks::noteCheck(preferences, now, UpdateOffer{});
+    updates::noteCheck(preferences, now, UpdateOffer{});
     EXPECT_FALSE(isDue());
 
-    preferences.remove(updateChecks::lastCheckKey);
-    preferences.set(updateChecks::automaticKey, false);
+    preferences.remove(updates::lastCheckKey);
+    preferences.set(updates::automaticKey, false);
     EXPECT_FALSE(isDue()) << "the user forbade it";
-    preferences.remove(updateChecks::automaticKey);
+    preferences.remove(updates::automaticKey);
     source.hasService = false;
     EXPECT_FALSE(isDue()) << "there is nowhere to look";
     source.hasService = true;
@@ -61,11 +61,10 @@ TEST(UpdateChecks, LeaveProgramsOfThePackageManagerAlone) {
 TEST(UpdateChecks, RememberTheVersionThatWasSkipped) {
     Preferences preferences = Preferences::inMemory();
     const Release release{.stamp = {*AppVersion::parse("99.0")}};
-    EXPECT_TRUE(offerOf(release, updateChecks::situation(preferences)));
-    updateChecks::skip(preferences, release);
-    EXPECT_FALSE(offerOf(release, updateChecks::situation(preferences)));
-    EXPECT_TRUE(
-        offerOf({.stamp = {*AppVersion::parse("99.1")}}, updateChecks::situation(preferences)));
+    EXPECT_TRUE(offerOf(release, updates::situation(preferences)));
+    updates::skip(preferences, release);
+    EXPECT_FALSE(offerOf(release, updates::situation(preferences)));
+    EXPECT_TRUE(offerOf({.stamp = {*AppVersion::parse("99.1")}}, updates::situation(preferences)));
 }
 
 }  // namespace

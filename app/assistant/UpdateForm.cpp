@@ -19,7 +19,7 @@ UpdateForm::UpdateForm(AppEnvironment& environment, UpdateSource source, QWidget
       environment_(environment),
       work_(environment, std::move(source)) {
     addSwitch(
-        std::string(updateChecks::automaticKey),
+        std::string(updates::automaticKey),
         {"Look for updates once a day",
          "Nothing is downloaded without you, and nothing that is downloaded is run."},
         true);
@@ -56,7 +56,7 @@ QString UpdateForm::idleSentence() const {
     if (work_.source().isOwnedByPackages()) {
         return "The system's package manager installed this program and updates it.";
     }
-    const auto last = updateChecks::lastCheck(environment_.preferences());
+    const auto last = updates::lastCheck(environment_.preferences());
     if (!last) return "Nobody has looked for updates so far.";
     return "Last looked for updates: "
            + shownTime(*last, environment_.now(), environment_.calendar()) + ".";

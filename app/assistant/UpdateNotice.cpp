@@ -77,7 +77,7 @@ void UpdateNotice::check() {
 
 void UpdateNotice::checkIfDue() {
     const auto& source = work_.source();
-    const bool isDue = updateChecks::isDue(environment_.preferences(), source, environment_.now());
+    const bool isDue = updates::isDue(environment_.preferences(), source, environment_.now());
     if (!isDue || work_.isRunning() || work_.offer()) return;
     wasAsked_ = false;
     isPutOff_ = false;

@@ -63,7 +63,7 @@ TEST_F(UpdateSettingsTest, LooksByItselfUntilTheUserForbidsIt) {
     auto* const automatic = page_->findChild<QCheckBox*>("tesserine.updates.automatic");
     EXPECT_TRUE(automatic->isChecked());
     const auto isDue = [this] {
-        return updateChecks::isDue(
+        return updates::isDue(
             environment->preferences(),
             {.hasService = true, .program = folder / "program"},
             environment->now());

@@ -67,8 +67,8 @@ void UpdateWork::check() {
         [found, &network, source = source_, &environment = environment_](const Job::Given& given) {
             Preferences& preferences = environment.preferences();
             Release release = source.client(network).fetch(given.stop);
-            *found = offerOf(std::move(release), updateChecks::situation(preferences));
-            updateChecks::noteCheck(preferences, environment.now(), *found);
+            *found = offerOf(std::move(release), updates::situation(preferences));
+            updates::noteCheck(preferences, environment.now(), *found);
         },
         [this, found] {
             offer_ = *found;
@@ -103,7 +103,7 @@ void UpdateWork::download(const std::filesystem::path& folder) {
 void UpdateWork::skip() {
     if (!offer_ || offer_->isRequired) return;
     try {
-        updateChecks::skip(environment_.preferences(), offer_->release);
+        updates::skip(environment_.preferences(), offer_->release);
         offer_.reset();
         become(State::idle);
     } catch (const UserError& error) {
