@@ -44,6 +44,8 @@ public:
         }
         return *window_;
     }
+    /// Of the window, which is open.
+    app::Commands& commands() { return *commands_; }
     void closeWindow() {
         window_.reset();
         commands_.reset();
