@@ -7,8 +7,7 @@
 #include <QMimeData>
 
 #include <algorithm>
-#include <map>
-#include <tuple>
+#include <unordered_map>
 #include <utility>
 
 namespace tesserine::app {
@@ -16,11 +15,18 @@ namespace {
 
 constexpr const char* overdueGroup = "Overdue";
 
-bool concernsTasks(const std::vector<ObjectChange>& changes) {
-    return std::ranges::any_of(changes, [](const ObjectChange& change) {
-        return change.entity == EntityKind::task || change.entity == EntityKind::project
-               || change.entity == EntityKind::tag;
-    });
+bool concerns(const std::vector<ObjectChange>& changes, EntityKind entity) {
+    return std::ranges::any_of(
+        changes, [entity](const ObjectChange& change) { return change.entity == entity; });
+}
+
+bool standForTheSame(const TaskRow& a, const TaskRow& b) {
+    return a.id == b.id && a.heading == b.heading && a.isSubtask == b.isSubtask;
+}
+
+bool hasGroups(TaskView::Kind kind) {
+    return kind == TaskView::Kind::today || kind == TaskView::Kind::upcoming
+           || kind == TaskView::Kind::completed;
 }
 
 /// Whether the groups of the view are the days on which tasks are due.
@@ -44,9 +50,19 @@ public:
     }
 
 private:
-    using Key = std::tuple<Uuid, QString, bool>;
+    struct Key {
+        Uuid id;
+        QString heading;
+        bool isSubtask = false;
+        friend bool operator==(const Key&, const Key&) = default;
+    };
+    struct Hash {
+        std::size_t operator()(const Key& key) const {
+            return std::hash<Uuid>()(key.id) ^ qHash(key.heading);
+        }
+    };
     static Key key(const TaskRow& line) { return {line.id, line.heading, line.isSubtask}; }
-    std::map<Key, int> places_;
+    std::unordered_map<Key, int, Hash> places_;
 };
 
 }  // namespace
@@ -54,7 +70,7 @@ private:
 TaskListModel::TaskListModel(AppEnvironment& environment, QObject* parent)
     : QAbstractListModel(parent), environment_(environment) {
     connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
-        if (concernsTasks(changes)) reload();
+        follow(changes);
     });
     connect(&environment, &AppEnvironment::calendarChanged, this, [this] { setView(view_); });
 }
@@ -150,9 +166,64 @@ void TaskListModel::fetchMore(const QModelIndex& /*parent*/) {
     endInsertRows();
 }
 
-void TaskListModel::reload() {
+TaskListModel::Page TaskListModel::readAgain(
+    std::size_t limit, const std::set<Uuid>& changed) const {
+    std::unordered_map<Uuid, const TaskRow*> unchanged;
+    for (const TaskRow& line : lines_) {
+        const bool isAlone = line.subtaskCount == 0 && !line.isSubtask;
+        const bool mayDiffer = changed.contains(line.id) || held_.contains(line.id);
+        if (isAlone && !mayDiffer) unchanged.emplace(line.id, &line);
+    }
+    FetchRequest request = view_.request(environment_.now(), environment_.calendar());
+    request.limit = limit;
+    std::vector<Uuid> tasks;
+    StoreContext& context = environment_.context();
+    context.visitRows<CDTask>(request, [&tasks](const ListedRow& row) {
+        tasks.push_back(row.get(&CDTask::id).value_or(Uuid()));
+    });
+    Page page{.taskCount = tasks.size(), .isEnd = tasks.size() < limit};
+    for (const Uuid& id : tasks) {
+        const auto found = unchanged.find(id);
+        if (found != unchanged.end()) {
+            page.lines.push_back(*found->second);
+        } else if (const CDTask* const task = context.find<CDTask>(id)) {
+            appendTask(page.lines, *task, false);
+        }
+    }
+    return page;
+}
+
+void TaskListModel::follow(const std::vector<ObjectChange>& changes) {
+    // Lines show the names of projects and labels.
+    if (concerns(changes, EntityKind::project) || concerns(changes, EntityKind::tag)) {
+        return reload();
+    }
+    if (!concerns(changes, EntityKind::task)) return;
+    std::set<Uuid> changed;
+    for (const ObjectChange& change : changes) {
+        if (change.entity != EntityKind::task || !change.uuid) continue;
+        changed.insert(*change.uuid);
+        // A task that had subtasks is read anyway.
+        const CDTask* const task = environment_.context().find<CDTask>(*change.uuid);
+        const CDTask* const parent = task == nullptr ? nullptr : task->parent.get();
+        if (parent != nullptr && parent->id) changed.insert(*parent->id);
+    }
+    reloadChanged(changed);
+}
+
+std::size_t TaskListModel::countToRead() const {
     // A page more than there is, so that an added task is not beyond the end.
-    Page page = read(0, isEnd_ ? taskCount_ + pageSize : taskCount_);
+    return isEnd_ ? taskCount_ + pageSize : taskCount_;
+}
+
+void TaskListModel::reload() { show(read(0, countToRead())); }
+
+void TaskListModel::reloadChanged(const std::set<Uuid>& changed) {
+    if (hasGroups(view_.kind())) return reload();
+    show(readAgain(countToRead(), changed));
+}
+
+void TaskListModel::show(Page page) {
     taskCount_ = page.taskCount;
     isEnd_ = page.isEnd;
     keepHeld(page.lines);
@@ -166,11 +237,11 @@ void TaskListModel::setExpanded(const Uuid& task, bool isExpanded) {
     } else {
         expanded_.erase(task);
     }
-    reload();
+    reloadChanged({task});
 }
 
 void TaskListModel::release(const Uuid& task) {
-    if (held_.erase(task) != 0) reload();
+    if (held_.erase(task) != 0) reloadChanged({task});
 }
 
 void TaskListModel::keepHeld(std::vector<TaskRow>& lines) const {
@@ -192,7 +263,7 @@ void TaskListModel::keepHeld(std::vector<TaskRow>& lines) const {
 // From the lines that are shown to others, in steps that keep what is selected.
 
 void TaskListModel::replaceLines(const std::vector<TaskRow>& lines) {
-    if (lines == lines_) return;
+    if (std::ranges::equal(lines, lines_, standForTheSame)) return takeValues(lines);
     removeMissing(lines);
     bringIntoOrder(lines);
     insertNew(lines);

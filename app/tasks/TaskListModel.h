@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/tasks/TaskRow.h"
+#include "core/store/StoreChanges.h"
 #include "core/tasks/TaskView.h"
 
 #include <QAbstractListModel>
@@ -71,6 +72,13 @@ private:
         bool isEnd = false;         ///< there are no further tasks
     };
     Page read(std::size_t offset, std::size_t limit) const;
+    /// The first tasks of a view without groups: with the lines that are shown, but for those of
+    /// `changed` and of tasks with subtasks.
+    Page readAgain(std::size_t limit, const std::set<Uuid>& changed) const;
+    std::size_t countToRead() const;
+    void follow(const std::vector<ObjectChange>& changes);
+    void reloadChanged(const std::set<Uuid>& changed);
+    void show(Page page);
     QString groupOf(const CDTask& task) const;
     void appendTask(std::vector<TaskRow>& lines, const CDTask& task, bool isBelowItsDay) const;
     void keepHeld(std::vector<TaskRow>& lines) const;

@@ -184,6 +184,50 @@ TEST_F(TaskListModelTest, ReadsFurtherTasksWhenAskedFor) {
     EXPECT_EQ(list.rowCount(), 248) << "what was read stays read";
 }
 
+/// Most lines are taken over from before; what they show must not grow old.
+TEST_F(TaskListModelTest, EveryChangeShowsInALongList) {
+    std::vector<CDTask*> tasks;
+    for (int i = 0; i < 150; ++i) {
+        tasks.push_back(&addTask(("Task " + std::to_string(i)).c_str()));
+    }
+    CDTask& labelled = addTask("Labelled @home #Garden");
+    TaskListModel list(*environment);  // the tester would ask for more by itself
+    list.setView(TaskView::all());
+    while (list.canFetchMore({})) {
+        list.fetchMore({});
+    }
+    const auto lineOf = [&](const CDTask& task) { return list.line(list.indexOf(*task.id)); };
+    ASSERT_EQ(list.rowCount(), 151);
+
+    tasks[120]->title = "Renamed";
+    context().save();
+    EXPECT_EQ(lineOf(*tasks[120]).title, "Renamed");
+
+    labelled.labels.all().front()->name = "house";
+    labelled.project->name = "Yard";
+    context().save();
+    EXPECT_EQ(lineOf(labelled).labels, QStringList{"house"});
+    EXPECT_EQ(lineOf(labelled).project, "Yard");
+
+    CDTask& subtask = addSubtask(*tasks[5], "first");
+    EXPECT_EQ(lineOf(*tasks[5]).subtaskCount, 1);
+    subtask.parent = tasks[6];
+    context().save();
+    EXPECT_EQ(lineOf(*tasks[5]).subtaskCount, 0) << "of the former parent";
+    EXPECT_EQ(lineOf(*tasks[6]).subtaskCount, 1);
+    commands.complete({*subtask.id});
+    EXPECT_EQ(lineOf(*tasks[6]).doneSubtaskCount, 1);
+    context().remove(subtask);
+    context().save();
+    EXPECT_EQ(lineOf(*tasks[6]).subtaskCount, 0);
+
+    // In its new place, and only there.
+    tasks[140]->sortIndex = -1;
+    context().save();
+    EXPECT_EQ(list.line(0).id, *tasks[140]->id);
+    EXPECT_EQ(list.rowCount(), 151);
+}
+
 TEST_F(TaskListModelTest, ADragCarriesTheTasksInTheirOrder) {
     addTask("a");
     addTask("b");
