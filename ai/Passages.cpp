@@ -35,9 +35,9 @@ std::size_t startOfOverlap(
     std::string_view text, std::size_t begin, std::size_t end, std::size_t overlap) {
     std::size_t place = end;
     for (std::size_t count = 0; count < overlap && place > begin; ++count) {
-        do
+        do {
             --place;
-        while (place > begin && (static_cast<unsigned char>(text[place]) & 0xC0U) == 0x80U);
+        } while (place > begin && (static_cast<unsigned char>(text[place]) & 0xC0U) == 0x80U);
     }
     const std::size_t gap = text.find_first_of(" \n", place);
     return gap < end && gap > begin ? gap + 1 : end;
