@@ -18,7 +18,7 @@ constexpr int unauthorised = 401;
 
 std::int64_t numberIn(const boost::json::object& members, std::string_view key) {
     const auto* const member = members.if_contains(key);
-    return member != nullptr && member->is_int64() ? member->get_int64() : 0;
+    return member != nullptr && member->is_int64() ? member->get_int64() : -1;
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ LiveNews LiveNews::read(std::string_view message) {
         if (type == nullptr || !type->is_string()) return {};
         if (type->get_string() == "signed_out") return {.kind = Kind::signedOut};
         const std::int64_t seq = numberIn(*members, "seq");
-        if (type->get_string() == "changes" && seq > 0) return {.kind = Kind::changes, .seq = seq};
+        if (type->get_string() == "changes" && seq >= 0) return {.kind = Kind::changes, .seq = seq};
     } catch (const json::JSONError&) {}  // not for us to understand
     return {};
 }
@@ -55,11 +55,7 @@ void LiveUpdates::run(const std::stop_token& stop) {
             if (!environment_.clock.sleep(pause, stop)) return;
             pause = std::min<std::chrono::nanoseconds>(pause * 2, longestPause);
         }
-    } catch (const OperationCancelled&) {  // the end
-    } catch (const std::exception& error) {
-        log_.error(std::string("the live channel is given up: ") + error.what());
-        tell({.kind = LiveNews::Kind::closed});
-    }
+    } catch (const OperationCancelled&) {}  // the end
 }
 
 bool LiveUpdates::listenOnce(const std::stop_token& stop) {
@@ -82,6 +78,10 @@ bool LiveUpdates::listenOnce(const std::stop_token& stop) {
         if (error.status() == unauthorised) environment_.session.invalidateAccessToken();
         const std::string status = error.status() == 0 ? "" : " " + std::to_string(error.status());
         log_.info(std::string("no live channel: ") + error.what() + status);
+    } catch (const OperationCancelled&) {
+        throw;
+    } catch (const std::exception& error) {  // such as too many open files
+        log_.error(std::string("no live channel: ") + error.what());
     }
     return true;
 }
