@@ -228,6 +228,7 @@ void RecordPusher::uploadFiles(Sending& sending, const std::stop_token& stop) {
     }
     if (byDigest.empty()) return;
     std::vector<std::string> digests;
+    digests.reserve(byDigest.size());
     for (const auto& one : byDigest) {
         digests.push_back(one.first);
     }
@@ -253,7 +254,9 @@ void RecordPusher::refuse(Sending& sending, const std::string& digest, const Syn
     const bool isFull = error.problem().status == storageIsFull;
     std::erase_if(sending.pushes, [&](const SyncPush& push) {
         const auto member = push.payload.find("sha256");
-        if (member == push.payload.end() || member->second != JSONValue(digest)) return false;
+        const bool isMeant = push.kind == "attachment" && member != push.payload.end()
+                             && member->second == JSONValue(digest);
+        if (!isMeant) return false;
         auto* const file = environment_.context.find<CDAttachment>(push.id);
         refusals.add(
             push.id,
