@@ -164,6 +164,7 @@ TEST_F(BodyEdit, ColoursScriptsAndAlignmentAreChosenAndTakenAway) {
 TEST_F(BodyEdit, AnotherThemeLeavesWhatCanBeUndone) {
     Theme theme(*qobject_cast<QApplication*>(QCoreApplication::instance()));
     theme.setScheme(Theme::Scheme::light);
+    settle();  // another test may have left other colours behind
     const CDNote& note = openNote("<p>a <a href=\"https://e.org\">link</a>|</p><blockquote><p>"
                                   "<mark>m</mark></p></blockquote>");
     type(" one");

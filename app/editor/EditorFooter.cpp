@@ -51,7 +51,7 @@ void EditorFooter::showState(const QString& state) { state_->setText(state); }
 void EditorFooter::showWordCount(bool isShown) { words_->setVisible(isShown); }
 
 void EditorFooter::count() {
-    if (words_->isHidden()) return;
+    if (words_->isHidden() || body_.isLoading()) return;
     const QTextCursor cursor = body_.textCursor();
     std::size_t count = 0;
     if (cursor.hasSelection()) {

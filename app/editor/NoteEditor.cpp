@@ -49,7 +49,8 @@ NoteEditor::NoteEditor(AppEnvironment& environment, Commands& commands, QWidget*
       environment_(environment),
       commands_(commands),
       open_(environment.context(), environment.notes(), environment.clock()),
-      pictures_(environment) {
+      pictures_(environment),
+      reading_(*this) {
     setObjectName("noteEditor");
     build();
     connectParts();
@@ -82,14 +83,24 @@ void NoteEditor::followPreferences() {
     body_->setTextFont(wanted.fontLike(Theme::font(TextRole::body)));
     body_->setTypingShortcuts(wanted.hasShortcuts);
     footer_->showWordCount(wanted.showsWordCount);
-    if (!isOther) return;
+    if (isOther) readDictionary();
+}
+
+/// Reading one takes as long as several frames, so another thread does it.
+void NoteEditor::readDictionary() {
     spellingMarks_->setChecker(nullptr);
-    spelling_.reset();
-    if (wanted.dictionary == EditorPreferences::off) return;
-    const bool isUsual = wanted.dictionary == EditorPreferences::usual;
-    spelling_ = std::make_unique<SpellChecker>(
-        isUsual ? environment_.setting().locale : wanted.dictionary, SpellChecker::usualFolders());
-    spellingMarks_->setChecker(spelling_.get());
+    reading_.giveUp();
+    if (preferences_.dictionary == EditorPreferences::off) return;
+    const bool isUsual = preferences_.dictionary == EditorPreferences::usual;
+    const std::string language = isUsual ? environment_.setting().locale : preferences_.dictionary;
+    reading_.begin(
+        [language] {
+            return std::make_unique<SpellChecker>(language, SpellChecker::usualFolders());
+        },
+        [this] {
+            spelling_ = reading_.take();
+            spellingMarks_->setChecker(spelling_.get());
+        });
 }
 
 void NoteEditor::zoom(int step) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/editor/BackgroundTask.h"
 #include "app/editor/BodyEdit.h"
 #include "app/editor/EditorPreferences.h"
 #include "app/editor/OpenNote.h"
@@ -89,6 +90,7 @@ private:
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void followPreferences();
+    void readDictionary();
     void zoom(int step);
     void build();
     void makeHelpers();
@@ -115,6 +117,7 @@ private:
     Pictures pictures_;
     EditorPreferences preferences_;
     std::unique_ptr<SpellChecker> spelling_;
+    BackgroundTask<std::unique_ptr<SpellChecker>> reading_;  // of a dictionary
     NoteHeader* header_ = nullptr;
     QLineEdit* title_ = nullptr;  // of the header
     BodyEdit* body_ = nullptr;

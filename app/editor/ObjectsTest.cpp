@@ -1,8 +1,10 @@
 #include "app/editor/EditorFixture.h"
+#include "app/editor/EditorPreferences.h"
 #include "app/editor/NoteObject.h"
 #include "app/editor/NoticeBar.h"
 #include "app/editor/SpellChecker.h"
 #include "app/editor/SpellingMarks.h"
+#include "base/Preferences.h"
 #include "core/body/LockedPassages.h"
 #include "core/model/NoteEntities.h"
 
@@ -158,6 +160,7 @@ TEST_F(AttachedFiles, AreKeptBeforeTheTextThatShowsThem) {
 class Spelling : public test::EditorFixture {
 public:
     void SetUp() override {
+        environment->preferences().set(EditorPreferences::spellingKey, EditorPreferences::off);
         EditorFixture::SetUp();
         test::putContent(folder / "en_XX.aff", "SET UTF-8\nTRY esianrtolcdugmphbyfvkwz\n");
         test::putContent(folder / "en_XX.dic", "4\nthe\ngarden\nis\ngreen\n");

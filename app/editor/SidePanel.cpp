@@ -168,6 +168,7 @@ void SidePanel::fill() {
 }
 
 void SidePanel::fillOutline() {
+    if (parts_.body.isLoading()) return refresh();
     const int row = outline_->currentRow();
     outline_->clear();
     for (const OutlineEntry& entry : NoteOutline::entries(parts_.body.note().content())) {

@@ -13,7 +13,7 @@ namespace tesserine::app {
 
 /// Tells which words are misspelt, by a dictionary of the machine. Without one every word is right.
 ///
-/// Keeps what it found out about a word. Belongs to one thread.
+/// Keeps what it found out about a word. Belongs to one thread at a time.
 class SpellChecker {
 public:
     /// `language` is a locale such as "en_GB"; its dictionary, or one of the same language, is
