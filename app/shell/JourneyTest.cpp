@@ -1,11 +1,15 @@
+#include "app/pages/ImportAssistant.h"
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
 #include "app/shell/ShellFixture.h"
 #include "search/SearchCoordinator.h"
 #include "tests/support/FaultyVFS.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QClipboard>
+#include <QDragEnterEvent>
 #include <QListView>
+#include <QMimeData>
 #include <QTabBar>
 
 namespace tesserine::app {
@@ -199,6 +203,26 @@ TEST_F(Journey, CommandsActOnTheChosenNotes) {
     press(Qt::Key_Return);
     settle();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), NoteService::noteURL(*plan.id));
+}
+
+TEST_F(Journey, FilesDroppedOnTheWindowAreOfferedForImport) {
+    addNote("Plan");
+    test::putContent(folder / "recipes.md", "# Soup");
+    window();
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(QString::fromStdString((folder / "recipes.md").string()))});
+    QMimeData words;
+    words.setText("only words");
+    for (const auto& [dragged, isTaken] : {std::pair(&words, false), std::pair(&files, true)}) {
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, dragged, Qt::LeftButton, Qt::NoModifier);
+        enter.ignore();
+        QApplication::sendEvent(&window(), &enter);
+        EXPECT_EQ(enter.isAccepted(), isTaken);
+    }
+    QDropEvent drop({5, 5}, Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window(), &drop);
+    EXPECT_NE(window().findChild<ImportAssistant*>(), nullptr);
+    EXPECT_EQ(titles(), "Plan;") << "nothing comes in before it is asked for";
 }
 
 TEST_F(Journey, AFullDiskKeepsWhatWasTypedAndTheWindowWhereItIs) {
