@@ -11,9 +11,9 @@ void FileWriter::write(std::filesystem::path file, std::size_t size, Maker make)
     {
         std::unique_lock lock(mutex_);
         fewerWait_.wait(lock, [&] { return waiting_ == 0 || waiting_ + size <= mostWaiting; });
+        if (failure_) std::rethrow_exception(failure_);
         waiting_ += size;
     }
-    throwFailure();
     WrittenFile& written = files_.emplace_back(WrittenFile{.path = std::move(file), .digest = {}});
     SerialQueue& queue = queues_[files_.size() % queues_.size()];
     queue.async([this, &written, size, make = std::move(make)] {
