@@ -1,5 +1,6 @@
 #include "app/account/AccountSection.h"
 
+#include "app/account/InfoRow.h"
 #include "app/account/SyncWords.h"
 #include "app/look/Separator.h"
 #include "app/look/Theme.h"

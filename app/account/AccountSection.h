@@ -4,6 +4,8 @@
 
 namespace tesserine::app {
 
+class InfoRow;
+
 /// Who is signed in, how sync is doing, and what it has to ask.
 class AccountSection final : public Section {
     Q_OBJECT

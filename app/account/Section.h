@@ -1,16 +1,15 @@
 #pragma once
 
-#include "app/account/InfoRow.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/Job.h"
 #include "sync/SyncService.h"
 
+#include <QString>
 #include <QWidget>
 
 #include <functional>
 #include <memory>
 #include <stop_token>
-#include <vector>
 
 class QLabel;
 class QPushButton;

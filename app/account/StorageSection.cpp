@@ -1,5 +1,6 @@
 #include "app/account/StorageSection.h"
 
+#include "app/account/InfoRow.h"
 #include "sync/WireRecords.h"
 
 #include <QLabel>

@@ -2,9 +2,13 @@
 
 #include "app/account/Section.h"
 
+#include <optional>
+
 class QProgressBar;
 
 namespace tesserine::app {
+
+class InfoRow;
 
 /// How much the account holds at the service, and how much it may hold.
 class StorageSection final : public Section {

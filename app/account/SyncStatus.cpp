@@ -70,7 +70,7 @@ void SyncStatus::paintEvent(QPaintEvent*) {
     painter.drawRoundedRect(
         QRectF(rect()).adjusted(4.5, 1.5, -4.5, -1.5), cornerRadius, cornerRadius);
 
-    QRect line = rect().adjusted(space::large, 0, -space::medium, 0);
+    QRect line = rect().adjusted(space::medium + 1, 0, -space::medium, 0);  // as the places above
     QRect place(line.left(), 0, iconSide, iconSide);
     place.moveTop((height() - iconSide) / 2);
     app::icon("sync", ink_).paint(&painter, place);

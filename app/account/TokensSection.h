@@ -3,6 +3,8 @@
 #include "app/account/Section.h"
 #include "sync/WireRecords.h"
 
+#include <vector>
+
 class QLineEdit;
 
 namespace tesserine::app {

@@ -11,7 +11,7 @@
 namespace tesserine::app {
 namespace {
 
-enum class Rest { nothing, id, text };
+enum class Rest { nothing, id, text, textIfAny };
 
 struct Word {
     Place::Kind kind;
@@ -41,7 +41,7 @@ constexpr std::array words = {
     Word{Kind::taskTemplates, "task-templates"},
     Word{Kind::trash, "trash"},
     Word{Kind::search, "search", Rest::text},
-    Word{Kind::settings, "settings"},
+    Word{Kind::settings, "settings", Rest::textIfAny},
     Word{Kind::welcome, "welcome"},
 };
 
@@ -64,7 +64,7 @@ std::optional<Place> Place::fromAddress(const std::string& address) {
         const auto id = Uuid::parse(behind);
         if (!id) return std::nullopt;
         place.id = *id;
-    } else if (word->rest == Rest::text) {
+    } else if (word->rest != Rest::nothing) {
         const QByteArray encoded(behind.data(), static_cast<qsizetype>(behind.size()));
         place.text = QByteArray::fromPercentEncoding(encoded).toStdString();
     } else if (!behind.empty()) {
@@ -77,7 +77,7 @@ std::string Place::address() const {
     const auto* const word = std::ranges::find(words, kind, &Word::kind);
     std::string address = beginning() + std::string(word->word);
     if (word->rest == Rest::id) address += "/" + id.text();
-    if (word->rest == Rest::text) {
+    if (word->rest == Rest::text || (word->rest == Rest::textIfAny && !text.empty())) {
         address += "/" + QByteArray::fromStdString(text).toPercentEncoding().toStdString();
     }
     return address;

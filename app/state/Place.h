@@ -30,8 +30,8 @@ struct Place {
         task,     ///< `id`
         taskTemplates,
         trash,
-        search,  ///< `text`, the query
-        settings,
+        search,    ///< `text`, the query
+        settings,  ///< `text`, an area such as "sync", or none
         welcome,
     };
 

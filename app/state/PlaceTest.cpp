@@ -14,11 +14,14 @@ TEST(Place, AddressesLeadBackToTheSamePlace) {
              Place{Kind::note, id, {}},
              Place{Kind::savedSearch, id, {}},
              Place{Kind::search, {}, "tag:work / \"50 %\" Ærø?#"},
+             Place{Kind::settings, {}, {}},
+             Place{Kind::settings, {}, "sync"},
              Place{Kind::welcome, {}, {}},
          }) {
         SCOPED_TRACE(place.address());
         EXPECT_EQ(Place::fromAddress(place.address()), place);
     }
+    EXPECT_EQ((Place{Kind::settings, {}, {}}).address(), "tesserine://settings");
     EXPECT_EQ((Place{Kind::note, id, {}}).address(), "tesserine://note/" + id.text());
 }
 

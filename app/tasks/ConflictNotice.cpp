@@ -22,7 +22,7 @@ ConflictNotice::ConflictNotice(AppEnvironment& environment, QWidget* parent)
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::AlternateBase);
     const QString sentence =
-        "Another device changed this task at the same time. Its version is kept on this device.";
+        "Another device changed this task at the same time. The other version is kept on this device.";
     setAccessibleName(sentence);
     auto* const compare = new QPushButton("Compare…", this);
     compare->setAccessibleName("Compare both versions");

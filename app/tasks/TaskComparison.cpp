@@ -17,7 +17,7 @@
 namespace tesserine::app {
 namespace {
 
-constexpr QSize usualSize(620, 440);
+constexpr QSize usualSize(640, 500);
 constexpr int nameWidth = 90;
 
 /// A version as a person reads it, in the order of `names`.
