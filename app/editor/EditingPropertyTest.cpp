@@ -1,13 +1,13 @@
 #include "app/editor/EditorFixture.h"
-#include "bench/Dice.h"
 #include "core/body/CanonicalBody.h"
 #include "core/body/RandomBodyFixture.h"
 
 #include <QClipboard>
 #include <QTextBlock>
 
+#include <cstdint>
+#include <random>
 #include <string>
-#include <vector>
 
 namespace tesserine::app {
 namespace {
@@ -43,23 +43,26 @@ constexpr const char* randomKeys[] = {
 /// Somebody who presses anything anywhere.
 class EditingProperty : public test::EditorFixture {
 public:
-    void startAt(std::uint64_t seed) { dice = bench::Dice(seed); }
+    void startAt(std::uint64_t seed) { dice.seed(seed); }
+    /// The same on every machine, as distributions of the library are not.
+    std::size_t below(std::size_t bound) { return dice() % bound; }
+    bool mayBe(std::size_t percent) { return below(100) < percent; }
     template <std::size_t count>
     const char* oneOf(const char* const (&choices)[count]) {
-        return choices[dice.below(count)];
+        return choices[below(count)];
     }
     void moveCursor() {
         const auto length = static_cast<std::size_t>(document().characterCount());
         QTextCursor cursor(&document());
-        cursor.setPosition(static_cast<int>(dice.below(length)));
-        if (dice.chance(400)) {
-            cursor.setPosition(static_cast<int>(dice.below(length)), QTextCursor::KeepAnchor);
+        cursor.setPosition(static_cast<int>(below(length)));
+        if (mayBe(40)) {
+            cursor.setPosition(static_cast<int>(below(length)), QTextCursor::KeepAnchor);
         }
         editor.body().setTextCursor(cursor);
     }
     void doSomething() {
-        if (dice.chance(500)) moveCursor();
-        const std::size_t what = dice.below(10);
+        if (mayBe(50)) moveCursor();
+        const std::size_t what = below(10);
         if (what < 4) {
             type(oneOf(randomKeys));
         } else if (what < 8) {
@@ -71,7 +74,7 @@ public:
         }
     }
 
-    bench::Dice dice{0};
+    std::mt19937_64 dice;
 };
 
 TEST_F(EditingProperty, WhateverIsDoneCanBeStoredUndoneAndDoneAgain) {
