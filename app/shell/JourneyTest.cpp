@@ -2,6 +2,9 @@
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
 #include "app/shell/ShellFixture.h"
+#include "app/tasks/TaskListPage.h"
+#include "app/tasks/TaskListView.h"
+#include "app/tasks/TasksPage.h"
 #include "search/SearchCoordinator.h"
 #include "tests/support/FaultyVFS.h"
 #include "tests/support/TemporaryFolder.h"
@@ -190,6 +193,20 @@ TEST_F(Journey, APlaceThatIsDeletedElsewhereLeavesTheWindowInAllNotes) {
     environment->notebooks().remove(theirs, *theirs.find<CDNotebook>(*work.id));
     theirs.save();
     ASSERT_TRUE(waitUntil([this] { return place() == "tesserine://notes"; }));
+}
+
+TEST_F(Journey, KeysGoOnInWhatIsShown) {
+    addNote("Plan");
+    addTask("Call Ana");
+    window();
+    EXPECT_EQ(QApplication::focusWidget(), &list().view());
+    window().go({Kind::inbox});
+    EXPECT_EQ(QApplication::focusWidget(), &window().tasks().listPage().list());
+    window().go({Kind::allNotes});
+    EXPECT_EQ(QApplication::focusWidget(), &list().view());
+    window().sidebar().setFocus();
+    window().go({Kind::inbox});
+    EXPECT_EQ(QApplication::focusWidget(), &window().sidebar()) << "walking through the places";
 }
 
 TEST_F(Journey, CommandsActOnTheChosenNotes) {

@@ -18,6 +18,8 @@
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskCommands.h"
 #include "app/tasks/TaskListModel.h"
+#include "app/tasks/TaskListPage.h"
+#include "app/tasks/TaskListView.h"
 #include "app/tasks/TasksPage.h"
 #include "base/UserError.h"
 
@@ -299,13 +301,23 @@ bool MainWindow::enter(Stop stop) {
     searchField_->setQuery({});
     if (titleOf(stop.place, environment_.context()).isEmpty()) return false;  // it is gone
     if (showsTasks(kind)) {
-        content_->setCurrentWidget(&tasks());
+        const bool takesKeys = showInstead(tasks());
         kind == Kind::taskTemplates ? tasks_->showTemplates() : tasks_->showPlace(stop.place);
+        QWidget& list = tasks_->listPage().list();
+        if (takesKeys && list.isVisible()) list.setFocus();
         return true;
     }
     if (!NoteScope::isListed(kind)) return false;
-    content_->setCurrentWidget(notes_);
+    if (showInstead(*notes_)) notes_->list().setFocus();
     return notes_->showPlace(stop.place, stop.note);
+}
+
+/// Tells whether the keys went to what is hidden now; somebody has to take them.
+bool MainWindow::showInstead(QWidget& page) {
+    const QWidget* const before = content_->currentWidget();
+    const bool hadKeys = before->isAncestorOf(focusWidget());
+    content_->setCurrentWidget(&page);
+    return hadKeys && before != &page;
 }
 
 void MainWindow::showSearch(const QString& query, SearchRunner::Typing typing) {

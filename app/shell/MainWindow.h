@@ -102,6 +102,7 @@ private:
     void makeSearchResults();
     void takeTaskDrops();
     bool enter(Stop stop);
+    bool showInstead(QWidget& page);
     void returnTo(const Stop& stop);
     void showSearch(const QString& query, SearchRunner::Typing typing);
     void followTyping(const QString& text);
