@@ -56,7 +56,7 @@ private:
         return length > 0 ? static_cast<std::uint64_t>(length) : 0;
     }
     std::string_view next() {
-        stream_.read(piece_.data(), piece_.size());
+        stream_.read(piece_.data(), static_cast<std::streamsize>(piece_.size()));
         const auto count = static_cast<std::size_t>(stream_.gcount());
         isRead_ = count < piece_.size();
         return {piece_.data(), count};
@@ -115,6 +115,7 @@ net::ServerSocket listeningSocket(const HTTPFront::Options& options) {
         {},
         net::Context::VERIFY_NONE);  // of clients: they show tokens, no certificates
     context->requireMinimumProtocol(net::Context::PROTO_TLSV1_2);
+    // NOLINTNEXTLINE(cppcoreguidelines-slicing): sockets are handles of what they share
     return net::SecureServerSocket(address, 64, context);
 }
 
@@ -144,6 +145,8 @@ struct HTTPFront::Sockets {
         service.live().open();
         server.start();
     }
+    Sockets(const Sockets&) = delete;
+    Sockets& operator=(const Sockets&) = delete;
     ~Sockets() {
         service.live().close();
         server.stopAll(true);

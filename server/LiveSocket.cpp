@@ -42,7 +42,7 @@ std::string tokenIn(const std::string& protocols) {
 /// One open channel.
 class Channel {
 public:
-    Channel(net::WebSocket socket, LiveHub::Seat& seat) : socket_(std::move(socket)), seat_(seat) {
+    Channel(const net::WebSocket& socket, LiveHub::Seat& seat) : socket_(socket), seat_(seat) {
         socket_.setMaxPayloadSize(longestFrame);
         socket_.setReceiveTimeout(frameTime);
         socket_.setSendTimeout(frameTime);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace Poco::Net {
+namespace Poco::Net {  // NOLINT(readability-identifier-naming): named by the library
 class HTTPServerRequest;
 class HTTPServerResponse;
 }  // namespace Poco::Net
