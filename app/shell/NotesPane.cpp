@@ -103,6 +103,7 @@ bool NotesPane::showBeside(QWidget* list) {
     if (editor_ != nullptr && !editor_->close()) return false;
     if (lists_->indexOf(list) < 0) lists_->addWidget(list);
     lists_->setCurrentWidget(list);
+    waiting_.reset();
     nothing_->setContent({"note", "No note chosen", "Choose a result on the left to read it."});
     showNothing();
     return true;

@@ -151,6 +151,16 @@ TEST_F(ProgramJourney, WhatTheTerminalDoesIsSeenWithinASecond) {
     });
 }
 
+TEST_F(ProgramJourney, BeginsAtThePlaceThatIsAskedFor) {
+    terminal({"note", "add", "--title", "Minutes", "--text", "first"});
+    run({"--open", "tesserine://search/first"}, [] {
+        MainWindow* const opened = window();
+        ASSERT_TRUE(waitUntil([&] { return opened->current().place.kind == Place::Kind::search; }));
+        test::WindowFixture::settle();
+        EXPECT_FALSE(opened->notes().openedNote()) << "no note is opened beside the results";
+    });
+}
+
 TEST_F(ProgramJourney, FilesOfTheCommandLineAreOneImport) {
     terminal({"note", "add", "--title", "Minutes"});
     QStringList words;
