@@ -91,6 +91,11 @@ void SyncControl::start() {
 void SyncControl::stop() { worker_.reset(); }
 
 void SyncControl::show(const SyncState& state) {
+    // A sync that the sign-out cut off would say that the session has ended.
+    const bool isCutOff =
+        isSigningOut_ && state.phase == SyncState::Phase::signedOut && state.account;
+    if (isCutOff) return;
+    if (!state.account) isSigningOut_ = false;
     state_ = state;
     emit changed();
 }
@@ -146,6 +151,7 @@ void SyncControl::takeCallback(const std::string& address) {
 }
 
 void SyncControl::signOut() {
+    isSigningOut_ = true;
     const auto lookAgain = [this] { syncNow(); };
     environment_.inBackground(
         [account = &service()->account()](StoreContext&, const std::stop_token&) {
@@ -154,6 +160,7 @@ void SyncControl::signOut() {
         this,
         lookAgain,
         [this, lookAgain](const std::string& sentence) {
+            isSigningOut_ = false;
             lookAgain();
             emit failed(QString::fromStdString(sentence));
         });

@@ -72,6 +72,7 @@ private:
     bool isLookedUp_ = false;                             // whether it is still the right one
     SyncState state_;
     bool isSigningIn_ = false;
+    bool isSigningOut_ = false;
     std::stop_source signIn_;  // of the present sign-in
     std::unique_ptr<SyncWorker> worker_;
 };
