@@ -23,8 +23,9 @@ bool isFromAttachment(const RetrievedChunk& passage) {
 
 std::string joined(const std::vector<std::string>& names) {
     std::string all;
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         all += (all.empty() ? "" : ", ") + name;
+    }
     return all;
 }
 

@@ -54,8 +54,9 @@ HTTPReply send(
 }
 
 std::string joinedPath(std::string_view base, std::string_view component) {
-    while (base.ends_with('/'))
+    while (base.ends_with('/')) {
         base.remove_suffix(1);
+    }
     return std::string(base).append("/").append(component);
 }
 

@@ -36,8 +36,9 @@ std::string textOf(CDAttachment& attachment) {
 
 std::vector<std::string> tagNames(CDNote& note) {
     std::vector<std::string> names;
-    for (CDTag* tag : note.tags.all())
+    for (CDTag* tag : note.tags.all()) {
         names.push_back(tag->name.valueOr(""));
+    }
     std::ranges::sort(names);
     return names;
 }
@@ -178,8 +179,9 @@ std::vector<RetrievedChunk> NoteRetriever::retrieve(std::string_view question) {
     std::vector<RetrievedChunk> chosen;
     for (std::vector<Candidate>& note : notes) {
         std::ranges::sort(note, {}, &Candidate::place);
-        for (Candidate& candidate : note)
+        for (Candidate& candidate : note) {
             chosen.push_back(std::move(candidate.chunk));
+        }
     }
     return chosen;
 }

@@ -65,8 +65,9 @@ void takeWords(const QueryNode& node, std::vector<std::string>& words) {
             if (!word.empty() && !isKnown) words.push_back(std::move(word));
         }
     }
-    for (const QueryNode& child : node.children)
+    for (const QueryNode& child : node.children) {
         takeWords(child, words);
+    }
 }
 
 bool isCondition(const QueryNode& node) {
@@ -90,10 +91,11 @@ QuestionTerms QuestionTerms::of(std::string_view question) {
     parts.push_back(onlyNotes());
     QueryNode any{.kind = Kind::any};
     std::ranges::transform(terms.words, std::back_inserter(any.children), wordNode);
-    if (any.children.size() == 1)
+    if (any.children.size() == 1) {
         parts.push_back(std::move(any.children.front()));
-    else if (!any.children.empty())
+    } else if (!any.children.empty()) {
         parts.push_back(std::move(any));
+    }
     return terms;
 }
 

@@ -205,7 +205,7 @@ std::optional<Caller> Accounts::deviceWith(SQLiteDatabase& database, const std::
 
 std::optional<Caller> Accounts::scriptWith(const std::string& digest) {
     std::optional<Instant> lastUsed;
-    const auto caller = database_.read([&](SQLiteDatabase& database) -> std::optional<Caller> {
+    auto caller = database_.read([&](SQLiteDatabase& database) -> std::optional<Caller> {
         Statement& select =
             database.cached("SELECT user, id, lastUsed FROM apiTokens WHERE digest = ?");
         select.bindText(1, digest);

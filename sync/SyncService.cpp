@@ -59,7 +59,7 @@ std::string SyncService::checked(const std::string& address) {
 }
 
 std::string SyncService::secretService(const std::string& address) {
-    const std::string own(product::tokenSecretService);
+    std::string own(product::tokenSecretService);
     if (address == product::serviceBaseURL) return own;
     const auto parsed = WebAddress::parse(address);
     if (!parsed) return own + " " + address;

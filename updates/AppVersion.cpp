@@ -45,7 +45,7 @@ std::weak_ordering compareComponents(const AppVersion& a, const AppVersion& b) {
     };
     for (std::size_t place = 0; place < count; ++place) {
         const auto order = component(a, place) <=> component(b, place);
-        if (order != 0) return order;
+        if (std::is_neq(order)) return order;
     }
     return std::weak_ordering::equivalent;
 }
@@ -72,7 +72,7 @@ std::optional<AppVersion> AppVersion::parse(std::string_view text) {
 }
 
 std::weak_ordering operator<=>(const AppVersion& a, const AppVersion& b) {
-    if (const auto order = compareComponents(a, b); order != 0) return order;
+    if (const auto order = compareComponents(a, b); std::is_neq(order)) return order;
     if (a.prerelease.empty() || b.prerelease.empty()) {
         return a.prerelease.empty() <=> b.prerelease.empty();
     }
@@ -82,7 +82,8 @@ std::weak_ordering operator<=>(const AppVersion& a, const AppVersion& b) {
 }
 
 bool VersionStamp::isNewerThan(const VersionStamp& other) const {
-    if (const auto order = version <=> other.version; order != 0) return order > 0;
+    const auto order = version <=> other.version;
+    if (std::is_neq(order)) return std::is_gt(order);
     return build && other.build && *build > *other.build;
 }
 

@@ -129,8 +129,9 @@ Release checked(const object& entry) {
     release.releaseNotesAddress = optionalAddress(entry, "releaseNotesURL");
     release.storeAddress = optionalAddress(entry, "storeURL");
     release.releaseNotes = text(entry, "releaseNotes").value_or("");
-    if (const auto date = text(entry, "publishedAt"))
+    if (const auto date = text(entry, "publishedAt")) {
         release.publishedAt = Instant::parseISO(*date);
+    }
     return release;
 }
 

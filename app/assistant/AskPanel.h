@@ -29,6 +29,7 @@ class EmptyState;
 /// nothing there.
 class AskPanel final : public QWidget {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(AskPanel)
 
 public:
     explicit AskPanel(AppEnvironment& environment, QWidget* parent = nullptr);

@@ -32,7 +32,7 @@ private:
     void switchBackend(int index);
     void readKey();
     void keepKey();
-    void changeKey(const std::string& key);
+    void changeKey(const std::string& typed);
     void askServer();
     void setServer(const QString& typed);
     void showServer();

@@ -33,7 +33,7 @@ Distances distancesOf(const AttributedText::Paragraph& paragraph) {
     case Kind::numbered:
     case Kind::checklist: return {4, 4, 0, 1 + std::clamp(paragraph.indent, 0, 8)};
     case Kind::quote: return {9, 9, 0, 1};
-    case Kind::divider: return {10, 10};
+    case Kind::divider:
     case Kind::preserved:
     case Kind::encrypted: return {10, 10};
     case Kind::paragraph: break;

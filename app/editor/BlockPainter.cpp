@@ -121,7 +121,8 @@ void BlockPainter::paintMarker(QPainter& painter, const QTextBlock& block) const
         const QRectF room = place.adjusted(isRightToLeft ? 0 : -40, 0, isRightToLeft ? 40 : 0, 0);
         const auto side = isRightToLeft ? Qt::AlignLeft : Qt::AlignRight;
         const QString number = QString::number(editing::numberOf(document_, block)) + '.';
-        painter.drawText(room, side | Qt::AlignVCenter | Qt::TextDontClip, number);
+        const int flags = static_cast<int>(side) | Qt::AlignVCenter | Qt::TextDontClip;
+        painter.drawText(room, flags, number);
         return;
     }
     const double radius = std::max(2.0, QFontMetricsF(document_.defaultFont()).height() / 8);

@@ -25,7 +25,7 @@ Tokens tokens(std::u16string_view text, Unit unit) {
         if (unit == Unit::lines) {
             length = std::min(text.find(u'\n'), text.size() - 1) + 1;
         } else {
-            const auto end = std::ranges::find_if_not(text, isWordUnit);
+            const auto* const end = std::ranges::find_if_not(text, isWordUnit);
             length = std::max<std::size_t>(static_cast<std::size_t>(end - text.begin()), 1);
         }
         pieces.push_back(text.substr(0, length));
@@ -118,7 +118,7 @@ std::vector<PassageRange> rangesOf(
 Comparison compared(std::u16string_view before, std::u16string_view after) {
     // What both begin and end with needs no comparison; cut at lines, so that words stay whole.
     const auto [differs, other] = std::ranges::mismatch(before, after);
-    std::size_t head = static_cast<std::size_t>(differs - before.begin());
+    auto head = static_cast<std::size_t>(differs - before.begin());
     head = head == 0 ? 0 : before.substr(0, head).rfind(u'\n') + 1;
     before.remove_prefix(head);
     after.remove_prefix(head);

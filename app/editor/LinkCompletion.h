@@ -30,7 +30,7 @@ public:
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void update();
-    void offer(const QString& typed);
+    void offer(const QString& title);
     void accept();
     void move(int rows);
     /// What was typed behind "[[" in the cursor's paragraph; none when nothing was.

@@ -24,6 +24,7 @@ class Pictures;
 class ObjectRenderer final : public QObject, public QTextObjectInterface {
     Q_OBJECT
     Q_INTERFACES(QTextObjectInterface)
+    Q_DISABLE_COPY_MOVE(ObjectRenderer)
 
 public:
     /// Draws in `document` from now on. Both outlive it.

@@ -92,8 +92,9 @@ void Paster::pasteText(const QString& text) {
         if (isAddress(text.trimmed()) && cursor.hasSelection()) {
             return editing::setLink(note, cursor, text.trimmed().toStdString());
         }
-        if (!text.contains('\n'))
+        if (!text.contains('\n')) {
             return note.insertText(cursor, text, note.style(cursor.charFormat()));
+        }
         const bool isCode = note.kind(cursor.block()) == BlockStyle::Kind::codeBlock;
         const auto kind = isCode ? BlockStyle::Kind::codeBlock : BlockStyle::Kind::paragraph;
         note.insertParagraphs(cursor, paste::fromLines(text.toStdString(), kind));

@@ -61,7 +61,7 @@ void ReminderButton::ask() {
     const Calendar& calendar = environment_.calendar();
     const Instant tomorrow = calendar.addDays(calendar.startOfDay(environment_.now()), 1);
     const bool hasReminder = note->reminderAt.get().has_value();
-    const QDateTime usual = shownBy(calendar, tomorrow).addSecs(9 * 3'600);
+    const QDateTime usual = shownBy(calendar, tomorrow).addSecs(9LL * 3'600);
 
     auto* const dialog = new QDialog(this);
     dialog->setObjectName("reminderDialog");

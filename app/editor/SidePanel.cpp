@@ -172,7 +172,7 @@ void SidePanel::fillOutline() {
     const int row = outline_->currentRow();
     outline_->clear();
     for (const OutlineEntry& entry : NoteOutline::entries(parts_.body.note().content())) {
-        const QString indent(3 * (entry.level - 1), ' ');
+        const QString indent(3LL * (entry.level - 1), ' ');
         outline_->add(
             indent + QString::fromStdString(entry.text), {}, static_cast<int>(entry.location));
     }

@@ -56,7 +56,7 @@ private:
     void fillAttachments();
     void fillVersions();
     void jump(int position);
-    void showVersion(const Uuid& revision);
+    void showVersion(const Uuid& id);
     void showAttachmentMenu(const QPoint& point);
     void saveAttachment(const Uuid& id);
     void deleteAttachment(const Uuid& id);

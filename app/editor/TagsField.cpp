@@ -104,7 +104,7 @@ void TagsField::add(const QString& names) {
     if (note == nullptr) return;
     try {
         for (const QString& name : names.split(',', Qt::SkipEmptyParts)) {
-            CDTag* const tag = environment_.tags().findOrCreate(
+            auto* const tag = environment_.tags().findOrCreate(
                 environment_.context(), name.trimmed().toStdString());
             if (tag != nullptr) environment_.notes().addTag(*note, *tag);
         }

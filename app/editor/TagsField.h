@@ -28,7 +28,7 @@ public:
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void add(const QString& names);
-    void remove(const Uuid& tag);
+    void remove(const Uuid& id);
     void removeLast();
 
     AppEnvironment& environment_;
