@@ -1,15 +1,19 @@
 #include "app/state/DateWords.h"
 
 #include "base/Calendar.h"
+#include "base/EnglishNames.h"
 
 #include <QLocale>
+
+#include <string>
+#include <string_view>
 
 namespace tesserine::app {
 namespace {
 
-constexpr const char* months[] = {
-    "Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-constexpr const char* weekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+QString shortened(std::string_view name) {
+    return QString::fromStdString(std::string(english::shortened(name)));
+}
 
 QString clockTime(const LocalTime& time) {
     return QString("%1:%2").arg(time.hour, 2, 10, QChar('0')).arg(time.minute, 2, 10, QChar('0'));
@@ -21,9 +25,9 @@ QString day(Instant instant, Instant now, const Calendar& calendar) {
     if (days == 0) return {};
     if (days == -1) return "Yesterday";
     if (days == 1) return "Tomorrow";
-    if (days > -7 && days < 7) return weekdays[calendar.weekday(instant) - 1];
+    if (days > -7 && days < 7) return shortened(english::weekdayName(calendar.weekday(instant)));
     const LocalTime local = calendar.local(instant);
-    QString date = QString("%1 %2").arg(local.day).arg(months[local.month - 1]);
+    QString date = QString("%1 %2").arg(local.day).arg(shortened(english::monthName(local.month)));
     if (local.year == calendar.local(now).year) return date;
     return date + QString(" %1").arg(local.year);
 }
