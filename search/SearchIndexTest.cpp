@@ -1,6 +1,7 @@
 #include "search/SearchIndex.h"
 
 #include "base/FailPoint.h"
+#include "search/CoordinatorFixture.h"
 #include "search/IndexRows.h"
 #include "tests/support/Child.h"
 #include "tests/support/TemporaryFolder.h"
@@ -14,6 +15,7 @@
 namespace tesserine {
 namespace {
 
+using test::rowsOf;
 using Error = SQLiteDatabase::Error;
 
 Uuid uuid(int number) {
@@ -23,21 +25,6 @@ Uuid uuid(int number) {
 
 IndexDocument note(int number, const std::string& title, const std::string& body = "") {
     return {.id = uuid(number), .title = title, .body = body};
-}
-
-/// Every row of a query, its cells joined by "|".
-std::string rowsOf(SearchIndex& index, const std::string& sql) {
-    return index.perform([&](SQLiteDatabase& database) {
-        std::string text;
-        Statement rows = database.prepare(sql);
-        while (rows.step()) {
-            for (int i = 0; i < rows.columnCount(); ++i) {
-                text += (i == 0 ? "" : "|") + rows.text(i).value_or("NULL");
-            }
-            text += "\n";
-        }
-        return text;
-    });
 }
 
 class SearchIndexFile : public testing::Test {
