@@ -26,12 +26,12 @@ constexpr std::uint64_t entry = 3;  // in the data
 constexpr std::uint64_t key = 4;
 constexpr std::uint64_t type = 5;
 constexpr std::uint64_t identifier = 6;
-namespace ofEntry {
+namespace of_entry {
 constexpr std::uint64_t dictionary = 6;
 constexpr std::uint64_t text = 10;
 constexpr std::uint64_t map = 13;
 constexpr std::uint64_t orderedSet = 16;
-}  // namespace ofEntry
+}  // namespace of_entry
 constexpr std::uint64_t mapType = 1;
 constexpr std::uint64_t mapEntry = 3;
 constexpr std::uint64_t element = 1;  // of a dictionary
@@ -70,10 +70,10 @@ struct Object {
         ProtobufReader reader(message);
         while (reader.next()) {
             switch (reader.field()) {
-            case field::ofEntry::dictionary: dictionary = reader.bytes(); break;
-            case field::ofEntry::text: text = reader.bytes(); break;
-            case field::ofEntry::map: map = reader.bytes(); break;
-            case field::ofEntry::orderedSet: orderedSet = reader.bytes(); break;
+            case field::of_entry::dictionary: dictionary = reader.bytes(); break;
+            case field::of_entry::text: text = reader.bytes(); break;
+            case field::of_entry::map: map = reader.bytes(); break;
+            case field::of_entry::orderedSet: orderedSet = reader.bytes(); break;
             default: break;
             }
         }

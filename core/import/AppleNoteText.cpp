@@ -21,7 +21,7 @@ constexpr std::uint64_t version = 2;
 constexpr std::uint64_t data = 3;
 constexpr std::uint64_t text = 2;
 constexpr std::uint64_t run = 5;
-namespace ofRun {
+namespace of_run {
 constexpr std::uint64_t length = 1;
 constexpr std::uint64_t paragraph = 2;
 constexpr std::uint64_t weight = 5;
@@ -30,18 +30,18 @@ constexpr std::uint64_t struck = 7;
 constexpr std::uint64_t baseline = 8;
 constexpr std::uint64_t link = 9;
 constexpr std::uint64_t attachment = 12;
-}  // namespace ofRun
-namespace ofParagraph {
+}  // namespace of_run
+namespace of_paragraph {
 constexpr std::uint64_t style = 1;
 constexpr std::uint64_t indent = 4;
 constexpr std::uint64_t checklist = 5;
 constexpr std::uint64_t quote = 8;
-}  // namespace ofParagraph
+}  // namespace of_paragraph
 constexpr std::uint64_t isDone = 2;  // of a checklist
-namespace ofAttachment {
+namespace of_attachment {
 constexpr std::uint64_t identifier = 1;
 constexpr std::uint64_t type = 2;
-}  // namespace ofAttachment
+}  // namespace of_attachment
 }  // namespace field
 
 struct StyleNumber {
@@ -79,24 +79,25 @@ AppleParagraph paragraphOf(std::string_view message) {
     ProtobufReader reader(message);
     while (reader.next()) {
         switch (reader.field()) {
-        case field::ofParagraph::style: {
+        case field::of_paragraph::style: {
             const auto* const known =
                 std::ranges::find(styleNumbers, reader.number(), &StyleNumber::number);
             if (known != styleNumbers.end()) paragraph.style = known->style;
             break;
         }
-        case field::ofParagraph::indent:
+        case field::of_paragraph::indent:
             paragraph.indent = std::min<std::uint64_t>(reader.number(), AppleParagraph::mostIndent);
             break;
-        case field::ofParagraph::checklist: {
+        case field::of_paragraph::checklist: {
             ProtobufReader checklist(reader.bytes());
             while (checklist.next()) {
-                if (checklist.field() == field::isDone)
+                if (checklist.field() == field::isDone) {
                     paragraph.isChecked = checklist.number() != 0;
+                }
             }
             break;
         }
-        case field::ofParagraph::quote: paragraph.isQuoted = reader.number() != 0; break;
+        case field::of_paragraph::quote: paragraph.isQuoted = reader.number() != 0; break;
         default: break;
         }
     }
@@ -109,22 +110,22 @@ Run runOf(std::string_view message) {
     while (reader.next()) {
         const std::uint64_t number = reader.number();
         switch (reader.field()) {
-        case field::ofRun::length: run.length = number; break;
-        case field::ofRun::paragraph: run.paragraph = paragraphOf(reader.bytes()); break;
-        case field::ofRun::weight:
+        case field::of_run::length: run.length = number; break;
+        case field::of_run::paragraph: run.paragraph = paragraphOf(reader.bytes()); break;
+        case field::of_run::weight:
             run.span.isBold = (number & 1U) != 0;
             run.span.isItalic = (number & 2U) != 0;
             break;
-        case field::ofRun::underlined: run.span.isUnderlined = number != 0; break;
-        case field::ofRun::struck: run.span.isStruck = number != 0; break;
-        case field::ofRun::baseline:
+        case field::of_run::underlined: run.span.isUnderlined = number != 0; break;
+        case field::of_run::struck: run.span.isStruck = number != 0; break;
+        case field::of_run::baseline:
             run.span.baseline = reader.signedNumber() < 0 ? -1 : number > 0 ? 1 : 0;
             break;
-        case field::ofRun::link: run.span.link = shortText(reader.bytes()); break;
-        case field::ofRun::attachment:
+        case field::of_run::link: run.span.link = shortText(reader.bytes()); break;
+        case field::of_run::attachment:
             run.span.attachment =
-                shortText(protobufField(reader.bytes(), field::ofAttachment::identifier));
-            run.span.type = shortText(protobufField(reader.bytes(), field::ofAttachment::type));
+                shortText(protobufField(reader.bytes(), field::of_attachment::identifier));
+            run.span.type = shortText(protobufField(reader.bytes(), field::of_attachment::type));
             break;
         default: break;
         }

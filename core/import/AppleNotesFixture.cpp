@@ -218,8 +218,9 @@ std::string noteMessage(const std::vector<NoteRun>& runs) {
         if (run.weight > 0) one.number(5, run.weight);
         if (run.isUnderlined) one.number(6, 1);
         if (run.isStruck) one.number(7, 1);
-        if (run.baseline != 0)
+        if (run.baseline != 0) {
             one.number(8, static_cast<std::uint64_t>(static_cast<std::int64_t>(run.baseline)));
+        }
         if (!run.link.empty()) one.bytes(9, run.link);
         if (!run.attachment.empty()) {
             one.bytes(12, ProtobufWriter().bytes(1, run.attachment).bytes(2, run.type).message());
