@@ -64,8 +64,8 @@ TEST(AttributedText, ShowsEveryBlockAsWhatItIs) {
     for (const auto& [html, paragraphs] : {
              Case{"", ""},
              Case{"<p>a</p><div>b</div><p></p>", "p: a\np: b\np: \n"},
-             Case{"<p style=\"text-align: center\" dir=\"rtl\">a</p>", "preserved: ◆\n"},
-             Case{"<p dir=\"rtl\" style=\"text-align: center\">a</p>", "p centred: a\n"},
+             Case{R"(<p style="text-align: center" dir="rtl">a</p>)", "preserved: ◆\n"},
+             Case{R"(<p dir="rtl" style="text-align: center">a</p>)", "p centred: a\n"},
              Case{"a<p>b</p>c<strong>d</strong>", "p: a\np: b\np: cd\n"},
              Case{"<h1>a</h1><h6>b</h6><hr>", "h1: a\nh6: b\nrule: \n"},
              Case{"<p>a<br>b<img src=\"http://e.org/x.png\"></p>", "p: a¶b◆\n"},

@@ -87,7 +87,7 @@ TEST(PassageSelection, SealsPlainText) {
 }
 
 TEST(LockedPassages, AreFoundWhereverTheyStand) {
-    const std::string body = "<p>&lt;div class=\"ts-encrypted\" data-ts-cipher=\"no\"&gt;</p>"
+    const std::string body = R"(<p>&lt;div class="ts-encrypted" data-ts-cipher="no"&gt;</p>)"
                              + lockedBlock("QUJD") + "<ul><li>" + lockedBlock("REVG")
                              + "</li></ul>";
     ASSERT_TRUE(isCanonical(body));

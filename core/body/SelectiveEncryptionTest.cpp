@@ -100,7 +100,7 @@ TEST(SelectiveEncryption, UsesPassphrasesByteForByte) {
 TEST(SelectiveEncryption, SurvivesEverySaveEvenUnreadable) {
     for (const std::string& cipher : {millBlob, "later format: 2.0"s, "&quot;&amp;"s}) {
         SCOPED_TRACE(cipher);
-        const std::string body = "<p>a</p><div class=\"ts-encrypted\" data-ts-cipher=\"" + cipher
+        const std::string body = R"(<p>a</p><div class="ts-encrypted" data-ts-cipher=")" + cipher
                                  + "\">🔒 Encrypted text</div>";
         EXPECT_EQ(canonicalBody(body).html, body);
         EXPECT_EQ(PlainText::fromHTML(body), "a\n🔒 Encrypted text");

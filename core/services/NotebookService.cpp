@@ -137,7 +137,7 @@ void NotebookService::setNoteTemplate(CDNotebook& notebook, const CDNote* noteTe
 
 CDNote* NotebookService::noteTemplate(StoreContext& context, const CDNotebook& notebook) const {
     if (!notebook.templateNoteId) return nullptr;
-    CDNote* found = context.find<CDNote>(*notebook.templateNoteId);
+    auto* const found = context.find<CDNote>(*notebook.templateNoteId);
     const bool isUsable = found != nullptr && found->isTemplate && !found->trashedAt;
     return isUsable ? found : nullptr;
 }

@@ -15,6 +15,7 @@ class NotebookServiceTest : public test::LibraryFixture {
 public:
     static std::vector<std::string> names(const std::vector<CDNotebook*>& notebooks) {
         std::vector<std::string> result;
+        result.reserve(notebooks.size());
         for (const CDNotebook* notebook : notebooks) {
             result.push_back(NotebookService::pathText(*notebook));
         }

@@ -45,7 +45,7 @@ std::vector<tree::Row<CDTag>> TagService::tree(
 CDTag& TagService::rename(StoreContext& context, CDTag& tag, std::string_view name) const {
     const auto stored = storedTagName(name);
     if (!stored) return tag;
-    CDTag* existing = context.fetchFirst<CDTag>(
+    auto* const existing = context.fetchFirst<CDTag>(
         {.predicate = {"name ==[c] %@ AND SELF != %@", *stored, tag}, .sort = oldestFirst});
     if (existing != nullptr) {
         merge(context, tag, *existing);

@@ -32,7 +32,7 @@ fs::path usualLibraryFolder(
     const Preferences& preferences,
     const std::optional<std::string>& dataHome,
     const fs::path& home) {
-    const fs::path chosen = preferences.string(libraryFolderKey).value_or("");
+    fs::path chosen = preferences.string(libraryFolderKey).value_or("");
     if (chosen.is_absolute()) return chosen;
     return StoreConfiguration::defaultDirectory(dataHome, home);
 }
