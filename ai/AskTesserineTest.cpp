@@ -28,8 +28,9 @@ namespace {
 
 std::string shown(const std::vector<std::string_view>& pieces) {
     std::string all;
-    for (const std::string_view piece : pieces)
+    for (const std::string_view piece : pieces) {
         all += "<" + std::string(piece) + ">";
+    }
     return all;
 }
 
@@ -80,8 +81,9 @@ TEST(Passages, ShowTheLineThatHoldsMostOfTheWords) {
 TEST(QuestionTerms, KeepTheWordsThatMatter) {
     const auto words = [](const char* question) {
         std::string all;
-        for (const std::string& word : QuestionTerms::of(question).words)
+        for (const std::string& word : QuestionTerms::of(question).words) {
             all += word + " ";
+        }
         return all;
     };
     EXPECT_EQ(words("What did Anna say about the Zürich trip?"), "anna zurich trip ");
@@ -158,14 +160,17 @@ TEST_F(AskTesserineTest, NeverSendsTrashTemplatesOrWhatIsExcluded) {
 
 TEST_F(AskTesserineTest, StaysWithinTheBudgetAndIsTheSameEachTime) {
     std::string longText;
-    for (int i = 0; i < 2'000; ++i)
+    for (int i = 0; i < 2'000; ++i) {
         longText += "budget word" + std::to_string(i) + ". ";
-    for (int i = 0; i < 20; ++i)
+    }
+    for (int i = 0; i < 20; ++i) {
         note("Note " + std::to_string(i), longText);
+    }
     const std::string first = retrieved("budget");
     std::size_t characters = 0;
-    for (const RetrievedChunk& chunk : chosen_)
+    for (const RetrievedChunk& chunk : chosen_) {
         characters += text::characterCount(chunk.text);
+    }
     EXPECT_LE(characters, NoteRetriever::characterBudget);
     EXPECT_GE(chosen_.size(), 20U);
     EXPECT_EQ(retrieved("budget"), first);

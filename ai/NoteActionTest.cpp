@@ -41,8 +41,9 @@ TEST(NoteAction, CutsALongNoteAtAParagraphNearTheLimitAndSaysSo) {
     EXPECT_EQ(sent(far), far.substr(0, prompt::longestNote) + std::string(cut));
 
     std::string flags;  // four code points each, one character
-    for (std::size_t i = 0; i < prompt::longestNote + 1; ++i)
+    for (std::size_t i = 0; i < prompt::longestNote + 1; ++i) {
         flags += "\U0001F1E9\U0001F1EA";
+    }
     const std::string kept = sent(flags);
     EXPECT_EQ(text::characterCount(kept.substr(0, kept.find('['))), prompt::longestNote + 2);
 }

@@ -147,11 +147,13 @@ TEST(RetrievalQuality, SendsThePassageThatAnswersForNineQuestionsOutOfTen) {
     const NoteService notes(clock);
 
     const auto others = bench::NoteGenerator(400, 11).allNotes();
-    for (const auto& other : others)
+    for (const auto& other : others) {
         notes.createNote(context, {.title = other.title, .html = other.html});
+    }
     std::string padding;
-    for (std::size_t i = 0; i < 400; ++i)
+    for (std::size_t i = 0; i < 400; ++i) {
         padding += "of many things that fill a page ";
+    }
     for (std::size_t i = 0; i < std::size(facts); ++i) {
         notes.createNote(
             context, {.title = facts[i].title, .html = hidden(facts[i].sentence, padding, i)});

@@ -9,8 +9,9 @@ namespace {
 
 SecretBytes countingKey() {
     SecretBytes key(cipher::keySize);
-    for (std::size_t i = 0; i < key.size(); ++i)
+    for (std::size_t i = 0; i < key.size(); ++i) {
         key.bytes()[i] = static_cast<std::uint8_t>(i);
+    }
     return key;
 }
 

@@ -39,7 +39,7 @@ bool hasOnlyCharactersOfAddresses(std::string_view text) {
 
 /// The length of the scheme that `text` begins with, 0 for none. RFC 3986, section 3.1.
 std::size_t schemeLength(std::string_view text) {
-    const auto end = std::ranges::find_if(text, [](char c) {
+    const auto* const end = std::ranges::find_if(text, [](char c) {
         return !isLetter(c) && !isDigit(c) && c != '+' && c != '-' && c != '.';
     });
     if (end == text.end() || *end != ':' || !isLetter(text.front())) return 0;

@@ -102,7 +102,7 @@ std::string phraseIn(const NoteGenerator& generator, const std::string& word) {
         if (at == std::string::npos) continue;
         const std::size_t end =
             text.find_first_not_of("abcdefghijklmnopqrstuvwxyz", at + word.size() + 2);
-        const std::string phrase = text.substr(at + 1, std::min(end, text.size()) - at - 1);
+        std::string phrase = text.substr(at + 1, std::min(end, text.size()) - at - 1);
         if (phrase.size() > word.size() + 3) return phrase;
     }
     throw std::runtime_error("no note holds “" + word + "” before another word");

@@ -25,8 +25,9 @@ using boost::json::value;
 
 std::string joined(const std::vector<std::string>& words) {
     std::string line;
-    for (const std::string& word : words)
+    for (const std::string& word : words) {
         line += (line.empty() ? "" : " ") + word;
+    }
     return line;
 }
 
@@ -58,11 +59,13 @@ value webJSON(const WebCitation& citation) {
 
 value resultJSON(const AskResult& result) {
     array notes;
-    for (const NoteCitation& citation : result.noteCitations)
+    for (const NoteCitation& citation : result.noteCitations) {
         notes.push_back(sourceJSON(citation));
+    }
     array web;
-    for (const WebCitation& citation : result.webCitations)
+    for (const WebCitation& citation : result.webCitations) {
         web.push_back(webJSON(citation));
+    }
     return object{
         {"answer", result.answer},
         {"noteCitations", std::move(notes)},

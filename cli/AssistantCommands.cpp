@@ -20,8 +20,9 @@ using Backend = AISettings::Backend;
 
 std::string joined(const std::vector<std::string>& names) {
     std::string line;
-    for (const std::string& name : names)
+    for (const std::string& name : names) {
         line += (line.empty() ? "" : ", ") + oneLine(name);
+    }
     return line;
 }
 

@@ -111,7 +111,7 @@ protected:
             object found = json::parse(line).get_object();
             const std::string entity = shown(found.at("entity"));
             if (entitiesLeftOut.contains(entity)) continue;
-            for (auto it = found.begin(); it != found.end();) {
+            for (auto* it = found.begin(); it != found.end();) {
                 const std::string key(it->key());
                 const bool isOwnDate = key == "createdAt" || key == "updatedAt";
                 const bool isLeftOut =

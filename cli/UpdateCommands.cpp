@@ -30,8 +30,7 @@ UpdateClient clientOf(Session& session) {
 
 std::optional<UpdateOffer> fetchedOffer(Session& session) {
     Preferences& preferences = session.preferences();
-    const auto offer =
-        offerOf(clientOf(session).fetch(session.stop()), updates::situation(preferences));
+    auto offer = offerOf(clientOf(session).fetch(session.stop()), updates::situation(preferences));
     updates::noteCheck(preferences, session.now(), offer);
     return offer;
 }

@@ -292,7 +292,7 @@ void KeyScanner::add(std::string key, const Token& where) {
 /// The number in "5", "05" and "5th".
 std::optional<int> KeyScanner::dayIn(const Token& token) const {
     const std::string_view text = textOf(token);
-    const std::size_t digits =
+    const auto digits =
         static_cast<std::size_t>(std::ranges::find_if_not(text, isDigit) - text.begin());
     if (digits < 1 || digits > 2) return std::nullopt;
     const std::string suffix = text::asciiLowercased(text.substr(digits));

@@ -213,8 +213,9 @@ TEST_F(SearchEngineTest, BrowsesFavouritesFirst) {
             IndexDocument document{.id = Uuid::random(random_), .title = title};
             document.updatedAt = clock_.now() - Instant::Duration(updatedAgo);
             document.favorite = favoritedAgo.has_value();
-            if (favoritedAgo)
+            if (favoritedAgo) {
                 document.favoritedAt = clock_.now() - Instant::Duration(*favoritedAgo);
+            }
             index_.upsert(document);
         };
     note("today", 10, {});

@@ -26,8 +26,9 @@ public:
         visited += request.url + " ";
         HTTPReply reply = pages.at(request.url)();
         if (request.sink && reply.status == 200) {
-            for (const char byte : reply.body)
+            for (const char byte : reply.body) {
                 request.sink({&byte, 1});
+            }
             reply.body.clear();
             if (isCut) throw HTTPError(HTTPError::Kind::unreachable, "connection lost");
         }
