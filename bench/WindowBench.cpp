@@ -1,99 +1,42 @@
-// How long the first window takes, and how much memory, beside a window of the toolkit with nothing
-// in it. Both are started in turns as processes of their own; the middle of several rounds counts.
+// How long the first window takes, and how much memory, beside a program of the toolkit alone whose
+// window is empty. Both are started in turns as processes of their own, as a user starts them; the
+// middle of several rounds counts.
 //
 // Usage: tesserine-window-bench [NOTES] [ROUNDS]
+//        tesserine-window-bench --library FOLDER [NOTES]    makes the library and ends
 
-#include "app/commands/Commands.h"
 #include "app/look/Theme.h"
-#include "app/shell/FirstPaint.h"
-#include "app/shell/MainWindow.h"
-#include "app/shell/WindowCommands.h"
-#include "app/state/AppEnvironment.h"
+#include "app/shell/Program.h"
+#include "app/shell/StartOptions.h"
 #include "base/Clock.h"
-#include "base/Random.h"
+#include "bench/PaintReport.h"
 #include "bench/SampleLibrary.h"
 #include "search/SearchCoordinator.h"
 
 #include <QApplication>
-#include <QMainWindow>
+#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdint>
-#include <fstream>
+#include <filesystem>
 #include <iostream>
-#include <memory>
-#include <string>
 #include <vector>
 
 namespace {
 
 using namespace tesserine;
 
-/// The window has done by then what it does after a start: index compared, backup made.
-constexpr int settlingTime = 10'000;  // milliseconds
-constexpr int lookInterval = 50;      // milliseconds between looks at the memory
+/// What an empty window and ours are told: how long to go on after the first paint.
+const QString settlingMilliseconds = "10000";  // index compared, backup of the day made
 
-std::int64_t nowInMicroseconds() {
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
-}
-
-/// What only this process uses, in kilobytes.
-std::int64_t privateMemory() {
-    std::ifstream file("/proc/self/smaps_rollup");
-    std::int64_t sum = 0;
-    for (std::string line; std::getline(file, line);) {
-        if (line.starts_with("Private_")) sum += std::stoll(line.substr(line.find(':') + 1));
-    }
-    return sum;
-}
-
-/// Prints the time since `begun` at the first paint, later the memory, the most of it and what was
-/// left at the end, and ends.
-void reportAfterPaint(QWidget& window, std::int64_t begun) {
-    app::afterFirstPaint(window, [begun, &window] {
-        const std::int64_t painted = nowInMicroseconds();
-        auto most = std::make_shared<std::int64_t>(0);
-        auto* looks = new QTimer(&window);
-        QObject::connect(
-            looks, &QTimer::timeout, looks, [most] { *most = std::max(*most, privateMemory()); });
-        looks->start(lookInterval);
-        QTimer::singleShot(settlingTime, looks, [time = painted - begun, most] {
-            std::cout << time << ' ' << *most << ' ' << privateMemory() << std::endl;
-            QApplication::quit();
-        });
-    });
-    window.show();
-}
-
-int runBare(std::int64_t begun) {
-    QMainWindow window;
-    window.resize(1240, 800);
-    reportAfterPaint(window, begun);
-    return QApplication::exec();
-}
-
-int runOurs(QApplication& application, std::int64_t begun, const std::string& library) {
-    const SystemClock clock;
-    SecureRandom random;
+/// The shipped program, on a library of its own: LIBRARY SETTLING_MILLISECONDS START.
+int runOurs(QApplication& application, const QStringList& words) {
+    bench::reportFirstPaint(
+        words.value(2).toLongLong(), std::chrono::milliseconds(words.value(1).toInt()));
     app::Theme theme(application);
-    app::AppEnvironment environment(
-        {.clock = clock,
-         .random = random,
-         .zone = "UTC",
-         .locale = "en_GB",
-         .library = library,
-         .preferencesFile = library + "/preferences.json"});
-    app::Commands commands(environment.preferences());
-    app::MainWindow window(environment, commands);
-    app::handleWindowCommands(window, commands, environment);
-    app::afterFirstPaint(window, [&environment] { environment.startWork(); });
-    reportAfterPaint(window, begun);
-    return QApplication::exec();
+    app::Program program(theme, app::StartOptions::read({"--library", words.value(0)}));
+    return program.run();
 }
 
 struct Figures {
@@ -107,17 +50,24 @@ double middle(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-void start(Figures& figures, const QString& mode, const QString& library) {
+/// Runs a program that reports its first paint as it is told when it was started.
+void start(Figures& figures, const QString& program, QStringList words, const QString& home) {
+    auto environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name :
+         {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
+        environment.insert(name, home);
+    }
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(
-        QApplication::applicationFilePath(), {mode, QString::number(nowInMicroseconds()), library});
+    words << settlingMilliseconds << QString::number(bench::nowInMicroseconds());
+    process.start(program, words);
     process.waitForFinished(120'000);
-    const auto words = process.readAllStandardOutput().simplified().split(' ');
-    if (words.size() != 3) return;
-    figures.milliseconds.push_back(words[0].toDouble() / 1000);
-    figures.mostMegabytes.push_back(words[1].toDouble() / 1024);
-    figures.megabytes.push_back(words[2].toDouble() / 1024);
+    const auto numbers = process.readAllStandardOutput().simplified().split(' ');
+    if (numbers.size() != 3) return;
+    figures.milliseconds.push_back(numbers[0].toDouble() / 1000);
+    figures.mostMegabytes.push_back(numbers[1].toDouble() / 1024);
+    figures.megabytes.push_back(numbers[2].toDouble() / 1024);
 }
 
 void makeLibrary(const std::filesystem::path& folder, std::size_t notes) {
@@ -138,24 +88,28 @@ void makeLibrary(const std::filesystem::path& folder, std::size_t notes) {
 
 int compare(std::size_t notes, int rounds) {
     const QTemporaryDir folder;
-    makeLibrary(folder.path().toStdString(), notes);
-    Figures bare;
-    Figures ours;
+    const QString library = folder.filePath("Library");
+    makeLibrary(library.toStdString(), notes);
+    const QString ours = QApplication::applicationFilePath();
+    const QString bare = QDir(QApplication::applicationDirPath()).filePath("tesserine-bare-window");
+    Figures ofOurs;
+    Figures ofBare;
     for (int round = 0; round < rounds; ++round) {
-        start(bare, "--bare", folder.path());
-        start(ours, "--ours", folder.path());
+        start(ofBare, bare, {}, folder.path());
+        start(ofOurs, ours, {"--ours", library}, folder.path());
     }
-    if (bare.milliseconds.empty() || ours.milliseconds.empty()) return 1;
+    if (ofBare.milliseconds.empty() || ofOurs.milliseconds.empty()) return 1;
     const auto print = [](const Figures& figures) {
         std::cout << middle(figures.milliseconds) << " ms, " << middle(figures.megabytes)
                   << " MB, at most " << middle(figures.mostMegabytes) << " MB\n";
     };
-    std::cout << "first window, bare        ";
-    print(bare);
-    std::cout << "first window, " << notes << " notes  ";
-    print(ours);
-    std::cout << "ratio                     "
-              << middle(ours.milliseconds) / middle(bare.milliseconds) << '\n';
+    std::cout << "first window on " << QApplication::platformName().toStdString() << '\n';
+    std::cout << "bare          ";
+    print(ofBare);
+    std::cout << notes << " notes  ";
+    print(ofOurs);
+    std::cout << "ratio         " << middle(ofOurs.milliseconds) / middle(ofBare.milliseconds)
+              << '\n';
     return 0;
 }
 
@@ -164,10 +118,10 @@ int compare(std::size_t notes, int rounds) {
 int main(int count, char** words) {
     QApplication application(count, words);
     const QStringList arguments = QApplication::arguments();
-    if (arguments.value(1) == "--bare") return runBare(arguments.value(2).toLongLong());
-    if (arguments.value(1) == "--ours") {
-        return runOurs(
-            application, arguments.value(2).toLongLong(), arguments.value(3).toStdString());
+    if (arguments.value(1) == "--ours") return runOurs(application, arguments.mid(2));
+    if (arguments.value(1) == "--library") {
+        makeLibrary(arguments.value(2).toStdString(), arguments.value(3, "100000").toULongLong());
+        return 0;
     }
     const std::size_t notes = arguments.value(1, "100000").toULongLong();
     return compare(notes, arguments.value(2, "7").toInt());
