@@ -234,7 +234,8 @@ bool BodyEdit::pressTab(int levels) {
         cursor.insertText("\t");
         return true;
     }
-    return focusNextPrevChild(levels > 0);
+    QWidget::focusNextPrevChild(levels > 0);  // that of the text field would write a tab
+    return true;
 }
 
 /// Nothing is typed into an object or at the end of a link.

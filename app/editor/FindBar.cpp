@@ -23,6 +23,7 @@ QLineEdit* field(const QString& name, const QString& purpose, QWidget* parent) {
     made->setPlaceholderText(purpose);
     made->setAccessibleName(purpose);
     made->setClearButtonEnabled(true);
+    made->setMinimumWidth(180);
     made->setMaximumWidth(320);
     return made;
 }

@@ -216,6 +216,7 @@ void NoteEditor::connectParts() {
     });
     connect(body_, &BodyEdit::left, this, &NoteEditor::save);
     connect(saver_, &NoteSaver::saved, this, &NoteEditor::showSaved);
+    connect(saver_, &NoteSaver::nothingToSave, footer_, [this] { footer_->showState("Saved"); });
     connect(saver_, &NoteSaver::ended, this, &NoteEditor::followNote);
     connect(body_, &BodyEdit::objectActivated, this, &NoteEditor::openObject);
     connect(body_, &BodyEdit::menuWanted, this, &NoteEditor::fillMenu);

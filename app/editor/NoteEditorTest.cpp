@@ -4,6 +4,8 @@
 #include "app/editor/NoticeBar.h"
 #include "core/model/NoteEntities.h"
 
+#include <QLabel>
+
 namespace tesserine::app {
 namespace {
 
@@ -27,6 +29,22 @@ TEST_F(NoteEditor, WritesNothingWhereNothingWasChanged) {
     editor.close();
     EXPECT_EQ(*note.contentVersion, 1);
     EXPECT_EQ(*note.updatedAt, *note.createdAt);
+}
+
+TEST_F(NoteEditor, SaysSavedWhenAChangeWasTakenBack) {
+    openNote("<p>one|</p>");
+    type("x");
+    document().undo();
+    const auto* const state = editor.findChild<QLabel*>("saveState");
+    EXPECT_EQ(state->text(), "Editing");
+    EXPECT_TRUE(waitUntil([&] { return state->text() == "Saved"; }));
+}
+
+TEST_F(NoteEditor, TabLeadsOnOutsideOfListsAndWritesNothing) {
+    openNote("<p>one|</p>");
+    type("\t");
+    EXPECT_FALSE(editor.body().hasFocus());
+    EXPECT_EQ(html(), "<p>one</p>");
 }
 
 TEST_F(NoteEditor, SavesBeforeTheNoteIsLeft) {

@@ -35,7 +35,11 @@ bool NoteSaver::write(Autosave::Occasion occasion) {
     // What is being written comes first; its end begins what waits.
     if (isWriting()) return false;
     const bool isNew = title.isModified() || body.isModified();
-    if (!open.id() || !isNew) return true;
+    if (!open.id()) return true;
+    if (!isNew) {
+        emit nothingToSave();
+        return true;
+    }
     OpenNote::Edit edit;
     if (title.isModified()) edit.title = title.text().toStdString();
     const bool mayTakeLong = body.isModified() && body.note().characterCount() > longNote;

@@ -46,6 +46,8 @@ public:
 
 signals:
     void saved(tesserine::NoteService::EditOutcome outcome);
+    /// What was changed was taken back before it was written.
+    void nothingToSave();
     /// Another thread has ended; only now can it be told what others made of the note.
     void ended();
 

@@ -75,6 +75,7 @@ SidePanel::SidePanel(Commands& commands, Parts parts, QWidget* parent)
           "versions", "Versions", "Earlier versions are kept here while you write.", stack_)) {
     setObjectName("sidePanel");
     setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Window);
     setFixedWidth(panelWidth);
     auto* const head = new QHBoxLayout;
     head->setContentsMargins(space::small, space::tiny, space::tiny, space::tiny);
@@ -127,6 +128,7 @@ void SidePanel::open(Part part) {
     stack_->setCurrentIndex(static_cast<int>(part));
     show();
     fill();
+    stack_->currentWidget()->setFocus();
     tellCommands();
 }
 

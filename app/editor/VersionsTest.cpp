@@ -102,6 +102,7 @@ TEST_F(VersionsTest, ThePanelShowsHeadingsLinksAndFiles) {
     context().save();
     commands.trigger("view.outline");
     EXPECT_EQ(entries("outline"), (QStringList{"A", "B"}));
+    EXPECT_TRUE(list("outline").hasFocus());
     emit list("outline").chosen(list("outline").item(1)->data(Qt::UserRole));
     EXPECT_EQ(editor.body().textCursor().position(), 4);
     commands.trigger("view.backlinks");
