@@ -132,15 +132,34 @@ TEST_F(LibraryCommands, DumpWritesEveryObjectOnALineOfItsOwn) {
     EXPECT_EQ(std::ranges::count(tags, '\n'), 1);
 }
 
-TEST_F(LibraryCommands, DumpWritesMoreObjectsThanFitInOnePage) {
+TEST_F(LibraryCommands, DumpWritesAnyNumberOfObjectsByTheirIDs) {
     std::string operations;
-    for (int i = 0; i < 450; ++i) {
-        operations += R"({"op": "note.add", "title": "n", "tags": ["t"]})"
+    for (int i = 0; i < 1'050; ++i) {
+        operations += R"({"op": "note.add", "title": "n", "tags": ["t", "u"]})"
                       "\n";
     }
     mustRun({"batch"}, operations);
-    const std::string dumped = mustRun({"dump", "--entity", "CDNote"}).output;
-    EXPECT_EQ(std::ranges::count(dumped, '\n'), 450);
+    std::istringstream lines(mustRun({"dump", "--entity", "CDNote"}).output);
+    std::vector<std::string> ids;
+    for (std::string line; std::getline(lines, line);) {
+        const auto note = tesserine::json::parse(line);
+        ids.push_back(shown(note.at("id")));
+        EXPECT_LT(shown(note.at("tags").at(0)), shown(note.at("tags").at(1)));
+    }
+    EXPECT_EQ(ids.size(), 1'050U);
+    EXPECT_TRUE(std::ranges::is_sorted(ids));
+}
+
+TEST_F(LibraryCommands, ASharedDumpLeavesOutWhatStaysOnTheDevice) {
+    mustRun({"note", "edit", addNote("a", {"--text", "one"}), "--text", "two"});
+    const std::string line = mustRun({"dump", "--shared"}).output;
+    EXPECT_EQ(std::ranges::count(line, '\n'), 1) << line;
+    const auto note = tesserine::json::parse(line).as_object();
+    for (const char* name : {"revisions", "hasConflict", "originalSource"}) {
+        EXPECT_FALSE(note.contains(name)) << name;
+    }
+    EXPECT_EQ(shown(note.at("plainText")), "two");
+    EXPECT_EQ(mustRun({"dump", "--shared", "--entity", "CDNoteRevision"}).output, "");
 }
 
 TEST_F(LibraryCommands, SettingsAreTypedAndUnknownOnesRefused) {

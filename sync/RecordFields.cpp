@@ -17,28 +17,29 @@ namespace {
 struct Unsent {
     EntityKind entity;
     std::string_view attribute;
+    bool isShared = false;  ///< it comes out alike on every device nevertheless
 };
 
 constexpr std::array unsent = {
-    Unsent{EntityKind::note, "plainText"},
+    Unsent{EntityKind::note, "plainText", true},  // made of the body
     Unsent{EntityKind::note, "originalSource"},
     Unsent{EntityKind::note, "hasConflict"},
-    Unsent{EntityKind::attachment, "fileData"},
+    Unsent{EntityKind::attachment, "fileData", true},  // travels as a blob
     Unsent{EntityKind::attachment, "thumbnailData"},
     Unsent{EntityKind::attachment, "integrityVerified"},
 };
 
-bool isSent(EntityKind entity, std::string_view attribute) {
-    return std::ranges::none_of(unsent, [&](const Unsent& one) {
-        return one.entity == entity && one.attribute == attribute;
-    });
+const Unsent* unsentAttribute(EntityKind entity, std::string_view name) {
+    const auto* const found = std::ranges::find_if(
+        unsent, [&](const Unsent& one) { return one.entity == entity && one.attribute == name; });
+    return found == unsent.end() ? nullptr : found;
 }
 
 std::vector<RecordField> fieldsOf(const EntityDescription& entity) {
     std::vector<RecordField> fields;
     for (std::size_t i = 0; i < entity.attributes.size(); ++i) {
         const AttributeDescription& attribute = entity.attributes[i];
-        if (i == entity.identity || !isSent(entity.kind, attribute.name)) continue;
+        if (i == entity.identity || unsentAttribute(entity.kind, attribute.name)) continue;
         fields.push_back({.key = wireKey(attribute.name), .index = i, .type = attribute.type});
     }
     for (std::size_t i = 0; i < entity.relationships.size(); ++i) {
@@ -148,6 +149,14 @@ const std::vector<RecordField>& recordFields(EntityKind entity) {
         return fields;
     }();
     return all[static_cast<std::size_t>(entity)];
+}
+
+bool isShared(const EntityDescription& entity, std::string_view name) {
+    if (const Unsent* const attribute = unsentAttribute(entity.kind, name)) {
+        return attribute->isShared;
+    }
+    const auto link = std::ranges::find(entity.relationships, name, &RelationshipDescription::name);
+    return link == entity.relationships.end() || recordKindOf(link->destination).has_value();
 }
 
 std::string wireKey(std::string_view name) {

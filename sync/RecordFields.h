@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tesserine {
@@ -29,6 +30,10 @@ struct RecordField {
 /// Everything of an entity that travels. What is made anew on every device (plain text, thumbnails)
 /// or travels as a blob stays out, and so does what only this device knows.
 const std::vector<RecordField>& recordFields(EntityKind entity);
+
+/// Whether an attribute or relationship says the same on every device once they are in step: what
+/// travels, and what is made of it. `entity` is one that travels.
+bool isShared(const EntityDescription& entity, std::string_view name);
 
 /// "sourceURL" as "source_url".
 std::string wireKey(std::string_view name);
