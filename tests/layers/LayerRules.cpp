@@ -61,8 +61,14 @@ constexpr std::string_view fakeServer = "tests/fakeserver";
 /// Makes libraries to measure with, which tests read as well.
 constexpr std::string_view noteGenerator = "bench/NoteGenerator.h";
 /// Measure the window.
-constexpr std::array<std::string_view, 2> windowBenches = {
-    "bench/WindowBench.cpp", "bench/EditorBench.cpp"};
+constexpr std::array<std::string_view, 7> windowBenches = {
+    "bench/BareWindow.cpp",
+    "bench/BrowseBench.cpp",
+    "bench/EditorBench.cpp",
+    "bench/EventWatch.h",
+    "bench/PaintReport.cpp",
+    "bench/TaskListBench.cpp",
+    "bench/WindowBench.cpp"};
 
 /// A library from outside that is met in few places only.
 struct Confined {
@@ -79,6 +85,7 @@ constexpr std::array confined = {
     Confined{"openssl/", "OpenSSL", {"base", testSupport}},
     Confined{"curl/", "libcurl", {"base"}},
     Confined{"libsecret/", "libsecret", {"base"}},
+    Confined{"gio/", "GIO", {"base"}},
     Confined{"Poco/", "POCO", {"base", "server"}},
 };
 
