@@ -57,6 +57,11 @@ std::string AccountSession::beginSignIn() {
     return environment_.client.baseURL() + "v1/auth/google/start?flow=app";
 }
 
+bool AccountSession::isSignInPending() {
+    const std::scoped_lock lock(mutex_);
+    return signInBegan_ && environment_.clock.now() - *signInBegan_ <= signInPatience;
+}
+
 void AccountSession::cancelSignIn() {
     const std::scoped_lock lock(mutex_);
     signInBegan_.reset();
@@ -64,12 +69,7 @@ void AccountSession::cancelSignIn() {
 
 bool AccountSession::handleCallback(
     const std::string& address, const std::string& deviceLabel, const std::stop_token& stop) {
-    {
-        const std::scoped_lock lock(mutex_);
-        const bool isPending =
-            signInBegan_ && environment_.clock.now() - *signInBegan_ <= signInPatience;
-        if (!isPending) return false;
-    }
+    if (!isSignInPending()) return false;
     const auto end = [this] {
         const std::scoped_lock lock(mutex_);
         signInBegan_.reset();
@@ -97,7 +97,7 @@ void AccountSession::completeSignIn(
     });
     const std::scoped_lock lock(mutex_);
     ++epoch_;
-    isRefused_ = false;
+    refusedToken_.reset();
     unstoredRefreshToken_.reset();
     keep(tokens);
 }
@@ -132,29 +132,34 @@ std::optional<std::string> AccountSession::usableToken() {
 }
 
 std::string AccountSession::refreshNow(const std::stop_token& stop) {
+    const std::string ours = refreshToken();
     std::uint64_t epoch = 0;
     {
         const std::scoped_lock lock(mutex_);
-        if (isRefused_) throw SyncError::signedOut();
+        if (refusedToken_ == ours) throw SyncError::signedOut();
         epoch = epoch_;
     }
     TokenResponse tokens;
     try {
-        tokens = environment_.client.refresh(refreshToken(), stop);
+        tokens = environment_.client.refresh(ours, stop);
     } catch (const SyncError& error) {
         const std::scoped_lock lock(mutex_);
         const bool isRefusal = error.kind() == SyncError::Kind::signedOut && epoch == epoch_;
-        if (isRefusal) isRefused_ = true;
+        if (isRefusal) refusedToken_ = ours;
         throw;
     }
+    bool isSomebodyElse = false;
     {
         const std::scoped_lock lock(mutex_);
         if (epoch != epoch_) throw SyncError::signedOut();  // signed out meanwhile
+        isSomebodyElse = account_ && account_->id != tokens.account.id;
         keep(tokens);
         // The service has replaced the old token: this one must not get lost, stored or not.
         unstoredRefreshToken_ = tokens.refreshToken;
     }
     writeUnstored();
+    // Nothing that was begun for one account is carried on with another.
+    if (isSomebodyElse) throw SyncError::signedOut();
     return tokens.accessToken;
 }
 

@@ -26,8 +26,10 @@ public:
 /// Who is signed in, and the tokens that prove it.
 ///
 /// The refresh token and the account live in the secret store; the access token only in memory. A
-/// store that cannot be reached never signs out. Safe from any thread; several callers with a stale
-/// token cause one refresh. Nothing is locked while the network or the store is waited for.
+/// store that cannot be reached never signs out. The store is shared with other programs of this
+/// user: a token that one of them has renewed, or a sign-in of theirs, is taken over. Safe from any
+/// thread; several callers with a stale token cause one refresh. Nothing is locked while the
+/// network or the store is waited for.
 class AccountSession {
 public:
     static constexpr const char* refreshKey = "refresh-token";
@@ -56,6 +58,8 @@ public:
 
     /// Begins a sign-in and returns the address to open in a browser. Replaces one that is pending.
     std::string beginSignIn();
+    /// Whether a sign-in that began here waits for its callback, and not for longer than it may.
+    bool isSignInPending();
     /// Nobody waits for a callback any more.
     void cancelSignIn();
     /// Takes an address that was opened with the program. False when it is no callback, or nobody
@@ -70,7 +74,8 @@ public:
     void completeSignIn(
         const std::string& code, const std::string& deviceLabel, const std::stop_token& stop = {});
 
-    /// An access token that is good for the next minute. Throws `SyncError`.
+    /// An access token that is good for the next minute. Throws `SyncError`; `signedOut` also when
+    /// somebody else turns out to be signed in by now, whom `account` names from then on.
     std::string validAccessToken(const std::stop_token& stop = {});
     /// The service refused the access token before its time: the next caller gets another one.
     void invalidateAccessToken();
@@ -99,7 +104,7 @@ private:
     std::optional<AccountInfo> account_;
     std::optional<std::string> unstoredRefreshToken_;  // newer than what the store holds
     std::optional<Instant> signInBegan_;
-    bool isRefused_ = false;   // the service does not know our refresh token any more
+    std::optional<std::string> refusedToken_;  // a refresh token the service does not know any more
     std::uint64_t epoch_ = 0;  // counts sign-ins and sign-outs, so that a late refresh is dropped
 
     SingleFlight<std::string> refresh_;

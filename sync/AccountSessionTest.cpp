@@ -14,11 +14,11 @@
 namespace tesserine {
 namespace {
 
-HTTPReply tokens(const std::string& suffix, int lifetime = 3600) {
+HTTPReply tokens(const std::string& suffix, int lifetime = 3600, const std::string& account = "1") {
     return {
         .status = 200,
-        .body = R"({"account":{"id":"1","email":"a@b.c"},"access_token":"access)" + suffix
-                + R"(","refresh_token":"refresh)" + suffix + R"(","expires_in":)"
+        .body = R"({"account":{"id":")" + account + R"(","email":"a@b.c"},"access_token":"access)"
+                + suffix + R"(","refresh_token":"refresh)" + suffix + R"(","expires_in":)"
                 + std::to_string(lifetime) + "}"};
 }
 
@@ -166,6 +166,25 @@ TEST_F(AccountSessionTest, ARefusedRefreshKeepsTheSecretsAndIsNotRepeated) {
     service_.say({HTTPReply{.status = 500}, tokens("1")});
     session_.invalidateAccessToken();
     EXPECT_EQ(token(), "The server returned an error (500).");
+    EXPECT_EQ(token(), "access1");
+}
+
+TEST_F(AccountSessionTest, WhatAnotherProgramOfTheUserRenewedIsTakenOver) {
+    signIn(10);
+    service_.say({HTTPReply{.status = 401}, tokens("2")});
+    EXPECT_EQ(token(), "signed out") << "the other program was a moment faster";
+    secrets_.write("refresh-token", "refresh1");
+    EXPECT_EQ(token(), "access2");
+    EXPECT_EQ(*service_.requests.at(1).body, R"({"refresh_token":"refresh1"})");
+}
+
+TEST_F(AccountSessionTest, NothingGoesOnForSomebodyElseWhomAnotherProgramSignedIn) {
+    signIn(10);
+    secrets_.write("refresh-token", "refresh of another account");
+    service_.say({tokens("1", 3600, "2")});
+    EXPECT_EQ(token(), "signed out");
+    EXPECT_EQ(session_.account()->id, "2") << "so that the library can be asked about";
+    EXPECT_EQ(stored(), "refresh1");
     EXPECT_EQ(token(), "access1");
 }
 

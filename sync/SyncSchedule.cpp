@@ -24,6 +24,15 @@ nanoseconds SyncSchedule::untilDue() const {
     return std::max(due - clock_.monotonic(), nanoseconds(0));
 }
 
+void SyncSchedule::tryAgain() {
+    endOwnPause();
+    wake();
+}
+
+void SyncSchedule::endOwnPause() {
+    if (!isPauseAsked_) pauseUntil_.reset();
+}
+
 void SyncSchedule::hear(const LiveNews& news, std::int64_t cursor) {
     switch (news.kind) {
     case LiveNews::Kind::changes:
@@ -31,7 +40,7 @@ void SyncSchedule::hear(const LiveNews& news, std::int64_t cursor) {
         return;
     case LiveNews::Kind::signedOut: return wake();
     case LiveNews::Kind::opened:  // the server is there again, and some may have been missed
-        if (!isPauseAsked_) pauseUntil_.reset();
+        endOwnPause();
         [[fallthrough]];
     case LiveNews::Kind::unknown:
         next_ = std::min<nanoseconds>(next_, clock_.monotonic() + afterChange);

@@ -33,6 +33,8 @@ public:
     std::chrono::nanoseconds untilDue() const;
     /// The other side has news.
     void wake() { next_ = clock_.monotonic(); }
+    /// The way to the service may be open again: a pause that the server did not ask for is over.
+    void tryAgain();
     /// The live channel told something; `cursor` is the number of the last change we have seen.
     void hear(const LiveNews& news, std::int64_t cursor);
     void succeeded(std::int64_t transaction);
@@ -40,6 +42,8 @@ public:
     void failed(const SyncError& error);
 
 private:
+    void endOwnPause();
+
     const Clock& clock_;
     const std::chrono::nanoseconds interval_;
     std::chrono::nanoseconds next_{0};

@@ -62,6 +62,21 @@ TEST(SyncSchedule, HearsOfChangesAtOnceAndOfTheRestOnceInAWhile) {
     EXPECT_EQ(schedule.untilDue(), seconds(30)) << "it asked for time";
 }
 
+TEST(SyncSchedule, TriesAgainAtOnceWhenTheWayMayBeOpenUnlessTheServerAskedForTime) {
+    FixedClock clock(Instant{});
+    SyncSchedule schedule(clock);
+    schedule.succeeded(1);
+    schedule.tryAgain();
+    EXPECT_TRUE(schedule.isDue(1));
+    schedule.failed(SyncError::offline());
+    EXPECT_FALSE(schedule.isDue(1));
+    schedule.tryAgain();
+    EXPECT_TRUE(schedule.isDue(1));
+    schedule.failed(SyncError::server({.status = 503, .retryAfter = Seconds(30)}));
+    schedule.tryAgain();
+    EXPECT_EQ(schedule.untilDue(), seconds(30));
+}
+
 TEST(SyncSchedule, WaitsLongerAfterEveryFailureAndAsLongAsTheServerAsks) {
     FixedClock clock(Instant{});
     SyncSchedule schedule(clock);

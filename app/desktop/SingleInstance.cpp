@@ -11,6 +11,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace tesserine::app {
 namespace {
@@ -19,12 +20,22 @@ constexpr qint64 longestMessage = 256LL * 1024;
 constexpr const char* taken = "taken\n";
 constexpr int tryAgainAfter = 50;  // milliseconds
 
+QString nameIn(const QString& runtimeFolder, const QString& name) {
+    return QDir(runtimeFolder).filePath("tesserine-" + name);
+}
+
 /// One library by all its names has one name here, short enough for a socket.
-QString nameFor(const std::filesystem::path& library, const QString& runtimeFolder) {
+QString nameOf(const std::filesystem::path& library) {
     const std::string path = std::filesystem::weakly_canonical(library).string();
     const auto* const bytes = reinterpret_cast<const std::uint8_t*>(path.data());
-    const std::string digest = sha256Hex({bytes, path.size()}).substr(0, 16);
-    return QDir(runtimeFolder).filePath("tesserine-" + QString::fromStdString(digest));
+    return QString::fromStdString(sha256Hex({bytes, path.size()}).substr(0, 16));
+}
+
+QString nameOf(SingleInstance::Post post) {
+    switch (post) {
+    case SingleInstance::Post::signIn: return "sign-in";
+    }
+    return {};
 }
 
 QByteArray messageOf(const QStringList& arguments) {
@@ -45,7 +56,12 @@ std::optional<QStringList> argumentsIn(const QByteArray& message) {
 }  // namespace
 
 SingleInstance::SingleInstance(const std::filesystem::path& library, const QString& runtimeFolder)
-    : name_(nameFor(library, runtimeFolder)), lock_(name_ + ".lock") {
+    : SingleInstance(nameIn(runtimeFolder, nameOf(library))) {}
+
+SingleInstance::SingleInstance(Post post, const QString& runtimeFolder)
+    : SingleInstance(nameIn(runtimeFolder, nameOf(post))) {}
+
+SingleInstance::SingleInstance(QString name) : name_(std::move(name)), lock_(name_ + ".lock") {
     // The lock of a program that runs never grows old; that of one which is gone is taken over.
     lock_.setStaleLockTime(0);
     isFirst_ = lock_.tryLock(0);

@@ -10,19 +10,23 @@
 
 namespace tesserine::app {
 
-/// Sees to it that one window works on a library. The first program holds a lock and listens; a
-/// later one hands its arguments over and ends.
+/// Sees to it that one window works on a library, and that the browser finds the one that waits for
+/// it. The first program holds a lock and listens; a later one hands its arguments over and ends.
 ///
 /// Belongs to the main thread. The lock goes with the object, and with the process however it ends.
 class SingleInstance final : public QObject {
     Q_OBJECT
 
 public:
+    /// What one program at a time waits for, whatever its library.
+    enum class Post { signIn };
+
     /// `runtimeFolder` is private to the user and there already (`$XDG_RUNTIME_DIR`); the two files
     /// in it are named after the library.
     SingleInstance(const std::filesystem::path& library, const QString& runtimeFolder);
+    SingleInstance(Post post, const QString& runtimeFolder);
 
-    /// Whether this program is the one of the library. Only then is `asked` sent.
+    /// Whether this program is the one of the library or post. Only then is `asked` sent.
     bool isFirst() const { return isFirst_; }
 
     /// Hands the arguments to the first program and tells whether it took them. Waits while that
@@ -36,6 +40,7 @@ signals:
     void asked(const QStringList& arguments);
 
 private:
+    explicit SingleInstance(QString name);
     void listen();
     void serve(QLocalSocket& visitor);
 

@@ -59,6 +59,21 @@ TEST_F(SingleInstanceTest, ASecondStartHandsOverItsArguments) {
         (std::vector<QStringList>{{"tesserine://today", QString::fromUtf8("/tmp/ä b\n.md")}, {}}));
 }
 
+TEST_F(SingleInstanceTest, WhoeverWaitsForASignInIsFoundWithoutALibrary) {
+    using Post = SingleInstance::Post;
+    const QString runtime = QString::fromStdString(folder.path().string());
+    const SingleInstance window = started("Library");
+    SingleInstance waiting(Post::signIn, runtime);
+    ASSERT_TRUE(waiting.isFirst()) << "a library is none of its business";
+    QStringList asked;
+    QObject::connect(&waiting, &SingleInstance::asked, &waiting, [&](const QStringList& given) {
+        asked = given;
+    });
+    const SingleInstance second(Post::signIn, runtime);
+    EXPECT_TRUE(handOver(second, {"tesserine://auth?code=1"}));
+    EXPECT_EQ(asked, QStringList{"tesserine://auth?code=1"});
+}
+
 TEST_F(SingleInstanceTest, TheNextProgramTakesOverWhatAnEndedOneLeft) {
     std::optional<SingleInstance> first(
         std::in_place, folder / "Library", QString(folder.path().c_str()));

@@ -71,7 +71,8 @@ struct AppSetting {
     std::optional<std::string> serviceURL{};
     /// How often sync looks for changes of other devices.
     std::chrono::milliseconds syncInterval = std::chrono::minutes(5);
-    HTTPTransport* network = nullptr;               ///< in place of the real one
+    const Clock* realClock = nullptr;  ///< for waits and tokens, in place of the machine's
+    HTTPTransport* network = nullptr;  ///< in place of the real one
     WebSocketListening socket = listenToWebSocket;  ///< for news from the service
     SecretStore* secrets = nullptr;                 ///< in place of the user's keyring
 };

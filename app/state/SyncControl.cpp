@@ -2,13 +2,14 @@
 
 #include "app/state/AppEnvironment.h"
 #include "app/state/SyncWorker.h"
-#include "base/Clock.h"
 #include "sync/SyncService.h"
 
 #include <QSysInfo>
 
 namespace tesserine::app {
 namespace {
+
+constexpr std::chrono::seconds signInLook{1};
 
 /// The name by which the service lists this computer.
 std::string deviceLabel() {
@@ -19,7 +20,12 @@ std::string deviceLabel() {
 }  // namespace
 
 SyncControl::SyncControl(AppEnvironment& environment)
-    : environment_(environment), clock_(std::make_unique<SystemClock>()) {
+    : environment_(environment),
+      clock_(
+          environment.setting().realClock == nullptr ? machineClock_
+                                                     : *environment.setting().realClock) {
+    signInTimer_.setInterval(signInLook);
+    connect(&signInTimer_, &QTimer::timeout, this, &SyncControl::endForgottenSignIn);
     connect(&environment_, &AppEnvironment::libraryChanged, this, [this] {
         if (worker_) worker_->noteChange();
     });
@@ -38,7 +44,7 @@ SyncService* SyncControl::service() {
                 SyncService::Environment{
                     .session = environment_.network(),
                     .secrets = environment_.secrets(SyncService::secretService(address)),
-                    .clock = *clock_,
+                    .clock = clock_,
                     .random = environment_.random(),
                     .log = environment_.log(),
                     .socket = environment_.setting().socket}));
@@ -74,7 +80,7 @@ void SyncControl::start() {
             .store = environment_.store(),
             .service = *used,
             .clock = environment_.clock(),
-            .realClock = *clock_,
+            .realClock = clock_,
             .random = environment_.random(),
             .log = environment_.log(),
             .interval = environment_.setting().syncInterval},
@@ -104,12 +110,17 @@ void SyncControl::syncNow(const SyncEngine::Consent& consent) {
     if (worker_) worker_->syncNow(consent);
 }
 
+void SyncControl::reconnect() {
+    if (worker_) worker_->reconnect();
+}
+
 // The account
 
 QString SyncControl::beginSignIn() {
     cancelSignIn();
     isSigningIn_ = true;
     signIn_ = std::stop_source();
+    signInTimer_.start();
     emit changed();
     return QString::fromStdString(service()->account().beginSignIn());
 }
@@ -121,13 +132,23 @@ void SyncControl::cancelSignIn() {
     endSignIn();
 }
 
+void SyncControl::endForgottenSignIn() {
+    if (isTakingCallback_ || service()->account().isSignInPending()) return;
+    endSignIn();
+    const auto minutes = static_cast<int>(AccountSession::signInPatience.count());
+    emit failed(tr("Nobody signed in within %1 minutes. Begin again.").arg(minutes));
+}
+
 void SyncControl::endSignIn() {
     isSigningIn_ = false;
+    isTakingCallback_ = false;
+    signInTimer_.stop();
     emit changed();
 }
 
 void SyncControl::takeCallback(const std::string& address) {
-    if (!isSigningIn_) return;
+    if (!isSigningIn_ || isTakingCallback_) return;
+    isTakingCallback_ = true;
     const auto isTaken = std::make_shared<bool>(false);
     environment_.inBackground(
         [account = &service()->account(), address, isTaken, signIn = signIn_](
@@ -137,17 +158,24 @@ void SyncControl::takeCallback(const std::string& address) {
         },
         this,
         [this, isTaken, signIn = signIn_] {
-            if (!*isTaken) return;
-            if (signIn.stop_requested()) return signOut();  // too late to stop it
-            state_.phase = SyncState::Phase::starting;
-            endSignIn();
-            syncNow();
+            if (!signIn.stop_requested()) return endCallback(*isTaken);
+            if (*isTaken) signOut();  // too late to stop it
         },
         [this, signIn = signIn_](const std::string& sentence) {
             if (signIn.stop_requested()) return;
             endSignIn();
             emit failed(QString::fromStdString(sentence));
         });
+}
+
+void SyncControl::endCallback(bool isSignedIn) {
+    if (!isSignedIn) {
+        isTakingCallback_ = false;
+        return endForgottenSignIn();
+    }
+    state_.phase = SyncState::Phase::starting;
+    endSignIn();
+    syncNow();
 }
 
 void SyncControl::signOut() {

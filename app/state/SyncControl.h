@@ -1,9 +1,11 @@
 #pragma once
 
 #include "app/state/SyncState.h"
+#include "base/Clock.h"
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -12,7 +14,6 @@
 #include <vector>
 
 namespace tesserine {
-class Clock;
 class SyncService;
 }  // namespace tesserine
 
@@ -45,8 +46,11 @@ public:
     const SyncState& state() const { return state_; }
     /// Synchronises at once; `consent` answers the question that `state` asks.
     void syncNow(const SyncEngine::Consent& consent = {});
+    /// The machine woke up or a network came up: the service may be in reach again.
+    void reconnect();
 
-    /// Whether a sign-in that began here waits for the browser or for the service.
+    /// Whether a sign-in that began here waits for the browser or for the service. One that nobody
+    /// finishes in the browser fails after `AccountSession::signInPatience`.
     bool isSigningIn() const { return isSigningIn_; }
     /// Begins a sign-in and returns the page to open in a browser. There is a service.
     QString beginSignIn();
@@ -64,14 +68,20 @@ signals:
 
 private:
     void show(const SyncState& state);
+    void endForgottenSignIn();
+    void endCallback(bool isSignedIn);
     void endSignIn();
+
     AppEnvironment& environment_;
     // Waits and tokens follow the real clock, whatever time the window shows.
-    const std::unique_ptr<Clock> clock_;
+    const SystemClock machineClock_;
+    const Clock& clock_;
     std::vector<std::unique_ptr<SyncService>> services_;  // the last one is in use, if any
     bool isLookedUp_ = false;                             // whether it is still the right one
     SyncState state_;
     bool isSigningIn_ = false;
+    bool isTakingCallback_ = false;
+    QTimer signInTimer_;  // looks whether the present sign-in was forgotten
     bool isSigningOut_ = false;
     std::stop_source signIn_;  // of the present sign-in
     std::unique_ptr<SyncWorker> worker_;

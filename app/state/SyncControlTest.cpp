@@ -9,7 +9,25 @@ namespace {
 
 using Phase = SyncState::Phase;
 
-class SyncControlTest : public test::SyncFixture {};
+class SyncControlTest : public test::SyncFixture {
+public:
+    /// What the user is told from now on.
+    const QString& failures() {
+        QObject::connect(&control(), &SyncControl::failed, &control(), [this](const QString& text) {
+            failures_ += text;
+        });
+        return failures_;
+    }
+    /// Nothing but what the test does makes it look at the service.
+    void lookRarely() {
+        AppSetting rare = environment->setting();
+        rare.syncInterval = std::chrono::hours(1);
+        open(rare);
+    }
+
+private:
+    QString failures_;
+};
 
 TEST_F(SyncControlTest, NothingIsReachedWithoutAnAccount) {
     environment->startWork();
@@ -42,9 +60,7 @@ TEST_F(SyncControlTest, ASignInByTheBrowserBringsBothSidesInStep) {
 }
 
 TEST_F(SyncControlTest, NewsOfTheServiceBringsAChangeAtOnce) {
-    AppSetting rare = environment->setting();
-    rare.syncInterval = std::chrono::hours(1);
-    open(rare);
+    lookRarely();
     live.isOpen = true;
     signIn();
     test::SyncDevice other(server);
@@ -52,6 +68,49 @@ TEST_F(SyncControlTest, NewsOfTheServiceBringsAChangeAtOnce) {
     ASSERT_EQ(other.sync(), "");
     live.tell(R"({"type":"changes","seq":1000})");
     EXPECT_TRUE(waitUntil([&] { return context().find<CDNote>(note) != nullptr; }));
+}
+
+TEST_F(SyncControlTest, AnOpenWayIsTakenAtOnceAndTheLiveChannelBegunAnew) {
+    lookRarely();
+    live.isOpen = true;
+    signIn();
+    ASSERT_TRUE(waitUntil([this] { return live.openings == 1; }));
+    test::SyncDevice other(server);
+    const Uuid note = *other.addNote("While this one slept", "<p>x</p>").id;
+    ASSERT_EQ(other.sync(), "");
+    control().reconnect();
+    EXPECT_TRUE(waitUntil([&] { return context().find<CDNote>(note) != nullptr; }));
+    EXPECT_TRUE(waitUntil([this] { return live.openings == 2; }));
+}
+
+TEST_F(SyncControlTest, WhatTheTerminalDoesToTheSharedSignInIsFollowed) {
+    signIn();
+    SystemClock clock;
+    SyncService terminal(
+        "https://notes.example.org",
+        {.session = server, .secrets = keyring, .clock = clock, .random = random});
+    terminal.account().signOut();
+    realClock.advance(std::chrono::hours(2));  // the access token has run out
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+
+    terminal.account().completeSignIn("code", "desk");
+    EXPECT_TRUE(waitFor(Phase::idle));
+    server.accountID = "another";
+    terminal.account().completeSignIn("code", "desk");
+    const std::size_t pushed = server.pushedCount();
+    addNote("Not for everybody");
+    realClock.advance(std::chrono::hours(2));
+    EXPECT_TRUE(waitFor(Phase::asking)) << control().state().sentence;
+    EXPECT_EQ(server.pushedCount(), pushed) << "or the other account has it";
+}
+
+TEST_F(SyncControlTest, AnOpenWayAnswersNoQuestionAndSignsNobodyIn) {
+    environment->startWork();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    control().reconnect();
+    QThread::msleep(100);
+    settle();
+    EXPECT_EQ(requests, 0);
 }
 
 TEST_F(SyncControlTest, AnAbandonedSignInTakesNoCallback) {
@@ -66,12 +125,61 @@ TEST_F(SyncControlTest, AnAbandonedSignInTakesNoCallback) {
     EXPECT_EQ(keyring.read("refresh-token"), std::nullopt);
 }
 
+TEST_F(SyncControlTest, ASignInThatNobodyFinishesEndsByItself) {
+    environment->startWork();
+    const QString& heard = failures();
+    control().beginSignIn();
+    realClock.advance(std::chrono::minutes(9));
+    QThread::msleep(1'100);  // longer than it takes to look again
+    settle();
+    EXPECT_TRUE(control().isSigningIn());
+
+    realClock.advance(std::chrono::minutes(1));
+    ASSERT_TRUE(waitUntil([this] { return !control().isSigningIn(); }));
+    EXPECT_EQ(heard.toStdString(), "Nobody signed in within 10 minutes. Begin again.");
+    control().takeCallback(callback);
+    environment->waitForBackground();
+    EXPECT_EQ(requests, 0);
+}
+
+TEST_F(SyncControlTest, ACallbackThatComesTooLateIsToldSoAtOnce) {
+    environment->startWork();
+    const QString& heard = failures();
+    control().beginSignIn();
+    control().takeCallback("tesserine://auth");  // says nothing: the sign-in goes on
+    environment->waitForBackground();
+    settle();
+    EXPECT_TRUE(control().isSigningIn());
+    EXPECT_EQ(heard, "");
+
+    realClock.advance(std::chrono::minutes(11));
+    control().takeCallback(callback);
+    ASSERT_TRUE(waitUntil([this] { return !control().isSigningIn(); }));
+    EXPECT_EQ(heard.toStdString(), "Nobody signed in within 10 minutes. Begin again.");
+    EXPECT_EQ(requests, 0);
+}
+
+TEST_F(SyncControlTest, ASlowServiceIsNoForgottenSignIn) {
+    environment->startWork();
+    const QString& heard = failures();
+    std::atomic<bool> mayAnswer = false;
+    server.afterwards = [&mayAnswer](const HTTPRequest&, HTTPReply&) { mayAnswer.wait(false); };
+    control().beginSignIn();
+    control().takeCallback(callback);
+    ASSERT_TRUE(waitUntil([this] { return requests == 1; }));
+    realClock.advance(std::chrono::minutes(11));
+    QThread::msleep(1'100);
+    settle();
+    EXPECT_TRUE(control().isSigningIn());
+    mayAnswer = true;
+    mayAnswer.notify_all();
+    EXPECT_TRUE(waitFor(Phase::idle)) << control().state().sentence;
+    EXPECT_EQ(heard, "");
+}
+
 TEST_F(SyncControlTest, WhatTheSignInPageSaysIsShown) {
     environment->startWork();
-    QString heard;
-    QObject::connect(&control(), &SyncControl::failed, &control(), [&heard](const QString& text) {
-        heard = text;
-    });
+    const QString& heard = failures();
     control().beginSignIn();
     control().takeCallback("tesserine://auth?error=suspended");
     ASSERT_TRUE(waitUntil([this] { return !control().isSigningIn(); }));

@@ -16,6 +16,21 @@
 
 namespace tesserine::test {
 
+/// The machine's clock, whose hands a test may move on.
+class MovedClock final : public Clock {
+public:
+    Instant now() const override { return machine_.now() + ahead_.load(); }
+    std::chrono::nanoseconds monotonic() const override { return machine_.monotonic(); }
+    bool sleep(std::chrono::nanoseconds duration, std::stop_token stop) const override {
+        return machine_.sleep(duration, std::move(stop));
+    }
+    void advance(Instant::Duration by) { ahead_ = ahead_.load() + by; }
+
+private:
+    const SystemClock machine_;
+    std::atomic<Instant::Duration> ahead_ = Instant::Duration(0);
+};
+
 /// A keyring that can be locked.
 class LockableSecrets final : public SecretStore {
 public:
@@ -47,6 +62,7 @@ class LiveLine {
 public:
     void listen(const WebSocketHandler& handler, const std::stop_token& stop) {
         if (!isOpen) throw WebSocketError(WebSocketError::Kind::unreachable, "no live news");
+        ++openings;
         handler.opened();
         for (;;) {
             std::unique_lock lock(mutex_);
@@ -64,6 +80,7 @@ public:
     }
 
     std::atomic<bool> isOpen = false;
+    std::atomic<int> openings = 0;
 
 private:
     std::mutex mutex_;
@@ -80,11 +97,8 @@ public:
     SyncFixture() {
         app::AppSetting given = setting();
         given.serviceURL = "https://notes.example.org";
+        given.realClock = &realClock;
         given.network = &server;
-        given.socket =
-            [](const WebSocketRequest&, const WebSocketHandler&, const std::stop_token&) {
-                throw WebSocketError(WebSocketError::Kind::unreachable, "there is none");
-            };
         given.socket = [this](const auto&, const auto& handler, const auto& stop) {
             live.listen(handler, stop);
         };
@@ -120,6 +134,7 @@ public:
         ASSERT_TRUE(waitFor(app::SyncState::Phase::idle)) << control().state().sentence;
     }
 
+    MovedClock realClock;
     FakeSyncServer server;
     LiveLine live;
     LockableSecrets keyring;

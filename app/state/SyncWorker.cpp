@@ -14,7 +14,7 @@ using Phase = SyncState::Phase;
 
 /// After what time alone does not mend, such as a full storage.
 constexpr std::chrono::hours longPause{1};
-/// After what only the user can mend.
+/// After a question, which only the user can answer.
 constexpr std::chrono::hours untilAsked{24 * 365};
 
 }  // namespace
@@ -34,33 +34,42 @@ SyncWorker::SyncWorker(const Environment& environment, Report report)
 
 void SyncWorker::noteChange() {
     const std::scoped_lock lock(mutex_);
-    isChanged_ = true;
+    calls_.hasNews = true;
     something_.notify_all();
 }
 
 void SyncWorker::syncNow(const SyncEngine::Consent& consent) {
     const std::scoped_lock lock(mutex_);
-    order_ = consent;
+    calls_.order = consent;
+    something_.notify_all();
+}
+
+void SyncWorker::reconnect() {
+    const std::scoped_lock lock(mutex_);
+    calls_.isReconnected = true;
     something_.notify_all();
 }
 
 void SyncWorker::run(const std::stop_token& stop) {
     while (!stop.stop_requested()) {
-        const auto order = nextOrder(stop);
+        const Calls calls = nextCalls(stop);
         if (stop.stop_requested()) return;
+        if (calls.isReconnected) {
+            channel_.reset();  // one that was cut while the machine slept would hear nothing
+            schedule_.tryAgain();
+        }
         for (const LiveNews& news : inbox_.take(std::chrono::nanoseconds(0), stop)) {
             hear(news);
         }
-        if (order || isDue()) synchronise(order.value_or(SyncEngine::Consent{}), stop);
+        if (calls.order || isDue()) synchronise(calls.order.value_or(SyncEngine::Consent{}), stop);
     }
 }
 
-/// Waits for an order, for a change of the library, or until it is time.
-std::optional<SyncEngine::Consent> SyncWorker::nextOrder(const std::stop_token& stop) {
+/// Waits for a call, or until it is time.
+SyncWorker::Calls SyncWorker::nextCalls(const std::stop_token& stop) {
     std::unique_lock lock(mutex_);
-    something_.wait_for(lock, stop, pause(), [this] { return order_ || isChanged_; });
-    isChanged_ = false;
-    return std::exchange(order_, std::nullopt);
+    something_.wait_for(lock, stop, pause(), [this] { return !calls_.isNone(); });
+    return std::exchange(calls_, {});
 }
 
 void SyncWorker::hear(const LiveNews& news) {
@@ -99,9 +108,11 @@ void SyncWorker::synchronise(const SyncEngine::Consent& consent, const std::stop
         state_.account = environment_.service.account().account();
         if (!state_.account) {
             channel_.reset();
-            holdBack(untilAsked);
+            holdBack(environment_.interval);  // another program may sign in
             return tell(Phase::signedOut);
         }
+        // A session that has ended does not look alive while it is asked whether it is.
+        if (state_.phase == Phase::signedOut) environment_.service.account().validAccessToken(stop);
         tell(Phase::syncing);
         engine_.synchronise(consent, stop);
         schedule_.succeeded(environment_.store.lastTransactionNumber());
@@ -117,6 +128,7 @@ void SyncWorker::synchronise(const SyncEngine::Consent& consent, const std::stop
         return;
     } catch (const SyncQuestion& question) {
         holdBack(untilAsked);
+        state_.account = environment_.service.account().account();
         state_.question = question.kind();
         tell(Phase::asking, question.what());
     } catch (const SyncError& error) {
@@ -134,7 +146,7 @@ void SyncWorker::synchronise(const SyncEngine::Consent& consent, const std::stop
 void SyncWorker::handle(const SyncError& error) {
     if (error.kind() == SyncError::Kind::signedOut) {
         channel_.reset();
-        holdBack(untilAsked);
+        holdBack(environment_.interval);  // without the network, unless another program signs in
         return tell(Phase::signedOut, error.what());
     }
     schedule_.failed(error);

@@ -51,10 +51,21 @@ public:
     void noteChange();
     /// Synchronises at once, also where it would wait; `consent` is what the user has agreed to.
     void syncNow(const SyncEngine::Consent& consent);
+    /// The way to the service may be open again, and what was open may be cut.
+    void reconnect();
 
 private:
+    /// What others have told the thread since it last looked.
+    struct Calls {
+        std::optional<SyncEngine::Consent> order{};
+        bool hasNews = false;  ///< of the library or of the service
+        bool isReconnected = false;
+
+        bool isNone() const { return !order && !hasNews && !isReconnected; }
+    };
+
     void run(const std::stop_token& stop);
-    std::optional<SyncEngine::Consent> nextOrder(const std::stop_token& stop);
+    Calls nextCalls(const std::stop_token& stop);
     void hear(const LiveNews& news);
     bool isDue();
     /// How long nothing is to be done, unless something happens.
@@ -75,8 +86,7 @@ private:
     // Behind the mutex.
     std::mutex mutex_;
     std::condition_variable_any something_;
-    std::optional<SyncEngine::Consent> order_{SyncEngine::Consent{}};  // the one of the start
-    bool isChanged_ = false;
+    Calls calls_{.order = SyncEngine::Consent{}};  // the order of the start
 
     LiveInbox inbox_;
     std::unique_ptr<LiveUpdates> channel_;  // touched on the thread only; open while signed in
