@@ -1,16 +1,19 @@
 #include "app/editor/ForeignHTML.h"
 
+#include "app/editor/ForeignLists.h"
+#include "app/editor/ForeignMarks.h"
+#include "app/editor/ForeignStyles.h"
+#include "app/editor/ForeignSurvey.h"
+#include "app/editor/InlineStyle.h"
 #include "base/Text.h"
-#include "core/body/CSSColor.h"
 #include "core/body/HTMLSerializer.h"
 #include "core/body/HTMLTreeBuilder.h"
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
-#include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tesserine::app::paste {
@@ -19,92 +22,7 @@ namespace {
 using Element = HTMLElement;
 using Attributes = std::span<const HTMLAttribute>;
 
-constexpr int boldWeight = 600;
-
-std::string_view attribute(Attributes attributes, std::string_view name) {
-    const auto found = std::ranges::find(attributes, name, &HTMLAttribute::name);
-    return found == attributes.end() ? std::string_view() : found->value;
-}
-
-/// What an inline style declares for one property, in lower case; empty when nothing.
-std::string declared(std::string_view style, std::string_view property) {
-    while (!style.empty()) {
-        const std::string_view declaration = style.substr(0, style.find(';'));
-        style.remove_prefix(std::min(declaration.size() + 1, style.size()));
-        const std::size_t colon = declaration.find(':');
-        if (colon == std::string_view::npos) continue;
-        const auto name = text::asciiLowercased(text::trimmed(declaration.substr(0, colon)));
-        if (name != property) continue;
-        return text::asciiLowercased(text::trimmed(declaration.substr(colon + 1)));
-    }
-    return {};
-}
-
-std::optional<int> number(std::string_view digits) {
-    int value = 0;
-    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    if (read.ptr == digits.data()) return {};
-    return value;
-}
-
-bool isBold(const std::string& weight) {
-    return weight == "bold" || weight == "bolder" || number(weight).value_or(0) >= boldWeight;
-}
-
-bool isUsualWeight(const std::string& weight) {
-    return weight == "normal" || weight == "lighter"
-           || number(weight).value_or(boldWeight) < boldWeight;
-}
-
-/// Whether a ground was chosen to mark words: a colour, and not the white or grey of a page.
-bool marksWords(const std::string& background) {
-    const auto hex = css::opaqueColor(background);
-    if (!hex || hex->size() != 7) return false;
-    constexpr int leastChroma = 60;
-    int least = 255;
-    int most = 0;
-    for (std::size_t place = 1; place < hex->size(); place += 2) {
-        int value = 0;
-        std::from_chars(hex->data() + place, hex->data() + place + 2, value, 16);
-        least = std::min(least, value);
-        most = std::max(most, value);
-    }
-    return most - least >= leastChroma;
-}
-
-/// The elements that say what an inline style says.
-std::vector<Element> elementsOf(std::string_view style) {
-    std::vector<Element> elements;
-    const auto add = [&](bool isMeant, Element element) {
-        if (isMeant) elements.push_back(element);
-    };
-    const std::string slant = declared(style, "font-style");
-    std::string line = declared(style, "text-decoration");
-    line += declared(style, "text-decoration-line");
-    const std::string height = declared(style, "vertical-align");
-    std::string ground = declared(style, "background-color");
-    if (ground.empty()) ground = declared(style, "background");
-    add(isBold(declared(style, "font-weight")), Element::strong);
-    add(slant == "italic" || slant == "oblique", Element::em);
-    add(line.find("underline") != std::string::npos, Element::u);
-    add(line.find("line-through") != std::string::npos, Element::s);
-    add(height == "sub", Element::sub);
-    add(height == "super", Element::sup);
-    add(marksWords(ground), Element::mark);
-    return elements;
-}
-
-/// Whether a style takes back what the element would say.
-bool isTakenBack(Element element, std::string_view style) {
-    switch (element) {
-    case Element::b:
-    case Element::strong: return isUsualWeight(declared(style, "font-weight"));
-    case Element::i:
-    case Element::em: return declared(style, "font-style") == "normal";
-    case Element::u: return declared(style, "text-decoration") == "none";
-    default: return false;
-    }
-}
+constexpr const char* bullet = "• ";
 
 bool leadsAnywhere(std::string_view address) {
     const std::size_t colon = address.find(':');
@@ -113,7 +31,9 @@ bool leadsAnywhere(std::string_view address) {
 
 /// A picture that is not meant to be seen.
 bool isPixel(Attributes attributes) {
-    const auto side = [&](std::string_view name) { return number(attribute(attributes, name)); };
+    const auto side = [&](std::string_view name) {
+        return leadingNumber(attribute(attributes, name));
+    };
     return side("width").value_or(2) <= 1 && side("height").value_or(2) <= 1;
 }
 
@@ -124,6 +44,26 @@ bool holdsLines(Element element) {
 
 bool isCell(Element element) { return element == Element::td || element == Element::th; }
 
+bool isHidden(std::string_view style) { return declared(style, "display") == "none"; }
+
+bool isPartOfTable(Element element) {
+    switch (element) {
+    case Element::tbody:
+    case Element::thead:
+    case Element::tfoot:
+    case Element::tr:
+    case Element::col:
+    case Element::colgroup:
+    case Element::caption: return true;
+    default: return isCell(element);
+    }
+}
+
+/// A picture that only the other program can show: part of its message, or a file of its own.
+bool isUnreachable(std::string_view address) {
+    return address.starts_with("cid:") || address.starts_with("file:");
+}
+
 /// Whether an attribute only says how the other program lays out its page.
 bool isLayout(const HTMLAttribute& attribute) {
     const bool isUsualDirection = attribute.name == "dir" && attribute.value == "ltr";
@@ -131,42 +71,107 @@ bool isLayout(const HTMLAttribute& attribute) {
            || attribute.name == "lang";
 }
 
+bool isMark(Element element) {
+    switch (element) {
+    case Element::del:
+    case Element::ins: return true;
+    default: return html::has(element, html::isFormatting);
+    }
+}
+
 /// Rewrites a tree while it is read.
+///
+/// What is quoted becomes paragraphs of a quotation, whatever it was: those a note can edit.
 class Rewriter final : public HTMLSink {
 public:
+    explicit Rewriter(Survey survey) : survey_(std::move(survey)) {}
+
     void open(Element element, std::string_view name, Attributes attributes) override;
     void close() override;
     void text(std::string_view text) override;
     void comment(std::string_view /*text*/) override {}
 
-    PlainHTML finish() { return {output_.html(), unreachable_}; }
+    PlainHTML finish() {
+        endLists();
+        return {output_.html(), unreachable_};
+    }
 
 private:
-    /// One element of the source, and how many stand for it in the result.
+    /// One element of the source, and what stands for it in the result.
     struct Open {
         Element element;
-        std::size_t written = 0;
-        std::size_t paragraphs = 0;  // that became lines of it
+        std::size_t marks = 0;
+        bool isWritten = false;
+        std::size_t paragraphs = 0;       // that became lines of it
+        std::size_t items = 0;            // of a quoted list
+        std::size_t suspendedQuotes = 0;  // that go on behind it
     };
 
+    void openElement(Element element, std::string_view name, Attributes attributes);
+    bool leavesOut(std::string_view style);
+    void openItem(const ItemMark& mark);
+    void endLists();
+    void openTable(std::string_view name, Attributes attributes);
     void openBlock(Element element, std::string_view name, Attributes attributes);
+    void openInQuote(Element element, std::string_view name, Attributes attributes);
     void openInline(Element element, std::string_view name, Attributes attributes);
+    void openPicture(std::string_view name, Attributes attributes);
+    void openMarks(Element element, std::string_view name, Attributes attributes);
     void write(Element element, std::string_view name, Attributes attributes);
-    void writeBreaks();
+    void beginLine();
+    void beginWords();
+    void endLine();
+    void endQuote();
+    std::string itemPrefix();
     bool isIn(Element element) const;
 
+    // Fixed after construction.
+    const Survey survey_;
+
     HTMLSerializer output_;
+    ForeignMarks marks_{output_};
+    ForeignLists lists_{output_};
     std::vector<Open> open_;
-    std::size_t breaks_ = 0;  // that are written if something follows on their line
+    std::vector<bool> layouts_;     // of the tables that are open
+    std::size_t tables_ = 0;        // that have begun
+    std::size_t items_ = 0;         // paragraphs of lists that have begun
+    std::size_t listDepth_ = 0;     // of what holds the items
+    std::size_t leftOutDepth_ = 0;  // elements open in one that is left out, itself included
+    std::size_t breaks_ = 0;        // that are written if something follows on their line
     std::size_t unreachable_ = 0;
+    // Quotations: how many are open, one in another, and what is open in the result.
+    std::size_t quotes_ = 0;
+    bool isQuoteOpen_ = false;
+    bool isLineOpen_ = false;
+    std::string linePrefix_;  // stands before the words of the next line
 };
 
 void Rewriter::open(Element element, std::string_view name, Attributes attributes) {
-    const bool isLine = element == Element::p && !open_.empty() && holdsLines(open_.back().element);
+    const std::string_view style = attribute(attributes, "style");
+    const auto mark = element == Element::p ? itemMark(style) : std::nullopt;
+    if (mark) ++items_;
+    if (element == Element::table) ++tables_;
+    if (leavesOut(style)) return;
+    if (mark && quotes_ == 0) return openItem(*mark);
+
+    if (lists_.isOpen() && open_.size() == listDepth_) endLists();
+    const bool isInCell = !open_.empty() && holdsLines(open_.back().element) && quotes_ == 0;
+    const bool isLine = element == Element::p && isInCell;
     if (isLine && open_.back().paragraphs++ > 0) ++breaks_;
     open_.push_back({element});
-    if (isLine) return;
-    if (element == Element::br) {
+    if (!isLine) openElement(element, name, attributes);
+}
+
+void Rewriter::openElement(Element element, std::string_view name, Attributes attributes) {
+    const bool isInLayout = !layouts_.empty() && layouts_.back();
+    if (isInLayout && isCell(element)) {
+        open_.back().element = Element::div;
+        openBlock(Element::div, "div", {});
+    } else if (isInLayout && isPartOfTable(element)) {
+        return;
+    } else if (element == Element::table) {
+        openTable(name, attributes);
+    } else if (element == Element::br) {
         ++breaks_;
     } else if (html::has(element, html::isBlock)) {
         openBlock(element, name, attributes);
@@ -175,27 +180,71 @@ void Rewriter::open(Element element, std::string_view name, Attributes attribute
     }
 }
 
+/// Whether the element goes with all it holds: what is not to be seen, and labels of items.
+bool Rewriter::leavesOut(std::string_view style) {
+    const bool isLabel = lists_.isOpen() && isItemLabel(style);
+    const bool isMeant = leftOutDepth_ > 0 || isLabel || isHidden(style);
+    if (isMeant) ++leftOutDepth_;
+    return isMeant;
+}
+
+void Rewriter::openItem(const ItemMark& mark) {
+    breaks_ = 0;
+    if (lists_.isOpen() && open_.size() != listDepth_) endLists();
+    listDepth_ = open_.size();
+    marks_.interrupt();
+    lists_.beginItem(mark, survey_.labels[items_ - 1]);
+    open_.push_back({Element::p});
+}
+
+void Rewriter::endLists() {
+    if (!lists_.isOpen()) return;
+    marks_.interrupt();
+    lists_.end();
+}
+
 void Rewriter::close() {
+    if (leftOutDepth_ > 0) {
+        --leftOutDepth_;
+        return;
+    }
+    if (lists_.isOpen() && open_.size() == listDepth_) endLists();
     const Open closed = open_.back();
     open_.pop_back();
-    if (html::has(closed.element, html::isBlock) && closed.written > 0) breaks_ = 0;
-    for (std::size_t i = 0; i < closed.written; ++i) {
+    for (std::size_t i = 0; i < closed.marks; ++i) {
+        marks_.close();
+    }
+    if (closed.element == Element::table) layouts_.pop_back();
+    if (closed.element == Element::li) linePrefix_.clear();
+    const bool isBlock = html::has(closed.element, html::isBlock);
+    const bool isItem = lists_.isOpen() && open_.size() == listDepth_;
+    if (isItem || (isBlock && closed.isWritten)) breaks_ = 0;
+    if (closed.isWritten) {
+        marks_.interrupt();
         output_.close();
     }
+    if (isBlock && quotes_ > 0) endLine();
+    if (closed.element == Element::blockquote && --quotes_ == 0) endQuote();
+    if (closed.suspendedQuotes > 0) quotes_ = closed.suspendedQuotes;
 }
 
 void Rewriter::text(std::string_view text) {
-    // White space behind a paragraph that became a line is layout of the source.
+    if (leftOutDepth_ > 0) return;
+    const bool isSpace = html::isSpaceOnly(text);
+    // White space behind a paragraph that became a line or an item is layout of the source.
+    const bool isBehindItem = lists_.isOpen() && open_.size() == listDepth_;
     const bool isBehindLine = !open_.empty() && open_.back().paragraphs > 0;
-    if (isBehindLine && html::isSpaceOnly(text)) return;
-    const bool isQuotedMail = isIn(Element::blockquote) && isIn(Element::pre);
+    const bool isBetweenLines = quotes_ > 0 && !isLineOpen_;
+    if (isSpace && (isBehindItem || isBehindLine || isBetweenLines)) return;
+    if (isBehindItem) endLists();
+    const bool isQuotedMail = quotes_ > 0 && isIn(Element::pre);
     if (!isQuotedMail) {
-        if (!html::isSpaceOnly(text)) writeBreaks();
+        if (!isSpace) beginWords();
         return output_.text(text);
     }
     while (true) {
         const std::string_view line = text.substr(0, text.find('\n'));
-        if (!line.empty()) writeBreaks();
+        if (!line.empty()) beginWords();
         output_.text(line);
         if (line.size() == text.size()) return;
         ++breaks_;
@@ -203,13 +252,22 @@ void Rewriter::text(std::string_view text) {
     }
 }
 
+// Blocks
+
+void Rewriter::openTable(std::string_view name, Attributes attributes) {
+    layouts_.push_back(survey_.isLayout[tables_ - 1]);
+    if (!layouts_.back()) openBlock(Element::table, name, attributes);
+}
+
 void Rewriter::openBlock(Element element, std::string_view name, Attributes attributes) {
     breaks_ = 0;
-    const bool isQuotedMail = element == Element::pre && isIn(Element::blockquote);
-    if (isQuotedMail) return write(Element::p, "p", {});
+    if (quotes_ > 0 || element == Element::blockquote) {
+        return openInQuote(element, name, attributes);
+    }
+    const std::string_view style = attribute(attributes, "style");
     std::vector<HTMLAttribute> kept;
     std::ranges::remove_copy_if(attributes, std::back_inserter(kept), isLayout);
-    std::string alignment = declared(attribute(attributes, "style"), "text-align");
+    std::string alignment = declared(style, "text-align");
     if (alignment.empty()) alignment = text::asciiLowercased(attribute(attributes, "align"));
     const bool isAligned = (alignment == "center" || alignment == "right") && !isCell(element);
     alignment.insert(0, "text-align: ");
@@ -217,38 +275,108 @@ void Rewriter::openBlock(Element element, std::string_view name, Attributes attr
     write(element, name, kept);
 }
 
-void Rewriter::openInline(Element element, std::string_view name, Attributes attributes) {
-    const std::string_view style = attribute(attributes, "style");
-    if (element == Element::img) {
-        if (isPixel(attributes)) return;
-        if (attribute(attributes, "src").starts_with("cid:")) {
-            ++unreachable_;
-            return;
-        }
-        writeBreaks();
-    }
-    const bool isIdle = element == Element::span || element == Element::font
-                        || (element == Element::a && !leadsAnywhere(attribute(attributes, "href")))
-                        || isTakenBack(element, style);
-    if (!isIdle) write(element, name, attributes);
-    const bool isInHeading = std::ranges::any_of(
-        open_, [](const Open& open) { return html::has(open.element, html::isHeading); });
-    for (const Element meant : elementsOf(style)) {
-        if (meant == element || (isInHeading && meant == Element::strong)) continue;
-        write(meant, html::nameOf(meant), {});
+/// Every block is a line of the quotation; a table and a rule stand between two of them.
+void Rewriter::openInQuote(Element element, std::string_view name, Attributes attributes) {
+    endLine();
+    if (element == Element::blockquote) {
+        ++quotes_;
+    } else if (element == Element::table || element == Element::hr) {
+        endQuote();
+        open_.back().suspendedQuotes = std::exchange(quotes_, 0);
+        openBlock(element, name, attributes);
+    } else if (element == Element::li) {
+        linePrefix_ = itemPrefix();
     }
 }
 
-void Rewriter::write(Element element, std::string_view name, Attributes attributes) {
-    output_.open(element, name, attributes);
-    ++open_.back().written;
+/// What stands before the item that has just begun.
+std::string Rewriter::itemPrefix() {
+    const auto list = std::find_if(open_.rbegin(), open_.rend(), [](const Open& open) {
+        return open.element == Element::ul || open.element == Element::ol;
+    });
+    if (list == open_.rend() || list->element == Element::ul) return bullet;
+    return std::to_string(++list->items) + ". ";
 }
 
-void Rewriter::writeBreaks() {
+void Rewriter::beginLine() {
+    if (quotes_ > 0 && !isQuoteOpen_) {
+        marks_.interrupt();
+        output_.open(Element::blockquote, "blockquote", {});
+        isQuoteOpen_ = true;
+    }
+    if (quotes_ > 0 && !isLineOpen_) {
+        marks_.interrupt();
+        output_.open(Element::p, "p", {});
+        output_.text(std::exchange(linePrefix_, {}));
+        isLineOpen_ = true;
+    }
     for (; breaks_ > 0; --breaks_) {
         output_.open(Element::br, "br", {});
         output_.close();
     }
+}
+
+void Rewriter::endLine() {
+    breaks_ = 0;
+    if (!isLineOpen_) return;
+    marks_.interrupt();
+    output_.close();
+    isLineOpen_ = false;
+}
+
+void Rewriter::endQuote() {
+    endLine();
+    if (isQuoteOpen_) output_.close();
+    isQuoteOpen_ = false;
+}
+
+// What stands in a line
+
+void Rewriter::openInline(Element element, std::string_view name, Attributes attributes) {
+    if (element == Element::img) return openPicture(name, attributes);
+    if (isMark(element)) return openMarks(element, name, attributes);
+    beginLine();
+    write(element, name, attributes);
+}
+
+void Rewriter::openPicture(std::string_view name, Attributes attributes) {
+    if (isPixel(attributes)) return;
+    if (isUnreachable(attribute(attributes, "src"))) {
+        ++unreachable_;
+        return;
+    }
+    beginWords();
+    output_.open(Element::img, name, attributes);
+    output_.close();
+}
+
+void Rewriter::openMarks(Element element, std::string_view name, Attributes attributes) {
+    const std::string_view style = attribute(attributes, "style");
+    const auto open = [this](Element mark, std::string_view called, Attributes with) {
+        marks_.open(mark, called, with);
+        ++open_.back().marks;
+    };
+    const bool isIdle = element == Element::span || element == Element::font
+                        || (element == Element::a && !leadsAnywhere(attribute(attributes, "href")))
+                        || isTakenBack(element, style);
+    if (!isIdle) open(element, name, attributes);
+    const bool isInHeading = std::ranges::any_of(
+        open_, [](const Open& each) { return html::has(each.element, html::isHeading); });
+    for (const Element meant : elementsOf(style)) {
+        if (meant == element || (isInHeading && meant == Element::strong)) continue;
+        open(meant, html::nameOf(meant), {});
+    }
+}
+
+void Rewriter::write(Element element, std::string_view name, Attributes attributes) {
+    marks_.interrupt();
+    output_.open(element, name, attributes);
+    open_.back().isWritten = true;
+}
+
+void Rewriter::beginWords() {
+    beginLine();
+    marks_.begin();
 }
 
 bool Rewriter::isIn(Element element) const {
@@ -258,7 +386,7 @@ bool Rewriter::isIn(Element element) const {
 }  // namespace
 
 PlainHTML plainHTML(std::string_view foreign) {
-    Rewriter rewriter;
+    Rewriter rewriter(surveyed(foreign));
     parseHTML(foreign, rewriter);
     return rewriter.finish();
 }

@@ -12,8 +12,10 @@ struct PlainHTML {
     std::size_t unreachablePictures = 0;  ///< that only the other program can show
 };
 /// Words that are bold, slanted, struck or marked by a style get elements for it, and elements that
-/// are not meant so go. What belongs to the other page goes as well: colours, addresses within it,
-/// pixels that tell who reads, line breaks that end a paragraph. Linear in the size, never fails.
+/// are not meant so go. Paragraphs that a word processor means as items become lists, tables that
+/// only arrange a page its paragraphs. What belongs to the other page goes as well: colours,
+/// addresses within it, pixels that tell who reads, hidden text, line breaks that end a paragraph.
+/// Linear in the size, never fails.
 PlainHTML plainHTML(std::string_view foreign);
 
 }  // namespace tesserine::app::paste

@@ -1,5 +1,6 @@
 #include "app/editor/ForeignHTML.h"
 
+#include "app/editor/ForeignLists.h"
 #include "app/editor/PasteRules.h"
 #include "core/body/AttributedTextWriter.h"
 #include "core/body/CanonicalBody.h"
@@ -78,6 +79,61 @@ constexpr const char* document =
     R"(<span style="text-decoration:line-through;"> gone</span></p><ul><li dir="ltr" )"
     R"(aria-level="1"><p dir="ltr" role="presentation"><span>one</span></p></li></ul></b><br>)";
 
+constexpr const char* listsOfParagraphs =
+    R"(<html xmlns:o="urn:schemas-microsoft-com:office:office"><head><title>Plan</title>
+<!--[if gte mso 9]><xml><w:WordDocument></w:WordDocument></xml><![endif]-->
+<style><!-- @list l0:level1 {mso-level-number-format:bullet;} p.MsoNormal {margin:0cm} --></style>
+</head><body lang=EN-GB><!--StartFragment-->
+<p class=MsoNormal><b>To do</b><o:p></o:p></p>
+<p class=MsoListParagraphCxSpFirst style='text-indent:-18.0pt;mso-list:l0 level1 lfo1'>)"
+    R"(<![if !supportLists]><span style='font-family:Symbol'><span style='mso-list:Ignore'>·)"
+    R"(<span style='font:7.0pt "Times New Roman"'>&nbsp;&nbsp;&nbsp; </span></span></span>)"
+    R"(<![endif]>Sow <i>tomatoes</i><o:p></o:p></p>
+
+<p class=MsoListParagraphCxSpMiddle style='margin-left:72.0pt;mso-list:l0 level2 lfo1'>)"
+    R"(<!--[if !supportLists]--><b><span style='mso-list:Ignore'>o<span>&nbsp; </span></span></b>)"
+    R"(<!--[endif]-->two each</p>
+<p class=MsoListParagraphCxSpLast style='mso-list:l0 level1 lfo1'><![if !supportLists]>)"
+    R"(<span style='mso-list:Ignore'>·</span><![endif]>Water</p>
+<p class=MsoNormal>Then:<o:p></o:p></p>
+<p class=MsoListParagraph style='mso-list:l1 level1 lfo2'><span style='mso-list:Ignore'>3.)"
+    R"(</span>Wait</p>
+<p class=MsoListParagraph style='mso-list:l1 level1 lfo2'><span style='mso-list:Ignore'>4.)"
+    R"(</span>Eat<br></p>
+<p class=MsoNormal><![if !vml]><img width=20 height=20 src="file:///C:/Temp/image001.png">)"
+    R"(<![endif]>The end.</p><!--EndFragment--></body></html>)";
+
+constexpr const char* officeSheet =
+    R"(<html xmlns:x="urn:schemas-microsoft-com:office:excel"><head><style><!--table
+	{mso-displayed-decimal-separator:"\.";} .xl65 {font-weight:700;} --></style></head><body>
+<table border=0 cellpadding=0 cellspacing=0 width=128 style='border-collapse:collapse'>
+<!--StartFragment--> <col width=64 span=2 style='width:48pt'>
+ <tr height=20 style='height:15.0pt'>
+  <td height=20 class=xl65 width=64 style='height:15.0pt;width:48pt'>Seeds</td>
+  <td align=right width=64>3.5</td>
+ </tr><!--EndFragment--></table></body></html>)";
+
+constexpr const char* oneCell =
+    R"(<html><body><table border=0><!--StartFragment--><col width=64><tr height=20>
+<td height=20 align=right>42.50</td></tr><!--EndFragment--></table></body></html>)";
+
+constexpr const char* webMail =
+    R"(<div dir="ltr">Hello Ann,<div><br></div><div>see <a href="https://example.org/x">this</a>.)"
+    R"(</div><div class="gmail_signature"><div dir="ltr">-- <br>Bob</div></div></div><br>)"
+    R"(<div class="gmail_quote"><div dir="ltr" class="gmail_attr">On Mon, Ann wrote:<br></div>)"
+    R"(<blockquote class="gmail_quote" style="margin:0px 0px 0px 0.8ex;border-left:1px solid )"
+    R"(rgb(204,204,204);padding-left:1ex"><div dir="ltr">When?<div>And where?</div></div>)"
+    R"(<blockquote type="cite">Soon</blockquote></blockquote></div>)"
+    R"(<img src="https://mail.example.org/open.gif" width="1" height="1" style="display:none">)";
+
+constexpr const char* newsletter =
+    R"(<div style="display:none;max-height:0">What you read in the list of mails</div>
+<table role="presentation" width="100%" bgcolor="#eeeeee"><tbody><tr><td align="center">
+<table width="600"><tr><td><h1 style="color:#336">News</h1></td></tr>
+<tr><td><table role="none"><tr><td><p>Left</p><p>still left</p></td><td>Right</td></tr></table></td></tr>
+<tr><td><table><tr><th>Item</th><th>Price</th></tr><tr><td>Seeds</td><td>3.50</td></tr></table></td></tr>
+</table></td></tr></tbody></table>)";
+
 TEST(ForeignHTML, OfRealProgramsKeepsItsSenseAndLosesItsClutter) {
     struct Case {
         const char* from;
@@ -117,6 +173,33 @@ TEST(ForeignHTML, OfRealProgramsKeepsItsSenseAndLosesItsClutter) {
                  "<blockquote><p>When?<br>The <a href=\"mailto:ann@example.org\">usual</a> way?"
                  "</p></blockquote>",
                  "Left out: pictures of the other program."},
+             Case{
+                 "a word processor whose lists are paragraphs",
+                 listsOfParagraphs,
+                 "<p><strong>To do</strong></p><ul><li>Sow <em>tomatoes</em><ul><li>two each</li>"
+                 "</ul></li><li>Water</li></ul><p>Then:</p>"
+                 "<ol start=\"3\"><li>Wait</li><li>Eat</li></ol><p>The end.</p>",
+                 "Left out: pictures of the other program."},
+             Case{
+                 "the sheet of an office suite",
+                 officeSheet,
+                 "<table><tr><td>Seeds</td><td>3.5</td></tr></table>",
+                 ""},
+             Case{"one cell of a sheet", oneCell, "<p>42.50</p>", ""},
+             Case{
+                 "a mail on the web",
+                 webMail,
+                 "<p>Hello Ann,</p><p>see <a href=\"https://example.org/x\">this</a>.</p>"
+                 "<p>-- <br>Bob</p><p>On Mon, Ann wrote:</p><blockquote><p>When?</p>"
+                 "<p>And where?</p><p>Soon</p></blockquote>",
+                 ""},
+             Case{
+                 "a newsletter",
+                 newsletter,
+                 "<h1>News</h1><p>Left</p><p>still left</p><p>Right</p>"
+                 "<table><tr><th>Item</th><th>Price</th></tr>"
+                 "<tr><td>Seeds</td><td>3.50</td></tr></table>",
+                 ""},
              Case{
                  "a document on the web",
                  document,
@@ -159,8 +242,81 @@ TEST(ForeignHTML, SaysInElementsWhatStylesMean) {
             Case{"<p style='text-align: justify'>a</p>", "<p>a</p>"},
             Case{
                 "<p dir=rtl align=right>a</p>", "<p dir=\"rtl\" style=\"text-align: right\">a</p>"},
+            // Marks stand around words only, in each paragraph by itself.
+            Case{"<b><p>a</p> <p>b</p></b>", "<p><b>a</b></p> <p><b>b</b></p>"},
+            Case{"<b><i></i> </b>a", " a"},
+            Case{"<a href='x:y'><img src='x:z'></a>", "<a href=\"x:y\"><img src=\"x:z\"></a>"},
+            // A quotation has paragraphs only.
+            Case{
+                "<blockquote>a<ul><li><p>b</p><li>c</ul><ol><li>d<li>e</ol></blockquote>f",
+                "<blockquote><p>a</p><p>• b</p><p>• c</p><p>1. d</p><p>2. e</p></blockquote>f"},
+            Case{
+                "<blockquote><i>a<div>b</div></i><table><tr><td>1<td>2</table>c</blockquote>",
+                "<blockquote><p><i>a</i></p><p><i>b</i></p></blockquote>"
+                "<table><tr><td>1</td><td>2</td></tr></table><blockquote><p>c</p></blockquote>"},
+            Case{"<blockquote><br><div> </div></blockquote>a", "a"},
             Case{"<span style='font-weight'>a</span><span style=':;:'>b</span>", "ab"},
         }) {
+        EXPECT_EQ(paste::plainHTML(foreign).html, plain) << foreign;
+    }
+}
+
+TEST(ForeignHTML, ReadsListsFromWhatStandsBeforeTheirItems) {
+    struct Case {
+        const char* label;
+        paste::Numbering numbering;
+    };
+    for (const auto& [label, numbering] : {
+             Case{"·  ", {}},
+             Case{"o", {}},
+             Case{"\u2013", {}},
+             Case{"", {}},
+             Case{"1.", {true, 1}},
+             Case{" 12) ", {true, 12}},
+             Case{"(3)", {true, 3}},
+             Case{"1.2.", {true, 2}},
+             Case{"a.", {true, {}}},
+             Case{"iv)", {true, {}}},
+             Case{"99999999999999999999.", {true, {}}},
+         }) {
+        EXPECT_EQ(paste::numberingOf(label), numbering) << label;
+    }
+
+    const auto item = [](const char* list, const char* label, const char* words) {
+        return std::string("<p style='mso-list:") + list + "'><span style='mso-list:Ignore'>"
+               + label + "</span>" + words + "</p>\n";
+    };
+    struct Lists {
+        std::string foreign;
+        const char* plain;
+    };
+    for (const auto& [foreign, plain] : {
+             // A level that is skipped, and one that was never begun.
+             Lists{
+                 item("l0 level2 lfo1", "-", "a") + item("l0 level4 lfo1", "-", "b")
+                     + item("l0 level1 lfo1", "-", "c"),
+                 "<ul><li>a<ul><li>b</li></ul></li></ul><ul><li>c</li></ul>"},
+             // Two lists one after another count each by itself.
+             Lists{
+                 item("l0 level1 lfo1", "1.", "a") + item("l1 level1 lfo2", "1.", "b"),
+                 "<ol><li>a</li></ol><ol><li>b</li></ol>"},
+             // They end with what holds them, and with anything in between.
+             Lists{
+                 "<div>" + item("l0 level1", "1.", "a") + "</div>" + item("l0 level1", "2.", "b"),
+                 "<div><ol><li>a</li></ol></div><ol start=\"2\"><li>b</li></ol>"},
+             Lists{
+                 item("l0 level1", "-", "a") + "between" + item("l0 level1", "-", "b"),
+                 "<ul><li>a</li></ul>\nbetween<ul><li>b</li></ul>"},
+             // Not in a list at all.
+             Lists{"<p style='mso-list:none'>a</p>", "<p>a</p>"},
+             Lists{"<p style='mso-list:levels'>a</p>", "<p>a</p>"},
+             Lists{"<span style='mso-list:Ignore'>a</span>", "a"},
+             // Hidden, with what it holds; what follows finds its labels all the same.
+             Lists{
+                 "<div style='display: none'>" + item("l0 level1", "-", "a")
+                     + "<table></table></div>" + item("l0 level1", "7.", "b"),
+                 "<ol start=\"7\"><li>b</li></ol>"},
+         }) {
         EXPECT_EQ(paste::plainHTML(foreign).html, plain) << foreign;
     }
 }
