@@ -4,9 +4,7 @@
 
 #include <chrono>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <vector>
 
 namespace tesserine {
 
@@ -36,14 +34,7 @@ public:
     HTTPReply send(const HTTPRequest& request, const std::stop_token& stop) override;
 
 private:
-    struct Lane;
-    class Loan;
-
-    // Fixed after construction.
-    const Options options_;
-    // Behind the mutex: lanes that nobody uses, the warmest connection last.
-    std::mutex mutex_;
-    std::vector<std::unique_ptr<Lane>> idle_;
+    const std::unique_ptr<HTTPTransport> session_;  // in a module that is loaded for it
 };
 
 }  // namespace tesserine

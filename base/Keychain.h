@@ -2,6 +2,7 @@
 
 #include "base/SecretStore.h"
 
+#include <memory>
 #include <string>
 
 namespace tesserine {
@@ -11,14 +12,14 @@ namespace tesserine {
 class Keychain final : public SecretStore {
 public:
     /// `service` keeps our secrets apart, such as "app.tesserine.tokens".
-    explicit Keychain(std::string service) : service_(std::move(service)) {}
+    explicit Keychain(std::string service);
 
     std::optional<std::string> read(const std::string& name) override;
     void write(const std::string& name, const std::string& secret) override;
     void remove(const std::string& name) override;
 
 private:
-    const std::string service_;
+    const std::unique_ptr<SecretStore> keyring_;  // in a module that is loaded for it
 };
 
 }  // namespace tesserine

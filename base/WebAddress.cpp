@@ -1,22 +1,12 @@
 #include "base/WebAddress.h"
 
+#include "base/network/NetworkModule.h"
 #include "base/Text.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
-#include <charconv>
-#include <memory>
 
 namespace tesserine {
 namespace {
-
-struct Cleanup {
-    void operator()(CURLU* address) const { curl_url_cleanup(address); }
-    void operator()(char* part) const { curl_free(part); }
-};
-using Handle = std::unique_ptr<CURLU, Cleanup>;
-using Part = std::unique_ptr<char, Cleanup>;
 
 bool isHexDigit(char c) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
@@ -46,13 +36,6 @@ std::size_t schemeLength(std::string_view text) {
     return static_cast<std::size_t>(end - text.begin());
 }
 
-std::optional<std::string> part(CURLU* address, CURLUPart which) {
-    char* text = nullptr;
-    if (curl_url_get(address, which, &text, 0) != CURLUE_OK) return std::nullopt;
-    const Part owned(text);
-    return std::string(text);
-}
-
 }  // namespace
 
 std::optional<WebAddress> WebAddress::parse(std::string_view text) {
@@ -63,34 +46,15 @@ std::optional<WebAddress> WebAddress::parse(std::string_view text) {
     result.scheme = text::asciiLowercased(text.substr(0, scheme));
     if (!text.substr(scheme).starts_with("://")) return result;  // such as "mailto:"
 
-    const Handle address(curl_url());
-    if (!address) return std::nullopt;
-    constexpr unsigned flags = CURLU_NON_SUPPORT_SCHEME | CURLU_NO_AUTHORITY | CURLU_PATH_AS_IS;
-    if (curl_url_set(address.get(), CURLUPART_URL, result.text.c_str(), flags) != CURLUE_OK) {
-        return std::nullopt;
-    }
-    result.host = text::asciiLowercased(part(address.get(), CURLUPART_HOST).value_or(""));
-    result.path = part(address.get(), CURLUPART_PATH).value_or("");
-    result.hasUserInfo = part(address.get(), CURLUPART_USER).has_value()
-                         || part(address.get(), CURLUPART_PASSWORD).has_value();
-    if (const auto port = part(address.get(), CURLUPART_PORT)) {
-        int number = 0;
-        std::from_chars(port->data(), port->data() + port->size(), number);
-        result.port = number;
-    }
+    if (!networkModule().takeApart(result)) return std::nullopt;
     return result;
 }
 
 std::optional<WebAddress> WebAddress::resolved(std::string_view reference) const {
     if (reference.empty() || !hasOnlyCharactersOfAddresses(reference)) return std::nullopt;
     if (schemeLength(reference) > 0) return parse(reference);
-    const Handle address(curl_url());
-    const std::string relative(reference);
-    const bool isWhole =
-        address && curl_url_set(address.get(), CURLUPART_URL, text.c_str(), 0) == CURLUE_OK
-        && curl_url_set(address.get(), CURLUPART_URL, relative.c_str(), 0) == CURLUE_OK;
-    if (!isWhole) return std::nullopt;
-    return parse(part(address.get(), CURLUPART_URL).value_or(""));
+    const auto whole = networkModule().resolve(text, std::string(reference));
+    return whole ? parse(*whole) : std::nullopt;
 }
 
 bool WebAddress::hasIPHost() const {

@@ -75,7 +75,8 @@ endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     target_compile_options(tesserine_settings INTERFACE
         -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection)
-    target_link_options(tesserine_settings INTERFACE -pie -Wl,-z,relro,-z,now)
+    target_link_options(tesserine_settings INTERFACE
+        $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie> -Wl,-z,relro,-z,now)
 endif()
 
 find_program(TESSERINE_MOLD mold)

@@ -1,4 +1,4 @@
-# The three kinds of target a folder may define. No folder sets flags or looks for packages itself.
+# The four kinds of target a folder may define. No folder sets flags or looks for packages itself.
 
 # tesserine_library(<room> SOURCES … [DEPENDS …] [PRIVATE_DEPENDS …] [TESTS …] [TEST_DEPENDS …])
 #
@@ -36,6 +36,25 @@ function(tesserine_program name)
 
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE tesserine::settings ${arg_DEPENDS})
+    add_dependencies(${name} tesserine-network)
+endfunction()
+
+# tesserine_module(<name> SOURCES … DEPENDS …)
+#
+# The module lib/tesserine/<name>.so, which programs load when they need what it links. Others see
+# of it only what its sources mark as visible.
+function(tesserine_module name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;DEPENDS")
+    tesserine_refuse_unknown(tesserine_module "${arg_UNPARSED_ARGUMENTS}")
+
+    add_library(${name} MODULE ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE tesserine::settings ${arg_DEPENDS})
+    target_link_options(${name} PRIVATE "LINKER:--exclude-libs,ALL,--as-needed")
+    set_target_properties(${name} PROPERTIES
+        PREFIX ""
+        CXX_VISIBILITY_PRESET hidden
+        LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib/tesserine")
+    install(TARGETS ${name} LIBRARY DESTINATION lib/tesserine)
 endfunction()
 
 # tesserine_tests(<name> SOURCES … [DEPENDS …])
@@ -53,6 +72,7 @@ function(tesserine_tests name)
     add_executable(${target} ${arg_SOURCES})
     target_link_libraries(${target} PRIVATE tesserine::settings ${arg_DEPENDS}
         tesserine::test_support GTest::gmock GTest::gtest_main)
+    add_dependencies(${target} tesserine-network)
     gtest_discover_tests(${target}
         TEST_PREFIX "${name}/"
         DISCOVERY_MODE PRE_TEST
