@@ -85,10 +85,9 @@ TEST_F(SyncControlTest, AnOpenWayIsTakenAtOnceAndTheLiveChannelBegunAnew) {
 
 TEST_F(SyncControlTest, WhatTheTerminalDoesToTheSharedSignInIsFollowed) {
     signIn();
-    SystemClock clock;
     SyncService terminal(
         "https://notes.example.org",
-        {.session = server, .secrets = keyring, .clock = clock, .random = random});
+        {.session = server, .secrets = keyring, .clock = realClock, .random = random});
     terminal.account().signOut();
     realClock.advance(std::chrono::hours(2));  // the access token has run out
     ASSERT_TRUE(waitFor(Phase::signedOut));
