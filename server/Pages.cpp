@@ -10,7 +10,7 @@ constexpr const char* style = R"css(
     body { font: 17px/1.5 system-ui, sans-serif; max-width: 42rem; margin: 3rem auto; padding: 0 1rem;
            color: #222; background: #fff; }
     label { display: block; margin: 1rem 0 .25rem; } input { font: inherit; padding: .4rem; width: 20rem;
-           max-width: 100%; } button { font: inherit; margin-top: 1.25rem; padding: .4rem 1rem; }
+           max-width: 100%; } button { display: block; font: inherit; margin-top: 1.25rem; padding: .4rem 1rem; }
     img { max-width: 100%; } code { overflow-wrap: anywhere; }
     @media (prefers-color-scheme: dark) { body { color: #ddd; background: #1c1c1e; } a { color: #8ab4f8; } }
 )css";

@@ -1,6 +1,7 @@
 #include "server/Records.h"
 
 #include "base/JSON.h"
+#include "server/Eras.h"
 #include "sync/WireCoding.h"
 #include "sync/WireDate.h"
 
@@ -84,6 +85,8 @@ ChangesResponse Records::changes(const std::string& user, std::int64_t since, st
         if (!page.changes.empty()) page.seq = page.changes.back().seq;
         // A client that has seen more than there is must be told so.
         if (page.changes.empty()) page.seq = std::min(since, page.head);
+        page.sinceMark = Eras::nameAt(database, user, since);
+        page.seqMark = Eras::nameAt(database, user, page.seq);
         return page;
     });
 }
@@ -239,8 +242,9 @@ std::optional<SyncRecord> Records::record(const std::string& user, const Uuid& i
     return database_.read([&](SQLiteDatabase& database) { return find(database, user, id); });
 }
 
-std::vector<std::string> Records::referencesTo(const std::string& user, const std::string& digest) {
-    return database_.read([&](SQLiteDatabase& database) {
+std::vector<std::string> Records::removeUnused(
+    const std::string& user, const std::string& digest, const std::function<void()>& remove) {
+    return database_.transact([&](SQLiteDatabase& database) {
         std::vector<std::string> ids;
         Statement& select =
             database.cached("SELECT id FROM records WHERE user = ? AND sha256 = ? AND deleted = 0");
@@ -249,6 +253,8 @@ std::vector<std::string> Records::referencesTo(const std::string& user, const st
         while (select.step()) {
             ids.push_back(select.text(0).value_or(""));
         }
+        select.reset();
+        if (ids.empty()) remove();
         return ids;
     });
 }

@@ -42,8 +42,10 @@ public:
     std::int64_t head(const std::string& user);
     std::vector<RecordRevision> revisions(const std::string& user, const Uuid& record);
     std::optional<SyncRecord> record(const std::string& user, const Uuid& id);
-    /// The live records that name the file of `digest`.
-    std::vector<std::string> referencesTo(const std::string& user, const std::string& digest);
+    /// Calls `remove` unless a live record names the file of `digest`; tells which ones do. No push
+    /// comes in between.
+    std::vector<std::string> removeUnused(
+        const std::string& user, const std::string& digest, const std::function<void()>& remove);
 
 private:
     PushResult settle(

@@ -32,6 +32,9 @@ constexpr const char* schema = R"sql(
     CREATE TABLE IF NOT EXISTS revisions (
         key INTEGER PRIMARY KEY, user TEXT NOT NULL, id TEXT NOT NULL, kind TEXT NOT NULL,
         reason TEXT NOT NULL, payload TEXT NOT NULL, updated TEXT NOT NULL);
+    CREATE TABLE IF NOT EXISTS eras (
+        user TEXT NOT NULL, start INTEGER NOT NULL, name TEXT NOT NULL,
+        PRIMARY KEY (user, start)) WITHOUT ROWID;
     CREATE INDEX IF NOT EXISTS revisionsOfRecord ON revisions (user, id);
 )sql";
 

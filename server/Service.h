@@ -9,6 +9,7 @@
 #include "server/LiveHub.h"
 #include "server/RateLimit.h"
 #include "server/Records.h"
+#include "server/Shares.h"
 #include "server/SignInLimit.h"
 
 #include <filesystem>
@@ -20,6 +21,8 @@
 #include <vector>
 
 namespace tesserine::server {
+
+struct Exchange;
 
 /// Answers requests: the whole service but for the sockets.
 ///
@@ -42,7 +45,8 @@ public:
         Log log{};
     };
 
-    /// Makes the folder. Throws `FileError` and `SQLiteDatabase::Error`.
+    /// Makes the folder, and begins an era (`Eras`). Throws `FileError` and
+    /// `SQLiteDatabase::Error`.
     Service(const Configuration& configuration, const Environment& environment);
 
     Accounts& accounts() { return accounts_; }
@@ -66,7 +70,6 @@ public:
     LiveHub& live() { return live_; }
 
 private:
-    struct Exchange;
     using Handler = HTTPReply (Service::*)(const Exchange& exchange);
     struct Route;
     static const std::vector<Route>& routes();
@@ -107,6 +110,7 @@ private:
     Accounts accounts_;
     Records records_;
     BlobFolder blobs_;
+    Shares shares_;
     SignInLimit limit_;
     RateLimit perAddress_;
     RateLimit perToken_;

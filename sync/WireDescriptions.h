@@ -57,6 +57,8 @@ void describe(auto& coder, Either<ChangesResponse> auto& response) {
     coder.required("seq", response.seq);
     coder.required("head", response.head);
     coder.required("more", response.more);
+    coder.optional("since_mark", response.sinceMark);
+    coder.optional("seq_mark", response.seqMark);
 }
 
 void describe(auto& coder, Either<SyncStateResponse> auto& state) {

@@ -59,6 +59,10 @@ struct ChangesResponse {
     std::int64_t seq = 0;   ///< to ask from next time
     std::int64_t head = 0;  ///< the newest on the server
     bool more = false;
+    /// Name the history up to what was asked from and up to `seq`. One change has two names only
+    /// after the service was put back to an older state; a service may leave them out.
+    std::optional<std::string> sinceMark{};
+    std::optional<std::string> seqMark{};
 };
 
 struct SyncStateResponse {
