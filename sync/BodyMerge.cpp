@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace tesserine {
@@ -24,12 +25,17 @@ Blocks blocksOf(std::string_view html) {
     return blocks;
 }
 
-/// For each block of `base` its place in `other`, by a longest common subsequence; none for blocks
-/// that are not there any more.
-std::optional<std::vector<std::optional<std::size_t>>> matches(
-    const Blocks& base, const Blocks& other) {
+using Places = std::vector<std::optional<std::size_t>>;
+
+/// Finds the places of the blocks of `base` in `other` by a longest common subsequence; false when
+/// there are too many to compare.
+bool matchMiddle(
+    std::span<const std::string> base,
+    std::span<const std::string> other,
+    std::size_t offset,
+    std::span<std::optional<std::size_t>> places) {
     const std::size_t columns = other.size() + 1;
-    if ((base.size() + 1) * columns > comparisonLimit) return std::nullopt;
+    if ((base.size() + 1) * columns > comparisonLimit) return false;
     std::vector<std::uint32_t> length((base.size() + 1) * columns, 0);
     for (std::size_t i = base.size(); i-- > 0;) {
         for (std::size_t j = other.size(); j-- > 0;) {
@@ -39,17 +45,40 @@ std::optional<std::vector<std::optional<std::size_t>>> matches(
                     : std::max(length[(i + 1) * columns + j], length[i * columns + j + 1]);
         }
     }
-    std::vector<std::optional<std::size_t>> places(base.size());
     for (std::size_t i = 0, j = 0; i < base.size() && j < other.size();) {
         if (base[i] == other[j]) {
-            places[i++] = j++;
+            places[i++] = offset + j++;
         } else if (length[(i + 1) * columns + j] >= length[i * columns + j + 1]) {
             ++i;
         } else {
             ++j;
         }
     }
-    return places;
+    return true;
+}
+
+/// For each block of `base` its place in `other`; none for blocks that are not there any more. What
+/// both begin and end with is soon found: long notes are compared where they differ.
+std::optional<Places> matches(const Blocks& base, const Blocks& other) {
+    Places places(base.size());
+    const std::size_t least = std::min(base.size(), other.size());
+    std::size_t head = 0;
+    while (head < least && base[head] == other[head]) {
+        places[head] = head;
+        ++head;
+    }
+    std::size_t tail = 0;
+    while (tail < least - head && base[base.size() - 1 - tail] == other[other.size() - 1 - tail]) {
+        ++tail;
+        places[base.size() - tail] = other.size() - tail;
+    }
+    const std::size_t count = base.size() - head - tail;
+    const bool isFound = matchMiddle(
+        std::span(base).subspan(head, count),
+        std::span(other).subspan(head, other.size() - head - tail),
+        head,
+        std::span(places).subspan(head, count));
+    return isFound ? std::optional(std::move(places)) : std::nullopt;
 }
 
 Blocks slice(const Blocks& blocks, std::size_t from, std::size_t to) {

@@ -35,6 +35,20 @@ TEST(BodyMerge, ChangesOfDifferentBlocksAreJoinedAndOthersRefused) {
     }
 }
 
+TEST(BodyMerge, LongNotesAreJoinedWhereTheyDiffer) {
+    const auto numbered = [](const std::string& first, const std::string& last) {
+        std::string body = "<p>" + first + "</p>";
+        for (int i = 0; i < 5'000; ++i) {
+            body += "<p>" + std::to_string(i) + "</p>";
+        }
+        return body + "<p>" + last + "</p>";
+    };
+    EXPECT_EQ(
+        mergedBody(numbered("a", "z"), numbered("A", "z"), numbered("a", "Z")), numbered("A", "Z"));
+    EXPECT_EQ(mergedBody(numbered("a", "z"), numbered("A", "Z"), numbered("b", "y")), std::nullopt)
+        << "too much to compare";
+}
+
 TEST(RecordMerge, EachMemberComesFromTheSideThatChangedIt) {
     const JSONObject base{
         {"title", "t"}, {"is_pinned", false}, {"tag_ids", JSONValue::Array{"a", "b"}}};

@@ -94,9 +94,14 @@ void ChangeMarker::examineHistory(
         if (changed.empty() && isLast) return;
         context.reset();
         Examination examination(context);
+        std::size_t count = 0;
         for (const auto& [id, entity] : changed) {
             stopIfAsked(stop);
             examination.look(entity, id);
+            // Not all at once: a single transaction may have brought a whole library.
+            if (++count % objectsAtOnce > 0) continue;
+            context.save();
+            context.reset();
         }
         keepMark(examination.ledger(), from);
         context.save();

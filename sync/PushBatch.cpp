@@ -53,18 +53,19 @@ std::optional<std::int64_t> numberMember(const JSONValue& object, std::string_vi
 
 std::vector<Uuid> recordsToPush(StoreContext& context) {
     std::vector<Waiting> waiting;
-    for (CDSyncState* const state :
-         context.fetch<CDSyncState>({.predicate = {"needsPush == YES"}})) {
-        const auto id = state->recordID.get();
+    const auto add = [&](const ListedRow& state) {
+        const auto id = state.get(&CDSyncState::recordID);
+        const auto name = state.get(&CDSyncState::kindName);
         const auto* const kind =
-            std::ranges::find(recordKinds, state->kindName.valueOr(""), &RecordKind::name);
-        if (!id || kind == recordKinds.end()) continue;
+            std::ranges::find(recordKinds, name.value_or(""), &RecordKind::name);
+        if (!id || kind == recordKinds.end()) return;
         waiting.push_back(
-            {.isDeletion = static_cast<bool>(state->isTombstone),
+            {.isDeletion = state.get(&CDSyncState::isTombstone).value_or(false),
              .kind = static_cast<std::size_t>(kind - recordKinds.begin()),
              .depth = depthOf(context, kind->entity, *id),
              .id = *id});
-    }
+    };
+    context.visitRows<CDSyncState>({.predicate = {"needsPush == YES"}}, add);
     std::ranges::sort(
         waiting, [](const Waiting& a, const Waiting& b) { return a.order() < b.order(); });
     std::vector<Uuid> ids;

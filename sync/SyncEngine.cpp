@@ -12,8 +12,10 @@
 #include "sync/RecordApplier.h"
 #include "sync/RecordPusher.h"
 #include "sync/SyncClient.h"
+#include "sync/TreeMender.h"
 
 #include <charconv>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -23,12 +25,23 @@ namespace {
 constexpr int mostRounds = 10;    // of pulling and pushing in one synchronisation
 constexpr int mostSteps = 1'000;  // over records that cannot be read, in one synchronisation
 constexpr std::size_t filesAtOnce = 50;
+constexpr auto turnOfFiles = std::chrono::seconds(5);
 
 std::int64_t cursorIn(const SyncLedger& ledger) {
     const std::string text = ledger.value(SyncLedger::cursor).value_or("0");
     std::int64_t cursor = 0;
     std::from_chars(text.data(), text.data() + text.size(), cursor);
     return cursor;
+}
+
+/// Whether the service does not know the changes that we had from it: it holds less than it did, or
+/// it has counted on from an older state and gave their numbers to others.
+bool hasOtherHistory(const ChangesResponse& page, const SyncLedger& ledger) {
+    const std::int64_t cursor = cursorIn(ledger);
+    if (cursor == 0) return false;
+    const std::string mark = ledger.value(SyncLedger::cursorMark).value_or("");
+    const bool isMarked = !mark.empty() && page.sinceMark;
+    return page.head < cursor || (isMarked && mark != *page.sinceMark);
 }
 
 }  // namespace
@@ -46,7 +59,10 @@ struct SyncEngine::Run {
     const Consent& consent;
     const std::stop_token& stop;
     std::size_t itemsAtStart = 0;
+    std::set<Uuid> failedFiles{};
     bool hasBackup = false;
+    bool hasStartedAfresh = false;
+    std::optional<SyncError> unreadable{};  // why the last page could not be read
     SyncSummary summary{};
 };
 
@@ -72,29 +88,36 @@ SyncSummary SyncEngine::runOnce(const Consent& consent, const std::stop_token& s
     run.itemsAtStart = context->count<CDNote>() + context->count<CDTask>();
     askAboutRoom(run);
 
-    ChangeMarker marker(environment_.store);
-    RecordPusher pusher(
-        {.context = *context,
-         .client = environment_.client,
-         .clock = environment_.clock,
-         .log = log_});
-    for (int round = 0; round < mostRounds; ++round) {
-        marker.catchUp(*context, stop);  // what was deleted here must be known before the pull
-        pull(run);
-        marker.catchUp(*context, stop);
-        const auto pushed = pusher.pushAll(stop);
-        run.summary.sent += pushed.sent;
-        run.summary.refused += pushed.refused;
-        run.summary.conflicts += pushed.conflicts;
-        if (pushed.sent == 0) break;
-    }
-    fetchFiles(run);
+    do {
+        exchange(run);
+    } while (!fetchFiles(run));
     reclaimFiles(run);
     context->reset();
     const SyncLedger ledger(*context);
     ledger.setValue(SyncLedger::lastSync, environment_.clock.now().iso());
     context->save();
     return run.summary;
+}
+
+/// Pulls and pushes until nothing is left to send.
+void SyncEngine::exchange(Run& run) {
+    ChangeMarker marker(environment_.store);
+    RecordPusher pusher(
+        {.context = run.context,
+         .client = environment_.client,
+         .clock = environment_.clock,
+         .log = log_});
+    for (int round = 0; round < mostRounds; ++round) {
+        marker.catchUp(run.context, run.stop);  // what was deleted must be known before the pull
+        pull(run);
+        meetAccount(run);
+        marker.catchUp(run.context, run.stop);
+        const auto pushed = pusher.pushAll(run.stop);
+        run.summary.sent += pushed.sent;
+        run.summary.refused += pushed.refused;
+        run.summary.conflicts += pushed.conflicts;
+        if (pushed.sent == 0) return;
+    }
 }
 
 void SyncEngine::checkAccount(Run& run) {
@@ -111,6 +134,16 @@ void SyncEngine::checkAccount(Run& run) {
     ledger.setValue(SyncLedger::account, account->id);
     run.context.save();
     run.context.reset();
+}
+
+/// After the first pull of all there is: what was made on both sides is there twice.
+void SyncEngine::meetAccount(Run& run) {
+    run.context.reset();
+    const SyncLedger ledger(run.context);
+    if (ledger.value(SyncLedger::firstPullDone)) return;
+    joinNotebooks(run.context, ledger);
+    ledger.setValue(SyncLedger::firstPullDone, "yes");
+    run.context.save();
 }
 
 /// Once in a synchronisation: a way back from what it is about to do.
@@ -150,9 +183,10 @@ void SyncEngine::stepOverUnreadable(Run& run) {
     run.context.reset();
     const SyncLedger ledger(run.context);
     const std::int64_t next = cursorIn(ledger) + 1;
-    if (next > head) throw SyncError::malformed("changes");
+    if (next > head) throw SyncError(*run.unreadable);
     log_.error("stepping over change " + std::to_string(next) + ", which cannot be read");
     ledger.setValue(SyncLedger::cursor, std::to_string(next));
+    ledger.setValue(SyncLedger::cursorMark, "");
     run.context.save();
     ++run.summary.unreadable;
 }
@@ -166,9 +200,10 @@ SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
     } catch (const SyncError& error) {
         if (error.kind() != SyncError::Kind::malformed) throw;
         log_.warning(std::string("a page cannot be read: ") + error.what());
+        run.unreadable = error;
         return Page::unreadable;
     }
-    if (page.head < since && since > 0) {
+    if (hasOtherHistory(page, SyncLedger(run.context))) {
         startAfresh(run);
         return Page::more;
     }
@@ -193,9 +228,12 @@ SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
         FAIL_POINT("sync.recordApplied");
     }
     applier.finish();
-    const bool isChanged = page.seq != since || !page.changes.empty();
+    const std::string mark = page.seqMark.value_or("");
+    const bool isChanged = page.seq != since || !page.changes.empty()
+                           || mark != ledger.value(SyncLedger::cursorMark).value_or("");
     if (isChanged) {
         ledger.setValue(SyncLedger::cursor, std::to_string(page.seq));
+        ledger.setValue(SyncLedger::cursorMark, mark);
         ledger.keepUnresolved();
         run.context.save();
     }
@@ -206,9 +244,10 @@ SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
     return page.more ? Page::more : Page::last;
 }
 
-/// The server holds less than it did: it was put back to an earlier day, or is another one. Nothing
-/// is deleted for that; both sides are compared as if they had never met.
+/// The server was put back to an earlier day, or is another one. Nothing is deleted for that; both
+/// sides are compared as if they had never met.
 void SyncEngine::startAfresh(Run& run) {
+    if (std::exchange(run.hasStartedAfresh, true)) throw SyncError::malformed("no progress");
     log_.warning("the server went back in time: everything is compared again");
     backUp(run);
     const SyncLedger ledger(run.context);
@@ -218,39 +257,46 @@ void SyncEngine::startAfresh(Run& run) {
 
 // MARK: files and room
 
-void SyncEngine::fetchFiles(Run& run) {
-    std::set<Uuid> failed;
+/// Fetches files that are missing, one after the other; false when there are more to come but notes
+/// should have their turn.
+bool SyncEngine::fetchFiles(Run& run) {
+    const auto start = environment_.clock.monotonic();
     for (;;) {
         run.context.reset();
         const auto missing = run.context.fetch<CDAttachment>(
             {.predicate = {"fileData == nil AND sha256 != nil"},
-             .limit = filesAtOnce + failed.size()});
+             .limit = filesAtOnce + run.failedFiles.size()});
         bool isProgress = false;
         for (CDAttachment* const file : missing) {
             const Uuid id = file->uuid().value_or(Uuid());
-            if (failed.contains(id)) continue;
-            try {
-                const std::string bytes = environment_.client.downloadBlob(*file->sha256, run.stop);
-                if (sha256Hex(bytesOf(bytes)) == *file->sha256) {
-                    const auto span = bytesOf(bytes);
-                    file->fileData = Bytes(span.begin(), span.end());
-                    file->integrityVerified = true;
-                    run.context.save();
-                    run.context.releaseLargeValues();
-                    ++run.summary.filesReceived;
-                    isProgress = true;
-                    continue;
-                }
-                log_.warning("a file does not have its digest and was thrown away");
-            } catch (const SyncError& error) {
-                if (error.isTransient() || error.kind() == SyncError::Kind::signedOut) throw;
-                log_.warning(std::string("a file could not be fetched: ") + error.what());
-            }
-            failed.insert(id);
+            if (run.failedFiles.contains(id)) continue;
+            if (environment_.clock.monotonic() - start > turnOfFiles) return false;
+            isProgress = fetchFile(run, *file) || isProgress;
         }
-        if (!isProgress) break;
+        if (!isProgress) return true;
     }
-    run.summary.filesFailed = failed.size();
+}
+
+bool SyncEngine::fetchFile(Run& run, CDAttachment& file) {
+    try {
+        const std::string bytes = environment_.client.downloadBlob(*file.sha256, run.stop);
+        if (sha256Hex(bytesOf(bytes)) == *file.sha256) {
+            const auto span = bytesOf(bytes);
+            file.fileData = Bytes(span.begin(), span.end());
+            file.integrityVerified = true;
+            run.context.save();
+            run.context.releaseLargeValues();
+            ++run.summary.filesReceived;
+            return true;
+        }
+        log_.warning("a file does not have its digest and was thrown away");
+    } catch (const SyncError& error) {
+        if (error.isTransient() || error.kind() == SyncError::Kind::signedOut) throw;
+        log_.warning(std::string("a file could not be fetched: ") + error.what());
+    }
+    run.failedFiles.insert(file.uuid().value_or(Uuid()));
+    run.summary.filesFailed = run.failedFiles.size();
+    return false;
 }
 
 /// Files that no record here names any more are deleted on the server, which keeps those that

@@ -14,6 +14,7 @@
 namespace tesserine {
 
 class AccountSession;
+class CDAttachment;
 class Random;
 class StoreContext;
 class SyncClient;
@@ -54,11 +55,11 @@ struct SyncSummary {
 /// Keeps a library in step with the account's records on the server.
 ///
 /// One synchronisation pulls page by page, marks what was changed here, and pushes, until nothing
-/// is left to send; then it fetches missing files. Every page is applied together with its cursor
-/// in one save, so it may be killed anywhere. Before much is deleted, and before the library is
-/// compared with another account or with a server that went back in time, it makes a backup. Safe
-/// from any thread; one synchronisation runs at a time, on the caller's thread and in a context of
-/// its own.
+/// is left to send; then it fetches missing files, and looks after the notes in between. Every page
+/// is applied together with its cursor in one save, so it may be killed anywhere. Before much is
+/// deleted, and before the library is compared with another account or with a server that went back
+/// in time, it makes a backup. Safe from any thread; one synchronisation runs at a time, on the
+/// caller's thread and in a context of its own.
 class SyncEngine {
 public:
     static constexpr int pageSize = 200;
@@ -100,14 +101,17 @@ private:
     enum class Page { last, more, unreadable };
 
     SyncSummary runOnce(const Consent& consent, const std::stop_token& stop);
+    void exchange(Run& run);
     void checkAccount(Run& run);
+    void meetAccount(Run& run);
     void pull(Run& run);
     /// Applies one page of at most `limit` records.
     Page pullPage(Run& run, int limit);
     void stepOverUnreadable(Run& run);
     void startAfresh(Run& run);
     void backUp(Run& run);
-    void fetchFiles(Run& run);
+    bool fetchFiles(Run& run);
+    bool fetchFile(Run& run, CDAttachment& file);
     void reclaimFiles(Run& run);
     void askAboutRoom(Run& run);
 

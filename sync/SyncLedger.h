@@ -18,8 +18,9 @@ class StoreContext;
 class SyncLedger {
 public:
     // Names of values.
-    static constexpr const char* cursor = "cursor";    ///< the sequence number to ask from
-    static constexpr const char* account = "account";  ///< whose service the library follows
+    static constexpr const char* cursor = "cursor";          ///< the sequence number to ask from
+    static constexpr const char* cursorMark = "cursorMark";  ///< the history it belongs to
+    static constexpr const char* account = "account";        ///< whose service the library follows
     static constexpr const char* lastSync = "lastSync";
     static constexpr const char* firstPullDone = "firstPullDone";
     static constexpr const char* historyMark = "history";  ///< "<history id> <number>"

@@ -4,6 +4,7 @@
 #include "core/services/Tree.h"
 #include "core/store/ListedRow.h"
 #include "core/store/StoreContext.h"
+#include "sync/SyncLedger.h"
 
 #include <algorithm>
 #include <string>
@@ -51,6 +52,28 @@ void join(StoreContext& context, CDTag& survivor, CDTag& twin) {
     context.remove(twin);
 }
 
+void join(StoreContext& context, CDNotebook& survivor, CDNotebook& twin) {
+    for (CDNote* const note : twin.notes.all()) {
+        note->notebook = &survivor;
+    }
+    for (CDNotebook* const child : twin.children.all()) {
+        child->parent = &survivor;
+    }
+    context.remove(twin);
+}
+
+/// All become the one that is the oldest on every device alike; returns it.
+template <class Entity>
+Entity& joinAll(StoreContext& context, std::vector<Entity*> twins) {
+    std::ranges::sort(twins, {}, [](const Entity* twin) {
+        return std::pair(twin->createdAt.valueOr(Instant()), *twin->id);
+    });
+    for (std::size_t i = 1; i < twins.size(); ++i) {
+        join(context, *twins.front(), *twins[i]);
+    }
+    return *twins.front();
+}
+
 /// The tags that share a name, ignoring case, with a touched one.
 std::map<std::string, std::vector<Uuid>> namesakes(
     StoreContext& context, const std::set<Uuid>& touched) {
@@ -77,13 +100,21 @@ void joinTags(StoreContext& context, const TouchedObjects& touched) {
         for (const Uuid& id : ids) {
             tags.push_back(context.find<CDTag>(id));
         }
-        std::ranges::sort(tags, {}, [](const CDTag* tag) {
-            return std::pair(tag->createdAt.valueOr(Instant()), *tag->id);
-        });
-        for (std::size_t i = 1; i < tags.size(); ++i) {
-            join(context, *tags.front(), *tags[i]);
-        }
+        joinAll(context, std::move(tags));
     }
+}
+
+/// The notebooks directly below `parent`, or at the top, by their names.
+std::map<std::string, std::vector<CDNotebook*>> notebooksBelow(
+    StoreContext& context, CDNotebook* parent) {
+    std::map<std::string, std::vector<CDNotebook*>> byName;
+    const auto below = parent == nullptr
+                           ? context.fetch<CDNotebook>({.predicate = {"parent == nil"}})
+                           : parent->children.all();
+    for (CDNotebook* const notebook : below) {
+        if (notebook->id) byName[text::caseFolded(notebook->name.valueOr(""))].push_back(notebook);
+    }
+    return byName;
 }
 
 }  // namespace
@@ -93,6 +124,24 @@ void mendTrees(StoreContext& context, const TouchedObjects& touched) {
     breakCycles<CDTag>(context, touched);
     breakCycles<CDTask>(context, touched);
     joinTags(context, touched);
+}
+
+void joinNotebooks(StoreContext& context, const SyncLedger& ledger) {
+    const auto isKnown = [&ledger](const CDNotebook* notebook) {
+        const CDSyncState* const state = ledger.find(*notebook->id);
+        return state != nullptr && state->rev.valueOr(0) > 0;
+    };
+    // From the top down: what was joined has the notebooks of both below it.
+    std::vector<CDNotebook*> parents{nullptr};
+    for (std::size_t i = 0; i < parents.size(); ++i) {
+        for (auto& [name, notebooks] : notebooksBelow(context, parents[i])) {
+            const auto known = std::ranges::count_if(notebooks, isKnown);
+            const bool areTwins =
+                known > 0 && known < static_cast<std::ptrdiff_t>(notebooks.size());
+            if (areTwins) notebooks = {&joinAll(context, notebooks)};
+            parents.insert(parents.end(), notebooks.begin(), notebooks.end());
+        }
+    }
 }
 
 }  // namespace tesserine

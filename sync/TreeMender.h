@@ -9,6 +9,7 @@
 namespace tesserine {
 
 class StoreContext;
+class SyncLedger;
 
 /// The objects that records were applied to, by entity.
 using TouchedObjects = std::map<EntityKind, std::set<Uuid>>;
@@ -17,5 +18,9 @@ using TouchedObjects = std::map<EntityKind, std::set<Uuid>>;
 /// closed together, and tags of one name that two devices made. Looks only at what `touched` names
 /// and what stands above it. Works in `context` and never saves.
 void mendTrees(StoreContext& context, const TouchedObjects& touched);
+
+/// When a library has met its account for the first time: notebooks of one name in one place, some
+/// of which the server knows and some not, become the oldest. Never saves.
+void joinNotebooks(StoreContext& context, const SyncLedger& ledger);
 
 }  // namespace tesserine

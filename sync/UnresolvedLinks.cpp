@@ -39,26 +39,37 @@ std::string UnresolvedLinks::text() const {
 }
 
 void UnresolvedLinks::add(const Uuid& record, const std::string& key, const Uuid& target) {
-    waiting_[record][key].insert(target.wireText());
+    const std::string name = target.wireText();
+    waiting_[record][key].insert(name);
+    byTarget_[name].insert({record, key});
 }
 
 void UnresolvedLinks::clear(const Uuid& record, const std::string& key) {
     const auto found = waiting_.find(record);
     if (found == waiting_.end()) return;
-    found->second.erase(key);
+    if (const auto member = found->second.find(key); member != found->second.end()) {
+        for (const std::string& target : member->second) {
+            const auto links = byTarget_.find(target);
+            links->second.erase({record, key});
+            if (links->second.empty()) byTarget_.erase(links);
+        }
+        found->second.erase(member);
+    }
     if (found->second.empty()) waiting_.erase(found);
 }
 
 std::vector<UnresolvedLinks::Link> UnresolvedLinks::take(const Uuid& target) {
-    std::vector<Link> links;
-    const std::string name = target.wireText();
-    for (auto& [record, members] : waiting_) {
-        for (auto& [key, targets] : members) {
-            if (targets.erase(name) > 0) links.push_back({record, key});
-        }
-        std::erase_if(members, [](const auto& member) { return member.second.empty(); });
+    const auto found = byTarget_.find(target.wireText());
+    if (found == byTarget_.end()) return {};
+    const std::vector<Link> links(found->second.begin(), found->second.end());
+    for (const auto& [record, key] : links) {
+        const auto members = waiting_.find(record);
+        auto& targets = members->second.at(key);
+        targets.erase(found->first);
+        if (targets.empty()) members->second.erase(key);
+        if (members->second.empty()) waiting_.erase(members);
     }
-    std::erase_if(waiting_, [](const auto& record) { return record.second.empty(); });
+    byTarget_.erase(found);
     return links;
 }
 

@@ -3,6 +3,7 @@
 #include "base/Uuid.h"
 #include "sync/JSONValue.h"
 
+#include <compare>
 #include <map>
 #include <set>
 #include <string>
@@ -18,6 +19,7 @@ public:
     struct Link {
         Uuid record;
         std::string key;  ///< of the payload
+        auto operator<=>(const Link&) const = default;
     };
 
     UnresolvedLinks() = default;
@@ -34,8 +36,10 @@ public:
     void complete(const Uuid& record, JSONObject& payload) const;
 
 private:
-    // By record and key: identifiers in lower case.
+    // By record and key, and the same by target: thousands of notes may wait for one notebook.
+    // Targets are identifiers in lower case.
     std::map<Uuid, std::map<std::string, std::set<std::string>>> waiting_;
+    std::map<std::string, std::set<Link>> byTarget_;
 };
 
 }  // namespace tesserine

@@ -1,4 +1,5 @@
 #include "base/JSON.h"
+#include "core/services/NotebookService.h"
 #include "tests/fakeserver/SyncFixture.h"
 
 namespace tesserine::test {
@@ -57,6 +58,34 @@ TEST_F(SyncAccounts, AnotherAccountIsAskedAboutAndGetsEverythingAsNew) {
     EXPECT_EQ(a.sync({.anotherAccount = true}), "");
     EXPECT_EQ(service.liveRecords("note").size(), 1U);
     EXPECT_EQ(backups(a), 1U);
+}
+
+TEST_F(SyncAccounts, NotebooksMadeOnBothSidesBeforeTheFirstSyncBecomeOne) {
+    const auto fill = [](SyncDevice& device, const std::vector<std::string>& path) {
+        StoreContext& context = device.context();
+        CDNotebook* const book = NotebookService(device.clock).findOrCreatePath(context, path);
+        device.notes.createNote(context, {.html = "<p>x</p>", .notebook = book});
+        device.save();
+        device.clock.advance(std::chrono::seconds(5));
+    };
+    b.clock.advance(std::chrono::seconds(2));
+    fill(a, {"Work", "Plans"});
+    fill(a, {"Home"});
+    fill(b, {"work", "plans", "Old"});
+    fill(b, {"Travel"});
+    settle();
+    EXPECT_EQ(b.context().count<CDNotebook>(), 5U);
+    CDNotebook* const old =
+        b.context().fetchFirst<CDNotebook>({.predicate = {"name == %@", "Old"}});
+    ASSERT_NE(old, nullptr);
+    EXPECT_EQ(old->parent->name, "Plans");
+    EXPECT_EQ(old->parent->parent->name, "Work");
+
+    // Later ones stay apart: somebody may want two.
+    fill(a, {"Later"});
+    fill(b, {"Later"});
+    settle();
+    EXPECT_EQ(a.context().count<CDNotebook>(), 7U);
 }
 
 TEST_F(SyncAccounts, AServerThatStandsStillOrGoesBackDeletesNothing) {

@@ -1,12 +1,11 @@
 #include "base/FailPoint.h"
 #include "core/services/NotebookService.h"
 #include "core/services/TagService.h"
-#include "tests/fakeserver/SyncDevice.h"
+#include "tests/fakeserver/SyncFixture.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <set>
@@ -223,12 +222,6 @@ private:
     std::vector<std::string> typed_;
     std::set<std::string> deleted_;
 };
-
-/// `name` from the environment, or `otherwise`.
-int setting(const char* name, int otherwise) {
-    const char* const text = std::getenv(name);
-    return text == nullptr ? otherwise : std::atoi(text);
-}
 
 TEST(SyncChaos, ThreeDevicesOverABadNetworkConvergeAndLoseNothing) {
     const int first = setting("TESSERINE_CHAOS_SEED", 1);

@@ -81,6 +81,27 @@ TEST_F(SyncFiles, AFileIsDeletedOnTheServerWithItsLastRecord) {
     EXPECT_TRUE(service.blobs.empty());
 }
 
+TEST_F(SyncFiles, NotesHaveTheirTurnWhileManyFilesAreFetched) {
+    const Uuid id = sharedNote("<p>1</p>");
+    for (int i = 0; i < 3; ++i) {
+        attach(a, id, "file " + std::to_string(i));
+    }
+    EXPECT_EQ(a.sync(), "");
+    int fetched = 0;
+    service.instead = [&](const HTTPRequest& request) -> std::optional<HTTPReply> {
+        if (request.method != "GET" || request.url.find("/blobs/") == std::string::npos) return {};
+        if (++fetched == 1) b.write(id, "<p>typed meanwhile</p>");
+        if (fetched == 2) {
+            EXPECT_EQ(service.liveRecords("note").at(0).rev, 2);
+        }
+        b.clock.advance(std::chrono::seconds(6));  // a slow line
+        return std::nullopt;
+    };
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(fetched, 3);
+    EXPECT_EQ(b.summary.filesReceived, 3U);
+}
+
 TEST_F(SyncFiles, AFileThatDoesNotComeWholeStaysMissingAndIsFetchedAgain) {
     const Uuid note = sharedNote("<p>1</p>");
     const Uuid file = attach(a, note, "the right bytes");

@@ -5,9 +5,16 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
 namespace tesserine::test {
+
+/// How large a run shall be: `name` from the environment, or `otherwise`.
+inline int setting(const char* name, int otherwise) {
+    const char* const text = std::getenv(name);
+    return text == nullptr ? otherwise : std::atoi(text);
+}
 
 /// Two devices and the service between them.
 class Sync : public testing::Test {

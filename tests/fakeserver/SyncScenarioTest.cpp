@@ -128,34 +128,6 @@ TEST_F(Sync, AKillAtAnyRecordPageOrAnswerLosesAndRepeatsNothing) {
     EXPECT_EQ(a.context().count<CDNoteRevision>() + b.context().count<CDNoteRevision>(), 0U);
 }
 
-TEST_F(Sync, AMonthOfChangesOnBothSidesMeetsRecordByRecord) {
-    constexpr int count = 150;
-    std::vector<Uuid> shared;
-    StoreContext& context = a.context();
-    for (int i = 0; i < 50; ++i) {
-        shared.push_back(*a.notes.createNote(context, {.html = "<p>1</p><p>and</p><p>2</p>"}).id);
-    }
-    a.save();
-    settle();
-    service.pageLimit = 1;
-    const auto change = [&](SyncDevice& device, const std::string& html) {
-        StoreContext& fresh = device.context();
-        for (const Uuid& id : shared) {
-            device.notes.updateNote(fresh, *fresh.find<CDNote>(id), {.html = html});
-        }
-        for (int i = 0; i < count; ++i) {
-            device.notes.createNote(fresh, {.title = "New", .html = html});
-        }
-        device.save();
-        device.clock.advance(std::chrono::hours(24 * 30));
-    };
-    change(a, "<p>one</p><p>and</p><p>2</p>");
-    change(b, "<p>1</p><p>and</p><p>two</p>");
-    settle();
-    EXPECT_EQ(a.context().count<CDNote>(), shared.size() + 2 * count);
-    EXPECT_EQ(a.note(shared.front())->html, "<p>one</p><p>and</p><p>two</p>");
-}
-
 TEST_F(Sync, ChangesOfDifferentPartsAreJoined) {
     const Uuid id = sharedNote("<p>one</p><p>two</p><p>three</p>");
     a.write(id, "<p>ONE</p><p>two</p><p>three</p>");
