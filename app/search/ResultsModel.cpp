@@ -2,6 +2,7 @@
 
 #include "app/search/MarkedLine.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tesserine::app {
@@ -10,6 +11,13 @@ void ResultsModel::setResults(std::vector<SearchResult> results) {
     beginResetModel();
     results_ = std::move(results);
     endResetModel();
+}
+
+std::optional<int> ResultsModel::rowOf(const Uuid& id) const {
+    const auto found =
+        std::ranges::find_if(results_, [&](const SearchResult& one) { return one.id == id; });
+    if (found == results_.end()) return std::nullopt;
+    return static_cast<int>(found - results_.begin());
 }
 
 int ResultsModel::rowCount(const QModelIndex& parent) const {

@@ -4,6 +4,7 @@
 
 #include <QAbstractListModel>
 
+#include <optional>
 #include <vector>
 
 namespace tesserine::app {
@@ -16,6 +17,7 @@ public:
     using QAbstractListModel::QAbstractListModel;
 
     void setResults(std::vector<SearchResult> results);
+    std::optional<int> rowOf(const Uuid& id) const;
     const SearchResult& result(int row) const { return results_[static_cast<std::size_t>(row)]; }
 
     int rowCount(const QModelIndex& parent = {}) const override;

@@ -13,13 +13,18 @@
 
 #include <QLabel>
 #include <QListView>
+#include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace tesserine::app {
 namespace {
+
+constexpr int refreshDelay = 300;  // milliseconds
 
 const EmptyState::Content nothingTyped{
     "search",
@@ -78,6 +83,11 @@ SearchResults::SearchResults(AppEnvironment& environment, QWidget* parent)
         this,
         &SearchResults::choose);
     connect(list_, &QListView::activated, this, &SearchResults::open);
+    refreshTimer_.setSingleShot(true);
+    connect(&refreshTimer_, &QTimer::timeout, this, &SearchResults::refresh);
+    connect(&environment, &AppEnvironment::searchIndexChanged, this, [this] {
+        if (!refreshTimer_.isActive()) refreshTimer_.start(refreshDelay);
+    });
 }
 
 void SearchResults::build() {
@@ -113,6 +123,8 @@ void SearchResults::build() {
 
 void SearchResults::search(const QString& text, SearchRunner::Typing typing, bool isExact) {
     query_ = text.trimmed();
+    typing_ = typing;
+    isExact_ = isExact;
     if (query_.isEmpty()) {
         runner_->forget();
         show({});
@@ -127,7 +139,18 @@ void SearchResults::search(const QString& text, SearchRunner::Typing typing, boo
     }
 }
 
+/// The index has more or less to say than it had.
+void SearchResults::refresh() {
+    if (isVisible() && !query_.isEmpty()) runner_->search(query_, typing_, isExact_);
+}
+
 void SearchResults::show(const SearchAnswer& answer) {
+    const QModelIndex current = list_->currentIndex();
+    const bool isSameQuestion = answer.text == std::exchange(shown_, answer.text);
+    const auto chosen = isSameQuestion && current.isValid()
+                            ? std::optional(model_->result(current.row()).id)
+                            : std::nullopt;
+    const int scrolled = isSameQuestion ? list_->verticalScrollBar()->value() : 0;
     const auto setText = [](QLabel& label, const QString& text) {
         label.setText(text);
         label.setVisible(!text.isEmpty());
@@ -143,15 +166,24 @@ void SearchResults::show(const SearchAnswer& answer) {
     model_->setResults(answer.response.results);
     if (model_->rowCount() == 0) return showEmpty(answer);
     stack_->setCurrentWidget(list_);
-    list_->scrollToTop();
+    if (chosen) mark(*chosen);
+    list_->verticalScrollBar()->setValue(scrolled);
+}
+
+/// Makes a line the current one without opening it again.
+void SearchResults::mark(const Uuid& found) {
+    const QScopedValueRollback marking(isMarking_, true);
+    if (const auto row = model_->rowOf(found)) list_->setCurrentIndex(model_->index(*row));
 }
 
 void SearchResults::showEmpty(const SearchAnswer& answer) {
+    const auto& relaxation = answer.response.relaxation;
+    const QString dropped =
+        relaxation ? QString::fromStdString(relaxation->droppedTerm) : QString();
+    withoutDropped_ = relaxation ? QString(answer.text).remove(dropped).simplified() : QString();
     if (answer.text.isEmpty()) {
         empty_->setContent(nothingTyped);
-    } else if (const auto& relaxation = answer.response.relaxation) {
-        const QString dropped = QString::fromStdString(relaxation->droppedTerm);
-        withoutDropped_ = QString(answer.text).remove(dropped).simplified();
+    } else if (!withoutDropped_.isEmpty()) {
         empty_->setContent(
             {"search",
              "Nothing was found",
@@ -172,7 +204,7 @@ void SearchResults::follow(const QString& link) {
 
 /// A task is shown elsewhere: walking through the results must not leave them.
 void SearchResults::choose(const QModelIndex& index) {
-    if (!index.isValid()) return;
+    if (!index.isValid() || isMarking_) return;
     const SearchResult& found = model_->result(index.row());
     if (found.kind == SearchKind::note) emit noteChosen(found.id);
 }

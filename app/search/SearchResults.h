@@ -3,6 +3,7 @@
 #include "app/search/SearchRunner.h"
 #include "base/Uuid.h"
 
+#include <QTimer>
 #include <QWidget>
 
 #include <optional>
@@ -28,6 +29,7 @@ public:
     void search(const QString& text, SearchRunner::Typing typing, bool isExact = false);
     const QString& query() const { return query_; }
     SearchRunner& runner() { return *runner_; }
+    /// Follows the library: lines come and go, the chosen one stays chosen.
     QListView& list() { return *list_; }
 
 signals:
@@ -44,6 +46,8 @@ private:
     void build();
     void show(const SearchAnswer& answer);
     void showLinks(const SearchAnswer& answer);
+    void refresh();
+    void mark(const Uuid& found);
     void showEmpty(const SearchAnswer& answer);
     void follow(const QString& link);
     void choose(const QModelIndex& index);
@@ -61,6 +65,11 @@ private:
     QStackedLayout* stack_ = nullptr;
     QString query_;
     QString withoutDropped_;  // the query without what hides results
+    SearchRunner::Typing typing_ = SearchRunner::Typing::finished;
+    bool isExact_ = false;
+    QString shown_;  // the query that the lines answer
+    bool isMarking_ = false;
+    QTimer refreshTimer_;
 };
 
 }  // namespace tesserine::app

@@ -1,3 +1,4 @@
+#include "app/look/EmptyState.h"
 #include "app/search/MarkedLine.h"
 #include "app/search/ResultsModel.h"
 #include "app/search/SearchField.h"
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QListWidget>
+#include <QPushButton>
 #include <QTest>
 
 namespace tesserine::app {
@@ -65,6 +67,25 @@ TEST_F(SearchTest, NotesAndTasksAreFoundAndTheQueryIsExplained) {
     EXPECT_EQ(
         RecentSearches(environment->preferences()).all(),
         (std::vector<std::string>{"lisbon train", "invoice"}));
+}
+
+TEST_F(SearchTest, ResultsFollowTheLibraryAndKeepWhatIsChosen) {
+    results().setVisible(true);
+    ASSERT_EQ(find("invoice"), "Pay invoice;Invoice for May;");
+    int opened = 0;
+    QObject::connect(&results(), &SearchResults::noteChosen, &results(), [&] { ++opened; });
+    results().list().setCurrentIndex(results().list().model()->index(1, 0));
+    addNote("Invoice for June", "<p>invoice, invoice</p>");
+    environment->search().catchUp();
+    ASSERT_TRUE(waitUntil([&] { return results().list().model()->rowCount() == 3; })) << lines();
+    EXPECT_EQ(results().list().currentIndex().data().toString(), "Invoice for May");
+    EXPECT_EQ(opened, 1) << "what is open is not opened again";
+}
+
+TEST_F(SearchTest, NothingIsOfferedInPlaceOfTheOnlyWord) {
+    EXPECT_EQ(find("tag:nowhere"), "");
+    EXPECT_FALSE(
+        results().findChild<EmptyState*>()->findChild<QPushButton*>()->isVisibleTo(&results()));
 }
 
 TEST_F(SearchTest, ACorrectedWordIsSaidAndCanBeRefused) {

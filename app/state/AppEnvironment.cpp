@@ -76,6 +76,7 @@ AppEnvironment::AppEnvironment(AppSetting setting)
     memoryTimer_.setSingleShot(true);
     connect(
         &memoryTimer_, &QTimer::timeout, this, [this] { background_.start(returnUnusedMemory); });
+    connect(this, &AppEnvironment::searchIndexChanged, this, &AppEnvironment::returnMemorySoon);
     auto* timer = new QTimer(this);
     timer->setTimerType(Qt::VeryCoarseTimer);
     connect(timer, &QTimer::timeout, this, &AppEnvironment::refreshCalendar);
@@ -140,7 +141,7 @@ SearchCoordinator& AppEnvironment::search() {
             SearchCoordinator::Setting{
                 .clock = clock(), .log = log_, .vfs = setting_.sqliteVFS, .changed = [this] {
                     QMetaObject::invokeMethod(
-                        this, &AppEnvironment::returnMemorySoon, Qt::QueuedConnection);
+                        this, &AppEnvironment::searchIndexChanged, Qt::QueuedConnection);
                 }});
     }
     return *search_;

@@ -158,6 +158,8 @@ signals:
     /// What a save changed: of this program's main context, of its background contexts, or of
     /// another process.
     void libraryChanged(const std::vector<tesserine::ObjectChange>& changes);
+    /// A search may now find something else.
+    void searchIndexChanged();
     /// The zone or the first day of the week was changed, or another day has begun.
     void calendarChanged();
 
