@@ -22,7 +22,9 @@ AssistantStep::AssistantStep(const QString& title, QWidget* parent)
 void showStep(QStackedWidget& steps, int step) {
     steps.setCurrentIndex(step);
     for (QPushButton* button : steps.currentWidget()->findChildren<QPushButton*>()) {
-        if (isMainButton(*button)) button->setDefault(true);
+        if (!isMainButton(*button)) continue;
+        button->setDefault(true);
+        button->setFocus();  // Return must not press what stands beside it, such as an undo
     }
 }
 

@@ -251,7 +251,7 @@ void ImportAssistant::undo() {
         },
         [this, undone] {
             outcome_->setText(
-                tr("The import was undone: %1 notes are in the trash.").arg(undone->trashed));
+                tr("The import was undone: %L1 notes are in the trash.").arg(undone->trashed));
             undo_->hide();
         });
 }

@@ -61,6 +61,7 @@ TEST_F(ImportAssistantTest, LooksFirstImportsWhenAskedAndUndoes) {
     assistant.findChild<QLineEdit*>("importNotebook")->setText("Old / Notes");
     press(assistant, "Import");
     ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "importOutcome").empty(); }));
+    EXPECT_TRUE(qobject_cast<QPushButton*>(assistant.focusWidget())->text() == "Done");
     EXPECT_TRUE(textOf(assistant, "importOutcome").starts_with("2 notes were imported"))
         << textOf(assistant, "importOutcome");
     EXPECT_EQ(titles(), "Plan in Notes\nWork in Work\n");

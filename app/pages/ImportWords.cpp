@@ -5,6 +5,8 @@
 namespace tesserine::app::importing {
 namespace {
 
+/// "12,345", as everywhere in the window.
+QString digits(std::size_t count) { return QLocale(QLocale::English).toString(quint64{count}); }
 QString notes(std::size_t count) { return counted(count, "note", "notes"); }
 QString files(std::size_t count, std::uint64_t byteCount) {
     const QString number = counted(count, "file", "files");
@@ -14,7 +16,7 @@ QString files(std::size_t count, std::uint64_t byteCount) {
 }  // namespace
 
 QString counted(std::size_t count, const QString& one, const QString& many) {
-    return QString::number(count) + " " + (count == 1 ? one : many);
+    return digits(count) + " " + (count == 1 ? one : many);
 }
 
 QString sizeText(std::uint64_t byteCount) {
@@ -33,12 +35,12 @@ QString sentence(const ImportPreview& preview) {
     }
     text += ".";
     if (preview.duplicates > 0) {
-        text += " " + QString::number(preview.duplicates)
+        text += " " + digits(preview.duplicates)
                 + (preview.duplicates == 1 ? " is in the library already."
                                            : " are in the library already.");
     }
     if (preview.unreadable > 0) {
-        text += " " + QString::number(preview.unreadable) + " cannot be read.";
+        text += " " + digits(preview.unreadable) + " cannot be read.";
     }
     return text;
 }
@@ -46,9 +48,9 @@ QString sentence(const ImportPreview& preview) {
 QString sentence(const ImportReport& report) {
     QStringList parts{
         notes(report.imported) + (report.imported == 1 ? " was imported" : " were imported")};
-    if (report.replaced > 0) parts << QString::number(report.replaced) + " replaced";
-    if (report.skipped > 0) parts << QString::number(report.skipped) + " skipped";
-    if (report.failed > 0) parts << QString::number(report.failed) + " failed";
+    if (report.replaced > 0) parts << digits(report.replaced) + " replaced";
+    if (report.skipped > 0) parts << digits(report.skipped) + " skipped";
+    if (report.failed > 0) parts << digits(report.failed) + " failed";
     QString text = parts.join(", ");
     if (report.attachments > 0) {
         text += ", with " + files(report.attachments, report.attachmentBytes);

@@ -3,9 +3,11 @@
 #include "app/look/IconLabel.h"
 #include "app/look/PageParts.h"
 #include "app/pages/ChoiceCard.h"
+#include "core/store/TesserineStore.h"
 
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -99,6 +101,10 @@ void OnboardingPage::chooseFolder() {
     const QString chosen = QFileDialog::getExistingDirectory(
         this, tr("Choose a folder for the library"), QDir::homePath());
     if (chosen.isEmpty()) return;
+    if (QFileInfo::exists(QDir(chosen).filePath(TesserineStore::fileName))) {
+        emit libraryChosen(chosen);
+        return;
+    }
     folder_ = chosen;
     showPlace();
 }

@@ -24,6 +24,8 @@ signals:
     void importChosen(const QString& folder);
     /// Make a library in the folder that is to be filled by sync, and show the way in.
     void signInChosen(const QString& folder);
+    /// Open the library that is in the folder already.
+    void libraryChosen(const QString& folder);
 
 private:
     void chooseFolder();

@@ -28,7 +28,7 @@ ProgressStep::ProgressStep(const QString& title, Job& job, QWidget* parent)
             if (total == 0) return;
             bar->setMaximum(static_cast<int>(total));
             bar->setValue(static_cast<int>(done));
-            doing->setText(Job::tr("%1 of %2 notes").arg(done).arg(total));
+            doing->setText(Job::tr("%L1 of %L2 notes").arg(done).arg(total));
         });
 }
 

@@ -6,6 +6,7 @@
 #include "core/model/NoteEntities.h"
 
 #include <array>
+#include <chrono>
 #include <iterator>
 #include <string>
 
@@ -26,15 +27,16 @@ std::string withAddresses(std::string html, const Ids& ids) {
     return html;
 }
 
-/// Made from the last one on, so that the first one stands at the top of the list.
+/// A second apart, so that the first one stands at the top of the list.
 void makeNotes(AppEnvironment& environment, CDNotebook& notebook, const Ids& ids) {
-    for (std::size_t i = ids.size(); i-- > 0;) {
-        environment.notes().createNote(
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        CDNote& note = environment.notes().createNote(
             environment.context(),
             {.title = std::string(texts[i].title),
              .html = withAddresses(std::string(texts[i].html), ids),
              .notebook = &notebook,
              .id = ids[i]});
+        note.createdAt = note.updatedAt = environment.now() - std::chrono::seconds(i);
     }
 }
 

@@ -34,6 +34,10 @@ TEST_F(WelcomeLibraryTest, ItsNotesLinkToEachOtherAndItsTasksAreRead) {
     }
     EXPECT_EQ(links, 5U);
     EXPECT_TRUE(context().find<CDNote>(first));
+    const auto* const top = context().fetchFirst<CDNote>(
+        {.predicate = {"isTemplate == NO"},
+         .sort = {{"updatedAt", SortDescriptor::Order::descending}}});
+    EXPECT_EQ(top->id, first) << "it stands where one begins to read";
     for (const CDTask* task : context().fetch<CDTask>()) {
         EXPECT_TRUE(task->dueDate) << "each shows how a date is understood";
     }

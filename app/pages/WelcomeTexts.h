@@ -81,7 +81,7 @@ inline constexpr Text texts[] = {
 <h2>Passages only you can read</h2>
 <p>Select some text, then Note, Lock Selection. It is encrypted with a passphrase of yours, and the readable words are then in no file of the library. Nobody can open it without the passphrase, so keep that well.</p>
 <h2>The trash</h2>
-<p>Deleted notes wait in the trash until you empty it, or for as long as Settings, General says.</p>
+<p>Deleted notes wait in the trash until you empty it, or for as long as Settings, Storage says.</p>
 )html"},
 };
 
