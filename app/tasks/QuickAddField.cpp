@@ -224,7 +224,7 @@ void QuickAddField::paintToken(QPainter& painter, const QuickAddToken& token) co
     QColor tint = colorOf(token.kind);
     tint.setAlphaF(tintOpacity);
     painter.setBrush(tint);
-    painter.drawRoundedRect(area.adjusted(-3, 0, 3, 0), space::tiny, space::tiny);
+    painter.drawRoundedRect(area.adjusted(-1.5, 0, 1.5, 0), space::tiny, space::tiny);
 }
 
 void QuickAddField::paintEvent(QPaintEvent* event) {

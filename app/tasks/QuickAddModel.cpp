@@ -165,7 +165,7 @@ bool QuickAddModel::recogniseAgain(int position) {
 }
 
 bool QuickAddModel::isDueSuggested() const {
-    return !isSuggestionRefused_ && !result_.dueDate && draft().due.has_value();
+    return !text_.isEmpty() && !isSuggestionRefused_ && !result_.dueDate && draft().due.has_value();
 }
 
 TaskDraft QuickAddModel::draft() const {

@@ -137,6 +137,8 @@ TEST_F(QuickAddModelTest, TheListGivesWhatTheSentenceLeavesOpen) {
     type("Water plants tomorrow #Work @Home");
     EXPECT_EQ(words(), "Tomorrow, Sunday 15 March · #Work · @Home");
     EXPECT_FALSE(model.isDueSuggested());
+    model.clear();
+    EXPECT_FALSE(model.isDueSuggested()) << "an empty bar suggests nothing";
 }
 
 TEST_F(QuickAddModelTest, ASentenceOfTokensOnlyMakesNoTask) {
