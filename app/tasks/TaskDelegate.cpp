@@ -21,8 +21,8 @@ constexpr int subtasksWidth = 52;
 constexpr int pieceGap = 10;
 constexpr int margin = space::medium;
 
-const TaskRow& rowAt(const QModelIndex& index) {
-    return static_cast<const TaskListModel*>(index.model())->line(index);
+const TaskListModel& modelOf(const QModelIndex& index) {
+    return static_cast<const TaskListModel&>(*index.model());
 }
 
 QColor priorityColor(TaskPriority priority) {
@@ -164,13 +164,13 @@ TaskDelegate::Layout TaskDelegate::layout(
 }
 
 QSize TaskDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    const TaskRow& row = rowAt(index);
-    if (!row.isTask()) {
+    // Asked for every line of the list: what the line shows is not read for it.
+    const TaskLine& line = modelOf(index).at(index.row());
+    if (!line.isTask()) {
         const int above = index.row() == 0 ? space::small : space::large;
         return {option.rect.width(), above + lineHeight(TextRole::emphasis) + space::small};
     }
-    const bool hasPieces = !pieces(row).empty();
-    const int below = hasPieces ? lineHeight(TextRole::caption) + space::hair : 0;
+    const int below = line.isTall ? lineHeight(TextRole::caption) + space::hair : 0;
     return {option.rect.width(), lineHeight(TextRole::body) + below + 2 * (space::small + 1)};
 }
 
@@ -187,7 +187,7 @@ TaskDelegate::Part TaskDelegate::partAt(
 
 void TaskDelegate::paint(
     QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    const TaskRow& row = rowAt(index);
+    const TaskRow row = modelOf(index).line(index);
     painter->save();
     if (!row.isTask()) {
         paintHeading(*painter, option, row);

@@ -43,6 +43,14 @@ std::optional<TaskDue> dueOf(const CDTask& task) {
     return TaskDue{.date = *task.dueDate, .hasTime = task.dueHasTime.valueOr(false)};
 }
 
+EmptyState::Content nothingSelected() {
+    return {
+        "task",
+        "No task selected",
+        "Select a task to see its date, notes and subtasks. Space ticks it, D sets its date, M "
+        "moves it to a project."};
+}
+
 }  // namespace
 
 TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
@@ -50,6 +58,7 @@ TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
       environment_(environment),
       conflict_(new ConflictNotice(environment, this)),
       stack_(new QStackedWidget(this)),
+      hint_(new EmptyState(nothingSelected(), this)),
       circle_(new TickButton(this)),
       title_(new GrowingText(GrowingText::Lines::one, leastTitleLines, mostTitleLines, this)),
       due_(valueButton("Due date", this)),
@@ -82,12 +91,7 @@ TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidget(makeForm());
     stack_->addWidget(area);
-    stack_->addWidget(new EmptyState(
-        {"task",
-         "No task selected",
-         "Select a task to see its date, notes and subtasks. Space ticks it, D sets its date, M "
-         "moves it to a project."},
-        this));
+    stack_->addWidget(hint_);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -178,8 +182,18 @@ CDTask* TaskDetail::find() const {
     return task_ ? environment_.context().find<CDTask>(*task_) : nullptr;
 }
 
+void TaskDetail::showSeveral(std::size_t count) {
+    showTask({});
+    hint_->setContent(
+        {"all-tasks",
+         QString("%L1 tasks selected").arg(count),
+         "Space ticks them, D sets their date, M moves them to a project, 1 to 4 set their "
+         "priority."});
+}
+
 void TaskDetail::showTask(const std::optional<Uuid>& task) {
     if (task == task_ && task) return;
+    hint_->setContent(nothingSelected());
     flush();
     task_ = task;
     title_->setShownText({});

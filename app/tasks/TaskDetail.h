@@ -16,6 +16,7 @@ namespace tesserine::app {
 
 class AppEnvironment;
 class ConflictNotice;
+class EmptyState;
 class GrowingText;
 class IconButton;
 class LabelsField;
@@ -33,6 +34,8 @@ public:
 
     /// Another task; none shows a hint. Saves what was typed into the one before.
     void showTask(const std::optional<Uuid>& task);
+    /// None, because so many are selected.
+    void showSeveral(std::size_t count);
     const std::optional<Uuid>& task() const { return task_; }
     void editTitle();
     /// Saves what was typed; false when it could not be saved.
@@ -66,6 +69,7 @@ private:
     std::optional<Uuid> task_;
     ConflictNotice* const conflict_;
     QStackedWidget* const stack_;
+    EmptyState* const hint_;
     TickButton* const circle_;
     GrowingText* const title_;
     QPushButton* const due_;

@@ -2,233 +2,292 @@
 
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskWords.h"
+#include "core/tasks/Places.h"
 #include "core/tasks/TaskSnapshot.h"
 
 #include <QMimeData>
 
 #include <algorithm>
-#include <unordered_map>
+#include <iterator>
+#include <memory>
+#include <span>
 #include <utility>
 
 namespace tesserine::app {
 namespace {
 
-constexpr const char* overdueGroup = "Overdue";
+using Kind = TaskLine::Kind;
 
-bool concerns(const std::vector<ObjectChange>& changes, EntityKind entity) {
-    return std::ranges::any_of(
-        changes, [entity](const ObjectChange& change) { return change.entity == entity; });
+bool standForTheSame(const TaskLine& a, const TaskLine& b) {
+    return a.kind == b.kind && a.id == b.id && a.place.day == b.place.day;
 }
-
-bool standForTheSame(const TaskRow& a, const TaskRow& b) {
-    return a.id == b.id && a.heading == b.heading && a.isSubtask == b.isSubtask;
-}
-
-bool hasGroups(TaskView::Kind kind) {
-    return kind == TaskView::Kind::today || kind == TaskView::Kind::upcoming
-           || kind == TaskView::Kind::completed;
-}
-
-/// Whether the groups of the view are the days on which tasks are due.
-bool isDay(TaskView::Kind kind) {
-    return kind == TaskView::Kind::today || kind == TaskView::Kind::upcoming;
-}
-
-/// Finds lines by what they stand for, whatever they show.
-class Places {
-public:
-    explicit Places(const std::vector<TaskRow>& lines) {
-        for (std::size_t i = 0; i < lines.size(); ++i) {
-            places_.emplace(key(lines[i]), static_cast<int>(i));
-        }
-    }
-    bool hold(const TaskRow& line) const { return places_.contains(key(line)); }
-    /// -1 for a line that is not there.
-    int of(const TaskRow& line) const {
-        const auto found = places_.find(key(line));
-        return found == places_.end() ? -1 : found->second;
-    }
-
-private:
-    struct Key {
-        Uuid id;
-        QString heading;
-        bool isSubtask = false;
-        friend bool operator==(const Key&, const Key&) = default;
-    };
-    struct Hash {
-        std::size_t operator()(const Key& key) const {
-            return std::hash<Uuid>()(key.id) ^ qHash(key.heading);
-        }
-    };
-    static Key key(const TaskRow& line) { return {line.id, line.heading, line.isSubtask}; }
-    std::unordered_map<Key, int, Hash> places_;
-};
 
 }  // namespace
 
 TaskListModel::TaskListModel(AppEnvironment& environment, QObject* parent)
-    : QAbstractListModel(parent), environment_(environment) {
-    connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
-        follow(changes);
+    : QAbstractListModel(parent),
+      environment_(environment),
+      rows_(environment.store(), environment.collator()),
+      listing_(TaskView::today(), environment.now(), environment.calendar()) {
+    connect(&environment, &AppEnvironment::libraryChanged, this, &TaskListModel::follow);
+    connect(&environment, &AppEnvironment::calendarChanged, this, [this] {
+        emit aboutToBeReadAnew();
+        setView(view());
+        emit readAnew();
     });
-    connect(&environment, &AppEnvironment::calendarChanged, this, [this] { setView(view_); });
 }
 
 void TaskListModel::setView(const TaskView& view) {
-    view_ = view;
+    listing_ = TaskListing(view, environment_.now(), environment_.calendar());
     held_.clear();
-    Page page = read(0, pageSize);
+    rows_.forget();
+    auto entries = listing_.first(rows_.context(), beginning);
+    isComplete_ = entries.size() < beginning;
     beginResetModel();
-    lines_ = std::move(page.lines);
-    taskCount_ = page.taskCount;
-    isEnd_ = page.isEnd;
+    lines_ = linesOf(std::move(entries));
     endResetModel();
+    ++reading_;
+    isReading_ = false;
+    if (!isComplete_) readRest();
+    emit settled();
 }
 
 std::optional<std::size_t> TaskListModel::taskCount() const {
-    return isEnd_ ? std::optional(taskCount_) : std::nullopt;
+    if (!isComplete_) return std::nullopt;
+    return static_cast<std::size_t>(std::ranges::count(lines_, Kind::task, &TaskLine::kind));
 }
 
-// Reading
+// All of the list
 
-QString TaskListModel::groupOf(const CDTask& task) const {
-    const Calendar& calendar = environment_.calendar();
-    const TaskWords words(environment_.now(), calendar);
-    switch (view_.kind()) {
-    case TaskView::Kind::today: {
-        const bool isOverdue = *task.dueDate < calendar.startOfDay(environment_.now());
-        return isOverdue ? QString(overdueGroup) : words.day(environment_.now());
-    }
-    case TaskView::Kind::upcoming: return words.day(*task.dueDate);
-    case TaskView::Kind::completed: return words.day(*task.completedAt);
-    case TaskView::Kind::project:
-    case TaskView::Kind::label:
-    case TaskView::Kind::inbox:
-    case TaskView::Kind::all: break;
-    }
-    return {};
+void TaskListModel::readRest() {
+    isReading_ = true;
+    auto entries =
+        std::make_shared<std::vector<TaskEntry>>();  // of the worker, then of this thread
+    environment_.inBackground(
+        [entries, listing = listing_](StoreContext& context, const std::stop_token& /*stop*/) {
+            *entries = listing.all(context);
+        },
+        this,
+        [this, entries, reading = ++reading_] {
+            if (reading == reading_) take(std::move(*entries));
+        });
 }
 
-TaskListModel::Page TaskListModel::read(std::size_t offset, std::size_t limit) const {
-    FetchRequest request = view_.request(environment_.now(), environment_.calendar());
-    request.offset = offset;
-    request.limit = limit;
-    const auto tasks = environment_.context().fetch<CDTask>(request);
-    Page page{.taskCount = tasks.size(), .isEnd = tasks.size() < limit};
-    QString group;
-    if (offset > 0) {
-        const auto last = std::find_if(
-            lines_.rbegin(), lines_.rend(), [](const TaskRow& line) { return !line.isTask(); });
-        if (last != lines_.rend()) group = last->heading;
+void TaskListModel::take(std::vector<TaskEntry> entries) {
+    isReading_ = false;
+    isComplete_ = true;
+    Lines lines = linesOf(std::move(entries));
+    const bool goesOn =
+        lines.size() >= lines_.size()
+        && std::ranges::equal(lines_, std::span(lines).first(lines_.size()), standForTheSame);
+    if (!goesOn) {
+        emit aboutToBeReadAnew();
+        beginResetModel();
+        lines_ = std::move(lines);
+        endResetModel();
+        emit readAnew();
+    } else if (lines.size() > lines_.size()) {
+        beginInsertRows({}, rowCount(), static_cast<int>(lines.size()) - 1);
+        lines_ = std::move(lines);
+        endInsertRows();
+    } else {
+        lines_ = std::move(lines);
+        if (!lines_.empty()) emit dataChanged(index(0), index(rowCount() - 1));
     }
-    for (const CDTask* task : tasks) {
-        const QString own = groupOf(*task);
-        if (own != group) page.lines.push_back(TaskRow::group(own, own == overdueGroup));
-        group = own;
-        appendTask(page.lines, *task, isDay(view_.kind()) && own != overdueGroup);
-    }
-    return page;
+    emit settled();
 }
 
-void TaskListModel::appendTask(
-    std::vector<TaskRow>& lines, const CDTask& task, bool isBelowItsDay) const {
-    const bool isOfOneProject =
-        view_.kind() == TaskView::Kind::project || view_.kind() == TaskView::Kind::inbox;
-    const auto line = [&](const CDTask& of) {
-        TaskRow row = TaskRow::of(of, environment_.collator());
-        if (isOfOneProject || row.isSubtask) row.project.clear();
-        return row;
-    };
-    lines.push_back(line(task));
-    lines.back().isBelowItsDay = isBelowItsDay;
+TaskListModel::Lines TaskListModel::linesOf(std::vector<TaskEntry> entries) const {
+    if (!held_.empty()) {
+        std::erase_if(entries, [this](const TaskEntry& entry) { return held_.contains(entry.id); });
+    }
+    for (const auto& [task, entry] : held_) {
+        const auto isBefore = [&](const TaskEntry& one, const TaskEntry& other) {
+            return listing_.isBefore(one, other);
+        };
+        entries.insert(std::ranges::lower_bound(entries, entry, isBefore), entry);
+    }
+    Lines lines;
+    lines.reserve(entries.size());
+    for (const TaskEntry& entry : entries) {
+        const bool isFirst = lines.empty() || lines.back().place.day != entry.day;
+        if (listing_.hasGroups() && isFirst) lines.push_back(heading(entry));
+        std::ranges::copy(block(entry), std::back_inserter(lines));
+    }
+    return lines;
+}
+
+TaskLine TaskListModel::heading(const TaskEntry& entry) {
+    return {.kind = Kind::heading, .place = {.day = entry.day}};
+}
+
+/// The line of a task, and below it those of its subtasks when it is expanded.
+TaskListModel::Lines TaskListModel::block(const TaskEntry& entry) const {
+    Lines lines{{.kind = Kind::task, .id = entry.id, .place = entry, .isTall = entry.isTall}};
     // Completed subtasks stand in the view of completed tasks by themselves.
-    if (view_.kind() == TaskView::Kind::completed) return;
-    if (lines.back().subtaskCount == 0 || !expanded_.contains(lines.back().id)) return;
-    lines.back().isExpanded = true;
-    for (const CDTask* subtask : subtasksInOrder(task)) {
-        lines.push_back(line(*subtask));
+    const bool isExpanded = expanded_.contains(entry.id);
+    if (!isExpanded || view().kind() == TaskView::Kind::completed) return lines;
+    const auto* task = rows_.context().find<CDTask>(entry.id);
+    if (task == nullptr) return lines;
+    for (const CDTask* subtask : subtasksInOrder(*task)) {
+        TaskRow row = TaskRow::of(*subtask, environment_.collator());
+        row.project.clear();
+        lines.push_back(
+            {.kind = Kind::subtask, .id = row.id, .place = entry, .isTall = row.hasPieces()});
     }
+    return lines;
 }
 
-bool TaskListModel::canFetchMore(const QModelIndex& parent) const {
-    return !parent.isValid() && !isEnd_;
-}
-
-void TaskListModel::fetchMore(const QModelIndex& /*parent*/) {
-    const Page more = read(taskCount_, pageSize);
-    taskCount_ += more.taskCount;
-    isEnd_ = more.isEnd;
-    if (more.lines.empty()) return;
-    const int first = rowCount();
-    beginInsertRows({}, first, first + static_cast<int>(more.lines.size()) - 1);
-    lines_.insert(lines_.end(), more.lines.begin(), more.lines.end());
-    endInsertRows();
-}
-
-TaskListModel::Page TaskListModel::readAgain(
-    std::size_t limit, const std::set<Uuid>& changed) const {
-    std::unordered_map<Uuid, const TaskRow*> unchanged;
-    for (const TaskRow& line : lines_) {
-        const bool isAlone = line.subtaskCount == 0 && !line.isSubtask;
-        const bool mayDiffer = changed.contains(line.id) || held_.contains(line.id);
-        if (isAlone && !mayDiffer) unchanged.emplace(line.id, &line);
-    }
-    FetchRequest request = view_.request(environment_.now(), environment_.calendar());
-    request.limit = limit;
-    std::vector<Uuid> tasks;
-    StoreContext& context = environment_.context();
-    context.visitRows<CDTask>(request, [&tasks](const ListedRow& row) {
-        tasks.push_back(row.get(&CDTask::id).value_or(Uuid()));
-    });
-    Page page{.taskCount = tasks.size(), .isEnd = tasks.size() < limit};
-    for (const Uuid& id : tasks) {
-        const auto found = unchanged.find(id);
-        if (found != unchanged.end()) {
-            page.lines.push_back(*found->second);
-        } else if (const CDTask* const task = context.find<CDTask>(id)) {
-            appendTask(page.lines, *task, false);
-        }
-    }
-    return page;
-}
+// Single changes
 
 void TaskListModel::follow(const std::vector<ObjectChange>& changes) {
-    // Lines show the names of projects and labels.
-    if (concerns(changes, EntityKind::project) || concerns(changes, EntityKind::tag)) {
-        return reload();
-    }
-    if (!concerns(changes, EntityKind::task)) return;
-    std::set<Uuid> changed;
+    rows_.forget();
+    std::set<Uuid> tasks;
+    bool areNamesGone = false;  // of labels and projects, below the titles of any tasks
     for (const ObjectChange& change : changes) {
-        if (change.entity != EntityKind::task || !change.uuid) continue;
-        changed.insert(*change.uuid);
-        // A task that had subtasks is read anyway.
-        const CDTask* const task = environment_.context().find<CDTask>(*change.uuid);
-        const CDTask* const parent = task == nullptr ? nullptr : task->parent.get();
-        if (parent != nullptr && parent->id) changed.insert(*parent->id);
+        if (change.entity == EntityKind::task && change.uuid) tasks.insert(*change.uuid);
+        const bool isName =
+            change.entity == EntityKind::tag || change.entity == EntityKind::project;
+        areNamesGone |= isName && change.kind == ChangeKind::deleted;
     }
-    reloadChanged(changed);
+    const bool isMuch = tasks.size() > mostSingleChanges;
+    if (isMuch) isComplete_ = false;
+    if (isComplete_) {
+        for (const Uuid& task : concerned(tasks)) {
+            update(task);
+        }
+    }
+    if (areNamesGone || !isComplete_ || (isReading_ && !tasks.empty())) readRest();
+    // Names of projects and labels, counts of subtasks: what any line shows may have changed.
+    if (!lines_.empty()) emit dataChanged(index(0), index(rowCount() - 1));
+    emit settled();
 }
 
-std::size_t TaskListModel::countToRead() const {
-    // A page more than there is, so that an added task is not beyond the end.
-    return isEnd_ ? taskCount_ + pageSize : taskCount_;
+/// The tasks, and those above that have or had them as subtasks.
+std::set<Uuid> TaskListModel::concerned(const std::set<Uuid>& tasks) const {
+    std::set<Uuid> all = tasks;
+    for (const TaskLine& line : lines_) {
+        if (line.kind == Kind::subtask && tasks.contains(line.id)) all.insert(line.place.id);
+    }
+    for (const Uuid& id : tasks) {
+        const auto* task = rows_.context().find<CDTask>(id);
+        const CDTask* parent = task == nullptr ? nullptr : task->parent.get();
+        if (parent != nullptr && parent->id) all.insert(*parent->id);
+    }
+    return all;
 }
 
-void TaskListModel::reload() { show(read(0, countToRead())); }
-
-void TaskListModel::reloadChanged(const std::set<Uuid>& changed) {
-    if (hasGroups(view_.kind())) return reload();
-    show(readAgain(countToRead(), changed));
+void TaskListModel::update(const Uuid& task) {
+    const int row = rowOfTask(task);
+    const auto entry = present(task);
+    if (row < 0 && entry) return insert(*entry);
+    if (row < 0) return;
+    if (!entry) return remove(row);
+    if (at(row).place != *entry) move(row, *entry);
+    refreshBlock(rowOfTask(task));
 }
 
-void TaskListModel::show(Page page) {
-    taskCount_ = page.taskCount;
-    isEnd_ = page.isEnd;
-    keepHeld(page.lines);
-    replaceLines(page.lines);
-    emit reloaded();
+/// The task's entry as it is to be shown now; none when it does not belong here.
+std::optional<TaskEntry> TaskListModel::present(const Uuid& task) const {
+    const auto held = held_.find(task);
+    if (held != held_.end()) return held->second;
+    return listing_.find(rows_.context(), task);
+}
+
+void TaskListModel::insert(const TaskEntry& entry) {
+    const int row = placeOf(entry, rowCount(), rowCount());
+    Lines lines = block(entry);
+    if (needsHeading(row - 1, entry)) lines.insert(lines.begin(), heading(entry));
+    insertLines(row, lines);
+}
+
+void TaskListModel::remove(int row) {
+    removeLines(row, endOfBlock(row));
+    removeLonelyHeading(row - 1);
+}
+
+/// Puts the task with its subtasks where `entry` belongs, and makes that its place.
+void TaskListModel::move(int row, const TaskEntry& entry) {
+    int end = endOfBlock(row);
+    const int to = placeOf(entry, row, end);
+    const bool stays = to == end;
+    const int target = stays ? row : to;
+    for (int each = row; each < end; ++each) {
+        lines_[static_cast<std::size_t>(each)].place = entry;
+    }
+
+    int headings = 0;
+    if (needsHeading(target - 1, entry)) {
+        insertLines(target, {heading(entry)});
+        headings = 1;
+    }
+    if (target <= row) {
+        row += headings;
+        end += headings;
+    }
+    if (!stays) moveLines(row, end, target + headings);
+    // The line that stood above the task.
+    removeLonelyHeading(stays ? row - 1 - headings : target > row ? row - 1 : end - 1);
+}
+
+/// Makes the lines below a task those of its present subtasks.
+void TaskListModel::refreshBlock(int row) {
+    const Lines wanted = block(at(row).place);
+    const auto isOf = [](const Lines& lines, const TaskLine& line) {
+        return std::ranges::find(lines, line.id, &TaskLine::id) != lines.end();
+    };
+    for (int below = endOfBlock(row) - 1; below > row; --below) {
+        if (!isOf(wanted, at(below))) removeLines(below, below + 1);
+    }
+    int end = endOfBlock(row);
+    for (const TaskLine& line : wanted) {
+        const auto last = lines_.begin() + end;
+        const auto found = std::find_if(
+            lines_.begin() + row, last, [&](const TaskLine& each) { return each.id == line.id; });
+        const int from = static_cast<int>(found - lines_.begin());
+        if (from == end) {
+            insertLines(row, {line});
+            ++end;
+        } else if (from != row) {
+            moveLines(from, from + 1, row);
+        }
+        lines_[static_cast<std::size_t>(row)] = line;
+        ++row;
+    }
+}
+
+/// A heading that stands at the row goes when nothing stands below it.
+void TaskListModel::removeLonelyHeading(int row) {
+    if (row < 0 || at(row).kind != Kind::heading) return;
+    const bool isLonely = row + 1 == rowCount() || at(row + 1).kind == Kind::heading;
+    if (isLonely) removeLines(row, row + 1);
+}
+
+/// Where the entry goes among the lines other than those from `first` to before `last`.
+int TaskListModel::placeOf(const TaskEntry& entry, int first, int last) const {
+    const auto isBefore = [&](const TaskLine& line) { return this->isBefore(line, entry); };
+    const auto begin = lines_.begin();
+    const auto left = std::partition_point(begin, begin + first, isBefore);
+    const auto right = std::partition_point(begin + last, lines_.end(), isBefore);
+    return static_cast<int>((left == begin + first ? right : left) - begin);
+}
+
+bool TaskListModel::isBefore(const TaskLine& line, const TaskEntry& entry) const {
+    if (line.isTask()) return listing_.isBefore(line.place, entry);
+    return line.place.day == entry.day || listing_.isDayBefore(line.place, entry);
+}
+
+/// Whether an entry that comes to stand below the line `above` begins a group.
+bool TaskListModel::needsHeading(int above, const TaskEntry& entry) const {
+    return listing_.hasGroups() && (above < 0 || at(above).place.day != entry.day);
+}
+
+int TaskListModel::endOfBlock(int row) const {
+    int end = row + 1;
+    while (end < rowCount() && at(end).kind == Kind::subtask) {
+        ++end;
+    }
+    return end;
 }
 
 void TaskListModel::setExpanded(const Uuid& task, bool isExpanded) {
@@ -237,112 +296,80 @@ void TaskListModel::setExpanded(const Uuid& task, bool isExpanded) {
     } else {
         expanded_.erase(task);
     }
-    reloadChanged({task});
+    const int row = rowOfTask(task);
+    if (row < 0) return;
+    refreshBlock(row);
+    emit dataChanged(index(row), index(row));
+}
+
+void TaskListModel::hold(const Uuid& task) {
+    const int row = rowOfTask(task);
+    if (row >= 0) held_.emplace(task, at(row).place);
 }
 
 void TaskListModel::release(const Uuid& task) {
-    if (held_.erase(task) != 0) reloadChanged({task});
+    if (held_.erase(task) == 0) return;
+    update(task);
+    const QModelIndex line = indexOf(task);
+    if (line.isValid()) emit dataChanged(line, line);
+    emit settled();
 }
 
-void TaskListModel::keepHeld(std::vector<TaskRow>& lines) const {
-    for (const Uuid& task : held_) {
-        const QModelIndex index = indexOf(task);
-        const Places places(lines);
-        if (!index.isValid() || places.hold(line(index))) continue;
-        int before = index.row() - 1;
-        while (before >= 0 && !places.hold(line(before))) {
-            --before;
-        }
-        TaskRow kept = line(index);
-        kept.isCompleted = true;
-        const int place = before < 0 ? 0 : places.of(line(before)) + 1;
-        lines.insert(lines.begin() + place, std::move(kept));
-    }
+// Lines that come, go and move
+
+void TaskListModel::insertLines(int row, const Lines& lines) {
+    beginInsertRows({}, row, row + static_cast<int>(lines.size()) - 1);
+    lines_.insert(lines_.begin() + row, lines.begin(), lines.end());
+    endInsertRows();
 }
 
-// From the lines that are shown to others, in steps that keep what is selected.
-
-void TaskListModel::replaceLines(const std::vector<TaskRow>& lines) {
-    if (std::ranges::equal(lines, lines_, standForTheSame)) return takeValues(lines);
-    removeMissing(lines);
-    bringIntoOrder(lines);
-    insertNew(lines);
-    takeValues(lines);
+void TaskListModel::removeLines(int row, int end) {
+    beginRemoveRows({}, row, end - 1);
+    lines_.erase(lines_.begin() + row, lines_.begin() + end);
+    endRemoveRows();
 }
 
-void TaskListModel::removeMissing(const std::vector<TaskRow>& lines) {
-    const Places wanted(lines);
-    for (int last = rowCount() - 1; last >= 0; --last) {
-        int first = last;
-        while (first >= 0 && !wanted.hold(line(first))) {
-            --first;
-        }
-        if (first == last) continue;
-        beginRemoveRows({}, first + 1, last);
-        lines_.erase(lines_.begin() + first + 1, lines_.begin() + last + 1);
-        endRemoveRows();
-        last = first;
+/// Takes out the lines from `row` to before `end`, and puts them before that which stands at `to`.
+void TaskListModel::moveLines(int row, int end, int to) {
+    beginMoveRows({}, row, end - 1, {}, to);
+    const auto first = lines_.begin();
+    if (to > row) {
+        std::rotate(first + row, first + end, first + to);
+    } else {
+        std::rotate(first + to, first + row, first + end);
     }
-}
-
-void TaskListModel::bringIntoOrder(const std::vector<TaskRow>& lines) {
-    const Places present(lines_);
-    std::vector<TaskRow> ordered;
-    for (const TaskRow& wanted : lines) {
-        if (present.hold(wanted)) ordered.push_back(line(present.of(wanted)));
-    }
-    if (ordered == lines_) return;
-    emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
-    const Places places(ordered);
-    const QModelIndexList before = persistentIndexList();
-    QModelIndexList after;
-    for (const QModelIndex& old : before) {
-        after += index(places.of(line(old)));
-    }
-    lines_ = std::move(ordered);
-    changePersistentIndexList(before, after);
-    emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
-}
-
-void TaskListModel::insertNew(const std::vector<TaskRow>& lines) {
-    const Places present(lines_);
-    const auto isNew = [&](std::size_t place) {
-        return place < lines.size() && !present.hold(lines[place]);
-    };
-    for (std::size_t first = 0; first < lines.size(); ++first) {
-        std::size_t end = first;
-        while (isNew(end)) {
-            ++end;
-        }
-        if (end == first) continue;
-        const auto offset = [](std::size_t place) { return static_cast<std::ptrdiff_t>(place); };
-        beginInsertRows({}, static_cast<int>(first), static_cast<int>(end) - 1);
-        lines_.insert(
-            lines_.begin() + offset(first),
-            lines.begin() + offset(first),
-            lines.begin() + offset(end));
-        endInsertRows();
-        first = end - 1;
-    }
-}
-
-void TaskListModel::takeValues(const std::vector<TaskRow>& lines) {
-    for (int row = 0; row < rowCount(); ++row) {
-        TaskRow& shown = lines_[static_cast<std::size_t>(row)];
-        const TaskRow& wanted = lines[static_cast<std::size_t>(row)];
-        if (shown == wanted) continue;
-        shown = wanted;
-        emit dataChanged(index(row), index(row));
-    }
+    endMoveRows();
 }
 
 // The model
 
+int TaskListModel::rowOfTask(const Uuid& task) const {
+    const auto found = std::ranges::find_if(
+        lines_, [&](const TaskLine& line) { return line.kind == Kind::task && line.id == task; });
+    return found == lines_.end() ? -1 : static_cast<int>(found - lines_.begin());
+}
+
 QModelIndex TaskListModel::indexOf(const Uuid& task) const {
     const auto found = std::ranges::find_if(
-        lines_, [&](const TaskRow& line) { return line.isTask() && line.id == task; });
-    if (found == lines_.end()) return {};
-    return index(static_cast<int>(found - lines_.begin()));
+        lines_, [&](const TaskLine& line) { return line.isTask() && line.id == task; });
+    return found == lines_.end() ? QModelIndex() : index(static_cast<int>(found - lines_.begin()));
+}
+
+TaskRow TaskListModel::line(int row) const {
+    const TaskLine& line = at(row);
+    if (!line.isTask()) {
+        const TaskWords words(environment_.now(), environment_.calendar());
+        return line.place.day ? TaskRow::group(words.day(*line.place.day))
+                              : TaskRow::group("Overdue", true);
+    }
+    TaskRow shown = rows_.of(line.id);
+    const bool isOfOneProject =
+        view().kind() == TaskView::Kind::project || view().kind() == TaskView::Kind::inbox;
+    if (isOfOneProject || shown.isSubtask) shown.project.clear();
+    shown.isBelowItsDay = line.kind == Kind::task && listing_.isBelowItsDay(line.place);
+    shown.isExpanded = expanded_.contains(line.id);
+    shown.isCompleted = shown.isCompleted || held_.contains(line.id);
+    return shown;
 }
 
 int TaskListModel::rowCount(const QModelIndex& parent) const {
@@ -350,10 +377,10 @@ int TaskListModel::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant TaskListModel::data(const QModelIndex& index, int role) const {
-    const TaskRow& row = line(index);
+    if (role != Qt::DisplayRole && role != Qt::AccessibleTextRole) return {};
+    const TaskRow row = line(index);
     if (!row.isTask()) return role == Qt::DisplayRole ? row.heading : QVariant();
     if (role == Qt::DisplayRole) return shownTitle(row.title);
-    if (role != Qt::AccessibleTextRole) return {};
     const TaskWords words(environment_.now(), environment_.calendar());
     QStringList parts{shownTitle(row.title)};
     if (row.isCompleted) parts += "completed";
@@ -370,7 +397,7 @@ QVariant TaskListModel::data(const QModelIndex& index, int role) const {
 }
 
 Qt::ItemFlags TaskListModel::flags(const QModelIndex& index) const {
-    if (!index.isValid() || !line(index).isTask()) return Qt::NoItemFlags;
+    if (!index.isValid() || !at(index.row()).isTask()) return Qt::NoItemFlags;
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled
            | Qt::ItemNeverHasChildren;
 }
@@ -378,14 +405,64 @@ Qt::ItemFlags TaskListModel::flags(const QModelIndex& index) const {
 std::vector<Uuid> TaskListModel::tasksOf(const QModelIndexList& indexes) const {
     std::vector<int> rows;
     for (const QModelIndex& index : indexes) {
-        if (line(index).isTask()) rows.push_back(index.row());
+        if (at(index.row()).isTask()) rows.push_back(index.row());
     }
     std::ranges::sort(rows);
     std::vector<Uuid> tasks;
     for (const int row : rows) {
-        tasks.push_back(line(row).id);
+        tasks.push_back(at(row).id);
     }
     return tasks;
+}
+
+std::vector<Uuid> TaskListModel::orderWith(
+    const std::vector<Uuid>& tasks, const std::optional<Uuid>& before) const {
+    const QModelIndex first = tasks.empty() ? QModelIndex() : indexOf(tasks.front());
+    if (!first.isValid()) return {};
+    const TaskLine& pattern = at(first.row());
+    std::vector<const TaskLine*> level;
+    std::optional<std::size_t> gap;
+    for (const TaskLine& line : lines_) {
+        if (before && line.id == *before) gap = level.size();
+        const bool isOfLevel = line.kind == pattern.kind
+                               && (line.kind == Kind::task || line.place.id == pattern.place.id);
+        if (isOfLevel) level.push_back(&line);
+    }
+    const std::size_t target = gap.value_or(level.size());
+    const std::set<Uuid> dragged(tasks.begin(), tasks.end());
+    const auto isDragged = [&](const TaskLine* line) { return dragged.contains(line->id); };
+    std::size_t from = target;
+    std::size_t to = target;
+    std::vector<Uuid> moved;
+    for (std::size_t i = 0; i < level.size(); ++i) {
+        if (!isDragged(level[i])) continue;
+        moved.push_back(level[i]->id);
+        from = std::min(from, i);
+        to = std::max(to, i + 1);
+    }
+    widen(level, from, to);
+    std::vector<Uuid> order;
+    for (std::size_t i = from; i <= to; ++i) {
+        if (i == target) order.insert(order.end(), moved.begin(), moved.end());
+        if (i < to && !isDragged(level[i])) order.push_back(level[i]->id);
+    }
+    return order;
+}
+
+/// Takes in the neighbours that share a place with those of the stretch, or would: they are told
+/// apart when it is put in order.
+void TaskListModel::widen(
+    const std::vector<const TaskLine*>& level, std::size_t& from, std::size_t& to) {
+    const auto place = [&](std::size_t i) { return level[i]->place.sortIndex.value_or(0); };
+    while (from > 0 && place(from - 1) == place(from)) {
+        --from;
+    }
+    std::int64_t last = place(from);
+    for (std::size_t i = from + 1; i < level.size(); ++i) {
+        if (i >= to && place(i) > last) break;
+        last = std::max(place(i), placeAfter(last));
+        to = std::max(to, i + 1);
+    }
 }
 
 QStringList TaskListModel::mimeTypes() const { return {tasksMimeType}; }

@@ -108,15 +108,8 @@ TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QW
     layout->addWidget(bar_);
     layout->addWidget(stack_, 1);
 
-    for (const auto signal :
-         {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
-        connect(model_, signal, this, &TaskListPage::updateState);
-    }
-    connect(model_, &QAbstractItemModel::modelReset, this, [this] {
-        updateState();
-        updateCount();
-    });
-    connect(model_, &TaskListModel::reloaded, this, &TaskListPage::updateCount);
+    connect(model_, &TaskListModel::settled, this, &TaskListPage::updateState);
+    connect(model_, &TaskListModel::settled, this, &TaskListPage::updateCount);
     connect(
         list_, &TaskListView::ticked, this, [this](const Uuid& task) { actions_.tick({task}); });
     connect(&actions_, &TaskActions::completing, list_, &TaskListView::drawTicks);
@@ -144,6 +137,7 @@ void TaskListPage::useView(const Place& place) {
     QuickAddDefaults defaults;
     const auto use = [&](const QString& title, const TaskView& view) {
         title_->setText(title);
+        count_->clear();
         model_->setView(view);
     };
     switch (place.kind) {
@@ -179,30 +173,12 @@ void TaskListPage::updateState() {
 }
 
 void TaskListPage::updateCount() {
-    const int question = ++countQuestion_;
-    if (const auto count = model_->taskCount()) {
-        showCount(*count);
-        return;
-    }
-    const auto count = std::make_shared<std::size_t>(0);
-    environment_.inBackground(
-        [count,
-         view = model_->view(),
-         calendar = environment_.calendar(),
-         &tasks = environment_.tasks()](StoreContext& context, const std::stop_token& /*stop*/) {
-            *count = tasks.count(context, view, calendar);
-        },
-        this,
-        [this, count, question] {
-            if (question == countQuestion_) showCount(*count);
-        });
-}
-
-void TaskListPage::showCount(std::size_t count) {
+    const auto count = model_->taskCount();
+    if (!count) return;  // it is being counted
     count_->setText(
-        count == 0   ? QString()
-        : count == 1 ? QString("1 task")
-                     : QString("%L1 tasks").arg(count));
+        *count == 0   ? QString()
+        : *count == 1 ? QString("1 task")
+                      : QString("%L1 tasks").arg(*count));
 }
 
 void TaskListPage::showTemplateMenu(const QPoint& globalPlace) {
@@ -240,29 +216,8 @@ QPoint TaskListPage::placeOfCurrent() const {
 }
 
 void TaskListPage::place(const std::vector<Uuid>& tasks, const std::optional<Uuid>& before) {
-    if (tasks.empty()) return;
-    const auto* first = environment_.context().find<CDTask>(tasks.front());
-    if (first == nullptr) return;
-    const auto isMoved = [&](const Uuid& task) { return std::ranges::count(tasks, task) > 0; };
-    const bool isSubtask = first->parent != nullptr;
-    const CDTask* const parent = first->parent;
-
-    // Those of the same level in their present order, the moved ones taken out and put in again.
-    std::vector<Uuid> order;
-    bool isPut = false;
-    const auto put = [&] {
-        if (!isPut) order.insert(order.end(), tasks.begin(), tasks.end());
-        isPut = true;
-    };
-    for (int row = 0; row < model_->rowCount(); ++row) {
-        const TaskRow& line = model_->line(row);
-        if (before == line.id) put();
-        if (!line.isTask() || line.isSubtask != isSubtask || isMoved(line.id)) continue;
-        const auto* task = environment_.context().find<CDTask>(line.id);
-        if (task != nullptr && task->parent == parent) order.push_back(line.id);
-    }
-    put();
-    actions_.commands().reorder(order);
+    const auto order = model_->orderWith(tasks, before);
+    if (!order.empty()) actions_.commands().reorder(order);
 }
 
 }  // namespace tesserine::app

@@ -51,7 +51,6 @@ private:
     void place(const std::vector<Uuid>& tasks, const std::optional<Uuid>& before);
     void updateState();
     void updateCount();
-    void showCount(std::size_t count);
     void showTemplateMenu(const QPoint& globalPlace);
     void use(const Uuid& taskTemplate);
 
@@ -64,7 +63,6 @@ private:
     TaskListView* const list_;
     EmptyState* const empty_;
     QStackedWidget* const stack_;
-    int countQuestion_ = 0;  // answers to earlier ones are passed over
 };
 
 }  // namespace tesserine::app

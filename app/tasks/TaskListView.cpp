@@ -55,6 +55,9 @@ TaskListView::TaskListView(AppEnvironment& environment, TaskListModel& model, QW
     setDropIndicatorShown(false);
     setMouseTracking(true);
     connect(&model_, &QAbstractItemModel::rowsRemoved, this, &TaskListView::selectNext);
+    connect(&model_, &TaskListModel::aboutToBeReadAnew, this, &TaskListView::rememberSelection);
+    connect(&model_, &TaskListModel::readAnew, this, &TaskListView::putSelectionBack);
+    connect(&model_, &TaskListModel::settled, this, &TaskListView::selectAwaited);
     setResizeMode(QListView::Adjust);
 }
 
@@ -65,7 +68,14 @@ std::vector<Uuid> TaskListView::selectedTasks() const {
 }
 
 void TaskListView::selectTask(const Uuid& task) {
-    const QModelIndex index = model_.indexOf(task);
+    awaited_ = task;
+    selectAwaited();
+}
+
+void TaskListView::selectAwaited() {
+    if (!awaited_) return;
+    const QModelIndex index = model_.indexOf(*awaited_);
+    if (index.isValid() || model_.taskCount()) awaited_.reset();
     if (!index.isValid()) return;
     setCurrentIndex(index);
     scrollTo(index);
@@ -88,6 +98,31 @@ void TaskListView::selectNext() {
     if (!selectsNext_ || !next.isValid() || !selectedTasks().empty()) return;
     selectionModel()->select(next, QItemSelectionModel::Select);
 }
+
+void TaskListView::rememberSelection() {
+    remembered_ = selectedTasks();
+    const QModelIndex top = indexAt(viewport()->rect().topLeft() + QPoint(1, 1));
+    rememberedTop_.reset();
+    if (top.isValid() && top.row() > 0) rememberedTop_ = model_.at(top.row()).id;
+}
+
+void TaskListView::putSelectionBack() {
+    QItemSelection selection;
+    for (const Uuid& task : remembered_) {
+        const QModelIndex index = model_.indexOf(task);
+        if (index.isValid()) selection.select(index, index);
+    }
+    if (!selection.isEmpty()) {
+        const QModelIndex current = selection.indexes().front();
+        selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+        selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    }
+    const QModelIndex top = rememberedTop_ ? model_.indexOf(*rememberedTop_) : QModelIndex();
+    if (top.isValid()) scrollTo(top, PositionAtTop);
+}
+
+/// Letters are commands in a list of tasks; comparing them with every title would take long.
+void TaskListView::keyboardSearch(const QString& /*text*/) {}
 
 // Ticks
 
@@ -128,18 +163,18 @@ void TaskListView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || part == TaskDelegate::Part::line) {
         QListView::mousePressEvent(event);
     } else if (part == TaskDelegate::Part::circle) {
-        emit ticked(model_.line(index).id);
+        emit ticked(model_.at(index.row()).id);
     } else {
-        const TaskRow& row = model_.line(index);
+        const TaskRow row = model_.line(index);
         model_.setExpanded(row.id, !row.isExpanded);
     }
 }
 
 void TaskListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const QModelIndex index = indexAt(event->pos());
-    const bool isTask = index.isValid() && model_.line(index).isTask();
+    const bool isTask = index.isValid() && model_.at(index.row()).isTask();
     if (isTask && partAt(event->pos()) == TaskDelegate::Part::line) {
-        emit opened(model_.line(index).id);
+        emit opened(model_.at(index.row()).id);
     } else {
         mousePressEvent(event);
     }
@@ -148,7 +183,7 @@ void TaskListView::mouseDoubleClickEvent(QMouseEvent* event) {
 bool TaskListView::setExpanded(bool isExpanded) {
     const QModelIndex index = currentIndex();
     if (!index.isValid()) return false;
-    const TaskRow& row = model_.line(index);
+    const TaskRow row = model_.line(index);
     if (row.subtaskCount == 0 || row.isExpanded == isExpanded) return false;
     model_.setExpanded(row.id, isExpanded);
     return true;
@@ -183,15 +218,7 @@ int TaskListView::dropRow(const QPoint& place) const {
 }
 
 std::optional<Instant> TaskListView::dayAt(int row) const {
-    for (int above = row - 1; above >= 0; --above) {
-        if (const auto due = model_.line(above).dueDate) {
-            return environment_.calendar().startOfDay(*due);
-        }
-        if (!model_.line(above).isTask() && above + 1 < model_.rowCount()) {
-            return environment_.calendar().startOfDay(*model_.line(above + 1).dueDate);
-        }
-    }
-    return std::nullopt;
+    return row > 0 ? model_.at(row - 1).place.day : std::nullopt;
 }
 
 void TaskListView::startDrag(Qt::DropActions /*actions*/) {
@@ -234,7 +261,7 @@ void TaskListView::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
     if (isManual()) {
         std::optional<Uuid> before;
-        if (row < model_.rowCount()) before = model_.line(row).id;
+        if (row < model_.rowCount()) before = model_.at(row).id;
         emit placed(tasks, before);
     } else if (const auto day = dayAt(row)) {
         emit movedToDay(tasks, *day);

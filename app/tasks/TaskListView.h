@@ -24,7 +24,8 @@ public:
     TaskListView(AppEnvironment& environment, TaskListModel& model, QWidget* parent = nullptr);
 
     std::vector<Uuid> selectedTasks() const;
-    /// Makes the task the only one selected, and scrolls to it.
+    /// Makes the task the only one selected, and scrolls to it; one that is not listed yet, once it
+    /// is.
     void selectTask(const Uuid& task);
     /// Draws the ticks of tasks that are about to be completed; their lines stay until then.
     void drawTicks(const std::vector<Uuid>& tasks);
@@ -47,6 +48,7 @@ private:
     void keyPressEvent(QKeyEvent* event) override;
     void selectionChanged(
         const QItemSelection& selected, const QItemSelection& deselected) override;
+    void keyboardSearch(const QString& text) override;
     void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
     void paintEvent(QPaintEvent* event) override;
     void startDrag(Qt::DropActions actions) override;
@@ -63,13 +65,20 @@ private:
     std::optional<Instant> dayAt(int row) const;
     bool setExpanded(bool isExpanded);
     void selectNext();
+    void selectAwaited();
+    void rememberSelection();
+    void putSelectionBack();
 
     AppEnvironment& environment_;
     TaskListModel& model_;
     TaskDelegate* const delegate_;
     std::map<Uuid, QVariantAnimation*> ticks_;
     std::optional<int> dropRow_;
-    bool selectsNext_ = false;  // when the lines that are selected go
+    bool selectsNext_ = false;     // when the lines that are selected go
+    std::optional<Uuid> awaited_;  // to be selected once it is listed
+    // While the list is read anew.
+    std::vector<Uuid> remembered_;
+    std::optional<Uuid> rememberedTop_;
 };
 
 /// Whether movements are to be left out, as the user or the desktop wishes.

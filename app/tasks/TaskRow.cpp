@@ -1,5 +1,7 @@
 #include "app/tasks/TaskRow.h"
 
+#include "core/store/StoreContext.h"
+#include "core/store/TesserineStore.h"
 #include "core/tasks/TaskSnapshot.h"
 
 namespace tesserine::app {
@@ -36,6 +38,31 @@ TaskRow TaskRow::of(const CDTask& task, const text::Collator& collator) {
     row.hasDetails = !task.details.valueOr("").empty();
     row.hasNote = task.linkedNote != nullptr;
     return row;
+}
+
+bool TaskRow::hasPieces() const {
+    const bool showsDue = dueDate && (!isBelowItsDay || dueHasTime);
+    return showsDue || repeats || hasReminder || hasNote || !project.isEmpty() || !labels.isEmpty();
+}
+
+TaskRows::TaskRows(TesserineStore& store, const text::Collator& collator)
+    : collator_(collator), context_(store.newBackgroundContext()) {}
+
+TaskRows::~TaskRows() = default;
+
+const TaskRow& TaskRows::of(const Uuid& task) {
+    const auto found = kept_.find(task);
+    if (found != kept_.end()) return found->second;
+    if (kept_.size() >= mostKept) forget();
+    const auto* stored = context_->find<CDTask>(task);
+    TaskRow row = stored == nullptr ? TaskRow() : TaskRow::of(*stored, collator_);
+    row.id = task;
+    return kept_.emplace(task, std::move(row)).first->second;
+}
+
+void TaskRows::forget() {
+    kept_.clear();
+    context_->reset();
 }
 
 QString shownTitle(const QString& title) {

@@ -7,11 +7,17 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
+#include <unordered_map>
 
-namespace tesserine::text {
+namespace tesserine {
+class StoreContext;
+class TesserineStore;
+namespace text {
 class Collator;
 }
+}  // namespace tesserine
 
 namespace tesserine::app {
 
@@ -46,8 +52,38 @@ struct TaskRow {
     }
     friend bool operator==(const TaskRow&, const TaskRow&) = default;
 
+    /// Whether it shows anything below its title.
+    bool hasPieces() const;
+
     static TaskRow group(const QString& heading, bool isOverdue = false);
     static TaskRow of(const CDTask& task, const text::Collator& collator);
+};
+
+/// Reads rows one by one as their lines come into view, and keeps the last ones.
+///
+/// Reads what is saved, with a context of its own that it empties again: scrolling through very
+/// many tasks does not fill the memory. Belongs to the main thread.
+class TaskRows {
+public:
+    /// Both outlive it.
+    TaskRows(TesserineStore& store, const text::Collator& collator);
+    TaskRows(const TaskRows&) = delete;
+    TaskRows& operator=(const TaskRows&) = delete;
+    ~TaskRows();
+
+    /// That of a task which is gone is empty. Good until the next call.
+    const TaskRow& of(const Uuid& task);
+    /// Reads everything anew from now on; after a change of the library.
+    void forget();
+    /// The context, for other short reading; objects of it do not last.
+    StoreContext& context() { return *context_; }
+
+private:
+    static constexpr std::size_t mostKept = 500;
+
+    const text::Collator& collator_;
+    std::unique_ptr<StoreContext> context_;
+    std::unordered_map<Uuid, TaskRow> kept_;
 };
 
 /// The title as lists show it.

@@ -179,7 +179,8 @@ void TasksPage::showPlace(const Place& place) {
 bool TasksPage::isCalendar() const { return stack_->currentWidget() == calendar_; }
 
 std::vector<Uuid> TasksPage::selectedTasks() const {
-    return isCalendar() ? calendar_->selectedTasks() : list_->selectedTasks();
+    if (isCalendar()) return calendar_->selectedTasks();
+    return stack_->currentWidget() == list_ ? list_->selectedTasks() : std::vector<Uuid>{};
 }
 
 QuickAddBar& TasksPage::quickAdd() const {
@@ -194,7 +195,12 @@ void TasksPage::beginTask(const QString& sentence) {
 bool TasksPage::flush() { return detail_->flush() && templates_->flush(); }
 
 void TasksPage::showDetail(const std::optional<Uuid>& task) {
-    detail_->showTask(task);
+    const std::size_t count = task ? 1 : selectedTasks().size();
+    if (count > 1) {
+        detail_->showSeveral(count);
+    } else {
+        detail_->showTask(task);
+    }
     if (task && isDetailWanted_) detail_->show();
 }
 

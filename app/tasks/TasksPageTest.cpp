@@ -24,6 +24,8 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <algorithm>
+
 namespace tesserine::app {
 namespace {
 
@@ -87,6 +89,32 @@ TEST_F(TasksPageTest, AClickOnTheCircleCompletesAndUndoBringsBack) {
     QTest::mouseClick(page.findChild<QPushButton*>("undo"), Qt::LeftButton);
     EXPECT_EQ(titles(), "Plan the year | Other");
     EXPECT_FALSE(page.findChild<QWidget*>("undoBar")->isVisible());
+}
+
+TEST_F(TasksPageTest, TheKeyForUndoBringsBackWhatWasCompletedLast) {
+    addTask("a");
+    addTask("b every day 2026-03-12");
+    show(Place::Kind::inbox);
+    QTest::keyClick(&list, Qt::Key_A, Qt::ControlModifier);
+    const auto labels = page.detail().findChild<EmptyState*>()->findChildren<QLabel*>();
+    EXPECT_TRUE(std::ranges::any_of(
+        labels, [](const QLabel* label) { return label->text() == "2 tasks selected"; }));
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_EQ(titles(), "b") << "that one moved on";
+    QTest::keyClick(&list, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(titles(), "a | b");
+    EXPECT_FALSE(page.findChild<QWidget*>("undoBar")->isVisible());
+    QTest::keyClick(&list, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(titles(), "a | b") << "once";
+
+    // Where words are typed it takes back those.
+    QTest::keyClick(&list, Qt::Key_Space);
+    auto* const field = page.findChild<QLineEdit*>("addSubtask");
+    field->setText("x");
+    field->setFocus();
+    QTest::keyClicks(field, "y");
+    QTest::keyClick(field, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(page.findChild<QWidget*>("undoBar")->isVisible());
 }
 
 TEST_F(TasksPageTest, TheTickIsDrawnBeforeTheLineGoes) {

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTimer>
 
 #include <chrono>
@@ -19,7 +20,10 @@ constexpr std::chrono::seconds offered{12};
 }  // namespace
 
 UndoBar::UndoBar(QWidget* parent)
-    : QFrame(parent), sentence_(new QLabel(this)), timer_(new QTimer(this)) {
+    : QFrame(parent),
+      sentence_(new QLabel(this)),
+      timer_(new QTimer(this)),
+      key_(new QShortcut(QKeySequence::Undo, parent)) {
     setObjectName("undoBar");
     sentence_->setObjectName("undoSentence");
     sentence_->setTextFormat(Qt::PlainText);
@@ -39,7 +43,11 @@ UndoBar::UndoBar(QWidget* parent)
     connect(timer_, &QTimer::timeout, this, &QWidget::hide);
     connect(close, &IconButton::clicked, this, &QWidget::hide);
     connect(undo, &QPushButton::clicked, this, &UndoBar::undo);
+    undo->setToolTip("Undo (" + key_->key().toString(QKeySequence::NativeText) + ")");
+    key_->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(key_, &QShortcut::activated, this, &UndoBar::undo);
     hide();
+    key_->setEnabled(false);
 }
 
 void UndoBar::offer(const QString& sentence) {
@@ -52,6 +60,16 @@ void UndoBar::undo() {
     hide();
     timer_->stop();
     emit undone();
+}
+
+void UndoBar::showEvent(QShowEvent* event) {
+    QFrame::showEvent(event);
+    key_->setEnabled(true);
+}
+
+void UndoBar::hideEvent(QHideEvent* event) {
+    QFrame::hideEvent(event);
+    key_->setEnabled(false);
 }
 
 void UndoBar::paintEvent(QPaintEvent* /*event*/) {

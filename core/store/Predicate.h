@@ -28,6 +28,14 @@ public:
     template <class... Arguments>
     Predicate(std::string format, Arguments&&... arguments)  // NOLINT(google-explicit-constructor)
         : format_(std::move(format)), arguments_{argument(std::forward<Arguments>(arguments))...} {}
+    /// What fulfils both conditions, of which neither is empty.
+    static Predicate both(const Predicate& one, const Predicate& other) {
+        Predicate result("(" + one.format_ + ") AND (" + other.format_ + ")");
+        result.arguments_ = one.arguments_;
+        result.arguments_.insert(
+            result.arguments_.end(), other.arguments_.begin(), other.arguments_.end());
+        return result;
+    }
 
     const std::string& format() const noexcept { return format_; }
     const std::vector<PredicateArgument>& arguments() const noexcept { return arguments_; }
