@@ -91,15 +91,21 @@ bool AccountSession::handleCallback(
 void AccountSession::completeSignIn(
     const std::string& code, const std::string& deviceLabel, const std::stop_token& stop) {
     const TokenResponse tokens = environment_.client.exchange(code, deviceLabel, stop);
-    reachingSecrets([&] {
+    const auto former = reachingSecrets([&] {
+        auto stored = environment_.secrets.read(refreshKey);
         environment_.secrets.write(refreshKey, tokens.refreshToken);
         environment_.secrets.write(accountKey, encoded(tokens.account));
+        return stored;
     });
-    const std::scoped_lock lock(mutex_);
-    ++epoch_;
-    refusedToken_.reset();
-    unstoredRefreshToken_.reset();
-    keep(tokens);
+    {
+        const std::scoped_lock lock(mutex_);
+        ++epoch_;
+        refusedToken_.reset();
+        unstoredRefreshToken_.reset();
+        keep(tokens);
+    }
+    // Otherwise this computer would stand twice among the account's devices.
+    if (former) tellSignOut(*former, std::nullopt);
 }
 
 /// Called under the lock.
@@ -204,19 +210,23 @@ void AccountSession::signOut() {
         log_.info("signing out without a refresh token");
     }
     forget();
-    if (refresh) {
-        const Deadline patience(signOutPatience);
-        try {
-            environment_.client.signOut(*refresh, access, patience.token());
-        } catch (const std::exception&) {
-            log_.info("the service did not hear of the sign-out");
-        }
-    }
+    if (refresh) tellSignOut(*refresh, access);
     reachingSecrets([this] {
         environment_.secrets.remove(refreshKey);
         environment_.secrets.remove(accountKey);
     });
     forget();  // what others read from the store until now
+}
+
+/// Waits for the service a little.
+void AccountSession::tellSignOut(
+    const std::string& refreshToken, const std::optional<std::string>& accessToken) {
+    const Deadline patience(signOutPatience);
+    try {
+        environment_.client.signOut(refreshToken, accessToken, patience.token());
+    } catch (const std::exception&) {
+        log_.info("the service did not hear of the sign-out");
+    }
 }
 
 void AccountSession::forget() {

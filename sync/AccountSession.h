@@ -69,8 +69,8 @@ public:
         const std::string& address,
         const std::string& deviceLabel,
         const std::stop_token& stop = {});
-    /// Trades the one-time code for tokens and stores them. Throws `SyncError`; nobody is signed in
-    /// then.
+    /// Trades the one-time code for tokens and stores them, then ends the session that was stored
+    /// before. Throws `SyncError`; nobody is signed in then.
     void completeSignIn(
         const std::string& code, const std::string& deviceLabel, const std::stop_token& stop = {});
 
@@ -91,6 +91,8 @@ private:
     std::string refreshNow(const std::stop_token& stop);
     std::string refreshToken();
     void keep(const TokenResponse& tokens);
+    void tellSignOut(
+        const std::string& refreshToken, const std::optional<std::string>& accessToken);
     void forget();
     void writeUnstored();
 

@@ -169,6 +169,17 @@ TEST_F(AccountSessionTest, ARefusedRefreshKeepsTheSecretsAndIsNotRepeated) {
     EXPECT_EQ(token(), "access1");
 }
 
+TEST_F(AccountSessionTest, ANewSignInEndsTheFormerSessionOfThisComputer) {
+    signIn();
+    service_.say({tokens("1"), HTTPError::Kind::unreachable});
+    session_.completeSignIn("code", "Desk");
+    ASSERT_EQ(service_.requests.size(), 2U);
+    EXPECT_EQ(service_.requests.back().url, "https://tesserine.test/api/v1/auth/logout");
+    EXPECT_EQ(*service_.requests.back().body, R"({"refresh_token":"refresh0"})");
+    EXPECT_EQ(token(), "access1") << "whatever the service says to it";
+    EXPECT_EQ(stored(), "refresh1");
+}
+
 TEST_F(AccountSessionTest, WhatAnotherProgramOfTheUserRenewedIsTakenOver) {
     signIn(10);
     service_.say({HTTPReply{.status = 401}, tokens("2")});
