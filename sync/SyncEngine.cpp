@@ -193,7 +193,8 @@ void SyncEngine::stepOverUnreadable(Run& run) {
 
 SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
     run.context.reset();
-    const std::int64_t since = cursorIn(SyncLedger(run.context));
+    SyncLedger ledger(run.context);
+    const std::int64_t since = cursorIn(ledger);
     ChangesResponse page;
     try {
         page = environment_.client.changes(since, limit, run.stop);
@@ -203,7 +204,7 @@ SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
         run.unreadable = error;
         return Page::unreadable;
     }
-    if (hasOtherHistory(page, SyncLedger(run.context))) {
+    if (hasOtherHistory(page, ledger)) {
         startAfresh(run);
         return Page::more;
     }
@@ -211,7 +212,6 @@ SyncEngine::Page SyncEngine::pullPage(Run& run, int limit) {
         throw SyncError::malformed("no progress");
     }
 
-    SyncLedger ledger(run.context);
     RecordApplier applier(run.context, ledger, environment_.clock, log_);
     std::size_t deletions = run.summary.deleted;
     for (const SyncRecord& record : page.changes) {

@@ -12,9 +12,12 @@ constexpr const char* reclaimName = "reclaim";
 
 }  // namespace
 
-SyncLedger::SyncLedger(StoreContext& context)
-    : context_(context), storedUnresolved_(value(unresolvedName).value_or("")) {
-    unresolved_ = UnresolvedLinks(storedUnresolved_);
+UnresolvedLinks& SyncLedger::unresolved() {
+    if (!unresolved_) {
+        storedUnresolved_ = value(unresolvedName).value_or("");
+        unresolved_.emplace(storedUnresolved_);
+    }
+    return *unresolved_;
 }
 
 CDSyncState* SyncLedger::find(const Uuid& record) const {
@@ -77,7 +80,8 @@ void SyncLedger::agree(CDSyncState& state, const JSONObject& payload) {
 }
 
 void SyncLedger::keepUnresolved() {
-    std::string text = unresolved_.text();
+    if (!unresolved_) return;
+    std::string text = unresolved_->text();
     if (text == storedUnresolved_) return;
     setValue(unresolvedName, text);
     storedUnresolved_ = std::move(text);

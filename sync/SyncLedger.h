@@ -28,7 +28,7 @@ public:
     /// Before the identifier of a task: versions that lost, see `TaskConflicts`.
     static constexpr std::string_view conflictPrefix = "conflict ";
 
-    explicit SyncLedger(StoreContext& context);
+    explicit SyncLedger(StoreContext& context) : context_(context) {}
 
     CDSyncState* find(const Uuid& record) const;
     /// The state of a record, made when there is none.
@@ -45,7 +45,8 @@ public:
     static void agree(CDSyncState& state, const JSONObject& payload);
     static void disagree(CDSyncState& state) { state.lastPayload = std::nullopt; }
 
-    UnresolvedLinks& unresolved() { return unresolved_; }
+    /// Read when they are first asked for.
+    UnresolvedLinks& unresolved();
     /// Puts the unresolved links among the changes to be saved.
     void keepUnresolved();
 
@@ -61,7 +62,7 @@ private:
     CDSyncMeta* meta(const std::string& name) const;
 
     StoreContext& context_;
-    UnresolvedLinks unresolved_;
+    std::optional<UnresolvedLinks> unresolved_;
     std::string storedUnresolved_;
 };
 

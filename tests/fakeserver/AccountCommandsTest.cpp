@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace tesserine::cli {
 namespace {
 
@@ -26,6 +28,16 @@ protected:
     }
     std::string callback() {
         return "tesserine://auth?code=" + *service_.accounts().signIn("a@b.test", "secret") + "\n";
+    }
+
+    /// Goes over to the library of the device of that name.
+    void use(const std::string& device) {
+        variables_["TESSERINE_LIBRARY"] = (folder_ / device).string();
+        clock_.advance(std::chrono::seconds(7));
+    }
+    std::string addFile(const std::string& name, const std::string& bytes) {
+        test::putContent(folder_ / name, bytes);
+        return (folder_ / name).string();
     }
 
     InMemorySecrets keyring_;
@@ -82,6 +94,48 @@ TEST_F(AccountCommands, ATokenIsShownOnceAndADeviceCanBeSignedOut) {
     mustRun({"account", "sign-out"});
     EXPECT_EQ(keyring_.read("refresh-token"), std::nullopt);
     EXPECT_EQ(run({"account", "devices"}).status, ExitStatus::failed);
+}
+
+TEST_F(AccountCommands, TwoLibrariesInStepAreDumpedAlike) {
+    use("one");
+    const std::string plan = addNote("Plan", {"--tag", "work/now", "--notebook", "Work"});
+    mustRun({"note", "edit", plan, "--html", "-"}, "<p>first</p><p>second</p>");
+    mustRun(
+        {"note", "attach", plan, addFile("a.svg", "<svg xmlns='http://www.w3.org/2000/svg'/>")});
+    const std::string gone = addNote("Gone", {"--text", "x", "--tag", "old"});
+    mustRun({"task", "add", "Trip friday 9am p1 #Home @now"});
+    mustRun({"template", "save", plan});
+    mustRun({"saved-search", "add", "Now", "tag:now"});
+    mustRun({"sync"});
+
+    use("two");
+    mustRun({"sync"});
+    mustRun({"note", "edit", plan, "--html", "-"}, "<p>first</p><p>two</p>");
+    mustRun({"note", "attach", plan, addFile("b.bin", std::string(70'000, 'b'))});
+    mustRun({"task", "add-subtask", "Trip", "Pack"});
+    mustRun({"task-template", "add", "Weekly", "--title", "Review"});
+    mustRun({"note", "delete", gone});
+    addNote("Of two", {"--tag", "work", "--notebook", "Work"});
+
+    use("one");
+    mustRun({"note", "edit", plan, "--title", "The plan"});
+    mustRun({"note", "pin", plan});
+    mustRun({"task", "done", "Trip"});
+    mustRun({"tag", "rename", "old", "older"});
+    addNote("Of one", {"--tag", "new"});
+    std::string all;
+    for (const char* device : {"one", "two", "one", "two"}) {
+        use(device);
+        all = mustRun({"sync"}).line();
+    }
+    EXPECT_EQ(all, "Everything is in step.");
+
+    const std::string two = mustRun({"dump", "--shared"}).output;
+    EXPECT_NE(two.find(R"("title":"The plan","html":"<p>first</p><p>two</p>)"), std::string::npos);
+    EXPECT_GE(std::ranges::count(two, '\n'), 14) << two;
+    use("one");
+    EXPECT_EQ(mustRun({"dump", "--shared"}).output, two);
+    EXPECT_NE(mustRun({"dump"}).output.find("CDNoteRevision"), std::string::npos);
 }
 
 }  // namespace
