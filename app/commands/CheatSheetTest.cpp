@@ -1,6 +1,7 @@
 #include "app/commands/CheatSheet.h"
 
 #include "app/commands/KeyDialog.h"
+#include "app/testing/WidgetFaultsFixture.h"
 #include "base/Preferences.h"
 
 #include <gtest/gtest.h>
@@ -54,6 +55,26 @@ TEST_F(CheatSheetTest, KeysAreChangedByPressingOthers) {
     EXPECT_EQ(row("format.bold").accessibleName().toStdString(), "Bold, Ctrl+B");
     press(changing("format.bold"), "No Keys");
     EXPECT_EQ(row("format.bold").accessibleName().toStdString(), "Bold, no keys");
+}
+
+TEST_F(CheatSheetTest, EveryCommandIsListedWithItsKeysAndNothingIsCut) {
+    for (const Command& command : commandTable()) {
+        SCOPED_TRACE(command.id);
+        const auto* const button =
+            sheet->findChild<QAbstractButton*>(QString::fromStdString(std::string(command.id)));
+        ASSERT_NE(button, nullptr);
+        const QString keys =
+            QKeySequence::listToString(commands.keys(command.id), QKeySequence::NativeText);
+        EXPECT_TRUE(button->accessibleName().endsWith(keys.isEmpty() ? "no keys" : keys))
+            << button->accessibleName().toStdString();
+    }
+    for (const int width : {sheet->minimumSizeHint().width(), sheet->sizeHint().width(), 1200}) {
+        SCOPED_TRACE(width);
+        sheet->resize(width, 700);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(test::layoutFaults(*sheet), "");
+    }
+    EXPECT_EQ(test::namelessControls(*sheet), "");
 }
 
 TEST_F(CheatSheetTest, TypingLeavesWhatFits) {

@@ -5,6 +5,8 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace tesserine::app {
 namespace {
@@ -15,6 +17,25 @@ struct Candidate {
     QString title;
     FuzzyMatch match;
 };
+
+QString qt(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// By its title; after all such, by its menu and what else people call it: "go inbox" names "Inbox"
+/// of the menu "Go", and "delete note" the trash.
+std::optional<FuzzyMatch> matchOf(
+    const QString& typed, const Command& command, const QString& title) {
+    constexpr int behindTitles = -10'000;
+    if (auto match = fuzzyMatch(typed, title)) return match;
+    auto match = wordsMatch(
+        typed,
+        QString("%1 %2 %3").arg(title, qt(titleOf(command.menu)), qt(otherWordsFor(command.id))));
+    if (!match) return std::nullopt;
+    match->score += behindTitles;
+    std::erase_if(match->positions, [&](int at) { return at >= title.size(); });
+    return match;
+}
 
 }  // namespace
 
@@ -35,7 +56,8 @@ void CommandPalette::show(const QString& typed) {
     for (const Command& command : commandTable()) {
         if (command.id == "go.palette" || !commands_.action(command.id).isEnabled()) continue;
         const QString title = commands_.action(command.id).text();
-        if (auto match = fuzzyMatch(typed, title)) candidates.push_back({&command, title, *match});
+        if (auto match = matchOf(typed, command, title))
+            candidates.push_back({&command, title, *match});
     }
     std::ranges::stable_sort(candidates, std::ranges::greater{}, [](const Candidate& candidate) {
         return candidate.match.score;
@@ -50,7 +72,7 @@ void CommandPalette::show(const QString& typed) {
             {.icon = commands_.action(command.id).icon(),
              .title = candidate.title,
              .marks = std::move(candidate.match.positions),
-             .aside = QString::fromStdString(std::string(titleOf(command.menu))),
+             .aside = qt(titleOf(command.menu)),
              .detail = commands_.keysText(command.id)});
     }
     setRows(std::move(rows));

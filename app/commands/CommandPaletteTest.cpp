@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QTest>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -60,6 +61,33 @@ TEST_F(CommandPaletteTest, ShowsWhatCanBeDoneNowWithItsKeys) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(palette);
     EXPECT_TRUE(done.empty());
+}
+
+TEST_F(CommandPaletteTest, FindsCommandsByTheirMenuAndByWhatElsePeopleCallThem) {
+    for (const char* id : {"go.inbox", "app.settings", "note.tags"}) {
+        commands.on(id, &window, [] {});
+    }
+    struct Case {
+        const char* typed;
+        std::vector<std::string> rows;
+    };
+    for (const auto& [typed, expected] : {
+             Case{"go inbox", {"Inbox, Go"}},
+             Case{"inbox go", {"Inbox, Go"}},
+             Case{"preferences", {"Settings…, File, Ctrl+,"}},
+             Case{"delete note", {"Move to Trash, Note, Del"}},
+             // What has the word in its title comes first.
+             Case{
+                 "note",
+                 {"New Note, File, Ctrl+N", "Move to Trash, Note, Del", "Tags…, Note, Ctrl+Alt+T"}},
+             Case{"go sidebar", {}},
+         }) {
+        SCOPED_TRACE(typed);
+        field().setText(typed);
+        auto found = rows();
+        if (found.size() > 1) std::sort(found.begin() + 1, found.end());
+        EXPECT_EQ(found, expected);
+    }
 }
 
 TEST_F(CommandPaletteTest, ReturnDoesTheChosenCommandOnceItHasClosed) {

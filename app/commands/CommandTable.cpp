@@ -117,6 +117,8 @@ constexpr Command commands[] = {
     {"format.divider", "Divider", "", note, "divider", Menu::format, 4},
     {"format.table", "Table…", "", note, "table", Menu::format, 4},
     {"format.image", "Picture…", "", note, "image", Menu::format, 4},
+    {"format.pictureLarger", "Larger Picture", "Ctrl+Shift+>", note, "", Menu::format, 4},
+    {"format.pictureSmaller", "Smaller Picture", "Ctrl+Shift+<", note, "", Menu::format, 4},
     {"format.link", "Link…", "Ctrl+K", note, "link", Menu::format, 5},
     {"format.noteLink", "Link to Note…", "Ctrl+Shift+K", note, "note-link", Menu::format, 5},
 
@@ -136,6 +138,59 @@ constexpr Command commands[] = {
     {"help.about", "About Tesserine", "", everywhere, "info", Menu::help, 2},
 };
 
+struct OtherWords {
+    std::string_view id;
+    std::string_view words;
+};
+
+constexpr OtherWords otherWords[] = {
+    {"note.new", "create add write"},
+    {"task.new", "create add todo"},
+    {"notebook.new", "create add folder"},
+    {"library.save", "sync synchronise"},
+    {"library.export", "backup"},
+    {"note.pdf", "export"},
+    {"app.settings", "preferences options"},
+    {"app.quit", "exit close"},
+    {"find.open", "search"},
+    {"view.zoomIn", "zoom bigger font"},
+    {"view.zoomOut", "zoom font"},
+    {"view.zoomReset", "zoom normal font"},
+    {"go.search", "find"},
+    {"go.switcher", "open jump"},
+    {"go.trash", "bin deleted"},
+    {"note.tags", "label"},
+    {"note.attach", "insert"},
+    {"note.duplicate", "copy"},
+    {"note.versions", "history revisions restore"},
+    {"note.lock", "encrypt password passphrase"},
+    {"note.trash", "delete remove bin"},
+    {"assistant.rewrite", "rewrite"},
+    {"format.strike", "cross out"},
+    {"format.textColor", "color"},
+    {"format.highlightColor", "color marker"},
+    {"format.numbered", "ordered"},
+    {"format.bullets", "unordered"},
+    {"format.checklist", "todo tasks"},
+    {"format.alignCenter", "center middle"},
+    {"format.divider", "insert line rule"},
+    {"format.table", "insert"},
+    {"format.image", "insert image photo"},
+    {"format.link", "insert web address"},
+    {"task.complete", "done tick finish"},
+    {"task.due", "deadline schedule"},
+    {"task.delete", "remove trash"},
+    {"help.keys", "hotkeys"},
+};
+
+static_assert(
+    std::ranges::all_of(
+        otherWords,
+        [](const OtherWords& entry) {
+            return std::ranges::find(commands, entry.id, &Command::id) != std::end(commands);
+        }),
+    "other words are for commands of the table");
+
 }  // namespace
 
 std::span<const Command> commandTable() { return commands; }
@@ -144,6 +199,11 @@ const Command& command(std::string_view id) {
     const auto* const found = std::ranges::find(commands, id, &Command::id);
     assert(found != std::end(commands) && "commands are named as the table does");
     return *found;
+}
+
+std::string_view otherWordsFor(std::string_view id) {
+    const auto* const found = std::ranges::find(otherWords, id, &OtherWords::id);
+    return found == std::end(otherWords) ? std::string_view() : found->words;
 }
 
 std::string_view titleOf(CommandMenu menu) {

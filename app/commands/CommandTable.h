@@ -50,6 +50,9 @@ std::span<const Command> commandTable();
 /// The command with this id; asking for one that is not there is a mistake of ours.
 const Command& command(std::string_view id);
 
+/// What else people call the command, for whoever looks for it; lower case, often empty.
+std::string_view otherWordsFor(std::string_view id);
+
 std::string_view titleOf(CommandMenu menu);
 /// "Everywhere", "In a note"…: as a heading.
 std::string_view titleOf(CommandContext context);

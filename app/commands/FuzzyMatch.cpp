@@ -1,7 +1,11 @@
 #include "app/commands/FuzzyMatch.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <ranges>
+#include <set>
+#include <vector>
 
 namespace tesserine::app {
 namespace {
@@ -29,6 +33,18 @@ bool isWordStart(const QString& text, qsizetype at) {
 int worthOf(const QString& text, qsizetype at) {
     return (isWordStart(text, at) ? forWordStart : 0) + (at == 0 ? forFirst : 0);
 }
+
+/// Where `word` stands best: at the beginning of a word, else early. None: -1.
+qsizetype placeOf(const QString& word, const QString& text) {
+    const qsizetype first = text.indexOf(word);
+    for (qsizetype at = first; at >= 0; at = text.indexOf(word, at + 1)) {
+        if (isWordStart(text, at)) return at;
+    }
+    return first;
+}
+
+/// Among equals the shorter text is named more fully.
+int fullness(const QString& text) { return -static_cast<int>(text.size() / 8); }
 
 bool holdsInOrder(const QString& text, const QString& wanted) {
     qsizetype from = 0;
@@ -65,15 +81,8 @@ std::vector<Step> nextSteps(const QString& text, QChar unit, const std::vector<S
     return next;
 }
 
-}  // namespace
-
-std::optional<FuzzyMatch> fuzzyMatch(const QString& typed, const QString& text) {
-    QString wanted = folded(typed);
-    wanted.removeIf([](QChar unit) { return unit.isSpace(); });
-    if (wanted.isEmpty()) return FuzzyMatch{};
-    const QString line = folded(text.left(longestText));
-    if (!holdsInOrder(line, wanted)) return std::nullopt;
-
+/// The best match of the units of `wanted`, which `line` holds in their order.
+FuzzyMatch bestInOrder(const QString& wanted, const QString& line) {
     std::vector<std::vector<Step>> table(
         1, std::vector<Step>(static_cast<std::size_t>(line.size())));
     for (qsizetype at = 0; at < line.size(); ++at) {
@@ -84,14 +93,40 @@ std::optional<FuzzyMatch> fuzzyMatch(const QString& typed, const QString& text) 
         table.push_back(nextSteps(line, unit, table.back()));
 
     const auto end = std::ranges::max_element(table.back(), {}, &Step::score);
-    // Among equals the shorter text is named more fully.
-    FuzzyMatch match{.score = end->score - static_cast<int>(line.size() / 8)};
+    FuzzyMatch match{.score = end->score + fullness(line)};
     int at = static_cast<int>(end - table.back().begin());
     for (const auto& steps : std::views::reverse(table)) {
         match.positions.push_back(at);
         at = steps[static_cast<std::size_t>(at)].previous;
     }
     std::ranges::reverse(match.positions);
+    return match;
+}
+
+}  // namespace
+
+std::optional<FuzzyMatch> fuzzyMatch(const QString& typed, const QString& text) {
+    QString wanted = folded(typed);
+    wanted.removeIf([](QChar unit) { return unit.isSpace(); });
+    if (wanted.isEmpty()) return FuzzyMatch{};
+    const QString line = folded(text.left(longestText));
+    if (holdsInOrder(line, wanted)) return bestInOrder(wanted, line);
+    return wordsMatch(typed, text);
+}
+
+std::optional<FuzzyMatch> wordsMatch(const QString& typed, const QString& text) {
+    const QString line = folded(text.left(longestText));
+    FuzzyMatch match{.score = fullness(line)};
+    std::set<int> positions;
+    for (const QString& word : folded(typed).simplified().split(' ', Qt::SkipEmptyParts)) {
+        const qsizetype at = placeOf(word, line);
+        if (at < 0) return std::nullopt;
+        const int length = static_cast<int>(word.size());
+        match.score += worthOf(line, at) + (length - 1) * forNeighbour;
+        for (int unit = 0; unit < length; ++unit)
+            positions.insert(static_cast<int>(at) + unit);
+    }
+    match.positions.assign(positions.begin(), positions.end());
     return match;
 }
 

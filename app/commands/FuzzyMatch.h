@@ -14,8 +14,12 @@ struct FuzzyMatch {
 };
 
 /// Whether the characters of `typed` appear in `text` in their order, ignoring case, diacritics and
-/// spaces typed. Beginnings of words, neighbours and an early place count more: "cmd" names
-/// "Command" before "calm down". Nothing typed matches everything.
+/// spaces typed; else whether every word of `typed` stands in it somewhere. Beginnings of words,
+/// neighbours and an early place count more: "cmd" names "Command" before "calm down". Nothing
+/// typed matches everything.
 std::optional<FuzzyMatch> fuzzyMatch(const QString& typed, const QString& text);
+
+/// Whether every word of `typed` stands in `text`, in any order: "plan gar" names "Garden plans".
+std::optional<FuzzyMatch> wordsMatch(const QString& typed, const QString& text);
 
 }  // namespace tesserine::app

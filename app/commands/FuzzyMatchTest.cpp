@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <random>
 #include <ranges>
 #include <string>
 
@@ -32,6 +34,10 @@ TEST(FuzzyMatch, TakesLettersInOrderAndWordsByTheirBeginnings) {
              Case{"s v", "Show Versions", "[S]how [V]ersions"},
              Case{"cafe", "Grand Café", "Grand [C][a][f][é]"},
              Case{"eton", "New Note", "no"},  // not in this order
+             Case{"note new", "New Note", "[N][e][w] [N][o][t][e]"},
+             Case{"TRA  mov", "Move to Trash", "[M][o][v]e to [T][r][a]sh"},
+             Case{"no not", "A note", "A [n][o][t]e"},  // words may overlap
+             Case{"note old", "New Note", "no"},        // every word has to be there
              Case{"ht1", "Heading 1", "no"},
              // The beginning of the first word would part the letters.
              Case{"nwt", "New note wt", "[N]ew note [w][t]"},
@@ -57,6 +63,49 @@ TEST(FuzzyMatch, RanksWhatAPersonMeansFirst) {
         SCOPED_TRACE(typed);
         EXPECT_GT(fuzzyMatch(typed, better)->score, fuzzyMatch(typed, worse)->score);
     }
+}
+
+TEST(FuzzyMatch, EveryLetterOfAMatchStandsWhereItSays) {
+    std::mt19937 dice(3);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same throws every time
+    const auto made = [&dice](std::uint_fast32_t most) {
+        constexpr const char16_t* letters[] = {u"a", u"B", u"c", u" ", u"é", u"/", u"😀"};
+        QString text;
+        for (auto left = dice() % most; left > 0; --left)
+            text += QString::fromUtf16(letters[dice() % 7]);
+        return text;
+    };
+    const auto plain = [](QChar unit) {
+        return (unit == u'é' ? QChar(u'e') : unit).toCaseFolded();
+    };
+    int matches = 0;
+    for (int round = 0; round < 4000; ++round) {
+        const QString typed = made(6);
+        const QString text = made(14);
+        const auto match = fuzzyMatch(typed, text);
+        if (!match) continue;
+        ++matches;
+        SCOPED_TRACE(typed.toStdString() + " in " + text.toStdString());
+        QString found;
+        for (std::size_t i = 0; i < match->positions.size(); ++i) {
+            const int at = match->positions[i];
+            ASSERT_TRUE(at >= 0 && at < text.size());
+            ASSERT_TRUE(i == 0 || match->positions[i - 1] < at) << "ascending, each once";
+            found += plain(text[at]);
+        }
+        for (const QChar unit : typed) {
+            EXPECT_TRUE(unit.isSpace() || found.contains(plain(unit)));
+        }
+    }
+    EXPECT_GT(matches, 400) << "the dice must throw something to judge";
+}
+
+TEST(FuzzyMatch, TakesTextsOfAnyLengthForWhatTheyAre) {
+    const QString endless(100'000, u'a');
+    EXPECT_TRUE(fuzzyMatch("aaa", endless));
+    EXPECT_FALSE(fuzzyMatch(endless, "aaa"));
+    EXPECT_FALSE(fuzzyMatch("b", endless + "b")) << "what stands so far behind nobody sees";
+    EXPECT_EQ(fuzzyMatch(" \t ", "New Note")->positions.size(), 0U);
+    EXPECT_FALSE(fuzzyMatch("a", ""));
 }
 
 }  // namespace

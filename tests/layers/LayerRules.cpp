@@ -38,6 +38,7 @@ struct WindowRoom {
 };
 
 constexpr std::array windowRooms = {
+    WindowRoom{"app/testing", -1},  // fixtures, which only tests may include
     WindowRoom{"app/look", 0},
     WindowRoom{"app/state", 1},
     WindowRoom{"app/commands", 2},

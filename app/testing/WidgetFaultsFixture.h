@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+class QWidget;
+
+namespace tesserine::test {
+
+/// What a person could not read in a window that is shown: texts of labels and buttons that are
+/// cut, and widgets that stand out of the one they are in. A line for each; empty is good.
+std::string layoutFaults(const QWidget& window);
+
+/// Controls that take keys and have no name for a person who hears the window. A line for each.
+std::string namelessControls(const QWidget& window);
+
+}  // namespace tesserine::test
