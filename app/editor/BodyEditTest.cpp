@@ -211,6 +211,64 @@ TEST_F(BodyEdit, LinesMoveWithWhatTheyAre) {
     EXPECT_EQ(html(), "<h1>a</h1><p></p><ul><li>b</li><li>c</li></ul>");
 }
 
+TEST_F(BodyEdit, KeysActOnAllThatIsSelected) {
+    struct Case {
+        const char* body;
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        std::string result;
+        const char* selected;  // lines are separated by "/"
+    };
+    const Case cases[] = {
+        {"<ul><li>a</li><li>|b</li><li>c|</li></ul>",
+         Qt::Key_Tab,
+         {},
+         list("<li>a<ul><li>b</li><li>c</li></ul></li>"),
+         "b/c"},
+        {"<ul><li>a<ul><li>|b</li></ul></li><li>c|</li></ul>",
+         Qt::Key_Backtab,
+         Qt::ShiftModifier,
+         list("<li>a</li><li>b</li><li>c</li>"),
+         "b/c"},
+        {"<p>a</p><p>|b</p><h2>c|</h2><p>d</p>",
+         Qt::Key_Up,
+         Qt::AltModifier,
+         "<p>b</p><h2>c</h2><p>a</p><p>d</p>",
+         "b/c"},
+        {"<p>a</p><p>|b</p><h2>c|</h2><p>d</p>",
+         Qt::Key_Down,
+         Qt::AltModifier,
+         "<p>a</p><p>d</p><p>b</p><h2>c</h2>",
+         "b/c"},
+        // A line whose beginning only is selected stays.
+        {"<p>|a</p><p>|b</p><p>c</p>",
+         Qt::Key_Down,
+         Qt::AltModifier,
+         "<p>b</p><p>a</p><p>c</p>",
+         "a/"},
+        // Past what cannot be edited, and to the ends.
+        {"<table><tr><td>x</td></tr></table><p>|a</p><p>b|</p>",
+         Qt::Key_Up,
+         Qt::AltModifier,
+         "<p>a</p><p>b</p><table><tr><td>x</td></tr></table>",
+         "a/b"},
+        {"<p>|a</p><p>b|</p>", Qt::Key_Up, Qt::AltModifier, "<p>a</p><p>b</p>", "a/b"},
+    };
+    for (const auto& [body, key, modifiers, result, selected] : cases) {
+        SCOPED_TRACE(body);
+        openNote(body);
+        const std::string before = html();
+        press(key, modifiers);
+        EXPECT_EQ(canonicalBody(html()).html, result);
+        const QString words = editor.body().textCursor().selectedText();
+        EXPECT_EQ(QString(words).replace(QChar::ParagraphSeparator, '/').toStdString(), selected);
+        while (document().isUndoAvailable()) {
+            commands.trigger("edit.undo");
+        }
+        EXPECT_EQ(html(), before);
+    }
+}
+
 TEST_F(BodyEdit, AClickOnTheBoxTicksAnItem) {
     openNote("<p>a</p><ul class=\"ts-checklist\"><li data-checked=\"false\">x</li>"
              "<li data-checked=\"false\">y</li></ul>");

@@ -48,22 +48,47 @@ TEST_F(FindTest, ReplacesEverythingAsOneStepAndKeepsStyles) {
     EXPECT_EQ(html(), before);
 }
 
+TEST_F(FindTest, VeryManyPlacesAreCountedToABoundAndReplacedAsOneStep) {
+    std::string body;
+    for (int i = 0; i < 1'500; ++i) {
+        body += "<p>word " + std::to_string(i) + " word</p>";
+    }
+    openNote(body);
+    commands.trigger("find.replace");
+    look("word");
+    EXPECT_EQ(count(), "1 of more than 1000");
+    bar().findChild<QLineEdit*>("replaceField")->setText("w");
+    bar().findChild<QPushButton*>("replaceAll")->click();
+    EXPECT_EQ(count(), "Replaced 3000");
+    EXPECT_EQ(html().find("word"), std::string::npos);
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), body);
+    look("1499");
+    EXPECT_EQ(count(), "1 of 1");
+}
+
 TEST_F(FindTest, LinksToNotesWhileTyping) {
     const CDNote& garden = addNote("Garden plan");
     addNote("Groceries");
     openNote("<p>See |.</p>");
     type("[[gard");
     auto* const offered = editor.findChild<QListWidget*>("linkCompletion");
-    ASSERT_TRUE(offered->isVisible());
+    ASSERT_TRUE(waitUntil(
+        [&] { return offered->count() == 2 && offered->item(1)->text() == "New note “gard”"; }));
+    EXPECT_TRUE(offered->isVisible());
     EXPECT_EQ(offered->item(0)->text(), "Garden plan");
     type("\n");
     const std::string address = NoteService::noteURL(*garden.id);
     EXPECT_EQ(html(), "<p>See <a href=\"" + address + "\">Garden plan</a>.</p>");
     // One that is not there is made.
     type(" [[New idea\n");
-    const CDNote* const made =
-        context().fetchFirst<CDNote>({.predicate = {"title == %@", "New idea"}});
-    ASSERT_NE(made, nullptr);
+    EXPECT_NE(html().find("[[New idea.</p>"), std::string::npos) << "it waits for the answer";
+    const CDNote* made = nullptr;
+    ASSERT_TRUE(waitUntil([&] {
+        made = context().fetchFirst<CDNote>({.predicate = {"title == %@", "New idea"}});
+        return made != nullptr;
+    }));
+    settle();
     EXPECT_NE(html().find(NoteService::noteURL(*made->id) + "\">New idea</a>"), std::string::npos);
 }
 

@@ -11,6 +11,8 @@
 #include <QTextBlock>
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 namespace tesserine::app {
 namespace {
@@ -30,7 +32,7 @@ LinkCompletion::LinkCompletion(AppEnvironment& environment, BodyEdit& body)
     body.installEventFilter(this);
     connect(&body, &QTextEdit::cursorPositionChanged, this, &LinkCompletion::update);
     connect(&body, &QTextEdit::textChanged, this, [this] { isDismissed_ = false; });
-    connect(&body, &BodyEdit::left, list_, &QWidget::hide);
+    connect(&body, &BodyEdit::left, this, &LinkCompletion::update);
     connect(list_, &QListWidget::itemClicked, this, &LinkCompletion::accept);
 }
 
@@ -43,7 +45,8 @@ void LinkCompletion::begin() {
     update();
 }
 
-bool LinkCompletion::isOpen() const { return list_->isVisible(); }
+/// Also while the first answer is awaited.
+bool LinkCompletion::isOpen() const { return wanted_ && (isAsking_ || list_->isVisible()); }
 
 bool LinkCompletion::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() != QEvent::KeyPress || !isOpen()) return QObject::eventFilter(watched, event);
@@ -55,7 +58,7 @@ bool LinkCompletion::eventFilter(QObject* watched, QEvent* event) {
     case Qt::Key_Tab: accept(); return true;
     case Qt::Key_Escape:
         isDismissed_ = true;
-        list_->hide();
+        update();
         return true;
     default: return QObject::eventFilter(watched, event);
     }
@@ -73,32 +76,69 @@ std::optional<QString> LinkCompletion::typed() const {
 
 void LinkCompletion::update() {
     const auto title = typed();
-    if (!title || isDismissed_ || !body_.hasFocus()) return list_->hide();
-    offer(*title);
+    if (title != wanted_) acceptsAnswer_ = false;
+    wanted_ = isDismissed_ || !body_.hasFocus() ? std::nullopt : title;
+    if (!wanted_) {
+        shown_.reset();
+        return list_->hide();
+    }
+    if (!isAsking_ && wanted_ != shown_) ask(*wanted_);
 }
 
-void LinkCompletion::offer(const QString& title) {
+std::vector<LinkCompletion::Offer> LinkCompletion::find(
+    StoreContext& context, const QString& title) {
+    const Predicate live = {"trashedAt == nil AND isTemplate == NO"};
+    const FetchRequest request{
+        .predicate = title.isEmpty()
+                         ? live
+                         : Predicate::both(live, {"title CONTAINS[cd] %@", title.toStdString()}),
+        .sort = {{"updatedAt", SortDescriptor::Order::descending}},
+        .limit = mostOffered};
+    std::vector<Offer> offers;
+    for (const CDNote* note : context.fetch<CDNote>(request)) {
+        offers.push_back({*note->id, QString::fromStdString(note->title.valueOr(""))});
+    }
+    return offers;
+}
+
+/// One question at a time; what was typed meanwhile is asked after it.
+void LinkCompletion::ask(const QString& title) {
+    isAsking_ = true;
+    auto offers = std::make_shared<std::vector<Offer>>();  // of the worker, then of this thread
+    environment_.inBackground(
+        [title, offers](StoreContext& context, const std::stop_token& /*stop*/) {
+            *offers = find(context, title);
+        },
+        this,
+        [this, title, offers] {
+            isAsking_ = false;
+            if (!wanted_) return;
+            if (*wanted_ != title) return ask(*wanted_);
+            answer(title, *offers);
+        },
+        [this](const std::string& /*sentence*/) { isAsking_ = false; });
+}
+
+void LinkCompletion::answer(const QString& title, const std::vector<Offer>& offers) {
     list_->clear();
-    const Predicate predicate =
-        title.isEmpty() ? Predicate("trashedAt == nil AND isTemplate == NO")
-                        : Predicate(
-                            "trashedAt == nil AND isTemplate == NO AND title CONTAINS[cd] %@",
-                            title.toStdString());
+    shown_ = title;
     bool isThere = false;
-    for (const CDNote* note : environment_.context().fetch<CDNote>(
-             {.predicate = predicate,
-    .sort = {{"updatedAt", SortDescriptor::Order::descending}},
-    .limit = mostOffered})) {
-        const QString shown = QString::fromStdString(note->title.valueOr(""));
-        auto* const item = new QListWidgetItem(icon("note"), shown, list_);
-        item->setData(addressRole, QString::fromStdString(NoteService::noteURL(*note->id)));
-        isThere |= shown.compare(title, Qt::CaseInsensitive) == 0;
+    for (const Offer& offer : offers) {
+        auto* const item = new QListWidgetItem(icon("note"), offer.title, list_);
+        item->setData(addressRole, QString::fromStdString(NoteService::noteURL(offer.note)));
+        isThere |= offer.title.compare(title, Qt::CaseInsensitive) == 0;
     }
     if (!title.trimmed().isEmpty() && !isThere) {
         new QListWidgetItem(icon("note-add"), "New note “" + title.trimmed() + "”", list_);
     }
     if (list_->count() == 0) return list_->hide();
     list_->setCurrentRow(0);
+    place();
+    if (std::exchange(acceptsAnswer_, false)) accept();
+}
+
+/// Shows the list at the cursor.
+void LinkCompletion::place() {
     const QRect cursor = body_.cursorRect();
     const int height = list_->sizeHintForRow(0) * list_->count() + 2 * list_->frameWidth();
     list_->resize(std::min(360, body_.width() - 2 * space::medium), height);
@@ -113,12 +153,17 @@ void LinkCompletion::offer(const QString& title) {
 
 void LinkCompletion::move(int rows) {
     const int count = list_->count();
+    if (count == 0) return;
     list_->setCurrentRow((list_->currentRow() + rows + count) % count);
 }
 
 void LinkCompletion::accept() {
     const QListWidgetItem* const chosen = list_->currentItem();
     const auto title = typed();
+    if (title && title != shown_) {
+        acceptsAnswer_ = true;
+        return;
+    }
     list_->hide();
     if (chosen == nullptr || !title) return;
     QString shown = chosen->text();

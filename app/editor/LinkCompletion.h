@@ -3,10 +3,16 @@
 #include "base/Uuid.h"
 
 #include <QObject>
+#include <QString>
 
 #include <optional>
+#include <vector>
 
 class QListWidget;
+
+namespace tesserine {
+class StoreContext;
+}
 
 namespace tesserine::app {
 
@@ -15,6 +21,9 @@ class BodyEdit;
 
 /// Offers the titles of notes while "[[" and a few letters are typed, and puts a link to the chosen
 /// one in their place; the last entry makes a new note with this title.
+///
+/// Titles are looked through in the background. What is chosen before the answer to the last letter
+/// is there is taken from that answer.
 class LinkCompletion final : public QObject {
     Q_OBJECT
 
@@ -29,8 +38,16 @@ public:
 
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    /// A note whose title has the letters.
+    struct Offer {
+        Uuid note;
+        QString title;
+    };
+    static std::vector<Offer> find(StoreContext& context, const QString& title);
     void update();
-    void offer(const QString& title);
+    void ask(const QString& title);
+    void answer(const QString& title, const std::vector<Offer>& offers);
+    void place();
     void accept();
     void move(int rows);
     /// What was typed behind "[[" in the cursor's paragraph; none when nothing was.
@@ -40,6 +57,10 @@ private:
     BodyEdit& body_;
     QListWidget* const list_;
     bool isDismissed_ = false;
+    bool isAsking_ = false;
+    bool acceptsAnswer_ = false;     // the next one; a choice was made before it was there
+    std::optional<QString> wanted_;  // the letters to find notes for; none: nothing is typed
+    std::optional<QString> shown_;   // those that the list answers
 };
 
 }  // namespace tesserine::app
