@@ -74,9 +74,12 @@ void NoteRowDelegate::paintDetails(QPainter& painter, QRect line, int row) const
     painter.setFont(Theme::font(TextRole::caption));
     const bool isLate = isReminder && date < environment_.now();
     painter.setPen(isLate ? Theme::colors().danger : Theme::colors().secondaryText);
-    const int width = QFontMetrics(painter.font()).horizontalAdvance(text);
-    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, text);
-    line.setLeft(line.left() + width + space::small);
+    const int width = painter.fontMetrics().horizontalAdvance(text);
+    painter.drawText(
+        cutStart(painter, line, {width, line.height()}),
+        Qt::AlignCenter | Qt::TextSingleLine,
+        text);
+    cutStart(painter, line, {space::small, 0});
 
     painter.setPen(Theme::colors().secondaryText);
     for (const QString& tag : note.tags) {

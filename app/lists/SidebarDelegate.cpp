@@ -33,12 +33,24 @@ int depthOf(const QModelIndex& index) {
 bool isApart(const QModelIndex& index) { return !isHeading(index) && !index.parent().isValid(); }
 
 QRect insideOf(const QStyleOptionViewItem& option, const QModelIndex& index) {
-    const int left = space::medium + depthOf(index) * step;
-    return option.rect.adjusted(left, 0, -space::large, 0);
+    const int start = space::medium + depthOf(index) * step;
+    const QRect inside = option.rect.adjusted(start, 0, -space::large, 0);
+    return QStyle::visualRect(option.direction, option.rect, inside);
 }
 
-void paintArrow(QPainter& painter, const QRect& place, bool isOpen) {
+void paintArrow(QPainter& painter, QRect& line, bool isOpen) {
+    const QRect place = cutEnd(painter, line, {arrowSide, arrowSide});
     icon(isOpen ? "chevron-down" : "chevron-right", Ink::secondary).paint(&painter, place);
+}
+
+void paintCount(QPainter& painter, QRect& line, qulonglong count) {
+    painter.setFont(Theme::font(TextRole::caption));
+    painter.setPen(Theme::colors().secondaryText);
+    const QString shown = QLocale(QLocale::English).toString(count);
+    const int width = painter.fontMetrics().horizontalAdvance(shown);
+    painter.drawText(
+        cutEnd(painter, line, {width, line.height()}), Qt::AlignCenter | Qt::TextSingleLine, shown);
+    cutEnd(painter, line, {space::small, 0});
 }
 
 bool isExpanded(const QStyleOptionViewItem& option, const QModelIndex& index) {
@@ -69,14 +81,11 @@ void SidebarDelegate::paint(
         QFont font = painter->font();
         font.setWeight(QFont::DemiBold);
         painter->setFont(font);
-        paintText(*painter, line, index.data().toString());
-        QRect arrow(0, 0, arrowSide, arrowSide);
-        arrow.moveCenter(line.center());
-        arrow.moveRight(line.right());
         const bool isHovered = option.state & QStyle::State_MouseOver;
         if (isHovered || !isExpanded(option, index)) {
-            paintArrow(*painter, arrow, isExpanded(option, index));
+            paintArrow(*painter, line, isExpanded(option, index));
         }
+        paintName(*painter, line, index.data().toString());
         painter->restore();
         return;
     }
@@ -88,42 +97,35 @@ void SidebarDelegate::paint(
     }
     paintRowGround(*painter, row, colors.window);
 
-    QRect place(line.left(), 0, iconSide, iconSide);
-    place.moveCenter(QPoint(place.center().x(), line.center().y()));
+    const QRect place = cutStart(*painter, line, {iconSide, iconSide});
+    cutStart(*painter, line, {space::small, 0});
     const bool isSelected = option.state & QStyle::State_Selected;
     const auto kind = SidebarModel::placeAt(index);
     (isSelected && kind ? icon(index.data(SidebarModel::iconNameRole).toString(), Ink::accent)
                         : index.data(Qt::DecorationRole).value<QIcon>())
         .paint(painter, place);
-    line.setLeft(place.right() + space::small);
 
     const auto count = index.data(SidebarModel::countRole).toULongLong();
-    if (count > 0) {
-        painter->setFont(Theme::font(TextRole::caption));
-        painter->setPen(colors.secondaryText);
-        const QString shown = QLocale(QLocale::English).toString(count);
-        const int width = QFontMetrics(painter->font()).horizontalAdvance(shown);
-        painter->drawText(line, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, shown);
-        line.setRight(line.right() - width - space::small);
-    }
-    if (index.model()->hasChildren(index)) {
-        QRect arrow(0, 0, arrowSide, arrowSide);
-        arrow.moveCenter(line.center());
-        arrow.moveRight(line.right());
-        paintArrow(*painter, arrow, isExpanded(option, index));
-        line.setRight(arrow.left() - space::tiny);
-    }
+    if (count > 0) paintCount(*painter, line, count);
+    if (index.model()->hasChildren(index)) paintArrow(*painter, line, isExpanded(option, index));
     painter->setFont(Theme::font(TextRole::body));
     painter->setPen(colors.text);
-    paintText(*painter, line, index.data().toString());
+    paintName(*painter, line, index.data().toString());
     painter->restore();
+}
+
+QWidget* SidebarDelegate::createEditor(
+    QWidget* parent, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    QWidget* const editor = QStyledItemDelegate::createEditor(parent, option, index);
+    if (editor != nullptr) editor->setAccessibleName("Name");
+    return editor;
 }
 
 void SidebarDelegate::updateEditorGeometry(
     QWidget* editor, const QStyleOptionViewItem& option, const QModelIndex& index) const {
-    QRect line = insideOf(option, index);
-    line.setLeft(line.left() + iconSide + space::tiny);
-    editor->setGeometry(line);
+    const QRect line = insideOf(option, index);
+    const QRect behindIcon = line.adjusted(iconSide + space::tiny, 0, 0, 0);
+    editor->setGeometry(QStyle::visualRect(option.direction, line, behindIcon));
 }
 
 }  // namespace tesserine::app

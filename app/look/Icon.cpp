@@ -3,9 +3,11 @@
 #include "app/look/Theme.h"
 
 #include <QFile>
+#include <QGuiApplication>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPixmapCache>
+#include <QSet>
 #include <QSvgRenderer>
 
 #include <cassert>
@@ -43,15 +45,27 @@ QByteArray drawingIn(const QString& name, const QColor& color) {
     return isThere ? file.readAll().replace("currentColor", color.name().toLatin1()) : QByteArray();
 }
 
+/// Whether a drawing shows where reading goes, and turns round where that is from right to left.
+bool isMirrored(const QString& name) {
+    static const QSet<QString> directed{
+        "back", "forward", "chevron-left", "chevron-right", "indent", "outdent", "sidebar"};
+    return QGuiApplication::isRightToLeft() && directed.contains(name);
+}
+
 QPixmap drawn(const QString& name, const QColor& color, const QSize& size) {
-    const QString key =
-        QString("%1 %2 %3 %4").arg(name, color.name()).arg(size.width()).arg(size.height());
+    const bool isTurned = isMirrored(name);
+    const QString key = QString("%1 %2 %3 %4 %5")
+                            .arg(name, color.name())
+                            .arg(size.width())
+                            .arg(size.height())
+                            .arg(isTurned);
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap)) return pixmap;
 
     pixmap = QPixmap(size);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
+    if (isTurned) painter.setTransform({-1, 0, 0, 1, qreal(size.width()), 0});
     QSvgRenderer renderer(drawingIn(name, color));
     renderer.setAspectRatioMode(Qt::KeepAspectRatio);
     renderer.render(&painter);
@@ -80,8 +94,13 @@ public:
 
     void paint(
         QPainter* painter, const QRect& area, QIcon::Mode mode, QIcon::State state) override {
-        const qreal ratio = painter->device()->devicePixelRatio();
-        painter->drawPixmap(area, pixmap(area.size() * ratio, mode, state));
+        // At 1.25 and the like an area begins and ends between pixels of the screen: the drawing
+        // takes the whole pixels nearest to it, or it would be stretched.
+        const QTransform toScreen = painter->deviceTransform();
+        const QRect pixels = toScreen.mapRect(QRectF(area)).toRect();
+        QPixmap full = pixmap(pixels.size(), mode, state);
+        full.setDevicePixelRatio(toScreen.m11());
+        painter->drawPixmap(toScreen.inverted().map(QPointF(pixels.topLeft())), full);
     }
 
     QIconEngine* clone() const override { return new TintedIcon(*this); }

@@ -22,7 +22,7 @@ QColor colorOf(Tone tone) {
     return colors.text;
 }
 
-/// Gives its label the ink anew whenever the application's colours change.
+/// Gives its label the ink anew whenever the colours around it change.
 class ToneKeeper final : public QObject {
 public:
     ToneKeeper(QLabel& label, Tone tone) : QObject(&label), label_(label), tone_(tone) {
@@ -37,7 +37,8 @@ public:
 
 private:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::ApplicationPaletteChange) apply();
+        const QColor shown = label_.palette().color(QPalette::WindowText);
+        if (event->type() == QEvent::PaletteChange && shown != colorOf(tone_)) apply();
         return QObject::eventFilter(watched, event);
     }
     void apply() {

@@ -12,6 +12,31 @@ constexpr int signSide = 15;
 constexpr int narrowestChip = 28;
 constexpr int widestChip = 120;
 
+Qt::LayoutDirection directionOf(const QString& text) {
+    return text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
+}
+
+/// `text` runs as its language does, from where a line of `layout` begins.
+void paintLine(
+    QPainter& painter, const QRect& line, const QString& text, Qt::LayoutDirection layout) {
+    const Qt::LayoutDirection before = painter.layoutDirection();
+    painter.setLayoutDirection(directionOf(text));
+    const Qt::Alignment side = layout == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
+    painter.drawText(
+        line,
+        static_cast<int>(side) | Qt::AlignVCenter | Qt::AlignAbsolute | Qt::TextSingleLine,
+        painter.fontMetrics().elidedText(text, Qt::ElideRight, line.width()));
+    painter.setLayoutDirection(before);
+}
+
+QRect cutOff(QRect& line, const QSize& size, bool isLeft) {
+    QRect piece(QPoint(), size);
+    piece.moveCenter(line.center());
+    isLeft ? piece.moveLeft(line.left()) : piece.moveRight(line.right());
+    isLeft ? line.setLeft(piece.right() + 1) : line.setRight(piece.left() - 1);
+    return piece;
+}
+
 }  // namespace
 
 void paintRowGround(QPainter& painter, const QStyleOptionViewItem& option, const QColor& plain) {
@@ -36,20 +61,24 @@ void paintRowGround(QPainter& painter, const QStyleOptionViewItem& option, const
 }
 
 void paintText(QPainter& painter, const QRect& line, const QString& text) {
-    const QFontMetrics metrics(painter.font());
-    const Qt::Alignment side = text.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft;
-    painter.drawText(
-        line,
-        static_cast<int>(side) | Qt::AlignVCenter | Qt::AlignAbsolute | Qt::TextSingleLine,
-        metrics.elidedText(text, Qt::ElideRight, line.width()));
+    paintLine(painter, line, text, directionOf(text));
+}
+
+void paintName(QPainter& painter, const QRect& line, const QString& text) {
+    paintLine(painter, line, text, painter.layoutDirection());
+}
+
+QRect cutStart(const QPainter& painter, QRect& line, const QSize& size) {
+    return cutOff(line, size, painter.layoutDirection() != Qt::RightToLeft);
+}
+
+QRect cutEnd(const QPainter& painter, QRect& line, const QSize& size) {
+    return cutOff(line, size, painter.layoutDirection() == Qt::RightToLeft);
 }
 
 void paintSign(QPainter& painter, QRect& line, const QIcon& icon) {
-    QRect place(0, 0, signSide, signSide);
-    place.moveCenter(line.center());
-    place.moveRight(line.right());
-    icon.paint(&painter, place);
-    line.setRight(place.left() - space::tiny);
+    icon.paint(&painter, cutEnd(painter, line, {signSide, signSide}));
+    cutEnd(painter, line, {space::tiny, 0});
 }
 
 bool paintChip(QPainter& painter, QRect& line, const QString& text) {
@@ -57,10 +86,9 @@ bool paintChip(QPainter& painter, QRect& line, const QString& text) {
     const QFontMetrics metrics(painter.font());
     const int widest = std::min(line.width(), widestChip) - 2 * space::small;
     const QString shown = metrics.elidedText(text, Qt::ElideRight, widest);
-    QRect chip = line;
-    chip.setWidth(metrics.horizontalAdvance(shown) + 2 * space::small - 2);
-    chip.setHeight(metrics.height() + 2);
-    chip.moveCenter(QPoint(chip.center().x(), line.center().y()));
+    const QSize size(metrics.horizontalAdvance(shown) + 2 * space::small - 2, metrics.height() + 2);
+    const QRect chip = cutStart(painter, line, size);
+    cutStart(painter, line, {space::tiny, 0});
 
     const QPen pen = painter.pen();
     painter.setPen(QPen(Theme::colors().line, 1));
@@ -70,7 +98,6 @@ bool paintChip(QPainter& painter, QRect& line, const QString& text) {
     painter.setBrush(Qt::NoBrush);
     painter.setPen(pen);
     painter.drawText(chip, Qt::AlignCenter | Qt::TextSingleLine, shown);
-    line.setLeft(chip.right() + space::tiny);
     return true;
 }
 

@@ -16,7 +16,7 @@ Colors lightColors() {
         .surface = QColor(0xFFFFFF),
         .raised = QColor(0xFFFFFF),
         .text = QColor(0x23211E),
-        .secondaryText = QColor(0x6A665F),
+        .secondaryText = QColor(0x625E57),
         .line = QColor(0xE0DED9),
         .hover = QColor(0xEBE9E4),
         .selection = QColor(0xDCE8E6),
@@ -27,7 +27,7 @@ Colors lightColors() {
         .success = QColor(0x2E6B34),
         .highlight = QColor(0xFBE7A1),
         .code = QColor(0xF4F3F0),
-        .priority = {QColor(0xB3261E), QColor(0x9A5B00), QColor(0x2A5DA8), QColor(0x8A867F)}};
+        .priority = {QColor(0xB3261E), QColor(0x8F5400), QColor(0x2A5DA8), QColor(0x8A867F)}};
 }
 
 Colors darkColors() {
@@ -40,13 +40,13 @@ Colors darkColors() {
         .secondaryText = QColor(0xB1ADA5),
         .line = QColor(0x3A3937),
         .hover = QColor(0x32312F),
-        .selection = QColor(0x274340),
+        .selection = QColor(0x25403D),
         .accent = QColor(0x6FC3B8),
         .onAccent = QColor(0x10201E),
         .danger = QColor(0xF08A80),
         .warning = QColor(0xE0B25C),
         .success = QColor(0x8CCB8F),
-        .highlight = QColor(0x5F5220),
+        .highlight = QColor(0x4A4019),
         .code = QColor(0x2E2E2C),
         .priority = {QColor(0xF08A80), QColor(0xE5AE62), QColor(0x85B2F2), QColor(0x8F8B84)}};
 }
@@ -124,6 +124,12 @@ void Theme::setScheme(Scheme scheme) {
     apply();
 }
 
+void Theme::setDesktopScheme(Scheme scheme) {
+    if (scheme == desktopScheme_) return;
+    desktopScheme_ = scheme;
+    if (scheme_ == Scheme::system) apply();
+}
+
 bool Theme::eventFilter(QObject* watched, QEvent* event) {
     const bool isOfDesktop = watched == &application_ && !isApplying_
                              && event->type() == QEvent::ApplicationPaletteChange;
@@ -134,12 +140,15 @@ bool Theme::eventFilter(QObject* watched, QEvent* event) {
 void Theme::apply() {
     isApplying_ = true;
     QApplication::setPalette(QPalette());  // what the desktop says, without ours
-    const bool isDark = scheme_ == Scheme::dark
-                        || (scheme_ == Scheme::system && isDarkDesktop(QApplication::palette()));
-    currentColors() = isDark ? darkColors() : lightColors();
+    currentColors() = isDark() ? darkColors() : lightColors();
     QApplication::setPalette(paletteOf(currentColors()));
     isApplying_ = false;
     emit changed();
+}
+
+bool Theme::isDark() const {
+    const Scheme told = scheme_ == Scheme::system ? desktopScheme_ : scheme_;
+    return told == Scheme::system ? isDarkDesktop(QApplication::palette()) : told == Scheme::dark;
 }
 
 }  // namespace tesserine::app

@@ -87,6 +87,10 @@ public:
 
     Scheme scheme() const { return scheme_; }
     void setScheme(Scheme scheme);
+    /// What `Scheme::system` stands for, when the desktop tells. Until it does, or when it tells
+    /// `system`, the palette of the platform decides.
+    void setDesktopScheme(Scheme scheme);
+    Scheme desktopScheme() const { return desktopScheme_; }
 
 signals:
     /// The colours changed; widgets that keep colours or tinted icons make them anew.
@@ -95,9 +99,11 @@ signals:
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void apply();
+    bool isDark() const;
 
     QApplication& application_;
     Scheme scheme_ = Scheme::system;
+    Scheme desktopScheme_ = Scheme::system;
     bool isApplying_ = false;
 };
 

@@ -182,6 +182,38 @@ void drawComboBox(QPainter& painter, const QStyleOptionComboBox& box) {
         .paint(&painter, QStyle::visualRect(box.direction, box.rect, arrow), Qt::AlignCenter, mode);
 }
 
+/// Flat, like everything else; the chosen one stands out by its ground and a line below.
+void drawTab(QPainter& painter, const QStyleOption& tab) {
+    const Colors& colors = Theme::colors();
+    const bool isChosen = has(tab, QStyle::State_Selected);
+    if (!isChosen && !has(tab, QStyle::State_MouseOver)) return;
+    painter.fillRect(tab.rect, isChosen ? colors.surface : colors.hover);
+    const int height = space::hair;
+    const QRect line(tab.rect.left(), tab.rect.bottom() + 1 - height, tab.rect.width(), height);
+    if (isChosen) painter.fillRect(line, colors.accent);
+}
+
+void drawTabCloser(QPainter& painter, const QStyleOption& option) {
+    if (has(option, QStyle::State_MouseOver)) {
+        fillBox(painter, option.rect, Theme::colors().hover);
+    }
+    icon("close", Ink::secondary).paint(&painter, option.rect.adjusted(1, 1, -1, -1));
+}
+
+void drawMenuBarItem(QPainter& painter, const QStyleOptionMenuItem& item, bool showsMnemonic) {
+    const Colors& colors = Theme::colors();
+    painter.fillRect(item.rect, colors.window);
+    if (has(item, QStyle::State_Selected)) {
+        const bool isOpen = has(item, QStyle::State_Sunken);
+        const QRect patch = item.rect.adjusted(1, 1, -1, -1);
+        fillBox(painter, patch, isOpen ? colors.selection : colors.hover);
+    }
+    painter.setPen(has(item, QStyle::State_Enabled) ? colors.text : colors.secondaryText);
+    const int mnemonic = showsMnemonic ? Qt::TextShowMnemonic : Qt::TextHideMnemonic;
+    painter.drawText(
+        item.rect, static_cast<int>(Qt::AlignCenter) | Qt::TextSingleLine | mnemonic, item.text);
+}
+
 }  // namespace
 
 WindowStyle::WindowStyle() : QProxyStyle(QStyleFactory::create("Fusion")) {}
@@ -196,6 +228,8 @@ void WindowStyle::drawPrimitive(
     case PE_PanelButtonTool: return drawToolButton(*painter, *option);
     case PE_IndicatorCheckBox: return drawCheckBox(*painter, *option);
     case PE_IndicatorRadioButton: return drawRadioButton(*painter, *option);
+    case PE_IndicatorTabClose: return drawTabCloser(*painter, *option);
+    case PE_FrameTabBarBase: return;
     case PE_FrameLineEdit: return drawBox(*painter, *option, Qt::transparent, borderColor(*option));
     case PE_PanelLineEdit: {
         const auto* const frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
@@ -230,20 +264,26 @@ void WindowStyle::drawControl(
     const QWidget* widget) const {
     const Colors& colors = Theme::colors();
     if (element == CE_ToolBar) return;  // stands on the ground of its window
+    if (element == CE_TabBarTabShape) return drawTab(*painter, *option);
     if (element == CE_PushButtonLabel && isDefault(*option)) {
         QStyleOptionButton button(*qstyleoption_cast<const QStyleOptionButton*>(option));
         button.palette.setColor(QPalette::ButtonText, colors.onAccent);
         return QProxyStyle::drawControl(element, &button, painter, widget);
     }
-    const bool isMenu = element == CE_MenuItem || element == CE_MenuBarItem;
-    if (const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option); item && isMenu) {
+    if (element == CE_MenuBarEmptyArea) return painter->fillRect(option->rect, colors.window);
+    const auto* const item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    if (item && element == CE_MenuBarItem) {
+        const bool showsMnemonic = proxy()->styleHint(SH_UnderlineShortcut, option, widget) != 0;
+        return drawMenuBarItem(*painter, *item, showsMnemonic);
+    }
+    if (item && element == CE_MenuItem) {
         QStyleOptionMenuItem quiet(*item);
         quiet.palette.setColor(QPalette::Highlight, colors.selection);
         quiet.palette.setColor(QPalette::HighlightedText, colors.text);
         return QProxyStyle::drawControl(element, &quiet, painter, widget);
     }
-    if (const auto* item = qstyleoption_cast<const QStyleOptionViewItem*>(option)) {
-        QStyleOptionViewItem quiet(*item);
+    if (const auto* row = qstyleoption_cast<const QStyleOptionViewItem*>(option)) {
+        QStyleOptionViewItem quiet(*row);
         quiet.palette.setColor(QPalette::HighlightedText, colors.text);
         return QProxyStyle::drawControl(element, &quiet, painter, widget);
     }
@@ -318,7 +358,10 @@ int WindowStyle::pixelMetric(
     case PM_ExclusiveIndicatorWidth:
     case PM_ExclusiveIndicatorHeight: return 18;
     case PM_ButtonMargin: return space::medium;
-    case PM_ToolBarFrameWidth: return 0;
+    case PM_ToolBarFrameWidth:
+    case PM_TabBarTabShiftVertical:
+    case PM_TabBarTabShiftHorizontal:
+    case PM_TabBarTabOverlap: return 0;
     default: return QProxyStyle::pixelMetric(metric, option, widget);
     }
 }
@@ -334,8 +377,16 @@ QSize WindowStyle::sizeFromContents(
     if (isControl && !isBare) result.setHeight(std::max(result.height(), leastHeight));
     if (type == CT_PushButton) result.rwidth() += space::medium;
     if (type == CT_ComboBox) result.rwidth() += space::huge;
+    if (type == CT_TabBarTab) result.setHeight(std::max(result.height(), leastHeight));
     if (type == CT_MenuItem) result.rheight() += space::hair;
     return result;
+}
+
+QIcon WindowStyle::standardIcon(
+    StandardPixmap picture, const QStyleOption* option, const QWidget* widget) const {
+    // Otherwise every icon theme of the desktop would be searched for it before the first paint.
+    if (picture == SP_LineEditClearButton) return icon("close", Ink::secondary);
+    return QProxyStyle::standardIcon(picture, option, widget);
 }
 
 int WindowStyle::styleHint(
@@ -345,6 +396,8 @@ int WindowStyle::styleHint(
     QStyleHintReturn* returned) const {
     // A click into the groove goes there.
     if (hint == SH_ScrollBar_LeftClickAbsolutePosition) return 1;
+    // The style beneath would put coloured pictures of its own on "Cancel" and "Save".
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
     return QProxyStyle::styleHint(hint, option, widget, returned);
 }
 

@@ -39,6 +39,8 @@ public:
         const QStyleOption* option,
         const QSize& size,
         const QWidget* widget) const override;
+    QIcon standardIcon(
+        StandardPixmap picture, const QStyleOption* option, const QWidget* widget) const override;
     int styleHint(
         StyleHint hint,
         const QStyleOption* option,

@@ -38,11 +38,10 @@ void ResultDelegate::paint(
 
     QRect line = option.rect.adjusted(space::large, space::medium, -space::large, 0);
     line.setHeight(heightOf(TextRole::emphasis));
-    QRect place(line.left(), 0, iconSide, iconSide);
-    place.moveCenter(QPoint(place.center().x(), line.center().y()));
-    icon(found.kind == SearchKind::task ? "task" : "note", Ink::secondary).paint(painter, place);
     QRect title = line;
-    title.setLeft(place.right() + space::small);
+    icon(found.kind == SearchKind::task ? "task" : "note", Ink::secondary)
+        .paint(painter, cutStart(*painter, title, {iconSide, iconSide}));
+    cutStart(*painter, title, {space::small, 0});
     painter->setFont(Theme::font(TextRole::emphasis));
     painter->setPen(Theme::colors().text);
     MarkedLine(found.title.empty() ? "Untitled" : found.highlightedTitle).paint(*painter, title);
@@ -58,7 +57,7 @@ void ResultDelegate::paint(
     line.moveTop(line.bottom() + 1 + space::tiny);
     line.setHeight(heightOf(TextRole::caption));
     painter->setFont(Theme::font(TextRole::caption));
-    paintText(*painter, line, details(index.row()));
+    paintName(*painter, line, details(index.row()));
     painter->restore();
 }
 

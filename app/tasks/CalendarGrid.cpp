@@ -1,5 +1,6 @@
 #include "app/tasks/CalendarGrid.h"
 
+#include "app/look/RowPainting.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskDelegate.h"
@@ -23,12 +24,15 @@ namespace tesserine::app {
 namespace {
 
 constexpr int daysInWeek = 7;
-constexpr int weekdaysHeight = 26;
-constexpr int dayHeadHeight = 26;
-constexpr int numberSide = 22;
 constexpr int wheelStep = 120;
 
-int lineHeight() { return QFontMetrics(Theme::font(TextRole::caption)).height() + space::tiny; }
+int heightOf(TextRole role) { return QFontMetrics(Theme::font(role)).height(); }
+
+/// Of the circle around the number of today.
+int numberSide() { return heightOf(TextRole::emphasis) + space::tiny; }
+int dayHeadHeight() { return numberSide() + space::tiny; }
+int weekdaysHeight() { return heightOf(TextRole::caption) + space::medium; }
+int lineHeight() { return heightOf(TextRole::caption) + space::tiny; }
 
 }  // namespace
 
@@ -65,7 +69,7 @@ QRect CalendarGrid::areaOfDay(std::size_t day) const {
     // Edges are computed, not widths, so that what is left over spreads evenly.
     const auto x = [&](int column) { return column * width() / daysInWeek; };
     const auto y = [&](int row) {
-        return weekdaysHeight + row * (height() - weekdaysHeight) / std::max(1, rows);
+        return weekdaysHeight() + row * (height() - weekdaysHeight()) / std::max(1, rows);
     };
     const int column = place % daysInWeek;
     const int row = place / daysInWeek;
@@ -75,7 +79,7 @@ QRect CalendarGrid::areaOfDay(std::size_t day) const {
 
 std::size_t CalendarGrid::shownTaskCount(std::size_t day) const {
     const CalendarDay& shown = model_.days()[day];
-    const int room = areaOfDay(day).height() - dayHeadHeight - space::tiny;
+    const int room = areaOfDay(day).height() - dayHeadHeight() - space::tiny;
     const auto lines = static_cast<std::size_t>(std::max(0, room / lineHeight()));
     if (shown.taskCount <= std::min(lines, shown.tasks.size())) return shown.taskCount;
     // The last line says how many more there are.
@@ -84,7 +88,7 @@ std::size_t CalendarGrid::shownTaskCount(std::size_t day) const {
 
 QRect CalendarGrid::areaOfLine(std::size_t day, std::size_t line) const {
     const QRect area = areaOfDay(day);
-    const int top = area.top() + dayHeadHeight + static_cast<int>(line) * lineHeight();
+    const int top = area.top() + dayHeadHeight() + static_cast<int>(line) * lineHeight();
     return {area.left() + space::hair, top, area.width() - space::tiny, lineHeight() - 2};
 }
 
@@ -138,7 +142,7 @@ void CalendarGrid::paintWeekdays(QPainter& painter) const {
         const int weekday = environment_.calendar().weekday(model_.days()[column].cell.date);
         const QRect day = areaOfDay(column);
         painter.drawText(
-            QRect(day.left() + space::small, 0, day.width() - space::small, weekdaysHeight),
+            QRect(day.left() + space::small, 0, day.width() - space::small, weekdaysHeight()),
             Qt::AlignLeading | Qt::AlignVCenter,
             shortWeekdayName(weekday));
     }
@@ -168,7 +172,7 @@ void CalendarGrid::paintDay(QPainter& painter, std::size_t day) const {
     }
 
     const int number = environment_.calendar().local(shown.cell.date).day;
-    QRect circle(area.left() + space::tiny, area.top() + 3, numberSide, numberSide);
+    QRect circle(area.left() + space::tiny, area.top() + 3, numberSide(), numberSide());
     circle = QStyle::visualRect(layoutDirection(), area, circle);
     if (shown.cell.isToday) {
         painter.setPen(Qt::NoPen);
@@ -189,7 +193,7 @@ void CalendarGrid::paintDay(QPainter& painter, std::size_t day) const {
     if (count < shown.taskCount) {
         painter.setFont(Theme::font(TextRole::caption));
         painter.setPen(colors.secondaryText);
-        paintTitleText(
+        paintName(
             painter,
             areaOfMore(day).adjusted(space::small, 0, -space::small, 0),
             QString("+%L1 more").arg(shown.taskCount - count));
@@ -222,12 +226,11 @@ void CalendarGrid::paintTask(QPainter& painter, const QRect& area, const Calenda
     const int timeWidth =
         task.time.isEmpty() ? 0 : QFontMetrics(font).horizontalAdvance(task.time) + space::tiny;
     painter.setPen(task.isOverdue ? colors.danger : colors.secondaryText);
-    paintTitleText(
-        painter, mirrored({text.left(), text.top(), timeWidth, text.height()}), task.time);
+    paintName(painter, mirrored({text.left(), text.top(), timeWidth, text.height()}), task.time);
     font.setStrikeOut(task.isCompleted);
     painter.setFont(font);
     painter.setPen(task.isCompleted ? colors.secondaryText : colors.text);
-    paintTitleText(painter, mirrored(text.adjusted(timeWidth, 0, 0, 0)), shownTitle(task.title));
+    paintName(painter, mirrored(text.adjusted(timeWidth, 0, 0, 0)), shownTitle(task.title));
 }
 
 // Keys

@@ -16,10 +16,12 @@ namespace tesserine::app {
 namespace {
 
 constexpr int daysInWeek = 7;
-constexpr int cellSide = 30;
 constexpr int mostWeeks = 6;
 constexpr int headHeight = 32;
-constexpr int weekdaysHeight = 20;
+
+int textHeight() { return QFontMetrics(Theme::font(TextRole::body)).height(); }
+int cellSide() { return textHeight() + space::medium; }
+int weekdaysHeight() { return textHeight() + space::hair; }
 
 }  // namespace
 
@@ -55,14 +57,15 @@ void MonthPicker::setDay(Instant day) {
 }
 
 QSize MonthPicker::sizeHint() const {
-    return {daysInWeek * cellSide, headHeight + weekdaysHeight + mostWeeks * cellSide};
+    return {daysInWeek * cellSide(), headHeight + weekdaysHeight() + mostWeeks * cellSide()};
 }
 
 QRect MonthPicker::cellArea(std::size_t cell) const {
     const int column = static_cast<int>(cell) % daysInWeek;
     const int row = static_cast<int>(cell) / daysInWeek;
     const int side = width() / daysInWeek;
-    const QRect area(column * side, headHeight + weekdaysHeight + row * cellSide, side, cellSide);
+    const QRect area(
+        column * side, headHeight + weekdaysHeight() + row * cellSide(), side, cellSide());
     return QStyle::visualRect(layoutDirection(), rect(), area);
 }
 
@@ -79,7 +82,7 @@ void MonthPicker::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(Theme::font(TextRole::caption));
     for (std::size_t i = 0; i < daysInWeek; ++i) {
-        const QRect above = cellArea(i).adjusted(0, -weekdaysHeight, 0, -cellSide);
+        const QRect above = cellArea(i).adjusted(0, -weekdaysHeight(), 0, -cellSide());
         painter.setPen(colors.secondaryText);
         painter.drawText(
             above, Qt::AlignCenter, shortWeekdayName(calendar_.weekday(cells_[i].date)).left(2));

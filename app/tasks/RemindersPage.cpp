@@ -2,6 +2,7 @@
 
 #include "app/look/EmptyState.h"
 #include "app/look/Icon.h"
+#include "app/look/RowPainting.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/RemindersModel.h"
@@ -73,7 +74,7 @@ public:
             area.height());
         painter->setFont(Theme::font(TextRole::body));
         painter->setPen(colors.text);
-        paintTitleText(*painter, QStyle::visualRect(option.direction, area, title), row.title);
+        paintName(*painter, QStyle::visualRect(option.direction, area, title), row.title);
         const TaskWords words(environment_.now(), environment_.calendar());
         painter->setFont(Theme::font(TextRole::caption));
         painter->setPen(row.isMissed ? colors.danger : colors.secondaryText);

@@ -1,6 +1,7 @@
 #include "app/tasks/TaskDelegate.h"
 
 #include "app/look/Icon.h"
+#include "app/look/RowPainting.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskListModel.h"
@@ -63,16 +64,6 @@ void paintLineGround(QPainter& painter, const QStyleOptionViewItem& option) {
     const QRectF ground =
         QRectF(option.rect).adjusted(space::tiny + 0.5, 0.5, -space::tiny - 0.5, -0.5);
     painter.drawRoundedRect(ground, cornerRadius, cornerRadius);
-}
-
-void paintTitleText(QPainter& painter, const QRect& area, const QString& title) {
-    const Qt::LayoutDirection before = painter.layoutDirection();
-    painter.setLayoutDirection(title.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
-    const QString shown = painter.fontMetrics().elidedText(title, Qt::ElideRight, area.width());
-    const Qt::Alignment side = before == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft;
-    const Qt::Alignment where = side | Qt::AlignAbsolute | Qt::AlignVCenter;
-    painter.drawText(area, static_cast<int>(where), shown);
-    painter.setLayoutDirection(before);
 }
 
 void paintTickCircle(
@@ -226,7 +217,7 @@ void TaskDelegate::paintTitle(QPainter& painter, const QRect& area, const TaskRo
     painter.setFont(font);
     const bool isQuiet = row.isCompleted || row.title.simplified().isEmpty();
     painter.setPen(isQuiet ? colors.secondaryText : colors.text);
-    paintTitleText(painter, area, shownTitle(row.title));
+    paintName(painter, area, shownTitle(row.title));
 }
 
 void TaskDelegate::paintPieces(QPainter& painter, const QRect& area, const TaskRow& row) const {
@@ -248,8 +239,7 @@ void TaskDelegate::paintPieces(QPainter& painter, const QRect& area, const TaskR
         left += pictureWidth;
         const int width = std::min(room, metrics.horizontalAdvance(piece.text) + 1);
         painter.setPen(piece.color);
-        paintTitleText(
-            painter, mirrored(QRect(left, area.top(), width, area.height())), piece.text);
+        paintName(painter, mirrored(QRect(left, area.top(), width, area.height())), piece.text);
         left += width + (piece.text.isEmpty() ? space::tiny : pieceGap);
     }
 }

@@ -61,10 +61,6 @@ private:
 /// Draws what stands behind a line: that it is selected, current, or under the pointer.
 void paintLineGround(QPainter& painter, const QStyleOptionViewItem& option);
 
-/// Draws a text in one line with the painter's font and pen, at the leading edge of the window
-/// whatever its script; one that is too long ends with "…" where its script ends.
-void paintTitleText(QPainter& painter, const QRect& area, const QString& title);
-
 /// A circle to tick, coloured by the priority; `progress` 0 is open, 1 is done.
 void paintTickCircle(QPainter& painter, const QRectF& area, TaskPriority priority, double progress);
 

@@ -2,6 +2,7 @@
 
 #include "app/look/EmptyState.h"
 #include "app/look/Icon.h"
+#include "app/look/RowPainting.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskDelegate.h"
@@ -15,6 +16,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStackedWidget>
 #include <QStyledItemDelegate>
 #include <QTimer>
@@ -27,6 +29,7 @@ namespace tesserine::app {
 namespace {
 
 constexpr std::chrono::seconds pauseInTyping{1};
+constexpr int narrowestList = 140;
 constexpr int listWidth = 300;
 constexpr int idRole = Qt::UserRole;
 constexpr int summaryRole = Qt::UserRole + 1;
@@ -52,14 +55,13 @@ public:
         painter->setFont(Theme::font(TextRole::body));
         painter->setPen(Theme::colors().text);
         const int nameHeight = painter->fontMetrics().height();
-        paintTitleText(
+        paintName(
             *painter,
             QRect(area.topLeft(), QSize(area.width(), nameHeight)),
             index.data(Qt::DisplayRole).toString());
         painter->setFont(Theme::font(TextRole::caption));
         painter->setPen(Theme::colors().secondaryText);
-        paintTitleText(
-            *painter, area.adjusted(0, nameHeight, 0, 0), index.data(summaryRole).toString());
+        paintName(*painter, area.adjusted(0, nameHeight, 0, 0), index.data(summaryRole).toString());
         painter->restore();
     }
 };
@@ -83,7 +85,8 @@ TemplateManager::TemplateManager(AppEnvironment& environment, QWidget* parent)
     list_->setFrameShape(QFrame::NoFrame);
     list_->setMouseTracking(true);
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    list_->setFixedWidth(listWidth);
+    list_->setMinimumWidth(narrowestList);
+    list_->setMaximumWidth(listWidth);
 
     auto* const title = new QLabel("Task Templates", this);
     title->setFont(Theme::font(TextRole::title));
@@ -141,6 +144,8 @@ QWidget* TemplateManager::makeRight() {
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setMinimumWidth(
+        form_->minimumSizeHint().width() + area->verticalScrollBar()->sizeHint().width());
     area->setWidget(form_);
     auto* const foot = new QHBoxLayout;
     foot->addWidget(remove);
