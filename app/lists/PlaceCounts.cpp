@@ -18,8 +18,7 @@ public:
     explicit Counting(StoreContext& context) : context_(context) {}
 
     void countNotes() {
-        for (const Kind kind :
-             {Kind::allNotes, Kind::pinned, Kind::reminders, Kind::templates, Kind::trash}) {
+        for (const Kind kind : {Kind::allNotes, Kind::pinned, Kind::templates, Kind::trash}) {
             countScope({kind});
         }
         // One pass over the notes instead of a question for each notebook.
@@ -30,6 +29,15 @@ public:
         for (const CDNotebook* notebook : context_.fetch<CDNotebook>()) {
             note({Kind::notebook, *notebook->id}, byNotebook[notebook->key()]);
         }
+    }
+
+    /// Those of notes and of tasks stand on one page.
+    void countReminders() {
+        const Predicate ofTasks{"completedAt == nil AND reminderAt != nil"};
+        note(
+            {Kind::reminders},
+            context_.count<CDNote>(NoteScope({Kind::reminders}).request(context_)->predicate)
+                + context_.count<CDTask>(ofTasks));
     }
 
     void countTags() {
@@ -74,6 +82,7 @@ private:
 PlaceCounts countPlaces(StoreContext& context, const Clock& clock, const Calendar& calendar) {
     Counting counting(context);
     counting.countNotes();
+    counting.countReminders();
     counting.countTags();
     counting.countTasks(clock, calendar);
     return std::move(counting.counts);

@@ -1,6 +1,7 @@
 #include "app/lists/Sidebar.h"
 
 #include "app/lists/NoteListModel.h"
+#include "app/lists/PlaceCounts.h"
 #include "app/lists/SidebarModel.h"
 #include "app/state/WindowFixture.h"
 
@@ -11,6 +12,8 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QTest>
+
+#include <chrono>
 
 namespace tesserine::app {
 namespace {
@@ -89,6 +92,18 @@ TEST_F(SidebarTest, ListsEveryPlaceWithWhatIsInIt) {
         "Labels\n  home 1\n"
         "Trash 1\n";
     EXPECT_TRUE(waitUntil([&] { return lines() == expected; })) << lines();
+}
+
+TEST_F(SidebarTest, RemindersOfNotesAndOpenTasksAreCountedTogether) {
+    const Instant soon = clock.now() + std::chrono::hours(1);
+    environment->notes().setReminder(addNote("Plan"), soon);
+    environment->tasks().setReminder(addTask("Call Ann"), soon);
+    CDTask& done = addTask("Pay the bill");
+    environment->tasks().setReminder(done, soon);
+    environment->tasks().complete(context(), done, environment->calendar());
+    context().save();
+    auto counts = countPlaces(context(), clock, environment->calendar());
+    EXPECT_EQ(counts[Place{Kind::reminders}.address()], 2U);
 }
 
 TEST_F(SidebarTest, FollowsTheLibraryWithoutLosingThePlaceOrTheFolding) {
