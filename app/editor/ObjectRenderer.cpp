@@ -8,6 +8,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QPainter>
+#include <QPixmapCache>
 #include <QTextDocument>
 #include <QUrl>
 
@@ -21,6 +22,26 @@ using Kind = NoteObject::Kind;
 
 constexpr double cardHeight = 44;
 constexpr double cardWidth = 340;
+
+QSize pixelsOf(const QPainter& painter, const QRectF& place) {
+    return painter.deviceTransform().mapRect(place).size().toSize();
+}
+
+/// The picture in a smaller size; none when it is not to become smaller, or is too large to be
+/// kept. A painter alone leaves pixels out, and small letters in a picture cannot be read then.
+QPixmap shrunk(const QImage& image, const QSize& size) {
+    constexpr int largest = 1'500'000;  // pixels; a good half of what the cache holds
+    const bool isSmaller = size.width() < image.width() && size.height() < image.height();
+    if (size.isEmpty() || !isSmaller || size.width() > largest / size.height()) return {};
+    const QString key =
+        QString("picture %1 %2 %3").arg(image.cacheKey()).arg(size.width()).arg(size.height());
+    QPixmap pixmap;
+    if (QPixmapCache::find(key, &pixmap)) return pixmap;
+    pixmap =
+        QPixmap::fromImage(image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    QPixmapCache::insert(key, pixmap);
+    return pixmap;
+}
 
 /// A table or another block as it is, in the colours of the theme. Loads nothing from anywhere.
 class DrawnBlock final : public QTextDocument {
@@ -168,7 +189,9 @@ void ObjectRenderer::paintPicture(
     if (image.isNull()) return paintCard(painter, place, "image", sourceName(object));
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(place, image);
+    const QPixmap small = object.attachment ? shrunk(image, pixelsOf(painter, place)) : QPixmap();
+    small.isNull() ? painter.drawImage(place, image)
+                   : painter.drawPixmap(place, small, small.rect());
     painter.restore();
 }
 
