@@ -168,7 +168,7 @@ std::optional<Instant> Reminders::reminderOf(const DeliveredReminder& delivered)
 
 void Reminders::act(const std::string& identifier, const std::string& action) {
     if (identifier == missedIdentifier) {
-        emit chosen({.kind = Place::Kind::today});
+        emit chosen({.kind = Place::Kind::reminders});
         return;
     }
     const auto found = delivered_.find(identifier);

@@ -139,7 +139,7 @@ TEST_F(RemindersTest, ThoseMissedWhileClosedAreShownOnceTogether) {
     start();
     EXPECT_TRUE(shows({"2 reminders while Tesserine was closed: One\nTwo"}));
     press(0, "open");
-    EXPECT_TRUE(waitUntil([&] { return chosen == Texts{"tesserine://today"}; }));
+    EXPECT_TRUE(waitUntil([&] { return chosen == Texts{"tesserine://reminders"}; }));
 
     stop();
     desktop.shown.clear();

@@ -1,8 +1,10 @@
 #include "app/shell/Program.h"
 
 #include "app/commands/Commands.h"
+#include "app/desktop/DesktopScheme.h"
 #include "app/desktop/SingleInstance.h"
 #include "app/look/Notice.h"
+#include "app/look/ScreenFit.h"
 #include "app/pages/GeneralSettings.h"
 #include "app/pages/LoadFailedPage.h"
 #include "app/pages/OnboardingPage.h"
@@ -18,8 +20,10 @@
 #include "base/FirstWeekday.h"
 #include "base/UserError.h"
 #include "core/store/LibraryFolder.h"
+#include "search/SearchCoordinator.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QDialog>
 #include <QDir>
 #include <QPixmap>
@@ -39,11 +43,24 @@ constexpr QSize settingsSize(820, 600);
 /// What a picture waits for: counts and searches that are made in the background.
 constexpr int pictureDelay = 700;  // milliseconds
 
-Theme::Scheme schemeOf(const Preferences& preferences) {
-    const auto word = preferences.string(GeneralSettings::appearanceKey);
+constexpr const char* desktopSchemeKey = "tesserine.desktopScheme";
+
+Theme::Scheme schemeIn(const Preferences& preferences, const std::string& key) {
+    const auto word = preferences.string(key);
     if (word == "light") return Theme::Scheme::light;
     if (word == "dark") return Theme::Scheme::dark;
     return Theme::Scheme::system;
+}
+
+void rememberDesktopScheme(AppEnvironment& environment, Theme::Scheme scheme) {
+    if (scheme == schemeIn(environment.preferences(), desktopSchemeKey)) return;
+    const bool isDark = scheme == Theme::Scheme::dark;
+    const char* word = isDark ? "dark" : scheme == Theme::Scheme::light ? "light" : "";
+    try {
+        environment.preferences().set(desktopSchemeKey, word);
+    } catch (const UserError& error) {
+        environment.log().warning(std::string("the desktop's scheme: ") + error.what());
+    }
 }
 
 bool isLibrary(const std::filesystem::path& folder) {
@@ -53,8 +70,9 @@ bool isLibrary(const std::filesystem::path& folder) {
 
 }  // namespace
 
-Program::Program(Theme& theme, StartOptions options)
-    : theme_(theme), options_(std::move(options)) {}
+Program::Program(Theme& theme, StartOptions options) : theme_(theme), options_(std::move(options)) {
+    if (!isOnlyPicture()) screenFit_ = std::make_unique<ScreenFit>(*qApp);
+}
 
 Program::~Program() = default;
 
@@ -107,6 +125,9 @@ void Program::showOnboarding(const std::filesystem::path& folder) {
     connect(page.get(), &OnboardingPage::importChosen, this, [this](const QString& chosen) {
         openChosen(chosen, Beginning::import);
     });
+    connect(page.get(), &OnboardingPage::libraryChosen, this, [this](const QString& chosen) {
+        openChosen(chosen, Beginning::none);
+    });
     connect(page.get(), &OnboardingPage::signInChosen, this, [this](const QString& chosen) {
         openChosen(chosen, Beginning::signIn);
     });
@@ -128,6 +149,11 @@ void Program::openChosen(const QString& folder, Beginning beginning) {
     QTimer::singleShot(0, this, [this, chosen = folder.toStdString()] {
         try {
             const AppSetting setting = process_.setting(chosen);
+            const bool isThere = isLibrary(setting.library);
+            if (!isThere && beginning_ == Beginning::none) return showOnboarding(setting.library);
+            if (isThere && beginning_ == Beginning::welcome) beginning_ = Beginning::none;
+            instance_.reset();  // of the folder before
+            if (handOver(setting)) return QApplication::quit();
             Preferences(setting.preferencesFile).set(libraryFolderKey, setting.library.string());
             open(setting);
         } catch (const UserError& error) {
@@ -142,6 +168,7 @@ void Program::showPage(std::unique_ptr<QWidget> page) {
     page_->resize(options_.size.value_or(pageSize));
     page_->show();
     if (isOnlyPicture()) QTimer::singleShot(pictureDelay, this, [this] { takePicture(*page_); });
+    QTimer::singleShot(0, this, &Program::followDesktop);
 }
 
 // The window
@@ -151,9 +178,24 @@ void Program::beginLibrary() {
     if (beginning_ == Beginning::import) welcome::seedTemplates(*environment_);
 }
 
+/// Light or dark as the desktop has it. What it said last is remembered, because its answer comes
+/// after the first paint.
+void Program::followDesktop() {
+    if (desktopScheme_ || isOnlyPicture()) return;
+    desktopScheme_ = std::make_unique<DesktopScheme>(QDBusConnection::sessionBus());
+    connect(desktopScheme_.get(), &DesktopScheme::told, this, [this](Theme::Scheme scheme) {
+        theme_.setDesktopScheme(scheme);
+        if (environment_) rememberDesktopScheme(*environment_, scheme);
+    });
+}
+
 void Program::showWindow() {
+    const Preferences& preferences = environment_->preferences();
     if (options_.scheme == Theme::Scheme::system) {
-        theme_.setScheme(schemeOf(environment_->preferences()));
+        theme_.setScheme(schemeIn(preferences, GeneralSettings::appearanceKey));
+    }
+    if (!desktopScheme_ && !isOnlyPicture()) {
+        theme_.setDesktopScheme(schemeIn(preferences, desktopSchemeKey));
     }
     commands_ = std::make_unique<Commands>(environment_->preferences());
     window_ = std::make_unique<MainWindow>(*environment_, *commands_);
@@ -174,6 +216,10 @@ void Program::beginWork() {
     addRooms(*window_, *commands_, *environment_);
     const auto place =
         options_.open ? Place::fromAddress(options_.open->toStdString()) : std::nullopt;
+    // A picture of results is not taken before there are some.
+    if (isOnlyPicture() && place && place->kind == Place::Kind::search) {
+        environment_->search().catchUp();
+    }
     if (place) window_->go(*place);
     if (beginning_ == Beginning::welcome) emit window_->welcomeWanted();
     if (beginning_ == Beginning::import) commands_->trigger("library.import");
@@ -182,6 +228,8 @@ void Program::beginWork() {
         QTimer::singleShot(pictureDelay, this, [this] { takePicture(*window_); });
         return;
     }
+    followDesktop();
+    rememberDesktopScheme(*environment_, theme_.desktopScheme());
     desktop_ = std::make_unique<DesktopLink>(*environment_);
     connect(desktop_.get(), &DesktopLink::asked, this, &Program::handle);
     auto* lines = new NotificationLines(window_.get());
@@ -226,7 +274,7 @@ QDialog* Program::makeSettings() {
 void Program::followSetting(const QString& key) {
     const std::string changed = key.toStdString();
     if (changed == GeneralSettings::appearanceKey) {
-        theme_.setScheme(schemeOf(environment_->preferences()));
+        theme_.setScheme(schemeIn(environment_->preferences(), changed));
     }
     if (changed == firstWeekdayKey) environment_->refreshCalendar();
     if (changed == Tray::preferenceKey && desktop_) desktop_->refreshTray();

@@ -16,7 +16,9 @@ namespace tesserine::app {
 
 class Commands;
 class DesktopLink;
+class DesktopScheme;
 class MainWindow;
+class ScreenFit;
 class SingleInstance;
 
 /// One run of the program: the library, its window, and what the desktop asks of them.
@@ -44,6 +46,7 @@ private:
     void openChosen(const QString& folder, Beginning beginning);
     void showPage(std::unique_ptr<QWidget> page);
 
+    void followDesktop();
     void showWindow();
     void beginWork();
     void beginLibrary();
@@ -57,6 +60,7 @@ private:
     Theme& theme_;
     const StartOptions options_;
     const ProcessSetting process_;
+    std::unique_ptr<ScreenFit> screenFit_;
 
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<QWidget> page_;  // in the window's place while there is no library
@@ -65,6 +69,7 @@ private:
     std::unique_ptr<Commands> commands_;
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<DesktopLink> desktop_;
+    std::unique_ptr<DesktopScheme> desktopScheme_;
 };
 
 }  // namespace tesserine::app

@@ -129,6 +129,32 @@ TEST_F(ProgramJourney, ALibraryThatCannotBeOpenedIsNeverReplaced) {
     EXPECT_EQ(textOf(files::read(file, 1'000)), "this is not a library");
 }
 
+TEST_F(ProgramJourney, AFolderWithoutALibraryGetsOneOnlyWhenItIsAskedFor) {
+    files::createPrivateFolder(library);
+    files::writeNew(library / TesserineStore::fileName, bytesOf("this is not a library"));
+    const auto other = folder / "Other";
+    files::createPrivateFolder(other);
+    run({}, [&] {
+        ASSERT_TRUE(waitUntil([] { return shown<LoadFailedPage>() != nullptr; }));
+        emit shown<LoadFailedPage>()->folderChosen(QString::fromStdString(other.string()));
+        ASSERT_TRUE(waitUntil([] { return shown<OnboardingPage>() != nullptr; }));
+        EXPECT_EQ(shown<MainWindow>(), nullptr);
+        EXPECT_TRUE(std::filesystem::is_empty(other));
+    });
+}
+
+TEST_F(ProgramJourney, AStartInTheFolderOfALibraryOpensItAsItIs) {
+    terminal({"note", "add", "--title", "Minutes"});
+    const auto there = QString::fromStdString(library.string());
+    run({"--library", QString::fromStdString((folder / "None").string())}, [&] {
+        ASSERT_TRUE(waitUntil([] { return shown<OnboardingPage>() != nullptr; }));
+        emit shown<OnboardingPage>()->freshStartChosen(there);
+        ASSERT_NE(window(), nullptr);
+        EXPECT_TRUE(waitUntil([] { return titles(window()->notes().list()) == "Minutes;"; }))
+            << titles(window()->notes().list());
+    });
+}
+
 TEST_F(ProgramJourney, WhatTheTerminalDoesIsSeenWithinASecond) {
     terminal({"note", "add", "--title", "Minutes", "--text", "first"});
     run({}, [this] {
