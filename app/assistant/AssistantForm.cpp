@@ -138,6 +138,7 @@ void AssistantForm::addKey() {
     key_ = makeField("assistantKey", this);
     key_->setEchoMode(QLineEdit::Password);
     key_->setPlaceholderText("xAI API key");
+    key_->setAccessibleName("Your own key");
     auto* const keeping = new QPushButton("Keep", this);
     keeping->setObjectName("keepKey");
     keeping->setAccessibleName("Keep the key");
@@ -206,6 +207,7 @@ void AssistantForm::changeKey(const std::string& typed) {
 void AssistantForm::addServer() {
     server_ = makeField("assistantServer", this);
     server_->setPlaceholderText("http://127.0.0.1:11434/v1");
+    server_->setAccessibleName("Address of the server");
     auto* const use = new QPushButton("Use", this);
     use->setObjectName("useServer");
     use->setAccessibleName("Use this server");

@@ -184,6 +184,26 @@ TEST_F(Journey, BackForwardAndTabsRememberPlacesAndNotes) {
     EXPECT_EQ(place(), "tesserine://pinned");
 }
 
+TEST_F(Journey, TheNextStartGoesOnWhereTheWindowWasClosed) {
+    CDNote& plan = addNote("Plan");
+    CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
+    context().save();
+    window().go({Kind::note, *plan.id});
+    window().openTab({Kind::notebook, *work.id});
+    window().openTab({Kind::today});
+    press(Qt::Key_Tab, Qt::ControlModifier);  // round to the first
+    window().close();
+    closeWindow();
+
+    environment->notebooks().remove(context(), work);
+    context().save();
+    EXPECT_EQ(place(), "tesserine://notes");
+    EXPECT_EQ(openTitle(), "Plan");
+    auto* tabs = window().findChild<QTabBar*>("tabs");
+    EXPECT_EQ(tabs->count(), 2) << "the notebook is gone";
+    EXPECT_EQ(tabs->tabText(1), "Today");
+}
+
 TEST_F(Journey, APlaceThatIsDeletedElsewhereLeavesTheWindowInAllNotes) {
     const CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
     context().save();

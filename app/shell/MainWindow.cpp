@@ -14,6 +14,7 @@
 #include "app/search/SearchResults.h"
 #include "app/shell/FirstPaint.h"
 #include "app/shell/NotesPane.h"
+#include "app/shell/OpenTabs.h"
 #include "app/shell/TopBar.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskCommands.h"
@@ -96,8 +97,8 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
     connectParts();
     connectSearch();
     restoreLayout();
-    enter(current());
-    settle();
+    restoreTabs();
+    returnTo(current());
     notes_->list().view().setFocus();
     afterFirstPaint(*this, [this] { notes_->beginToFollow(); });
 }
@@ -324,6 +325,7 @@ void MainWindow::showSearch(const QString& query, SearchRunner::Typing typing) {
     if (searchField_->text() != query) searchField_->setQuery(query);
     content_->setCurrentWidget(notes_);
     if (!notes_->showBeside(&searchResults())) return;
+    if (!searchField_->hasFocus()) searchResults_->list().setFocus();
     searchResults_->search(query, typing);
 }
 
@@ -509,11 +511,36 @@ void MainWindow::restoreLayout() {
     splitter_->restoreState(value(panesKey));
 }
 
+/// What is gone meanwhile, or belongs to another library, is left out.
+void MainWindow::restoreTabs() {
+    const auto kept = OpenTabs::read(environment_.preferences().string(tabsKey).value_or(""));
+    const QScopedValueRollback turning(isTurning_, true);
+    for (std::size_t i = 0; i < kept.stops.size(); ++i) {
+        const QString title = titleOf(kept.stops[i].place, environment_.context());
+        if (title.isEmpty()) continue;
+        tabs_.emplace_back(kept.stops[i]);
+        const int tab = tabBar_->addTab(QString(title).replace('&', "&&"));
+        if (i == kept.chosen) tabBar_->setCurrentIndex(tab);
+    }
+    if (tabs_.size() == 1) return;
+    tabs_.erase(tabs_.begin());  // that of a first start
+    tabBar_->removeTab(0);
+}
+
+OpenTabs MainWindow::openTabs() const {
+    OpenTabs open{.chosen = static_cast<std::size_t>(tabBar_->currentIndex())};
+    for (const History& tab : tabs_) {
+        open.stops.push_back(tab.current());
+    }
+    return open;
+}
+
 void MainWindow::keepLayout() {
     try {
         Preferences& preferences = environment_.preferences();
         preferences.set(geometryKey, saveGeometry().toBase64().toStdString());
         preferences.set(panesKey, splitter_->saveState().toBase64().toStdString());
+        preferences.set(tabsKey, openTabs().text());
     } catch (const UserError& error) {
         environment_.log().warning(std::string("the window's layout: ") + error.what());
     }

@@ -24,6 +24,7 @@ class SearchResults;
 class Sidebar;
 class TasksPage;
 class TodayWindow;
+struct OpenTabs;
 
 /// The window: places at the left, what they hold at the right, in tabs.
 ///
@@ -36,6 +37,7 @@ class MainWindow final : public QMainWindow {
 public:
     static constexpr std::string_view geometryKey = "tesserine.window.geometry";
     static constexpr std::string_view panesKey = "tesserine.window.panes";
+    static constexpr std::string_view tabsKey = "tesserine.window.tabs";
 
     /// Both outlive it.
     MainWindow(AppEnvironment& environment, Commands& commands);
@@ -115,6 +117,8 @@ private:
     void followNote(const std::optional<Uuid>& note);
     void followLibrary();
     void restoreLayout();
+    void restoreTabs();
+    OpenTabs openTabs() const;
     void keepLayout();
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;

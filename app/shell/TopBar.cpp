@@ -31,6 +31,8 @@ TopBar::TopBar(Commands& commands, QWidget* parent) : QWidget(parent), row_(new 
 void TopBar::setField(QWidget* field) {
     field->setMaximumWidth(widestField);
     row_->insertWidget(fieldPlace_, field, 20);
+    const int before = fieldPlace_ - 2;  // the last button, and the room behind it
+    setTabOrder(row_->itemAt(before)->widget(), field);
 }
 
 void TopBar::addButton(Commands& commands, std::string_view command) {

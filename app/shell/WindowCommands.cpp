@@ -50,10 +50,16 @@ public:
         on("go.forward", [&window = window_] { window.goForward(); });
         constexpr std::pair<const char*, Kind> places[] = {
             {"go.allNotes", Kind::allNotes},
+            {"go.pinned", Kind::pinned},
+            {"go.reminders", Kind::reminders},
+            {"go.templates", Kind::templates},
             {"go.inbox", Kind::inbox},
             {"go.today", Kind::today},
             {"go.upcoming", Kind::upcoming},
+            {"go.allTasks", Kind::allTasks},
+            {"go.completed", Kind::completed},
             {"go.calendar", Kind::calendar},
+            {"go.taskTemplates", Kind::taskTemplates},
             {"go.trash", Kind::trash},
             {"app.settings", Kind::settings},
             {"help.welcome", Kind::welcome}};
@@ -69,6 +75,7 @@ public:
             auto* switcher = new NoteSwitcher(environment, &window);
             QObject::connect(switcher, &NoteSwitcher::noteChosen, &window, [&](const Uuid& note) {
                 window.go({Kind::note, note});
+                window.notes().editor().body().setFocus();  // to read on and write
             });
             switcher->open();
         });

@@ -87,6 +87,7 @@ TaskDetail::TaskDetail(AppEnvironment& environment, QWidget* parent)
 
     auto* const area = new QScrollArea(this);
     area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidget(makeForm());
