@@ -263,9 +263,9 @@ void NoteEditor::showNote(const CDNote& note, BodyView view) {
     body_->load(open_.html(), view);
     footer_->showState({});
     notice_->hide();
+    isInConflict_ = false;
     body_->setReadOnly(false);
     showSurroundings(note);
-    if (note.hasConflict) showConflict();
 }
 
 /// What belongs to the note beside its words.
@@ -278,6 +278,7 @@ void NoteEditor::showSurroundings(const CDNote& note) {
     }
     title_->setReadOnly(isInTrash);
     body_->setReadOnly(isInTrash);
+    followConflict(note.hasConflict.valueOr(false));
     header_->refresh();
     panel_->refresh();
 }
@@ -289,7 +290,7 @@ void NoteEditor::markChanged() {
 }
 
 void NoteEditor::showSaved(NoteService::EditOutcome outcome) {
-    if (outcome == NoteService::EditOutcome::savedWithConflict) showConflict();
+    if (outcome == NoteService::EditOutcome::savedWithConflict) followConflict(true);
     footer_->showState(saver_->isPending() ? "Editing" : "Saved");
     emit saved(*open_.id());
 }
@@ -326,7 +327,11 @@ void NoteEditor::reload() {
     emit titleChanged(*open_.id(), title_->text());
 }
 
-void NoteEditor::showConflict() {
+/// Sync and other programs find conflicts, and settle them, without changing the words shown here.
+void NoteEditor::followConflict(bool isInConflict) {
+    if (isInConflict == isInConflict_) return;
+    isInConflict_ = isInConflict;
+    if (!isInConflict) return notice_->hide();
     notice_->tell(
         "This note was changed in two places. The other version is kept on this device.",
         {{"Compare…", [this] { conflict_->compare(); }}});

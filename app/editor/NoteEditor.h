@@ -103,7 +103,7 @@ private:
     void follow(const std::vector<ObjectChange>& changes);
     void followNote();
     void reload();
-    void showConflict();
+    void followConflict(bool isInConflict);
     void printNote();
     void saveAsPDF();
     void fillMenu(QMenu* menu, int position);
@@ -133,8 +133,9 @@ private:
     WordMarks* wordMarks_ = nullptr;
     PassageLocking* locking_ = nullptr;
     ConflictResolution* conflict_ = nullptr;
-    bool isShowing_ = false;  // what changes now is not typed
-    bool isDark_ = false;     // as the note is shown
+    bool isInConflict_ = false;  // as the notice says
+    bool isShowing_ = false;     // what changes now is not typed
+    bool isDark_ = false;        // as the note is shown
 };
 
 }  // namespace tesserine::app

@@ -95,6 +95,22 @@ TEST_F(VersionsTest, AConflictEndsAsTheReaderSays) {
     }
 }
 
+TEST_F(VersionsTest, AConflictThatOthersFindOrSettleIsSaidInTheOpenNote) {
+    const Uuid id = *openNote("<p>the same words|</p>").id;
+    const auto setConflict = [&](bool isInConflict) {
+        const auto elsewhere = environment->store().newBackgroundContext();
+        elsewhere->find<CDNote>(id)->hasConflict = isInConflict;
+        elsewhere->save();
+    };
+    setConflict(true);
+    EXPECT_TRUE(waitUntil([this] {
+        return editor.notice().text().startsWith("This note was changed in two places.");
+    }));
+    EXPECT_EQ(html(), "<p>the same words</p>");
+    setConflict(false);
+    EXPECT_TRUE(waitUntil([this] { return editor.notice().text().isEmpty(); }));
+}
+
 TEST_F(VersionsTest, ThePanelShowsHeadingsLinksAndFiles) {
     CDNote& note = openNote("<h1>|A</h1><p>x</p><h2>B</h2>");
     addNote("Linking", "<p><a href=\"" + NoteService::noteURL(*note.id) + "\">x</a></p>");
