@@ -1,5 +1,5 @@
-// How long the thread of the window is busy at a time while a long note is opened, written in and
-// saved. What a person waits for is the longest of these times, not their sum.
+// How long the thread of the window is busy at a time while a long note is opened, written in,
+// saved, resized and zoomed. What a person waits for is the longest of these times, not their sum.
 //
 // The second column is the time that the thread had a processor: what is left of the first one on
 // a machine that does nothing else.
@@ -13,22 +13,18 @@
 #include "app/state/AppEnvironment.h"
 #include "base/Clock.h"
 #include "base/Random.h"
+#include "bench/EventWatch.h"
 #include "bench/GeneratedBody.h"
 #include "bench/Measure.h"
 #include "core/model/NoteEntities.h"
 
 #include <QApplication>
-#include <QEventLoop>
-#include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTextCursor>
-#include <QTimer>
 
-#include <algorithm>
-#include <ctime>
-#include <functional>
-#include <iomanip>
 #include <iostream>
 #include <string>
 #include <utility>
@@ -37,55 +33,9 @@
 namespace {
 
 using namespace tesserine;
+using namespace tesserine::bench;
 
 constexpr std::size_t bytesPerWord = 6;
-constexpr double longestWait = 60;  // seconds
-
-/// Seconds by the clock, and of them those that the calling thread had a processor.
-struct Spent {
-    double time = 0;
-    double work = 0;
-};
-
-double threadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
-}
-
-template <class Work>
-Spent spentIn(Work&& work) {
-    const double before = threadSeconds();
-    const double time = bench::secondsOf(work);
-    return {time, threadSeconds() - before};
-}
-
-Spent sum(const Spent& a, const Spent& b) { return {a.time + b.time, a.work + b.work}; }
-
-Spent longer(const Spent& a, const Spent& b) {
-    return {std::max(a.time, b.time), std::max(a.work, b.work)};
-}
-
-/// Remembers how long the longest event took, with all that it led to.
-class WatchedApplication final : public QApplication {
-public:
-    using QApplication::QApplication;
-
-    bool notify(QObject* receiver, QEvent* event) override {
-        if (depth_ > 0) return QApplication::notify(receiver, event);
-        bool isHandled = false;
-        ++depth_;
-        const Spent spent = spentIn([&] { isHandled = QApplication::notify(receiver, event); });
-        --depth_;
-        longest_ = longer(longest_, spent);
-        return isHandled;
-    }
-    Spent takeLongest() { return std::exchange(longest_, {}); }
-
-private:
-    int depth_ = 0;
-    Spent longest_;
-};
 
 /// Tells when the words of a note were painted.
 class PaintWatch final : public QObject {
@@ -112,33 +62,6 @@ std::string longBody(std::size_t words) {
     });
     body.write(words * bytesPerWord);
     return body.html();
-}
-
-/// Lets the event loop run, which sleeps while there is nothing to do.
-void runFor(double seconds) {
-    QEventLoop loop;
-    QTimer::singleShot(static_cast<int>(seconds * 1000), &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-void runUntil(const std::function<bool()>& condition) {
-    double waited = 0;
-    while (!condition() && waited < longestWait) {
-        waited += bench::secondsOf([] { runFor(0.002); });
-    }
-}
-
-void pressKey(QWidget& widget, int key, const QString& text) {
-    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
-    QCoreApplication::sendEvent(&widget, &press);
-    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
-    QCoreApplication::sendEvent(&widget, &release);
-}
-
-void tell(const std::string& what, const Spent& spent) {
-    std::cout << std::fixed << std::setprecision(1) << std::left << std::setw(44) << what
-              << std::right << std::setw(8) << spent.time * 1000 << " ms" << std::setw(10)
-              << spent.work * 1000 << " ms\n";
 }
 
 /// A window with nothing but an editor, and one long note in it.
@@ -225,6 +148,50 @@ public:
         tell("saved: while writing, longest event", application_.takeLongest());
     }
 
+    /// Looks for one letter after another, and replaces what is in the note very often.
+    void findAndReplace() {
+        commands_.trigger("find.replace");
+        auto& sought = *editor_.findChild<QLineEdit*>("findField");
+        Spent longest;
+        for (const char* words : {"t", "th", "the", "zzz"}) {
+            longest = longer(longest, spentIn([&] { sought.setText(words); }));
+            runFor(0.1);
+        }
+        tell("sought: a letter, longest", longest);
+        sought.setText("a");
+        editor_.findChild<QLineEdit*>("replaceField")->setText("o");
+        auto& all = *editor_.findChild<QPushButton*>("replaceAll");
+        tell("every “a” replaced", spentIn([&] { all.click(); }));
+        std::cout
+            << "  "
+            << editor_.findChild<QWidget*>("findBar")->findChild<QLabel*>()->text().toStdString()
+            << "\n";
+        tell("and taken back", spentIn([&] { commands_.trigger("edit.undo"); }));
+        runFor(3);
+    }
+
+    /// Makes the window wider and narrower, and the words larger and smaller.
+    void resizeAndZoom() {
+        runFor(1);
+        const auto longest = [&](const std::string& what, int steps, const auto& step) {
+            application_.takeLongest();
+            Spent called;
+            for (int i = 0; i < steps; ++i) {
+                called = longer(called, spentIn([&] { step(i); }));
+                runFor(0.05);
+            }
+            tell(what, longer(called, application_.takeLongest()));
+            runFor(2);
+            tell("  and once it rests", application_.takeLongest());
+        };
+        longest("resized in 20 steps: longest event", 20, [&](int i) {
+            editor_.resize(1000 - 20 * i, 800);
+        });
+        longest("zoomed in 5 steps: longest event", 5, [&](int /*i*/) {
+            commands_.trigger("view.zoomIn");
+        });
+    }
+
 private:
     using BodyEdit = app::BodyEdit;
 
@@ -251,5 +218,7 @@ int main(int count, char** words) {
     bench.open();
     bench.type(arguments.value(2, "300").toInt());
     bench.save();
+    bench.findAndReplace();
+    bench.resizeAndZoom();
     return 0;
 }

@@ -33,6 +33,10 @@ using Kind = BlockStyle::Kind;
 /// Lines are not longer than one can read; what is left stands empty at both sides.
 constexpr int widestColumn = 760;
 
+/// Laying out all of a note of more characters takes longer than a frame.
+constexpr int manyCharacters = 50'000;
+constexpr int wrapDelay = 150;  // milliseconds without another width
+
 constexpr const char* hint = "Start writing, or type [[ to link another note";
 
 /// Whether the event may change the note or look beyond what is seen of it.
@@ -67,6 +71,14 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     setAcceptRichText(true);
     viewport()->setMouseTracking(true);
     setDocument(&note_);
+    setLineWrapMode(FixedPixelWidth);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    wrapTimer_.setSingleShot(true);
+    connect(&wrapTimer_, &QTimer::timeout, this, &BodyEdit::wrap);
+    connect(&note_, &NoteDocument::aboutToBeReplaced, this, [this] {
+        overlays_ = {};
+        setExtraSelections({});
+    });
     connect(loader_, &BodyLoader::begun, this, [this] {
         setTextCursor(QTextCursor(&note_));
         verticalScrollBar()->setValue(0);
@@ -136,6 +148,15 @@ const NoteObject& BodyEdit::objectAt(int position) const {
     QTextCursor cursor(&note_);
     cursor.setPosition(position + 1);
     return renderer_->object(cursor.charFormat());
+}
+
+void BodyEdit::scalePicture(double factor) {
+    const auto position = objectAtCursor();
+    if (!position || isReadOnly()) return;
+    const NoteObject& picture = objectAt(*position);
+    if (picture.kind != NoteObject::Kind::picture) return;
+    const double width = picture.width > 0 ? picture.width : renderer_->placeOf(*position).width();
+    if (width > 0) handle_->setWidth(*position, width * factor);
 }
 
 BodyView BodyEdit::view() const { return {textCursor().position(), verticalScrollBar()->value()}; }
@@ -363,6 +384,18 @@ void BodyEdit::resizeEvent(QResizeEvent* event) {
     setViewportMargins(side, space::small, side, space::small);
     emit columnChanged(side);
     QTextEdit::resizeEvent(event);
+    // A long note keeps its lines while the window is being resized.
+    if (note_.characterCount() > manyCharacters) {
+        wrapTimer_.start(wrapDelay);
+    } else {
+        wrap();
+    }
+}
+
+void BodyEdit::wrap() {
+    wrapTimer_.stop();
+    const int width = viewport()->width();
+    if (width != lineWrapColumnOrWidth()) setLineWrapColumnOrWidth(width);
 }
 
 bool BodyEdit::canInsertFromMimeData(const QMimeData* source) const {

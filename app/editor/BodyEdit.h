@@ -6,6 +6,7 @@
 #include "core/body/InlineStyle.h"
 
 #include <QTextEdit>
+#include <QTimer>
 
 #include <array>
 #include <cstddef>
@@ -73,6 +74,8 @@ public:
     std::optional<int> objectAtCursor() const;
     /// What the object at a position stands for.
     const NoteObject& objectAt(int position) const;
+    /// Makes the picture at the cursor, if there is one, so many times as wide.
+    void scalePicture(double factor);
     /// The colours changed.
     void followTheme();
 
@@ -115,6 +118,7 @@ private:
     void showPointer(const QPoint& point);
 
     void showView();
+    void wrap();
 
     NoteDocument& note_;  // its child
     BodyLoader* const loader_;
@@ -127,6 +131,7 @@ private:
     QFont font_;
     int zoomStep_ = 0;
     bool hasShortcuts_ = true;
+    QTimer wrapTimer_;
 };
 
 }  // namespace tesserine::app

@@ -80,6 +80,7 @@ FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
     commands.on("find.replace", this, [this] { open(Purpose::replace); });
     commands.on("find.next", this, [this] { go({}); });
     commands.on("find.previous", this, [this] { go(QTextDocument::FindBackward); });
+    connect(&body.note(), &NoteDocument::aboutToBeReplaced, this, [this] { found_.clear(); });
     hide();
 }
 

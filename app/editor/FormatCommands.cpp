@@ -61,6 +61,9 @@ constexpr AlignmentCommand alignmentCommands[] = {
     {"format.justify", AttributedText::Alignment::justify},
 };
 
+/// How much wider a picture becomes at once.
+constexpr double pictureStep = 1.1;
+
 struct EditCommand {
     std::string_view id;
     void (*act)(NoteDocument& note, QTextCursor& cursor);
@@ -117,6 +120,8 @@ FormatCommands::FormatCommands(Commands& commands, BodyEdit& body, QObject* pare
     commands.on("format.textColor", this, [this] { askColor(body_, editing::ColorUse::text); });
     commands.on(
         "format.highlightColor", this, [this] { askColor(body_, editing::ColorUse::highlight); });
+    commands.on("format.pictureLarger", &body, [this] { body_.scalePicture(pictureStep); });
+    commands.on("format.pictureSmaller", &body, [this] { body_.scalePicture(1 / pictureStep); });
     commands.on("edit.undo", &body, [this] { body_.undo(); });
     commands.on("edit.redo", &body, [this] { body_.redo(); });
     commands.attach(CommandContext::note, body);

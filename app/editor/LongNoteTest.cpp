@@ -48,6 +48,22 @@ TEST_F(LongNote, ComesPieceByPieceAndUnchanged) {
     EXPECT_EQ(*note.contentVersion, 1);
 }
 
+TEST_F(LongNote, KeepsItsLinesWhileTheWindowIsBeingResized) {
+    openNote("<p>short|</p>");
+    editor.resize(600, 600);
+    EXPECT_EQ(document().textWidth(), editor.body().viewport()->width());
+
+    openLong("end");
+    ASSERT_TRUE(waitUntil([&] { return !editor.body().isLoading(); }));
+    const double before = document().textWidth();
+    editor.resize(500, 600);
+    editor.resize(450, 600);
+    EXPECT_EQ(document().textWidth(), before);
+    EXPECT_TRUE(
+        waitUntil([&] { return document().textWidth() == editor.body().viewport()->width(); }));
+    EXPECT_LT(document().textWidth(), before);
+}
+
 TEST_F(LongNote, KeepsWhatIsTypedBeforeAllOfItIsThere) {
     const CDNote& note = openLong("end");
     type("a");

@@ -108,6 +108,7 @@ void NoteDocument::setContent(AttributedText text) {
 void NoteDocument::beginContent(AttributedText text) {
     missing_.reset();
     setUndoRedoEnabled(false);
+    emit aboutToBeReplaced();
     clear();
     containers_ = text.containers;
     isVoid_ = text.paragraphs.empty();

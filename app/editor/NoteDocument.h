@@ -82,6 +82,11 @@ public:
     /// The theme changed: shows everything in its colours. Undo is not touched.
     void followTheme();
 
+signals:
+    /// Everything is about to be replaced. Whoever keeps cursors in it lets them go now: one that
+    /// goes while the document empties itself would not be forgotten by it.
+    void aboutToBeReplaced();
+
 private:
     /// What is still to be added, from `next` on.
     struct Missing {

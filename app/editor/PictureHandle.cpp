@@ -8,6 +8,7 @@
 #include <QTextCursor>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tesserine::app {
 
@@ -30,20 +31,27 @@ bool PictureHandle::press(const QPointF& point) {
 
 void PictureHandle::move(const QPointF& point) { point_ = point; }
 
-double PictureHandle::draggedWidth() const {
-    return std::clamp(
-        point_.x() - place_.left(), double{smallestWidth}, std::max(document_.textWidth(), 80.0));
+double PictureHandle::draggedWidth() const { return possible(point_.x() - place_.left()); }
+
+double PictureHandle::possible(double width) const {
+    return std::clamp(width, double{smallestWidth}, std::max(document_.textWidth(), 80.0));
 }
 
 void PictureHandle::release() {
     if (!dragged_) return;
-    QTextCursor cursor(&document_);
-    cursor.setPosition(*dragged_);
-    cursor.setPosition(*dragged_ + 1, QTextCursor::KeepAnchor);
-    const int width = static_cast<int>(draggedWidth());
+    const int position = *dragged_;
+    const double width = draggedWidth();
     dragged_.reset();
+    setWidth(position, width);
+}
+
+void PictureHandle::setWidth(int position, double width) {
+    QTextCursor cursor(&document_);
+    cursor.setPosition(position);
+    cursor.setPosition(position + 1, QTextCursor::KeepAnchor);
+    const int shown = static_cast<int>(std::lround(possible(width)));
     document_.changeStyles(
-        cursor, [&](InlineStyle& style) { style.object = withPictureWidth(style.object, width); });
+        cursor, [&](InlineStyle& style) { style.object = withPictureWidth(style.object, shown); });
 }
 
 void PictureHandle::paint(QPainter& painter) const {

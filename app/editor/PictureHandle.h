@@ -28,12 +28,15 @@ public:
     void move(const QPointF& point);
     /// Gives the picture its new width, as one step to undo.
     void release();
+    /// Makes the picture at a position as wide, or as wide as possible, as one step to undo.
+    void setWidth(int position, double width);
     /// Draws the corner of the picture under the pointer, and the frame while it is dragged.
     void paint(QPainter& painter) const;
 
 private:
     std::optional<int> pictureUnder(const QPointF& point) const;
     double draggedWidth() const;
+    double possible(double width) const;
 
     NoteDocument& document_;
     ObjectRenderer& renderer_;

@@ -57,5 +57,23 @@ TEST_F(MarkedNote, LosesItsMarksWhenItIsChanged) {
     EXPECT_TRUE(editor.body().extraSelections().isEmpty());
 }
 
+/// Marks hold cursors, and one that goes while the document empties itself is used by it later.
+TEST_F(MarkedNote, LetsItsMarksGoBeforeItsWordsGo) {
+    const auto replaced = [this](const std::function<void()>& replace) {
+        openNote("<p>tea|</p>");
+        EXPECT_EQ(marked("tea"), "tea");
+        qsizetype left = -1;
+        const QObject listener;
+        QObject::connect(&document(), &QTextDocument::contentsChanged, &listener, [&] {
+            if (left < 0) left = editor.body().extraSelections().size();
+        });
+        replace();
+        return left;
+    };
+    EXPECT_EQ(replaced([this] { editor.close(); }), 0);
+    EXPECT_EQ(replaced([this] { editor.open(*addNote("Other", "<p>x</p>").id); }), 0);
+    EXPECT_EQ(replaced([this] { document().setContent(attributedText("<p>y</p>")); }), 0);
+}
+
 }  // namespace
 }  // namespace tesserine::app
