@@ -194,7 +194,6 @@ void NoteEditor::handleCommands() {
     commands_.on("format.image", this, [this] { paster_->choose(Paster::Wanted::pictures); });
     commands_.on("format.noteLink", this, [this] { completion_->begin(); });
     commands_.on("note.lock", this, [this] { locking_->lockSelection(); });
-    commands_.on("note.tags", this, [this] { header_->tags().edit(); });
     commands_.on("note.reminder", this, [this] { header_->reminder().ask(); });
     commands_.on("note.print", this, [this] { printNote(); });
     commands_.on("note.pdf", this, [this] { saveAsPDF(); });
@@ -248,6 +247,8 @@ bool NoteEditor::close() {
     panel_->refresh();
     return true;
 }
+
+void NoteEditor::editTags() { header_->tags().edit(); }
 
 void NoteEditor::showWords(const QString& words) {
     if (open_.id()) wordMarks_->show(words);

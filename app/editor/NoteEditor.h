@@ -44,7 +44,7 @@ class WordMarks;
 /// the difference is to be looked at.
 ///
 /// One per window: it handles the commands "edit.…", "find.…" and "format.…", "view.outline",
-/// "view.backlinks" and "view.zoom…", "note.tags", "note.reminder", "note.attach", "note.versions",
+/// "view.backlinks" and "view.zoom…", "note.reminder", "note.attach", "note.versions",
 /// "note.lock", "note.print" and "note.pdf".
 class NoteEditor final : public QWidget {
     Q_OBJECT
@@ -68,6 +68,8 @@ public:
 
     /// Marks words in the open note, such as those of a search or a citation, and shows the first.
     void showWords(const QString& words);
+    /// Goes to the field of tags.
+    void editTags();
 
     BodyEdit& body() { return *body_; }
 

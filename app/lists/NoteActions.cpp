@@ -111,6 +111,34 @@ void NoteActions::removeTag(const Notes& notes, const Uuid& tag) const {
     forEach(notes, [&](CDNote& note) { environment_.notes().removeTag(note, *removed); });
 }
 
+void NoteActions::changeTags(
+    const Notes& notes, const QStringList& added, const QStringList& removed) const {
+    if (added.isEmpty() && removed.isEmpty()) return;
+    std::vector<CDTag*> gained;
+    try {
+        for (const QString& name : added) {
+            gained.push_back(
+                environment_.tags().findOrCreate(environment_.context(), name.toStdString()));
+        }
+    } catch (const UserError& error) {
+        return showNotice(parent_, error.what());
+    }
+    std::vector<CDTag*> lost;
+    for (const QString& name : removed) {
+        lost.push_back(environment_.tags().find(environment_.context(), name.toStdString()));
+    }
+    std::erase(gained, nullptr);
+    std::erase(lost, nullptr);
+    forEach(notes, [&](CDNote& note) {
+        for (CDTag* tag : gained) {
+            environment_.notes().addTag(note, *tag);
+        }
+        for (CDTag* tag : lost) {
+            environment_.notes().removeTag(note, *tag);
+        }
+    });
+}
+
 void NoteActions::moveToTrash(const Notes& notes) const {
     forEach(notes, [&](CDNote& note) { environment_.notes().moveToTrash(note); });
 }

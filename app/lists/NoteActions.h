@@ -4,6 +4,7 @@
 #include "base/Uuid.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -45,6 +46,9 @@ public:
     /// The tag of this name, made when there is none.
     void addTag(const Notes& notes, const QString& name) const;
     void removeTag(const Notes& notes, const Uuid& tag) const;
+
+    /// Names of tags that all of them are to carry, made where there are none, and not to carry.
+    void changeTags(const Notes& notes, const QStringList& added, const QStringList& removed) const;
 
     void moveToTrash(const Notes& notes) const;
     void restore(const Notes& notes) const;

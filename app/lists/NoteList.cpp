@@ -253,7 +253,8 @@ void NoteList::fillMenu(QMenu& menu) {
     menu.addAction(
         icon("pin"), actions_.arePinned(notes) ? "Unpin" : "Pin", this, &NoteList::togglePin);
     menu.addAction(icon("notebook"), "Move to Notebook…", this, &NoteList::moveWanted);
-    menu.addAction(icon("tag"), "Add Tag…", this, &NoteList::tagsWanted);
+    menu.addAction(
+        icon("tag"), notes.size() == 1 ? "Add Tag…" : "Tags…", this, &NoteList::tagsWanted);
     menu.addSeparator();
     menu.addAction(icon("duplicate"), "Duplicate", this, &NoteList::duplicate);
     if (notes.size() == 1) {

@@ -12,6 +12,7 @@
 #include "app/lists/NoteListView.h"
 #include "app/lists/Pickers.h"
 #include "app/lists/Sidebar.h"
+#include "app/lists/TagsDialog.h"
 #include "app/look/Notice.h"
 #include "app/pages/AboutDialog.h"
 #include "app/pages/ExportAssistant.h"
@@ -188,6 +189,7 @@ public:
                 this_.actions().saveAsTemplate(note);
             }
         });
+        on("note.tags", [this_ = *this] { this_.editTags(); });
         on("note.copyLink", [this_ = *this] {
             QString links;
             for (const Uuid& note : this_.chosen()) {
@@ -272,9 +274,20 @@ private:
         });
     }
 
+    /// Those of one note stand above it, those of several have a dialog.
+    void editTags() const {
+        const auto notes = chosen();
+        if (notes.size() == 1) return window_.notes().editor().editTags();
+        if (notes.empty()) return;
+        auto* dialog = new TagsDialog(environment_, notes, &window_);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->open();
+    }
+
     void askTag() const {
         const auto notes = chosen();
         if (notes.empty()) return;
+        if (notes.size() > 1) return editTags();
         pickTag(environment_, &window_, [this_ = *this, notes](const QString& name) {
             this_.actions().addTag(notes, name);
         });
