@@ -10,7 +10,6 @@ namespace tesserine::app {
 /// happens where it does not. Belongs to the main thread.
 class MachineWatch final : public QObject {
     Q_OBJECT
-    Q_DISABLE_COPY_MOVE(MachineWatch)
 
 public:
     /// Listens to the session manager on the system's bus, if there is one.

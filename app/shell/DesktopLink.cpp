@@ -1,5 +1,8 @@
 #include "app/shell/DesktopLink.h"
 
+#include "app/state/AppEnvironment.h"
+#include "app/state/SyncControl.h"
+
 #include <QApplication>
 #include <QDBusConnection>
 
@@ -9,7 +12,8 @@ DesktopLink::DesktopLink(AppEnvironment& environment)
     : notifier_(QDBusConnection::sessionBus()),
       reminders_(environment, notifier_),
       bus_(environment, QDBusConnection::sessionBus()),
-      tray_(environment) {
+      tray_(environment),
+      machine_(QDBusConnection::systemBus()) {
     connect(&bus_, &BusService::asked, this, &DesktopLink::asked);
     connect(&tray_, &Tray::asked, this, &DesktopLink::asked);
     connect(&tray_, &Tray::quitAsked, this, &DesktopLink::quitAsked);
@@ -17,6 +21,11 @@ DesktopLink::DesktopLink(AppEnvironment& environment)
         emit asked({.kind = Request::Kind::go, .place = place});
     });
     connect(&notifier_, &Notifier::notShown, this, &DesktopLink::notShown);
+    connect(&machine_, &MachineWatch::wokeUp, &reminders_, &Reminders::wake);
+    const auto reconnect = [&environment] { environment.syncControl().reconnect(); };
+    connect(&machine_, &MachineWatch::wokeUp, this, reconnect);
+    connect(&machine_, &MachineWatch::networkCameUp, this, reconnect);
+    machine_.watchNetwork();
     refreshTray();
     reminders_.start();
 }

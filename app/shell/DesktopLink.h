@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/desktop/BusService.h"
+#include "app/desktop/MachineWatch.h"
 #include "app/desktop/Notifier.h"
 #include "app/desktop/Reminders.h"
 #include "app/desktop/Request.h"
@@ -13,7 +14,7 @@ namespace tesserine::app {
 class AppEnvironment;
 
 /// Everything through which the desktop and the program know of each other while it runs:
-/// reminders, the bus, the tray.
+/// reminders, the bus, the tray, waking up.
 class DesktopLink final : public QObject {
     Q_OBJECT
 
@@ -36,6 +37,7 @@ private:
     Reminders reminders_;
     BusService bus_;
     Tray tray_;
+    MachineWatch machine_;
 };
 
 }  // namespace tesserine::app

@@ -63,6 +63,11 @@ void rememberDesktopScheme(AppEnvironment& environment, Theme::Scheme scheme) {
     }
 }
 
+/// Private to the user; empty where there is none.
+QString runtimeFolder() {
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+}
+
 bool isLibrary(const std::filesystem::path& folder) {
     std::error_code error;
     return std::filesystem::exists(folder / TesserineStore::fileName, error);
@@ -87,22 +92,35 @@ int Program::run() {
     return QApplication::exec();
 }
 
-/// Whether another window of this library took over.
+/// Whether another window took over: the one of this library, or the one that waits for the
+/// browser.
 bool Program::handOver(const AppSetting& setting) {
-    if (isOnlyPicture()) return false;
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    if (folder.isEmpty()) return false;
-    instance_ = std::make_unique<SingleInstance>(setting.library, folder);
-    if (!instance_->isFirst()) {
-        QStringList requests;
-        for (const QString& argument : options_.requests) {
-            const auto request = Request::fromArgument(argument, QDir::currentPath());
-            requests << (request ? request->argument() : argument);
-        }
-        return instance_->handOver(requests);
+    const QString folder = runtimeFolder();
+    if (isOnlyPicture() || folder.isEmpty()) return false;
+    QStringList requests;
+    bool isSignIn = false;
+    for (const QString& argument : options_.requests) {
+        const auto request = Request::fromArgument(argument, QDir::currentPath());
+        requests << (request ? request->argument() : argument);
+        isSignIn = isSignIn || (request && request->kind == Request::Kind::signedIn);
     }
+    if (isSignIn) {
+        const SingleInstance post(SingleInstance::Post::signIn, folder);
+        if (!post.isFirst() && post.handOver(requests)) return true;
+    }
+    instance_ = std::make_unique<SingleInstance>(setting.library, folder);
+    if (!instance_->isFirst()) return instance_->handOver(requests);
     connect(instance_.get(), &SingleInstance::asked, this, &Program::handleArguments);
     return false;
+}
+
+/// The desktop does not know which library the browser was opened for.
+void Program::followSignIn() {
+    if (!environment_->syncControl().isSigningIn()) return signInPost_.reset();
+    const QString folder = runtimeFolder();
+    if (signInPost_ || folder.isEmpty()) return;
+    signInPost_ = std::make_unique<SingleInstance>(SingleInstance::Post::signIn, folder);
+    connect(signInPost_.get(), &SingleInstance::asked, this, &Program::handleArguments);
 }
 
 /// A library that cannot be opened is never replaced by an empty one.
@@ -230,6 +248,7 @@ void Program::beginWork() {
     }
     followDesktop();
     rememberDesktopScheme(*environment_, theme_.desktopScheme());
+    connect(&environment_->syncControl(), &SyncControl::changed, this, &Program::followSignIn);
     desktop_ = std::make_unique<DesktopLink>(*environment_);
     connect(desktop_.get(), &DesktopLink::asked, this, &Program::handle);
     auto* lines = new NotificationLines(window_.get());

@@ -40,6 +40,7 @@ private:
 
     bool isOnlyPicture() const { return options_.screenshot.has_value(); }
     bool handOver(const AppSetting& setting);
+    void followSignIn();
     void open(const AppSetting& setting);
     void showOnboarding(const std::filesystem::path& folder);
     void showLoadFailure(const std::filesystem::path& folder, const QString& sentence);
@@ -63,7 +64,8 @@ private:
     std::unique_ptr<ScreenFit> screenFit_;
 
     std::unique_ptr<SingleInstance> instance_;
-    std::unique_ptr<QWidget> page_;  // in the window's place while there is no library
+    std::unique_ptr<SingleInstance> signInPost_;  // while a sign-in waits for the browser
+    std::unique_ptr<QWidget> page_;               // in the window's place while there is no library
     Beginning beginning_ = Beginning::none;
     std::unique_ptr<AppEnvironment> environment_;
     std::unique_ptr<Commands> commands_;

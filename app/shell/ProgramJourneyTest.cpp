@@ -1,5 +1,6 @@
 // One run of the whole program, from its arguments to its end.
 
+#include "app/account/SyncStatus.h"
 #include "app/editor/NoteEditor.h"
 #include "app/lists/NoteList.h"
 #include "app/look/Theme.h"
@@ -15,6 +16,7 @@
 
 #include <gtest/gtest.h>
 #include <QApplication>
+#include <QDesktopServices>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -30,6 +32,16 @@ namespace {
 
 constexpr const char* folderVariables[] = {
     "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "XDG_RUNTIME_DIR"};
+
+/// Takes the place of the browser.
+class Browser final : public QObject {
+    Q_OBJECT
+
+public:
+    Browser() { QDesktopServices::setUrlHandler("http", this, "open"); }
+    ~Browser() override { QDesktopServices::unsetUrlHandler("http"); }
+    Q_INVOKABLE void open(const QUrl&) {}
+};
 
 class ProgramJourney : public ::testing::Test {
 protected:
@@ -177,6 +189,36 @@ TEST_F(ProgramJourney, WhatTheTerminalDoesIsSeenWithinASecond) {
     });
 }
 
+TEST_F(ProgramJourney, TheBrowserFindsTheWindowThatWaitsForItWhateverItsLibrary) {
+    terminal({"note", "add", "--title", "Minutes"});
+    qputenv("TESSERINE_SERVICE_URL", "http://127.0.0.1:1");
+    run({}, [] {
+        window();
+        ASSERT_TRUE(waitUntil([] { return window()->findChild<SyncStatus*>() != nullptr; }));
+        Browser browser;
+        window()->go({.kind = Place::Kind::settings, .text = "sync"});
+        const auto shows = [](const char* name) {
+            return [name] {
+                const auto* const found = window()->findChild<QWidget*>(name);
+                return found != nullptr && found->isVisible();
+            };
+        };
+        ASSERT_TRUE(waitUntil(shows("signIn")));
+        for (int time = 0; time < 2; ++time) {  // the second sign-in takes the first one's place
+            window()->findChild<QPushButton*>(time == 0 ? "signIn" : "openAgain")->click();
+        }
+        ASSERT_TRUE(shows("signInPending")());
+
+        QProcess second;  // as the desktop starts it for the browser
+        second.start(TESSERINE_DESKTOP_PROGRAM, {"tesserine://auth?error=weird"});
+        EXPECT_TRUE(waitUntil(shows("signIn")));
+        EXPECT_TRUE(waitUntil([&] { return second.state() == QProcess::NotRunning; }));
+        EXPECT_EQ(second.exitCode(), 0);
+        second.kill();
+    });
+    qunsetenv("TESSERINE_SERVICE_URL");
+}
+
 TEST_F(ProgramJourney, BeginsAtThePlaceThatIsAskedFor) {
     terminal({"note", "add", "--title", "Minutes", "--text", "first"});
     run({"--open", "tesserine://search/first"}, [] {
@@ -206,3 +248,5 @@ TEST_F(ProgramJourney, FilesOfTheCommandLineAreOneImport) {
 
 }  // namespace
 }  // namespace tesserine::app
+
+#include "ProgramJourneyTest.moc"
