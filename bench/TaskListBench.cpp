@@ -53,6 +53,8 @@ public:
             {},
             [](const std::string& sentence) { std::cerr << sentence << "\n"; });
         environment_.waitForBackground();
+        environment_.startWork();  // it follows what is saved beside it
+        environment_.waitForBackground();
         page_.resize(1000, 800);
         page_.show();
         QApplication::setActiveWindow(&page_);

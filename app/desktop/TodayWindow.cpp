@@ -26,7 +26,7 @@ TodayWindow::TodayWindow(AppEnvironment& environment, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(tasks_, 1);
-    auto* const undo = new UndoBar(this);
+    auto* const undo = new UndoBar(this, *this);
     column->addWidget(undo);
     connect(actions_, &TaskActions::completed, undo, &UndoBar::offer);
     connect(undo, &UndoBar::undone, actions_, &TaskActions::undo);

@@ -7,8 +7,10 @@
 #include "app/lists/NoteList.h"
 #include "app/look/EmptyState.h"
 #include "app/look/Theme.h"
+#include "app/state/AppEnvironment.h"
 #include "app/state/DateWords.h"
 #include "app/tasks/UndoBar.h"
+#include "core/model/NoteEntities.h"
 
 #include <QLineEdit>
 #include <QSplitter>
@@ -38,7 +40,7 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
       list_(new NoteList(environment, lists_)),
       right_(new QStackedWidget(splitter_)),
       nothing_(new EmptyState(noNote, right_)),
-      undo_(new UndoBar(this)) {
+      undo_(new UndoBar(this, *list_)) {
     lists_->addWidget(list_);
     lists_->setMinimumWidth(narrowestList);
     auto* const page = new QWidget(right_);  // until it is known what to show
@@ -120,7 +122,9 @@ std::vector<Uuid> NotesPane::chosen() const {
 bool NotesPane::openNote(const Uuid& note) {
     if (editor().noteID() != note && !editor_->open(note)) return false;
     right_->setCurrentWidget(editor_);
-    if (list_->isTrash()) offerRestore(note);
+    const auto* stored = environment_.context().find<CDNote>(note);
+    const bool isInTrash = stored != nullptr && stored->trashedAt;
+    if (showsList() && list_->isTrash() && isInTrash) offerRestore(note);
     emit noteOpened(note);
     return true;
 }

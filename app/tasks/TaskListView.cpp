@@ -121,6 +121,21 @@ void TaskListView::putSelectionBack() {
     if (top.isValid()) scrollTo(top, PositionAtTop);
 }
 
+/// The heading of the first task of a group comes into view with it.
+void TaskListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
+    const bool isFirst = index.row() > 0 && !model_.at(index.row() - 1).isTask();
+    if (isFirst && hint == EnsureVisible) QListView::scrollTo(index.siblingAtRow(index.row() - 1));
+    QListView::scrollTo(index, hint);
+}
+
+/// A heading cannot be chosen; a task stands below it.
+QModelIndex TaskListView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+    const QModelIndex to = QListView::moveCursor(action, modifiers);
+    if (!to.isValid() || model_.at(to.row()).isTask()) return to;
+    const bool isUp = action == MoveUp || action == MovePrevious || action == MovePageUp;
+    return isUp && to.row() > 0 ? to.siblingAtRow(to.row() - 1) : to.siblingAtRow(to.row() + 1);
+}
+
 /// Letters are commands in a list of tasks; comparing them with every title would take long.
 void TaskListView::keyboardSearch(const QString& /*text*/) {}
 

@@ -48,6 +48,8 @@ private:
     void keyPressEvent(QKeyEvent* event) override;
     void selectionChanged(
         const QItemSelection& selected, const QItemSelection& deselected) override;
+    void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void keyboardSearch(const QString& text) override;
     void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
     void paintEvent(QPaintEvent* event) override;

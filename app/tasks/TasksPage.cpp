@@ -37,7 +37,7 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
       calendar_(new CalendarPage(environment, *actions_, this)),
       reminders_(new RemindersPage(environment, this)),
       templates_(new TemplateManager(environment, this)),
-      undo_(new UndoBar(this)),
+      undo_(new UndoBar(this, *this)),
       detail_(new TaskDetail(environment, this)) {
     setObjectName("tasksPage");
     for (QWidget* const page :

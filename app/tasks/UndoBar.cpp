@@ -19,11 +19,11 @@ constexpr std::chrono::seconds offered{12};
 
 }  // namespace
 
-UndoBar::UndoBar(QWidget* parent)
+UndoBar::UndoBar(QWidget* parent, QWidget& keyScope)
     : QFrame(parent),
       sentence_(new QLabel(this)),
       timer_(new QTimer(this)),
-      key_(new QShortcut(QKeySequence::Undo, parent)) {
+      key_(new QShortcut(QKeySequence::Undo, &keyScope)) {
     setObjectName("undoBar");
     sentence_->setObjectName("undoSentence");
     sentence_->setTextFormat(Qt::PlainText);
@@ -64,12 +64,12 @@ void UndoBar::undo() {
 
 void UndoBar::showEvent(QShowEvent* event) {
     QFrame::showEvent(event);
-    key_->setEnabled(true);
+    if (key_) key_->setEnabled(true);
 }
 
 void UndoBar::hideEvent(QHideEvent* event) {
     QFrame::hideEvent(event);
-    key_->setEnabled(false);
+    if (key_) key_->setEnabled(false);
 }
 
 void UndoBar::paintEvent(QPaintEvent* /*event*/) {

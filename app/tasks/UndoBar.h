@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFrame>
+#include <QPointer>
 
 class QLabel;
 class QShortcut;
@@ -8,13 +9,14 @@ class QTimer;
 
 namespace tesserine::app {
 
-/// A line at the foot of a list that says what was done and offers to undo it, for a while; the key
-/// for that acts everywhere in the widget that holds it, but in fields with words to undo.
+/// A line at the foot of a list that says what was done and offers to undo it, for a while.
 class UndoBar final : public QFrame {
     Q_OBJECT
 
 public:
-    explicit UndoBar(QWidget* parent);
+    /// While it is shown the key that undoes acts in `keyScope` and what it holds, but in fields
+    /// with words of their own to undo.
+    UndoBar(QWidget* parent, QWidget& keyScope);
 
     /// Shows the sentence in place of the one before, which cannot be undone any more.
     void offer(const QString& sentence);
@@ -30,7 +32,7 @@ private:
 
     QLabel* const sentence_;
     QTimer* const timer_;
-    QShortcut* const key_;
+    const QPointer<QShortcut> key_;  // belongs to the scope
 };
 
 }  // namespace tesserine::app
