@@ -23,7 +23,8 @@ DevicesSection::DevicesSection(AppEnvironment& environment, QWidget* parent)
     rows_->setObjectName("devices");
     column().addWidget(rows_);
     connect(rows_, &RowList::pressed, this, &DevicesSection::signOut);
-    rows_->setHint(tr("Asking the service…"));
+    connect(this, &Section::notAnswered, rows_, &RowList::stopAsking);
+    rows_->showAsking();
 }
 
 void DevicesSection::refresh() {

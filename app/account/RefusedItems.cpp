@@ -1,14 +1,14 @@
 #include "app/account/RefusedItems.h"
 
+#include "app/state/DateWords.h"
 #include "core/model/NoteEntities.h"
 #include "core/model/TaskEntities.h"
 #include "core/store/StoreContext.h"
 #include "sync/PushBatch.h"
 #include "sync/SyncLedger.h"
 
-#include <QLocale>
-
 #include <algorithm>
+#include <tuple>
 
 namespace tesserine::app {
 namespace {
@@ -30,9 +30,7 @@ std::string titleOf(StoreContext& context, const Uuid& record) {
     return "Something else in the library";
 }
 
-std::string sizeText(std::int64_t bytes) {
-    return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat).toStdString();
-}
+std::string sizeText(std::int64_t bytes) { return shownSize(bytes).toStdString(); }
 
 std::string sentenceOf(const PushRefusal& refusal) {
     if (!refusal.message.empty()) return refusal.message;
@@ -55,7 +53,8 @@ std::vector<RefusedItem> refusedItems(StoreContext& context) {
     for (const auto& [record, refusal] : refusals.all()) {
         items.push_back({titleOf(context, record), sentenceOf(refusal)});
     }
-    std::ranges::sort(items, {}, &RefusedItem::title);
+    std::ranges::sort(
+        items, {}, [](const RefusedItem& item) { return std::tie(item.title, item.sentence); });
     return items;
 }
 

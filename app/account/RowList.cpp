@@ -29,7 +29,17 @@ void RowList::setHint(const QString& sentence) {
     column_->addWidget(makeHint(sentence, this));
 }
 
+void RowList::showAsking() {
+    setHint(tr("Asking the service…"));
+    isAsking_ = true;
+}
+
+void RowList::stopAsking() {
+    if (isAsking_) clear();
+}
+
 void RowList::clear() {
+    isAsking_ = false;
     while (QLayoutItem* const item = column_->takeAt(0)) {
         item->widget()->hide();
         item->widget()->deleteLater();  // the press of a button of its own may have led here

@@ -26,6 +26,10 @@ public:
     void setRows(const std::vector<Row>& rows);
     /// Shows one quiet sentence in the place of lines.
     void setHint(const QString& sentence);
+    /// Says in the place of lines that they are on their way.
+    void showAsking();
+    /// They did not come, and nothing is said of it here.
+    void stopAsking();
 
 signals:
     void pressed(const QString& id);
@@ -35,6 +39,7 @@ private:
     void addRow(const Row& row);
 
     QVBoxLayout* const column_;
+    bool isAsking_ = false;  // as it is shown
 };
 
 }  // namespace tesserine::app

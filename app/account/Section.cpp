@@ -29,6 +29,7 @@ Section::Section(const QString& heading, AppEnvironment& environment, QWidget* p
     showFailure({});
     connect(&job_, &Job::failed, this, [this](const QString& sentence) {
         showFailure(sentence);
+        emit notAnswered();
         askNext();
     });
     connect(&job_, &Job::finished, this, &Section::askNext);
@@ -45,6 +46,8 @@ QPushButton* Section::makeButton(const QString& title, const char* objectName) {
     button->setAutoDefault(false);
     return button;
 }
+
+bool Section::hasFailed() const { return !failure_->isHidden(); }
 
 void Section::showFailure(const QString& sentence) {
     failure_->setText(sentence);

@@ -26,6 +26,13 @@ public:
     /// An empty heading takes no room.
     Section(const QString& heading, AppEnvironment& environment, QWidget* parent);
 
+    /// Whether a failure is shown.
+    bool hasFailed() const;
+
+signals:
+    /// The last question failed, as is shown.
+    void notAnswered();
+
 protected:
     AppEnvironment& environment() const { return environment_; }
     QVBoxLayout& column() const { return *column_; }

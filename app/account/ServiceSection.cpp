@@ -12,6 +12,25 @@
 #include <QPushButton>
 
 namespace tesserine::app {
+namespace {
+
+QString wordsFor(bool isGivenForThisRun) {
+    if (isGivenForThisRun) {
+        return ServiceSection::tr(
+            "Tesserine was started with this address (TESSERINE_SERVICE_URL), so it cannot be "
+            "changed here. Nothing is contacted before you sign in.");
+    }
+    if (product::hasService) {
+        return ServiceSection::tr(
+            "Leave the field empty for the service of Tesserine itself. Nothing is contacted "
+            "before you sign in.");
+    }
+    return ServiceSection::tr(
+        "The address of a service that somebody you trust runs, perhaps you. Nothing is contacted "
+        "before you sign in.");
+}
+
+}  // namespace
 
 ServiceSection::ServiceSection(AppEnvironment& environment, QWidget* parent)
     : Section(tr("Service"), environment, parent),
@@ -25,20 +44,14 @@ ServiceSection::ServiceSection(AppEnvironment& environment, QWidget* parent)
     row->addWidget(address_, 1);
     row->addWidget(use_);
     column().addLayout(row);
-    column().addWidget(makeHint(
-        product::hasService
-            ? tr("Leave the field empty for the service of Tesserine itself. Nothing is contacted "
-                 "before you sign in.")
-            : tr("The address of a service that somebody you trust runs, perhaps you. Nothing is "
-                 "contacted before you sign in."),
-        this));
+    const auto& given = environment.setting().serviceURL;
+    column().addWidget(makeHint(wordsFor(given.has_value()), this));
     connect(address_, &QLineEdit::textChanged, this, &ServiceSection::follow);
     address_->installEventFilter(this);
     connect(use_, &QPushButton::clicked, this, &ServiceSection::useAddress);
     const auto own = environment.preferences().string(SyncService::addressKey);
     address_->setText(QString::fromStdString(own.value_or("")));
     // Of one run only, and stronger than what is set here.
-    const auto& given = environment.setting().serviceURL;
     address_->setDisabled(given.has_value());
     if (given) address_->setText(QString::fromStdString(*given));
     follow();

@@ -125,7 +125,8 @@ void ShareDialog::showAnswer(const Answer& answer) {
     make_->setVisible(answer.url.isEmpty());
     make_->setText(answer.isShared ? tr("New Link") : tr("Create Link"));
     make_->setAccessibleName(make_->text());
-    link_->selectAll();
+    link_->end(false);
+    link_->home(true);  // selected, and to be read from its beginning
     fitHeight();
 }
 

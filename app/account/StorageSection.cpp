@@ -1,10 +1,10 @@
 #include "app/account/StorageSection.h"
 
 #include "app/account/InfoRow.h"
+#include "app/state/DateWords.h"
 #include "sync/WireRecords.h"
 
 #include <QLabel>
-#include <QLocale>
 #include <QProgressBar>
 #include <QVBoxLayout>
 
@@ -15,10 +15,6 @@ namespace {
 
 constexpr int barSteps = 1'000;
 constexpr int barHeight = 6;
-
-QString sizeText(qint64 bytes) {
-    return QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeTraditionalFormat);
-}
 
 /// Both meters are filled by one look.
 struct Usage {
@@ -67,8 +63,8 @@ void StorageSection::showUse(
     const QString name = meter.bar->accessibleName();
     meter.bar->setVisible(used && limit && *limit > 0);
     if (!used) return meter.words->setTexts(name, tr("The service does not tell."));
-    if (!limit) return meter.words->setTexts(name, sizeText(*used));
-    meter.words->setTexts(name, tr("%1 of %2").arg(sizeText(*used), sizeText(*limit)));
+    if (!limit) return meter.words->setTexts(name, shownSize(*used));
+    meter.words->setTexts(name, tr("%1 of %2").arg(shownSize(*used), shownSize(*limit)));
     const double share = *limit > 0 ? static_cast<double>(*used) / static_cast<double>(*limit) : 1;
     meter.bar->setValue(static_cast<int>(std::clamp(share, 0.0, 1.0) * barSteps));
 }

@@ -45,19 +45,20 @@ SyncSettings::SyncSettings(AppEnvironment& environment, QWidget* parent)
 void SyncSettings::follow() {
     const SyncState& state = environment_.syncControl().state();
     const bool isSignedIn = state.account.has_value() && state.phase != SyncState::Phase::signedOut;
-    const bool isNew = isSignedIn && !isSignedIn_;
-    isSignedIn_ = isSignedIn;
+    const std::string account = isSignedIn ? state.account->id : "";
+    const bool isNew = isSignedIn && account != shownAccount_;
+    shownAccount_ = account;
     signIn_->setVisible(!isSignedIn);
     service_->setVisible(!isSignedIn);
     for (QWidget* section :
          std::initializer_list<QWidget*>{account_, storage_, devices_, tokens_}) {
         section->setVisible(isSignedIn);
     }
-    if (isNew) {
-        storage_->refresh();
-        devices_->refresh();
-        tokens_->refresh();
-    }
+    const bool isSynced = isSignedIn && isVisible() && state.lastSync != lastSync_;
+    lastSync_ = state.lastSync;
+    if (isNew || isSynced) storage_->refresh();
+    if (isNew || (isSynced && devices_->hasFailed())) devices_->refresh();
+    if (isNew || (isSynced && tokens_->hasFailed())) tokens_->refresh();
     if (state.phase != SyncState::Phase::syncing) showRefused();
 }
 
@@ -73,7 +74,7 @@ void SyncSettings::showRefused() {
                     {.title = QString::fromStdString(item.title),
                      .hint = QString::fromStdString(item.sentence)});
             }
-            refused_->setVisible(isSignedIn_ && !rows.empty());
+            refused_->setVisible(!shownAccount_.empty() && !rows.empty());
             refusedRows_->setRows(rows);
         });
 }

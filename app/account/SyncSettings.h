@@ -1,6 +1,10 @@
 #pragma once
 
 #include "app/look/SettingsForm.h"
+#include "base/Instant.h"
+
+#include <optional>
+#include <string>
 
 namespace tesserine::app {
 
@@ -34,7 +38,9 @@ private:
     StorageSection* const storage_;
     DevicesSection* const devices_;
     TokensSection* const tokens_;
-    bool isSignedIn_ = false;  // as it is shown
+    // As it is shown.
+    std::string shownAccount_;  // empty while nobody is signed in
+    std::optional<Instant> lastSync_;
 };
 
 /// As the settings want it.

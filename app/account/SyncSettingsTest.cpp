@@ -8,13 +8,17 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QDialog>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
 #include <QUrl>
 #include <QVBoxLayout>
+
+#include <filesystem>
 
 namespace tesserine::app {
 namespace {
@@ -28,10 +32,12 @@ public:
         const std::string path = request.url.substr(request.url.find("/api/v1/") + 8);
         const auto reply = [](const char* body) { return HTTPReply{.status = 200, .body = body}; };
         if (path == "sync/state") {
-            return reply(
-                R"({"head":1,"records":1,"tombstones":0,"record_bytes":1000,"revision_bytes":24})");
+            const std::string bytes = std::to_string(1'000 * ++storageQuestions);
+            const std::string body = R"({"head":1,"records":1,"tombstones":0,"record_bytes":)"
+                                     + bytes + R"(,"revision_bytes":24})";
+            return reply(body.c_str());
         }
-        if (path == "blobs") return reply(R"({"bytes":2097152,"quota_bytes":8388608})");
+        if (path == "blobs") return reply(R"({"bytes":2000000,"quota_bytes":8000000})");
         if (path == "auth/sessions") {
             return reply(
                 isPhoneSignedIn
@@ -48,6 +54,10 @@ public:
             hasToken = true;
             return reply(R"({"id":"7","token":"secret-1","label":"Backup script",
                              "created_at":"2026-03-14T09:00:00Z"})");
+        }
+        if (path == "api-tokens/7") {
+            hasToken = false;
+            return HTTPReply{.status = 204};
         }
         if (path == "api-tokens") {
             return reply(
@@ -85,6 +95,17 @@ public:
         }
         return all;
     }
+    /// The files of the user's that hold these words.
+    std::string filesWith(const std::string& words) {
+        std::string names;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+            if (!entry.is_regular_file()) continue;
+            QFile file(QString::fromStdString(entry.path().string()));
+            if (!file.open(QIODevice::ReadOnly)) names += "unreadable: ";
+            if (file.readAll().contains(words.c_str())) names += entry.path().string() + "\n";
+        }
+        return names;
+    }
     bool waitForText(const std::string& text) {
         return waitUntil([&] { return texts().find(text) != std::string::npos; });
     }
@@ -97,6 +118,7 @@ public:
         ADD_FAILURE() << "no button " << accessibleName;
     }
 
+    std::atomic<int> storageQuestions = 0;
     std::atomic<bool> isPhoneSignedIn = true;
     std::atomic<bool> hasToken = false;
 
@@ -156,18 +178,114 @@ TEST_F(SyncSettingsTest, ACancelledSignInCanBeBegunAgain) {
     EXPECT_TRUE(find("signIn").isVisible());
 }
 
+TEST_F(SyncSettingsTest, ASignInThatIsNotFinishedSaysSoAndCanBeBegunAgain) {
+    environment->startWork();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    Browser browser;
+    find("signIn").click();
+    realClock.advance(std::chrono::minutes(11));
+    EXPECT_TRUE(waitForText("Nobody signed in within 10 minutes. Begin again."));
+    EXPECT_FALSE(find<QWidget>("signInPending").isVisible());
+    find("signIn").click();
+    EXPECT_TRUE(find<QWidget>("signInPending").isVisible());
+    EXPECT_EQ(texts().find("10 minutes"), std::string::npos) << texts();
+}
+
+TEST_F(SyncSettingsTest, WithoutAKeyringNobodyIsSignedInAndNoFileHoldsAToken) {
+    keyring.isLocked = true;
+    environment->startWork();
+    page();
+    control().beginSignIn();
+    control().takeCallback(callback);
+    EXPECT_TRUE(waitForText("Tesserine could not reach its secure storage on this device."));
+    EXPECT_TRUE(find("signIn").isVisible());
+    environment->waitForBackground();
+    EXPECT_EQ(filesWith("refresh"), "");
+
+    keyring.isLocked = false;
+    control().beginSignIn();
+    control().takeCallback(callback);
+    EXPECT_TRUE(waitFor(Phase::idle)) << control().state().sentence;
+    EXPECT_NE(keyring.read("refresh-token").value_or("").find("refresh"), std::string::npos);
+    EXPECT_EQ(filesWith("refresh"), "");
+}
+
+TEST_F(SyncSettingsTest, AnAddressOfThisRunIsExplainedAndNotChanged) {
+    environment->startWork();
+    EXPECT_FALSE(find<QLineEdit>("serviceAddress").isEnabled());
+    EXPECT_EQ(find<QLineEdit>("serviceAddress").text(), "https://notes.example.org");
+    EXPECT_FALSE(find("useService").isEnabled());
+    EXPECT_NE(texts().find("TESSERINE_SERVICE_URL"), std::string::npos) << texts();
+}
+
 TEST_F(SyncSettingsTest, TheAccountShowsWhatItHoldsAndWhoIsSignedIn) {
     signIn();
     page();
     ASSERT_TRUE(waitForText("phone"));
     ASSERT_TRUE(waitForText("2.0 MB of 8.0 MB"));
-    for (const char* words :
-         {"In step", "Last sync: Today 09:00", "1.0 kB", "Last used: Yesterday 08:00"}) {
+    EXPECT_EQ(
+        find<QWidget>("fileStorage").parentWidget()->findChildren<QProgressBar*>().back()->value(),
+        250);
+    for (const char* words : {"In step", "Last sync: Today 09:00", "Last used: Yesterday 08:00"}) {
         EXPECT_TRUE(waitForText(words)) << words << " in\n" << texts();
     }
     press("Sign Out: phone");
     EXPECT_TRUE(waitUntil([this] { return texts().find("phone") == std::string::npos; }));
     EXPECT_FALSE(isPhoneSignedIn);
+}
+
+TEST_F(SyncSettingsTest, TheStorageIsLookedAtAgainAfterASync) {
+    signIn();
+    page();
+    ASSERT_TRUE(waitForText(" kB"));
+    const int before = storageQuestions;
+    clock.advance(std::chrono::minutes(1));
+    control().syncNow();
+    EXPECT_TRUE(waitUntil([&] { return storageQuestions > before; }));
+}
+
+TEST_F(SyncSettingsTest, WhatAnotherAccountHoldsTakesThePlaceOfTheFirstOnes) {
+    signIn();
+    page();
+    ASSERT_TRUE(waitForText("phone"));
+    isPhoneSignedIn = false;
+    server.accountID = "another";
+    control().beginSignIn();
+    control().takeCallback(callback);
+    ASSERT_TRUE(waitFor(Phase::asking));
+    EXPECT_TRUE(waitUntil([this] { return texts().find("phone") == std::string::npos; }));
+}
+
+TEST_F(SyncSettingsTest, WhatTheServiceDoesNotAnswerIsSaidWhereItWasAsked) {
+    signIn();
+    page();
+    ASSERT_TRUE(waitForText("phone"));
+    control().stop();
+    failure = HTTPReply{.status = 403, .body = R"({"error":{"message":"<b>Not</b> you."}})"};
+    press("Sign Out: phone");
+    EXPECT_TRUE(waitForText("<b>Not</b> you.")) << texts();
+    EXPECT_NE(texts().find("phone"), std::string::npos) << "what was there stays";
+    EXPECT_TRUE(isPhoneSignedIn);
+}
+
+TEST_F(SyncSettingsTest, WhatCouldNotBeAskedIsAskedAgainWhenTheServiceIsBack) {
+    signIn();
+    control().stop();
+    failure = HTTPReply{.status = 400};
+    control().start();
+    ASSERT_TRUE(waitFor(Phase::waiting));
+    page();
+    ASSERT_TRUE(waitForText("The server returned an error (400)."));
+    EXPECT_TRUE(waitUntil([this] { return texts().find("Asking") == std::string::npos; }))
+        << "nobody is asking any more";
+    environment->waitForBackground();
+
+    failure.reset();
+    clock.advance(std::chrono::minutes(1));
+    control().syncNow();
+    EXPECT_TRUE(waitForText("phone"));
+    EXPECT_TRUE(waitForText("There is none."));
+    EXPECT_EQ(texts().find("The server returned an error"), std::string::npos) << texts();
 }
 
 TEST_F(SyncSettingsTest, TheSecretOfATokenIsShownOnce) {
@@ -183,6 +301,9 @@ TEST_F(SyncSettingsTest, TheSecretOfATokenIsShownOnce) {
     ASSERT_TRUE(waitForText("Backup script"));
     EXPECT_FALSE(find<QLineEdit>("tokenSecret").isVisible());
     EXPECT_EQ(find<QLineEdit>("tokenSecret").text(), "");
+    press("Delete: Backup script");
+    EXPECT_TRUE(waitForText("There is none."));
+    EXPECT_FALSE(hasToken);
 }
 
 TEST_F(SyncSettingsTest, WhatTheServiceRefusedIsNamedWithItsReason) {
@@ -191,7 +312,7 @@ TEST_F(SyncSettingsTest, WhatTheServiceRefusedIsNamedWithItsReason) {
         if (!request.url.ends_with("sync/push")) return;
         const std::size_t at = reply.body.find("\"applied\"");
         if (at == std::string::npos) return;
-        reply.body.replace(at, 9, R"("refused","reason":"too_large","limit":1024,"measured":4096)");
+        reply.body.replace(at, 9, R"("refused","reason":"too_large","limit":1000,"measured":4000)");
     };
     signIn();
     page();

@@ -23,7 +23,8 @@ TokensSection::TokensSection(AppEnvironment& environment, QWidget* parent)
       made_(new QWidget(this)),
       secret_(new QLineEdit(made_)) {
     rows_->setObjectName("tokens");
-    rows_->setHint(tr("Asking the service…"));
+    connect(this, &Section::notAnswered, rows_, &RowList::stopAsking);
+    rows_->showAsking();
     column().addWidget(rows_);
     addFields();
     connect(rows_, &RowList::pressed, this, &TokensSection::remove);
@@ -103,14 +104,14 @@ void TokensSection::remove(const QString& id) {
 }
 
 void TokensSection::showAnswer(const Answer& answer) {
-    const auto day = [this](Instant instant) {
-        return shownDate(instant, environment().now(), environment().calendar());
+    const auto time = [this](Instant instant) {
+        return shownTime(instant, environment().now(), environment().calendar());
     };
     std::vector<RowList::Row> rows;
     for (const APITokenInfo& token : answer.tokens) {
-        QString hint = tr("Made: %1").arg(day(token.createdAt));
-        if (token.lastUsedAt) hint += tr(" · last used: %1").arg(day(*token.lastUsedAt));
-        if (token.expiresAt) hint += tr(" · ends: %1").arg(day(*token.expiresAt));
+        QString hint = tr("Made: %1").arg(time(token.createdAt));
+        if (token.lastUsedAt) hint += tr(" · last used: %1").arg(time(*token.lastUsedAt));
+        if (token.expiresAt) hint += tr(" · ends: %1").arg(time(*token.expiresAt));
         rows.push_back(
             {.title = QString::fromStdString(token.label),
              .hint = hint,

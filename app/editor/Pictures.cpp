@@ -1,11 +1,11 @@
 #include "app/editor/Pictures.h"
 
 #include "app/state/AppEnvironment.h"
+#include "app/state/DateWords.h"
 #include "core/model/NoteEntities.h"
 
 #include <QBuffer>
 #include <QImageReader>
-#include <QLocale>
 
 #include <memory>
 #include <utility>
@@ -78,8 +78,7 @@ QString Pictures::fileTitle(const Uuid& id, const QString& fallback) {
     const CDAttachment* const attachment = environment_.context().find<CDAttachment>(id);
     if (attachment == nullptr) return fallback;
     const QString name = QString::fromStdString(attachment->filename.valueOr(""));
-    const QString size = QLocale().formattedDataSize(
-        attachment->byteCount.valueOr(0), 1, QLocale::DataSizeTraditionalFormat);
+    const QString size = shownSize(attachment->byteCount.valueOr(0));
     return (name.isEmpty() ? fallback : name) + ", " + size;
 }
 

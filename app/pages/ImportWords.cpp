@@ -1,5 +1,7 @@
 #include "app/pages/ImportWords.h"
 
+#include "app/state/DateWords.h"
+
 #include <QLocale>
 
 namespace tesserine::app::importing {
@@ -19,10 +21,7 @@ QString counted(std::size_t count, const QString& one, const QString& many) {
     return digits(count) + " " + (count == 1 ? one : many);
 }
 
-QString sizeText(std::uint64_t byteCount) {
-    return QLocale().formattedDataSize(
-        static_cast<qint64>(byteCount), 1, QLocale::DataSizeTraditionalFormat);
-}
+QString sizeText(std::uint64_t byteCount) { return shownSize(static_cast<qint64>(byteCount)); }
 
 QString sentence(const ImportPreview& preview) {
     if (preview.found == 0) return "There are no notes in it.";

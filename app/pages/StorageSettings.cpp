@@ -1,6 +1,7 @@
 #include "app/pages/StorageSettings.h"
 
 #include "app/look/PageParts.h"
+#include "app/state/DateWords.h"
 #include "core/services/LibraryCare.h"
 #include "core/services/LibraryChecker.h"
 #include "core/services/TrashRetention.h"
@@ -8,7 +9,6 @@
 
 #include <QDir>
 #include <QLabel>
-#include <QLocale>
 #include <QPushButton>
 
 #include <filesystem>
@@ -44,10 +44,7 @@ LibraryBackups backupsOf(AppEnvironment& environment) {
         environment.log());
 }
 
-QString sizeText(std::uint64_t bytes) {
-    return QLocale().formattedDataSize(
-        static_cast<qint64>(bytes), 1, QLocale::DataSizeTraditionalFormat);
-}
+QString sizeText(std::uint64_t bytes) { return shownSize(static_cast<qint64>(bytes)); }
 
 QString backupsText(const std::vector<LibraryBackup>& backups, const Calendar& calendar) {
     if (backups.empty()) return StorageSettings::tr("There is no backup yet.");

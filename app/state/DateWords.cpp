@@ -44,6 +44,11 @@ QString shownTime(Instant instant, Instant now, const Calendar& calendar) {
     return (date.isEmpty() ? QString("Today") : date) + " " + clockTime(calendar.local(instant));
 }
 
+QString shownSize(qint64 byteCount) {
+    static const QLocale english(QLocale::English);
+    return english.formattedDataSize(byteCount, 1, QLocale::DataSizeSIFormat);
+}
+
 QString shownCount(std::size_t count, const QString& one, const QString& many) {
     static const QLocale english(QLocale::English);
     return english.toString(static_cast<qulonglong>(count)) + " " + (count == 1 ? one : many);
