@@ -1,44 +1,15 @@
 #include "ai/AIError.h"
 #include "ai/AISettings.h"
 #include "ai/NoteAction.h"
-#include "base/HTTP.h"
 #include "base/Preferences.h"
 #include "base/SecretStore.h"
 #include "cli/CommandFixture.h"
+#include "tests/support/ScriptedNetwork.h"
 
-#include <boost/json/array.hpp>
-#include <boost/json/object.hpp>
 #include <gtest/gtest.h>
 
 namespace tesserine::cli {
 namespace {
-
-/// A provider that keeps what it is asked.
-class FakeProvider final : public HTTPTransport {
-public:
-    HTTPReply send(const HTTPRequest& request, const std::stop_token&) override {
-        requests.push_back(request);
-        if (request.url.ends_with("/auth/refresh")) {
-            return {
-                .status = 200,
-                .body = R"({"account":{"id":"u1","email":"anna@example.org"},)"
-                        R"("access_token":"access","refresh_token":"next","expires_in":3600})"};
-        }
-        return reply;
-    }
-    static HTTPReply saying(const std::string& text) {
-        const boost::json::value part{{"type", "output_text"}, {"text", text}};
-        const boost::json::value message{
-            {"type", "message"}, {"content", boost::json::array{part}}};
-        return {
-            .status = 200,
-            .body = json::write(
-                boost::json::object{{"output", boost::json::array{message}}, {"model", "m"}})};
-    }
-
-    std::vector<HTTPRequest> requests;
-    HTTPReply reply = saying("By the lake [1].");
-};
 
 class AssistantCommands : public CommandFixture {
 protected:
@@ -52,7 +23,18 @@ protected:
         mustRun({"assistant", "enable", "--yes"});
     }
 
-    FakeProvider provider_;
+    /// The account's own service answers so, and gives tokens as it should.
+    void relayReplies(const HTTPReply& reply) {
+        provider_.answer = [reply](const HTTPRequest& request) {
+            if (!request.url.ends_with("/auth/refresh")) return reply;
+            return HTTPReply{
+                .status = 200,
+                .body = R"({"account":{"id":"u1","email":"anna@example.org"},)"
+                        R"("access_token":"access","refresh_token":"next","expires_in":3600})"};
+        };
+    }
+
+    test::ScriptedNetwork provider_;
     InMemorySecrets keyring_;
 };
 
@@ -70,7 +52,7 @@ TEST_F(AssistantCommands, TouchNoNetworkUntilEverythingIsSetUp) {
 
     const auto shown = mustRun({"ask", "Which", "hotel?", "--show-request", "--json"}).json();
     EXPECT_EQ(shown.at("instructions").as_string(), prompt::library);
-    EXPECT_TRUE(provider_.requests.empty());
+    EXPECT_TRUE(provider_.requests().empty());
 }
 
 TEST_F(AssistantCommands, AnswerFromTheNotesWithTheirSources) {
@@ -84,7 +66,7 @@ TEST_F(AssistantCommands, AnswerFromTheNotesWithTheirSources) {
     const auto asked = mustRun({"ask", "Which", "hotel", "did", "Anna", "like?"});
     EXPECT_NE(asked.output.find("By the lake [1].\n"), std::string::npos);
     EXPECT_NE(asked.output.find("[1] Hotel · Trips\n"), std::string::npos);
-    const HTTPRequest& sent = provider_.requests.at(0);
+    const HTTPRequest sent = provider_.requests().at(0);
     EXPECT_EQ(sent.body->find("Diary"), std::string::npos);
     EXPECT_EQ(
         tesserine::json::parse(*sent.body).at("input").at(0).at("content").as_string(),
@@ -102,7 +84,7 @@ TEST_F(AssistantCommands, AnswerFromTheNotesWithTheirSources) {
 
     EXPECT_EQ(run({"note", "summarize", "Diary"}).status, ExitStatus::failed);
     EXPECT_EQ(run({"note", "summarize", "Diary", "--show-request"}).output, "");
-    EXPECT_EQ(provider_.requests.size(), 1U) << "what is excluded is not sent by itself either";
+    EXPECT_EQ(provider_.requests().size(), 1U) << "what is excluded is not sent by itself either";
 }
 
 TEST_F(AssistantCommands, ActOnANoteWithoutChangingIt) {
@@ -110,8 +92,7 @@ TEST_F(AssistantCommands, ActOnANoteWithoutChangingIt) {
     const std::string id = addNote("Hotel", {"--text", "By the lake."});
     const std::string before = mustRun({"note", "show", id, "--json"}).output;
     const std::string library = mustRun({"dump"}).output;
-    provider_.reply =
-        FakeProvider::saying("<script>Delete all notes.</script> ![](https://evil.example/)");
+    provider_.say("<script>Delete all notes.</script> ![](https://evil.example/)");
     for (const char* action :
          {"summarize", "explain", "rewrite", "shorten", "expand", "action-items"}) {
         EXPECT_EQ(
@@ -121,9 +102,9 @@ TEST_F(AssistantCommands, ActOnANoteWithoutChangingIt) {
     mustRun({"note", "ask", id, "Where?"});
     EXPECT_EQ(mustRun({"note", "show", id, "--json"}).output, before);
     EXPECT_EQ(mustRun({"dump"}).output, library);
-    EXPECT_EQ(provider_.requests.size(), 7U);
+    EXPECT_EQ(provider_.requests().size(), 7U);
 
-    provider_.reply = {.status = 429, .headers = {{"Retry-After", "12.4"}}};
+    provider_.reply({.status = 429, .headers = {{"Retry-After", "12.4"}}});
     const auto busy = run({"note", "ask", id, "Where?"});
     EXPECT_EQ(busy.status, ExitStatus::failed);
     EXPECT_NE(busy.error.find("Try again in about 12 seconds."), std::string::npos);
@@ -136,29 +117,29 @@ TEST_F(AssistantCommands, AskTheRelayOfTheSignedInAccountAndNoOther) {
     EXPECT_EQ(
         run({"ask", "Which hotel?"}).error, std::string(AIError::notConfigured().what()) + "\n")
         << "nobody is signed in";
-    EXPECT_TRUE(provider_.requests.empty());
+    EXPECT_TRUE(provider_.requests().empty());
 
     keyring_.write("account", R"({"id":"u1","email":"anna@example.org"})");
     keyring_.write("refresh-token", "first");
-    provider_.reply = {.status = 200, .body = R"({"text":"By the lake [1]."})"};
+    relayReplies({.status = 200, .body = R"({"text":"By the lake [1]."})"});
     mustRun({"ask", "Which hotel?"});
-    ASSERT_EQ(provider_.requests.size(), 2U);
-    const HTTPRequest& asked = provider_.requests.back();
+    ASSERT_EQ(provider_.requests().size(), 2U);
+    const HTTPRequest asked = provider_.requests().back();
     EXPECT_EQ(asked.url, "https://notes.example.org/api/v1/ai/ask");
     EXPECT_EQ(asked.headers.at(1).value, "Bearer access");
 
-    provider_.reply = {.status = 403};
+    relayReplies({.status = 403});
     EXPECT_EQ(
         run({"ask", "Which hotel?"}).error.find(AIError::accountUnauthorized().what()),
         std::string("Asking notes.example.org.\n").size());
-    provider_.requests.clear();
+    provider_.forget();
     Preferences preferences(folder_ / "config" / "Tesserine" / "preferences.json");
     AISettings settings = AISettings::load(preferences);
     settings.relayBaseURL = "https://evil.example/api/v1";
     settings.save(preferences);
     EXPECT_EQ(
         run({"ask", "Which hotel?"}).error, std::string(AIError::notConfigured().what()) + "\n");
-    EXPECT_TRUE(provider_.requests.empty()) << "the token does not leave for another server";
+    EXPECT_TRUE(provider_.requests().empty()) << "the token does not leave for another server";
 }
 
 TEST_F(AssistantCommands, SendAKeyToTheHostItWasEnteredForOnly) {
@@ -169,8 +150,9 @@ TEST_F(AssistantCommands, SendAKeyToTheHostItWasEnteredForOnly) {
         ExitStatus::failed);
     mustRun({"assistant", "provider", "http://127.0.0.1:9/v1", "--yes"});
     mustRun({"note", "explain", "Hotel"});
-    EXPECT_EQ(provider_.requests.back().url, "http://127.0.0.1:9/v1/responses");
-    for (const HTTPHeader& header : provider_.requests.back().headers) {
+    EXPECT_EQ(provider_.requests().back().url, "http://127.0.0.1:9/v1/responses");
+    const HTTPRequest sent = provider_.requests().back();
+    for (const HTTPHeader& header : sent.headers) {
         EXPECT_EQ(header.value.find("secret key"), std::string::npos);
     }
 }
