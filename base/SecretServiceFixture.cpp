@@ -112,6 +112,8 @@ GVariant* bytesOf(const std::string& text) {
 class SecretServiceFixture::Service {
 public:
     Service() : bus_(g_test_dbus_new(G_TEST_DBUS_NONE)) { g_test_dbus_up(bus_.get()); }
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
     ~Service() {
         withdraw();
         g_test_dbus_stop(bus_.get());
@@ -281,7 +283,7 @@ private:
         const Attributes attributes = attributesIn(made(table.get()));
         const auto present = matching(attributes);
         const bool isNew = present.empty();
-        const std::string path =
+        std::string path =
             isNew ? collectionPath + ("/" + std::to_string(++lastItem_)) : present.begin()->first;
         items[path] = {attributes, std::string(bytes, length)};
         if (isNew) put(path, "org.freedesktop.Secret.Item");

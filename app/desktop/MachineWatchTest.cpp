@@ -20,7 +20,7 @@ public:
         QObject::connect(&watch, &MachineWatch::wokeUp, &watch, [this] { told += 'w'; });
         QObject::connect(&watch, &MachineWatch::networkCameUp, &watch, [this] { told += 'n'; });
     }
-    static void tellOfSleep(QDBusConnection bus, bool isFallingAsleep) {
+    static void tellOfSleep(const QDBusConnection& bus, bool isFallingAsleep) {
         QDBusMessage signal = QDBusMessage::createSignal(
             "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep");
         signal << isFallingAsleep;
