@@ -121,16 +121,22 @@ void NoteList::buildHeader() {
 
 void NoteList::showPlace(const Place& place, const std::optional<Uuid>& note) {
     awaited_ = note;
+    awaitsFirst_ = false;
     empty_->setContent(emptyContentOf(place.kind));
     view_->clearSelection();
     model_->show(NoteScope(place, order()));
     view_->scrollToTop();
     if (note) {
         choose(*note);
-    } else if (model_->rowCount() > 0) {
-        view_->choose(model_->noteAt(0));
+    } else {
+        chooseFirst();
+        awaitsFirst_ = !model_->isComplete() && model_->rowCount() == 0;
     }
     tellSelection();
+}
+
+void NoteList::chooseFirst() {
+    if (model_->rowCount() > 0) view_->choose(model_->noteAt(0));
 }
 
 void NoteList::choose(const Uuid& note) {
@@ -220,7 +226,10 @@ void NoteList::tellSelection() {
 
 void NoteList::refreshHeader() {
     if (awaited_ && view_->choose(*awaited_)) awaited_.reset();
-    if (model_->isComplete()) awaited_.reset();
+    if (model_->isComplete()) {
+        awaited_.reset();
+        if (std::exchange(awaitsFirst_, false)) chooseFirst();
+    }
     title_->setText(titleOf(place(), environment_.context()));
     const auto count = static_cast<std::size_t>(model_->rowCount());
     count_->setText(model_->isComplete() ? shownCount(count, "note", "notes") : QString(" "));

@@ -63,6 +63,7 @@ signals:
 
 private:
     void buildHeader();
+    void chooseFirst();
     void tellSelection();
     void refreshHeader();
     void showMenu(const QPoint& where);
@@ -83,6 +84,7 @@ private:
     IconButton* newButton_;
     QPushButton* emptyTrashButton_;
     std::optional<Uuid> awaited_;  // to be selected as soon as it is listed
+    bool awaitsFirst_ = false;     // a list by title has no first note before it is whole
 };
 
 }  // namespace tesserine::app

@@ -1,8 +1,14 @@
 #include "app/lists/NoteListModel.h"
 
+#include "app/lists/NoteChangesFixture.h"
 #include "app/state/WindowFixture.h"
 
+#include <gtest/gtest.h>
 #include <QAbstractItemModelTester>
+
+#include <string>
+#include <tuple>
+#include <vector>
 
 namespace tesserine::app {
 namespace {
@@ -26,12 +32,27 @@ public:
         tester_.reset();
         model_.reset();
     }
-    std::string titles() {
+    std::string titles() { return titles(model()); }
+    static std::string titles(const NoteListModel& list) {
         std::string text;
-        for (int row = 0; row < model().rowCount(); ++row) {
-            text += model().summary(row).title.toStdString() + ";";
+        for (int row = 0; row < list.rowCount(); ++row) {
+            text += list.summary(row).title.toStdString() + ";";
         }
         return text;
+    }
+    /// What is listed, told apart from notes of the same title.
+    static std::vector<Uuid> notesIn(const NoteListModel& list) {
+        std::vector<Uuid> notes;
+        for (int row = 0; row < list.rowCount(); ++row)
+            notes.push_back(list.noteAt(row));
+        return notes;
+    }
+    /// What a list of the same place shows that was not there before.
+    std::vector<Uuid> readAnew() {
+        NoteListModel fresh(*environment);
+        fresh.show(model().scope());
+        EXPECT_TRUE(waitUntil([&] { return fresh.isComplete(); }));
+        return notesIn(fresh);
     }
     CDNote& add(const std::string& title, CDNotebook* notebook = nullptr) {
         clock.advance(std::chrono::minutes(1));
@@ -123,6 +144,32 @@ TEST_F(NoteListModelTest, WhatALineShowsFollowsTagsAndFiles) {
     environment->tags().rename(context(), tag, "house");
     context().save();
     EXPECT_EQ(model().summary(0).tags, QStringList("house"));
+}
+
+TEST_F(NoteListModelTest, WhoeverChangesWhatItShowsWhatAListReadAnewWould) {
+    test::NoteChanges changes(*environment, clock);
+    const Uuid work = *environment->notebooks().findOrCreate(context(), "Work").id;
+    const Uuid red = *environment->tags().findOrCreate(context(), "red")->id;
+    for (int i = 0; i < 10; ++i)
+        changes.make(context());
+    const auto elsewhere = environment->store().newBackgroundContext();  // such as sync
+    for (const auto& [kind, id, order] :
+         {std::tuple(Kind::allNotes, Uuid{}, NoteOrder::updated),
+          {Kind::allNotes, Uuid{}, NoteOrder::created},
+          {Kind::allNotes, Uuid{}, NoteOrder::title},
+          {Kind::notebook, work, NoteOrder::updated},
+          {Kind::tag, red, NoteOrder::title},
+          {Kind::pinned, Uuid{}, NoteOrder::updated},
+          {Kind::trash, Uuid{}, NoteOrder::updated}}) {
+        model().show(NoteScope({kind, id}, order));
+        SCOPED_TRACE(model().scope().place().address() + " " + std::to_string(int(order)));
+        ASSERT_TRUE(waitUntil([this] { return model().isComplete(); }));
+        for (int save = 0; save < 25; ++save) {
+            changes.make(save % 2 == 0 ? context() : *elsewhere);
+            settle();
+            ASSERT_EQ(notesIn(model()), readAnew()) << titles();
+        }
+    }
 }
 
 TEST_F(NoteListModelTest, ALongListIsThereAtOnceAndWholeSoon) {

@@ -10,7 +10,9 @@
 #include <QListView>
 #include <QTest>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace tesserine::app {
 namespace {
@@ -86,6 +88,44 @@ TEST_F(NoteListTest, ANoteThatIsNotListedYetIsChosenOnceItIs) {
     ASSERT_TRUE(chosen.has_value());
     EXPECT_EQ(opened, chosen) << "it is to be written";
     EXPECT_EQ(list.model().rowCount(), 2);
+}
+
+TEST_F(NoteListTest, WhatIsSelectedStaysSoWhenTheListIsReadAnew) {
+    std::vector<const CDNote*> notes;
+    for (int i = 0; i < 300; ++i) {
+        clock.advance(std::chrono::seconds(1));
+        notes.push_back(&environment->notes().createNote(context(), {.title = "older"}));
+    }
+    context().save();
+    list.showPlace({Kind::allNotes});
+    ASSERT_TRUE(waitUntil([&] { return list.model().isComplete(); }));
+    QItemSelectionModel& selection = *list.view().selectionModel();
+    selection.select(list.model().index(20), QItemSelectionModel::ClearAndSelect);
+    for (const int row : {21, 22, 250, 299})
+        selection.select(list.model().index(row), QItemSelectionModel::Select);
+    auto before = list.selected();
+    ASSERT_EQ(before.size(), 5U);
+
+    // So many changes at once that the list starts over; one of the selected notes goes.
+    environment->notes().moveToTrash(*context().find<CDNote>(before.back()));
+    for (const CDNote* note : notes) {
+        clock.advance(std::chrono::seconds(1));
+        environment->notes().updateNote(
+            context(), *context().find<CDNote>(*note->id), {.title = "newer"});
+    }
+    context().save();
+    ASSERT_TRUE(waitUntil([&] { return list.model().rowCount() == 299; }));
+    auto after = list.selected();
+    before.pop_back();
+    std::ranges::sort(before);
+    std::ranges::sort(after);
+    EXPECT_EQ(after, before);
+
+    list.view().selectAll();  // of which none is the one to stay with
+    list.setOrder(NoteOrder::title);
+    ASSERT_TRUE(waitUntil([&] { return list.model().isComplete(); }));
+    EXPECT_EQ(list.selected(), std::vector{list.model().noteAt(0)}) << "another order, its top";
+    EXPECT_EQ(chosen, list.model().noteAt(0));
 }
 
 TEST_F(NoteListTest, TheOrderIsKeptForTheNextStart) {

@@ -6,7 +6,11 @@
 #include "app/look/Theme.h"
 
 #include <QDrag>
+#include <QItemSelection>
 #include <QKeyEvent>
+
+#include <algorithm>
+#include <utility>
 
 namespace tesserine::app {
 
@@ -39,8 +43,9 @@ NoteListView::NoteListView(AppEnvironment& environment, NoteListModel& model, QW
 
 std::vector<Uuid> NoteListView::selected() const {
     std::vector<Uuid> notes;
-    for (const QModelIndex& index : selectionModel()->selectedRows()) {
-        notes.push_back(model_.noteAt(index.row()));
+    for (const QItemSelectionRange& range : selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row)
+            notes.push_back(model_.noteAt(row));
     }
     return notes;
 }
@@ -94,15 +99,26 @@ void NoteListView::rememberSelection() {
     rememberedTop_ = top.isValid() && top.row() > 0 ? model_.noteAt(top.row()) : Uuid{};
 }
 
-void NoteListView::putSelectionBack() {
-    QItemSelection selection;
-    for (const Uuid& note : remembered_) {
-        const int row = model_.rowOf(note);
-        if (row >= 0) selection.select(model_.index(row), model_.index(row));
+/// Row by row in one pass: all of very many notes may be selected.
+QItemSelection NoteListView::rowsOf(std::vector<Uuid> notes) const {
+    std::ranges::sort(notes);
+    QItemSelection rows;
+    for (int row = 0, first = -1; row <= model_.rowCount() && !notes.empty(); ++row) {
+        const bool isOne =
+            row < model_.rowCount() && std::ranges::binary_search(notes, model_.noteAt(row));
+        if (isOne && first < 0) first = row;
+        if (isOne || first < 0) continue;
+        rows.append(QItemSelectionRange(model_.index(first), model_.index(row - 1)));
+        first = -1;
     }
+    return rows;
+}
+
+void NoteListView::putSelectionBack() {
+    const QItemSelection selection = rowsOf(remembered_);
     if (!selection.isEmpty()) {
         selectionModel()->setCurrentIndex(
-            selection.indexes().front(), QItemSelectionModel::NoUpdate);
+            selection.front().topLeft(), QItemSelectionModel::NoUpdate);
         selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     }
     const int top = rememberedTop_.isNil() ? -1 : model_.rowOf(rememberedTop_);

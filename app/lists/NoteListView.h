@@ -33,6 +33,7 @@ private:
     void keyPressEvent(QKeyEvent* event) override;
     void startDrag(Qt::DropActions actions) override;
     void chooseNeighbour(int row);
+    QItemSelection rowsOf(std::vector<Uuid> notes) const;
     void rememberSelection();
     void putSelectionBack();
 
