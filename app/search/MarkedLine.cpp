@@ -21,6 +21,14 @@ MarkedLine::MarkedLine(const std::string& marked) {
     });
 }
 
+QStringList MarkedLine::matches() const {
+    QStringList pieces;
+    for (const Piece& match : matches_) {
+        pieces << text_.mid(match.begin, match.length);
+    }
+    return pieces;
+}
+
 QString MarkedLine::richText() const {
     QString rich;
     qsizetype done = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ public:
     explicit MarkedLine(const std::string& marked);
 
     const QString& text() const { return text_; }
+    /// What matched, piece by piece, as it stands there.
+    QStringList matches() const;
     /// With tags for a label that shows rich text: what matched stands in bold.
     QString richText() const;
     /// Draws it into `place`, cut at its end, what matched on the colour of highlighting.

@@ -139,6 +139,16 @@ void SearchResults::search(const QString& text, SearchRunner::Typing typing, boo
     }
 }
 
+QStringList SearchResults::foundWords() const {
+    const QModelIndex chosen = list_->currentIndex();
+    if (!chosen.isValid()) return {};
+    const SearchResult& found = model_->result(chosen.row());
+    QStringList words =
+        MarkedLine(found.highlightedTitle).matches() + MarkedLine(found.snippet).matches();
+    words.removeDuplicates();
+    return words;
+}
+
 /// The index has more or less to say than it had.
 void SearchResults::refresh() {
     if (isVisible() && !query_.isEmpty()) runner_->search(query_, typing_, isExact_);

@@ -3,6 +3,7 @@
 #include "app/search/SearchRunner.h"
 #include "base/Uuid.h"
 
+#include <QStringList>
 #include <QTimer>
 #include <QWidget>
 
@@ -28,6 +29,9 @@ public:
     /// Searches; an empty query shows what can be searched for.
     void search(const QString& text, SearchRunner::Typing typing, bool isExact = false);
     const QString& query() const { return query_; }
+    /// What was found in the chosen result, as it is written there: of a query that was corrected,
+    /// or found other forms of its words, these stand in the note and not what was typed.
+    QStringList foundWords() const;
     SearchRunner& runner() { return *runner_; }
     /// Follows the library: lines come and go, the chosen one stays chosen.
     QListView& list() { return *list_; }

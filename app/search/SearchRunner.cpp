@@ -84,16 +84,18 @@ SearchRunner::~SearchRunner() {
     ++suggestionsAsked_;
 }
 
-void SearchRunner::run(std::function<void(Desk&)> work) {
+void SearchRunner::run(std::function<bool()> isAwaited, std::function<void(Desk&)> work) {
     environment_.search();  // opened here, by the main thread
-    queue_->async([this, work = std::move(work)] {
+    queue_->async([this, isAwaited = std::move(isAwaited), work = std::move(work)] {
+        if (!isAwaited()) return;
         try {
             work(*desk_);
         } catch (const std::exception& error) {
             environment_.log().warning(std::string("search: ") + error.what());
-            const QString sentence = QString::fromUtf8(error.what());
-            QMetaObject::invokeMethod(
-                this, [this, sentence] { emit failed(sentence); }, Qt::QueuedConnection);
+            const auto tell = [this, isAwaited, sentence = QString::fromUtf8(error.what())] {
+                if (isAwaited()) emit failed(sentence);
+            };
+            QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
         }
     });
 }
@@ -106,15 +108,12 @@ void SearchRunner::search(const QString& text, Typing typing, bool isExact) {
         .limit = mostResults,
         .lastWord = typing == Typing::goesOn ? LastWord::mayGoOn : LastWord::asTyped,
         .effort = isExact ? SearchEngine::Effort::asTyped : SearchEngine::Effort::all};
-    run([this, question, request, calendar = environment_.calendar()](Desk& desk) {
-        if (question != asked_) return;
-        SearchAnswer answer = desk.search(request, calendar);
-        QMetaObject::invokeMethod(
-            this,
-            [this, question, answer = std::move(answer)] {
-                if (question == asked_) emit answered(answer);
-            },
-            Qt::QueuedConnection);
+    const auto isAwaited = [this, question] { return question == asked_; };
+    run(isAwaited, [this, isAwaited, request, calendar = environment_.calendar()](Desk& desk) {
+        const auto tell = [this, isAwaited, answer = desk.search(request, calendar)] {
+            if (isAwaited()) emit answered(answer);
+        };
+        QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
     });
 }
 
@@ -122,15 +121,12 @@ void SearchRunner::forget() { ++asked_; }
 
 void SearchRunner::suggest(const QString& typed) {
     const int question = ++suggestionsAsked_;
-    run([this, question, typed](Desk& desk) {
-        if (question != suggestionsAsked_) return;
-        auto suggestions = desk.suggest(typed.toStdString());
-        QMetaObject::invokeMethod(
-            this,
-            [this, question, typed, suggestions = std::move(suggestions)] {
-                if (question == suggestionsAsked_) emit suggested(typed, suggestions);
-            },
-            Qt::QueuedConnection);
+    const auto isAwaited = [this, question] { return question == suggestionsAsked_; };
+    run(isAwaited, [this, isAwaited, typed](Desk& desk) {
+        const auto tell = [this, isAwaited, typed, found = desk.suggest(typed.toStdString())] {
+            if (isAwaited()) emit suggested(typed, found);
+        };
+        QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
     });
 }
 

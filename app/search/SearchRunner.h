@@ -59,7 +59,8 @@ signals:
 
 private:
     class Desk;
-    void run(std::function<void(Desk&)> work);
+    /// Does the work on the queue while its answer is still waited for, and tells its failure.
+    void run(std::function<bool()> isAwaited, std::function<void(Desk&)> work);
 
     AppEnvironment& environment_;
     std::atomic<int> asked_ = 0;

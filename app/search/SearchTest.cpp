@@ -96,6 +96,32 @@ TEST_F(SearchTest, ACorrectedWordIsSaidAndCanBeRefused) {
     EXPECT_EQ(find("carpentar", true), "");
 }
 
+TEST_F(SearchTest, WhatWasFoundInAResultIsToldAsItIsWrittenThere) {
+    addNote("Kitchen", "<p>Ask the CARPENTER: the carpenter's cousin, too.</p>");
+    environment->search().catchUp();
+    struct Case {
+        const char* query;
+        const char* title;
+        const char* words;
+    };
+    for (const auto& [query, title, words] : {
+             Case{"carpentar", "Kitchen", "CARPENTER, carpenter"},  // corrected
+             Case{"invoice may", "Invoice for May", "Invoice, May, invoice"},
+             Case{"9:40", "Lisbon", "9:40"},
+             Case{"is:note lisbon", "Lisbon", "Lisbon"},
+         }) {
+        SCOPED_TRACE(query);
+        find(query);
+        EXPECT_TRUE(results().foundWords().isEmpty()) << "nothing is chosen yet";
+        QListView& list = results().list();
+        for (int row = 0; row < list.model()->rowCount(); ++row) {
+            const QModelIndex index = list.model()->index(row, 0);
+            if (index.data() == title) list.setCurrentIndex(index);
+        }
+        EXPECT_EQ(results().foundWords().join(", ").toStdString(), words);
+    }
+}
+
 TEST_F(SearchTest, OnlyTheLastOfManyQuestionsIsAnswered) {
     std::string answers;
     QObject::connect(
