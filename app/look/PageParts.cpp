@@ -3,8 +3,11 @@
 #include <QDesktopServices>
 #include <QEvent>
 #include <QLabel>
+#include <QLayout>
 #include <QPushButton>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace tesserine::app {
 namespace {
@@ -86,6 +89,12 @@ QPushButton* makeMainButton(const QString& title, QWidget* parent) {
 }
 
 bool isMainButton(const QPushButton& button) { return button.property(mainProperty).toBool(); }
+
+void resizeToFit(QWidget& window, QSize usual) {
+    const QSize size = usual.expandedTo(window.minimumSizeHint());
+    const int height = window.layout()->totalHeightForWidth(size.width());
+    window.resize(size.width(), std::max(size.height(), height));
+}
 
 bool showFolder(const QString& folder) {
     return QDesktopServices::openUrl(QUrl::fromLocalFile(folder));

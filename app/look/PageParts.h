@@ -2,6 +2,7 @@
 
 #include "app/look/Theme.h"
 
+#include <QSize>
 #include <QString>
 
 class QLabel;
@@ -21,6 +22,9 @@ void setTone(QLabel& label, Tone tone);
 /// The button of the step that the page is for: filled, pressed by Return.
 QPushButton* makeMainButton(const QString& title, QWidget* parent);
 bool isMainButton(const QPushButton& button);
+
+/// Gives a window that was built its usual size, or more where larger letters need it.
+void resizeToFit(QWidget& window, QSize usual);
 
 /// Opens the folder in the desktop's file manager; tells whether one was found.
 bool showFolder(const QString& folder);

@@ -1,6 +1,7 @@
 #include "app/pages/AboutDialog.h"
 
 #include "app/look/IconLabel.h"
+#include "app/look/PageParts.h"
 #include "app/pages/AssistantStep.h"
 #include "base/Product.h"
 
@@ -34,7 +35,7 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
     row->setContentsMargins(space::huge, 0, 0, 0);
     row->addWidget(new IconLabel(programIcon(), 96, this), 0, Qt::AlignVCenter);
     row->addWidget(step.page, 1);
-    resize(460, 240);
+    resizeToFit(*this, {460, 240});
 }
 
 }  // namespace tesserine::app

@@ -39,7 +39,7 @@ ExportAssistant::ExportAssistant(
     all->setContentsMargins(0, 0, 0, 0);
     all->addWidget(steps_);
     showStep(*steps_, choiceStep);
-    resize(520, 420);
+    resizeToFit(*this, {520, 420});
     connect(&job_, &Job::failed, this, &ExportAssistant::showFailure);
 }
 

@@ -60,7 +60,7 @@ ImportAssistant::ImportAssistant(AppEnvironment& environment, QWidget* parent)
     all->setContentsMargins(0, 0, 0, 0);
     all->addWidget(steps_);
     showStep(*steps_, choiceStep);
-    resize(560, 540);
+    resizeToFit(*this, {560, 540});
     connect(&job_, &Job::failed, this, &ImportAssistant::showFailure);
 }
 

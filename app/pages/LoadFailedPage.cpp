@@ -9,6 +9,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace tesserine::app {
 namespace {
 
@@ -21,7 +23,6 @@ LoadFailedPage::LoadFailedPage(
     : QWidget(parent), folder_(QString::fromStdString(library.string())) {
     setObjectName("loadFailedPage");
     auto* const middle = new QWidget(this);
-    middle->setMaximumWidth(columnWidth);
 
     auto* const reason = makeText(sentence, TextRole::body, middle);
     reason->setObjectName("loadFailedSentence");
@@ -56,6 +57,7 @@ LoadFailedPage::LoadFailedPage(
     column->addLayout(buttons);
     column->addStretch(3);
 
+    middle->setMaximumWidth(std::max(columnWidth, column->minimumSize().width()));
     auto* const row = new QHBoxLayout(this);
     row->addStretch(1);
     row->addWidget(middle, 1000);
