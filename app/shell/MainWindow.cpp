@@ -3,12 +3,12 @@
 #include "app/commands/Commands.h"
 #include "app/desktop/TodayWindow.h"
 #include "app/editor/NoteEditor.h"
+#include "app/editor/WordMarks.h"
 #include "app/lists/NoteActions.h"
 #include "app/lists/NoteList.h"
 #include "app/lists/NoteListView.h"
 #include "app/lists/PlaceWords.h"
 #include "app/lists/Sidebar.h"
-#include "app/look/Icon.h"
 #include "app/look/Theme.h"
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
@@ -131,7 +131,6 @@ void MainWindow::build() {
     splitter_->setStretchFactor(1, 1);
     splitter_->setSizes({sidebarWidth, usualSize.width() - sidebarWidth});
     setCentralWidget(splitter_);
-    setWindowIcon(programIcon());
     setAcceptDrops(true);
     resize(usualSize);
 }
@@ -230,7 +229,9 @@ void MainWindow::makeSearchResults() {
         &SearchField::setSuggestions);
     const auto openHit = [this](const Uuid& note) {
         if (!notes_->openNote(note)) return false;
-        notes_->editor().showWords(searchResults_->query());
+        const QStringList words =
+            searchResults_->foundWords() + soughtWords(searchResults_->query());
+        notes_->editor().showWords(words.join('\n'));
         return true;
     };
     connect(searchResults_, &SearchResults::noteChosen, this, openHit);

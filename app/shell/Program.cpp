@@ -3,7 +3,9 @@
 #include "app/commands/Commands.h"
 #include "app/desktop/DesktopScheme.h"
 #include "app/desktop/SingleInstance.h"
+#include "app/look/Icon.h"
 #include "app/look/Notice.h"
+#include "app/look/PageParts.h"
 #include "app/look/ScreenFit.h"
 #include "app/pages/GeneralSettings.h"
 #include "app/pages/LoadFailedPage.h"
@@ -52,6 +54,14 @@ Theme::Scheme schemeIn(const Preferences& preferences, const std::string& key) {
     return Theme::Scheme::system;
 }
 
+/// Of every window. Drawing it in all sizes would hold up the first one.
+void showProgramIcon() { QApplication::setWindowIcon(programIcon()); }
+
+/// Private to the user; empty where there is none.
+QString runtimeFolder() {
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+}
+
 void rememberDesktopScheme(AppEnvironment& environment, Theme::Scheme scheme) {
     if (scheme == schemeIn(environment.preferences(), desktopSchemeKey)) return;
     const bool isDark = scheme == Theme::Scheme::dark;
@@ -61,11 +71,6 @@ void rememberDesktopScheme(AppEnvironment& environment, Theme::Scheme scheme) {
     } catch (const UserError& error) {
         environment.log().warning(std::string("the desktop's scheme: ") + error.what());
     }
-}
-
-/// Private to the user; empty where there is none.
-QString runtimeFolder() {
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
 }
 
 bool isLibrary(const std::filesystem::path& folder) {
@@ -183,7 +188,8 @@ void Program::openChosen(const QString& folder, Beginning beginning) {
 void Program::showPage(std::unique_ptr<QWidget> page) {
     page_ = std::move(page);
     page_->setWindowTitle("Tesserine");
-    page_->resize(options_.size.value_or(pageSize));
+    options_.size ? page_->resize(*options_.size) : resizeToFit(*page_, pageSize);
+    afterFirstPaint(*page_, showProgramIcon);
     page_->show();
     if (isOnlyPicture()) QTimer::singleShot(pictureDelay, this, [this] { takePicture(*page_); });
     QTimer::singleShot(0, this, &Program::followDesktop);
@@ -230,6 +236,7 @@ void Program::showWindow() {
 
 /// What waits until the user sees the window.
 void Program::beginWork() {
+    showProgramIcon();
     environment_->startWork();
     addRooms(*window_, *commands_, *environment_);
     const auto place =
@@ -246,9 +253,9 @@ void Program::beginWork() {
         QTimer::singleShot(pictureDelay, this, [this] { takePicture(*window_); });
         return;
     }
+    connect(&environment_->syncControl(), &SyncControl::changed, this, &Program::followSignIn);
     followDesktop();
     rememberDesktopScheme(*environment_, theme_.desktopScheme());
-    connect(&environment_->syncControl(), &SyncControl::changed, this, &Program::followSignIn);
     desktop_ = std::make_unique<DesktopLink>(*environment_);
     connect(desktop_.get(), &DesktopLink::asked, this, &Program::handle);
     auto* lines = new NotificationLines(window_.get());

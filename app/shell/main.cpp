@@ -1,4 +1,3 @@
-#include "app/look/Icon.h"
 #include "app/look/Theme.h"
 #include "app/shell/Program.h"
 #include "app/shell/StartOptions.h"
@@ -15,7 +14,6 @@ int main(int count, char** words) {
     QApplication::setApplicationName("Tesserine");
     QApplication::setApplicationVersion(TESSERINE_VERSION);
     QApplication::setDesktopFileName("app.tesserine.Tesserine");
-    QApplication::setWindowIcon(app::programIcon());
 
     const auto options = app::StartOptions::read(QApplication::arguments().mid(1));
     if (!options.mistake.isEmpty()) {
