@@ -190,7 +190,7 @@ void RecordApplier::applyLive(const SyncRecord& record, EntityKind entity) {
     const JSONObject theirs = normalised(entity, record.payload, present);
     if (isNew) {
         mapper_.write(*object, present, theirs);
-        mapper_.resolve(*object);
+        arrived_.emplace_back(entity, record.id);
     } else if (isChanged(*object, known)) {
         merge(*object, present, theirs, base, record.updatedAt);
     } else {
@@ -281,7 +281,18 @@ void RecordApplier::keepVersion(
 
 // MARK: whole library
 
+/// References of any record may have waited for what arrived.
+void RecordApplier::resolveArrived() {
+    std::vector<StoreObject*> objects;
+    for (const auto& [entity, id] : arrived_) {
+        if (StoreObject* const object = context_.findObject(entity, id)) objects.push_back(object);
+    }
+    mapper_.resolve(objects);
+    arrived_.clear();
+}
+
 void RecordApplier::finish() {
+    resolveArrived();
     mendTrees(context_, touched_);
     if (touched_.contains(EntityKind::project)) projects_.mergeInboxes(context_);
     // What came and went again before it was ever saved is in no history: nobody else would tell

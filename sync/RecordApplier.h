@@ -11,6 +11,8 @@
 
 #include <cstddef>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace tesserine {
 
@@ -31,8 +33,9 @@ public:
     RecordApplier(StoreContext& context, SyncLedger& ledger, const Clock& clock, Log log);
 
     void apply(const SyncRecord& record);
-    /// To be called after the last record of a page: mends what no single record could see (cycles
-    /// of parents, tags of one name, several Inboxes), and tells of what did not stay.
+    /// To be called after the last record of a page: draws the references that waited, mends what
+    /// no single record could see (cycles of parents, tags of one name, several Inboxes), and tells
+    /// of what did not stay.
     void finish();
     /// Whether `record` would delete something that was not changed here.
     bool wouldDelete(const SyncRecord& record);
@@ -47,6 +50,7 @@ public:
     const Counts& counts() const { return counts_; }
 
 private:
+    void resolveArrived();
     void keepUnknown(const SyncRecord& record);
     void applyTombstone(const SyncRecord& record, EntityKind entity);
     void applyLive(const SyncRecord& record, EntityKind entity);
@@ -70,7 +74,9 @@ private:
     ProjectService projects_;
     Log log_;
     Counts counts_;
-    TouchedObjects touched_;  // since `finish`
+    // Since `finish`.
+    TouchedObjects touched_;
+    std::vector<std::pair<EntityKind, Uuid>> arrived_;
 };
 
 }  // namespace tesserine

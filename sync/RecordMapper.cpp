@@ -5,7 +5,6 @@
 #include "core/store/StoreContext.h"
 #include "sync/RecordFields.h"
 #include "sync/RecordKinds.h"
-#include "sync/UnresolvedLinks.h"
 
 #include <set>
 
@@ -117,24 +116,37 @@ void RecordMapper::writeLinks(
     }
 }
 
-void RecordMapper::resolve(StoreObject& arrived) {
-    const auto id = arrived.uuid();
-    if (!id) return;
-    for (const UnresolvedLinks::Link& link : unresolved_.take(*id)) {
-        for (const RecordKind& kind : recordKinds) {
-            StoreObject* const object = context_.findObject(kind.entity, link.record);
-            if (object == nullptr) continue;
-            for (const RecordField& field : recordFields(kind.entity)) {
-                if (field.key != link.key || field.destination != arrived.entity().kind) continue;
-                const bool isFree =
-                    field.form == RecordField::Form::link && object->target(field.index) == nullptr;
-                if (isFree) object->setTarget(field.index, &arrived);
-                if (field.form == RecordField::Form::linkSet) {
-                    context_.relate(*object, field.index, arrived);
-                }
-            }
-            break;
+void RecordMapper::resolve(const std::vector<StoreObject*>& arrived) {
+    // All are found before any is changed: a search looks through everything that waits to be
+    // saved.
+    std::vector<Drawn> links;
+    for (StoreObject* const target : arrived) {
+        const auto id = target->uuid();
+        if (!id) continue;
+        for (const UnresolvedLinks::Link& link : unresolved_.take(*id)) {
+            find(link, *target, links);
         }
+    }
+    for (const auto& [object, field, target] : links) {
+        const bool isFree =
+            field->form == RecordField::Form::link && object->target(field->index) == nullptr;
+        if (isFree) object->setTarget(field->index, target);
+        if (field->form == RecordField::Form::linkSet) {
+            context_.relate(*object, field->index, *target);
+        }
+    }
+}
+
+void RecordMapper::find(
+    const UnresolvedLinks::Link& link, StoreObject& target, std::vector<Drawn>& links) {
+    for (const RecordKind& kind : recordKinds) {
+        StoreObject* const object = context_.findObject(kind.entity, link.record);
+        if (object == nullptr) continue;
+        for (const RecordField& field : recordFields(kind.entity)) {
+            const bool isMeant = field.key == link.key && field.destination == target.entity().kind;
+            if (isMeant) links.push_back({object, &field, &target});
+        }
+        return;
     }
 }
 

@@ -2,11 +2,13 @@
 
 #include "core/model/StoreObject.h"
 #include "sync/JSONValue.h"
+#include "sync/UnresolvedLinks.h"
+
+#include <vector>
 
 namespace tesserine {
 
 class StoreContext;
-class UnresolvedLinks;
 struct RecordField;
 
 /// Turns objects into payloads and back. Works in the context it is given.
@@ -21,10 +23,16 @@ public:
     /// Makes `object`, whose payload is `present`, what `wanted` (normalised) says. References to
     /// what is not there are put among the unresolved ones.
     void write(StoreObject& object, const JSONObject& present, const JSONObject& wanted);
-    /// Lets the references lead to `arrived` that waited for it.
-    void resolve(StoreObject& arrived);
+    /// Lets the references lead to the objects of `arrived` that waited for them.
+    void resolve(const std::vector<StoreObject*>& arrived);
 
 private:
+    struct Drawn {
+        StoreObject* object;
+        const RecordField* field;
+        StoreObject* target;
+    };
+    void find(const UnresolvedLinks::Link& link, StoreObject& target, std::vector<Drawn>& links);
     void writeLink(StoreObject& object, const RecordField& field, const JSONValue& target);
     void writeLinks(StoreObject& object, const RecordField& field, const JSONValue& targets);
 
