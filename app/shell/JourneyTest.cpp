@@ -14,6 +14,7 @@
 #include <QListView>
 #include <QMimeData>
 #include <QTabBar>
+#include <QTextEdit>
 
 namespace tesserine::app {
 namespace {
@@ -227,6 +228,17 @@ TEST_F(Journey, KeysGoOnInWhatIsShown) {
     window().sidebar().setFocus();
     window().go({Kind::inbox});
     EXPECT_EQ(QApplication::focusWidget(), &window().sidebar()) << "walking through the places";
+}
+
+TEST_F(Journey, ASearchTakesTheKeysOnlyWhereTheyWouldBeLost) {
+    addNote("Plan");
+    window().go({Kind::today});
+    window().tasks().findChild<QTextEdit*>("quickAddField")->setFocus();
+    window().go({.kind = Kind::search, .text = "plan"});
+    EXPECT_TRUE(window().searchField().hasFocus());
+    window().sidebar().setFocus();
+    window().go({.kind = Kind::search, .text = "other"});
+    EXPECT_TRUE(window().sidebar().hasFocus());
 }
 
 TEST_F(Journey, CommandsActOnTheChosenNotes) {

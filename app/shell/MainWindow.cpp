@@ -324,9 +324,11 @@ bool MainWindow::showInstead(QWidget& page) {
 
 void MainWindow::showSearch(const QString& query, SearchRunner::Typing typing) {
     if (searchField_->text() != query) searchField_->setQuery(query);
+    const QWidget* const before = focusWidget();
     content_->setCurrentWidget(notes_);
     if (!notes_->showBeside(&searchResults())) return;
-    if (!searchField_->hasFocus()) searchResults_->list().setFocus();
+    const bool areKeysLost = before != nullptr && !before->isVisible();
+    if (areKeysLost) searchField_->setFocus();
     searchResults_->search(query, typing);
 }
 
