@@ -386,6 +386,7 @@ QIcon WindowStyle::standardIcon(
     StandardPixmap picture, const QStyleOption* option, const QWidget* widget) const {
     // Otherwise every icon theme of the desktop would be searched for it before the first paint.
     if (picture == SP_LineEditClearButton) return icon("close", Ink::secondary);
+    if (picture == SP_ToolBarHorizontalExtensionButton) return icon("more");  // theirs is black
     return QProxyStyle::standardIcon(picture, option, widget);
 }
 
