@@ -54,7 +54,12 @@ QList<Range> rangesIn(const QString& text, const QStringList& sought) {
         }
     }
     std::ranges::sort(ranges, {}, &Range::begin);
-    return ranges;
+    // What is sought may begin alike, such as a word and its other forms.
+    QList<Range> apart;
+    for (const Range& range : ranges) {
+        if (apart.isEmpty() || range.begin >= apart.back().end) apart.append(range);
+    }
+    return apart;
 }
 
 QStringList lines(const QString& words) {

@@ -1,3 +1,5 @@
+#include "app/editor/NoticeBar.h"
+#include "app/look/Theme.h"
 #include "app/pages/ImportAssistant.h"
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
@@ -13,7 +15,9 @@
 #include <QDragEnterEvent>
 #include <QListView>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QTabBar>
+#include <QTextBlock>
 #include <QTextEdit>
 
 namespace tesserine::app {
@@ -94,6 +98,11 @@ TEST_F(Journey, NotesGoToTheTrashAndComeBackByKeysAndClicks) {
     addNote("Bill");
     window();
     clickNote(0);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(titles(), "Plan;");
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(titles(), "Bill;Plan;");
+    clickNote(0);
     clickNote(1, Qt::ControlModifier);
     press(Qt::Key_Delete);
     EXPECT_EQ(titles(), "");
@@ -126,6 +135,49 @@ TEST_F(Journey, EmptyingTheTrashAsksAndMakesABackup) {
     EXPECT_FALSE(std::filesystem::is_empty(setting().library / "Backups"));
 }
 
+TEST_F(Journey, AResultIsOpenedWhereItsWordsStandEvenWhenTheyWereCorrected) {
+    std::string text = "<p>Shelves for the kitchen.</p>";
+    for (int i = 0; i < 200; ++i)
+        text += "<p>Nothing of that.</p>";
+    addNote("Kitchen", text + "<p>The carpenter comes on Monday.</p>");
+    environment->search().catchUp();
+    window();
+    struct Case {
+        const char* query;
+        const char* marked;
+    };
+    for (const auto& [query, marked] : {
+             Case{"carpenter", "carpenter"},
+             Case{"carpentar", "carpenter"},
+             Case{"MONDAY carp*", "carpenter, Monday"},
+             Case{"\"comes on\" -shop", "comes on"},
+         }) {
+        SCOPED_TRACE(query);
+        auto& found = window().searchResults();
+        bool isAnswered = false;
+        const QObject listener;
+        QObject::connect(
+            &found.runner(), &SearchRunner::answered, &listener, [&] { isAnswered = true; });
+        window().go({.kind = Kind::search, .text = query});
+        ASSERT_TRUE(waitUntil([&] { return isAnswered; }));
+        QListView& results = found.list();
+        ASSERT_EQ(results.model()->rowCount(), 1);
+        results.setCurrentIndex(results.model()->index(0, 0));
+        ASSERT_TRUE(waitUntil([this] { return !editor().body().isLoading(); }));
+        BodyEdit& body = editor().body();
+        EXPECT_GT(body.verticalScrollBar()->value(), 0) << "the paragraph is far down";
+        EXPECT_EQ(body.textCursor().block().text(), "The carpenter comes on Monday.");
+        QStringList texts;
+        for (const auto& selection : body.extraSelections()) {
+            const bool isMark = selection.format.background() == Theme::colors().highlight;
+            if (isMark) texts << selection.cursor.selectedText();
+        }
+        EXPECT_EQ(texts.join(", ").toStdString(), marked);
+        window().go({Kind::allNotes});
+        body.moveCursor(QTextCursor::Start);
+    }
+}
+
 TEST_F(Journey, ASearchIsTypedWalkedThroughAndLeft) {
     addNote("Invoice for May", "<p>The invoice of the carpenter.</p>");
     addNote("Lisbon", "<p>Train at 9:40.</p>");
@@ -144,6 +196,18 @@ TEST_F(Journey, ASearchIsTypedWalkedThroughAndLeft) {
     press(Qt::Key_Escape);
     EXPECT_EQ(place(), "tesserine://notes");
     EXPECT_EQ(window().searchField().text(), "");
+}
+
+TEST_F(Journey, AResultIsNotTakenForTrashBecauseTheTrashWasShown) {
+    addNote("Lisbon", "<p>Train at 9:40.</p>");
+    environment->search().catchUp();
+    window().go({Kind::trash});
+    window().go({.kind = Kind::search, .text = "train"});
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
+    results.setCurrentIndex(results.model()->index(0, 0));
+    ASSERT_TRUE(waitUntil([this] { return openTitle() == "Lisbon"; }));
+    EXPECT_EQ(editor().notice().text(), "");
 }
 
 TEST_F(Journey, ATaskIsTypedAsASentence) {
@@ -252,6 +316,22 @@ TEST_F(Journey, CommandsActOnTheChosenNotes) {
     press(Qt::Key_Return);
     settle();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), NoteService::noteURL(*plan.id));
+}
+
+TEST_F(Journey, TagsOfSeveralNotesAreChangedAtOnce) {
+    const CDNote& plan = addNote("Plan");
+    const CDNote& list = addNote("List");
+    window();
+    clickNote(0);
+    clickNote(1, Qt::ControlModifier);
+    press(Qt::Key_T, Qt::ControlModifier | Qt::AltModifier);
+    settle();
+    type("garden");
+    press(Qt::Key_Return);
+    press(Qt::Key_Return);
+    settle();
+    EXPECT_EQ(plan.tags.all().size(), 1U);
+    EXPECT_EQ(list.tags.all(), plan.tags.all());
 }
 
 TEST_F(Journey, FilesDroppedOnTheWindowAreOfferedForImport) {
