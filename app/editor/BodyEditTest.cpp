@@ -101,6 +101,17 @@ TEST_F(BodyEdit, EveryCommandIsOneStepToUndo) {
     }
 }
 
+TEST_F(BodyEdit, UndoingLeavesTheCursorWhereTheChangeWas) {
+    for (const char* command :
+         {"format.bold", "format.lineUp", "format.heading2", "format.bullets", "format.clear"}) {
+        SCOPED_TRACE(command);
+        openNote("<p>zero</p><p>one</p><p>two |words|</p><p>three</p>");
+        commands.trigger(command);
+        commands.trigger("edit.undo");
+        EXPECT_EQ(editor.body().textCursor().blockNumber(), 2);
+    }
+}
+
 TEST_F(BodyEdit, ColoursScriptsAndAlignmentAreChosenAndTakenAway) {
     const auto inColor = [](const char* element, const char* style, const std::string& words) {
         return "<p><" + std::string(element) + " style=\"" + style + "\">" + words + "</" + element

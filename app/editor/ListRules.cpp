@@ -220,7 +220,7 @@ bool moveLines(NoteDocument& document, QTextCursor& cursor, Direction direction)
     const int anchor = cursor.anchor();
     const int position = cursor.position();
     // The one neighbour moves to the other side, so that what is selected stays selected.
-    QTextCursor step(&document);
+    QTextCursor step(cursor);
     step.beginEditBlock();
     if (direction == Direction::up) {
         step.setPosition(blocks.back().position() + blocks.back().length() - 1);

@@ -234,7 +234,7 @@ void NoteDocument::changeStyles(
     const QTextCursor& selection, const std::function<void(InlineStyle&)>& change) {
     const int start = selection.selectionStart();
     const int end = selection.selectionEnd();
-    QTextCursor cursor(this);
+    QTextCursor cursor(selection);  // where undoing leads back to
     cursor.beginEditBlock();
     for (QTextBlock block = findBlock(start); block.isValid() && block.position() < end;
          block = block.next()) {

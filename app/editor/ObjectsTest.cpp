@@ -157,6 +157,31 @@ TEST_F(AttachedFiles, AreKeptBeforeTheTextThatShowsThem) {
     EXPECT_EQ(test::contentOf(opened.toStdString()), "plan");
 }
 
+class PictureKeys : public test::EditorFixture {};
+
+TEST_F(PictureKeys, MakeThePictureAtTheCursorLargerAndSmaller) {
+    const std::string address = "<img src=\"https://e.org/a.png\" alt=\"A\"";
+    openNote("<p>a " + address + " width=\"100\" height=\"50\">|</p><p>b</p>");
+    const std::string before = html();
+    commands.trigger("format.pictureLarger");
+    EXPECT_EQ(html(), "<p>a " + address + " width=\"110\"></p><p>b</p>");
+    commands.trigger("format.pictureLarger");
+    EXPECT_EQ(html(), "<p>a " + address + " width=\"121\"></p><p>b</p>") << "the cursor stays";
+    commands.trigger("edit.undo");
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), before);
+    ASSERT_TRUE(editor.body().objectAtCursor()) << editor.body().textCursor().position();
+    for (int i = 0; i < 40; ++i) {
+        commands.trigger("format.pictureSmaller");
+    }
+    EXPECT_EQ(html(), "<p>a " + address + " width=\"40\"></p><p>b</p>") << "it stays visible";
+
+    editor.body().moveCursor(QTextCursor::End);
+    const std::string small = html();
+    commands.trigger("format.pictureLarger");
+    EXPECT_EQ(html(), small) << "there is none here";
+}
+
 class Spelling : public test::EditorFixture {
 public:
     void SetUp() override {

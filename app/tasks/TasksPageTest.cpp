@@ -22,6 +22,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 
 #include <algorithm>
@@ -159,6 +160,32 @@ TEST_F(TasksPageTest, ActsOnAllThatIsSelected) {
     EXPECT_EQ(undoSentence(), "Completed 2 tasks");
     QTest::keyClick(&list, Qt::Key_Space);
     EXPECT_EQ(titles(), "") << "the next one was selected";
+}
+
+TEST_F(TasksPageTest, KeysLeadOverHeadings) {
+    for (int day = 1; day <= 20; ++day) {
+        addTask("Task " + std::to_string(day) + " in " + std::to_string(day) + " days");
+        addTask("Other " + std::to_string(day) + " in " + std::to_string(day) + " days");
+    }
+    show(Place::Kind::upcoming);
+    list.selectTask(model().at(1).id);
+    const auto press = [&](Qt::Key key) {
+        QTest::keyClick(&list, key);
+        EXPECT_EQ(list.selectedTasks().size(), 1U);
+        return list.currentIndex().row();
+    };
+    EXPECT_EQ(press(Qt::Key_End), model().rowCount() - 1);
+    EXPECT_EQ(press(Qt::Key_Home), 1);
+    EXPECT_EQ(list.verticalScrollBar()->value(), 0) << "its heading is seen";
+    EXPECT_EQ(press(Qt::Key_Up), 1);
+    EXPECT_EQ(press(Qt::Key_Down), 2);
+    EXPECT_EQ(press(Qt::Key_Down), 4);
+    EXPECT_EQ(press(Qt::Key_Up), 2);
+    for (const Qt::Key key : {Qt::Key_PageDown, Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_PageUp}) {
+        const int before = list.currentIndex().row();
+        const int after = press(key);
+        EXPECT_EQ(after > before, key == Qt::Key_PageDown) << after;
+    }
 }
 
 TEST_F(TasksPageTest, DraggedTasksTakeTheirNewPlace) {
