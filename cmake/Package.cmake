@@ -1,4 +1,4 @@
-# `cpack` in a build folder of the preset "release" makes a Debian package of both programs.
+# `cpack` in a build folder of the preset "release" makes a Debian package of the three programs.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tesserine)

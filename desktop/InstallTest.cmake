@@ -37,5 +37,7 @@ endif()
 expect("${prefix}/share/metainfo/${id}.metainfo.xml")
 expect("${prefix}/bin/tesserine")
 expect("${prefix}/share/man/man1/tesserine.1")
+expect("${prefix}/bin/tesserine-server")
+expect("${prefix}/lib/systemd/user/tesserine-server.service")
 
 file(REMOVE_RECURSE "${prefix}")
