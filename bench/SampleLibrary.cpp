@@ -2,6 +2,7 @@
 
 #include "base/Digest.h"
 #include "core/model/NoteEntities.h"
+#include "search/SearchCoordinator.h"
 
 namespace tesserine::bench {
 namespace {
@@ -98,6 +99,21 @@ void OurLibrary::addNotes(std::span<const GeneratedNote> notes) {
         context->save();
         context->reset();
     }
+}
+
+void makeIndexedLibrary(const std::filesystem::path& folder, std::size_t notes) {
+    const NoteGenerator generator(notes, 1);
+    OurLibrary library(folder);
+    library.addPlaces(generator);
+    std::vector<GeneratedNote> group;
+    for (std::size_t place = 0; place < notes; ++place) {
+        group.push_back(generator.note(place));
+        if (group.size() < notesPerSave && place + 1 < notes) continue;
+        library.addNotes(group);
+        group.clear();
+    }
+    const SystemClock clock;
+    SearchCoordinator(library.store(), {.clock = clock}).catchUp();
 }
 
 RawLibrary::RawLibrary(const std::filesystem::path& file, const std::filesystem::path& pattern)

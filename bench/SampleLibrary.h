@@ -51,6 +51,9 @@ private:
     TesserineStore store_;
 };
 
+/// Makes a library of so many notes, with its search index complete.
+void makeIndexedLibrary(const std::filesystem::path& folder, std::size_t notes);
+
 /// The note table of a library of ours, with its indexes and its table of tags, in a file of its
 /// own that SQLite alone writes to.
 class RawLibrary {

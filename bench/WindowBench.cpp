@@ -8,10 +8,8 @@
 #include "app/look/Theme.h"
 #include "app/shell/Program.h"
 #include "app/shell/StartOptions.h"
-#include "base/Clock.h"
 #include "bench/PaintReport.h"
 #include "bench/SampleLibrary.h"
-#include "search/SearchCoordinator.h"
 
 #include <QApplication>
 #include <QDir>
@@ -19,7 +17,6 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <vector>
 
@@ -70,26 +67,10 @@ void start(Figures& figures, const QString& program, QStringList words, const QS
     figures.megabytes.push_back(numbers[2].toDouble() / 1024);
 }
 
-void makeLibrary(const std::filesystem::path& folder, std::size_t notes) {
-    const bench::NoteGenerator generator(notes, 1);
-    bench::OurLibrary library(folder);
-    library.addPlaces(generator);
-    std::vector<bench::GeneratedNote> group;
-    for (std::size_t place = 0; place < notes; ++place) {
-        group.push_back(generator.note(place));
-        if (group.size() < bench::notesPerSave && place + 1 < notes) continue;
-        library.addNotes(group);
-        group.clear();
-    }
-    // Otherwise the first start would be measured while it fills the index.
-    const SystemClock clock;
-    SearchCoordinator(library.store(), {.clock = clock}).catchUp();
-}
-
 int compare(std::size_t notes, int rounds) {
     const QTemporaryDir folder;
     const QString library = folder.filePath("Library");
-    makeLibrary(library.toStdString(), notes);
+    bench::makeIndexedLibrary(library.toStdString(), notes);
     const QString ours = QApplication::applicationFilePath();
     const QString bare = QDir(QApplication::applicationDirPath()).filePath("tesserine-bare-window");
     Figures ofOurs;
@@ -120,7 +101,8 @@ int main(int count, char** words) {
     const QStringList arguments = QApplication::arguments();
     if (arguments.value(1) == "--ours") return runOurs(application, arguments.mid(2));
     if (arguments.value(1) == "--library") {
-        makeLibrary(arguments.value(2).toStdString(), arguments.value(3, "100000").toULongLong());
+        bench::makeIndexedLibrary(
+            arguments.value(2).toStdString(), arguments.value(3, "100000").toULongLong());
         return 0;
     }
     const std::size_t notes = arguments.value(1, "100000").toULongLong();
