@@ -20,16 +20,16 @@ void paintText(QPainter& painter, const QRect& line, const QString& text);
 /// The same, but it begins where all lines of the window do: for what stands behind an icon.
 void paintName(QPainter& painter, const QRect& line, const QString& text);
 
-/// Cuts a piece off the end of `line` where reading begins in the layout of the painter, or where it
-/// ends; the piece has this size and stands in the middle of the line's height.
+/// Cuts a piece off the end of `line` where reading begins in the layout of the painter, or where
+/// it ends; the piece has this size and stands in the middle of the line's height.
 QRect cutStart(const QPainter& painter, QRect& line, const QSize& size);
 QRect cutEnd(const QPainter& painter, QRect& line, const QSize& size);
 
 /// An icon where the reading of `line` ends; the line becomes shorter by it.
 void paintSign(QPainter& painter, QRect& line, const QIcon& icon);
 
-/// A rounded patch with a short text where the reading of `line` begins; the line becomes shorter by
-/// it. False, and nothing painted, when there is no room.
+/// A rounded patch with a short text where the reading of `line` begins; the line becomes shorter
+/// by it. False, and nothing painted, when there is no room.
 bool paintChip(QPainter& painter, QRect& line, const QString& text);
 
 }  // namespace tesserine::app
