@@ -1,0 +1,110 @@
+#include "app/look/PageParts.h"
+#include "app/look/Theme.h"
+#include "app/pages/AboutDialog.h"
+#include "app/pages/ExportAssistant.h"
+#include "app/pages/ImportAssistant.h"
+#include "app/pages/LoadFailedPage.h"
+#include "app/pages/OnboardingPage.h"
+#include "app/pages/SettingsPage.h"
+#include "app/state/WindowFixture.h"
+#include "app/testing/WidgetFaultsFixture.h"
+
+#include <gtest/gtest.h>
+#include <QApplication>
+#include <QListWidget>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tesserine::app {
+namespace {
+
+/// Every page, at the size it is opened with.
+class PagesLayoutTest : public test::WindowFixture {
+public:
+    ~PagesLayoutTest() override {
+        environment->waitForBackground();
+        QApplication::setFont(usual);
+        QApplication::setLayoutDirection(Qt::LeftToRight);
+    }
+
+    struct Page {
+        const char* name;
+        std::function<std::unique_ptr<QWidget>()> make;
+        double largest = 1.4;  // letters for which there is room, beside the usual ones
+    };
+    std::vector<Page> pages() {
+        std::vector<Page> all = {
+            {"onboarding",
+             [] {
+                 auto page = std::make_unique<OnboardingPage>("/home/ada/.local/share/Tesserine");
+                 resizeToFit(*page, {780, 600});
+                 return page;
+             },
+             1.0},
+            {"load failed",
+             [] {
+                 auto page = std::make_unique<LoadFailedPage>(
+                     "/home/ada/.local/share/Tesserine",
+                     "The library could not be opened: the file is damaged.");
+                 resizeToFit(*page, {780, 600});
+                 return page;
+             }},
+            {"about", [] { return std::make_unique<AboutDialog>(nullptr); }},
+            {"import", [this] { return std::make_unique<ImportAssistant>(*environment, nullptr); }},
+            {"export",
+             [this] {
+                 return std::make_unique<ExportAssistant>(
+                     *environment, QString::fromStdString(folder.path().string()), nullptr);
+             }},
+        };
+        for (const char* area : {"general", "search", "storage", "exchange"}) {
+            all.push_back({area, [this, area] {
+                               auto page = std::make_unique<SettingsPage>(*environment);
+                               page->showPage(area);
+                               page->resize(820, 600);
+                               return page;
+                           }});
+        }
+        return all;
+    }
+
+    const QFont usual = QApplication::font();
+};
+
+TEST_F(PagesLayoutTest, NothingIsCutWithUsualAndWithLargeLettersInEitherDirection) {
+    const Theme theme(*qApp);
+    for (const double scale : {1.0, 1.4}) {
+        QFont font = usual;
+        font.setPointSizeF(usual.pointSizeF() * scale);
+        QApplication::setFont(font);
+        for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+            QApplication::setLayoutDirection(direction);
+            for (const auto& [name, make, largest] : pages()) {
+                if (scale > largest) continue;
+                SCOPED_TRACE(std::string(name) + " " + std::to_string(scale));
+                const auto page = make();
+                page->show();
+                environment->waitForBackground();
+                settle();
+                EXPECT_EQ(test::layoutFaults(*page), "");
+            }
+        }
+    }
+}
+
+TEST_F(PagesLayoutTest, EveryControlHasANameThatCanBeHeard) {
+    for (const auto& [name, make, largest] : pages()) {
+        SCOPED_TRACE(name);
+        const auto page = make();
+        page->show();
+        environment->waitForBackground();
+        settle();
+        EXPECT_EQ(test::namelessControls(*page), "");
+    }
+}
+
+}  // namespace
+}  // namespace tesserine::app
