@@ -14,7 +14,8 @@ constexpr qsizetype mostSuggestions = 8;
 
 /// The path of a dictionary without its ending.
 std::optional<QString> dictionaryFor(const QString& language, const QStringList& folders) {
-    const QString name = language.section('.', 0, 0).replace('-', '_');
+    QString name = language.section('.', 0, 0).replace('-', '_');
+    if (name.isEmpty() || name == "C" || name == "POSIX") name = "en_US";
     const QString prefix = name.section('_', 0, 0) + "_*.dic";
     for (const QString& folder : folders) {
         const QString exact = folder + "/" + name;

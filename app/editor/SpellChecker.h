@@ -17,7 +17,7 @@ namespace tesserine::app {
 class SpellChecker {
 public:
     /// `language` is a locale such as "en_GB"; its dictionary, or one of the same language, is
-    /// looked for in `folders`.
+    /// looked for in `folders`. The locales that name no language, such as "C", are in English.
     SpellChecker(const std::string& language, const QStringList& folders);
     SpellChecker(const SpellChecker&) = delete;
     SpellChecker& operator=(const SpellChecker&) = delete;

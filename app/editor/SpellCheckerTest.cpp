@@ -12,7 +12,8 @@ TEST(SpellChecker, AsksTheDictionaryOfTheLanguageOrARelatedOne) {
     test::putContent(folder / "en_XX.aff", "SET UTF-8\nTRY esianrtolcdugmphbyfvkwz\n");
     test::putContent(folder / "en_XX.dic", "2\ngarden\ncafé\n");
     const QStringList folders{QString::fromStdString(folder.path().string())};
-    for (const char* language : {"en_XX", "en-XX", "en_XX.UTF-8", "en_GB"}) {
+    for (const char* language :
+         {"en_XX", "en-XX", "en_XX.UTF-8", "en_GB", "C.UTF-8", "POSIX", ""}) {
         SCOPED_TRACE(language);
         SpellChecker checker(language, folders);
         ASSERT_TRUE(checker.isOn());
