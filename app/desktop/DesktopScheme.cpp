@@ -41,9 +41,10 @@ void DesktopScheme::ask(QDBusConnection& bus) {
 }
 
 void DesktopScheme::onSettingChanged(const QDBusMessage& change) {
-    const QVariantList words = change.arguments();  // group, key, value
-    if (words.size() == 3 && words[0].toString() == group && words[1].toString() == key)
-        tell(words[2]);
+    const QVariantList words = change.arguments();
+    if (words.size() != 3) return;  // group, key, value
+    const bool isScheme = words[0].toString() == group && words[1].toString() == key;
+    if (isScheme) tell(words[2]);
 }
 
 void DesktopScheme::tell(const QVariant& value) {
