@@ -5,12 +5,18 @@
 #include "server/HTTPFront.h"
 #include "server/Service.h"
 
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <csignal>
 #include <iostream>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -56,19 +62,55 @@ struct Line {
     }
 };
 
+constexpr std::array<std::string_view, 7> optionNames{
+    "data", "listen", "public-url", "certificate", "key", "record-quota", "file-quota"};
+
 Line parse(int count, char** words) {
     Line line;
     for (int i = 1; i < count; ++i) {
         const std::string word = words[i];
         if (!word.starts_with("--")) {
             line.words.push_back(word);
-        } else if (i + 1 < count) {
-            line.options[word.substr(2)] = words[++i];
-        } else {
-            throw UsageProblem{word + " needs a value."};
+            continue;
         }
+        const std::string name = word.substr(2);
+        if (std::ranges::find(optionNames, name) == optionNames.end()) {
+            throw UsageProblem{"There is no option " + word + "."};
+        }
+        if (i + 1 == count) throw UsageProblem{word + " needs a value."};
+        line.options[name] = words[++i];
     }
     return line;
+}
+
+/// Keeps a terminal from showing what is typed.
+class HiddenTyping {
+public:
+    HiddenTyping() : isTerminal_(::tcgetattr(STDIN_FILENO, &before_) == 0) {
+        if (!isTerminal_) return;
+        termios hidden = before_;
+        hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
+    }
+    HiddenTyping(const HiddenTyping&) = delete;
+    HiddenTyping& operator=(const HiddenTyping&) = delete;
+    ~HiddenTyping() {
+        if (!isTerminal_) return;
+        ::tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
+        std::cerr << "\n";
+    }
+
+private:
+    termios before_{};
+    const bool isTerminal_;
+};
+
+std::string askedPassword() {
+    const HiddenTyping hidden;
+    std::cerr << "Password: " << std::flush;
+    std::string password;
+    std::getline(std::cin, password);
+    return password;
 }
 
 server::HTTPFront::Options listening(const Line& line) {
@@ -90,9 +132,7 @@ server::HTTPFront::Options listening(const Line& line) {
 }
 
 int addUser(server::Service& service, const std::string& email) {
-    std::cerr << "Password: " << std::flush;
-    std::string password;
-    std::getline(std::cin, password);
+    const std::string password = askedPassword();
     if (password.empty()) {
         std::cerr << "The password is empty.\n";
         return 1;
@@ -141,6 +181,10 @@ int run(const Line& line) {
 
 int main(int count, char** words) {
     try {
+        if (count == 2 && std::string_view(words[1]) == "--help") {
+            std::cout << usage;
+            return 0;
+        }
         return run(parse(count, words));
     } catch (const UsageProblem& problem) {
         std::cerr << problem.sentence << "\n\n" << usage;
