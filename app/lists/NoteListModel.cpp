@@ -50,6 +50,10 @@ bool NoteListModel::Order::operator()(const Entry& one, const Entry& other) cons
         const int order = collator.compare(one.title, other.title);
         if (order != 0) return order < 0;
     }
+    return ByDate{scope}(one, other);
+}
+
+bool NoteListModel::ByDate::operator()(const Entry& one, const Entry& other) const {
     if (one.date != other.date) return (one.date < other.date) == scope.isAscending();
     return one.id < other.id;
 }
@@ -61,9 +65,11 @@ NoteListModel::Entries NoteListModel::read(
     Entries entries;
     auto request = scope.request(context);
     if (!request) return entries;
-    request->limit = limit;
+    const bool isOrdered = !request->sort.empty();
+    if (isOrdered) request->limit = limit;
     context.visitRows<CDNote>(
         *request, [&](const ListedRow& row) { entries.push_back(entryOf(row, scope)); });
+    if (!isOrdered) std::ranges::sort(entries, ByDate{scope});
     return entries;
 }
 

@@ -71,6 +71,11 @@ private:
     };
     using Entries = std::vector<Entry>;
 
+    /// How entries follow each other in a scope that is not by title. Used on any thread.
+    struct ByDate {
+        const NoteScope& scope;
+        bool operator()(const Entry& one, const Entry& other) const;
+    };
     /// How entries follow each other in a scope. Used on any thread.
     struct Order {
         const NoteScope& scope;

@@ -64,6 +64,8 @@ std::optional<FetchRequest> NoteScope::request(StoreContext& context) const {
     FetchRequest request{
         .predicate = {predicate_},
         .sort = {{dateName_, isAscending_ ? Order::ascending : Order::descending}}};
+    // Found by their flag: along the dates of pinning every note would be walked past.
+    if (place_.kind == Kind::pinned) request.sort.clear();
     if (!hasTarget(place_.kind)) return request;
     StoreObject* object = target(context);
     if (object == nullptr) return std::nullopt;

@@ -32,7 +32,8 @@ public:
     /// Titles decide, as a reader expects; `request` leaves that to who reads it.
     bool isByTitle() const { return isByTitle_; }
 
-    /// Everything in it, in the order of the dates. None when the place is gone.
+    /// Everything in it, in the order of the dates, without one for pinned notes, which are few.
+    /// None when the place is gone.
     std::optional<FetchRequest> request(StoreContext& context) const;
     /// The same for one note: it or nothing.
     std::optional<FetchRequest> requestFor(const Uuid& note, StoreContext& context) const;
