@@ -184,6 +184,8 @@ void RecordPusher::settle(
         // Without the server's copy the next pull brings it.
         if (result.server && result.server->id == push.id) applier.apply(*result.server);
         ++counts_.sent;
+    } else if (result.reason == "missing_attachment" && isLostFile(push.id, ledger)) {
+        environment_.context.remove(*environment_.context.find<CDAttachment>(push.id));
     } else {
         refusals.add(
             push.id,
@@ -194,6 +196,16 @@ void RecordPusher::settle(
              .digest = payloadDigest(push.payload)});
         ++counts_.refused;
     }
+}
+
+/// Deleted elsewhere before it had come here, and kept for its note, which was edited: nobody has
+/// its bytes any more.
+bool RecordPusher::isLostFile(const Uuid& record, const SyncLedger& ledger) {
+    const auto* const file = environment_.context.find<CDAttachment>(record);
+    CDSyncState* const state = ledger.find(record);
+    const bool wasDeleted =
+        state != nullptr && state->rev.valueOr(0) > 0 && !SyncLedger::agreed(*state);
+    return wasDeleted && file != nullptr && !file->fileData;
 }
 
 void RecordPusher::settleApplied(

@@ -57,6 +57,7 @@ private:
         SyncLedger& ledger,
         RecordApplier& applier,
         PushRefusals& refusals);
+    bool isLostFile(const Uuid& record, const SyncLedger& ledger);
     void settleApplied(
         const SyncPush& push, const PushResult& result, SyncLedger& ledger, RecordApplier& applier);
 
