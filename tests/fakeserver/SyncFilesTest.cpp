@@ -127,6 +127,29 @@ TEST_F(SyncFiles, AFileThatDoesNotComeWholeStaysMissingAndIsFetchedAgain) {
     EXPECT_TRUE(static_cast<bool>(b.context().find<CDAttachment>(file)->integrityVerified));
 }
 
+TEST_F(SyncFiles, OfANoteThatOutlivesItsDeletionFilesNobodyHasAnyMoreAreLetGo) {
+    const Uuid id = sharedNote("<p>1</p>");
+    const Uuid file = attach(a, id, "never came to the other");
+    EXPECT_EQ(a.sync(), "");
+    answerFiles("GET", {.status = 404});
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(content(b, file), "no bytes");
+    b.write(id, "<p>2</p>");
+    const Uuid own = attach(b, id, "here all the time");
+    removeNote(a, id);
+    EXPECT_EQ(a.sync(), "");
+    EXPECT_TRUE(service.blobs.empty());
+    service.instead = nullptr;
+
+    settle();
+    for (SyncDevice* const device : {&a, &b}) {
+        ASSERT_NE(device->note(id), nullptr);
+        EXPECT_EQ(device->note(id)->html, "<p>2</p>");
+        EXPECT_EQ(content(*device, file), "no record");
+        EXPECT_EQ(content(*device, own), "here all the time");
+    }
+}
+
 TEST_F(SyncFiles, AFileThatIsNamedLikeAPathIsAskedForNowhere) {
     const Uuid file = Uuid::random(a.random);
     service.put(
