@@ -4,6 +4,7 @@
 #include "cli/ObjectJSON.h"
 #include "cli/Presentation.h"
 #include "cli/Session.h"
+#include "core/services/MissingFiles.h"
 
 #include <boost/json/array.hpp>
 
@@ -58,6 +59,7 @@ ExitStatus listAttachments(Session& session, const Arguments& arguments) {
     if (attachments.empty()) session.remark("The note has no attachments.");
 
     const auto inText = attachmentReferences(note.html.valueOr(""));
+    const auto missing = missingFiles(session.context(), note);
     Table table{
         .columns = {
             {.title = "ID", .style = Style::accent},
@@ -74,7 +76,9 @@ ExitStatus listAttachments(Session& session, const Arguments& arguments) {
              byteText(static_cast<std::uint64_t>(size)),
              attachment->mimeType.valueOr(""),
              attachment->filename.valueOr(""),
-             isInText ? "" : "not in the text"});
+             id && missing.contains(*id) ? "Not downloaded yet"
+             : isInText                  ? ""
+                                         : "not in the text"});
     }
     session.output().table(table);
     return ExitStatus::done;

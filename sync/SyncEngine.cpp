@@ -263,21 +263,48 @@ bool SyncEngine::fetchFiles(Run& run) {
     const auto start = environment_.clock.monotonic();
     for (;;) {
         run.context.reset();
-        const auto missing = run.context.fetch<CDAttachment>(
-            {.predicate = {"fileData == nil AND sha256 != nil"},
-             .limit = filesAtOnce + run.failedFiles.size()});
-        bool isProgress = false;
+        const auto viewed = viewedNote();
+        const auto missing = missingFiles(run, viewed);
+        if (missing.empty()) return true;
         for (CDAttachment* const file : missing) {
-            const Uuid id = file->uuid().value_or(Uuid());
-            if (run.failedFiles.contains(id)) continue;
             if (environment_.clock.monotonic() - start > turnOfFiles) return false;
-            isProgress = fetchFile(run, *file) || isProgress;
+            fetchFile(run, *file);
+            if (viewedNote() != viewed) break;
         }
-        if (!isProgress) return true;
     }
 }
 
-bool SyncEngine::fetchFile(Run& run, CDAttachment& file) {
+/// Files to fetch next, at most so many that one may still turn to another note soon.
+std::vector<CDAttachment*> SyncEngine::missingFiles(Run& run, const std::optional<Uuid>& viewed) {
+    const auto limit = filesAtOnce + run.failedFiles.size();
+    const auto hasFailed = [&run](CDAttachment* file) {
+        return run.failedFiles.contains(file->uuid().value_or(Uuid()));
+    };
+    std::vector<CDAttachment*> files;
+    if (viewed) {
+        files = run.context.fetch<CDAttachment>(
+            {.predicate = {"fileData == nil AND sha256 != nil AND note.id == %@", *viewed},
+             .limit = limit});
+        std::erase_if(files, hasFailed);
+    }
+    if (!files.empty()) return files;
+    files = run.context.fetch<CDAttachment>(
+        {.predicate = {"fileData == nil AND sha256 != nil"}, .limit = limit});
+    std::erase_if(files, hasFailed);
+    return files;
+}
+
+void SyncEngine::setViewedNote(const std::optional<Uuid>& note) {
+    const std::scoped_lock lock(viewing_);
+    viewedNote_ = note;
+}
+
+std::optional<Uuid> SyncEngine::viewedNote() {
+    const std::scoped_lock lock(viewing_);
+    return viewedNote_;
+}
+
+void SyncEngine::fetchFile(Run& run, CDAttachment& file) {
     try {
         const std::string bytes = environment_.client.downloadBlob(*file.sha256, run.stop);
         if (sha256Hex(bytesOf(bytes)) == *file.sha256) {
@@ -287,7 +314,7 @@ bool SyncEngine::fetchFile(Run& run, CDAttachment& file) {
             run.context.save();
             run.context.releaseLargeValues();
             ++run.summary.filesReceived;
-            return true;
+            return;
         }
         log_.warning("a file does not have its digest and was thrown away");
     } catch (const SyncError& error) {
@@ -296,7 +323,6 @@ bool SyncEngine::fetchFile(Run& run, CDAttachment& file) {
     }
     run.failedFiles.insert(file.uuid().value_or(Uuid()));
     run.summary.filesFailed = run.failedFiles.size();
-    return false;
 }
 
 /// Files that no record here names any more are deleted on the server, which keeps those that

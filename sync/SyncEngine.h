@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "base/Log.h"
 #include "base/UserError.h"
+#include "base/Uuid.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 namespace tesserine {
 
@@ -90,6 +92,10 @@ public:
     SyncSummary synchronise(const Consent& consent, const std::stop_token& stop = {});
     SyncSummary synchronise(const std::stop_token& stop = {}) { return synchronise({}, stop); }
 
+    /// The note that somebody looks at, or none: its files are fetched before all others, also by
+    /// the synchronisation that runs.
+    void setViewedNote(const std::optional<Uuid>& note);
+
     /// How many changes wait to be sent, as of the last synchronisation.
     std::size_t waitingCount();
     std::optional<Instant> lastSync();
@@ -111,13 +117,17 @@ private:
     void startAfresh(Run& run);
     void backUp(Run& run);
     bool fetchFiles(Run& run);
-    bool fetchFile(Run& run, CDAttachment& file);
+    std::vector<CDAttachment*> missingFiles(Run& run, const std::optional<Uuid>& viewed);
+    std::optional<Uuid> viewedNote();
+    void fetchFile(Run& run, CDAttachment& file);
     void reclaimFiles(Run& run);
     void askAboutRoom(Run& run);
 
     const Environment environment_;
     const Log log_;
     std::mutex running_;
+    std::mutex viewing_;
+    std::optional<Uuid> viewedNote_;  // behind `viewing_`
 };
 
 }  // namespace tesserine

@@ -301,6 +301,12 @@ void NoteEditor::follow(const std::vector<ObjectChange>& changes) {
         return change.entity == EntityKind::note && change.uuid == open_.id();
     };
     if (std::ranges::any_of(changes, concernsNote)) followNote();
+    // Files come after their notes, and one by one.
+    for (const ObjectChange& change : changes) {
+        if (change.entity != EntityKind::attachment || !change.uuid) continue;
+        pictures_.lookAgain(*change.uuid);
+        panel_->refresh();
+    }
 }
 
 /// Shows what others made of the note.

@@ -46,11 +46,20 @@ const Pictures::Picture& Pictures::attachment(const Uuid& id) {
     return picture;
 }
 
+void Pictures::lookAgain(const Uuid& id) {
+    const auto known = pictures_.constFind(QString::fromStdString(id.text()));
+    if (known == pictures_.constEnd() || !known->image.isNull()) return;
+    pictures_.erase(known);
+    emit loaded(id);
+}
+
 void Pictures::read(const Uuid& id) {
     // Owned by the work and by what follows it on the main thread.
     const auto result = std::make_shared<QImage>();
     const auto show = [this, id, result] {
         Picture& picture = pictures_[QString::fromStdString(id.text())];
+        // One that was looked at again may have come first.
+        if (result->isNull() && !picture.image.isNull()) return;
         picture.image = *result;
         picture.isFailed = result->isNull();
         emit loaded(id);

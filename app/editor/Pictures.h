@@ -35,6 +35,9 @@ public:
     /// An image whose address ("data:") holds it.
     static QImage inlineImage(const std::string& address);
 
+    /// Something of this attachment changed: a picture that is not shown yet is read again.
+    void lookAgain(const Uuid& id);
+
     /// The name and size in words of a file: "report.pdf, 1.2 MB".
     QString fileTitle(const Uuid& id, const QString& fallback);
 

@@ -14,6 +14,8 @@
 #include "app/state/DateWords.h"
 #include "core/body/NoteOutline.h"
 #include "core/body/PlainText.h"
+#include "core/services/AttachmentReferences.h"
+#include "core/services/MissingFiles.h"
 
 #include <QButtonGroup>
 #include <QFileDialog>
@@ -24,6 +26,7 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -217,10 +220,16 @@ void SidePanel::fillAttachments() {
     attachments_->clear();
     const CDNote* const note = parts_.open.note();
     if (note == nullptr) return;
+    const auto missing = missingFiles(parts_.environment.context(), *note);
+    const auto inText = attachmentReferences(note->html.valueOr(""));
     for (const CDAttachment* attachment : parts_.environment.attachments().attachments(*note)) {
-        const QString title = parts_.pictures.fileTitle(*attachment->id, "Attachment");
+        const Uuid id = *attachment->id;
+        const QString title = parts_.pictures.fileTitle(id, "Attachment");
         const qsizetype comma = title.lastIndexOf(", ");
-        attachments_->add(title.left(comma), title.mid(comma + 2), textOf(*attachment->id));
+        const bool isInText = std::ranges::find(inText, id) != inText.end();
+        QString remark = missing.contains(id) ? "Not downloaded yet" : title.mid(comma + 2);
+        if (!isInText) remark += ", not in the text";
+        attachments_->add(title.left(comma), remark, textOf(id));
     }
 }
 

@@ -5,6 +5,8 @@
 #include "app/editor/Printing.h"
 #include "core/model/NoteEntities.h"
 
+#include <QBuffer>
+#include <QImage>
 #include <QLabel>
 #include <QPrinter>
 #include <QPushButton>
@@ -127,6 +129,51 @@ TEST_F(VersionsTest, ThePanelShowsHeadingsLinksAndFiles) {
         if (button->accessibleName() == "Attachments") button->click();
     }
     EXPECT_EQ(entries("attachments"), QStringList{"a.txt"});
+}
+
+TEST_F(VersionsTest, AFileIsShownWhenItHasComeFromAnotherDevice) {
+    QImage image(8, 4, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QByteArray file;
+    QBuffer buffer(&file);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    const Bytes bytes(file.begin(), file.end());
+    CDNote& note = addNote("Plan", "");
+    CDAttachment& attachment =
+        environment->attachments().insert(context(), note, {.filename = "a.png", .data = bytes});
+    const Uuid id = *attachment.id;
+    note.html = "<p><img src=\"tesserine-attachment://" + id.text() + "\"></p>";
+    attachment.fileData = std::nullopt;
+    context().save();
+    editor.open(*note.id);
+    commands.trigger("view.outline");
+    for (auto* button : editor.findChildren<QToolButton*>()) {
+        if (button->accessibleName() == "Attachments") button->click();
+    }
+    const auto remark = [this] {
+        const auto* const row = list("attachments").item(0);
+        return row == nullptr ? QString() : row->data(Qt::AccessibleDescriptionRole).toString();
+    };
+    const auto showsPicture = [this] {
+        const QImage shown = editor.body().viewport()->grab().toImage();
+        for (int y = 0; y < shown.height(); ++y) {
+            for (int x = 0; x < shown.width(); ++x) {
+                const QColor color = shown.pixelColor(x, y);
+                if (color.red() > 200 && color.green() + color.blue() < 60) return true;
+            }
+        }
+        return false;
+    };
+    EXPECT_TRUE(waitUntil([&] { return remark() == "Not downloaded yet"; }))
+        << remark().toStdString();
+    EXPECT_FALSE(showsPicture());
+
+    const auto elsewhere = environment->store().newBackgroundContext();
+    elsewhere->find<CDAttachment>(id)->fileData = bytes;
+    elsewhere->save();
+    EXPECT_TRUE(waitUntil([&] { return remark().endsWith("bytes"); })) << remark().toStdString();
+    EXPECT_TRUE(waitUntil(showsPicture));
 }
 
 TEST_F(VersionsTest, TagsArePutOnAndTakenAway) {

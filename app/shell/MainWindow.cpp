@@ -17,6 +17,7 @@
 #include "app/shell/OpenTabs.h"
 #include "app/shell/TopBar.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/SyncControl.h"
 #include "app/tasks/TaskCommands.h"
 #include "app/tasks/TaskListModel.h"
 #include "app/tasks/TaskListPage.h"
@@ -428,6 +429,7 @@ void MainWindow::settle() {
 }
 
 void MainWindow::followNote(const std::optional<Uuid>& note) {
+    environment_.syncControl().setViewedNote(note);
     if (isEntering_ || !notesShown()) return;
     history().replaceNote(note);
     settle();

@@ -92,6 +92,7 @@ void SyncControl::start() {
                 },
                 Qt::QueuedConnection);
         });
+    worker_->setViewedNote(viewedNote_);
 }
 
 void SyncControl::stop() { worker_.reset(); }
@@ -112,6 +113,11 @@ void SyncControl::syncNow(const SyncEngine::Consent& consent) {
 
 void SyncControl::reconnect() {
     if (worker_) worker_->reconnect();
+}
+
+void SyncControl::setViewedNote(const std::optional<Uuid>& note) {
+    viewedNote_ = note;
+    if (worker_) worker_->setViewedNote(note);
 }
 
 // The account

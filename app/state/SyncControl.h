@@ -48,6 +48,8 @@ public:
     void syncNow(const SyncEngine::Consent& consent = {});
     /// The machine woke up or a network came up: the service may be in reach again.
     void reconnect();
+    /// The note that is open, or none: of the files that are missing its own come first.
+    void setViewedNote(const std::optional<Uuid>& note);
 
     /// Whether a sign-in that began here waits for the browser or for the service. One that nobody
     /// finishes in the browser fails after `AccountSession::signInPatience`.
@@ -84,6 +86,7 @@ private:
     QTimer signInTimer_;  // looks whether the present sign-in was forgotten
     bool isSigningOut_ = false;
     std::stop_source signIn_;  // of the present sign-in
+    std::optional<Uuid> viewedNote_;
     std::unique_ptr<SyncWorker> worker_;
 };
 

@@ -53,6 +53,8 @@ public:
     void syncNow(const SyncEngine::Consent& consent);
     /// The way to the service may be open again, and what was open may be cut.
     void reconnect();
+    /// As `SyncEngine::setViewedNote`.
+    void setViewedNote(const std::optional<Uuid>& note) { engine_.setViewedNote(note); }
 
 private:
     /// What others have told the thread since it last looked.
@@ -78,8 +80,8 @@ private:
     // Fixed after construction.
     const Environment environment_;
     const Report report_;
-    // Touched on the thread only.
     SyncEngine engine_;
+    // Touched on the thread only.
     SyncSchedule schedule_;
     SyncState state_;
     std::optional<std::chrono::nanoseconds> heldBackUntil_;  // after what time alone does not mend

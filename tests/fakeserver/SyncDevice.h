@@ -15,6 +15,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tesserine::test {
@@ -30,6 +31,7 @@ public:
     std::string sync(const SyncEngine::Consent& consent = {});
     /// Forgets everything in memory, as after a kill, and opens the library again.
     void restart();
+    void setViewedNote(const std::optional<Uuid>& note) { engine_->setViewedNote(note); }
     void signIn(const std::string& code = "code") { session_->completeSignIn(code, "Device"); }
     /// A fresh look at what is saved.
     StoreContext& context();

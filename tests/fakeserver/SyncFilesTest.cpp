@@ -2,6 +2,9 @@
 #include "sync/SyncLedger.h"
 #include "tests/fakeserver/SyncFixture.h"
 
+#include <string>
+#include <vector>
+
 namespace tesserine::test {
 namespace {
 
@@ -100,6 +103,32 @@ TEST_F(SyncFiles, NotesHaveTheirTurnWhileManyFilesAreFetched) {
     EXPECT_EQ(b.sync(), "");
     EXPECT_EQ(fetched, 3);
     EXPECT_EQ(b.summary.filesReceived, 3U);
+}
+
+TEST_F(SyncFiles, FilesOfTheNoteThatIsLookedAtComeFirst) {
+    const Uuid first = *a.addNote("First", "<p>1</p>").id;
+    const Uuid second = *a.addNote("Second", "<p>2</p>").id;
+    const Uuid third = *a.addNote("Third", "<p>3</p>").id;
+    int count = 0;
+    for (const Uuid& note : {first, first, second, third}) {
+        attach(a, note, "file " + std::to_string(count++));
+    }
+    EXPECT_EQ(a.sync(), "");
+    std::vector<std::string> order;
+    service.instead = [&](const HTTPRequest& request) -> std::optional<HTTPReply> {
+        if (request.method != "GET" || request.url.find("/blobs/") == std::string::npos) return {};
+        for (int i = 0; i < 4; ++i) {
+            const std::string name = "file " + std::to_string(i);
+            if (request.url.ends_with(sha256Hex(bytesOf(name)))) order.push_back(name);
+        }
+        if (order.size() == 1) b.setViewedNote(second);  // while the first file comes
+        return std::nullopt;
+    };
+    b.setViewedNote(third);
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(order, (std::vector<std::string>{"file 3", "file 2", "file 0", "file 1"}));
+    b.setViewedNote(std::nullopt);
+    EXPECT_EQ(b.sync(), "");
 }
 
 TEST_F(SyncFiles, AFileThatDoesNotComeWholeStaysMissingAndIsFetchedAgain) {
