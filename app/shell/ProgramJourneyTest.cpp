@@ -211,7 +211,8 @@ TEST_F(ProgramJourney, TheBrowserFindsTheWindowThatWaitsForItWhateverItsLibrary)
 
         QProcess second;  // as the desktop starts it for the browser
         second.start(TESSERINE_DESKTOP_PROGRAM, {"tesserine://auth?error=weird"});
-        EXPECT_TRUE(waitUntil(shows("signIn")));
+        // Starting a program may take longer on a busy machine than what happens within this one.
+        EXPECT_TRUE(waitUntil(shows("signIn")) || waitUntil(shows("signIn")));
         EXPECT_TRUE(waitUntil([&] { return second.state() == QProcess::NotRunning; }));
         EXPECT_EQ(second.exitCode(), 0);
         second.kill();
