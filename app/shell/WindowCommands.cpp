@@ -139,22 +139,21 @@ public:
 
     /// Pages that stand over the window, and the small window of today.
     void pages() const {
-        on("library.import", [this_ = *this] { this_.openImport({}); });
-        on("library.export", [this_ = *this] {
-            this_.window_.save();
+        on("library.import", [*this] { openImport({}); });
+        on("library.export", [*this] {
+            window_.save();
             auto* assistant = new ExportAssistant(
-                this_.environment_,
+                environment_,
                 QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation),
-                &this_.window_);
+                &window_);
             assistant->setAttribute(Qt::WA_DeleteOnClose);
             assistant->open();
         });
-        on("library.calendar",
-           [this_ = *this] { exportTasks(this_.environment_, &this_.window_, this_.exported()); });
-        on("note.export", [this_ = *this] {
-            const auto notes = this_.chosen();
+        on("library.calendar", [*this] { exportTasks(environment_, &window_, exported()); });
+        on("note.export", [*this] {
+            const auto notes = chosen();
             if (notes.empty()) return;
-            exportNote(this_.environment_, notes.front(), &this_.window_, this_.exported());
+            exportNote(environment_, notes.front(), &window_, exported());
         });
         on("help.about", [&window = window_] {
             auto* about = new AboutDialog(&window);
@@ -162,10 +161,9 @@ public:
             about->open();
         });
         QObject::connect(
-            &window_,
-            &MainWindow::importWanted,
-            &window_,
-            [this_ = *this](const QStringList& files) { this_.openImport(files); });
+            &window_, &MainWindow::importWanted, &window_, [*this](const QStringList& files) {
+                openImport(files);
+            });
 
         on("view.todayWindow",
            [&window = window_](bool isOn) { window.todayWindow().setVisible(isOn); });
@@ -174,40 +172,35 @@ public:
     /// What is done to the notes that are chosen; of a search, to the one that is open.
     void notes() const {
         NoteList& list = window_.notes().list();
-        on("note.pin", [this_ = *this](bool) {
-            const NoteActions actions = this_.actions();
-            const auto notes = this_.chosen();
-            actions.setPinned(notes, !actions.arePinned(notes));
+        on("note.pin", [*this](bool) {
+            const auto notes = chosen();
+            actions().setPinned(notes, !actions().arePinned(notes));
         });
-        on("note.trash", [this_ = *this] { this_.moveToTrash(); });
-        on("note.duplicate", [this_ = *this] {
-            const auto copies = this_.actions().duplicate(this_.chosen());
-            if (copies.size() == 1) this_.window_.go({Kind::note, copies.front()});
+        on("note.trash", [*this] { moveToTrash(); });
+        on("note.duplicate", [*this] {
+            const auto copies = actions().duplicate(chosen());
+            if (copies.size() == 1) window_.go({Kind::note, copies.front()});
         });
-        on("note.saveAsTemplate", [this_ = *this] {
-            for (const Uuid& note : this_.chosen()) {
-                this_.actions().saveAsTemplate(note);
+        on("note.saveAsTemplate", [*this] {
+            for (const Uuid& note : chosen()) {
+                actions().saveAsTemplate(note);
             }
         });
-        on("note.tags", [this_ = *this] { this_.editTags(); });
-        on("note.copyLink", [this_ = *this] {
+        on("note.tags", [*this] { editTags(); });
+        on("note.copyLink", [*this] {
             QString links;
-            for (const Uuid& note : this_.chosen()) {
+            for (const Uuid& note : chosen()) {
                 if (!links.isEmpty()) links += "\n";
                 links += QString::fromStdString(NoteService::noteURL(note));
             }
             QApplication::clipboard()->setText(links);
         });
-        on("note.move", [this_ = *this] { this_.askNotebook(); });
+        on("note.move", [*this] { askNotebook(); });
+        QObject::connect(&list, &NoteList::moveWanted, &window_, [*this] { askNotebook(); });
+        QObject::connect(&list, &NoteList::tagsWanted, &window_, [*this] { askTag(); });
+        QObject::connect(&list, &NoteList::selectionTurned, &window_, [*this] { showPin(); });
         QObject::connect(
-            &list, &NoteList::moveWanted, &window_, [this_ = *this] { this_.askNotebook(); });
-        QObject::connect(
-            &list, &NoteList::tagsWanted, &window_, [this_ = *this] { this_.askTag(); });
-        QObject::connect(
-            &list, &NoteList::selectionTurned, &window_, [this_ = *this] { this_.showPin(); });
-        QObject::connect(&environment_, &AppEnvironment::libraryChanged, &window_, [this_ = *this] {
-            this_.showPin();
-        });
+            &environment_, &AppEnvironment::libraryChanged, &window_, [*this] { showPin(); });
         commands_.attach(CommandContext::lists, list.view());
         commands_.attach(CommandContext::lists, window_.sidebar());
     }
@@ -269,8 +262,8 @@ private:
     void askNotebook() const {
         const auto notes = chosen();
         if (notes.empty()) return;
-        pickNotebook(environment_, &window_, [this_ = *this, notes](const auto& notebook) {
-            this_.actions().move(notes, notebook);
+        pickNotebook(environment_, &window_, [*this, notes](const auto& notebook) {
+            actions().move(notes, notebook);
         });
     }
 
@@ -288,8 +281,8 @@ private:
         const auto notes = chosen();
         if (notes.empty()) return;
         if (notes.size() > 1) return editTags();
-        pickTag(environment_, &window_, [this_ = *this, notes](const QString& name) {
-            this_.actions().addTag(notes, name);
+        pickTag(environment_, &window_, [*this, notes](const QString& name) {
+            actions().addTag(notes, name);
         });
     }
 
