@@ -4,7 +4,7 @@
 #include "cli/ObjectJSON.h"
 #include "cli/Presentation.h"
 #include "cli/Session.h"
-#include "core/services/MissingFiles.h"
+#include "sync/MissingFiles.h"
 
 #include <boost/json/array.hpp>
 
@@ -70,15 +70,16 @@ ExitStatus listAttachments(Session& session, const Arguments& arguments) {
     for (const CDAttachment* attachment : attachments) {
         const auto id = attachment->id.get();
         const bool isInText = id && std::ranges::find(inText, *id) != inText.end();
+        const auto lack = missing.find(id.value_or(Uuid()));
         const auto size = std::max<std::int64_t>(attachment->byteCount.valueOr(0), 0);
         table.rows.push_back(
             {shortID(id),
              byteText(static_cast<std::uint64_t>(size)),
              attachment->mimeType.valueOr(""),
              attachment->filename.valueOr(""),
-             id && missing.contains(*id) ? "Not downloaded yet"
-             : isInText                  ? ""
-                                         : "not in the text"});
+             lack != missing.end() ? lack->second
+             : isInText            ? ""
+                                   : "not in the text"});
     }
     session.output().table(table);
     return ExitStatus::done;

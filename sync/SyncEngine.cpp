@@ -265,6 +265,7 @@ bool SyncEngine::fetchFiles(Run& run) {
         run.context.reset();
         const auto viewed = viewedNote();
         const auto missing = missingFiles(run, viewed);
+        run.summary.filesFailed = run.failedFiles.size();
         if (missing.empty()) return true;
         for (CDAttachment* const file : missing) {
             if (environment_.clock.monotonic() - start > turnOfFiles) return false;
@@ -276,9 +277,11 @@ bool SyncEngine::fetchFiles(Run& run) {
 
 /// Files to fetch next, at most so many that one may still turn to another note soon.
 std::vector<CDAttachment*> SyncEngine::missingFiles(Run& run, const std::optional<Uuid>& viewed) {
-    const auto limit = filesAtOnce + run.failedFiles.size();
-    const auto hasFailed = [&run](CDAttachment* file) {
-        return run.failedFiles.contains(file->uuid().value_or(Uuid()));
+    const auto limit = filesAtOnce + run.failedFiles.size() + damagedFiles_.size();
+    const auto hasFailed = [&](CDAttachment* file) {
+        const Uuid id = file->uuid().value_or(Uuid());
+        if (damagedFiles_.contains(*file->sha256)) run.failedFiles.insert(id);
+        return run.failedFiles.contains(id);
     };
     std::vector<CDAttachment*> files;
     if (viewed) {
@@ -305,24 +308,37 @@ std::optional<Uuid> SyncEngine::viewedNote() {
 }
 
 void SyncEngine::fetchFile(Run& run, CDAttachment& file) {
+    const SyncLedger ledger(run.context);
+    const std::string digest = *file.sha256;
     try {
-        const std::string bytes = environment_.client.downloadBlob(*file.sha256, run.stop);
-        if (sha256Hex(bytesOf(bytes)) == *file.sha256) {
-            const auto span = bytesOf(bytes);
+        const auto bytes = downloaded(run, digest);
+        ledger.setDamaged(digest, !bytes);
+        if (bytes) {
+            const auto span = bytesOf(*bytes);
             file.fileData = Bytes(span.begin(), span.end());
             file.integrityVerified = true;
-            run.context.save();
-            run.context.releaseLargeValues();
             ++run.summary.filesReceived;
-            return;
+        } else {
+            damagedFiles_.insert(digest);
         }
-        log_.warning("a file does not have its digest and was thrown away");
+        run.context.save();
+        run.context.releaseLargeValues();
+        return;
     } catch (const SyncError& error) {
         if (error.isTransient() || error.kind() == SyncError::Kind::signedOut) throw;
         log_.warning(std::string("a file could not be fetched: ") + error.what());
     }
     run.failedFiles.insert(file.uuid().value_or(Uuid()));
-    run.summary.filesFailed = run.failedFiles.size();
+}
+
+/// The bytes of a file; none when they were not those of its digest, nor the second time.
+std::optional<std::string> SyncEngine::downloaded(Run& run, const std::string& digest) {
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        std::string bytes = environment_.client.downloadBlob(digest, run.stop);
+        if (sha256Hex(bytesOf(bytes)) == digest) return bytes;
+        log_.warning("a file does not have its digest and was thrown away");
+    }
+    return std::nullopt;
 }
 
 /// Files that no record here names any more are deleted on the server, which keeps those that

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -120,12 +121,14 @@ private:
     std::vector<CDAttachment*> missingFiles(Run& run, const std::optional<Uuid>& viewed);
     std::optional<Uuid> viewedNote();
     void fetchFile(Run& run, CDAttachment& file);
+    std::optional<std::string> downloaded(Run& run, const std::string& digest);
     void reclaimFiles(Run& run);
     void askAboutRoom(Run& run);
 
     const Environment environment_;
     const Log log_;
     std::mutex running_;
+    std::set<std::string> damagedFiles_;  // digests, not asked for again until the next start
     std::mutex viewing_;
     std::optional<Uuid> viewedNote_;  // behind `viewing_`
 };

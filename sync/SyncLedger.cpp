@@ -9,6 +9,7 @@ namespace {
 
 constexpr const char* unresolvedName = "unresolved";
 constexpr const char* reclaimName = "reclaim";
+constexpr const char* damagedName = "damaged";
 
 }  // namespace
 
@@ -87,9 +88,23 @@ void SyncLedger::keepUnresolved() {
     storedUnresolved_ = std::move(text);
 }
 
-std::set<std::string> SyncLedger::reclaimable() const {
+std::set<std::string> SyncLedger::reclaimable() const { return digests(reclaimName); }
+
+void SyncLedger::setReclaimable(const std::set<std::string>& digests) const {
+    setDigests(reclaimName, digests);
+}
+
+std::set<std::string> SyncLedger::damagedFiles() const { return digests(damagedName); }
+
+void SyncLedger::setDamaged(const std::string& digest, bool isDamaged) const {
+    auto damaged = damagedFiles();
+    const bool isChanged = isDamaged ? damaged.insert(digest).second : damaged.erase(digest) > 0;
+    if (isChanged) setDigests(damagedName, damaged);
+}
+
+std::set<std::string> SyncLedger::digests(const char* name) const {
     std::set<std::string> digests;
-    const JSONValue stored = JSONValue::decode(value(reclaimName).value_or("[]"));
+    const JSONValue stored = JSONValue::decode(value(name).value_or("[]"));
     if (stored.array() == nullptr) return digests;
     for (const JSONValue& digest : *stored.array()) {
         if (digest.string() != nullptr) digests.insert(*digest.string());
@@ -97,9 +112,9 @@ std::set<std::string> SyncLedger::reclaimable() const {
     return digests;
 }
 
-void SyncLedger::setReclaimable(const std::set<std::string>& digests) const {
+void SyncLedger::setDigests(const char* name, const std::set<std::string>& digests) const {
     const JSONValue list = JSONValue::Array(digests.begin(), digests.end());
-    setValue(reclaimName, json::write(list.toJSON()));
+    setValue(name, json::write(list.toJSON()));
 }
 
 void SyncLedger::forgetAll() const {

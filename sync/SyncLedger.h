@@ -53,6 +53,9 @@ public:
     /// Digests of files whose last record here was deleted; the server may not need them any more.
     std::set<std::string> reclaimable() const;
     void setReclaimable(const std::set<std::string>& digests) const;
+    /// Digests of files that the service keeps handing out with other bytes.
+    std::set<std::string> damagedFiles() const;
+    void setDamaged(const std::string& digest, bool isDamaged) const;
 
     /// Forgets every record and what was agreed with the server, as if nothing had ever been
     /// synced. The account and what people typed (versions that lost) stay.
@@ -60,6 +63,8 @@ public:
 
 private:
     CDSyncMeta* meta(const std::string& name) const;
+    std::set<std::string> digests(const char* name) const;
+    void setDigests(const char* name, const std::set<std::string>& digests) const;
 
     StoreContext& context_;
     std::optional<UnresolvedLinks> unresolved_;

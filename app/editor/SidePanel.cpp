@@ -15,7 +15,7 @@
 #include "core/body/NoteOutline.h"
 #include "core/body/PlainText.h"
 #include "core/services/AttachmentReferences.h"
-#include "core/services/MissingFiles.h"
+#include "sync/MissingFiles.h"
 
 #include <QButtonGroup>
 #include <QFileDialog>
@@ -227,7 +227,9 @@ void SidePanel::fillAttachments() {
         const QString title = parts_.pictures.fileTitle(id, "Attachment");
         const qsizetype comma = title.lastIndexOf(", ");
         const bool isInText = std::ranges::find(inText, id) != inText.end();
-        QString remark = missing.contains(id) ? "Not downloaded yet" : title.mid(comma + 2);
+        const auto lack = missing.find(id);
+        QString remark =
+            lack == missing.end() ? title.mid(comma + 2) : QString::fromStdString(lack->second);
         if (!isInText) remark += ", not in the text";
         attachments_->add(title.left(comma), remark, textOf(id));
     }

@@ -1,4 +1,5 @@
 #include "base/Digest.h"
+#include "sync/MissingFiles.h"
 #include "sync/SyncLedger.h"
 #include "tests/fakeserver/SyncFixture.h"
 
@@ -36,6 +37,12 @@ protected:
         const std::string bytes(textOf(*found->fileData));
         const bool isTrue = sha256Hex(bytesOf(bytes)) == found->sha256.valueOr("");
         return isTrue ? bytes : "wrong bytes";
+    }
+    /// What users read about the one file of a note that is not there.
+    static std::string lack(SyncDevice& device, const Uuid& note) {
+        StoreContext& context = device.context();
+        const auto missing = missingFiles(context, *context.find<CDNote>(note));
+        return missing.empty() ? "" : missing.begin()->second;
     }
     /// Lets every request of one method for a file end with `reply`.
     void answerFiles(const std::string& method, const HTTPReply& reply) {
@@ -131,29 +138,57 @@ TEST_F(SyncFiles, FilesOfTheNoteThatIsLookedAtComeFirst) {
     EXPECT_EQ(b.sync(), "");
 }
 
-TEST_F(SyncFiles, AFileThatDoesNotComeWholeStaysMissingAndIsFetchedAgain) {
+TEST_F(SyncFiles, AFileThatDoesNotComeStaysMissingAndIsFetchedAgain) {
     const Uuid note = sharedNote("<p>1</p>");
     const Uuid file = attach(a, note, "the right bytes");
     EXPECT_EQ(a.sync(), "");
-    for (const HTTPReply& reply :
-         {HTTPReply{.status = 404},
-          HTTPReply{.status = 200, .body = "other bytes"},
-          HTTPReply{.status = 200, .body = ""},
-          HTTPReply{.status = 200, .body = "the right byte"}}) {
-        SCOPED_TRACE(reply.body);
-        answerFiles("GET", reply);
-        EXPECT_EQ(b.sync(), "");
-        EXPECT_EQ(b.summary.filesFailed, 1U);
-        EXPECT_EQ(content(b, file), "no bytes");
-        EXPECT_FALSE(b.context().find<CDAttachment>(file)->integrityVerified.valueOr(false));
-    }
+    answerFiles("GET", {.status = 404});
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(b.summary.filesFailed, 1U);
+    EXPECT_EQ(lack(b, note), "Not downloaded yet");
     answerFiles("GET", {.status = 503});
     EXPECT_NE(b.sync(), "") << "worth another try soon";
     EXPECT_EQ(content(b, file), "no bytes");
     service.instead = nullptr;
     EXPECT_EQ(b.sync(), "");
     EXPECT_EQ(content(b, file), "the right bytes");
+    EXPECT_EQ(lack(b, note), "");
     EXPECT_TRUE(static_cast<bool>(b.context().find<CDAttachment>(file)->integrityVerified));
+}
+
+TEST_F(SyncFiles, AFileThatTwiceHasOtherBytesIsDamagedUntilTheNextStart) {
+    const Uuid note = sharedNote("<p>1</p>");
+    const Uuid file = attach(a, note, "the right bytes");
+    EXPECT_EQ(a.sync(), "");
+    int asked = 0;
+    for (const std::string wrong : {"other bytes", "", "the right byte"}) {
+        SCOPED_TRACE(wrong);
+        service.instead = [&](const HTTPRequest& request) -> std::optional<HTTPReply> {
+            if (request.method != "GET" || request.url.find("/blobs/") == std::string::npos) {
+                return std::nullopt;
+            }
+            ++asked;
+            return HTTPReply{.status = 200, .body = wrong};
+        };
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_EQ(b.sync(), "");
+            EXPECT_EQ(b.summary.filesFailed, 1U);
+            EXPECT_EQ(content(b, file), "no bytes");
+            EXPECT_EQ(lack(b, note), "Damaged on the service");
+            EXPECT_FALSE(b.context().find<CDAttachment>(file)->integrityVerified.valueOr(false));
+        }
+        b.restart();
+    }
+    EXPECT_EQ(asked, 6) << "twice at each start";
+    // Only the first answer is wrong.
+    service.instead = [&](const HTTPRequest& request) -> std::optional<HTTPReply> {
+        if (request.url.find("/blobs/") == std::string::npos || asked++ > 6) return std::nullopt;
+        return HTTPReply{.status = 200, .body = "other bytes"};
+    };
+    EXPECT_EQ(b.sync(), "");
+    EXPECT_EQ(b.summary.filesFailed, 0U);
+    EXPECT_EQ(content(b, file), "the right bytes");
+    EXPECT_EQ(lack(b, note), "");
 }
 
 TEST_F(SyncFiles, OfANoteThatOutlivesItsDeletionFilesNobodyHasAnyMoreAreLetGo) {
