@@ -17,6 +17,8 @@
 namespace tesserine::app {
 namespace {
 
+constexpr int markDelay = 200;  // milliseconds without a change
+
 QLineEdit* field(const QString& name, const QString& purpose, QWidget* parent) {
     auto* const made = new QLineEdit(parent);
     made->setObjectName(name);
@@ -80,6 +82,13 @@ FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
     commands.on("find.replace", this, [this] { open(Purpose::replace); });
     commands.on("find.next", this, [this] { go({}); });
     commands.on("find.previous", this, [this] { go(QTextDocument::FindBackward); });
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, [this] {
+        if (!body_.isLoading()) markAll();  // otherwise what comes in starts it again
+    });
+    connect(&body, &QTextEdit::textChanged, this, [this] {
+        if (isVisible()) timer_.start(markDelay);
+    });
     connect(&body.note(), &NoteDocument::aboutToBeReplaced, this, [this] { found_.clear(); });
     hide();
 }
@@ -100,15 +109,31 @@ void FindBar::keyPressEvent(QKeyEvent* event) {
     hide();
 }
 
+/// Other pages of the window hide it as well, and bring it back.
+void FindBar::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    timer_.start(0);
+}
+
 void FindBar::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
-    found_.clear();
-    body_.setOverlay(BodyEdit::Overlay::found, {});
+    timer_.stop();
+    forgetMarks();
     body_.setFocus();
 }
 
 /// Marks every place and goes to the first behind the cursor.
 void FindBar::search() {
+    markAll();
+    QTextCursor here = body_.textCursor();
+    here.setPosition(here.selectionStart());
+    body_.setTextCursor(here);
+    go({});
+}
+
+/// Marks and counts every place.
+void FindBar::markAll() {
+    timer_.stop();
     found_.clear();
     QList<QTextEdit::ExtraSelection> marks;
     QTextCharFormat look;
@@ -123,10 +148,12 @@ void FindBar::search() {
         }
     }
     body_.setOverlay(BodyEdit::Overlay::found, marks);
-    QTextCursor here = body_.textCursor();
-    here.setPosition(here.selectionStart());
-    body_.setTextCursor(here);
-    go({});
+    showCount();
+}
+
+void FindBar::forgetMarks() {
+    found_.clear();
+    body_.setOverlay(BodyEdit::Overlay::found, {});
 }
 
 void FindBar::go(QTextDocument::FindFlags flags) {
@@ -158,6 +185,7 @@ void FindBar::replaceOne() {
 /// One step to undo.
 void FindBar::replaceAll() {
     if (sought_->text().isEmpty() || body_.isReadOnly()) return;
+    forgetMarks();  // every change would look through them
     std::size_t count = 0;
     body_.edit([&](NoteDocument& note, QTextCursor& cursor) {
         cursor.beginEditBlock();

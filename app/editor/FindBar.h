@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QTextCursor>
+#include <QTimer>
 #include <QWidget>
 
 #include <vector>
@@ -13,7 +14,8 @@ namespace tesserine::app {
 class BodyEdit;
 class Commands;
 
-/// Finds words in the open note, and replaces them. Case does not matter.
+/// Finds words in the open note, and replaces them. Case does not matter. What it marks and counts
+/// follows the note when that is changed.
 class FindBar final : public QWidget {
     Q_OBJECT
 
@@ -28,8 +30,11 @@ public:
 
 private:
     void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void search();
+    void markAll();
+    void forgetMarks();
     void go(QTextDocument::FindFlags flags);
     void replaceOne();
     void replaceAll();
@@ -41,6 +46,7 @@ private:
     QWidget* const replacing_;
     QLabel* const count_;
     std::vector<QTextCursor> found_;
+    QTimer timer_;  // until the note was left unchanged for a moment
 };
 
 }  // namespace tesserine::app

@@ -15,6 +15,17 @@ public:
     FindBar& bar() { return *editor.findChild<FindBar*>("findBar"); }
     void look(const QString& words) { bar().findChild<QLineEdit*>("findField")->setText(words); }
     QString count() { return bar().findChild<QLabel*>()->text(); }
+    bool becomes(const QString& count) {
+        return waitUntil([&] { return this->count() == count; });
+    }
+    /// The words that are marked in the note.
+    QStringList marked() {
+        QStringList words;
+        for (const auto& mark : editor.body().extraSelections()) {
+            words.append(mark.cursor.selectedText());
+        }
+        return words;
+    }
 };
 
 TEST_F(FindTest, GoesFromPlaceToPlaceAndAround) {
@@ -65,6 +76,35 @@ TEST_F(FindTest, VeryManyPlacesAreCountedToABoundAndReplacedAsOneStep) {
     EXPECT_EQ(html(), body);
     look("1499");
     EXPECT_EQ(count(), "1 of 1");
+}
+
+TEST_F(FindTest, WhatIsCountedAndMarkedFollowsTheNote) {
+    CDNote& note = openNote("<p>tea, |coffee</p>");
+    commands.trigger("find.replace");
+    look("tea");
+    press(Qt::Key_End, Qt::ControlModifier);
+    type("tea");
+    EXPECT_TRUE(becomes("2 found")) << count().toStdString();
+    EXPECT_EQ(marked(), (QStringList{"tea", "tea"}));
+    type("\b");
+    EXPECT_TRUE(becomes("1 found")) << count().toStdString();
+    EXPECT_EQ(marked(), QStringList{"tea"});
+
+    bar().findChild<QPushButton*>("replaceAll")->click();
+    EXPECT_EQ(count(), "Replaced 1");
+    commands.trigger("edit.undo");
+    EXPECT_TRUE(becomes("1 found")) << count().toStdString();
+    EXPECT_EQ(marked(), QStringList{"tea"});
+    ASSERT_TRUE(editor.save());
+
+    environment->notes().updateNote(context(), note, {.html = "<p>Tea tea</p><p>tea</p>"});
+    context().save();
+    EXPECT_TRUE(waitUntil([&] { return count().contains('3'); })) << count().toStdString();
+    EXPECT_EQ(marked(), (QStringList{"Tea", "tea", "tea"}));
+    CDNote& other = addNote("Other", "<p>coffee</p>");
+    editor.open(*other.id);
+    EXPECT_TRUE(becomes("Not found")) << count().toStdString();
+    EXPECT_EQ(marked(), QStringList());
 }
 
 TEST_F(FindTest, LinksToNotesWhileTyping) {
