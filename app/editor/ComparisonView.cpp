@@ -102,6 +102,10 @@ ComparisonView::ComparisonView(
         : comparison.areEqual() ? "The words are the same; what differs is how they look."
                                 : "What differs is marked.");
     buttons_->addWidget(summary, 1);
+    auto* const closing = new QPushButton("Close", this);
+    closing->setDefault(true);
+    connect(closing, &QPushButton::clicked, this, &QDialog::reject);
+    buttons_->addWidget(closing);
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(space::large, space::large, space::large, space::large);
     column->setSpacing(space::large);
@@ -112,7 +116,6 @@ ComparisonView::ComparisonView(
 
 void ComparisonView::addChoice(const QString& title, int result) {
     auto* const button = new QPushButton(title, this);
-    button->setDefault(buttons_->count() == 1);
     connect(button, &QPushButton::clicked, this, [this, result] { done(result); });
     buttons_->addWidget(button);
 }

@@ -11,7 +11,7 @@ namespace tesserine::app {
 class Pictures;
 
 /// Two versions of a note side by side, with what differs marked. Shown over the window; what can
-/// be done about them stands below.
+/// be done about them stands below. Return closes it: no version goes by a key pressed too often.
 class ComparisonView final : public QDialog {
     Q_OBJECT
 
@@ -24,7 +24,7 @@ public:
     /// `pictures` outlives it.
     ComparisonView(const Side& left, const Side& right, Pictures& pictures, QWidget* parent);
 
-    /// Adds a button that closes the view with `result` (1 or more); the first is the usual one.
+    /// Adds a button that closes the view with `result` (1 or more).
     void addChoice(const QString& title, int result);
 
 private:

@@ -143,6 +143,7 @@ void UnlockDialog::showText(SecretBytes text) {
     auto* const removal =
         buttons->addButton("Remove Encryption…", QDialogButtonBox::DestructiveRole);
     removal->setObjectName("removeEncryption");
+    buttons->button(QDialogButtonBox::Close)->setDefault(true);
     connect(removal, &QPushButton::clicked, this, &UnlockDialog::removalWanted);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout()->addWidget(shown);

@@ -274,7 +274,6 @@ void SidePanel::showVersion(const Uuid& id) {
         parts_.pictures,
         this);
     view->setAttribute(Qt::WA_DeleteOnClose);
-    view->addChoice("Close", QDialog::Rejected);
     view->addChoice("Restore This Version", QDialog::Accepted);
     connect(view, &QDialog::accepted, this, [this, id] {
         CDNote* const present = parts_.open.note();
@@ -327,6 +326,7 @@ void SidePanel::deleteAttachment(const Uuid& id) {
             : "Delete this attachment? This cannot be undone.";
     QMessageBox box(
         QMessageBox::Question, "Delete Attachment", question, QMessageBox::Cancel, this);
+    box.setDefaultButton(QMessageBox::Cancel);
     const QAbstractButton* const deletion = box.addButton("Delete", QMessageBox::DestructiveRole);
     box.exec();
     if (box.clickedButton() != deletion) return;

@@ -97,6 +97,24 @@ TEST_F(VersionsTest, AConflictEndsAsTheReaderSays) {
     }
 }
 
+TEST_F(VersionsTest, ReturnOverTwoVersionsChangesNeither) {
+    CDNote& note = noteInConflict();
+    choose(editor.notice(), "Compare…");
+    QTest::keyClick(comparison()->findChild<BodyEdit*>("leftVersion"), Qt::Key_Return);
+    EXPECT_FALSE(comparison()->isVisible());
+    EXPECT_TRUE(note.hasConflict) << "it is still to be settled";
+    EXPECT_EQ(*note.html, "<p>one two mine</p>");
+    settle();
+
+    commands.trigger("note.versions");
+    const int versions = list("versions").count();
+    emit list("versions").chosen(list("versions").item(versions - 1)->data(Qt::UserRole));
+    ASSERT_NE(comparison(), nullptr);
+    QTest::keyClick(comparison(), Qt::Key_Return);
+    EXPECT_FALSE(comparison()->isVisible());
+    EXPECT_EQ(*note.html, "<p>one two mine</p>");
+}
+
 TEST_F(VersionsTest, AConflictThatOthersFindOrSettleIsSaidInTheOpenNote) {
     const Uuid id = *openNote("<p>the same words|</p>").id;
     const auto setConflict = [&](bool isInConflict) {
