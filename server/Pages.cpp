@@ -39,17 +39,33 @@ HTTPReply page(int status, std::string_view title, const std::string& content) {
         .body = std::move(body)};
 }
 
+/// With the caret where something is to be typed first.
+std::string signInForm(std::string_view email) {
+    std::string address;
+    html::appendEscapedAttribute(address, email);
+    const char* const focusOfAddress = email.empty() ? " autofocus" : "";
+    const char* const focusOfPassword = email.empty() ? "" : " autofocus";
+    return R"(<form method="post"><label for="email">Email</label>)"
+           R"(<input id="email" name="email" type="email" autocomplete="username" required value=")"
+           + address + "\"" + focusOfAddress
+           + R"(><label for="password">Password</label>)"
+             R"(<input id="password" name="password" type="password" )"
+             R"(autocomplete="current-password" required)"
+           + focusOfPassword + R"(><button>Sign in</button></form>)";
+}
+
 }  // namespace
 
-HTTPReply signIn(std::string_view remark) {
-    std::string content = "<h1>Sign in to Tesserine</h1>";
-    if (!remark.empty()) content += "<p role=\"alert\">" + escaped(remark) + "</p>";
-    content += R"(<form method="post"><label for="email">Email</label>)"
-               R"(<input id="email" name="email" type="email" autocomplete="username" required>)"
-               R"(<label for="password">Password</label>)"
-               R"(<input id="password" name="password" type="password" )"
-               R"(autocomplete="current-password" required><button>Sign in</button></form>)";
-    return page(remark.empty() ? 200 : 403, "Sign in", content);
+HTTPReply signIn() {
+    return page(200, "Sign in", "<h1>Sign in to Tesserine</h1>" + signInForm({}));
+}
+
+HTTPReply signInAgain(std::string_view email, std::string_view remark) {
+    return page(
+        403,
+        "Sign in",
+        "<h1>Sign in to Tesserine</h1><p role=\"alert\">" + escaped(remark) + "</p>"
+            + signInForm(email));
 }
 
 HTTPReply signedIn(std::string_view callback) {

@@ -8,8 +8,10 @@
 /// The few pages that people see in a browser. None holds a script, and each says so in its policy.
 namespace tesserine::server::pages {
 
-/// Asks for address and password; `remark` is shown above the form.
-HTTPReply signIn(std::string_view remark = {});
+/// Asks for address and password.
+HTTPReply signIn();
+/// Asks again, after the `remark` what was wrong; the address need not be typed again.
+HTTPReply signInAgain(std::string_view email, std::string_view remark);
 /// Leads back to the program with a one-time code.
 HTTPReply signedIn(std::string_view callback);
 /// A shared note, to be read. `html` may be anything: it is sanitised.

@@ -15,13 +15,14 @@ HTTPReply Service::signIn(const Exchange& exchange) {
     const std::string password = exchange.field("password");
     const std::string name = text::caseFolded(email);
     if (!limit_.allows(name) || !limit_.allows(exchange.from)) {
-        return pages::signIn("Too many attempts. Wait a quarter of an hour, then try again.");
+        return pages::signInAgain(
+            email, "Too many attempts. Wait a quarter of an hour, then try again.");
     }
     const auto code = accounts_.signIn(email, password);
     if (!code) {
         limit_.failed(name);
         limit_.failed(exchange.from);
-        return pages::signIn("That address and password do not go together.");
+        return pages::signInAgain(email, "That address and password do not go together.");
     }
     return pages::signedIn(std::string(product::urlScheme) + "://auth?code=" + *code);
 }

@@ -89,7 +89,10 @@ constexpr const char* signedOut =
     "Your Tesserine session has ended. Sign in again to keep syncing.";
 
 TEST_F(ServiceTest, SigningInTakesTheRightPasswordAndACodeWorksOnce) {
-    EXPECT_EQ(submit("wrong").status, 403);
+    const HTTPReply again = submit("wrong");
+    EXPECT_EQ(again.status, 403);
+    EXPECT_NE(again.body.find("value=\"anna@example.org\""), std::string::npos);
+    EXPECT_EQ(again.body.find("wrong"), std::string::npos) << "the password stays unsaid";
     const std::string first = code();
     ASSERT_EQ(first.size(), 64U);
     auto client = clientWith("");
