@@ -3,7 +3,6 @@
 #include <QDesktopServices>
 #include <QEvent>
 #include <QLabel>
-#include <QLayout>
 #include <QPushButton>
 #include <QUrl>
 
@@ -92,8 +91,7 @@ bool isMainButton(const QPushButton& button) { return button.property(mainProper
 
 void resizeToFit(QWidget& window, QSize usual) {
     const QSize size = usual.expandedTo(window.minimumSizeHint());
-    const int height = window.layout()->totalHeightForWidth(size.width());
-    window.resize(size.width(), std::max(size.height(), height));
+    window.resize(size.width(), std::max(size.height(), window.heightForWidth(size.width())));
 }
 
 bool showFolder(const QString& folder) {

@@ -18,6 +18,7 @@ ChoiceCard::ChoiceCard(
     setAccessibleName(title);
     setAccessibleDescription(text);
     setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);  // its text wraps, as others do
     setAttribute(Qt::WA_Hover);
     setCursor(Qt::PointingHandCursor);
 

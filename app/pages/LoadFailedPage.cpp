@@ -2,6 +2,7 @@
 
 #include "app/look/IconLabel.h"
 #include "app/look/PageParts.h"
+#include "app/pages/RestoreDialog.h"
 
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -9,7 +10,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <algorithm>
+#include <utility>
 
 namespace tesserine::app {
 namespace {
@@ -18,50 +19,56 @@ constexpr int columnWidth = 460;
 
 }  // namespace
 
-LoadFailedPage::LoadFailedPage(
-    const std::filesystem::path& library, const QString& sentence, QWidget* parent)
-    : QWidget(parent), folder_(QString::fromStdString(library.string())) {
+LoadFailedPage::LoadFailedPage(Failure failure, QWidget* parent)
+    : ColumnPage(parent),
+      folder_(QString::fromStdString(failure.library.string())),
+      setting_(std::move(failure.setting)) {
     setObjectName("loadFailedPage");
-    auto* const middle = new QWidget(this);
-
-    auto* const reason = makeText(sentence, TextRole::body, middle);
+    auto* const reason = makeText(failure.sentence, TextRole::body, middle());
     reason->setObjectName("loadFailedSentence");
     reason->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     auto* const promise = makeHint(
-        tr("Nothing was changed. Your notes are where they were:\n%1").arg(folder_), middle);
+        tr("Nothing was changed in the folder of the library:\n%1").arg(folder_), middle());
     promise->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
-    auto* const show = new QPushButton(tr("Show in Folder"), middle);
-    auto* const other = new QPushButton(tr("Choose Another Folder"), middle);
-    auto* const quit = makeMainButton(tr("Quit"), middle);
+    auto* const show = new QPushButton(tr("Show in Folder"), middle());
+    auto* const other = new QPushButton(tr("Choose Another Folder"), middle());
+    auto* const quit = makeMainButton(tr("Quit"), middle());
     connect(show, &QPushButton::clicked, this, [this] { showFolder(folder_); });
     connect(other, &QPushButton::clicked, this, &LoadFailedPage::chooseFolder);
     connect(quit, &QPushButton::clicked, this, &LoadFailedPage::quitAsked);
 
     auto* const buttons = new QHBoxLayout;
+    if (setting_) buttons->addWidget(makeRestoreButton());
     buttons->addWidget(show);
     buttons->addWidget(other);
     buttons->addStretch(1);
     buttons->addWidget(quit);
 
-    auto* const column = new QVBoxLayout(middle);
-    column->addStretch(2);
-    column->addWidget(new IconLabel(icon("warning", Ink::warning), 48, middle));
-    column->addSpacing(space::large);
-    column->addWidget(makeText(tr("The library could not be opened"), TextRole::title, middle));
-    column->addSpacing(space::small);
-    column->addWidget(reason);
-    column->addSpacing(space::small);
-    column->addWidget(promise);
-    column->addSpacing(space::huge);
-    column->addLayout(buttons);
-    column->addStretch(3);
+    column().addStretch(2);
+    column().addWidget(new IconLabel(icon("warning", Ink::warning), 48, middle()));
+    column().addSpacing(space::large);
+    column().addWidget(makeText(tr("The library could not be opened"), TextRole::title, middle()));
+    column().addSpacing(space::small);
+    column().addWidget(reason);
+    column().addSpacing(space::small);
+    column().addWidget(promise);
+    column().addSpacing(space::huge);
+    column().addLayout(buttons);
+    column().addStretch(3);
+    limitColumn(columnWidth);
+}
 
-    middle->setMaximumWidth(std::max(columnWidth, column->minimumSize().width()));
-    auto* const row = new QHBoxLayout(this);
-    row->addStretch(1);
-    row->addWidget(middle, 1000);
-    row->addStretch(1);
+QPushButton* LoadFailedPage::makeRestoreButton() {
+    auto* const button = new QPushButton(tr("Restore a Backup…"), middle());
+    button->setObjectName("restoreBackup");
+    connect(button, &QPushButton::clicked, this, [this] {
+        auto* const dialog = new RestoreDialog(*setting_, this);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        connect(dialog, &QDialog::accepted, this, &LoadFailedPage::restored);
+        dialog->open();
+    });
+    return button;
 }
 
 void LoadFailedPage::chooseFolder() {

@@ -27,29 +27,26 @@ QString shortPath(const QString& path) {
 }  // namespace
 
 OnboardingPage::OnboardingPage(const std::filesystem::path& proposed, QWidget* parent)
-    : QWidget(parent),
+    : ColumnPage(parent),
       folder_(QString::fromStdString(proposed.string())),
-      place_(makeText({}, TextRole::body, this)) {
+      place_(makeText({}, TextRole::body, middle())) {
     setObjectName("onboardingPage");
-    auto* const middle = new QWidget(this);
-    middle->setMaximumWidth(columnWidth);
-
     auto* const fresh = new ChoiceCard(
         "note-add",
         tr("Start Fresh"),
         tr("An empty library with five short notes that show how things work."),
-        middle);
+        middle());
     auto* const bringIn = new ChoiceCard(
         "import",
         tr("Import Notes"),
         tr("Bring in a folder of Markdown or an export of another program. What was there stays "
            "as it is."),
-        middle);
+        middle());
     auto* const signIn = new ChoiceCard(
         "sync",
         tr("Sign In"),
         tr("Fetch the library that another computer of yours keeps in step with a service."),
-        middle);
+        middle());
     fresh->setObjectName("startFresh");
     bringIn->setObjectName("importNotes");
     signIn->setObjectName("signInFirst");
@@ -57,43 +54,37 @@ OnboardingPage::OnboardingPage(const std::filesystem::path& proposed, QWidget* p
     connect(bringIn, &ChoiceCard::clicked, this, [this] { emit importChosen(folder_); });
     connect(signIn, &ChoiceCard::clicked, this, [this] { emit signInChosen(folder_); });
 
-    auto* const change = new QPushButton(tr("Choose Another Folder"), middle);
+    auto* const change = new QPushButton(tr("Choose Another Folder"), middle());
     connect(change, &QPushButton::clicked, this, &OnboardingPage::chooseFolder);
     place_->setObjectName("libraryFolder");
     auto* const placeWords = new QVBoxLayout;
     placeWords->setSpacing(space::hair);
-    placeWords->addWidget(makeHint(tr("Your library will be kept in"), middle));
+    placeWords->addWidget(makeHint(tr("Your library will be kept in"), middle()));
     placeWords->addWidget(place_);
     auto* const placeRow = new QHBoxLayout;
-    placeRow->addWidget(new IconLabel(icon("folder", Ink::secondary), 20, middle));
+    placeRow->addWidget(new IconLabel(icon("folder", Ink::secondary), 20, middle()));
     placeRow->addSpacing(space::small);
     placeRow->addLayout(placeWords, 1);
     placeRow->addWidget(change);
 
-    auto* const column = new QVBoxLayout(middle);
-    column->setSpacing(space::small);
-    column->addStretch(2);
-    column->addWidget(new IconLabel(programIcon(), 72, middle));
-    column->addSpacing(space::medium);
-    column->addWidget(makeText(tr("Welcome to Tesserine"), TextRole::display, middle));
-    column->addWidget(makeHint(
+    column().setSpacing(space::small);
+    column().addStretch(2);
+    column().addWidget(new IconLabel(programIcon(), 72, middle()));
+    column().addSpacing(space::medium);
+    column().addWidget(makeText(tr("Welcome to Tesserine"), TextRole::display, middle()));
+    column().addWidget(makeHint(
         tr("Notes and tasks that stay yours: one library on your own disk, and nothing that "
            "needs an account."),
-        middle));
-    column->addSpacing(space::huge);
-    column->addWidget(fresh);
-    column->addWidget(bringIn);
-    column->addWidget(signIn);
-    column->addSpacing(space::huge);
-    column->addLayout(placeRow);
-    column->addStretch(3);
-
-    auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(space::huge, space::huge, space::huge, space::huge);
-    row->addStretch(1);
-    row->addWidget(middle, 1000);
-    row->addStretch(1);
+        middle()));
+    column().addSpacing(space::huge);
+    column().addWidget(fresh);
+    column().addWidget(bringIn);
+    column().addWidget(signIn);
+    column().addSpacing(space::huge);
+    column().addLayout(placeRow);
+    column().addStretch(3);
     showPlace();
+    limitColumn(columnWidth);
     fresh->setFocus();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QWidget>
+#include "app/pages/ColumnPage.h"
 
 #include <filesystem>
 
@@ -10,7 +10,7 @@ namespace tesserine::app {
 
 /// The first thing a new user sees: where the library will lie, and how to begin. Nothing is
 /// written before a way was chosen.
-class OnboardingPage final : public QWidget {
+class OnboardingPage final : public ColumnPage {
     Q_OBJECT
 
 public:

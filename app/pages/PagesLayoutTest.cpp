@@ -5,6 +5,7 @@
 #include "app/pages/ImportAssistant.h"
 #include "app/pages/LoadFailedPage.h"
 #include "app/pages/OnboardingPage.h"
+#include "app/pages/RestoreDialog.h"
 #include "app/pages/SettingsPage.h"
 #include "app/state/WindowFixture.h"
 #include "app/testing/WidgetFaultsFixture.h"
@@ -40,18 +41,20 @@ public:
             {"onboarding",
              [] {
                  auto page = std::make_unique<OnboardingPage>("/home/ada/.local/share/Tesserine");
-                 resizeToFit(*page, {780, 600});
+                 page->resize(780, 560);  // of a small screen
                  return page;
              },
-             1.0},
+             2.0},
             {"load failed",
-             [] {
-                 auto page = std::make_unique<LoadFailedPage>(
+             [this] {
+                 auto page = std::make_unique<LoadFailedPage>(LoadFailedPage::Failure{
                      "/home/ada/.local/share/Tesserine",
-                     "The library could not be opened: the file is damaged.");
-                 resizeToFit(*page, {780, 600});
+                     "The library could not be opened: the file is damaged.",
+                     setting()});
+                 page->resize(780, 560);
                  return page;
              }},
+            {"restore", [this] { return std::make_unique<RestoreDialog>(setting()); }},
             {"about", [] { return std::make_unique<AboutDialog>(nullptr); }},
             {"import", [this] { return std::make_unique<ImportAssistant>(*environment, nullptr); }},
             {"export",
@@ -76,7 +79,7 @@ public:
 
 TEST_F(PagesLayoutTest, NothingIsCutWithUsualAndWithLargeLettersInEitherDirection) {
     const Theme theme(*qApp);
-    for (const double scale : {1.0, 1.4}) {
+    for (const double scale : {1.0, 1.4, 2.0}) {
         QFont font = usual;
         font.setPointSizeF(usual.pointSizeF() * scale);
         QApplication::setFont(font);

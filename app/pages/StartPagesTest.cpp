@@ -57,8 +57,8 @@ TEST(OnboardingPage, ShowsWhereTheLibraryWillBeInAFewLetters) {
     EXPECT_EQ(textOf(OnboardingPage(neighbour), "libraryFolder"), neighbour);
 }
 
-TEST(LoadFailedPage, SaysWhyAndOffersThreeWaysOn) {
-    LoadFailedPage page("/srv/notes", "The library could not be opened. It is damaged.");
+TEST(LoadFailedPage, SaysWhyAndReturnIsTheWayThatHarmsNothing) {
+    LoadFailedPage page({"/srv/notes", "The library could not be opened. It is damaged."});
     int quits = 0;
     QObject::connect(&page, &LoadFailedPage::quitAsked, &page, [&] { ++quits; });
     page.show();

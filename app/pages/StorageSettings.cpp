@@ -48,14 +48,9 @@ QString sizeText(std::uint64_t bytes) { return shownSize(static_cast<qint64>(byt
 
 QString backupsText(const std::vector<LibraryBackup>& backups, const Calendar& calendar) {
     if (backups.empty()) return StorageSettings::tr("There is no backup yet.");
-    const LocalTime newest = calendar.local(backups.front().createdAt);
-    const QString day = QString::fromStdString(calendar.longDate(backups.front().createdAt));
-    const QString time =
-        QString("%1:%2").arg(newest.hour, 2, 10, QChar('0')).arg(newest.minute, 2, 10, QChar('0'));
-    if (backups.size() == 1) return StorageSettings::tr("One backup, of %1, %2.").arg(day, time);
-    return StorageSettings::tr("%3 backups, the newest of %1, %2.")
-        .arg(day, time)
-        .arg(backups.size());
+    const QString newest = shownMoment(backups.front().createdAt, calendar);
+    if (backups.size() == 1) return StorageSettings::tr("One backup, of %1.").arg(newest);
+    return StorageSettings::tr("%2 backups, the newest of %1.").arg(newest).arg(backups.size());
 }
 
 QString reportText(const LibraryReport& report) {

@@ -8,7 +8,6 @@
 #include "app/look/PageParts.h"
 #include "app/look/ScreenFit.h"
 #include "app/pages/GeneralSettings.h"
-#include "app/pages/LoadFailedPage.h"
 #include "app/pages/OnboardingPage.h"
 #include "app/pages/SettingsPage.h"
 #include "app/pages/WelcomeLibrary.h"
@@ -22,6 +21,7 @@
 #include "base/FirstWeekday.h"
 #include "base/UserError.h"
 #include "core/store/LibraryFolder.h"
+#include "core/store/LibraryUse.h"
 #include "search/SearchCoordinator.h"
 
 #include <QApplication>
@@ -73,9 +73,11 @@ void rememberDesktopScheme(AppEnvironment& environment, Theme::Scheme scheme) {
     }
 }
 
+/// Also where its file is missing: that is a failure to tell of, not a beginning.
 bool isLibrary(const std::filesystem::path& folder) {
     std::error_code error;
-    return std::filesystem::exists(folder / TesserineStore::fileName, error);
+    return std::filesystem::exists(folder / TesserineStore::fileName, error)
+           || LibraryUse::isKnown(folder);
 }
 
 }  // namespace
@@ -92,7 +94,7 @@ int Program::run() {
         if (handOver(setting)) return 0;
         isLibrary(setting.library) ? open(setting) : showOnboarding(setting.library);
     } catch (const LibraryFolderError& error) {
-        showLoadFailure(options_.library.value_or(""), QString::fromUtf8(error.what()));
+        showLoadFailure({options_.library.value_or(""), QString::fromUtf8(error.what())});
     }
     return QApplication::exec();
 }
@@ -136,7 +138,7 @@ void Program::open(const AppSetting& setting) {
         showWindow();
     } catch (const StoreError& error) {
         environment_.reset();
-        showLoadFailure(setting.library, QString::fromUtf8(error.what()));
+        showLoadFailure({setting.library, QString::fromUtf8(error.what()), setting});
     }
 }
 
@@ -157,8 +159,13 @@ void Program::showOnboarding(const std::filesystem::path& folder) {
     showPage(std::move(page));
 }
 
-void Program::showLoadFailure(const std::filesystem::path& folder, const QString& sentence) {
-    auto page = std::make_unique<LoadFailedPage>(folder, sentence);
+void Program::showLoadFailure(LoadFailedPage::Failure failure) {
+    auto page = std::make_unique<LoadFailedPage>(failure);
+    connect(page.get(), &LoadFailedPage::restored, this, [this, setting = failure.setting] {
+        beginning_ = Beginning::none;
+        // The page tells from within one of its own signals.
+        QTimer::singleShot(0, this, [this, setting] { open(*setting); });
+    });
     connect(page.get(), &LoadFailedPage::folderChosen, this, [this](const QString& chosen) {
         openChosen(chosen, Beginning::none);
     });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/desktop/Request.h"
+#include "app/pages/LoadFailedPage.h"
 #include "app/shell/ProcessSetting.h"
 #include "app/shell/StartOptions.h"
 
@@ -43,7 +44,7 @@ private:
     void followSignIn();
     void open(const AppSetting& setting);
     void showOnboarding(const std::filesystem::path& folder);
-    void showLoadFailure(const std::filesystem::path& folder, const QString& sentence);
+    void showLoadFailure(LoadFailedPage::Failure failure);
     void openChosen(const QString& folder, Beginning beginning);
     void showPage(std::unique_ptr<QWidget> page);
 

@@ -7,6 +7,7 @@
 #include "app/pages/ImportAssistant.h"
 #include "app/pages/LoadFailedPage.h"
 #include "app/pages/OnboardingPage.h"
+#include "app/pages/RestoreDialog.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/NotesPane.h"
 #include "app/shell/Program.h"
@@ -136,9 +137,25 @@ TEST_F(ProgramJourney, ALibraryThatCannotBeOpenedIsNeverReplaced) {
     run({}, [] {
         ASSERT_TRUE(waitUntil([] { return shown<LoadFailedPage>() != nullptr; }));
         EXPECT_EQ(shown<MainWindow>(), nullptr);
-        EXPECT_EQ(shown<LoadFailedPage>()->findChildren<QPushButton*>().size(), 3);
+        EXPECT_EQ(shown<LoadFailedPage>()->findChildren<QPushButton*>().size(), 4);
     });
     EXPECT_EQ(textOf(files::read(file, 1'000)), "this is not a library");
+}
+
+TEST_F(ProgramJourney, ALibraryThatIsMissingFromItsFolderIsNoBeginningAndComesBackFromABackup) {
+    terminal({"note", "add", "--title", "Minutes"});
+    terminal({"backup"});
+    files::removeIfPresent(library / TesserineStore::fileName);
+    run({}, [] {
+        ASSERT_TRUE(waitUntil([] { return shown<LoadFailedPage>() != nullptr; }));
+        shown<LoadFailedPage>()->findChild<QPushButton*>("restoreBackup")->click();
+        ASSERT_TRUE(waitUntil([] { return shown<RestoreDialog>() != nullptr; }));
+        QPushButton* const restore = shown<RestoreDialog>()->findChild<QPushButton*>("restore");
+        ASSERT_TRUE(waitUntil([&] { return restore->isEnabled(); }));
+        restore->click();
+        ASSERT_NE(window(), nullptr);
+        EXPECT_TRUE(waitUntil([] { return titles(window()->notes().list()) == "Minutes;"; }));
+    });
 }
 
 TEST_F(ProgramJourney, AFolderWithoutALibraryGetsOneOnlyWhenItIsAskedFor) {

@@ -44,6 +44,11 @@ QString shownTime(Instant instant, Instant now, const Calendar& calendar) {
     return (date.isEmpty() ? QString("Today") : date) + " " + clockTime(calendar.local(instant));
 }
 
+QString shownMoment(Instant instant, const Calendar& calendar) {
+    return QString::fromStdString(calendar.longDate(instant)) + ", "
+           + clockTime(calendar.local(instant));
+}
+
 QString shownSize(qint64 byteCount) {
     static const QLocale english(QLocale::English);
     return english.formattedDataSize(byteCount, 1, QLocale::DataSizeSIFormat);

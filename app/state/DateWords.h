@@ -18,6 +18,9 @@ QString shownDate(Instant instant, Instant now, const Calendar& calendar);
 /// The same with the time of day, for what will happen: "Today 09:15", "14 Mar 09:15".
 QString shownTime(Instant instant, Instant now, const Calendar& calendar);
 
+/// In full, for what has happened: "14 March 2026, 09:15".
+QString shownMoment(Instant instant, const Calendar& calendar);
+
 /// "437 bytes", "1.5 MB"; 1 kB is 1,000 bytes, as in the terminal and where the limits are set.
 QString shownSize(qint64 byteCount);
 

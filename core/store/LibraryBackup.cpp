@@ -297,6 +297,18 @@ LibraryBackup LibraryBackups::verify(const std::filesystem::path& folder) const 
     return backup;
 }
 
+std::optional<std::size_t> LibraryBackups::noteCount(const std::filesystem::path& folder) {
+    try {
+        const auto count =
+            openCopy(folder / TesserineStore::fileName)
+                ->integer(
+                    "SELECT COUNT(*) FROM ZCDNOTE WHERE ZTRASHEDAT IS NULL AND ZISTEMPLATE = 0");
+        return static_cast<std::size_t>(count);
+    } catch (const SQLiteDatabase::Error&) {
+        return std::nullopt;
+    }
+}
+
 Instant LibraryBackups::fileTime(const std::filesystem::path& file) {
     const auto system = std::chrono::file_clock::to_sys(std::filesystem::last_write_time(file));
     return Instant::fromSeconds(Instant::Duration(system.time_since_epoch()).count())

@@ -89,6 +89,8 @@ public:
     std::vector<LibraryBackup> list() const;
     /// Whether the copy opens, is whole and has its large values. Throws `BackupError::notABackup`.
     LibraryBackup verify(const std::filesystem::path& folder) const;
+    /// How many notes are in the copy, without templates and trash; none when it cannot be read.
+    static std::optional<std::size_t> noteCount(const std::filesystem::path& folder);
     /// Puts the backup in the library's place. The library must not be open anywhere. What stood
     /// there (readable or not) is kept beside as "Tesserine.sqlite.replaced-<time>". Verifies
     /// first.
