@@ -17,10 +17,10 @@ find_package(ZLIB REQUIRED)                                 # their compressed b
 find_package(CURL 7.88 REQUIRED)                            # HTTP; CURL::libcurl
 find_package(Poco 1.11 REQUIRED COMPONENTS Net NetSSL)       # the service's sockets; Poco::Net
 find_package(Qt6 6.4 REQUIRED                               # the window, met in app/ only
-    COMPONENTS Widgets Svg PrintSupport Network DBus)
+    COMPONENTS Widgets Svg PrintSupport DBus)
 
 if(BUILD_TESTING)
-    find_package(Qt6 6.4 REQUIRED COMPONENTS Test)          # keys and clicks in the window's tests
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Test Network)  # the window's tests: keys, clicks, others
     find_package(GTest REQUIRED)                            # tests; GTest::gtest_main, GTest::gmock
     include(GoogleTest)
 endif()

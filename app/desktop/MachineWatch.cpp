@@ -1,6 +1,12 @@
 #include "app/desktop/MachineWatch.h"
 
 namespace tesserine::app {
+namespace {
+
+/// NetworkManager's NM_STATE_CONNECTED_LOCAL; above it stand those that reach further.
+constexpr uint connectedLocally = 50;
+
+}  // namespace
 
 MachineWatch::MachineWatch(QDBusConnection systemBus, QObject* parent) : QObject(parent) {
     systemBus.connect(
@@ -10,25 +16,24 @@ MachineWatch::MachineWatch(QDBusConnection systemBus, QObject* parent) : QObject
         "PrepareForSleep",
         this,
         SLOT(followSleep(bool)));
-}
-
-void MachineWatch::watchNetwork() {
-    using Feature = QNetworkInformation::Feature;
-    if (!QNetworkInformation::loadBackendByFeatures(Feature::Reachability)) return;
-    const QNetworkInformation* const network = QNetworkInformation::instance();
-    reach_ = network->reachability();
-    connect(network, &QNetworkInformation::reachabilityChanged, this, &MachineWatch::followNetwork);
-}
-
-/// The service may be in the same house: a network without a way to the world is one too.
-void MachineWatch::followNetwork(QNetworkInformation::Reachability reach) {
-    const bool reachesFurther = reach > reach_;
-    reach_ = reach;
-    if (reachesFurther && reach >= QNetworkInformation::Reachability::Local) emit networkCameUp();
+    systemBus.connect(
+        "org.freedesktop.NetworkManager",
+        "/org/freedesktop/NetworkManager",
+        "org.freedesktop.NetworkManager",
+        "StateChanged",
+        this,
+        SLOT(followNetwork(uint)));
 }
 
 void MachineWatch::followSleep(bool isFallingAsleep) {
     if (!isFallingAsleep) emit wokeUp();
+}
+
+/// The service may be in the same house: a network without a way to the world is one too.
+void MachineWatch::followNetwork(uint state) {
+    const bool reachesFurther = state > state_;
+    state_ = state;
+    if (reachesFurther && state >= connectedLocally) emit networkCameUp();
 }
 
 }  // namespace tesserine::app

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QDBusConnection>
-#include <QNetworkInformation>
 #include <QObject>
 
 namespace tesserine::app {
@@ -12,15 +11,8 @@ class MachineWatch final : public QObject {
     Q_OBJECT
 
 public:
-    /// Listens to the session manager on the system's bus, if there is one.
+    /// Listens to the session manager and to NetworkManager on the system's bus, if there is one.
     explicit MachineWatch(QDBusConnection systemBus, QObject* parent = nullptr);
-
-    /// Listens to the network of this machine as well, if one of the plugins that can tell works.
-    void watchNetwork();
-
-public slots:
-    /// The network is now known to reach so far.
-    void followNetwork(QNetworkInformation::Reachability reach);
 
 signals:
     void wokeUp();
@@ -28,9 +20,10 @@ signals:
 
 private slots:
     void followSleep(bool isFallingAsleep);
+    void followNetwork(uint state);
 
 private:
-    QNetworkInformation::Reachability reach_ = QNetworkInformation::Reachability::Unknown;
+    uint state_ = 0;  // as NetworkManager counts: the further the network reaches, the higher
 };
 
 }  // namespace tesserine::app

@@ -11,8 +11,6 @@
 namespace tesserine::app {
 namespace {
 
-using Reach = QNetworkInformation::Reachability;
-
 /// Writes down what a watch tells: "w" for waking, "n" for a network.
 class MachineWatchTest : public ::testing::Test {
 public:
@@ -24,6 +22,12 @@ public:
         QDBusMessage signal = QDBusMessage::createSignal(
             "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep");
         signal << isFallingAsleep;
+        bus.send(signal);
+    }
+    static void tellOfNetwork(const QDBusConnection& bus, uint state) {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            "/org/freedesktop/NetworkManager", "org.freedesktop.NetworkManager", "StateChanged");
+        signal << state;
         bus.send(signal);
     }
 
@@ -46,20 +50,32 @@ TEST_F(MachineWatchTest, TellsOfWakingAndNotOfFallingAsleep) {
 }
 
 TEST_F(MachineWatchTest, TellsOfANetworkThatReachesFurtherThanBefore) {
-    MachineWatch watch(QDBusConnection("no bus at all"));
+    test::PrivateBus bus;
+    QDBusConnection manager = bus.connection("manager");
+    ASSERT_TRUE(manager.registerService("org.freedesktop.NetworkManager"));
+    ASSERT_TRUE(manager.registerService("org.freedesktop.login1"));
+    MachineWatch watch(bus.connection("program"));
     listenTo(watch);
-    for (const auto& [reach, expected] : {
-             std::pair{Reach::Disconnected, ""},
-             std::pair{Reach::Local, "n"},
-             std::pair{Reach::Online, "nn"},
-             std::pair{Reach::Online, "nn"},
-             std::pair{Reach::Site, "nn"},
-             std::pair{Reach::Unknown, "nn"},
-             std::pair{Reach::Online, "nnn"},
-         }) {
-        watch.followNetwork(reach);
-        EXPECT_EQ(told, expected) << "reach " << static_cast<int>(reach);
+    constexpr uint disconnected = 20;
+    constexpr uint connecting = 40;
+    constexpr uint local = 50;
+    constexpr uint site = 60;
+    constexpr uint global = 70;
+    for (const uint state :
+         {disconnected,
+          connecting,
+          local,
+          global,
+          global,
+          site,
+          disconnected,
+          connecting,
+          global}) {
+        tellOfNetwork(manager, state);
     }
+    tellOfSleep(manager, false);  // comes after all of them
+    EXPECT_TRUE(test::WindowFixture::waitUntil([this] { return told.ends_with('w'); }));
+    EXPECT_EQ(told, "nnnw");
 }
 
 }  // namespace

@@ -1,12 +1,12 @@
 #include "app/desktop/SingleInstance.h"
 
-#include "base/Digest.h"
-
+#include <QCryptographicHash>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QLocalSocket>
+#include <QSocketNotifier>
 #include <QThread>
 
 #include <optional>
@@ -24,11 +24,12 @@ QString nameIn(const QString& runtimeFolder, const QString& name) {
     return QDir(runtimeFolder).filePath("tesserine-" + name);
 }
 
-/// One library by all its names has one name here, short enough for a socket.
+/// One library by all its names has one name here, short enough for a socket. The toolkit's digest
+/// is there already; that of a library would have to be set up first, while the user waits.
 QString nameOf(const std::filesystem::path& library) {
     const std::string path = std::filesystem::weakly_canonical(library).string();
-    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(path.data());
-    return QString::fromStdString(sha256Hex({bytes, path.size()}).substr(0, 16));
+    const QByteArray bytes = QByteArray::fromStdString(path);
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().left(16);
 }
 
 QString nameOf(SingleInstance::Post post) {
@@ -55,6 +56,38 @@ std::optional<QStringList> argumentsIn(const QByteArray& message) {
 
 }  // namespace
 
+/// A later program while it hands over its arguments: one line, answered by one.
+class SingleInstance::Visitor final : public QObject {
+public:
+    Visitor(LocalSocket socket, SingleInstance& host)
+        : QObject(&host),
+          host_(host),
+          socket_(std::move(socket)),
+          arrival_(socket_.descriptor(), QSocketNotifier::Read) {
+        connect(&arrival_, &QSocketNotifier::activated, this, &Visitor::read);
+    }
+
+private:
+    void read() {
+        const QByteArray piece = socket_.read();
+        message_ += piece;
+        const bool isTooLong = message_.size() > longestMessage;
+        const bool isWhole = message_.endsWith('\n');
+        if (!piece.isEmpty() && !isTooLong && !isWhole) return;
+        const auto arguments = isWhole && !isTooLong ? argumentsIn(message_) : std::nullopt;
+        if (arguments) socket_.write(taken);
+        arrival_.setEnabled(false);
+        socket_ = LocalSocket();
+        deleteLater();
+        if (arguments) emit host_.asked(*arguments);
+    }
+
+    SingleInstance& host_;
+    LocalSocket socket_;
+    QSocketNotifier arrival_;
+    QByteArray message_;
+};
+
 SingleInstance::SingleInstance(const std::filesystem::path& library, const QString& runtimeFolder)
     : SingleInstance(nameIn(runtimeFolder, nameOf(library))) {}
 
@@ -68,45 +101,28 @@ SingleInstance::SingleInstance(QString name) : name_(std::move(name)), lock_(nam
     if (isFirst_) listen();
 }
 
-void SingleInstance::listen() {
-    server_.setSocketOptions(QLocalServer::UserAccessOption);
-    QLocalServer::removeServer(name_ + ".socket");  // left by one that was killed
-    connect(&server_, &QLocalServer::newConnection, this, [this] {
-        while (QLocalSocket* visitor = server_.nextPendingConnection()) {
-            serve(*visitor);
-        }
-    });
-    server_.listen(name_ + ".socket");
+SingleInstance::~SingleInstance() {
+    if (listener_.isOpen()) QFile::remove(socketFile());
 }
 
-void SingleInstance::serve(QLocalSocket& visitor) {
-    connect(&visitor, &QLocalSocket::disconnected, &visitor, &QObject::deleteLater);
-    const auto read = [this, &visitor] {
-        if (visitor.bytesAvailable() > longestMessage) return visitor.abort();
-        if (!visitor.canReadLine()) return;
-        const auto arguments = argumentsIn(visitor.readLine());
-        if (!arguments) return visitor.abort();
-        visitor.write(taken);
-        visitor.disconnectFromServer();
-        emit asked(*arguments);
-    };
-    connect(&visitor, &QLocalSocket::readyRead, this, read);
-    read();
+void SingleInstance::listen() {
+    listener_ = LocalSocket::listenAt(socketFile());
+    if (!listener_.isOpen()) return;
+    auto* const arrival = new QSocketNotifier(listener_.descriptor(), QSocketNotifier::Read, this);
+    connect(arrival, &QSocketNotifier::activated, this, [this] {
+        LocalSocket visitor = listener_.accept();
+        if (visitor.isOpen()) new Visitor(std::move(visitor), *this);
+    });
 }
 
 bool SingleInstance::handOver(
     const QStringList& arguments, std::chrono::milliseconds patience) const {
     QElapsedTimer timer;
     timer.start();
-    const auto left = [&] { return static_cast<int>(patience.count() - timer.elapsed()); };
-    while (left() > 0) {
-        QLocalSocket socket;
-        socket.connectToServer(name_ + ".socket");
-        if (socket.waitForConnected(left())) {
-            socket.write(messageOf(arguments));
-            while (left() > 0 && !socket.canReadLine() && socket.waitForReadyRead(left())) {}
-            return socket.readLine() == taken;
-        }
+    while (timer.elapsed() < patience.count()) {
+        const auto left = patience - std::chrono::milliseconds(timer.elapsed());
+        const auto socket = LocalSocket::connectTo(socketFile(), left);
+        if (socket.isOpen()) return socket.write(messageOf(arguments)) && socket.read() == taken;
         QThread::msleep(tryAgainAfter);
     }
     return false;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QLocalServer>
+#include "app/desktop/LocalSocket.h"
+
 #include <QLockFile>
 #include <QObject>
 #include <QStringList>
@@ -16,6 +17,7 @@ namespace tesserine::app {
 /// Belongs to the main thread. The lock goes with the object, and with the process however it ends.
 class SingleInstance final : public QObject {
     Q_OBJECT
+    Q_DISABLE_COPY_MOVE(SingleInstance)
 
 public:
     /// What one program at a time waits for, whatever its library.
@@ -25,6 +27,7 @@ public:
     /// in it are named after the library.
     SingleInstance(const std::filesystem::path& library, const QString& runtimeFolder);
     SingleInstance(Post post, const QString& runtimeFolder);
+    ~SingleInstance() override;
 
     /// Whether this program is the one of the library or post. Only then is `asked` sent.
     bool isFirst() const { return isFirst_; }
@@ -40,13 +43,15 @@ signals:
     void asked(const QStringList& arguments);
 
 private:
+    class Visitor;
+
     explicit SingleInstance(QString name);
     void listen();
-    void serve(QLocalSocket& visitor);
+    QString socketFile() const { return name_ + ".socket"; }
 
     const QString name_;  // of both files, without their ends
     QLockFile lock_;
-    QLocalServer server_;
+    LocalSocket listener_;
     bool isFirst_ = false;
 };
 

@@ -54,9 +54,17 @@ TEST_F(SingleInstanceTest, ASecondStartHandsOverItsArguments) {
 
     EXPECT_TRUE(handOver(second, {"tesserine://today", "/tmp/ä b\n.md"}));
     EXPECT_TRUE(handOver(second, {}));
+    const QString isLong(200'000, 'x');  // comes in pieces
+    EXPECT_TRUE(handOver(second, {isLong}));
+    EXPECT_FALSE(handOver(second, {isLong, isLong})) << "more than anybody asks for";
     EXPECT_EQ(
         asked,
-        (std::vector<QStringList>{{"tesserine://today", QString::fromUtf8("/tmp/ä b\n.md")}, {}}));
+        (std::vector<QStringList>{
+            {"tesserine://today", QString::fromUtf8("/tmp/ä b\n.md")}, {}, {isLong}}));
+    using std::filesystem::perms;
+    EXPECT_EQ(
+        std::filesystem::status(socketFile().toStdString()).permissions(),
+        perms::owner_read | perms::owner_write);
 }
 
 TEST_F(SingleInstanceTest, WhoeverWaitsForASignInIsFoundWithoutALibrary) {

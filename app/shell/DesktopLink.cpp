@@ -25,7 +25,6 @@ DesktopLink::DesktopLink(AppEnvironment& environment)
     const auto reconnect = [&environment] { environment.syncControl().reconnect(); };
     connect(&machine_, &MachineWatch::wokeUp, this, reconnect);
     connect(&machine_, &MachineWatch::networkCameUp, this, reconnect);
-    machine_.watchNetwork();
     refreshTray();
     reminders_.start();
 }
