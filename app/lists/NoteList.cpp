@@ -45,7 +45,6 @@ NoteList::NoteList(AppEnvironment& environment, QWidget* parent)
       actions_(environment, this),
       model_(new NoteListModel(environment, this)),
       view_(new NoteListView(environment, *model_, this)),
-      empty_(new EmptyState(emptyContentOf(Place::Kind::allNotes), this)),
       title_(new QLabel(this)),
       count_(new QLabel(this)),
       orderButton_(new IconButton("sort", "Order of notes", this)),
@@ -61,7 +60,6 @@ NoteList::NoteList(AppEnvironment& environment, QWidget* parent)
         if (notes.size() == 1) emit noteOpened(notes.front());
     });
     connect(view_, &QWidget::customContextMenuRequested, this, &NoteList::showMenu);
-    connect(empty_, &EmptyState::acted, this, &NoteList::createNote);
     for (const auto change :
          {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
         connect(model_, change, this, &NoteList::refreshHeader);
@@ -111,7 +109,6 @@ void NoteList::buildHeader() {
 
     stack_ = new QStackedLayout;
     stack_->addWidget(view_);
-    stack_->addWidget(empty_);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
@@ -122,7 +119,6 @@ void NoteList::buildHeader() {
 void NoteList::showPlace(const Place& place, const std::optional<Uuid>& note) {
     awaited_ = note;
     awaitsFirst_ = false;
-    empty_->setContent(emptyContentOf(place.kind));
     view_->clearSelection();
     model_->show(NoteScope(place, order()));
     view_->scrollToTop();
@@ -234,13 +230,25 @@ void NoteList::refreshHeader() {
     const auto count = static_cast<std::size_t>(model_->rowCount());
     count_->setText(model_->isComplete() ? shownCount(count, "note", "notes") : QString(" "));
     const bool isEmpty = count == 0 && model_->isComplete();
-    stack_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(empty_) : view_);
+    isEmpty ? showEmptyState() : stack_->setCurrentWidget(view_);
     emptyTrashButton_->setVisible(isTrash() && !isEmpty);
     newButton_->setVisible(!isTrash());
     const auto kind = place().kind;
     orderButton_->setVisible(
         kind != Place::Kind::trash && kind != Place::Kind::pinned
         && kind != Place::Kind::reminders);
+}
+
+/// Made when there is a first list without notes: a window is shown sooner without it.
+void NoteList::showEmptyState() {
+    const auto content = emptyContentOf(place().kind);
+    if (empty_ == nullptr) {
+        empty_ = new EmptyState(content, this);
+        stack_->addWidget(empty_);
+        connect(empty_, &EmptyState::acted, this, &NoteList::createNote);
+    }
+    empty_->setContent(content);
+    stack_->setCurrentWidget(empty_);
 }
 
 void NoteList::showMenu(const QPoint& where) {

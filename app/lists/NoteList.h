@@ -66,6 +66,7 @@ private:
     void chooseFirst();
     void tellSelection();
     void refreshHeader();
+    void showEmptyState();
     void showMenu(const QPoint& where);
     void fillMenu(QMenu& menu);
     void fillTrashMenu(QMenu& menu);
@@ -76,7 +77,7 @@ private:
     NoteActions actions_;
     NoteListModel* model_;
     NoteListView* view_;
-    EmptyState* empty_;
+    EmptyState* empty_ = nullptr;
     QStackedLayout* stack_ = nullptr;
     QLabel* title_;
     QLabel* count_;

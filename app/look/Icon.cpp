@@ -119,7 +119,6 @@ private:
 }  // namespace
 
 QIcon icon(const QString& name, Ink ink) {
-    assert(QFile::exists(pathOf(name)) && "icons are named as their files are");
     return QIcon(new TintedIcon(name, ink));
 }
 

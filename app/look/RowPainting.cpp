@@ -16,6 +16,16 @@ Qt::LayoutDirection directionOf(const QString& text) {
     return text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
 }
 
+/// Shapes no more of a long text than a line can show.
+QString cutToFit(const QPainter& painter, const QString& text, int width) {
+    constexpr int narrowest = 4;  // pixels; hardly any text has narrower letters throughout
+    const QFontMetrics metrics = painter.fontMetrics();
+    const QString start = text.left(width / narrowest);
+    const QString cut = metrics.elidedText(start, Qt::ElideRight, width);
+    const bool isWhole = cut.size() == start.size() && start.size() < text.size();
+    return isWhole ? metrics.elidedText(text, Qt::ElideRight, width) : cut;
+}
+
 /// `text` runs as its language does, from where a line of `layout` begins.
 void paintLine(
     QPainter& painter, const QRect& line, const QString& text, Qt::LayoutDirection layout) {
@@ -25,7 +35,7 @@ void paintLine(
     painter.drawText(
         line,
         static_cast<int>(side) | Qt::AlignVCenter | Qt::AlignAbsolute | Qt::TextSingleLine,
-        painter.fontMetrics().elidedText(text, Qt::ElideRight, line.width()));
+        cutToFit(painter, text, line.width()));
     painter.setLayoutDirection(before);
 }
 

@@ -39,7 +39,6 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
       lists_(new QStackedWidget(splitter_)),
       list_(new NoteList(environment, lists_)),
       right_(new QStackedWidget(splitter_)),
-      nothing_(new EmptyState(noNote, right_)),
       undo_(new UndoBar(this, *list_)) {
     lists_->addWidget(list_);
     lists_->setMinimumWidth(narrowestList);
@@ -47,10 +46,7 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
     page->setAutoFillBackground(true);
     page->setBackgroundRole(QPalette::Base);
     right_->addWidget(page);
-    right_->addWidget(nothing_);
     right_->setMinimumWidth(narrowestEditor);
-    nothing_->setAutoFillBackground(true);
-    nothing_->setBackgroundRole(QPalette::Base);
     splitter_->setHandleWidth(1);
     splitter_->setChildrenCollapsible(false);
     splitter_->setStretchFactor(1, 1);
@@ -84,6 +80,13 @@ void NotesPane::makeEditor() {
     emit editorMade(*editor_);
 }
 
+void NotesPane::makeNothing() {
+    nothing_ = new EmptyState(noNote, right_);
+    nothing_->setAutoFillBackground(true);
+    nothing_->setBackgroundRole(QPalette::Base);
+    right_->addWidget(nothing_);
+}
+
 void NotesPane::beginToFollow() {
     isFollowing_ = true;
     const auto note = std::exchange(waiting_, std::nullopt);
@@ -106,8 +109,8 @@ bool NotesPane::showBeside(QWidget* list) {
     if (lists_->indexOf(list) < 0) lists_->addWidget(list);
     lists_->setCurrentWidget(list);
     waiting_.reset();
-    nothing_->setContent({"note", "No note chosen", "Choose a result on the left to read it."});
     showNothing();
+    nothing_->setContent({"note", "No note chosen", "Choose a result on the left to read it."});
     return true;
 }
 
@@ -158,7 +161,7 @@ void NotesPane::follow(const std::optional<Uuid>& note) {
 }
 
 void NotesPane::showSelection(const std::vector<Uuid>& notes) {
-    if (!showsList()) return;
+    if (!showsList() || nothing_ == nullptr) return;
     if (notes.size() < 2) return nothing_->setContent(noNote);
     nothing_->setContent(
         {"notes",
@@ -180,6 +183,7 @@ void NotesPane::offerRestore(const Uuid& note) {
 }
 
 void NotesPane::showNothing() {
+    if (nothing_ == nullptr) makeNothing();
     right_->setCurrentWidget(nothing_);
     emit noteOpened({});
 }

@@ -58,6 +58,7 @@ signals:
 
 private:
     void makeEditor();
+    void makeNothing();
     void follow(const std::optional<Uuid>& note);
     void showSelection(const std::vector<Uuid>& notes);
     void offerUndo(const std::vector<Uuid>& notes);
@@ -71,7 +72,7 @@ private:
     NoteList* list_;
     QStackedWidget* right_;
     NoteEditor* editor_ = nullptr;
-    EmptyState* nothing_;
+    EmptyState* nothing_ = nullptr;
     UndoBar* undo_;
     std::vector<Uuid> undoable_;  // notes that went to the trash last
     bool isFollowing_ = false;
