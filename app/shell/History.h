@@ -29,6 +29,7 @@ public:
     /// Another note of the same list, by the arrow keys for instance: not a step of its own.
     void replaceNote(const std::optional<Uuid>& note) { stops_[at_].note = note; }
 
+    void replace(const Stop& stop) { stops_[at_] = stop; }
     /// The same place by another name, such as a query while it is typed.
     void replacePlace(const Place& place) { stops_[at_].place = place; }
 

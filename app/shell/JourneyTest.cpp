@@ -280,6 +280,28 @@ TEST_F(Journey, APlaceThatIsDeletedElsewhereLeavesTheWindowInAllNotes) {
     ASSERT_TRUE(waitUntil([this] { return place() == "tesserine://notes"; }));
 }
 
+TEST_F(Journey, WhereAPlaceWasDeletedMeanwhileTabsAndBackShowAllNotes) {
+    CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
+    CDTag& errands = *environment->tags().findOrCreate(context(), "errands");
+    context().save();
+    window().go({Kind::tag, *errands.id});
+    window().go({Kind::notebook, *work.id});
+    window().openTab({Kind::trash});
+    environment->notebooks().remove(context(), work);
+    environment->tags().remove(context(), errands);
+    context().save();
+    auto* tabs = window().findChild<QTabBar*>("tabs");
+    tabs->setCurrentIndex(0);
+    EXPECT_EQ(place(), "tesserine://notes");
+    EXPECT_EQ(tabs->tabText(0), "All Notes");
+    press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(place(), "tesserine://notes");
+    press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_FALSE(commands().action("go.back").isEnabled()) << "the way back went on";
+    tabs->setCurrentIndex(1);
+    EXPECT_EQ(place(), "tesserine://trash");
+}
+
 TEST_F(Journey, KeysGoOnInWhatIsShown) {
     addNote("Plan");
     addTask("Call Ana");

@@ -368,9 +368,10 @@ void MainWindow::goForward() {
     returnTo(history().goForward());
 }
 
-/// A place that has gone meanwhile is passed over by All Notes.
+/// Where a place has gone meanwhile, All Notes stand from now on.
 void MainWindow::returnTo(const Stop& stop) {
-    if (!enter(stop)) enter({.place = {Kind::allNotes}});
+    const Stop instead{.place = {Kind::allNotes}};
+    if (!enter(stop) && enter(instead)) history().replace(instead);
     settle();
 }
 
@@ -406,9 +407,7 @@ void MainWindow::turnTabs(int steps) {
 }
 
 void MainWindow::showTab(int index) {
-    if (index < 0) return;
-    enter(current());
-    settle();
+    if (index >= 0) returnTo(current());
 }
 
 // Following
