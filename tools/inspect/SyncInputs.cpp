@@ -23,7 +23,10 @@ SyncRetryPolicy policyOf(const object& input) {
     if (!given->is_object()) throw InputError("“policy” is not an object");
     const object& fields = given->get_object();
     const auto seconds = [&fields](std::string_view key, Seconds& member) {
-        if (const auto number = optionalNumber(fields, key)) member = Seconds(*number);
+        const auto number = optionalNumber(fields, key);
+        if (!number) return;
+        if (*number < 0 || *number > 1e9) throw InputError("“" + std::string(key) + "” is no time");
+        member = Seconds(*number);
     };
     policy.attempts = static_cast<int>(integer(fields, "attempts", policy.attempts));
     seconds("baseDelay", policy.baseDelay);
