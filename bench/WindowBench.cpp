@@ -1,11 +1,12 @@
 // How long the first window takes, and how much memory, beside a program of the toolkit alone whose
-// window is empty. Both are started in turns as processes of their own, as a user starts them; the
-// middle of several rounds counts.
+// window is empty, and one whose window shows a line of text. All are started in turns as processes
+// of their own, as a user starts them; the middle of several rounds counts.
 //
 // Usage: tesserine-window-bench [NOTES] [ROUNDS]
 //        tesserine-window-bench --library FOLDER [NOTES]    makes the library and ends
 
 #include "app/look/Theme.h"
+#include "app/shell/HeadStart.h"
 #include "app/shell/Program.h"
 #include "app/shell/StartOptions.h"
 #include "bench/PaintReport.h"
@@ -17,20 +18,23 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <iomanip>
 #include <iostream>
+#include <string>
 #include <vector>
 
 namespace {
 
 using namespace tesserine;
 
-/// What an empty window and ours are told: how long to go on after the first paint.
+/// What each of them is told: how long to go on after the first paint.
 const QString settlingMilliseconds = "10000";  // index compared, backup of the day made
 
 /// The shipped program, on a library of its own: LIBRARY SETTLING_MILLISECONDS START.
 int runOurs(QApplication& application, const QStringList& words) {
     bench::reportFirstPaint(
         words.value(2).toLongLong(), std::chrono::milliseconds(words.value(1).toInt()));
+    const app::HeadStart headStart;
     app::Theme theme(application);
     app::Program program(theme, app::StartOptions::read({"--library", words.value(0)}));
     return program.run();
@@ -67,30 +71,40 @@ void start(Figures& figures, const QString& program, QStringList words, const QS
     figures.megabytes.push_back(numbers[2].toDouble() / 1024);
 }
 
+void print(const std::string& what, const Figures& figures) {
+    std::cout << std::left << std::setw(16) << what << middle(figures.milliseconds)
+              << " ms, at best " << std::ranges::min(figures.milliseconds) << " ms; "
+              << middle(figures.megabytes) << " MB, at most " << middle(figures.mostMegabytes)
+              << " MB\n";
+}
+
+double ratio(const Figures& figures, const Figures& limit) {
+    return middle(figures.milliseconds) / middle(limit.milliseconds);
+}
+
 int compare(std::size_t notes, int rounds) {
     const QTemporaryDir folder;
     const QString library = folder.filePath("Library");
     bench::makeIndexedLibrary(library.toStdString(), notes);
     const QString ours = QApplication::applicationFilePath();
     const QString bare = QDir(QApplication::applicationDirPath()).filePath("tesserine-bare-window");
+    Figures ofEmpty;
+    Figures ofText;
     Figures ofOurs;
-    Figures ofBare;
     for (int round = 0; round < rounds; ++round) {
-        start(ofBare, bare, {}, folder.path());
+        start(ofEmpty, bare, {}, folder.path());
+        start(ofText, bare, {"A line of text"}, folder.path());
         start(ofOurs, ours, {"--ours", library}, folder.path());
     }
-    if (ofBare.milliseconds.empty() || ofOurs.milliseconds.empty()) return 1;
-    const auto print = [](const Figures& figures) {
-        std::cout << middle(figures.milliseconds) << " ms, " << middle(figures.megabytes)
-                  << " MB, at most " << middle(figures.mostMegabytes) << " MB\n";
-    };
+    for (const Figures* figures : {&ofEmpty, &ofText, &ofOurs}) {
+        if (figures->milliseconds.empty()) return 1;
+    }
     std::cout << "first window on " << QApplication::platformName().toStdString() << '\n';
-    std::cout << "bare          ";
-    print(ofBare);
-    std::cout << notes << " notes  ";
-    print(ofOurs);
-    std::cout << "ratio         " << middle(ofOurs.milliseconds) / middle(ofBare.milliseconds)
-              << '\n';
+    print("empty", ofEmpty);
+    print("a line of text", ofText);
+    print(std::to_string(notes) + " notes", ofOurs);
+    std::cout << "ours beside the empty one " << ratio(ofOurs, ofEmpty)
+              << ", beside the line of text " << ratio(ofOurs, ofText) << '\n';
     return 0;
 }
 

@@ -1,4 +1,5 @@
 #include "app/look/Theme.h"
+#include "app/shell/HeadStart.h"
 #include "app/shell/Program.h"
 #include "app/shell/StartOptions.h"
 #include "base/Product.h"
@@ -29,6 +30,7 @@ int main(int count, char** words) {
         std::cout << "Tesserine " << product::version << '\n';
         return 0;
     }
+    const app::HeadStart headStart;
     app::Theme theme(application);
     theme.setScheme(options.scheme);
     app::Program program(theme, options);
