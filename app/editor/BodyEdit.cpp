@@ -381,6 +381,7 @@ void BodyEdit::paintEvent(QPaintEvent* event) {
 void BodyEdit::resizeEvent(QResizeEvent* event) {
     const int room = width() - verticalScrollBar()->sizeHint().width();
     const int side = std::max(space::huge, (room - widestColumn) / 2);
+    columnWidth_ = room - 2 * side;
     setViewportMargins(side, space::small, side, space::small);
     emit columnChanged(side);
     QTextEdit::resizeEvent(event);
@@ -394,8 +395,7 @@ void BodyEdit::resizeEvent(QResizeEvent* event) {
 
 void BodyEdit::wrap() {
     wrapTimer_.stop();
-    const int width = viewport()->width();
-    if (width != lineWrapColumnOrWidth()) setLineWrapColumnOrWidth(width);
+    if (columnWidth_ != lineWrapColumnOrWidth()) setLineWrapColumnOrWidth(columnWidth_);
 }
 
 bool BodyEdit::canInsertFromMimeData(const QMimeData* source) const {

@@ -130,6 +130,7 @@ private:
         overlays_;
     QFont font_;
     int zoomStep_ = 0;
+    int columnWidth_ = 0;  // beside the bar that scrolls, whether or not that is shown
     bool hasShortcuts_ = true;
     QTimer wrapTimer_;
 };

@@ -203,6 +203,21 @@ TEST_F(BodyEdit, AnotherThemeLeavesWhatCanBeUndone) {
              .html);
 }
 
+TEST_F(BodyEdit, TheColumnIsAsWideWithABarThatScrollsAsWithout) {
+    openNote("<p>short|</p>");
+    const int width = editor.body().lineWrapColumnOrWidth();
+    std::string longBody;
+    for (int i = 0; i < 100; ++i) {
+        longBody += "<p>line</p>";
+    }
+    openNote(longBody);
+    QApplication::processEvents();
+    EXPECT_EQ(editor.body().lineWrapColumnOrWidth(), width);
+    openNote("<p>short|</p>");
+    QApplication::processEvents();
+    EXPECT_EQ(editor.body().lineWrapColumnOrWidth(), width);
+}
+
 TEST_F(BodyEdit, LinesMoveWithWhatTheyAre) {
     openNote("<h1>a</h1><p></p><ul><li>b|</li><li>c</li></ul>");
     press(Qt::Key_Up, Qt::AltModifier);

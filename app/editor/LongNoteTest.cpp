@@ -50,8 +50,9 @@ TEST_F(LongNote, ComesPieceByPieceAndUnchanged) {
 
 TEST_F(LongNote, KeepsItsLinesWhileTheWindowIsBeingResized) {
     openNote("<p>short|</p>");
+    const double wide = document().textWidth();
     editor.resize(600, 600);
-    EXPECT_EQ(document().textWidth(), editor.body().viewport()->width());
+    EXPECT_LT(document().textWidth(), wide) << "a short one follows at once";
 
     openLong("end");
     ASSERT_TRUE(waitUntil([&] { return !editor.body().isLoading(); }));
