@@ -10,6 +10,8 @@
 #include <QPainter>
 #include <QPixmapCache>
 #include <QTextDocument>
+#include <QTextFrame>
+#include <QTextTable>
 #include <QUrl>
 
 #include <algorithm>
@@ -58,10 +60,28 @@ public:
                     "a { color: %3; }")
                 .arg(colors.line.name(), colors.code.name(), colors.accent.name()));
         setHtml(QString::fromStdString(html));
+        widenEmptyCells();
     }
 
 protected:
     QVariant loadResource(int /*type*/, const QUrl& /*name*/) override { return {}; }
+
+private:
+    /// A table without a word would be a grid of slits.
+    void widenEmptyCells() {
+        const QString room(8, QChar::Nbsp);
+        for (const QTextFrame* const frame : rootFrame()->childFrames()) {
+            const auto* const table = qobject_cast<const QTextTable*>(frame);
+            const int count = table == nullptr ? 0 : table->rows() * table->columns();
+            for (int i = 0; i < count; ++i) {
+                const QTextTableCell cell =
+                    table->cellAt(i / table->columns(), i % table->columns());
+                if (cell.firstPosition() == cell.lastPosition()) {
+                    cell.firstCursorPosition().insertText(room);
+                }
+            }
+        }
+    }
 };
 
 QString sourceName(const NoteObject& object) {

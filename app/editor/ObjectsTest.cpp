@@ -208,8 +208,9 @@ public:
 };
 
 TEST_F(Spelling, MarksWordsAndNotCodeLinksAndWhatIsBeingTyped) {
-    openNote("<p>the gardn is GRN 4you <code>grden</code> <a href=\"https://e.org\">grren</a>|</p>"
-             "<pre>gren</pre>");
+    openNote(
+        "<p>the gardn is GRN 4you Ctrl+N <code>grden</code> <a href=\"https://e.org\">grren</a>|</p>"
+        "<pre>gren</pre>");
     EXPECT_EQ(marked(), QStringList{"gardn"});
     type(" teh");
     EXPECT_EQ(marked(), QStringList{"gardn"});

@@ -68,6 +68,12 @@ void SpellingMarks::mark() {
     body_.setOverlay(BodyEdit::Overlay::spelling, marks);
 }
 
+bool SpellingMarks::isWrong(const QString& text, qsizetype start, qsizetype end) const {
+    const bool isKey = end < text.size() && text[end] == '+';  // as in Ctrl+N
+    const QString word = text.mid(start, end - start);
+    return !isKey && isProse(word) && !checker_->isCorrect(word);
+}
+
 void SpellingMarks::markBlock(const QTextBlock& block, QList<QTextCursor>& misspelt) const {
     const NoteDocument& note = body_.note();
     if (note.kind(block) == BlockStyle::Kind::codeBlock || note.isObjectBlock(block)) return;
@@ -75,12 +81,12 @@ void SpellingMarks::markBlock(const QTextBlock& block, QList<QTextCursor>& missp
     QTextBoundaryFinder finder(QTextBoundaryFinder::Word, text);
     qsizetype start = 0;
     for (qsizetype end = finder.toNextBoundary(); end >= 0; end = finder.toNextBoundary()) {
-        const QString word = text.mid(start, end - start);
+        const bool isMisspelt = isWrong(text, start, end);
         const int first = block.position() + static_cast<int>(start);
         const int last = block.position() + static_cast<int>(end);
         start = end;
         const bool isBeingTyped = body_.textCursor().position() == last;
-        if (isBeingTyped || !isProse(word) || checker_->isCorrect(word)) continue;
+        if (isBeingTyped || !isMisspelt) continue;
         const InlineStyle& style = note.styleAt(first);
         if (style.has(HTMLElement::a) || style.has(HTMLElement::code)) continue;
         QTextCursor place(block);
@@ -96,7 +102,9 @@ void SpellingMarks::fillMenu(QMenu* menu, int position) {
     place.setPosition(position);
     place.select(QTextCursor::WordUnderCursor);
     const QString word = place.selectedText();
-    if (!isProse(word) || checker_->isCorrect(word)) return;
+    const QTextBlock block = place.block();
+    const int start = place.selectionStart() - block.position();
+    if (!isWrong(block.text(), start, start + word.size())) return;
     QAction* const first = menu->actions().isEmpty() ? nullptr : menu->actions().front();
     for (const QString& suggestion : checker_->suggestions(word)) {
         auto* const action = new QAction(suggestion, menu);

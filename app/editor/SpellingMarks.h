@@ -14,8 +14,8 @@ namespace tesserine::app {
 class BodyEdit;
 
 /// Underlines misspelt words in the part of a note that is seen, shortly after it was changed or
-/// scrolled, and offers others in the menu. The word being typed, code, links and addresses are
-/// left alone.
+/// scrolled, and offers others in the menu. The word being typed, code, links, addresses and
+/// names of keys are left alone.
 class SpellingMarks final : public QObject {
     Q_OBJECT
 
@@ -30,6 +30,7 @@ private:
     bool isOn() const;
     void later();
     void mark();
+    bool isWrong(const QString& text, qsizetype start, qsizetype end) const;
     void markBlock(const QTextBlock& block, QList<QTextCursor>& misspelt) const;
     void fillMenu(QMenu* menu, int position);
 
