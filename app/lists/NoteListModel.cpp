@@ -105,6 +105,10 @@ void NoteListModel::take(Entries entries) {
 }
 
 void NoteListModel::follow(const std::vector<ObjectChange>& changes) {
+    inTurn_.add(changes, [this](const auto& next) { takeChanges(next); });
+}
+
+void NoteListModel::takeChanges(const std::vector<ObjectChange>& changes) {
     summaries_.forget();
     std::set<Uuid> notes;
     bool isPlaceGone = false;

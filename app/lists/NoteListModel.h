@@ -2,6 +2,7 @@
 
 #include "app/lists/NoteScope.h"
 #include "app/lists/NoteSummary.h"
+#include "app/state/ChangesInTurn.h"
 
 #include <QAbstractListModel>
 
@@ -13,7 +14,6 @@
 
 namespace tesserine {
 class ListedRow;
-struct ObjectChange;
 namespace text {
 class Collator;
 }
@@ -88,6 +88,7 @@ private:
     void readRest();
     void take(Entries entries);
     void follow(const std::vector<ObjectChange>& changes);
+    void takeChanges(const std::vector<ObjectChange>& changes);
     void update(const Uuid& note);
     void move(std::ptrdiff_t from, std::ptrdiff_t to);
     std::optional<Entry> present(const Uuid& note) const;
@@ -98,6 +99,7 @@ private:
     NoteScope scope_;
     Entries entries_;
     bool isComplete_ = true;
+    ChangesInTurn inTurn_;
     std::uint64_t reading_ = 0;  // counts readings; an answer to an earlier one is dropped
 };
 

@@ -72,6 +72,23 @@ TEST_F(Journey, WhatAnotherProgramWritesAppearsInItsPlace) {
     EXPECT_EQ(openTitle(), "Bill");
 }
 
+TEST_F(Journey, ANoteTrashedElsewhereWhileItIsTypedInKeepsTheWordsAndTheOthersStay) {
+    addNote("Bill");
+    addNote("Dog");
+    CDNote& plan = addNote("Plan", "<p>first</p>");
+    list().choose(*plan.id);
+    editor().body().setFocus();
+    press(Qt::Key_End, Qt::ControlModifier);
+    type(" mine");
+    const auto other = terminal();
+    StoreContext& theirs = other->viewContext();
+    environment->notes().moveToTrash(*theirs.find<CDNote>(*plan.id));
+    theirs.save();
+    ASSERT_TRUE(waitUntil([&] { return list().model().rowOf(*plan.id) < 0; }));
+    EXPECT_EQ(list().model().rowCount(), 2) << titles();
+    EXPECT_EQ(plan.html, "<p>first mine</p>");
+}
+
 TEST_F(Journey, TypingAgainstAnotherWriterKeepsBothVersions) {
     CDNote& plan = addNote("Plan", "<p>first</p>");
     list().choose(*plan.id);

@@ -141,6 +141,10 @@ TaskListModel::Lines TaskListModel::block(const TaskEntry& entry) const {
 // Single changes
 
 void TaskListModel::follow(const std::vector<ObjectChange>& changes) {
+    inTurn_.add(changes, [this](const auto& next) { takeChanges(next); });
+}
+
+void TaskListModel::takeChanges(const std::vector<ObjectChange>& changes) {
     rows_.forget();
     std::set<Uuid> tasks;
     bool areNamesGone = false;  // of labels and projects, below the titles of any tasks
@@ -309,10 +313,12 @@ void TaskListModel::hold(const Uuid& task) {
 
 void TaskListModel::release(const Uuid& task) {
     if (held_.erase(task) == 0) return;
-    update(task);
-    const QModelIndex line = indexOf(task);
-    if (line.isValid()) emit dataChanged(line, line);
-    emit settled();
+    follow(
+        {{.kind = ChangeKind::updated,
+          .entity = EntityKind::task,
+          .key = 0,
+          .uuid = task,
+          .changed = {}}});
 }
 
 // Lines that come, go and move

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "app/state/ChangesInTurn.h"
 #include "app/tasks/TaskListing.h"
 #include "app/tasks/TaskRow.h"
-#include "core/store/StoreChanges.h"
 
 #include <QAbstractListModel>
 
@@ -100,6 +100,7 @@ private:
 
     // Single changes
     void follow(const std::vector<ObjectChange>& changes);
+    void takeChanges(const std::vector<ObjectChange>& changes);
     std::set<Uuid> concerned(const std::set<Uuid>& tasks) const;
     void update(const Uuid& task);
     void insert(const TaskEntry& entry);
@@ -124,6 +125,7 @@ private:
     mutable TaskRows rows_;
     TaskListing listing_;
     Lines lines_;
+    ChangesInTurn inTurn_;
     bool isComplete_ = true;
     bool isReading_ = false;
     std::uint64_t reading_ = 0;  // counts readings; an answer to an earlier one is dropped
