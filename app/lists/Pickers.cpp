@@ -83,7 +83,47 @@ private:
     bool takesNewName_ = false;
 };
 
+/// All but `moved` and what stands below it.
+template <class Entity>
+std::vector<Choice> parentsFor(
+    const Uuid& moved, const std::vector<tree::Row<Entity>>& rows, const QString& icon) {
+    std::vector<Choice> choices;
+    std::optional<std::size_t> depth;  // of what is moved, while its branch is passed
+    for (const auto& row : rows) {
+        if (depth && row.depth > *depth) continue;
+        depth.reset();
+        if (row.object->id == moved) {
+            depth = row.depth;
+        } else {
+            const std::string path = tree::pathText(*row.object);
+            choices.push_back({QString::fromStdString(path), *row.object->id, icon});
+        }
+    }
+    return choices;
+}
+
 }  // namespace
+
+void pickParent(
+    AppEnvironment& environment,
+    QWidget* window,
+    const Place& moved,
+    std::function<void(const std::optional<Uuid>& parent)> picked) {
+    StoreContext& context = environment.context();
+    const text::Collator& collator = environment.collator();
+    const bool isNotebook = moved.kind == Place::Kind::notebook;
+    auto choices =
+        isNotebook
+            ? parentsFor(moved.id, environment.notebooks().tree(context, collator), "notebook")
+            : parentsFor(moved.id, environment.tags().tree(context, collator), "tag");
+    choices.insert(choices.begin(), {"To the top", std::nullopt, "sidebar"});
+    ChoicePicker::open(
+        isNotebook ? "Move below which notebook" : "Move below which tag",
+        window,
+        std::move(choices),
+        [picked = std::move(picked)](const Choice& choice) { picked(choice.id); })
+        ->setEmptyText("Nothing there has these letters.");
+}
 
 void pickNotebook(
     AppEnvironment& environment,

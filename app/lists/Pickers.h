@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/state/Place.h"
 #include "base/Uuid.h"
 
 #include <QString>
@@ -14,11 +15,18 @@ namespace tesserine::app {
 class AppEnvironment;
 
 /// Lets the user choose a notebook by a few letters of its path; none: no notebook. `picked` is not
-/// called when nothing is chosen. The pop-up belongs to `window`, as with the next two.
+/// called when nothing is chosen. The pop-up belongs to `window`, as with the others.
 void pickNotebook(
     AppEnvironment& environment,
     QWidget* window,
     std::function<void(const std::optional<Uuid>& notebook)> picked);
+
+/// Lets the user choose what the notebook or tag `moved` is to stand below; none: nothing.
+void pickParent(
+    AppEnvironment& environment,
+    QWidget* window,
+    const Place& moved,
+    std::function<void(const std::optional<Uuid>& parent)> picked);
 
 /// Lets the user choose a tag, or type the name of a new one.
 void pickTag(

@@ -2,6 +2,7 @@
 
 #include "app/lists/NoteActions.h"
 #include "app/lists/NoteListModel.h"
+#include "app/lists/Pickers.h"
 #include "app/lists/SidebarDelegate.h"
 #include "app/lists/SidebarModel.h"
 #include "app/look/Icon.h"
@@ -249,6 +250,13 @@ void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
         menu->addSeparator();
         menu->addAction(
             icon("pencil"), "Rename", this, [this, place] { edit(model_->indexOf(*place)); });
+        if (place->kind == Kind::notebook || place->kind == Kind::tag) {
+            menu->addAction("Move…", this, [this, place] {
+                pickParent(environment_, window(), *place, [this, place](const auto& parent) {
+                    moveBelow(*place, parent);
+                });
+            });
+        }
         menu->addAction(
             icon("trash", Ink::danger),
             QString(deletionOf(place->kind)->verb) + "…",
@@ -328,18 +336,26 @@ void Sidebar::acceptPlaces() {
         {Kind::notebook, Kind::tag},
         [this](const Place& place, const QMimeData& dragged) {
             const auto moved = Place::fromAddress(dragged.data(placeMimeType).toStdString());
-            if (!moved || moved->kind != place.kind) return;
-            StoreContext& context = environment_.context();
-            auto* notebook = context.find<CDNotebook>(moved->id);
-            auto* into = context.find<CDNotebook>(place.id);
-            if (notebook != nullptr && into != nullptr) {
-                environment_.notebooks().move(*notebook, into);
-            }
-            auto* tag = context.find<CDTag>(moved->id);
-            auto* below = context.find<CDTag>(place.id);
-            if (tag != nullptr && below != nullptr) environment_.tags().move(*tag, below);
-            environment_.save(this);
+            if (moved && moved->kind == place.kind) moveBelow(*moved, place.id);
         });
+}
+
+void Sidebar::moveBelow(const Place& place, const std::optional<Uuid>& parent) {
+    StoreContext& context = environment_.context();
+    const auto move = [&](const auto& service, auto* moved, auto* above) {
+        const bool isThere = moved != nullptr && (above != nullptr || !parent);
+        if (isThere) service.move(*moved, above);
+    };
+    const Uuid above = parent.value_or(Uuid{});
+    if (place.kind == Kind::notebook) {
+        move(
+            environment_.notebooks(),
+            context.find<CDNotebook>(place.id),
+            context.find<CDNotebook>(above));
+    } else {
+        move(environment_.tags(), context.find<CDTag>(place.id), context.find<CDTag>(above));
+    }
+    environment_.save(this);
 }
 
 void Sidebar::startDrag(Qt::DropActions) {

@@ -73,6 +73,8 @@ private:
     void putFoldingBack();
     void acceptNotes();
     void acceptPlaces();
+    /// A notebook or a tag; none: to the top.
+    void moveBelow(const Place& place, const std::optional<Uuid>& parent);
     const Drop* dropFor(const QDropEvent& event) const;
 
     AppEnvironment& environment_;

@@ -1,13 +1,18 @@
 #include "app/lists/Sidebar.h"
 
+#include "app/commands/QuickPicker.h"
 #include "app/lists/NoteListModel.h"
 #include "app/lists/PlaceCounts.h"
 #include "app/lists/SidebarModel.h"
 #include "app/state/WindowFixture.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QLineEdit>
+#include <QListView>
+#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -153,6 +158,44 @@ TEST_F(SidebarTest, NotebooksAreMadeRenamedAndDeletedInPlace) {
         if (button->text() == "Delete Notebook") button->click();
     }
     EXPECT_EQ(environment->notebooks().find(context(), "Garden"), nullptr);
+}
+
+TEST_F(SidebarTest, NotebooksAndTagsMoveByTheMenu) {
+    CDNotebook& work = notebook("Work");
+    CDNotebook& plans = notebook("Plans", &work);
+    CDNotebook& home = notebook("Home");
+    const auto move = [this](const Place& place, const char* letters) {
+        settle();
+        const QPoint where = sidebar().visualRect(sidebar().places().indexOf(place)).center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, where, sidebar().mapToGlobal(where));
+        QApplication::sendEvent(sidebar().viewport(), &event);
+        auto* const menu = sidebar().findChild<QMenu*>("sidebarMenu");
+        for (QAction* const action : menu->actions()) {
+            if (action->text() == "Move…") action->trigger();
+        }
+        delete menu;
+        auto* const picker = sidebar().findChild<QuickPicker*>();
+        auto* const field = picker->findChild<QLineEdit*>();
+        QTest::keyClicks(field, letters);
+        const int offered = picker->findChild<QListView*>()->model()->rowCount();
+        QTest::keyClick(field, Qt::Key_Return);
+        delete picker;
+        return offered;
+    };
+    move({Kind::notebook, *work.id}, "home");
+    EXPECT_EQ(work.parent.get(), &home);
+    EXPECT_EQ(move({Kind::notebook, *home.id}, "plans"), 0) << "stands below it";
+    EXPECT_EQ(home.parent.get(), nullptr);
+    move({Kind::notebook, *plans.id}, "top");
+    EXPECT_EQ(plans.parent.get(), nullptr);
+
+    CDTag& red = *environment->tags().findOrCreate(context(), "red");
+    CDTag& color = *environment->tags().findOrCreate(context(), "color");
+    context().save();
+    settle();
+    move({Kind::tag, *red.id}, "color");
+    EXPECT_EQ(red.parent.get(), &color);
+    EXPECT_FALSE(context().hasChanges());
 }
 
 TEST_F(SidebarTest, NotesAreDroppedOnNotebooksTagsAndTheTrash) {
