@@ -145,7 +145,7 @@ void AssistantForm::addKey() {
     auto* const forgetting = new QPushButton("Forget", this);
     forgetting->setObjectName("forgetKey");
     forgetting->setAccessibleName("Forget the key");
-    addRow(
+    addFields(
         {"API key",
          "Kept in the desktop's keyring, and sent to the server it was entered for only."},
         beside(key_, {keeping, forgetting}));
@@ -214,7 +214,7 @@ void AssistantForm::addServer() {
     auto* const builtIn = new QPushButton("Built-in", this);
     builtIn->setObjectName("useBuiltIn");
     builtIn->setAccessibleName("Use the built-in provider");
-    addRow(
+    addFields(
         {"A server of your own",
          "One on this computer or in a private network, given by its number or as localhost, that "
          "speaks the same forms. It needs no key."},

@@ -36,6 +36,23 @@ void SettingsForm::addHeading(const QString& title) {
 void SettingsForm::addWide(QWidget* widget) { column_->addWidget(widget); }
 
 void SettingsForm::addRow(const Words& words, QWidget* control) {
+    auto* const row = new QHBoxLayout;
+    row->setSpacing(space::huge);
+    row->addLayout(makeWords(words, *control), 1);
+    row->addWidget(control, 0, Qt::AlignTop);
+    column_->addLayout(row);
+    column_->addWidget(new Separator(Qt::Horizontal, this));
+}
+
+void SettingsForm::addFields(const Words& words, QWidget* control) {
+    auto* const row = new QVBoxLayout;
+    row->setSpacing(space::small);
+    row->addLayout(makeWords(words, *control));
+    row->addWidget(control);
+    column_->addLayout(row);
+}
+
+QLayout* SettingsForm::makeWords(const Words& words, QWidget& control) {
     auto* const text = new QVBoxLayout;
     text->setSpacing(space::hair);
     text->addWidget(makeText(words.title, TextRole::body, this));
@@ -44,14 +61,9 @@ void SettingsForm::addRow(const Words& words, QWidget* control) {
         hint->setFont(Theme::font(TextRole::caption));
         text->addWidget(hint);
     }
-    auto* const row = new QHBoxLayout;
-    row->setSpacing(space::huge);
-    row->addLayout(text, 1);
-    row->addWidget(control, 0, Qt::AlignTop);
-    if (control->accessibleName().isEmpty()) control->setAccessibleName(words.title);
-    control->setAccessibleDescription(words.hint);
-    column_->addLayout(row);
-    column_->addWidget(new Separator(Qt::Horizontal, this));
+    if (control.accessibleName().isEmpty()) control.setAccessibleName(words.title);
+    control.setAccessibleDescription(words.hint);
+    return text;
 }
 
 void SettingsForm::addSwitch(const std::string& key, const Words& words, bool fallback) {

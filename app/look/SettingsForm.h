@@ -9,6 +9,7 @@
 #include <vector>
 
 class QComboBox;
+class QLayout;
 class QPushButton;
 class QVBoxLayout;
 
@@ -51,6 +52,8 @@ public:
     QPushButton& addButton(const Words& words, const QString& button);
     /// Any control at the end of a row.
     void addRow(const Words& words, QWidget* control);
+    /// Fields too wide for the end of a row, below their words; what they led to may follow.
+    void addFields(const Words& words, QWidget* control);
     /// Something that takes the whole width.
     void addWide(QWidget* widget);
     void addHeading(const QString& title);
@@ -65,6 +68,9 @@ protected:
     void keep(const std::string& key, const std::function<void()>& set);
 
 private:
+    /// Tells the control what it means, too.
+    QLayout* makeWords(const Words& words, QWidget& control);
+
     Preferences& preferences_;
     QVBoxLayout* const column_;
 };

@@ -358,6 +358,7 @@ int WindowStyle::pixelMetric(
     case PM_ExclusiveIndicatorWidth:
     case PM_ExclusiveIndicatorHeight: return 18;
     case PM_ButtonMargin: return space::medium;
+    case PM_MessageBoxIconSize: return 32;
     case PM_ToolBarFrameWidth:
     case PM_TabBarTabShiftVertical:
     case PM_TabBarTabShiftHorizontal:
@@ -384,10 +385,14 @@ QSize WindowStyle::sizeFromContents(
 
 QIcon WindowStyle::standardIcon(
     StandardPixmap picture, const QStyleOption* option, const QWidget* widget) const {
+    switch (picture) {
     // Otherwise every icon theme of the desktop would be searched for it before the first paint.
-    if (picture == SP_LineEditClearButton) return icon("close", Ink::secondary);
-    if (picture == SP_ToolBarHorizontalExtensionButton) return icon("more");  // theirs is black
-    return QProxyStyle::standardIcon(picture, option, widget);
+    case SP_LineEditClearButton: return icon("close", Ink::secondary);
+    case SP_ToolBarHorizontalExtensionButton: return icon("more");  // theirs is black
+    case SP_MessageBoxWarning: return icon("warning", Ink::warning);
+    case SP_MessageBoxQuestion: return icon("help", Ink::accent);
+    default: return QProxyStyle::standardIcon(picture, option, widget);
+    }
 }
 
 int WindowStyle::styleHint(
