@@ -331,6 +331,21 @@ TEST_F(Journey, KeysGoOnInWhatIsShown) {
     window().sidebar().setFocus();
     window().go({Kind::inbox});
     EXPECT_EQ(QApplication::focusWidget(), &window().sidebar()) << "walking through the places";
+    commands().trigger("go.calendar");
+    EXPECT_EQ(QApplication::focusWidget(), window().findChild<QWidget*>("calendarGrid"));
+    window().sidebar().setFocus();
+    commands().trigger("go.allNotes");
+    EXPECT_EQ(QApplication::focusWidget(), &list().view())
+        << "a command leads to the notes themselves";
+}
+
+TEST_F(Journey, TheMenuOfWhatIsChosenOpensWithoutAMenuKey) {
+    addNote("Plan");
+    window();
+    press(Qt::Key_F10, Qt::ShiftModifier);
+    QWidget* const menu = QApplication::activePopupWidget();
+    ASSERT_NE(menu, nullptr);
+    menu->close();
 }
 
 TEST_F(Journey, ASearchTakesTheKeysOnlyWhereTheyWouldBeLost) {

@@ -25,10 +25,13 @@
 #include "app/tasks/TasksPage.h"
 #include "base/UserError.h"
 
+#include <QApplication>
 #include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QListView>
 #include <QMenuBar>
 #include <QMimeData>
@@ -306,8 +309,7 @@ bool MainWindow::enter(Stop stop) {
     if (showsTasks(kind)) {
         const bool takesKeys = showInstead(tasks());
         kind == Kind::taskTemplates ? tasks_->showTemplates() : tasks_->showPlace(stop.place);
-        QWidget& list = tasks_->listPage().list();
-        if (takesKeys && list.isVisible()) list.setFocus();
+        if (takesKeys) tasks_->focusPage();
         return true;
     }
     if (!NoteScope::isListed(kind)) return false;
@@ -357,6 +359,8 @@ std::vector<Uuid> MainWindow::chosenNotes() const {
 }
 
 bool MainWindow::notesShown() const { return content_->currentWidget() == notes_; }
+
+void MainWindow::focusContent() { notesShown() ? notes_->list().setFocus() : tasks_->focusPage(); }
 
 void MainWindow::goBack() {
     if (!history().canGoBack() || !save()) return;
@@ -548,6 +552,16 @@ void MainWindow::keepLayout() {
     } catch (const UserError& error) {
         environment_.log().warning(std::string("the window's layout: ") + error.what());
     }
+}
+
+/// What the menu key does, for keyboards that have none.
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    QWidget* const chosen = focusWidget();
+    const bool isForMenu = event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier;
+    if (!isForMenu || chosen == nullptr) return QMainWindow::keyPressEvent(event);
+    const QPoint place = chosen->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, place, chosen->mapToGlobal(place));
+    QApplication::sendEvent(chosen, &menu);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

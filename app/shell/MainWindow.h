@@ -45,6 +45,8 @@ public:
 
     /// Goes there in the present tab. A place that is gone leaves the window where it is.
     void go(const Place& place);
+    /// Gives the keys to what is listed.
+    void focusContent();
     void goBack();
     void goForward();
     const Stop& current() const;
@@ -120,6 +122,7 @@ private:
     void restoreTabs();
     OpenTabs openTabs() const;
     void keepLayout();
+    void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;

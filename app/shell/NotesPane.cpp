@@ -39,13 +39,13 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
       lists_(new QStackedWidget(splitter_)),
       list_(new NoteList(environment, lists_)),
       right_(new QStackedWidget(splitter_)),
+      blank_(new QWidget(right_)),
       undo_(new UndoBar(this, *list_)) {
     lists_->addWidget(list_);
     lists_->setMinimumWidth(narrowestList);
-    auto* const page = new QWidget(right_);  // until it is known what to show
-    page->setAutoFillBackground(true);
-    page->setBackgroundRole(QPalette::Base);
-    right_->addWidget(page);
+    blank_->setAutoFillBackground(true);
+    blank_->setBackgroundRole(QPalette::Base);
+    right_->addWidget(blank_);
     right_->setMinimumWidth(narrowestEditor);
     splitter_->setHandleWidth(1);
     splitter_->setChildrenCollapsible(false);
@@ -182,9 +182,11 @@ void NotesPane::offerRestore(const Uuid& note) {
          {"Delete Permanently", [this] { list_->deleteForGood(); }}});
 }
 
+/// Where nothing is listed, the list has said so already.
 void NotesPane::showNothing() {
     if (nothing_ == nullptr) makeNothing();
-    right_->setCurrentWidget(nothing_);
+    const bool isListEmpty = showsList() && list_->model().rowCount() == 0;
+    right_->setCurrentWidget(isListEmpty ? blank_ : nothing_);
     emit noteOpened({});
 }
 

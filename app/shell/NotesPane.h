@@ -72,6 +72,7 @@ private:
     NoteList* list_;
     QStackedWidget* right_;
     NoteEditor* editor_ = nullptr;
+    QWidget* blank_;  // until it is known what to show, and beside an empty list
     EmptyState* nothing_ = nullptr;
     UndoBar* undo_;
     std::vector<Uuid> undoable_;  // notes that went to the trash last

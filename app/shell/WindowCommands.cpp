@@ -61,12 +61,15 @@ public:
             {"go.completed", Kind::completed},
             {"go.calendar", Kind::calendar},
             {"go.taskTemplates", Kind::taskTemplates},
-            {"go.trash", Kind::trash},
-            {"app.settings", Kind::settings},
-            {"help.welcome", Kind::welcome}};
+            {"go.trash", Kind::trash}};
         for (const auto& [command, kind] : places) {
-            on(command, [&window = window_, place = Place{kind}] { window.go(place); });
+            on(command, [&window = window_, place = Place{kind}] {
+                window.go(place);
+                window.focusContent();
+            });
         }
+        on("app.settings", [&window = window_] { window.go({Kind::settings}); });
+        on("help.welcome", [&window = window_] { window.go({Kind::welcome}); });
         on("go.search",
            [&window = window_] { window.searchField().setFocus(Qt::ShortcutFocusReason); });
         on("go.palette", [&window = window_, &commands = commands_] {

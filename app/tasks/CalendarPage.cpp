@@ -27,6 +27,7 @@ CalendarPage::CalendarPage(AppEnvironment& environment, TaskActions& actions, QW
       bar_(new QuickAddBar(environment, this)),
       grid_(new CalendarGrid(environment, model_, this)) {
     setObjectName("calendarPage");
+    setFocusProxy(grid_);
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
     title_->setObjectName("calendarTitle");

@@ -53,6 +53,7 @@ QuickAddBar::QuickAddBar(AppEnvironment& environment, QWidget* parent)
       add_(new QPushButton("Add Task", this)) {
     setObjectName("quickAddBar");
     setFocusProxy(field_);
+    field_->installEventFilter(this);
     field_->setPlaceholderText(example);
     words_->setObjectName("quickAddWords");
     words_->setTextFormat(Qt::PlainText);
@@ -81,6 +82,7 @@ QuickAddBar::QuickAddBar(AppEnvironment& environment, QWidget* parent)
     connect(field_, &QuickAddField::sentenceChanged, this, [this] { showMeaning(); });
     connect(field_, &QuickAddField::submitted, this, &QuickAddBar::create);
     connect(field_, &QuickAddField::escaped, this, &QuickAddBar::clear);
+    connect(field_, &QuickAddField::leftDownwards, this, &QuickAddBar::left);
     connect(add_, &QPushButton::clicked, this, &QuickAddBar::create);
     connect(refuse_, &IconButton::clicked, this, [this] {
         model_.refuseSuggestedDue();
@@ -159,6 +161,12 @@ void QuickAddBar::showMeaning(const QString& problem) {
     refuse_->setVisible(model_.isDueSuggested());
     add_->setEnabled(model_.isComplete());
     add_->setVisible(!model_.text().isEmpty());
+}
+
+/// The frame shows whether the field has the keys.
+bool QuickAddBar::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) update();
+    return QFrame::eventFilter(watched, event);
 }
 
 void QuickAddBar::changeEvent(QEvent* event) {

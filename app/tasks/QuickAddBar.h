@@ -32,7 +32,7 @@ public:
 
 signals:
     void created(const tesserine::Uuid& task);
-    /// Escape was pressed in the empty bar.
+    /// Escape was pressed in the empty bar, or the key that leads down to the list.
     void left();
 
 private:
@@ -41,6 +41,7 @@ private:
     void create();
     void clear();
     void showMeaning(const QString& problem = {});
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 

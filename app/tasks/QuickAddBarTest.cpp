@@ -78,6 +78,15 @@ TEST_F(QuickAddBarTest, ATokenIsTurnedBackByBackspaceUndoOrClick) {
     EXPECT_EQ(words(), "Today, Saturday 14 March") << "and recognised again";
 }
 
+TEST_F(QuickAddBarTest, DownLeavesItAndWhatWasTypedWaits) {
+    bool isLeft = false;
+    QObject::connect(&bar, &QuickAddBar::left, &bar, [&] { isLeft = true; });
+    type("Call");
+    press(Qt::Key_Down);
+    EXPECT_TRUE(isLeft);
+    EXPECT_EQ(typed(), "Call");
+}
+
 TEST_F(QuickAddBarTest, NothingIsMadeWithoutATitle) {
     type("tomorrow p1");
     EXPECT_FALSE(add.isEnabled());

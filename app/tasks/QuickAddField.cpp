@@ -177,6 +177,8 @@ void QuickAddField::keyPressEvent(QKeyEvent* event) {
         emit submitted();
     } else if (event->key() == Qt::Key_Escape) {
         emit escaped();
+    } else if (event->key() == Qt::Key_Down) {
+        emit leftDownwards();
     } else if (!turnBackBy(*event)) {
         QTextEdit::keyPressEvent(event);
     }

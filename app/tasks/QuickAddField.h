@@ -34,6 +34,8 @@ signals:
     void submitted();
     /// Escape was pressed.
     void escaped();
+    /// The key was pressed that leads from a line to the one below.
+    void leftDownwards();
 
 private:
     void keyPressEvent(QKeyEvent* event) override;

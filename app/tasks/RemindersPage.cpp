@@ -102,6 +102,7 @@ RemindersPage::RemindersPage(AppEnvironment& environment, QWidget* parent)
       list_(new QListView(this)),
       stack_(new QStackedWidget(this)) {
     setObjectName("remindersPage");
+    setFocusProxy(list_);
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
     list_->setObjectName("reminderList");

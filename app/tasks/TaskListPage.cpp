@@ -99,6 +99,7 @@ TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QW
     connect(templates, &IconButton::clicked, this, [this, templates] {
         showTemplateMenu(templates->mapToGlobal(QPoint(0, templates->height())));
     });
+    setFocusProxy(list_);
     stack_->addWidget(list_);
     stack_->addWidget(empty_);
     auto* const layout = new QVBoxLayout(this);

@@ -156,17 +156,17 @@ void TasksPage::showPlace(const Place& place) {
     if (place.kind == Place::Kind::calendar) {
         showPage(calendar_);
         calendar_->open();
-        return;
+        return showChosen();
     }
     if (place.kind == Place::Kind::reminders) {
         showPage(reminders_);
         reminders_->open();
-        return;
+        return showChosen();
     }
     showPage(list_);
     if (place.kind != Place::Kind::task) {
         list_->showPlace(place);
-        return;
+        return showChosen();
     }
     const auto* const task = environment_.context().find<CDTask>(place.id);
     const CDProject* const project = task == nullptr ? nullptr : task->project.get();
@@ -174,6 +174,11 @@ void TasksPage::showPlace(const Place& place) {
     list_->showPlace({.kind = Place::Kind::project, .id = home});
     list_->list().selectTask(place.id);
     if (task != nullptr) openDetail(place.id);
+}
+
+void TasksPage::focusPage() {
+    QWidget& content = *stack_->currentWidget()->focusProxy();
+    if (content.isVisible()) content.setFocus();
 }
 
 bool TasksPage::isCalendar() const { return stack_->currentWidget() == calendar_; }
@@ -202,6 +207,12 @@ void TasksPage::showDetail(const std::optional<Uuid>& task) {
         detail_->showTask(task);
     }
     if (task && isDetailWanted_) detail_->show();
+}
+
+/// Not what was chosen at the place before.
+void TasksPage::showChosen() {
+    const auto tasks = selectedTasks();
+    showDetail(tasks.size() == 1 ? std::optional(tasks.front()) : std::nullopt);
 }
 
 void TasksPage::openDetail(const Uuid& task) {

@@ -46,6 +46,8 @@ public:
     bool flush();
 
     TaskListPage& listPage() const { return *list_; }
+    /// Gives the keys to what the page lists.
+    void focusPage();
     CalendarPage& calendarPage() const { return *calendar_; }
     TaskDetail& detail() const { return *detail_; }
 
@@ -57,6 +59,7 @@ private:
     void handleCommands(Commands& commands);
     void followPages();
     void showPage(QWidget* page);
+    void showChosen();
     void showDetail(const std::optional<Uuid>& task);
     void openDetail(const Uuid& task);
     void closeDetail();

@@ -276,6 +276,38 @@ TEST_F(TasksPageTest, TheTaskBesideTheListTellsAndTakesEverything) {
     EXPECT_EQ(chosen, *note.id);
 }
 
+TEST_F(TasksPageTest, AnotherPlaceLetsGoOfTheTaskThatWasChosen) {
+    CDTask& task = addTask("Call Ana today");
+    show(Place::Kind::inbox);
+    list.selectTask(*task.id);
+    auto* const title = page.findChild<GrowingText*>("taskTitle");
+    EXPECT_EQ(title->toPlainText(), "Call Ana");
+    for (const auto kind :
+         {Place::Kind::completed, Place::Kind::calendar, Place::Kind::reminders}) {
+        page.showPlace({.kind = kind});
+        EXPECT_EQ(title->toPlainText(), "");
+        show(Place::Kind::inbox);
+        list.selectTask(*task.id);
+    }
+}
+
+TEST_F(TasksPageTest, ATaskCompletedElsewhereWhileItIsTypedInLeavesTheOthers) {
+    CDTask& task = addTask("Call Ana");
+    addTask("Call Bea");
+    addTask("Call Cid");
+    show(Place::Kind::inbox);
+    list.selectTask(*task.id);
+    QTest::keyClick(&list, Qt::Key_Return);
+    QTest::keyClicks(page.findChild<GrowingText*>("taskTitle"), " tonight");
+    const auto background = environment->store().newBackgroundContext();
+    environment->tasks().complete(
+        *background, *background->find<CDTask>(*task.id), environment->calendar());
+    background->save();
+    settle();
+    EXPECT_EQ(titles(), "Call Bea | Call Cid");
+    EXPECT_EQ(task.title, "Call Ana tonight");
+}
+
 TEST_F(TasksPageTest, WhatIsBeingTypedSurvivesChangesFromElsewhere) {
     CDTask& task = addTask("Plan");
     CDTask& other = addTask("Other");

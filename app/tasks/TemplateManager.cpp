@@ -79,6 +79,7 @@ TemplateManager::TemplateManager(AppEnvironment& environment, QWidget* parent)
     setObjectName("templateManager");
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
+    setFocusProxy(list_);
     list_->setObjectName("templateList");
     list_->setAccessibleName("Task templates");
     list_->setItemDelegate(new TemplateDelegate(list_));
@@ -102,7 +103,7 @@ TemplateManager::TemplateManager(AppEnvironment& environment, QWidget* parent)
     stack_->addWidget(makeRight());
     stack_->addWidget(new EmptyState(
         {"template",
-         "No template selected",
+         "No task templates",
          "A template makes the same task again and again, with its subtasks, labels and a due date "
          "counted from the day you use it: packing for a trip, the end of a month."},
         this));
@@ -184,6 +185,7 @@ void TemplateManager::reload() {
         if (stored->id == shown_) list_->setCurrentItem(item);
     }
     if (list_->currentItem() == nullptr && list_->count() > 0) list_->setCurrentRow(0);
+    list_->setVisible(list_->count() > 0);
     take();
 }
 
