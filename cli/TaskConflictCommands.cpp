@@ -90,25 +90,22 @@ ExitStatus listConflicts(Session& session, const Arguments& /*arguments*/) {
 
 ExitStatus resolveConflict(Session& session, const Arguments& arguments) {
     const auto keep = arguments.text("keep");
-    if (!keep) throw UsageError::because("Say which version to keep: --keep this or --keep other.");
+    if (!keep) throw UsageError::because("Say which version to keep: --keep this, other or both.");
     session.holdNames();
     CDTask& task = resolveTask(session, arguments.word(0));
     const Uuid id = task.id.valueOr({});
     TaskConflicts conflicts(session.context());
     if (!conflicts.of(id)) throw CommandError::noConflict(titleOf(task));
-    if (*keep == "this") {
-        conflicts.useThisVersion(id);
-    } else {
-        conflicts.useOtherVersion(id, session.clock());
-    }
+    if (*keep == "this") conflicts.useThisVersion(id);
+    if (*keep == "other") conflicts.useOtherVersion(id, session.clock());
+    if (*keep == "both") conflicts.keepBoth(id, session.clock());
     session.context().save();
     const std::string more =
         conflicts.of(id) ? " There is one more version of it to choose from." : "";
-    return answerTask(
-        session,
-        task,
-        "Kept " + std::string(*keep == "this" ? "this" : "the other") + " version of "
-            + quotedTitle(task) + "." + more);
+    const std::string kept = *keep == "this"    ? "this version"
+                             : *keep == "other" ? "the other version"
+                                                : "both versions";
+    return answerTask(session, task, "Kept " + kept + " of " + quotedTitle(task) + "." + more);
 }
 
 }  // namespace
@@ -128,8 +125,8 @@ std::vector<Command> taskConflictCommands() {
          .options =
              {{.name = "keep",
                .value = "VERSION",
-               .summary = "The version that stays: this one, or the other",
-               .choices = {"this", "other"}}},
+               .summary = "The version that stays: this one, the other, or both as two tasks",
+               .choices = {"this", "other", "both"}}},
          .example = "tesserine task resolve 'Send invoice' --keep other",
          .run = resolveConflict}};
 }

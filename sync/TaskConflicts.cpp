@@ -3,6 +3,7 @@
 #include "base/JSON.h"
 #include "core/model/BookkeepingEntities.h"
 #include "core/store/StoreContext.h"
+#include "core/tasks/TaskService.h"
 #include "sync/RecordFields.h"
 #include "sync/RecordKinds.h"
 #include "sync/SyncLedger.h"
@@ -83,6 +84,17 @@ void setVersions(CDSyncMeta& entry, const std::vector<JSONObject>& versions) {
     entry.value = json::write(list.toJSON());
 }
 
+/// Gives `task` what a person compares of `version`.
+void apply(const JSONObject& version, CDTask& task) {
+    for (const RecordField& field : comparedFields()) {
+        const auto member = version.find(field.key);
+        if (member == version.end()) continue;
+        if (auto value = valueOf(member->second, field.type)) {
+            task.setValue(field.index, *std::move(value));
+        }
+    }
+}
+
 /// The task an entry is about.
 std::optional<Uuid> taskOf(const std::string& name) {
     const bool isConflict = name.starts_with(SyncLedger::conflictPrefix);
@@ -136,14 +148,22 @@ void TaskConflicts::useOtherVersion(const Uuid& task, const Clock& clock) {
     if (stored == nullptr || kept == nullptr) return;
     const auto versions = versionsIn(*kept);
     if (versions.empty()) return;
-    for (const RecordField& field : comparedFields()) {
-        const auto member = versions.front().find(field.key);
-        if (member == versions.front().end()) continue;
-        if (auto value = valueOf(member->second, field.type)) {
-            stored->setValue(field.index, *std::move(value));
-        }
-    }
+    apply(versions.front(), *stored);
     stored->updatedAt = clock.now();
+    useThisVersion(task);
+}
+
+void TaskConflicts::keepBoth(const Uuid& task, const Clock& clock) {
+    auto* const stored = context_.find<CDTask>(task);
+    CDSyncMeta* const kept = entry(task);
+    if (stored == nullptr || kept == nullptr) return;
+    const auto versions = versionsIn(*kept);
+    if (versions.empty()) return;
+    CDTask& second = TaskService(clock).duplicate(context_, *stored);
+    for (CDTag* label : stored->labels.all()) {
+        second.labels.add(*label);
+    }
+    apply(versions.front(), second);
     useThisVersion(task);
 }
 

@@ -39,6 +39,9 @@ public:
     /// The task becomes what the other version says, as of now; its place in projects, trees and
     /// labels stays. Does nothing when no choice waits or the task is gone.
     void useOtherVersion(const Uuid& task, const Clock& clock);
+    /// The task stays as it is; its other version becomes a task of its own beside it, with the
+    /// same labels. Does nothing when no choice waits or the task is gone.
+    void keepBoth(const Uuid& task, const Clock& clock);
 
     /// Keeps `version`, a payload, for a choice, unless it shows nothing that `task` does not.
     void keep(CDTask& task, const JSONObject& version);

@@ -31,6 +31,8 @@ LoadFailedPage::LoadFailedPage(Failure failure, QWidget* parent)
         tr("Nothing was changed in the folder of the library:\n%1").arg(folder_), middle());
     promise->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
+    auto* const buttons = new QHBoxLayout;
+    if (setting_) buttons->addWidget(makeRestoreButton());
     auto* const show = new QPushButton(tr("Show in Folder"), middle());
     auto* const other = new QPushButton(tr("Choose Another Folder"), middle());
     auto* const quit = makeMainButton(tr("Quit"), middle());
@@ -38,8 +40,6 @@ LoadFailedPage::LoadFailedPage(Failure failure, QWidget* parent)
     connect(other, &QPushButton::clicked, this, &LoadFailedPage::chooseFolder);
     connect(quit, &QPushButton::clicked, this, &LoadFailedPage::quitAsked);
 
-    auto* const buttons = new QHBoxLayout;
-    if (setting_) buttons->addWidget(makeRestoreButton());
     buttons->addWidget(show);
     buttons->addWidget(other);
     buttons->addStretch(1);
@@ -57,6 +57,7 @@ LoadFailedPage::LoadFailedPage(Failure failure, QWidget* parent)
     column().addLayout(buttons);
     column().addStretch(3);
     limitColumn(columnWidth);
+    quit->setFocus();
 }
 
 QPushButton* LoadFailedPage::makeRestoreButton() {

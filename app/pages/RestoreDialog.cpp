@@ -49,6 +49,7 @@ RestoreDialog::RestoreDialog(const AppSetting& setting, QWidget* parent)
     list_->setObjectName("backupList");
     list_->setAccessibleName(tr("Backups, newest first"));
     list_->setIconSize(QSize(20, 20));
+    list_->setSpacing(space::hair);
     state_->setObjectName("restoreState");
     restore_->setObjectName("restore");
     auto* const cancel = new QPushButton(tr("Cancel"), this);

@@ -67,8 +67,8 @@ TEST(LoadFailedPage, SaysWhyAndReturnIsTheWayThatHarmsNothing) {
     std::string buttons;
     for (QPushButton* button : page.findChildren<QPushButton*>()) {
         buttons += button->text().toStdString() + "\n";
-        if (button->isDefault() || button->text() == "Quit") button->click();
     }
+    QTest::keyClick(page.focusWidget(), Qt::Key_Return);
     EXPECT_EQ(buttons, "Show in Folder\nChoose Another Folder\nQuit\n");
     EXPECT_EQ(quits, 1) << "the way that cannot harm anything is the usual one";
 }

@@ -14,11 +14,12 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace tesserine::app {
 namespace {
 
 constexpr QSize usualSize(640, 500);
-constexpr int nameWidth = 90;
 
 /// A version as a person reads it, in the order of `names`.
 QStringList linesOf(const TaskVersion& version, const TaskWords& words) {
@@ -44,12 +45,12 @@ const QStringList names{
 
 TaskComparison::TaskComparison(
     AppEnvironment& environment, const TaskConflict& conflict, QWidget* parent)
-    : QDialog(parent), environment_(environment), task_(conflict.task) {
+    : QDialog(parent), environment_(environment) {
     setObjectName("taskComparison");
-    setWindowTitle("Two Versions of a Task");
+    setWindowTitle("Compare versions");
     setAttribute(Qt::WA_DeleteOnClose);
-    resize(usualSize);
     build(conflict);
+    resizeToFit(*this, usualSize);
 }
 
 void TaskComparison::build(const TaskConflict& conflict) {
@@ -62,14 +63,13 @@ void TaskComparison::build(const TaskConflict& conflict) {
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setHorizontalSpacing(space::large);
     grid->setVerticalSpacing(space::small);
-    grid->setColumnMinimumWidth(0, nameWidth);
     grid->setColumnStretch(1, 1);
     grid->setColumnStretch(2, 1);
-    grid->addWidget(makeText("This version", TextRole::emphasis, page), 0, 1);
-    grid->addWidget(makeText("The other version", TextRole::emphasis, page), 0, 2);
+    grid->addWidget(makeText("The other version", TextRole::emphasis, page), 0, 1);
+    grid->addWidget(makeText("My version", TextRole::emphasis, page), 0, 2);
     for (int i = 0; i < names.size(); ++i) {
         grid->addWidget(new Separator(Qt::Horizontal, page), grid->rowCount(), 0, 1, 3);
-        addLine(*grid, names[i], own[i], other[i]);
+        addLine(*grid, names[i], other[i], own[i]);
     }
     grid->setRowStretch(grid->rowCount(), 1);
     auto* const area = new QScrollArea(this);
@@ -77,36 +77,41 @@ void TaskComparison::build(const TaskConflict& conflict) {
     area->setWidgetResizable(true);
     area->setWidget(page);
 
-    auto* const keep = new QPushButton("Keep this version", this);
-    keep->setObjectName("keepThisVersion");
-    auto* const use = new QPushButton("Use the other version", this);
-    use->setObjectName("useOtherVersion");
-    use->setAutoDefault(false);
+    const Uuid task = conflict.task;
+    const Clock& clock = environment_.clock();
+    auto* const close = makeMainButton("Close", this);
+    connect(close, &QPushButton::clicked, this, &QDialog::reject);
     auto* const buttons = new QHBoxLayout;
     buttons->addStretch(1);
-    buttons->addWidget(use);
-    buttons->addWidget(keep);
+    buttons->addWidget(close);
+    buttons->addWidget(makeButton("Use this version", "useOther", [&clock, task](auto& conflicts) {
+        conflicts.useOtherVersion(task, clock);
+    }));
+    buttons->addWidget(makeButton("Keep both", "keepBoth", [&clock, task](auto& conflicts) {
+        conflicts.keepBoth(task, clock);
+    }));
+    buttons->addWidget(makeButton("Keep my version", "keepMine", [task](auto& conflicts) {
+        conflicts.useThisVersion(task);
+    }));
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(space::huge, space::huge, space::huge, space::large);
     column->setSpacing(space::large);
     column->addWidget(makeHint(
-        "Another device changed this task at the same time. The version that you do not choose is "
-        "gone afterwards.",
+        "Another device changed this task at the same time. A version that is not chosen is gone "
+        "afterwards; with “Keep both” it becomes a task of its own.",
         this));
     column->addWidget(area, 1);
     column->addLayout(buttons);
-    connect(keep, &QPushButton::clicked, this, &TaskComparison::keepThis);
-    connect(use, &QPushButton::clicked, this, &TaskComparison::useOther);
 }
 
 /// What is the same on both sides stands back.
 void TaskComparison::addLine(
-    QGridLayout& grid, const QString& name, const QString& own, const QString& other) {
+    QGridLayout& grid, const QString& name, const QString& other, const QString& own) {
     QWidget* const page = grid.parentWidget();
     const int row = grid.rowCount();
     grid.addWidget(makeHint(name, page), row, 0, Qt::AlignTop);
     const bool isSame = own == other;
-    for (const auto& [column, text] : {std::pair(1, own), std::pair(2, other)}) {
+    for (const auto& [column, text] : {std::pair(1, other), std::pair(2, own)}) {
         QLabel* const shown = makeText(text, isSame ? TextRole::body : TextRole::emphasis, page);
         if (isSame) setTone(*shown, Tone::secondary);
         shown->setAccessibleName(name + ": " + text);
@@ -114,18 +119,15 @@ void TaskComparison::addLine(
     }
 }
 
-void TaskComparison::keepThis() {
-    TaskConflicts(environment_.context()).useThisVersion(task_);
-    save();
-}
-
-void TaskComparison::useOther() {
-    TaskConflicts(environment_.context()).useOtherVersion(task_, environment_.clock());
-    save();
-}
-
-void TaskComparison::save() {
-    if (environment_.save(this)) accept();
+QPushButton* TaskComparison::makeButton(const QString& title, const char* name, Choice choice) {
+    auto* const button = new QPushButton(title, this);
+    button->setObjectName(name);
+    connect(button, &QPushButton::clicked, this, [this, choice = std::move(choice)] {
+        TaskConflicts conflicts(environment_.context());
+        choice(conflicts);
+        if (environment_.save(this)) accept();
+    });
+    return button;
 }
 
 }  // namespace tesserine::app

@@ -4,14 +4,17 @@
 
 #include <QDialog>
 
+#include <functional>
+
 class QGridLayout;
+class QPushButton;
 
 namespace tesserine::app {
 
 class AppEnvironment;
 
 /// The two versions of a task that devices changed at the same time, side by side, with what
-/// differs marked. One of them is chosen, or nothing is decided yet.
+/// differs marked. One of them is chosen, or both; Return closes it, and nothing is decided yet.
 class TaskComparison final : public QDialog {
     Q_OBJECT
 
@@ -21,13 +24,12 @@ public:
 
 private:
     void build(const TaskConflict& conflict);
-    void addLine(QGridLayout& grid, const QString& name, const QString& own, const QString& other);
-    void keepThis();
-    void useOther();
-    void save();
+    static void addLine(
+        QGridLayout& grid, const QString& name, const QString& other, const QString& own);
+    using Choice = std::function<void(TaskConflicts& conflicts)>;
+    QPushButton* makeButton(const QString& title, const char* name, Choice choice);
 
     AppEnvironment& environment_;
-    const Uuid task_;
 };
 
 }  // namespace tesserine::app

@@ -5,6 +5,7 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <QTest>
 
 namespace tesserine::app {
 namespace {
@@ -12,7 +13,18 @@ namespace {
 class TaskComparisonTest : public test::WindowFixture {
 public:
     TaskComparisonTest() {
-        CDTask& stored = addTask("Call Ada tomorrow p2");
+        detail = std::make_unique<TaskDetail>(*environment);
+        detail->resize(420, 600);
+        beginAgain();
+        detail->show();
+    }
+    void TearDown() override { detail.reset(); }
+
+    void beginAgain() {
+        for (CDTask* before : context().fetch<CDTask>()) {
+            context().remove(*before);
+        }
+        CDTask& stored = addTask("Call Ada tomorrow p2 @Home");
         task = *stored.id;
         TaskConflicts(context()).keep(
             stored,
@@ -20,12 +32,8 @@ public:
              {"priority", JSONValue(1.0)},
              {"updated_at", JSONValue(std::string("2026-03-14T08:30:00Z"))}});
         context().save();
-        detail = std::make_unique<TaskDetail>(*environment);
-        detail->resize(420, 600);
         detail->showTask(task);
-        detail->show();
     }
-    void TearDown() override { detail.reset(); }
 
     QWidget& notice() { return *detail->findChild<QWidget*>("conflictNotice"); }
     /// Opens the comparison from the task.
@@ -41,6 +49,17 @@ public:
         }
         return names;
     }
+    std::string tasksOfLibrary() {
+        std::string text;
+        for (const CDTask* one : context().fetch<CDTask>({.sort = {{"title"}}})) {
+            text += one->title.valueOr("") + " p" + std::to_string(one->priority.valueOr(0)) + " (";
+            for (const CDTag* label : one->labels.all()) {
+                text += label->name.valueOr("");
+            }
+            text += ") ";
+        }
+        return text;
+    }
     void choose(const char* button) {
         compare().findChild<QPushButton*>(button)->click();
         settle();
@@ -50,28 +69,37 @@ public:
     std::unique_ptr<TaskDetail> detail;
 };
 
-TEST_F(TaskComparisonTest, BothVersionsStandSideBySideAndTheOtherOneCanBeTaken) {
+TEST_F(TaskComparisonTest, BothVersionsStandSideBySideAndReturnDecidesNothing) {
     ASSERT_TRUE(notice().isVisible());
-    const std::string names = namesOf(compare());
+    TaskComparison& dialog = compare();
+    const std::string names = namesOf(dialog);
     for (const char* line :
-         {"Title: Call Ada; Title: Call Bob;", "Priority: Priority 2; Priority: Priority 1;"}) {
+         {"Title: Call Bob; Title: Call Ada;", "Priority: Priority 1; Priority: Priority 2;"}) {
         EXPECT_NE(names.find(line), std::string::npos) << line << " in " << names;
     }
-    detail->findChild<TaskComparison*>()->close();
+    QTest::keyClick(&dialog, Qt::Key_Return);
     settle();
-    EXPECT_TRUE(notice().isVisible()) << "nothing was decided";
-
-    choose("useOtherVersion");
-    EXPECT_EQ(context().find<CDTask>(task)->title, "Call Bob");
-    EXPECT_FALSE(notice().isVisible());
     EXPECT_EQ(detail->findChild<TaskComparison*>(), nullptr);
+    EXPECT_TRUE(notice().isVisible());
+    EXPECT_TRUE(TaskConflicts(context()).of(task));
 }
 
-TEST_F(TaskComparisonTest, ThisVersionCanBeKept) {
-    choose("keepThisVersion");
-    EXPECT_EQ(context().find<CDTask>(task)->title, "Call Ada");
-    EXPECT_FALSE(notice().isVisible());
-    EXPECT_FALSE(TaskConflicts(context()).of(task).has_value());
+TEST_F(TaskComparisonTest, EachChoiceSettlesItAndOnlyWhatWasNotChosenGoes) {
+    struct Case {
+        const char* button;
+        const char* tasks;
+    };
+    for (const auto& [button, tasks] :
+         {Case{"keepMine", "Call Ada p2 (Home) "},
+          Case{"useOther", "Call Bob p1 (Home) "},
+          Case{"keepBoth", "Call Ada p2 (Home) Call Bob p1 (Home) "}}) {
+        SCOPED_TRACE(button);
+        choose(button);
+        EXPECT_EQ(tasksOfLibrary(), tasks);
+        EXPECT_FALSE(notice().isVisible());
+        EXPECT_EQ(detail->findChild<TaskComparison*>(), nullptr);
+        beginAgain();
+    }
 }
 
 TEST_F(TaskComparisonTest, ATaskWithoutAConflictHasNoNotice) {

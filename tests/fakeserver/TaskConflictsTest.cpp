@@ -92,6 +92,30 @@ TEST_F(TaskConflictsTest, TheOtherVersionMayBeTakenAndTravels) {
     EXPECT_EQ(waiting(a) + waiting(b), "");
 }
 
+TEST_F(TaskConflictsTest, BothVersionsMayBeKeptAsTwoTasksOfEveryDevice) {
+    const Uuid id = sharedTask("Call");
+    edit(a, id, [](CDTask& task) {
+        task.title = "Call Ada";
+        task.details = "On the phone";
+    });
+    b.clock.advance(std::chrono::seconds(1));  // the later one
+    rename(b, id, "Call Bob");
+    settle();
+    SyncDevice& holder = waiting(a).empty() ? b : a;
+    ASSERT_EQ(waiting(holder), "Call Bob|Call Ada ");
+    TaskConflicts(holder.context()).keepBoth(id, holder.clock);
+    holder.save();
+    settle();
+    for (SyncDevice* const device : {&a, &b}) {
+        std::string tasks;
+        for (const CDTask* task : device->context().fetch<CDTask>({.sort = {{"title"}}})) {
+            tasks += task->title.valueOr("") + " (" + task->details.valueOr("") + ") ";
+        }
+        EXPECT_EQ(tasks, "Call Ada (On the phone) Call Bob (On the phone) ");
+    }
+    EXPECT_EQ(waiting(a) + waiting(b), "");
+}
+
 TEST_F(TaskConflictsTest, SeveralVersionsAreSettledOneAfterAnotherAndASameOneIsNotKept) {
     const Uuid id = sharedTask("Call");
     const auto keep = [&](const char* title) {
