@@ -167,11 +167,14 @@ public:
             << editor_.findChild<QWidget*>("findBar")->findChild<QLabel*>()->text().toStdString()
             << "\n";
         tell("and taken back", spentIn([&] { commands_.trigger("edit.undo"); }));
+        editor_.findChild<QWidget*>("findBar")->hide();
         runFor(3);
     }
 
-    /// Makes the window wider and narrower, and the words larger and smaller.
-    void resizeAndZoom() {
+    /// Makes the window narrower and wider, and the words larger and smaller, while one end of the
+    /// note is seen.
+    void resizeAndZoom(const std::string& place, QTextCursor::MoveOperation end) {
+        editor_.body().moveCursor(end);
         runFor(1);
         const auto longest = [&](const std::string& what, int steps, const auto& step) {
             application_.takeLongest();
@@ -180,16 +183,14 @@ public:
                 called = longer(called, spentIn([&] { step(i); }));
                 runFor(0.05);
             }
-            tell(what, longer(called, application_.takeLongest()));
+            tell(place + what, longer(called, application_.takeLongest()));
             runFor(2);
             tell("  and once it rests", application_.takeLongest());
         };
-        longest("resized in 20 steps: longest event", 20, [&](int i) {
-            editor_.resize(1000 - 20 * i, 800);
-        });
-        longest("zoomed in 5 steps: longest event", 5, [&](int /*i*/) {
-            commands_.trigger("view.zoomIn");
-        });
+        longest(": resized in 20 steps", 20, [&](int i) { editor_.resize(980 - 20 * i, 800); });
+        longest(": resized at once", 1, [&](int /*i*/) { editor_.resize(1000, 800); });
+        longest(": zoomed in 5 steps", 5, [&](int /*i*/) { commands_.trigger("view.zoomIn"); });
+        longest(": zoomed at once", 1, [&](int /*i*/) { commands_.trigger("view.zoomReset"); });
     }
 
 private:
@@ -219,6 +220,7 @@ int main(int count, char** words) {
     bench.type(arguments.value(2, "300").toInt());
     bench.save();
     bench.findAndReplace();
-    bench.resizeAndZoom();
+    bench.resizeAndZoom("top", QTextCursor::Start);
+    bench.resizeAndZoom("end", QTextCursor::End);
     return 0;
 }

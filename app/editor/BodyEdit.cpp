@@ -59,6 +59,7 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     : QTextEdit(parent),
       note_(*new NoteDocument(this)),
       loader_(new BodyLoader(note_, this)),
+      pace_(note_),
       painter_(note_),
       renderer_(new ObjectRenderer(note_, pictures, this)),
       handle_(std::make_unique<PictureHandle>(note_, *renderer_)) {
@@ -85,7 +86,7 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     });
     connect(loader_, &BodyLoader::finished, this, &BodyEdit::showView);
     connect(&pictures, &Pictures::loaded, this, [this] {
-        note_.markContentsDirty(0, note_.characterCount());
+        layOutAnew([this] { note_.markContentsDirty(0, note_.characterCount()); });
     });
     setTextFont(Theme::font(TextRole::body));
 }
@@ -132,7 +133,7 @@ void BodyEdit::setZoomStep(int step) {
     zoomStep_ = std::clamp(step, EditorPreferences::smallestZoom, EditorPreferences::largestZoom);
     QFont font = font_;
     font.setPointSizeF(font.pointSizeF() * 1.1 * (1 + 0.1 * zoomStep_));
-    note_.setDefaultFont(font);
+    layOutAnew([&] { note_.setDefaultFont(font); });
     renderer_->forget();
 }
 
@@ -179,7 +180,7 @@ void BodyEdit::showView() {
 
 void BodyEdit::followTheme() {
     renderer_->forget();
-    note_.followTheme();
+    layOutAnew([this] { note_.followTheme(); });
 }
 
 /// Keys of our own commands go before those that a text field has by itself, such as Ctrl+K.
@@ -395,7 +396,24 @@ void BodyEdit::resizeEvent(QResizeEvent* event) {
 
 void BodyEdit::wrap() {
     wrapTimer_.stop();
-    if (columnWidth_ != lineWrapColumnOrWidth()) setLineWrapColumnOrWidth(columnWidth_);
+    if (columnWidth_ == lineWrapColumnOrWidth()) return;
+    layOutAnew([this] { setLineWrapColumnOrWidth(columnWidth_); });
+}
+
+/// Makes a change after which the lines are others, and has the reader keep the place.
+void BodyEdit::layOutAnew(const std::function<void()>& change) {
+    QScrollBar& bar = *verticalScrollBar();
+    const bool isAtTop = bar.value() == 0;
+    const QTextCursor top = cursorForPosition(QPoint(0, 0));
+    const int before = isAtTop ? 0 : cursorRect(top).top();
+    change();
+    pace_.begin();
+    if (isAtTop) return;
+    const int value = bar.value() + cursorRect(top).top() - before;
+    // Asking what stands below lays it out; the bar is told of the new height only later.
+    note_.documentLayout()->hitTest(QPointF(0, value + viewport()->height()), Qt::FuzzyHit);
+    bar.setMaximum(std::max(bar.maximum(), value));
+    bar.setValue(value);
 }
 
 bool BodyEdit::canInsertFromMimeData(const QMimeData* source) const {

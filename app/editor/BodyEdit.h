@@ -2,6 +2,7 @@
 
 #include "app/editor/BlockPainter.h"
 #include "app/editor/BodyLoader.h"
+#include "app/editor/LayoutPace.h"
 #include "app/editor/NoteDocument.h"
 #include "core/body/InlineStyle.h"
 
@@ -119,9 +120,11 @@ private:
 
     void showView();
     void wrap();
+    void layOutAnew(const std::function<void()>& change);
 
     NoteDocument& note_;  // its child
     BodyLoader* const loader_;
+    LayoutPace pace_;
     BodyView wanted_;  // when all is loaded
     BlockPainter painter_;
     ObjectRenderer* const renderer_;

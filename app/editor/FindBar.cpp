@@ -1,7 +1,6 @@
 #include "app/editor/FindBar.h"
 
 #include "app/commands/Commands.h"
-#include "app/editor/BodyEdit.h"
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
 
@@ -10,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTextBlock>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -30,6 +30,23 @@ QLineEdit* field(const QString& name, const QString& purpose, QWidget* parent) {
     return made;
 }
 
+/// Where the words stand, in the order of the text. A no-break space counts as a space.
+std::vector<PassageRange> occurrences(const QTextDocument& note, const QString& words) {
+    std::vector<PassageRange> places;
+    if (words.isEmpty()) return places;
+    for (QTextBlock block = note.begin(); block.isValid(); block = block.next()) {
+        const QString text = block.text().replace(QChar::Nbsp, u' ');
+        qsizetype at = text.indexOf(words, 0, Qt::CaseInsensitive);
+        while (at >= 0) {
+            places.push_back(
+                {static_cast<std::size_t>(block.position() + at),
+                 static_cast<std::size_t>(words.size())});
+            at = text.indexOf(words, at + words.size(), Qt::CaseInsensitive);
+        }
+    }
+    return places;
+}
+
 }  // namespace
 
 FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
@@ -38,7 +55,8 @@ FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
       sought_(field("findField", "Find in this note", this)),
       replacement_(field("replaceField", "Replace with", this)),
       replacing_(new QWidget(this)),
-      count_(new QLabel(this)) {
+      count_(new QLabel(this)),
+      marks_(body, BodyEdit::Overlay::found) {
     setObjectName("findBar");
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::AlternateBase);
@@ -89,7 +107,6 @@ FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
     connect(&body, &QTextEdit::textChanged, this, [this] {
         if (isVisible()) timer_.start(markDelay);
     });
-    connect(&body.note(), &NoteDocument::aboutToBeReplaced, this, [this] { found_.clear(); });
     hide();
 }
 
@@ -118,7 +135,7 @@ void FindBar::showEvent(QShowEvent* event) {
 void FindBar::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     timer_.stop();
-    forgetMarks();
+    marks_.clear();
     body_.setFocus();
 }
 
@@ -134,26 +151,9 @@ void FindBar::search() {
 /// Marks and counts every place.
 void FindBar::markAll() {
     timer_.stop();
-    found_.clear();
-    QList<QTextEdit::ExtraSelection> marks;
-    QTextCharFormat look;
-    look.setBackground(Theme::colors().highlight);
-    if (!sought_->text().isEmpty()) {
-        QTextCursor place(&body_.note());
-        while (found_.size() < mostMarked) {
-            place = body_.note().find(sought_->text(), place);
-            if (place.isNull()) break;
-            found_.push_back(place);
-            marks.append({place, look});
-        }
-    }
-    body_.setOverlay(BodyEdit::Overlay::found, marks);
+    found_ = occurrences(body_.note(), sought_->text());
+    marks_.show(found_);
     showCount();
-}
-
-void FindBar::forgetMarks() {
-    found_.clear();
-    body_.setOverlay(BodyEdit::Overlay::found, {});
 }
 
 void FindBar::go(QTextDocument::FindFlags flags) {
@@ -184,33 +184,33 @@ void FindBar::replaceOne() {
 
 /// One step to undo.
 void FindBar::replaceAll() {
-    if (sought_->text().isEmpty() || body_.isReadOnly()) return;
-    forgetMarks();  // every change would look through them
-    std::size_t count = 0;
+    const std::vector<PassageRange> places = occurrences(body_.note(), sought_->text());
+    if (places.empty() || body_.isReadOnly()) return;
+    marks_.clear();  // every change would move them
     body_.edit([&](NoteDocument& note, QTextCursor& cursor) {
         cursor.beginEditBlock();
-        QTextCursor place = note.find(sought_->text(), 0);
-        for (; !place.isNull(); place = note.find(sought_->text(), place)) {
+        QTextCursor place(&note);
+        // From the last one on, so that none moves before its turn.
+        for (auto range = places.rbegin(); range != places.rend(); ++range) {
+            place.setPosition(static_cast<int>(range->start));
+            place.setPosition(static_cast<int>(range->end()), QTextCursor::KeepAnchor);
             note.insertText(place, replacement_->text(), note.styleAt(place.selectionStart()));
-            ++count;
         }
         cursor.endEditBlock();
     });
     search();
-    count_->setText(count == 1 ? QString("Replaced 1") : QString("Replaced %1").arg(count));
+    count_->setText(QString("Replaced %1").arg(places.size()));
 }
 
 void FindBar::showCount() {
     if (sought_->text().isEmpty()) return count_->clear();
     if (found_.empty()) return count_->setText("Not found");
-    const int here = body_.textCursor().selectionStart();
-    const auto place = std::ranges::find_if(
-        found_, [&](const QTextCursor& found) { return found.selectionStart() == here; });
-    const QString all = found_.size() < mostMarked ? QString::number(found_.size())
-                                                   : QString("more than %1").arg(mostMarked);
+    const auto here = static_cast<std::size_t>(body_.textCursor().selectionStart());
+    const auto place = std::ranges::find(found_, here, &PassageRange::start);
     count_->setText(
-        place == found_.end() ? all + " found"
-                              : QString("%1 of %2").arg(place - found_.begin() + 1).arg(all));
+        place == found_.end()
+            ? QString("%1 found").arg(found_.size())
+            : QString("%1 of %2").arg(place - found_.begin() + 1).arg(found_.size()));
 }
 
 }  // namespace tesserine::app

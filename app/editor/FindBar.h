@@ -1,6 +1,8 @@
 #pragma once
 
-#include <QTextCursor>
+#include "app/editor/PassageMarks.h"
+
+#include <QTextDocument>
 #include <QTimer>
 #include <QWidget>
 
@@ -11,7 +13,6 @@ class QLineEdit;
 
 namespace tesserine::app {
 
-class BodyEdit;
 class Commands;
 
 /// Finds words in the open note, and replaces them. Case does not matter. What it marks and counts
@@ -20,9 +21,6 @@ class FindBar final : public QWidget {
     Q_OBJECT
 
 public:
-    /// More places than these are found one after the other, but not counted and marked.
-    static constexpr std::size_t mostMarked = 1'000;
-
     FindBar(Commands& commands, BodyEdit& body, QWidget* parent);
 
     enum class Purpose { find, replace };
@@ -34,7 +32,6 @@ private:
     void hideEvent(QHideEvent* event) override;
     void search();
     void markAll();
-    void forgetMarks();
     void go(QTextDocument::FindFlags flags);
     void replaceOne();
     void replaceAll();
@@ -45,7 +42,8 @@ private:
     QLineEdit* const replacement_;
     QWidget* const replacing_;
     QLabel* const count_;
-    std::vector<QTextCursor> found_;
+    PassageMarks marks_;
+    std::vector<PassageRange> found_;
     QTimer timer_;  // until the note was left unchanged for a moment
 };
 

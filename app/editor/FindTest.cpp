@@ -59,7 +59,7 @@ TEST_F(FindTest, ReplacesEverythingAsOneStepAndKeepsStyles) {
     EXPECT_EQ(html(), before);
 }
 
-TEST_F(FindTest, VeryManyPlacesAreCountedToABoundAndReplacedAsOneStep) {
+TEST_F(FindTest, VeryManyPlacesAreCountedMarkedWhenSeenAndReplacedAsOneStep) {
     std::string body;
     for (int i = 0; i < 1'500; ++i) {
         body += "<p>word " + std::to_string(i) + " word</p>";
@@ -67,7 +67,16 @@ TEST_F(FindTest, VeryManyPlacesAreCountedToABoundAndReplacedAsOneStep) {
     openNote(body);
     commands.trigger("find.replace");
     look("word");
-    EXPECT_EQ(count(), "1 of more than 1000");
+    EXPECT_EQ(count(), "1 of 3000");
+    EXPECT_LT(marked().size(), 300);
+    commands.trigger("find.previous");
+    EXPECT_EQ(count(), "3000 of 3000");
+    EXPECT_TRUE(waitUntil([this] {
+        const auto marks = editor.body().extraSelections();
+        return !marks.isEmpty()
+               && marks.last().cursor.position() == editor.body().textCursor().position();
+    }));
+    EXPECT_LT(marked().size(), 300);
     bar().findChild<QLineEdit*>("replaceField")->setText("w");
     bar().findChild<QPushButton*>("replaceAll")->click();
     EXPECT_EQ(count(), "Replaced 3000");

@@ -3,6 +3,7 @@
 #include "tests/support/FaultyVFS.h"
 
 #include <QMessageBox>
+#include <QScrollBar>
 
 namespace tesserine::app {
 namespace {
@@ -63,6 +64,36 @@ TEST_F(LongNote, KeepsItsLinesWhileTheWindowIsBeingResized) {
     EXPECT_TRUE(
         waitUntil([&] { return document().textWidth() == editor.body().viewport()->width(); }));
     EXPECT_LT(document().textWidth(), before);
+}
+
+TEST_F(LongNote, KeepsThePlaceWhereItIsRead) {
+    BodyEdit& body = editor.body();
+    const auto first = [&] { return body.cursorForPosition(QPoint(0, 0)).position(); };
+    const auto isSame = [&](int place) {
+        // The line that holds it may begin before it.
+        return first() <= place && first() > place - 100;
+    };
+    for (const std::string& html : {longBody("end"), longBody("end").substr(0, 20'000)}) {
+        CDNote& note = addNote("Long", html);
+        editor.open(*note.id);
+        ASSERT_TRUE(waitUntil([&] { return !body.isLoading(); }));
+        body.verticalScrollBar()->setValue(body.verticalScrollBar()->maximum() * 2 / 3);
+        const int place = first();
+        ASSERT_GT(place, 1'000);
+        const auto rests = [&] {
+            QTest::qWait(300);
+            return isSame(place);
+        };
+        editor.resize(500, 600);
+        EXPECT_TRUE(rests()) << place << " " << first();
+        editor.resize(900, 500);
+        EXPECT_TRUE(rests()) << place << " " << first();
+        commands.trigger("view.zoomIn");
+        commands.trigger("view.zoomIn");
+        EXPECT_TRUE(rests()) << place << " " << first();
+        commands.trigger("view.zoomReset");
+        EXPECT_TRUE(rests()) << place << " " << first();
+    }
 }
 
 TEST_F(LongNote, KeepsWhatIsTypedBeforeAllOfItIsThere) {

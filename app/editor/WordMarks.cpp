@@ -1,18 +1,13 @@
 #include "app/editor/WordMarks.h"
 
-#include "app/editor/BodyEdit.h"
-#include "app/look/Theme.h"
-
 #include <QScrollBar>
 #include <QTextBlock>
 
 #include <algorithm>
+#include <utility>
 
 namespace tesserine::app {
 namespace {
-
-/// More places are not marked.
-constexpr qsizetype mostMarked = 1'000;
 
 /// Small letters without accents, unit by unit, so that positions stay.
 QString folded(const QString& text) {
@@ -97,49 +92,40 @@ QStringList soughtWords(const QString& query) {
     return words;
 }
 
-QList<QTextCursor> placesOf(QTextDocument& document, const QStringList& sought) {
+std::vector<PassageRange> placesOf(const QTextDocument& document, const QStringList& sought) {
     QStringList plain;
     for (const QString& words : sought) {
         if (!words.isEmpty()) plain.append(folded(words));
     }
-    QList<QTextCursor> places;
-    for (QTextBlock block = document.begin(); block.isValid() && places.size() < mostMarked;
-         block = block.next()) {
+    std::vector<PassageRange> places;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         for (const Range& range : rangesIn(folded(block.text()), plain)) {
-            QTextCursor place(block);
-            place.setPosition(block.position() + static_cast<int>(range.begin));
-            place.setPosition(
-                block.position() + static_cast<int>(range.end), QTextCursor::KeepAnchor);
-            places.append(place);
+            const auto start = static_cast<std::size_t>(block.position() + range.begin);
+            places.push_back({start, static_cast<std::size_t>(range.end - range.begin)});
         }
     }
     return places;
 }
 
-WordMarks::WordMarks(BodyEdit& body) : QObject(&body), body_(body) {
+WordMarks::WordMarks(BodyEdit& body)
+    : QObject(&body), body_(body), marks_(body, BodyEdit::Overlay::sought) {
     connect(&body, &QTextEdit::textChanged, this, &WordMarks::clear);
 }
 
 void WordMarks::show(const QString& words) {
-    NoteDocument& note = body_.note();
+    const NoteDocument& note = body_.note();
     clear();
-    QList<QTextCursor> places;
+    std::vector<PassageRange> places;
     for (const QStringList& sought :
          {QStringList{words.trimmed()}, lines(words), soughtWords(words)}) {
-        if (places.isEmpty()) places = placesOf(note, sought);
+        if (places.empty()) places = placesOf(note, sought);
     }
-    if (places.isEmpty()) return;
-    QTextCharFormat look;
-    look.setBackground(Theme::colors().highlight);
-    QList<QTextEdit::ExtraSelection> marks;
-    for (const QTextCursor& place : places) {
-        marks.append({place, look});
-    }
-    isShown_ = true;
-    body_.setOverlay(BodyEdit::Overlay::sought, marks);
-    QTextCursor first = places.front();
-    first.setPosition(first.selectionStart());
+    if (places.empty()) return;
+    QTextCursor first = body_.textCursor();
+    first.setPosition(static_cast<int>(places.front().start));
     body_.setTextCursor(first);
+    isShown_ = true;
+    marks_.show(std::move(places));
     // With some of what stands before it.
     QScrollBar& bar = *body_.verticalScrollBar();
     bar.setValue(bar.value() + body_.cursorRect().top() - body_.viewport()->height() / 3);
@@ -148,7 +134,7 @@ void WordMarks::show(const QString& words) {
 void WordMarks::clear() {
     if (!isShown_) return;
     isShown_ = false;
-    body_.setOverlay(BodyEdit::Overlay::sought, {});
+    marks_.clear();
 }
 
 }  // namespace tesserine::app

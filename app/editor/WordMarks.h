@@ -1,23 +1,23 @@
 #pragma once
 
-#include <QList>
+#include "app/editor/PassageMarks.h"
+
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QTextCursor>
+
+#include <vector>
 
 class QTextDocument;
 
 namespace tesserine::app {
-
-class BodyEdit;
 
 /// What is to be marked for a search: lines as they are, and the words of a query without what
 /// gives its conditions ("tag:travel", "-draft").
 QStringList soughtWords(const QString& query);
 /// Where words begin with one of `sought`, in the order of the text. Case and accents do not
 /// matter.
-QList<QTextCursor> placesOf(QTextDocument& document, const QStringList& sought);
+std::vector<PassageRange> placesOf(const QTextDocument& document, const QStringList& sought);
 
 /// Marks the words for which a note was opened, until it is changed or another one is shown.
 class WordMarks final : public QObject {
@@ -33,6 +33,7 @@ public:
 
 private:
     BodyEdit& body_;
+    PassageMarks marks_;
     bool isShown_ = false;
 };
 
