@@ -15,6 +15,7 @@
 #include "app/shell/FirstPaint.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/NotificationLines.h"
+#include "app/shell/Termination.h"
 #include "app/shell/WindowCommands.h"
 #include "app/shell/WindowRooms.h"
 #include "app/state/SyncControl.h"
@@ -83,7 +84,13 @@ bool isLibrary(const std::filesystem::path& folder) {
 }  // namespace
 
 Program::Program(Theme& theme, StartOptions options) : theme_(theme), options_(std::move(options)) {
-    if (!isOnlyPicture()) screenFit_ = std::make_unique<ScreenFit>(*qApp);
+    if (isOnlyPicture()) return;
+    screenFit_ = std::make_unique<ScreenFit>(*qApp);
+    termination_ = std::make_unique<Termination>();
+    connect(termination_.get(), &Termination::asked, this, [this] {
+        if (window_) window_->close();  // saves what is being typed
+        QApplication::quit();
+    });
 }
 
 Program::~Program() = default;

@@ -21,6 +21,7 @@ class DesktopScheme;
 class MainWindow;
 class ScreenFit;
 class SingleInstance;
+class Termination;
 
 /// One run of the program: the library, its window, and what the desktop asks of them.
 class Program final : public QObject {
@@ -63,6 +64,7 @@ private:
     const StartOptions options_;
     const ProcessSetting process_;
     std::unique_ptr<ScreenFit> screenFit_;
+    std::unique_ptr<Termination> termination_;
 
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<SingleInstance> signInPost_;  // while a sign-in waits for the browser
