@@ -1,8 +1,8 @@
 #include "app/editor/EditorFixture.h"
+#include "app/editor/NoticeBar.h"
 #include "core/model/NoteEntities.h"
 #include "tests/support/FaultyVFS.h"
 
-#include <QMessageBox>
 #include <QScrollBar>
 
 namespace tesserine::app {
@@ -171,8 +171,8 @@ TEST(LongNoteOnAFullDisk, WaitsUntilItCanBeWritten) {
              .fault = test::FaultyVFS::Fault::full,
              .isLasting = true});
         QTest::keyClicks(&editor.body(), "typed ");
-        const auto notice = [&] { return editor.findChild<QMessageBox*>("notice"); };
-        ASSERT_TRUE(fixture.waitUntil([&] { return notice() != nullptr; }));
+        ASSERT_TRUE(fixture.waitUntil(
+            [&] { return editor.notice().text().contains("could not be saved"); }));
         EXPECT_FALSE(editor.close());
         disk.clear();
         EXPECT_TRUE(editor.close());

@@ -215,6 +215,11 @@ void NoteEditor::connectParts() {
     });
     connect(body_, &BodyEdit::left, this, &NoteEditor::save);
     connect(saver_, &NoteSaver::saved, this, &NoteEditor::showSaved);
+    connect(saver_, &NoteSaver::failed, this, [this](const QString& sentence) {
+        failure_ = sentence;
+        notice_->tell(sentence, {{"Try Again", [this] { save(); }}});
+        footer_->showState("Not saved");
+    });
     connect(saver_, &NoteSaver::nothingToSave, footer_, [this] { footer_->showState("Saved"); });
     connect(saver_, &NoteSaver::ended, this, &NoteEditor::followNote);
     connect(body_, &BodyEdit::objectActivated, this, &NoteEditor::openObject);
@@ -292,6 +297,7 @@ void NoteEditor::markChanged() {
 
 void NoteEditor::showSaved(NoteService::EditOutcome outcome) {
     if (outcome == NoteService::EditOutcome::savedWithConflict) followConflict(true);
+    if (notice_->text() == failure_) notice_->hide();
     footer_->showState(saver_->isPending() ? "Editing" : "Saved");
     emit saved(*open_.id());
 }

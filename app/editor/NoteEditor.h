@@ -125,6 +125,7 @@ private:
     BodyEdit* body_ = nullptr;
     NoteSaver* saver_ = nullptr;
     NoticeBar* notice_ = nullptr;
+    QString failure_;  // of the last attempt to save, as the notice says it
     FindBar* find_ = nullptr;
     EditorFooter* footer_ = nullptr;
     SidePanel* panel_ = nullptr;

@@ -50,13 +50,16 @@ bool NoteSaver::write(Autosave::Occasion occasion) {
     if (body.isModified()) edit.html = body.note().html();
     try {
         const auto outcome = open.write(std::move(edit));
-        if (!environment.save(&window_)) return false;
+        environment.context().save();
         title.setModified(false);
         body.note().setModified(false);
         emit saved(outcome);
         return true;
     } catch (const UserError& error) {
-        showNotice(&window_, error.what());
+        environment.log().error(std::string("save: ") + error.what());
+        // Whoever is typing is not interrupted.
+        occasion == Autosave::Occasion::now ? showNotice(&window_, error.what())
+                                            : emit failed(QString::fromUtf8(error.what()));
         return false;
     }
 }
@@ -78,7 +81,7 @@ void NoteSaver::beginWriting(OpenNote::Edit edit) {
             return written;
         },
         [this] {
-            if (const auto error = endWriting()) showNotice(&window_, *error);
+            if (const auto error = endWriting()) emit failed(QString::fromStdString(*error));
             if (isPending()) schedule();
         });
 }

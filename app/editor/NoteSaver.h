@@ -31,7 +31,7 @@ public:
         QLineEdit& title;
         BodyEdit& body;
     };
-    /// Why something could not be saved is shown over `parent`.
+    /// Why the note could not be left is shown over `parent`.
     NoteSaver(const Parts& parts, QWidget* parent);
 
     /// Something was changed.
@@ -46,6 +46,8 @@ public:
 
 signals:
     void saved(tesserine::NoteService::EditOutcome outcome);
+    /// What is typed could not be written meanwhile; nothing is lost, and it is tried again.
+    void failed(const QString& sentence);
     /// What was changed was taken back before it was written.
     void nothingToSave();
     /// Another thread has ended; only now can it be told what others made of the note.

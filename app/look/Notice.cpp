@@ -2,16 +2,33 @@
 
 #include "base/Product.h"
 
+#include <QApplication>
 #include <QMessageBox>
 #include <QString>
 
+#include <algorithm>
+
 namespace tesserine::app {
+namespace {
+
+constexpr const char* objectName = "notice";
+
+bool isShown(const QString& text) {
+    return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget* widget) {
+        const auto* const box = qobject_cast<const QMessageBox*>(widget);
+        return box != nullptr && box->objectName() == objectName && box->isVisible()
+               && box->text() == text;
+    });
+}
+
+}  // namespace
 
 void showNotice(QWidget* parent, const std::string& sentence) {
     const auto name = QString::fromUtf8(product::name.data(), qsizetype(product::name.size()));
-    auto* box = new QMessageBox(
-        QMessageBox::Warning, name, QString::fromStdString(sentence), QMessageBox::Ok, parent);
-    box->setObjectName("notice");
+    const QString text = QString::fromStdString(sentence);
+    if (isShown(text)) return;
+    auto* box = new QMessageBox(QMessageBox::Warning, name, text, QMessageBox::Ok, parent);
+    box->setObjectName(objectName);
     box->setTextFormat(Qt::PlainText);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();

@@ -422,6 +422,9 @@ TEST_F(Journey, AFullDiskKeepsWhatWasTypedAndTheWindowWhereItIs) {
          .fault = test::FaultyVFS::Fault::full,
          .isLasting = true});
     type("typed ");
+    const NoticeBar& line = editor().notice();
+    EXPECT_TRUE(waitUntil([&] { return line.text().contains("could not be saved"); }));
+    EXPECT_EQ(window().findChild<QMessageBox*>("notice"), nullptr) << "typing goes on";
     clickPlace({Kind::trash});
     EXPECT_EQ(place(), "tesserine://notes");
     EXPECT_NE(window().findChild<QMessageBox*>("notice"), nullptr);
