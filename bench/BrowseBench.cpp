@@ -131,9 +131,12 @@ public:
             }
         }
         const int count = static_cast<int>(places.size());
-        measure("every place of the sidebar, " + std::to_string(count), count, 0.4, [&](int step) {
-            window_.go(places[static_cast<std::size_t>(step)]);
-        });
+        const auto placeAt = [&](int step) { return places[static_cast<std::size_t>(step)]; };
+        const int longest = measure(
+            "every place of the sidebar, " + std::to_string(count), count, 0.4, [&](int step) {
+                window_.go(placeAt(step));
+            });
+        std::cout << "  longest: " << placeAt(longest).address() << '\n';
         measure("all notes by title, and by change", 2, 4, [&](int step) {
             if (step == 0) window_.go({Place::Kind::allNotes});
             window_.notes().list().setOrder(
@@ -203,19 +206,24 @@ private:
     }
 
     /// Does something so often, with a pause after each, and tells the longest time that the
-    /// window could not answer.
-    void measure(
+    /// window could not answer. Returns the step that it belongs to.
+    int measure(
         const std::string& what,
         int times,
         double pause,
         const std::function<void(int step)>& act) {
         application_.takeLongest();
         bench::Spent longest;
+        int longestStep = 0;
         for (int step = 0; step < times; ++step) {
-            longest = bench::longer(longest, bench::spentIn([&] { act(step); }));
+            const bench::Spent called = bench::spentIn([&] { act(step); });
             runFor(pause);
+            const bench::Spent spent = bench::longer(called, application_.takeLongest());
+            if (spent.work > longest.work) longestStep = step;
+            longest = bench::longer(longest, spent);
         }
-        bench::tell(what, bench::longer(longest, application_.takeLongest()));
+        bench::tell(what, longest);
+        return longestStep;
     }
 
     bench::WatchedApplication& application_;

@@ -85,7 +85,7 @@ private:
     IconButton* newButton_;
     QPushButton* emptyTrashButton_;
     std::optional<Uuid> awaited_;  // to be selected as soon as it is listed
-    bool awaitsFirst_ = false;     // a list by title has no first note before it is whole
+    bool awaitsFirst_ = false;     // some lists have no first note before they are whole
 };
 
 }  // namespace tesserine::app

@@ -25,9 +25,9 @@ void NoteListModel::show(const NoteScope& scope) {
     beginResetModel();
     scope_ = scope;
     summaries_.forget();
-    // A list by title has no beginning before all titles are compared.
-    entries_ = scope.isByTitle() ? Entries{} : read(scope, summaries_.context(), beginning);
-    isComplete_ = !scope.isByTitle() && entries_.size() < beginning;
+    const bool hasBeginning = scope.hasBeginning();
+    entries_ = hasBeginning ? read(scope, summaries_.context(), beginning) : Entries{};
+    isComplete_ = hasBeginning && entries_.size() < beginning;
     endResetModel();
     ++reading_;
     if (isComplete_) {
@@ -188,7 +188,8 @@ int NoteListModel::rowOf(const Uuid& note) const {
 }
 
 std::optional<Instant> NoteListModel::date(int row) const {
-    return entries_[static_cast<std::size_t>(row)].date;
+    const Instant date = entries_[static_cast<std::size_t>(row)].date;
+    return date == Instant{} ? std::nullopt : std::optional(date);
 }
 
 int NoteListModel::rowCount(const QModelIndex& parent) const {
@@ -199,10 +200,12 @@ QVariant NoteListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     if (role == Qt::DisplayRole) return shownTitle(summary(index.row()));
     if (role == Qt::AccessibleTextRole) {
-        const QString day =
-            shownDate(*date(index.row()), environment_.now(), environment_.calendar());
         const NoteSummary& note = summary(index.row());
-        return QString("%1, %2. %3").arg(shownTitle(note), day, note.snippet);
+        QString name = shownTitle(note);
+        if (const auto day = date(index.row())) {
+            name += ", " + shownDate(*day, environment_.now(), environment_.calendar());
+        }
+        return QString("%1. %2").arg(name, note.snippet);
     }
     return {};
 }

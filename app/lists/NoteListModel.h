@@ -50,7 +50,7 @@ public:
     int rowOf(const Uuid& note) const;
     /// Good until the next call.
     const NoteSummary& summary(int row) const { return summaries_.of(noteAt(row)); }
-    /// The date that the list is ordered by.
+    /// The date that the list is ordered by; none where the note has none.
     std::optional<Instant> date(int row) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;

@@ -108,6 +108,17 @@ TEST_F(NoteListModelTest, EachPlaceListsItsNotesInItsOrder) {
     }
 }
 
+TEST_F(NoteListModelTest, ANotePinnedElsewhereComesLastAndShowsNoDate) {
+    environment->notes().pin(add("Ours"));
+    add("Another program's").isPinned = true;
+    context().save();
+    model().show(NoteScope({Kind::pinned}));
+    ASSERT_TRUE(waitUntil([this] { return model().isComplete(); }));
+    EXPECT_EQ(titles(), "Ours;Another program's;");
+    const auto spoken = model().index(1).data(Qt::AccessibleTextRole).toString();
+    EXPECT_TRUE(spoken.startsWith("Another program's. ")) << spoken.toStdString();
+}
+
 TEST_F(NoteListModelTest, ChangesMoveSingleLinesAndKeepTheOthers) {
     CDNote& first = add("first");
     CDNote& second = add("second");

@@ -64,15 +64,12 @@ void NoteRowDelegate::paintSnippet(QPainter& painter, const QRect& line, int row
     paintText(painter, line, snippet.isEmpty() ? QString("No text yet") : snippet);
 }
 
-void NoteRowDelegate::paintDetails(QPainter& painter, QRect line, int row) const {
-    const NoteSummary& note = model_.summary(row);
+void NoteRowDelegate::paintDate(QPainter& painter, QRect& line, Instant date) const {
+    const Instant now = environment_.now();
     const bool isReminder = model_.scope().place().kind == Place::Kind::reminders;
-    const Instant date = model_.date(row).value_or(Instant{});
     const auto shown = isReminder ? shownTime : shownDate;
-    const QString text = shown(date, environment_.now(), environment_.calendar());
-
-    painter.setFont(Theme::font(TextRole::caption));
-    const bool isLate = isReminder && date < environment_.now();
+    const QString text = shown(date, now, environment_.calendar());
+    const bool isLate = isReminder && date < now;
     painter.setPen(isLate ? Theme::colors().danger : Theme::colors().secondaryText);
     const int width = painter.fontMetrics().horizontalAdvance(text);
     painter.drawText(
@@ -80,9 +77,13 @@ void NoteRowDelegate::paintDetails(QPainter& painter, QRect line, int row) const
         Qt::AlignCenter | Qt::TextSingleLine,
         text);
     cutStart(painter, line, {space::small, 0});
+}
 
+void NoteRowDelegate::paintDetails(QPainter& painter, QRect line, int row) const {
+    painter.setFont(Theme::font(TextRole::caption));
+    if (const auto date = model_.date(row)) paintDate(painter, line, *date);
     painter.setPen(Theme::colors().secondaryText);
-    for (const QString& tag : note.tags) {
+    for (const QString& tag : model_.summary(row).tags) {
         if (!paintChip(painter, line, tag)) break;
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Instant.h"
+
 #include <QStyledItemDelegate>
 
 namespace tesserine::app {
@@ -22,6 +24,7 @@ public:
 private:
     void paintTitle(QPainter& painter, QRect line, int row) const;
     void paintSnippet(QPainter& painter, const QRect& line, int row) const;
+    void paintDate(QPainter& painter, QRect& line, Instant date) const;
     void paintDetails(QPainter& painter, QRect line, int row) const;
 
     const AppEnvironment& environment_;

@@ -31,6 +31,8 @@ public:
     bool isAscending() const { return isAscending_; }
     /// Titles decide, as a reader expects; `request` leaves that to who reads it.
     bool isByTitle() const { return isByTitle_; }
+    /// Whether the first notes can be found without looking at all of them.
+    bool hasBeginning() const { return !isByTitle_ && place_.kind != Place::Kind::pinned; }
 
     /// Everything in it, in the order of the dates, without one for pinned notes, which are few.
     /// None when the place is gone.
