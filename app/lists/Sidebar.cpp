@@ -17,6 +17,7 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include <algorithm>
 
@@ -77,7 +78,9 @@ Sidebar::Sidebar(AppEnvironment& environment, QWidget* parent)
     folded_.insert(folded.begin(), folded.end());
 
     setModel(model_);
+    connect(model_, &SidebarModel::aboutToRebuild, this, &Sidebar::rememberTop);
     connect(model_, &SidebarModel::rebuilt, this, &Sidebar::putFoldingBack);
+    connect(model_, &SidebarModel::rebuilt, this, &Sidebar::putTopBack);
     connect(model_, &SidebarModel::renamed, this, &Sidebar::rename, Qt::QueuedConnection);
     connect(this, &QTreeView::collapsed, this, &Sidebar::rememberFolding);
     connect(this, &QTreeView::expanded, this, &Sidebar::rememberFolding);
@@ -300,6 +303,24 @@ void Sidebar::putFoldingBack() {
     }
     isMarking_ = false;
     if (marked_) mark(*marked_);
+}
+
+void Sidebar::rememberTop() {
+    top_.reset();
+    for (QModelIndex index = indexAt({0, 0}); index.isValid(); index = indexBelow(index)) {
+        const auto place = SidebarModel::placeAt(index);
+        if (!place) continue;
+        top_ = {*place, visualRect(index).top()};
+        return;
+    }
+}
+
+void Sidebar::putTopBack() {
+    const QModelIndex index = top_ ? model_->indexOf(top_->place) : QModelIndex();
+    if (!index.isValid()) return;
+    doItemsLayout();
+    QScrollBar& bar = *verticalScrollBar();
+    bar.setValue(bar.value() + visualRect(index).top() - top_->y);
 }
 
 // Dropping

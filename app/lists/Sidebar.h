@@ -71,6 +71,8 @@ private:
     void remove(const Place& place);
     void rememberFolding();
     void putFoldingBack();
+    void rememberTop();
+    void putTopBack();
     void acceptNotes();
     void acceptPlaces();
     /// A notebook or a tag; none: to the top.
@@ -81,6 +83,12 @@ private:
     SidebarModel* model_;
     std::vector<Drop> drops_;
     std::set<std::string> folded_;
+    /// The first place that is seen, and where; nothing moves while the lines are made anew.
+    struct Top {
+        Place place;
+        int y = 0;
+    };
+    std::optional<Top> top_;
     std::optional<Place> marked_;
     bool isMarking_ = false;
 };

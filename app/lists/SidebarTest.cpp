@@ -16,6 +16,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 
 #include <chrono>
@@ -77,6 +78,25 @@ public:
 private:
     std::unique_ptr<Sidebar> sidebar_;
 };
+
+TEST_F(SidebarTest, LinesStayWhereTheyAreWhileOthersCome) {
+    for (int number = 0; number < 60; ++number) {
+        notebook("Notebook " + std::to_string(number));
+    }
+    const auto topOf = [this](const Place& place) {
+        return sidebar().visualRect(sidebar().places().indexOf(place)).top();
+    };
+    sidebar().mark({Kind::inbox});
+    sidebar().verticalScrollBar()->setValue(sidebar().verticalScrollBar()->maximum());
+    const int before = topOf({Kind::inbox});
+    environment->projects().create(context(), "Below all that is seen");
+    notebook("A notebook above it");
+    EXPECT_EQ(topOf({Kind::inbox}), before);
+
+    sidebar().verticalScrollBar()->setValue(0);
+    notebook("Another one");
+    EXPECT_EQ(sidebar().verticalScrollBar()->value(), 0) << "the place that is marked is not seen";
+}
 
 TEST_F(SidebarTest, ListsEveryPlaceWithWhatIsInIt) {
     CDNotebook& work = notebook("Work");

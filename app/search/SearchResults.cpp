@@ -130,6 +130,7 @@ void SearchResults::search(const QString& text, SearchRunner::Typing typing, boo
         show({});
         return;
     }
+    if (shown_.isEmpty()) stack_->setCurrentWidget(list_);  // empty until the answer is there
     runner_->search(text, typing, isExact);
     if (typing == SearchRunner::Typing::goesOn) return;
     try {
