@@ -265,6 +265,7 @@ void NoteEditor::showNote(const CDNote& note, BodyView view) {
     const QScopedValueRollback showing(isShowing_, true);
     saver_->forget();
     title_->setText(QString::fromStdString(open_.title()));
+    title_->setCursorPosition(0);  // of a title that is too long the beginning is seen
     title_->setModified(false);
     body_->load(open_.html(), view);
     footer_->showState({});
