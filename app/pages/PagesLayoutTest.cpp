@@ -25,11 +25,7 @@ namespace {
 /// Every page, at the size it is opened with.
 class PagesLayoutTest : public test::WindowFixture {
 public:
-    ~PagesLayoutTest() override {
-        environment->waitForBackground();
-        QApplication::setFont(usual);
-        QApplication::setLayoutDirection(Qt::LeftToRight);
-    }
+    ~PagesLayoutTest() override { environment->waitForBackground(); }
 
     struct Page {
         const char* name;
@@ -73,29 +69,21 @@ public:
         }
         return all;
     }
-
-    const QFont usual = QApplication::font();
 };
 
 TEST_F(PagesLayoutTest, NothingIsCutWithUsualAndWithLargeLettersInEitherDirection) {
     const Theme theme(*qApp);
-    for (const double scale : {1.0, 1.4, 2.0}) {
-        QFont font = usual;
-        font.setPointSizeF(usual.pointSizeF() * scale);
-        QApplication::setFont(font);
-        for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
-            QApplication::setLayoutDirection(direction);
-            for (const auto& [name, make, largest] : pages()) {
-                if (scale > largest) continue;
-                SCOPED_TRACE(std::string(name) + " " + std::to_string(scale));
-                const auto page = make();
-                page->show();
-                environment->waitForBackground();
-                settle();
-                EXPECT_EQ(test::layoutFaults(*page), "");
-            }
+    test::forReaders({1.0, 1.4, 2.0}, [this](double scale) {
+        for (const auto& [name, make, largest] : pages()) {
+            if (scale > largest) continue;
+            SCOPED_TRACE(name);
+            const auto page = make();
+            page->show();
+            environment->waitForBackground();
+            settle();
+            EXPECT_EQ(test::layoutFaults(*page), "");
         }
-    }
+    });
 }
 
 TEST_F(PagesLayoutTest, EveryControlHasANameThatCanBeHeard) {

@@ -10,7 +10,6 @@
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -32,6 +31,7 @@ CalendarPage::CalendarPage(AppEnvironment& environment, TaskActions& actions, QW
     setBackgroundRole(QPalette::Base);
     title_->setObjectName("calendarTitle");
     title_->setFont(Theme::font(TextRole::title));
+    title_->setWordWrap(true);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(space::large, space::large, space::large, space::large);
     layout->setSpacing(space::medium);
@@ -66,8 +66,9 @@ CalendarPage::CalendarPage(AppEnvironment& environment, TaskActions& actions, QW
 QLayout* CalendarPage::makeHead() {
     auto* const back = new IconButton("chevron-left", "Before", this);
     auto* const forward = new IconButton("chevron-right", "After", this);
-    auto* const today = new QPushButton("Today", this);
+    auto* const today = new QToolButton(this);
     today->setObjectName("goToToday");
+    today->setText("Today");
     auto* const month = new QToolButton(this);
     auto* const week = new QToolButton(this);
     month->setText("Month");
@@ -81,7 +82,7 @@ QLayout* CalendarPage::makeHead() {
     month->setChecked(true);
     connect(back, &IconButton::clicked, this, [this] { model_.moveBySpans(-1), showDay(); });
     connect(forward, &IconButton::clicked, this, [this] { model_.moveBySpans(1), showDay(); });
-    connect(today, &QPushButton::clicked, this, [this] { model_.showToday(), showDay(); });
+    connect(today, &QToolButton::clicked, this, [this] { model_.showToday(), showDay(); });
     connect(month, &QToolButton::clicked, this, [this] { setSpan(CalendarModel::Span::month); });
     connect(week, &QToolButton::clicked, this, [this] { setSpan(CalendarModel::Span::week); });
 

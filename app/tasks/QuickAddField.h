@@ -44,7 +44,7 @@ private:
     void paintEvent(QPaintEvent* event) override;
     void insertFromMimeData(const QMimeData* source) override;
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    QSize minimumSizeHint() const override { return {160, sizeHint().height()}; }
 
     bool turnBackBy(const QKeyEvent& event);
     bool toggleAt(int position);

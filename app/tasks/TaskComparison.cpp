@@ -34,7 +34,7 @@ QStringList linesOf(const TaskVersion& version, const TaskWords& words) {
         date(version.reminderAt, true),
         version.priority < 4 ? QString("Priority %1").arg(version.priority) : QString("None"),
         version.isDone ? "Yes" : "No",
-        QString::fromStdString(version.notes),
+        version.notes.empty() ? "None" : QString::fromStdString(version.notes),
         date(version.updatedAt, true)};
 }
 
@@ -50,7 +50,7 @@ TaskComparison::TaskComparison(
     setWindowTitle("Compare versions");
     setAttribute(Qt::WA_DeleteOnClose);
     build(conflict);
-    resizeToFit(*this, usualSize);
+    resize(usualSize);
 }
 
 void TaskComparison::build(const TaskConflict& conflict) {
@@ -74,6 +74,7 @@ void TaskComparison::build(const TaskConflict& conflict) {
     grid->setRowStretch(grid->rowCount(), 1);
     auto* const area = new QScrollArea(this);
     area->setFrameShape(QFrame::NoFrame);
+    area->setAccessibleName("Both versions");
     area->setWidgetResizable(true);
     area->setWidget(page);
 

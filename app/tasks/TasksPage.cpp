@@ -45,6 +45,7 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
           static_cast<QWidget*>(calendar_),
           static_cast<QWidget*>(reminders_),
           static_cast<QWidget*>(templates_)}) {
+        page->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
         stack_->addWidget(page);
     }
     auto* const left = new QWidget(this);
@@ -144,10 +145,14 @@ bool TasksPage::shows(Place::Kind kind) {
 void TasksPage::showPage(QWidget* page) {
     undo_->hide();
     templates_->flush();
+    // What is not shown asks for no room.
+    stack_->currentWidget()->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    page->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     stack_->setCurrentWidget(page);
 }
 
 void TasksPage::showTemplates() {
+    if (detail_->flush()) detail_->hide();
     showPage(templates_);
     templates_->open();
 }

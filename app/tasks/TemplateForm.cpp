@@ -1,5 +1,6 @@
 #include "app/tasks/TemplateForm.h"
 
+#include "app/look/FlowLayout.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/FormParts.h"
@@ -89,14 +90,12 @@ TemplateForm::TemplateForm(AppEnvironment& environment, QWidget* parent)
 
 void TemplateForm::arrange() {
     auto* const due = new QWidget(this);
-    auto* const dueLine = new QHBoxLayout(due);
+    auto* const dueLine = new FlowLayout(space::small, due);
     dueLine->setContentsMargins(0, 0, 0, 0);
-    dueLine->setSpacing(space::small);
     dueLine->addWidget(isDue_);
     dueLine->addWidget(dueDays_);
     dueLine->addWidget(new QLabel("days after it is created, at", due));
     dueLine->addWidget(dueTime_);
-    dueLine->addStretch();
 
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -143,6 +143,7 @@ QWidget* TemplateManager::makeRight() {
     summary_->setTextFormat(Qt::PlainText);
     auto* const area = new QScrollArea(right);
     area->setFrameShape(QFrame::NoFrame);
+    area->setAccessibleName("Template");
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setMinimumWidth(

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <initializer_list>
 #include <string>
 
 class QWidget;
@@ -12,5 +14,10 @@ std::string layoutFaults(const QWidget& window);
 
 /// Controls that take keys and have no name for a person who hears the window. A line for each.
 std::string namelessControls(const QWidget& window);
+
+/// Calls `judge` with letters of each of `scales` times the usual size, for people who read from
+/// left to right and for those who read from right to left. A failure names the two.
+void forReaders(
+    std::initializer_list<double> scales, const std::function<void(double scale)>& judge);
 
 }  // namespace tesserine::test
