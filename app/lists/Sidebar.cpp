@@ -12,6 +12,7 @@
 
 #include <QContextMenuEvent>
 #include <QDrag>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
@@ -79,8 +80,10 @@ Sidebar::Sidebar(AppEnvironment& environment, QWidget* parent)
 
     setModel(model_);
     connect(model_, &SidebarModel::aboutToRebuild, this, &Sidebar::rememberTop);
+    connect(model_, &SidebarModel::aboutToRebuild, this, &Sidebar::rememberName);
     connect(model_, &SidebarModel::rebuilt, this, &Sidebar::putFoldingBack);
     connect(model_, &SidebarModel::rebuilt, this, &Sidebar::putTopBack);
+    connect(model_, &SidebarModel::rebuilt, this, &Sidebar::putNameBack);
     connect(model_, &SidebarModel::renamed, this, &Sidebar::rename, Qt::QueuedConnection);
     connect(this, &QTreeView::collapsed, this, &Sidebar::rememberFolding);
     connect(this, &QTreeView::expanded, this, &Sidebar::rememberFolding);
@@ -172,6 +175,23 @@ void Sidebar::editNew(const Place& place) {
 void Sidebar::renameCurrent() {
     const QModelIndex index = currentIndex();
     if (index.flags() & Qt::ItemIsEditable) edit(index);
+}
+
+/// Others may change the library while a name is being typed.
+void Sidebar::rememberName() {
+    typed_.reset();
+    for (const auto* field : viewport()->findChildren<QLineEdit*>()) {
+        const auto place = SidebarModel::placeAt(indexAt(field->geometry().center()));
+        if (field->isVisible() && place) typed_ = {*place, field->text()};
+    }
+}
+
+void Sidebar::putNameBack() {
+    if (!typed_) return;
+    const QModelIndex index = model_->indexOf(typed_->place);
+    if (!index.isValid()) return;
+    edit(index);
+    if (auto* field = qobject_cast<QLineEdit*>(indexWidget(index))) field->setText(typed_->name);
 }
 
 void Sidebar::rename(const Place& place, const QString& name) {

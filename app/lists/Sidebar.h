@@ -73,6 +73,8 @@ private:
     void putFoldingBack();
     void rememberTop();
     void putTopBack();
+    void rememberName();
+    void putNameBack();
     void acceptNotes();
     void acceptPlaces();
     /// A notebook or a tag; none: to the top.
@@ -89,6 +91,12 @@ private:
         int y = 0;
     };
     std::optional<Top> top_;
+    /// The name that is being typed while the lines are made anew.
+    struct Typed {
+        Place place;
+        QString name;
+    };
+    std::optional<Typed> typed_;
     std::optional<Place> marked_;
     bool isMarking_ = false;
 };

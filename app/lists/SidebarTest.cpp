@@ -156,7 +156,16 @@ TEST_F(SidebarTest, NotebooksAreMadeRenamedAndDeletedInPlace) {
     const CDNotebook* made = environment->notebooks().find(context(), "Garden");
     ASSERT_NE(made, nullptr);
 
-    notebook("Work");
+    sidebar().renameCurrent();
+    QTest::keyClicks(sidebar().findChild<QLineEdit*>(), "Gardens");
+    notebook("Work");  // somebody else makes it meanwhile
+    settle();
+    field = sidebar().findChild<QLineEdit*>();
+    ASSERT_NE(field, nullptr);
+    EXPECT_EQ(field->text(), "Gardens");
+    QTest::keyClick(field, Qt::Key_Escape);
+    settle();
+
     sidebar().renameCurrent();
     field = sidebar().findChild<QLineEdit*>();
     ASSERT_NE(field, nullptr);
