@@ -230,7 +230,7 @@ void NoteList::refreshHeader() {
     const auto count = static_cast<std::size_t>(model_->rowCount());
     count_->setText(model_->isComplete() ? shownCount(count, "note", "notes") : QString(" "));
     const bool isEmpty = count == 0 && model_->isComplete();
-    isEmpty ? showEmptyState() : stack_->setCurrentWidget(view_);
+    isEmpty ? showEmptyState() : showPage(view_);
     emptyTrashButton_->setVisible(isTrash() && !isEmpty);
     newButton_->setVisible(!isTrash());
     const auto kind = place().kind;
@@ -248,7 +248,18 @@ void NoteList::showEmptyState() {
         connect(empty_, &EmptyState::acted, this, &NoteList::createNote);
     }
     empty_->setContent(content);
-    stack_->setCurrentWidget(empty_);
+    showPage(empty_);
+}
+
+/// The keys stay in the list, whichever of the two it shows.
+void NoteList::showPage(QWidget* page) {
+    QWidget* const before = stack_->currentWidget();
+    if (page == before) return;
+    QWidget* const focused = window()->focusWidget();
+    const bool hadKeys = focused == before || before->isAncestorOf(focused);
+    stack_->setCurrentWidget(page);
+    setFocusProxy(page);
+    if (hadKeys) page->setFocus();
 }
 
 void NoteList::showMenu(const QPoint& where) {

@@ -67,6 +67,7 @@ private:
     void tellSelection();
     void refreshHeader();
     void showEmptyState();
+    void showPage(QWidget* page);
     void showMenu(const QPoint& where);
     void fillMenu(QMenu& menu);
     void fillTrashMenu(QMenu& menu);

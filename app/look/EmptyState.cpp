@@ -59,7 +59,9 @@ void EmptyState::setContent(const Content& content) {
     title_->setText(content.title);
     text_->setText(content.text);
     button_->setText(content.action);
-    button_->setVisible(!content.action.isEmpty());
+    const bool hasAction = !content.action.isEmpty();
+    button_->setVisible(hasAction);
+    setFocusProxy(hasAction ? button_ : nullptr);
 }
 
 void EmptyState::changeEvent(QEvent* event) {

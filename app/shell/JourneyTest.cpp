@@ -15,6 +15,7 @@
 #include <QDragEnterEvent>
 #include <QListView>
 #include <QMimeData>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTabBar>
 #include <QTextBlock>
@@ -337,6 +338,21 @@ TEST_F(Journey, KeysGoOnInWhatIsShown) {
     commands().trigger("go.allNotes");
     EXPECT_EQ(QApplication::focusWidget(), &list().view())
         << "a command leads to the notes themselves";
+}
+
+TEST_F(Journey, WhereNothingIsListedTheKeysLeadToANewNote) {
+    const auto focused = [] {
+        const auto* const button = qobject_cast<QPushButton*>(QApplication::focusWidget());
+        return button == nullptr ? std::string() : button->text().toStdString();
+    };
+    window();
+    EXPECT_EQ(focused(), "New Note");
+    press(Qt::Key_N, Qt::ControlModifier);
+    type("Plan");
+    list().setFocus();
+    EXPECT_EQ(QApplication::focusWidget(), &list().view());
+    press(Qt::Key_Delete);
+    EXPECT_EQ(focused(), "New Note");
 }
 
 TEST_F(Journey, TheMenuOfWhatIsChosenOpensWithoutAMenuKey) {

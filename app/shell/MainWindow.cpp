@@ -103,7 +103,7 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
     restoreLayout();
     restoreTabs();
     returnTo(current());
-    notes_->list().view().setFocus();
+    notes_->list().setFocus();
     afterFirstPaint(*this, [this] { notes_->beginToFollow(); });
 }
 
