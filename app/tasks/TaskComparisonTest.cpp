@@ -2,6 +2,7 @@
 
 #include "app/state/WindowFixture.h"
 #include "app/tasks/TaskDetail.h"
+#include "app/tasks/TaskListModel.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -100,6 +101,17 @@ TEST_F(TaskComparisonTest, EachChoiceSettlesItAndOnlyWhatWasNotChosenGoes) {
         EXPECT_EQ(detail->findChild<TaskComparison*>(), nullptr);
         beginAgain();
     }
+}
+
+TEST_F(TaskComparisonTest, ItsLineInAListIsMarkedUntilItIsSettled) {
+    TaskListModel model(*environment);
+    model.setView(TaskView::inbox());
+    const auto heard = [&] {
+        return model.data(model.index(0), Qt::AccessibleTextRole).toString().toStdString();
+    };
+    EXPECT_NE(heard().find("changed on two devices"), std::string::npos) << heard();
+    choose("keepMine");
+    EXPECT_EQ(heard().find("changed on two devices"), std::string::npos) << heard();
 }
 
 TEST_F(TaskComparisonTest, ATaskWithoutAConflictHasNoNotice) {

@@ -138,12 +138,14 @@ TaskDelegate::Layout TaskDelegate::layout(
         titleHeight);
     const int pieceTop = title.bottom() + 1 + space::hair;
     const QRect pieces(title.left(), pieceTop, title.width(), lineHeight(TextRole::caption));
-    QRect flag;
-    if (row.priority != TaskPriority::p4) {
-        flag = QRect(inner.right() - iconSide, 0, iconSide, iconSide);
-        flag.moveTop(title.center().y() - iconSide / 2);
-        title.setRight(flag.left() - space::small);
-    }
+    const auto pictureAtEnd = [&title](bool isShown) {
+        if (!isShown) return QRect();
+        const QPoint corner(title.right() - iconSide, title.center().y() - iconSide / 2);
+        title.setRight(corner.x() - space::small);
+        return QRect(corner, QSize(iconSide, iconSide));
+    };
+    const QRect flag = pictureAtEnd(row.priority != TaskPriority::p4);
+    const QRect conflict = pictureAtEnd(row.hasConflict);
     QRect subtasks;
     if (row.subtaskCount > 0) {
         subtasks = QRect(title.right() - subtasksWidth, title.top(), subtasksWidth, titleHeight);
@@ -151,7 +153,12 @@ TaskDelegate::Layout TaskDelegate::layout(
     }
     const QRect circle(inner.left(), title.center().y() - circleSide / 2, circleSide, circleSide);
     return {
-        mirrored(circle), mirrored(title), mirrored(pieces), mirrored(subtasks), mirrored(flag)};
+        mirrored(circle),
+        mirrored(title),
+        mirrored(pieces),
+        mirrored(subtasks),
+        mirrored(conflict),
+        mirrored(flag)};
 }
 
 QSize TaskDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
@@ -189,6 +196,9 @@ void TaskDelegate::paint(
         paintTitle(*painter, parts.title, row);
         paintPieces(*painter, parts.pieces, row);
         if (!parts.subtasks.isEmpty()) paintSubtasks(*painter, parts.subtasks, row);
+        if (!parts.conflict.isEmpty()) {
+            icon("conflict", Ink::warning).paint(painter, parts.conflict);
+        }
         if (!parts.flag.isEmpty()) {
             icon("flag-full", priorityColor(row.priority)).paint(painter, parts.flag);
         }

@@ -41,6 +41,7 @@ private:
         QRect title;
         QRect pieces;
         QRect subtasks;
+        QRect conflict;
         QRect flag;
     };
 

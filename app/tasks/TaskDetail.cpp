@@ -22,6 +22,7 @@
 
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
@@ -277,6 +278,12 @@ QStringList TaskDetail::labelNames() const {
         if (const auto name = row.get(&CDTag::name)) names += QString::fromStdString(*name);
     });
     return names;
+}
+
+/// What is typed is saved when its field loses the keys.
+void TaskDetail::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) return emit left();
+    QWidget::keyPressEvent(event);
 }
 
 void TaskDetail::changeEvent(QEvent* event) {

@@ -46,8 +46,11 @@ signals:
     void ticked(const tesserine::Uuid& task);
     void noteChosen(const tesserine::Uuid& note);
     void closed();
+    /// Escape was pressed: the keys go back to the list.
+    void left();
 
 private:
+    void keyPressEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
     QWidget* makeForm();
     void followFields();

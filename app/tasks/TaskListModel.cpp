@@ -390,6 +390,7 @@ QVariant TaskListModel::data(const QModelIndex& index, int role) const {
     const TaskWords words(environment_.now(), environment_.calendar());
     QStringList parts{shownTitle(row.title)};
     if (row.isCompleted) parts += "completed";
+    if (row.hasConflict) parts += "changed on two devices";
     if (row.due()) {
         parts +=
             (words.isOverdue(*row.due()) ? "overdue since " : "due ") + words.longDue(*row.due());

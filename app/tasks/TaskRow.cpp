@@ -3,6 +3,7 @@
 #include "core/store/StoreContext.h"
 #include "core/store/TesserineStore.h"
 #include "core/tasks/TaskSnapshot.h"
+#include "sync/TaskConflicts.h"
 
 namespace tesserine::app {
 
@@ -57,6 +58,7 @@ const TaskRow& TaskRows::of(const Uuid& task) {
     const auto* stored = context_->find<CDTask>(task);
     TaskRow row = stored == nullptr ? TaskRow() : TaskRow::of(*stored, collator_);
     row.id = task;
+    row.hasConflict = TaskConflicts(*context_).of(task).has_value();
     return kept_.emplace(task, std::move(row)).first->second;
 }
 

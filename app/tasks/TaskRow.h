@@ -44,6 +44,7 @@ struct TaskRow {
     bool hasReminder = false;
     bool hasDetails = false;
     bool hasNote = false;
+    bool hasConflict = false;  ///< two versions of it wait for a choice
 
     bool isTask() const { return heading.isEmpty(); }
     std::optional<TaskDue> due() const {

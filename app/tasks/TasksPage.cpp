@@ -22,6 +22,7 @@ namespace tesserine::app {
 namespace {
 
 constexpr int leastDetailWidth = 300;
+constexpr int leastListWidth = 320;
 constexpr int usualDetailWidth = 380;
 constexpr int usualListWidth = 560;
 
@@ -60,6 +61,7 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
     foot->addWidget(undo_);
     column->addLayout(foot);
 
+    left->setMinimumWidth(leastListWidth);
     detail_->setMinimumWidth(leastDetailWidth);
     detail_->hide();
     splitter_->addWidget(left);
@@ -88,6 +90,7 @@ void TasksPage::followPages() {
         detail_, &TaskDetail::ticked, this, [this](const Uuid& task) { actions_->tick({task}); });
     connect(detail_, &TaskDetail::noteChosen, this, &TasksPage::noteChosen);
     connect(detail_, &TaskDetail::closed, this, &TasksPage::closeDetail);
+    connect(detail_, &TaskDetail::left, this, &TasksPage::focusPage);
     connect(list_, &TaskListPage::templatesAsked, this, &TasksPage::showTemplates);
     connect(reminders_, &RemindersPage::taskChosen, this, &TasksPage::openDetail);
     connect(reminders_, &RemindersPage::noteChosen, this, &TasksPage::noteChosen);
@@ -230,11 +233,7 @@ void TasksPage::closeDetail() {
     detail_->flush();
     detail_->hide();
     isDetailWanted_ = false;
-    if (isCalendar()) {
-        calendar_->grid().setFocus();
-    } else {
-        list_->list().setFocus();
-    }
+    focusPage();
 }
 
 }  // namespace tesserine::app

@@ -276,12 +276,32 @@ TEST_F(TasksPageTest, TheTaskBesideTheListTellsAndTakesEverything) {
     EXPECT_EQ(chosen, *note.id);
 }
 
+TEST_F(TasksPageTest, EscapeLeadsFromATaskBackToItsList) {
+    CDTask& task = addTask("Call Ana today");
+    for (const auto kind : {Place::Kind::inbox, Place::Kind::calendar}) {
+        show(kind);
+        page.showPlace({.kind = kind});
+        page.focusPage();
+        const QWidget* const before = QApplication::focusWidget();
+        page.detail().showTask(task.id.get());
+        page.detail().show();
+        page.detail().editTitle();
+        QTest::keyClicks(QApplication::focusWidget(), "!");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        EXPECT_EQ(QApplication::focusWidget(), before);
+    }
+    EXPECT_EQ(task.title, "Call Ana!!") << "what was typed is saved";
+}
+
 TEST_F(TasksPageTest, AnotherPlaceLetsGoOfTheTaskThatWasChosen) {
     CDTask& task = addTask("Call Ana today");
     show(Place::Kind::inbox);
     list.selectTask(*task.id);
     auto* const title = page.findChild<GrowingText*>("taskTitle");
     EXPECT_EQ(title->toPlainText(), "Call Ana");
+    title->setFocus();
+    title->moveCursor(QTextCursor::End);
+    QTest::keyClicks(title, " and Bo");
     for (const auto kind :
          {Place::Kind::completed, Place::Kind::calendar, Place::Kind::reminders}) {
         page.showPlace({.kind = kind});
@@ -289,6 +309,7 @@ TEST_F(TasksPageTest, AnotherPlaceLetsGoOfTheTaskThatWasChosen) {
         show(Place::Kind::inbox);
         list.selectTask(*task.id);
     }
+    EXPECT_EQ(task.title, "Call Ana and Bo") << "what was typed is saved first";
 }
 
 TEST_F(TasksPageTest, ATaskCompletedElsewhereWhileItIsTypedInLeavesTheOthers) {
