@@ -203,7 +203,7 @@ void Program::showPage(std::unique_ptr<QWidget> page) {
     page_ = std::move(page);
     page_->setWindowTitle("Tesserine");
     options_.size ? page_->resize(*options_.size) : resizeToFit(*page_, pageSize);
-    afterFirstPaint(*page_, showProgramIcon);
+    showProgramIcon();
     page_->show();
     if (isOnlyPicture()) QTimer::singleShot(pictureDelay, this, [this] { takePicture(*page_); });
     QTimer::singleShot(0, this, &Program::followDesktop);

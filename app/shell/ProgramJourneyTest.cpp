@@ -111,8 +111,10 @@ private:
 };
 
 TEST_F(ProgramJourney, LeadsFromNothingToAFirstNoteByKeys) {
+    QApplication::setWindowIcon({});
     run({}, [this] {
         ASSERT_TRUE(waitUntil([] { return shown<OnboardingPage>() != nullptr; }));
+        EXPECT_FALSE(QApplication::windowIcon().isNull());
         EXPECT_FALSE(std::filesystem::exists(library));
         QTest::keyClick(shown<OnboardingPage>()->focusWidget(), Qt::Key_Return);
         MainWindow* const opened = window();
