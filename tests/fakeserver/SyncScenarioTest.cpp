@@ -302,6 +302,29 @@ TEST_F(Sync, WhateverIsAnsweredNothingIsLostAndTheNextSyncGoesOn) {
     }
 }
 
+TEST_F(Sync, AServiceThatNeverGetsOnIsNotAskedForEver) {
+    a.addNote("From a", "<p>a</p>");
+    settle();
+    for (const bool goesBack : {false, true}) {
+        SCOPED_TRACE(goesBack);
+        int asked = 0;
+        service.afterwards = [&](const HTTPRequest& request, HTTPReply& reply) {
+            if (request.url.find("/sync/changes") == std::string::npos) return;
+            ++asked;
+            boost::json::value page = json::parse(reply.body);
+            page.as_object()["more"] = true;
+            if (goesBack) page.as_object()["seq"] = 0;
+            reply.body = json::write(page);
+        };
+        EXPECT_EQ(b.sync(), "The server sent something Tesserine could not read (no progress).");
+        EXPECT_EQ(asked, 1);
+        service.afterwards = nullptr;
+        a.addNote("More", "<p>a</p>");
+        settle();
+        EXPECT_EQ(b.context().count<CDNote>(), a.context().count<CDNote>());
+    }
+}
+
 TEST_F(Sync, ChangesComeByPollingHoweverTheLiveChannelBehaves) {
     using Kind = LiveNews::Kind;
     const LiveNews newest{.kind = Kind::changes, .seq = 1'000};
