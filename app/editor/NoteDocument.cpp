@@ -9,6 +9,7 @@
 #include <QTextCursor>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tesserine::app {
@@ -72,6 +73,13 @@ void forEachPiece(
         take(units.substr(start, stop - start), isStyled ? text.runs[run].style : plain);
         start = stop;
     }
+}
+
+/// The style of the line break before `offset`: an element may reach over several lines of code.
+InlineStyle breakStyle(const AttributedText& text, std::size_t offset) {
+    const auto after = std::ranges::lower_bound(text.runs, offset, {}, &AttributedText::Run::start);
+    const bool isStyled = after != text.runs.begin() && std::prev(after)->end() >= offset;
+    return isStyled ? InlineStyle{.marks = std::prev(after)->style.marks} : InlineStyle{};
 }
 
 /// Has everything that changes meanwhile laid out later, as far as it is seen.
@@ -192,7 +200,9 @@ void NoteDocument::setParagraph(const QTextBlock& block, const Paragraph& paragr
     QTextCursor cursor(block);
     cursor.beginEditBlock();
     cursor.setBlockFormat(formats_.blockFormat(paragraph));
-    cursor.setBlockCharFormat(charFormat({}, paragraph));
+    const bool isCode = kindOf(paragraph) == Kind::codeBlock;
+    cursor.setBlockCharFormat(
+        charFormat(isCode ? style(block.charFormat()) : InlineStyle{}, paragraph));
     struct Stretch {
         int start;
         int end;
@@ -327,7 +337,10 @@ void NoteDocument::read(AttributedText& result, const QTextBlock& block, int fro
             fragment.text().mid(first - (fragment.position() - block.position()), last - first);
         addPiece(result, unitsOf(text), style(fragment.charFormat()));
     }
-    result.text += u'\n';
+    const QTextBlock next = block.next();
+    const bool isInCode =
+        kindOf(paragraph) == Kind::codeBlock && next.isValid() && kind(next) == Kind::codeBlock;
+    addWords(result, u"\n", isInCode ? style(next.charFormat()).marks : std::vector<InlineMark>());
     paragraph.length = result.text.size() - start;
     result.paragraphs.push_back(std::move(paragraph));
 }
@@ -344,12 +357,11 @@ void NoteDocument::writeParagraph(
     QTextCursor& cursor, const AttributedText& text, ParagraphPlace& place) {
     const Paragraph& paragraph = text.paragraphs[place.paragraph];
     const QTextBlockFormat format = formats_.blockFormat(paragraph);
-    const QTextCharFormat words = charFormat({}, paragraph);
     if (place.paragraph == 0) {
         cursor.setBlockFormat(format);
-        cursor.setBlockCharFormat(words);
+        cursor.setBlockCharFormat(charFormat({}, paragraph));
     } else {
-        cursor.insertBlock(format, words);
+        cursor.insertBlock(format, charFormat(breakStyle(text, place.offset), paragraph));
     }
     const std::size_t next = place.offset + paragraph.length;
     const bool hasEnding = paragraph.length > 0 && text.text[next - 1] == u'\n';

@@ -1,5 +1,6 @@
 #include "app/editor/NoteDocument.h"
 
+#include "app/editor/ListRules.h"
 #include "bench/NoteGenerator.h"
 #include "core/body/AttributedTextReader.h"
 #include "core/body/AttributedTextWriter.h"
@@ -38,6 +39,13 @@ TEST(NoteDocument, KeepsEveryCanonicalBodyToTheLetter) {
     }
     // Units by which the document would end a paragraph.
     expectKept(document, canonicalBody("<p>a\uFDD0b\uFDD1\u2029c&#13;d</p>").html);
+    // Elements that reach over several lines of code.
+    for (const char* body :
+         {"<pre><code>a\n\nb</code> </pre>",
+          "<pre>x <em>a\nb</em>\n<em>c</em></pre>",
+          "<pre><code>a <em>b\nc</em>\nd</code></pre><pre><em>e</em>\n</pre>"}) {
+        expectKept(document, canonicalBody(body).html);
+    }
     expectKept(document, "");
     expectKept(document, "<p></p>");
 }
@@ -91,6 +99,19 @@ TEST(NoteDocument, PutsParagraphsWhereTheCursorStands) {
         edited.document.undo();
         EXPECT_EQ(edited.document.html(), before);
     }
+}
+
+TEST(NoteDocument, KeepsWhatReachesOverLinesOfCodeWhenOneIsTypedAndTakenBack) {
+    EditedDocument edited("<pre>x <em>one|\ntwo\nthree</em></pre>");
+    const std::string before = edited.document.html();
+    edited.cursor.insertText("s");
+    EXPECT_EQ(edited.document.html(), "<pre>x <em>ones\ntwo\nthree</em></pre>");
+    editing::newLine(edited.document, edited.cursor);
+    EXPECT_NE(edited.document.html().find("\ntwo\nthree</em></pre>"), std::string::npos);
+    while (edited.document.isUndoAvailable()) {
+        edited.document.undo();
+    }
+    EXPECT_EQ(edited.document.html(), before);
 }
 
 TEST(NoteDocument, ChangesStylesInsideTheSelectionOnly) {
