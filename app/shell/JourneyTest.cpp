@@ -320,6 +320,13 @@ TEST_F(Journey, WhereAPlaceWasDeletedMeanwhileTabsAndBackShowAllNotes) {
     EXPECT_EQ(place(), "tesserine://trash");
 }
 
+TEST_F(Journey, WhatIsNotThereIsToldAndTheWindowStays) {
+    window().go({Kind::today});
+    window().go({Kind::note, Uuid::random(random)});
+    EXPECT_EQ(place(), "tesserine://today");
+    EXPECT_NE(window().findChild<QMessageBox*>("notice"), nullptr);
+}
+
 TEST_F(Journey, KeysGoOnInWhatIsShown) {
     addNote("Plan");
     addTask("Call Ana");

@@ -9,6 +9,7 @@
 #include "app/lists/NoteListView.h"
 #include "app/lists/PlaceWords.h"
 #include "app/lists/Sidebar.h"
+#include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
@@ -272,6 +273,9 @@ void MainWindow::go(const Place& place) {
         return emit settingsWanted(QString::fromStdString(place.text));
     }
     if (place.kind == Kind::welcome) return emit welcomeWanted();
+    if (titleOf(place, environment_.context()).isEmpty()) {
+        return showNotice(this, "What this leads to is not in this library.");
+    }
     const Stop stop = stopFor(place);
     if (enter(stop)) {
         history().visit(stop);

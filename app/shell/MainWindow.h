@@ -43,7 +43,8 @@ public:
     MainWindow(AppEnvironment& environment, Commands& commands);
     ~MainWindow() override;
 
-    /// Goes there in the present tab. A place that is gone leaves the window where it is.
+    /// Goes there in the present tab. A place that is gone leaves the window where it is, and is
+    /// told.
     void go(const Place& place);
     /// Gives the keys to what is listed.
     void focusContent();

@@ -331,6 +331,11 @@ void Program::handleArguments(const QStringList& arguments) {
             files << request->text;
         } else if (request) {
             handle(*request);
+        } else if (window_) {
+            showNotice(
+                window_.get(),
+                "“" + argument.toStdString()
+                    + "” is neither a file nor an address that Tesserine knows.");
         }
     }
     if (files.isEmpty() || !window_) return;

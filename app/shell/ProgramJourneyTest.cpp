@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
 #include <QTest>
@@ -253,7 +254,7 @@ TEST_F(ProgramJourney, BeginsAtThePlaceThatIsAskedFor) {
 
 TEST_F(ProgramJourney, FilesOfTheCommandLineAreOneImport) {
     terminal({"note", "add", "--title", "Minutes"});
-    QStringList words;
+    QStringList words{"/nowhere/none.md"};
     for (const char* name : {"one.md", "two.md"}) {
         files::writeNew(folder / name, bytesOf("# A title\n\ntext\n"));
         words << QString::fromStdString((folder / name).string());
@@ -265,6 +266,9 @@ TEST_F(ProgramJourney, FilesOfTheCommandLineAreOneImport) {
         };
         EXPECT_TRUE(waitUntil([&] { return assistants() > 0; }));
         EXPECT_EQ(assistants(), 1);
+        const auto* const notice = shown<MainWindow>()->findChild<QMessageBox*>("notice");
+        ASSERT_NE(notice, nullptr);
+        EXPECT_TRUE(notice->text().startsWith("“/nowhere/none.md” is neither"));
     });
 }
 

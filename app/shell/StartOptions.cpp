@@ -2,6 +2,9 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+#include <iterator>
+
 namespace tesserine::app {
 namespace {
 
@@ -12,8 +15,27 @@ std::optional<QSize> sizeOf(const QString& text) {
     return QSize(match.captured(1).toInt(), match.captured(2).toInt());
 }
 
-/// Takes over the value of an option; false for one that is none.
+struct Form {
+    const char* name;
+    const char* value;
+};
+constexpr Form forms[] = {
+    {"--library", "FOLDER"},
+    {"--open", "PLACE"},
+    {"--theme", "light or dark"},
+    {"--size", "WIDTHxHEIGHT"},
+    {"--screenshot", "FILE"}};
+
+QString mistakeIn(const QString& word, const QString& name) {
+    const auto* const form = std::ranges::find(forms, name, &Form::name);
+    if (form == std::end(forms))
+        return QString("“%1” is no option that Tesserine knows.").arg(word);
+    return QString("%1 must be followed by %2.").arg(name, form->value);
+}
+
+/// Takes over the value of an option; false where it has none, and for what is no option.
 bool take(StartOptions& options, const QString& name, const QString& value) {
+    if (value.isEmpty()) return false;
     if (name == "--library") {
         options.library = value.toStdString();
     } else if (name == "--screenshot") {
@@ -49,10 +71,10 @@ StartOptions StartOptions::read(const QStringList& words) {
             const qsizetype equals = word.indexOf('=');
             const QString name = word.left(equals);
             const bool isApart = equals < 0 && i + 1 < words.size();
-            const QString value = isApart ? words[++i] : word.mid(equals + 1);
-            if (!take(options, name, value)) {
-                options.mistake = QString("“%1” is no option that Tesserine knows.").arg(word);
-            }
+            const QString value = isApart      ? words[++i]
+                                  : equals < 0 ? QString()
+                                               : word.mid(equals + 1);
+            if (!take(options, name, value)) options.mistake = mistakeIn(word, name);
         }
     }
     return options;

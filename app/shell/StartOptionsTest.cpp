@@ -27,11 +27,18 @@ TEST(StartOptions, AreReadApartOrWithAnEqualsSign) {
 }
 
 TEST(StartOptions, MistakesAreNamed) {
-    for (const QStringList& words : std::initializer_list<QStringList>{
-             {"--size", "0x700"}, {"--size"}, {"--theme", "pink"}, {"--colour", "blue"}}) {
-        EXPECT_EQ(
-            StartOptions::read(words).mistake,
-            "“" + words.front() + "” is no option that Tesserine knows.");
+    struct Case {
+        QStringList words;
+        const char* mistake;
+    };
+    for (const Case& one :
+         {Case{{"--size", "0x700"}, "--size must be followed by WIDTHxHEIGHT."},
+          {{"--size"}, "--size must be followed by WIDTHxHEIGHT."},
+          {{"--theme=pink"}, "--theme must be followed by light or dark."},
+          {{"--library"}, "--library must be followed by FOLDER."},
+          {{"--screenshot="}, "--screenshot must be followed by FILE."},
+          {{"--colour", "blue"}, "“--colour” is no option that Tesserine knows."}}) {
+        EXPECT_EQ(StartOptions::read(one.words).mistake, one.mistake);
     }
 }
 

@@ -221,6 +221,7 @@ void TasksPage::showDetail(const std::optional<Uuid>& task) {
 void TasksPage::showChosen() {
     const auto tasks = selectedTasks();
     showDetail(tasks.size() == 1 ? std::optional(tasks.front()) : std::nullopt);
+    if (tasks.empty()) detail_->hide();  // until one is chosen
 }
 
 void TasksPage::openDetail(const Uuid& task) {

@@ -306,6 +306,7 @@ TEST_F(TasksPageTest, AnotherPlaceLetsGoOfTheTaskThatWasChosen) {
          {Place::Kind::completed, Place::Kind::calendar, Place::Kind::reminders}) {
         page.showPlace({.kind = kind});
         EXPECT_EQ(title->toPlainText(), "");
+        EXPECT_FALSE(page.detail().isVisible());
         show(Place::Kind::inbox);
         list.selectTask(*task.id);
     }
