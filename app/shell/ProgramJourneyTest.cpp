@@ -252,6 +252,20 @@ TEST_F(ProgramJourney, BeginsAtThePlaceThatIsAskedFor) {
     });
 }
 
+TEST_F(ProgramJourney, HelpNeedsNoDisplay) {
+    for (const char* word : {"--help", "--version"}) {
+        QProcess process;
+        auto surroundings = QProcessEnvironment::systemEnvironment();
+        surroundings.insert("QT_QPA_PLATFORM", "xcb");
+        surroundings.remove("DISPLAY");
+        process.setProcessEnvironment(surroundings);
+        process.start(TESSERINE_DESKTOP_PROGRAM, {word});
+        ASSERT_TRUE(process.waitForFinished());
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    }
+}
+
 TEST_F(ProgramJourney, FilesOfTheCommandLineAreOneImport) {
     terminal({"note", "add", "--title", "Minutes"});
     QStringList words{"/nowhere/none.md"};

@@ -6,11 +6,22 @@
 
 #include <QApplication>
 
+#include <algorithm>
 #include <iostream>
 
 int main(int count, char** words) {
     using namespace tesserine;
 
+    // These need no display.
+    const auto asked = app::StartOptions::read({words + std::min(count, 1), words + count});
+    if (asked.wantsHelp) {
+        std::cout << app::StartOptions::help().toStdString();
+        return 0;
+    }
+    if (asked.wantsVersion) {
+        std::cout << "Tesserine " << product::version << '\n';
+        return 0;
+    }
     QApplication application(count, words);
     QApplication::setApplicationName("Tesserine");
     QApplication::setApplicationVersion(TESSERINE_VERSION);
@@ -21,14 +32,6 @@ int main(int count, char** words) {
         std::cerr << options.mistake.toStdString() << '\n'
                   << app::StartOptions::help().toStdString();
         return 2;
-    }
-    if (options.wantsHelp) {
-        std::cout << app::StartOptions::help().toStdString();
-        return 0;
-    }
-    if (options.wantsVersion) {
-        std::cout << "Tesserine " << product::version << '\n';
-        return 0;
     }
     const app::HeadStart headStart;
     app::Theme theme(application);
