@@ -3,10 +3,12 @@
 #include "app/commands/FuzzyMatch.h"
 #include "app/commands/KeyCaps.h"
 #include "app/commands/KeyDialog.h"
+#include "app/look/PageParts.h"
 #include "app/look/Theme.h"
 
 #include <QAbstractButton>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -54,6 +56,10 @@ public:
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 private:
+    void keyPressEvent(QKeyEvent* event) override {
+        const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+        isEnter ? click() : QAbstractButton::keyPressEvent(event);
+    }
     void paintEvent(QPaintEvent*) override {
         const Colors& colors = Theme::colors();
         QPainter painter(this);
@@ -112,9 +118,10 @@ CheatSheet::CheatSheet(Commands& commands, QWidget* parent) : QDialog(parent), c
     auto* const all = new QVBoxLayout(this);
     all->setContentsMargins(0, 0, 0, 0);
     all->setSpacing(0);
-    auto* const top = new QHBoxLayout;
+    auto* const top = new QVBoxLayout;
     top->setContentsMargins(space::huge, space::large, space::huge, space::medium);
     top->addWidget(field);
+    top->addWidget(makeHint(tr("Choose a command to change its keys."), this));
     all->addLayout(top);
     all->addWidget(area, 1);
     resize(760, 640);

@@ -23,7 +23,7 @@ protected:
 
     QAbstractButton& row(const char* id) { return *sheet->findChild<QAbstractButton*>(id); }
     KeyDialog& changing(const char* id) {
-        row(id).click();
+        QTest::keyClick(&row(id), Qt::Key_Return);
         return *sheet->findChild<KeyDialog*>();
     }
     static void press(KeyDialog& dialog, const char* button) {
@@ -55,6 +55,22 @@ TEST_F(CheatSheetTest, KeysAreChangedByPressingOthers) {
     EXPECT_EQ(row("format.bold").accessibleName().toStdString(), "Bold, Ctrl+B");
     press(changing("format.bold"), "No Keys");
     EXPECT_EQ(row("format.bold").accessibleName().toStdString(), "Bold, no keys");
+}
+
+TEST_F(CheatSheetTest, ReturnAndEscapeLeadOutOfTheFieldThatTakesKeys) {
+    const auto pressIn = [](KeyDialog& dialog, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(dialog.findChild<QKeySequenceEdit*>(), key, modifiers);
+    };
+    KeyDialog& dialog = changing("format.bold");
+    pressIn(dialog, Qt::Key_B, Qt::ControlModifier | Qt::AltModifier);
+    pressIn(dialog, Qt::Key_Return);
+    EXPECT_EQ(row("format.bold").accessibleName().toStdString(), "Bold, Ctrl+Alt+B");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    KeyDialog& left = changing("format.bold");
+    pressIn(left, Qt::Key_Escape);
+    EXPECT_FALSE(left.isVisible());
+    EXPECT_EQ(row("format.bold").accessibleName().toStdString(), "Bold, Ctrl+Alt+B");
 }
 
 TEST_F(CheatSheetTest, EveryCommandIsListedWithItsKeysAndNothingIsCut) {

@@ -4,18 +4,40 @@
 #include "base/UserError.h"
 
 #include <QDialogButtonBox>
+#include <QKeyEvent>
 #include <QKeySequenceEdit>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 namespace tesserine::app {
+namespace {
+
+/// Takes one stroke, at once. Return and Escape lead out of it: nobody is to be caught there.
+class KeyField final : public QKeySequenceEdit {
+public:
+    using QKeySequenceEdit::QKeySequenceEdit;
+
+private:
+    void keyPressEvent(QKeyEvent* event) override {
+        const int key = event->key();
+        const bool leadsOut =
+            key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Escape;
+        if (leadsOut && event->modifiers() == Qt::NoModifier) return event->ignore();
+        QKeySequenceEdit::keyPressEvent(event);
+        if (keySequence().isEmpty()) return;
+        setKeySequence(keySequence());
+        emit keySequenceChanged(keySequence());
+    }
+};
+
+}  // namespace
 
 KeyDialog::KeyDialog(Commands& commands, std::string_view id, QWidget* parent)
     : QDialog(parent),
       commands_(commands),
       id_(id),
-      pressed_(new QKeySequenceEdit(this)),
+      pressed_(new KeyField(this)),
       refusal_(new QLabel(this)) {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(tr("Change Keys"));
@@ -39,6 +61,7 @@ KeyDialog::KeyDialog(Commands& commands, std::string_view id, QWidget* parent)
     QPushButton* const reset = buttons->addButton(tr("Usual Keys"), QDialogButtonBox::ResetRole);
     reset->setEnabled(commands.keys(id) != usual);
     useThese->setEnabled(false);
+    useThese->setDefault(true);
 
     auto* const column = new QVBoxLayout(this);
     column->setSpacing(space::medium);
