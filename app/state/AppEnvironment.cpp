@@ -73,6 +73,7 @@ AppEnvironment::AppEnvironment(AppSetting setting)
     context().setObserver(
         [this](const std::vector<ObjectChange>& changes) { emit libraryChanged(changes); });
     background_.setMaxThreadCount(mostBackgroundThreads);
+    returnLargeBlocksAtOnce();
     memoryTimer_.setSingleShot(true);
     connect(
         &memoryTimer_, &QTimer::timeout, this, [this] { background_.start(returnUnusedMemory); });
