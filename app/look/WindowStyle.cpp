@@ -402,6 +402,8 @@ int WindowStyle::styleHint(
     QStyleHintReturn* returned) const {
     // A click into the groove goes there.
     if (hint == SH_ScrollBar_LeftClickAbsolutePosition) return 1;
+    // Whoever scrolls a page of settings does not mean to change the one below the pointer.
+    if (hint == SH_ComboBox_AllowWheelScrolling) return 0;
     // The style beneath would put coloured pictures of its own on "Cancel" and "Save".
     if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
     return QProxyStyle::styleHint(hint, option, widget, returned);

@@ -1,7 +1,10 @@
 #include "app/look/WindowStyle.h"
 
 #include <gtest/gtest.h>
+#include <QApplication>
+#include <QComboBox>
 #include <QStyleOptionSlider>
+#include <QWheelEvent>
 
 namespace tesserine::app {
 namespace {
@@ -54,6 +57,19 @@ TEST(WindowStyle, TellsTheThumbFromWhatIsBesideIt) {
     EXPECT_EQ(at(75), QStyle::SC_ScrollBarSlider);
     EXPECT_EQ(at(124), QStyle::SC_ScrollBarSlider);
     EXPECT_EQ(at(125), QStyle::SC_ScrollBarAddPage);
+}
+
+TEST(WindowStyle, TheWheelChangesNoChoiceItPassesOver) {
+    WindowStyle style;
+    QComboBox choices;
+    choices.setStyle(&style);
+    choices.addItems({"never", "after 7 days"});
+    const QPointF place(5, 5);
+    QWheelEvent turn(
+        place, place, {}, {0, -120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&choices, &turn);
+    EXPECT_EQ(choices.currentIndex(), 0);
+    EXPECT_FALSE(turn.isAccepted()) << "it scrolls the page";
 }
 
 TEST(WindowStyle, ReadsFromRightToLeft) {
