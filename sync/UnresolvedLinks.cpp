@@ -61,7 +61,7 @@ void UnresolvedLinks::clear(const Uuid& record, const std::string& key) {
 std::vector<UnresolvedLinks::Link> UnresolvedLinks::take(const Uuid& target) {
     const auto found = byTarget_.find(target.wireText());
     if (found == byTarget_.end()) return {};
-    const std::vector<Link> links(found->second.begin(), found->second.end());
+    std::vector<Link> links(found->second.begin(), found->second.end());
     for (const auto& [record, key] : links) {
         const auto members = waiting_.find(record);
         auto& targets = members->second.at(key);
