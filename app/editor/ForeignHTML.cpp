@@ -117,6 +117,7 @@ private:
     void openInline(Element element, std::string_view name, Attributes attributes);
     void openPicture(std::string_view name, Attributes attributes);
     void openMarks(Element element, std::string_view name, Attributes attributes);
+    void openMark(Element mark, std::string_view name, Attributes attributes);
     void write(Element element, std::string_view name, Attributes attributes);
     void beginLine();
     void beginWords();
@@ -273,6 +274,11 @@ void Rewriter::openBlock(Element element, std::string_view name, Attributes attr
     alignment.insert(0, "text-align: ");
     if (isAligned) kept.push_back({"style", alignment});
     write(element, name, kept);
+    if (element != Element::p) return;
+    for (const Element meant : elementsOf(style)) {
+        const bool isOfLetters = meant == Element::strong || meant == Element::em;
+        if (isOfLetters) openMark(meant, html::nameOf(meant), {});
+    }
 }
 
 /// Every block is a line of the quotation; a table and a rule stand between two of them.
@@ -352,20 +358,22 @@ void Rewriter::openPicture(std::string_view name, Attributes attributes) {
 
 void Rewriter::openMarks(Element element, std::string_view name, Attributes attributes) {
     const std::string_view style = attribute(attributes, "style");
-    const auto open = [this](Element mark, std::string_view called, Attributes with) {
-        marks_.open(mark, called, with);
-        ++open_.back().marks;
-    };
     const bool isIdle = element == Element::span || element == Element::font
                         || (element == Element::a && !leadsAnywhere(attribute(attributes, "href")))
                         || isTakenBack(element, style);
-    if (!isIdle) open(element, name, attributes);
+    if (!isIdle) openMark(element, name, attributes);
     const bool isInHeading = std::ranges::any_of(
         open_, [](const Open& each) { return html::has(each.element, html::isHeading); });
     for (const Element meant : elementsOf(style)) {
         if (meant == element || (isInHeading && meant == Element::strong)) continue;
-        open(meant, html::nameOf(meant), {});
+        openMark(meant, html::nameOf(meant), {});
     }
+}
+
+/// Until the element that is open last is closed.
+void Rewriter::openMark(Element mark, std::string_view name, Attributes attributes) {
+    marks_.open(mark, name, attributes);
+    ++open_.back().marks;
 }
 
 void Rewriter::write(Element element, std::string_view name, Attributes attributes) {

@@ -241,6 +241,9 @@ TEST(ForeignHTML, SaysInElementsWhatStylesMean) {
             Case{"<p>a<br><br></p><p>b<br>c</p>", "<p>a</p><p>b<br>c</p>"},
             Case{"<p style='text-align: justify'>a</p>", "<p>a</p>"},
             Case{
+                "<p style='font: 12px x; font-weight: 700'>a <b>b</b></p><p>c</p>",
+                "<p><strong>a <b>b</b></strong></p><p>c</p>"},
+            Case{
                 "<p dir=rtl align=right>a</p>", "<p dir=\"rtl\" style=\"text-align: right\">a</p>"},
             // Marks stand around words only, in each paragraph by itself.
             Case{"<b><p>a</p> <p>b</p></b>", "<p><b>a</b></p> <p><b>b</b></p>"},
