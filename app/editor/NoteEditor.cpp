@@ -279,7 +279,7 @@ void NoteEditor::showNote(const CDNote& note, BodyView view) {
 void NoteEditor::showSurroundings(const CDNote& note) {
     const bool isInTrash = note.trashedAt.get().has_value();
     if (isInTrash && !body_->isReadOnly()) {
-        notice_->tell("This note is in the trash. Restore it to edit it.");
+        notice_->tell("This note is in the trash.", {{"Restore", [this] { restore(); }}});
     } else if (!isInTrash && body_->isReadOnly()) {
         notice_->hide();
     }
@@ -288,6 +288,14 @@ void NoteEditor::showSurroundings(const CDNote& note) {
     followConflict(note.hasConflict.valueOr(false));
     header_->refresh();
     panel_->refresh();
+}
+
+/// Out of the trash.
+void NoteEditor::restore() {
+    CDNote* const note = open_.note();
+    if (note == nullptr) return;
+    environment_.notes().restoreFromTrash(*note);
+    environment_.save(this);
 }
 
 void NoteEditor::markChanged() {
@@ -369,6 +377,7 @@ void NoteEditor::saveAsPDF() {
     printer.setOutputFormat(QPrinter::PdfFormat);
     printer.setOutputFileName(file);
     printer.setDocName(title_->text());
+    printer.setPageMargins({18, 18, 18, 18}, QPageLayout::Millimeter);
     if (!print({title_->text(), body_->note().html()}, pictures_, printer)) {
         showNotice(this, "The PDF could not be written.");
     }

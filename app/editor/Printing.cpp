@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    static constexpr double headHeight = 36;
+    static constexpr double headHeight = 46;
     static constexpr double footHeight = 24;
 
     void paintTitle(QPainter& painter) const {
