@@ -48,6 +48,7 @@ void mark(BodyEdit& body, const std::vector<PassageRange>& ranges, const QColor&
         const int end = std::min(static_cast<int>(range.end()), body.note().characterCount() - 1);
         place.cursor.setPosition(end, QTextCursor::KeepAnchor);
         place.format.setBackground(ground);
+        place.format.setForeground(Theme::colors().text);
         marks.append(place);
     }
     body.setOverlay(BodyEdit::Overlay::found, marks);

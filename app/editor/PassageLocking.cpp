@@ -57,6 +57,7 @@ void replaceContent(BodyEdit& body, const AttributedText& text, int position) {
     cursor.setPosition(std::min(position, body.note().characterCount() - 1));
     body.setTextCursor(cursor);
     body.verticalScrollBar()->setValue(scrolled);
+    body.ensureCursorVisible();
 }
 
 }  // namespace

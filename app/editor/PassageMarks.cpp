@@ -48,6 +48,7 @@ void PassageMarks::markSeen() {
         const auto last = static_cast<std::size_t>(positionAt(body_, seen.bottomRight()) + margin);
         QTextCharFormat look;
         look.setBackground(Theme::colors().highlight);
+        look.setForeground(Theme::colors().text);  // the words may have a ground of their own
         auto passage = std::ranges::lower_bound(passages_, first, {}, &PassageRange::end);
         for (; passage != passages_.end() && passage->start <= last; ++passage) {
             QTextCursor place(body_.document());
