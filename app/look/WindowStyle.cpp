@@ -406,6 +406,8 @@ int WindowStyle::styleHint(
     if (hint == SH_ComboBox_AllowWheelScrolling) return 0;
     // The style beneath would put coloured pictures of its own on "Cancel" and "Save".
     if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+    // It would also draw what cannot be chosen twice, in light and dark.
+    if (hint == SH_EtchDisabledText) return 0;
     return QProxyStyle::styleHint(hint, option, widget, returned);
 }
 
