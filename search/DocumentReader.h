@@ -54,6 +54,9 @@ public:
     };
     void visitEntries(const std::function<void(const Entry&)>& visit);
 
+    /// Lets go of the pages of the library that were read.
+    void forgetPages() { library_.execute("PRAGMA shrink_memory;"); }
+
 private:
     std::optional<IndexDocument> note(std::int64_t key);
     std::optional<IndexDocument> task(std::int64_t key);

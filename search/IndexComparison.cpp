@@ -87,6 +87,9 @@ IndexDifferences compare(SearchIndex& index, DocumentReader& reader) {
     }
     coverage.orphaned = static_cast<std::int64_t>(result.leftover.size());
     readIndex(index, coverage);
+    // All was read once, which is no reason to keep the last of it.
+    index.perform([](SQLiteDatabase& database) { database.execute("PRAGMA shrink_memory;"); });
+    reader.forgetPages();
     return result;
 }
 

@@ -62,6 +62,30 @@ TEST(RowPainting, WhatIsTooLongEndsWithDotsWhereItsLanguageEnds) {
     }
 }
 
+TEST(RowPainting, OfALongTextAsMuchIsShownAsTheLineHolds) {
+    for (const QString& text : {
+             QString("word ").repeated(100),
+             QString(400, 'l'),  // many more than of other letters
+             QString(400, QChar(0x0301)).prepend('e').append(" and more"),  // take no room
+             QString::fromUtf8("🌱").repeated(100),
+             QString("All of it"),
+         }) {
+        SCOPED_TRACE(text.left(12).toStdString());
+        QImage expected(line.size(), QImage::Format_ARGB32);
+        expected.fill(Qt::white);
+        QPainter painter(&expected);
+        const QString shown = painter.fontMetrics().elidedText(text, Qt::ElideRight, line.width());
+        painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+        painter.end();
+        QImage image(line.size(), QImage::Format_ARGB32);
+        image.fill(Qt::white);
+        painter.begin(&image);
+        paintText(painter, line, text);
+        painter.end();
+        EXPECT_EQ(image, expected);
+    }
+}
+
 TEST(RowPainting, PiecesAreCutWhereReadingBeginsAndEnds) {
     QImage image(line.size(), QImage::Format_ARGB32);
     QPainter painter(&image);
