@@ -101,6 +101,7 @@ private:
     void handleCommands();
     void showNote(const CDNote& note, BodyView view = {});
     void showSurroundings(const CDNote& note);
+    void restore();
     void showSaved(NoteService::EditOutcome outcome);
     void follow(const std::vector<ObjectChange>& changes);
     void followNote();
