@@ -45,8 +45,9 @@ void makeNotes(AppEnvironment& environment, CDNotebook& notebook, const Ids& ids
 Uuid seed(AppEnvironment& environment) {
     StoreContext& context = environment.context();
     Ids ids;
-    for (Uuid& id : ids)
+    for (Uuid& id : ids) {
         id = Uuid::random(environment.random());
+    }
     makeNotes(environment, environment.notebooks().findOrCreate(context, notebookName), ids);
     for (const std::string_view sentence : tasks) {
         environment.tasks().createFromSentence(context, sentence, environment.calendar());

@@ -18,12 +18,15 @@ constexpr int mostSpoken = 10;
 }  // namespace
 
 CalendarModel::CalendarModel(AppEnvironment& environment)
-    : environment_(environment), day_(environment.calendar().startOfDay(environment.now())) {}
+    : environment_(environment),
+      day_(environment.calendar().startOfDay(environment.now())),
+      date_(environment.calendar().local(day_)) {}
 
 void CalendarModel::show(Span span, Instant day) {
     const Calendar& calendar = environment_.calendar();
     span_ = span;
     day_ = calendar.startOfDay(day);
+    date_ = calendar.local(day_);
     const Instant today = environment_.now();
     const auto cells = span == Span::month ? TaskCalendarLayout::monthCells(day_, calendar, today)
                                            : TaskCalendarLayout::weekCells(day_, calendar, today);
@@ -32,6 +35,8 @@ void CalendarModel::show(Span span, Instant day) {
         days_.push_back(read(cell, span == Span::month ? mostTasksInMonth : mostTasksInWeek));
     }
 }
+
+void CalendarModel::reload() { show(span_, environment_.calendar().instant(date_)); }
 
 CalendarDay CalendarModel::read(const CalendarDayCell& cell, std::size_t mostTasks) const {
     const Calendar& calendar = environment_.calendar();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Calendar.h"
 #include "base/Uuid.h"
 #include "core/tasks/TaskCalendarLayout.h"
 #include "core/tasks/TaskService.h"
@@ -43,8 +44,8 @@ public:
 
     /// Shows the span that `day` lies in, and marks the day.
     void show(Span span, Instant day);
-    /// Reads the tasks again; the marked day stays.
-    void reload() { show(span_, day_); }
+    /// Reads the tasks again; the marked day stays, also when the zone is another now.
+    void reload();
 
     Span span() const { return span_; }
     Instant day() const { return day_; }
@@ -68,6 +69,7 @@ private:
     AppEnvironment& environment_;
     Span span_ = Span::month;
     Instant day_;
+    LocalTime date_;  // of that day: the same in every zone
     std::vector<CalendarDay> days_;
 };
 

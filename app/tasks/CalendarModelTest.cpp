@@ -1,6 +1,7 @@
 #include "app/tasks/CalendarModel.h"
 
 #include "app/state/WindowFixture.h"
+#include "app/tasks/TaskCommands.h"
 
 #include <algorithm>
 
@@ -8,6 +9,17 @@ namespace tesserine::app {
 namespace {
 
 using Span = CalendarModel::Span;
+
+/// Sets the zone of the machine, as far as this process sees it.
+class ZoneOfMachine {
+public:
+    explicit ZoneOfMachine(const char* zone) : before_(qgetenv("TZ")) { qputenv("TZ", zone); }
+    ~ZoneOfMachine() { before_.isNull() ? qunsetenv("TZ") : qputenv("TZ", before_); }
+    Q_DISABLE_COPY_MOVE(ZoneOfMachine)
+
+private:
+    QByteArray before_;
+};
 
 /// Saturday, 14 March 2026; weeks begin on Monday.
 class CalendarModelTest : public test::WindowFixture {
@@ -84,6 +96,78 @@ TEST_F(CalendarModelTest, ReadsSoManyTasksOfADayAndCountsTheRest) {
     const QString spoken = model.spokenDay();
     EXPECT_TRUE(spoken.startsWith("Friday 20 March, 70 tasks, 0, 1")) << spoken.toStdString();
     EXPECT_EQ(spoken.count(", "), 10);
+}
+
+/// The clock is put forward on 29 March 2026 and back on 25 October.
+class ClockChangeTest : public test::WindowFixture {
+public:
+    ClockChangeTest() {
+        AppSetting given = setting();
+        given.zone = "Europe/Vienna";
+        open(given);
+    }
+    Instant at(int month, int day, int hour, int minute = 0) const {
+        return environment->calendar().instant(
+            {.year = 2026, .month = month, .day = day, .hour = hour, .minute = minute});
+    }
+};
+
+TEST_F(ClockChangeTest, EachTaskStandsOnItsOwnDay) {
+    const std::vector<std::pair<int, int>> days = {
+        {3, 28}, {3, 29}, {3, 30}, {10, 24}, {10, 25}, {10, 26}};
+    for (const auto& [month, day] : days) {
+        for (const auto& [hour, minute] : {std::pair(0, 0), std::pair(23, 59)}) {
+            const std::string title = std::to_string(day) + "." + std::to_string(month);
+            environment->tasks().create(
+                context(),
+                {.title = title,
+                 .due = TaskDue{.date = at(month, day, hour, minute), .hasTime = true}});
+        }
+    }
+    context().save();
+    CalendarModel model(*environment);
+    for (const auto& [month, day] : days) {
+        for (const auto span : {Span::month, Span::week}) {
+            model.show(span, at(month, day, 12));
+            const CalendarDay& shown = model.days()[model.dayIndex()];
+            EXPECT_EQ(shown.cell.date, at(month, day, 0));
+            std::string tasks;
+            for (const CalendarTask& task : shown.tasks) {
+                tasks += task.time.toStdString() + " " + task.title.toStdString() + "; ";
+            }
+            const std::string title = std::to_string(day) + "." + std::to_string(month);
+            EXPECT_EQ(tasks, "00:00 " + title + "; 23:59 " + title + "; ");
+        }
+    }
+}
+
+TEST_F(ClockChangeTest, ATaskThatIsPutOnAnotherDayKeepsItsTime) {
+    const TaskCommands commands(*environment, nullptr);
+    CDTask& task = addTask("Call 2026-03-27 9am");
+    for (const int day : {28, 29, 30}) {
+        commands.setDue({*task.id}, TaskDue{.date = at(3, day, 0)});
+        EXPECT_EQ(task.dueDate, at(3, day, 9)) << day;
+    }
+    commands.setDue({*task.id}, TaskDue{.date = at(3, 30, 2, 30), .hasTime = true});
+    commands.setDue({*task.id}, TaskDue{.date = at(3, 29, 0)});
+    EXPECT_EQ(task.dueDate, at(3, 29, 3, 30)) << "half past two does not come that night";
+}
+
+TEST_F(ClockChangeTest, TheMarkedDayStaysWhenTheMachineGoesToAnotherZone) {
+    for (const char* zone : {"America/Los_Angeles", "Pacific/Kiritimati", "Europe/Vienna"}) {
+        SCOPED_TRACE(zone);
+        const ZoneOfMachine vienna("Europe/Vienna");
+        AppSetting given = setting();
+        given.zone = "";
+        open(given);
+        CalendarModel model(*environment);
+        model.show(Span::month, at(3, 20, 12));
+        const ZoneOfMachine there(zone);
+        environment->refreshCalendar();
+        ASSERT_EQ(environment->calendar().zone(), zone);
+        model.reload();
+        EXPECT_EQ(model.day(), at(3, 20, 0));
+    }
 }
 
 }  // namespace

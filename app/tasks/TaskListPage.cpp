@@ -120,6 +120,10 @@ TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QW
     connect(list_, &TaskListView::movedToDay, this, [this](const auto& tasks, Instant day) {
         actions_.commands().setDue(tasks, TaskDue{.date = day});
     });
+    connect(&environment, &AppEnvironment::libraryChanged, this, &TaskListPage::followNames);
+    connect(&environment, &AppEnvironment::calendarChanged, this, [this] {
+        bar_->setDefaults(contentOf(place_).defaults);
+    });
     list_->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(list_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
         actions_.showMenu(selectedTasks(), list_->viewport()->mapToGlobal(at));
@@ -129,43 +133,47 @@ TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QW
 }
 
 void TaskListPage::showPlace(const Place& place) {
-    useView(place);
+    place_ = place;
+    Content content = contentOf(place);
+    title_->setText(content.title);
+    count_->clear();
+    model_->setView(content.view);
+    bar_->setDefaults(std::move(content.defaults));
     empty_->setContent(emptyContent(model_->view()));
     updateState();
 }
 
-void TaskListPage::useView(const Place& place) {
-    QuickAddDefaults defaults;
-    const auto use = [&](const QString& title, const TaskView& view) {
-        title_->setText(title);
-        count_->clear();
-        model_->setView(view);
-    };
+TaskListPage::Content TaskListPage::contentOf(const Place& place) const {
+    StoreContext& context = environment_.context();
     switch (place.kind) {
-    case Place::Kind::today:
-        defaults.dueDay = environment_.calendar().startOfDay(environment_.now());
-        use("Today", TaskView::today());
-        break;
-    case Place::Kind::upcoming: use("Upcoming", TaskView::upcoming()); break;
-    case Place::Kind::allTasks: use("All Tasks", TaskView::all()); break;
-    case Place::Kind::completed: use("Completed", TaskView::completed()); break;
-    case Place::Kind::project:
-        if (const auto* project = environment_.context().find<CDProject>(place.id)) {
-            defaults.projectName = QString::fromStdString(nameOf(project->name));
-            use(defaults.projectName, TaskView::project(place.id));
-            break;
-        }
-        [[fallthrough]];
-    case Place::Kind::label:
-        if (const auto* label = environment_.context().find<CDTag>(place.id)) {
-            defaults.label = QString::fromStdString(nameOf(label->name));
-            use(defaults.label, TaskView::label(nameOf(label->name)));
-            break;
-        }
-        [[fallthrough]];
-    default: use("Inbox", TaskView::inbox());
+    case Place::Kind::today: {
+        const Instant today = environment_.calendar().startOfDay(environment_.now());
+        return {"Today", TaskView::today(), {.dueDay = today}};
     }
-    bar_->setDefaults(std::move(defaults));
+    case Place::Kind::upcoming: return {"Upcoming", TaskView::upcoming()};
+    case Place::Kind::allTasks: return {"All Tasks", TaskView::all()};
+    case Place::Kind::completed: return {"Completed", TaskView::completed()};
+    case Place::Kind::project:
+        if (const auto* project = context.find<CDProject>(place.id)) {
+            const auto name = QString::fromStdString(nameOf(project->name));
+            return {name, TaskView::project(place.id), {.projectName = name}};
+        }
+        break;
+    case Place::Kind::label:
+        if (const auto* label = context.find<CDTag>(place.id)) {
+            const auto name = QString::fromStdString(nameOf(label->name));
+            return {name, TaskView::label(nameOf(label->name)), {.label = name}};
+        }
+        break;
+    default: break;
+    }
+    return {"Inbox", TaskView::inbox()};
+}
+
+/// A project or label that is shown gets another name in the sidebar, or from another program.
+void TaskListPage::followNames() {
+    const bool hasName = place_.kind == Place::Kind::project || place_.kind == Place::Kind::label;
+    if (hasName && contentOf(place_).title != title_->text()) showPlace(place_);
 }
 
 void TaskListPage::updateState() {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "app/state/Place.h"
+#include "app/tasks/QuickAddModel.h"
 #include "base/Uuid.h"
+#include "core/tasks/TaskView.h"
 
 #include <QWidget>
 
@@ -47,7 +49,13 @@ signals:
     void opened(const tesserine::Uuid& task);
 
 private:
-    void useView(const Place& place);
+    struct Content {
+        QString title;
+        TaskView view;
+        QuickAddDefaults defaults{};  ///< of what is added there
+    };
+    Content contentOf(const Place& place) const;
+    void followNames();
     void place(const std::vector<Uuid>& tasks, const std::optional<Uuid>& before);
     void updateState();
     void updateCount();
@@ -56,6 +64,7 @@ private:
 
     AppEnvironment& environment_;
     TaskActions& actions_;
+    Place place_{};
     TaskListModel* const model_;
     QLabel* const title_;
     QLabel* const count_;

@@ -276,6 +276,40 @@ TEST_F(TasksPageTest, TheTaskBesideTheListTellsAndTakesEverything) {
     EXPECT_EQ(chosen, *note.id);
 }
 
+TEST_F(TasksPageTest, AfterMidnightTodayTakesNewTasksForTheNewDay) {
+    show(Place::Kind::today);
+    clock.advance(std::chrono::hours(15));
+    environment->refreshCalendar();
+    page.beginTask("Buy milk");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(titles(), "Today, Sunday 15 March | Buy milk");
+}
+
+TEST_F(TasksPageTest, WhatIsAddedGoesToTheProjectOrLabelThatWasRenamedMeanwhile) {
+    CDTask& first = addTask("First #Work @phone");
+    CDProject& project = *first.project.get();
+    CDTag& label = *first.labels.all().front();
+    const auto add = [&](const char* sentence) {
+        page.beginTask(sentence);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    };
+    page.showPlace({.kind = Place::Kind::project, .id = *project.id});
+    page.show();
+    QApplication::setActiveWindow(&page);
+    environment->projects().rename(context(), project, "Office");
+    context().save();
+    add("Second");
+    EXPECT_EQ(titles(), "First | Second");
+    EXPECT_EQ(page.findChild<QLabel*>("taskListTitle")->text(), "Office");
+
+    page.showPlace({.kind = Place::Kind::label, .id = *label.id});
+    environment->tags().rename(context(), label, "calls");
+    context().save();
+    add("Third");
+    EXPECT_EQ(titles(), "First | Third");
+    EXPECT_EQ(environment->projects().all(context()).size(), 2U) << "the Inbox and this one";
+}
+
 TEST_F(TasksPageTest, EscapeLeadsFromATaskBackToItsList) {
     CDTask& task = addTask("Call Ana today");
     for (const auto kind : {Place::Kind::inbox, Place::Kind::calendar}) {
