@@ -3,7 +3,9 @@
 #include "app/look/Icon.h"
 #include "app/look/Theme.h"
 
+#include <QAbstractSpinBox>
 #include <QComboBox>
+#include <QEvent>
 #include <QPainter>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -218,6 +220,20 @@ void drawMenuBarItem(QPainter& painter, const QStyleOptionMenuItem& item, bool s
 
 WindowStyle::WindowStyle() : QProxyStyle(QStyleFactory::create("Fusion")) {}
 
+void WindowStyle::polish(QWidget* widget) {
+    QProxyStyle::polish(widget);
+    const bool isTurned = qobject_cast<QComboBox*>(widget) != nullptr
+                          || qobject_cast<QAbstractSpinBox*>(widget) != nullptr;
+    if (isTurned) widget->installEventFilter(this);
+}
+
+/// Whoever scrolls a page of settings does not mean to change the one below the pointer.
+bool WindowStyle::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::Wheel) return QProxyStyle::eventFilter(watched, event);
+    event->ignore();  // goes on to the page
+    return true;
+}
+
 void WindowStyle::drawPrimitive(
     PrimitiveElement element,
     const QStyleOption* option,
@@ -402,8 +418,6 @@ int WindowStyle::styleHint(
     QStyleHintReturn* returned) const {
     // A click into the groove goes there.
     if (hint == SH_ScrollBar_LeftClickAbsolutePosition) return 1;
-    // Whoever scrolls a page of settings does not mean to change the one below the pointer.
-    if (hint == SH_ComboBox_AllowWheelScrolling) return 0;
     // The style beneath would put coloured pictures of its own on "Cancel" and "Save".
     if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
     // It would also draw what cannot be chosen twice, in light and dark.

@@ -10,6 +10,8 @@ class WindowStyle final : public QProxyStyle {
 public:
     WindowStyle();
 
+    using QProxyStyle::polish;
+    void polish(QWidget* widget) override;
     void drawPrimitive(
         PrimitiveElement element,
         const QStyleOption* option,
@@ -46,6 +48,9 @@ public:
         const QStyleOption* option,
         const QWidget* widget,
         QStyleHintReturn* returned) const override;
+
+private:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 };
 
 }  // namespace tesserine::app

@@ -63,6 +63,7 @@ TEST(WindowStyle, TheWheelChangesNoChoiceItPassesOver) {
     WindowStyle style;
     QComboBox choices;
     choices.setStyle(&style);
+    choices.ensurePolished();
     choices.addItems({"never", "after 7 days"});
     const QPointF place(5, 5);
     QWheelEvent turn(
