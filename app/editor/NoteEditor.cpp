@@ -331,9 +331,7 @@ void NoteEditor::followNote() {
     switch (open_.state()) {
     case OpenNote::State::current: return showSurroundings(*open_.note());
     case OpenNote::State::deleted:
-        saver_->forget();
-        close();
-        emit noteGone();
+        if (close()) emit noteGone();
         return;
     case OpenNote::State::changedElsewhere: break;
     }

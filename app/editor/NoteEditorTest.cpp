@@ -102,6 +102,19 @@ TEST_F(NoteEditor, KeepsBothVersionsWhenOthersWriteWhileTyping) {
     EXPECT_TRUE(isKept);
 }
 
+TEST_F(NoteEditor, KeepsWhatIsTypedIntoANoteThatIsDeletedElsewhere) {
+    const Uuid id = *openNote("<p>one|</p>").id;
+    type(" mine");
+    const auto other = environment->store().newBackgroundContext();
+    environment->notes().deleteNote(*other, environment->notes().getNote(*other, id));
+    other->save();
+    ASSERT_TRUE(waitUntil([&] { return !editor.noteID(); }));
+    const auto notes = context().fetch<CDNote>();
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_EQ(notes.front()->title, "Plan");
+    EXPECT_EQ(notes.front()->html, "<p>one mine</p>");
+}
+
 TEST_F(NoteEditor, KeepsARevisionEveryTenMinutesOfWriting) {
     CDNote& note = openNote("<p>|</p>");
     const auto autosaves = [&] {

@@ -40,6 +40,7 @@ bool NoteSaver::write(Autosave::Occasion occasion) {
         emit nothingToSave();
         return true;
     }
+    if (open.state() == OpenNote::State::deleted) return keepAsNew();
     OpenNote::Edit edit;
     if (title.isModified()) edit.title = title.text().toStdString();
     const bool mayTakeLong = body.isModified() && body.note().characterCount() > longNote;
@@ -62,6 +63,28 @@ bool NoteSaver::write(Autosave::Occasion occasion) {
                                             : emit failed(QString::fromUtf8(error.what()));
         return false;
     }
+}
+
+/// The note was deleted for good elsewhere: what is typed here becomes another one.
+bool NoteSaver::keepAsNew() {
+    auto& [environment, open, title, body] = parts_;
+    StoreContext& context = environment.context();
+    try {
+        environment.notes().createNote(
+            context, {.title = title.text().toStdString(), .html = body.note().html()});
+        context.save();
+    } catch (const UserError& error) {
+        context.rollback();
+        showNotice(&window_, error.what());
+        return false;
+    }
+    title.setModified(false);
+    body.note().setModified(false);
+    showNotice(
+        &window_,
+        "This note was deleted elsewhere while you were writing. What you wrote is kept in a new "
+        "note.");
+    return true;
 }
 
 /// Has another thread write the note as it is now.

@@ -55,6 +55,7 @@ signals:
 
 private:
     bool write(Autosave::Occasion occasion);
+    bool keepAsNew();
     void beginWriting(OpenNote::Edit edit);
     std::optional<std::string> endWriting();
 

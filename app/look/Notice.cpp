@@ -27,7 +27,9 @@ void showNotice(QWidget* parent, const std::string& sentence) {
     const auto name = QString::fromUtf8(product::name.data(), qsizetype(product::name.size()));
     const QString text = QString::fromStdString(sentence);
     if (isShown(text)) return;
-    auto* box = new QMessageBox(QMessageBox::Warning, name, text, QMessageBox::Ok, parent);
+    // Not of the part itself: it would be disabled with it, and could not be closed any more.
+    QWidget* const window = parent == nullptr ? nullptr : parent->window();
+    auto* box = new QMessageBox(QMessageBox::Warning, name, text, QMessageBox::Ok, window);
     box->setObjectName(objectName);
     box->setTextFormat(Qt::PlainText);
     box->setAttribute(Qt::WA_DeleteOnClose);

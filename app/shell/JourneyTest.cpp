@@ -90,6 +90,22 @@ TEST_F(Journey, ANoteTrashedElsewhereWhileItIsTypedInKeepsTheWordsAndTheOthersSt
     EXPECT_EQ(plan.html, "<p>first mine</p>");
 }
 
+TEST_F(Journey, ANoteDeletedElsewhereWhileItIsTypedInLeavesItsWordsAndAWindowThatGoesOn) {
+    CDNote& plan = addNote("Plan", "<p>first</p>");
+    list().choose(*plan.id);
+    editor().body().setFocus();
+    press(Qt::Key_End, Qt::ControlModifier);
+    type(" mine");
+    const auto other = terminal();
+    StoreContext& theirs = other->viewContext();
+    environment->notes().deleteNote(theirs, *theirs.find<CDNote>(*plan.id));
+    theirs.save();
+    ASSERT_TRUE(waitUntil([&] { return window().findChild<QMessageBox*>("notice") != nullptr; }));
+    EXPECT_TRUE(window().findChild<QMessageBox*>("notice")->isEnabled());
+    ASSERT_TRUE(waitUntil([&] { return titles() == "Plan;"; })) << titles();
+    EXPECT_EQ(stored("Plan")->html, "<p>first mine</p>");
+}
+
 TEST_F(Journey, TypingAgainstAnotherWriterKeepsBothVersions) {
     CDNote& plan = addNote("Plan", "<p>first</p>");
     list().choose(*plan.id);
