@@ -76,7 +76,7 @@ void TagsField::refresh() {
     for (const CDTag* tag : tagsByName(*note, environment_.collator())) {
         auto* const chip = new QToolButton(this);
         const QString name = QString::fromStdString(tag->name.valueOr(""));
-        chip->setText(name);
+        chip->setText(QString(name).replace('&', "&&"));
         chip->setIcon(icon("tag", Ink::secondary));
         chip->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         chip->setAutoRaise(true);

@@ -23,6 +23,7 @@ class Chip final : public QAbstractButton {
 public:
     Chip(const QString& label, QWidget* parent) : QAbstractButton(parent) {
         setText("@" + label);
+        setShortcut({});  // no letter behind an “&” is one
         setAccessibleName(QString("Remove the label %1").arg(label));
         setToolTip(accessibleName());
         setFocusPolicy(Qt::TabFocus);
