@@ -35,7 +35,11 @@ struct Clauses {
         }
         std::vector<std::string> rest = further;
         if (!contained.empty()) rest.push_back("containing " + listed(contained, "and"));
-        if (!excluded.empty()) rest.push_back("but not " + listed(excluded, "nor"));
+        if (!excluded.empty() && contained.empty()) {
+            rest.push_back("not containing " + listed(excluded, "or"));
+        } else if (!excluded.empty()) {
+            rest.push_back("but not " + listed(excluded, "nor"));
+        }
         for (const std::string& clause : rest) {
             // The first one needs no comma when nothing stands between it and the subject.
             const bool followsSubject = &clause == rest.data() && attached.empty();

@@ -35,6 +35,7 @@ TEST(QueryExplanation, SaysInOneSentenceWhatWasUnderstood) {
                  "car inv* \"annual report\" -draft",
                  "Notes and tasks containing *car* (and *auto* and *motor*, your synonyms), "
                  "*inv…* and *“annual report”*, but not *draft*."},
+             Case{"-draft NOT old", "Notes and tasks not containing *draft* or *old*."},
              Case{
                  "is:note in:trash created:2025 sort:newest",
                  "Notes in the trash written in *2025*, newest first."},
