@@ -5,9 +5,11 @@
 #include "app/look/EmptyState.h"
 #include "app/look/Icon.h"
 #include "app/look/IconButton.h"
+#include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/DateWords.h"
+#include "base/UserError.h"
 
 #include <QActionGroup>
 #include <QClipboard>
@@ -149,28 +151,19 @@ void NoteList::createNote() {
     emit noteOpened(*note);
 }
 
-void NoteList::togglePin() {
-    const auto notes = selected();
-    actions_.setPinned(notes, !actions_.arePinned(notes));
-}
+void NoteList::moveToTrash() { isTrash() ? deleteForGood() : trash(selected()); }
 
-void NoteList::duplicate() {
-    const auto copies = actions_.duplicate(selected());
-    if (copies.size() == 1) choose(copies.front());
-}
-
-void NoteList::moveToTrash() {
-    const auto notes = selected();
+void NoteList::trash(const std::vector<Uuid>& notes) {
     if (notes.empty()) return;
-    if (isTrash()) return deleteForGood();
     actions_.moveToTrash(notes);
     emit movedToTrash(notes);
 }
 
 void NoteList::restore() { actions_.restore(selected()); }
 
-void NoteList::deleteForGood() {
-    const auto notes = selected();
+void NoteList::deleteForGood() { askToDelete(selected()); }
+
+void NoteList::askToDelete(const std::vector<Uuid>& notes) {
     if (notes.empty()) return;
     ask(QString("Delete %1 for good? Earlier versions and attached files go too. This cannot be "
                 "undone.")
@@ -209,7 +202,11 @@ NoteOrder NoteList::order() const {
 
 void NoteList::setOrder(NoteOrder order) {
     const auto* const name = std::ranges::find(orderNames, order, &OrderName::order);
-    environment_.preferences().set(orderKey, name->word);
+    try {
+        environment_.preferences().set(orderKey, name->word);
+    } catch (const UserError& error) {
+        return showNotice(this, error.what());
+    }
     const auto notes = selected();
     showPlace(place(), notes.size() == 1 ? std::optional(notes.front()) : std::nullopt);
 }
@@ -271,6 +268,7 @@ void NoteList::showMenu(const QPoint& where) {
     menu->popup(view_->viewport()->mapToGlobal(where));
 }
 
+/// Of the notes it was opened for: while it is open, others may change what is selected.
 void NoteList::fillMenu(QMenu& menu) {
     const auto notes = selected();
     const Uuid first = notes.front();
@@ -278,13 +276,20 @@ void NoteList::fillMenu(QMenu& menu) {
         menu.addAction("Open in New Tab", this, [this, first] { emit newTabWanted(first); });
         menu.addSeparator();
     }
+    const bool arePinned = actions_.arePinned(notes);
+    menu.addAction(icon("pin"), arePinned ? "Unpin" : "Pin", this, [this, notes, arePinned] {
+        actions_.setPinned(notes, !arePinned);
+    });
     menu.addAction(
-        icon("pin"), actions_.arePinned(notes) ? "Unpin" : "Pin", this, &NoteList::togglePin);
-    menu.addAction(icon("notebook"), "Move to Notebook…", this, &NoteList::moveWanted);
-    menu.addAction(
-        icon("tag"), notes.size() == 1 ? "Add Tag…" : "Tags…", this, &NoteList::tagsWanted);
+        icon("notebook"), "Move to Notebook…", this, [this, notes] { emit moveWanted(notes); });
+    menu.addAction(icon("tag"), notes.size() == 1 ? "Add Tag…" : "Tags…", this, [this, notes] {
+        emit tagsWanted(notes);
+    });
     menu.addSeparator();
-    menu.addAction(icon("duplicate"), "Duplicate", this, &NoteList::duplicate);
+    menu.addAction(icon("duplicate"), "Duplicate", this, [this, notes] {
+        const auto copies = actions_.duplicate(notes);
+        if (copies.size() == 1) choose(copies.front());
+    });
     if (notes.size() == 1) {
         menu.addAction(icon("template"), "Save as Template", this, [this, first] {
             actions_.saveAsTemplate(first);
@@ -295,14 +300,16 @@ void NoteList::fillMenu(QMenu& menu) {
         });
     }
     menu.addSeparator();
-    menu.addAction(icon("trash"), "Move to Trash", this, &NoteList::moveToTrash);
+    menu.addAction(icon("trash"), "Move to Trash", this, [this, notes] { trash(notes); });
 }
 
 void NoteList::fillTrashMenu(QMenu& menu) {
-    menu.addAction(icon("restore"), "Restore", this, &NoteList::restore);
+    const auto notes = selected();
+    menu.addAction(icon("restore"), "Restore", this, [this, notes] { actions_.restore(notes); });
     menu.addSeparator();
-    menu.addAction(
-        icon("trash", Ink::danger), "Delete Permanently", this, &NoteList::deleteForGood);
+    menu.addAction(icon("trash", Ink::danger), "Delete Permanently", this, [this, notes] {
+        askToDelete(notes);
+    });
 }
 
 }  // namespace tesserine::app

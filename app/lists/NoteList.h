@@ -32,6 +32,8 @@ public:
     const Place& place() const { return model_->scope().place(); }
     /// Selects the note; one that is not listed yet is selected as soon as it is.
     void choose(const Uuid& note);
+    /// Moves notes to the trash, wherever they are listed, with an offer to undo it.
+    void trash(const std::vector<Uuid>& notes);
     std::vector<Uuid> selected() const;
     bool isTrash() const { return place().kind == Place::Kind::trash; }
 
@@ -41,8 +43,6 @@ public:
 public slots:
     void createNote();
     /// Of the selected notes. Deleting for good and emptying the trash ask first.
-    void togglePin();
-    void duplicate();
     void moveToTrash();
     void restore();
     void deleteForGood();
@@ -56,8 +56,8 @@ signals:
     /// The user wants to write in the selected note: Return, a double click, a new note.
     void noteOpened(const tesserine::Uuid& note);
     void newTabWanted(const tesserine::Uuid& note);
-    void moveWanted();
-    void tagsWanted();
+    void moveWanted(const std::vector<tesserine::Uuid>& notes);
+    void tagsWanted(const std::vector<tesserine::Uuid>& notes);
     /// For a line with an offer to undo it.
     void movedToTrash(const std::vector<tesserine::Uuid>& notes);
 
@@ -71,6 +71,7 @@ private:
     void showMenu(const QPoint& where);
     void fillMenu(QMenu& menu);
     void fillTrashMenu(QMenu& menu);
+    void askToDelete(const std::vector<Uuid>& notes);
     void ask(const QString& question, const QString& verb, std::function<void()> act);
     NoteOrder order() const;
 

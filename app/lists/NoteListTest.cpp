@@ -8,9 +8,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
+#include <QMessageBox>
 #include <QTest>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -35,6 +38,13 @@ public:
     CDNote& add(const std::string& title) {
         clock.advance(std::chrono::minutes(1));
         return addNote(title);
+    }
+    /// As a disk that is full or may only be read does.
+    void blockPreferences() {
+        std::filesystem::path lock = setting().preferencesFile;
+        lock += ".lock";
+        std::filesystem::remove(lock);
+        std::filesystem::create_directory(lock);
     }
     std::string titles() {
         std::string text;
@@ -79,6 +89,32 @@ TEST_F(NoteListTest, ThePlaceOfANoteThatGoesIsTakenByTheNextOne) {
     list.moveToTrash();
     EXPECT_EQ(chosen, std::nullopt);
     EXPECT_EQ(titles(), "");
+}
+
+TEST_F(NoteListTest, AMenuIsOfTheNotesItWasOpenedForWhateverOthersChangeMeanwhile) {
+    CDNote& chosenNote = add("chosen");
+    const CDNote& neighbour = add("neighbour");
+    std::vector<Uuid> moved;
+    QObject::connect(&list, &NoteList::moveWanted, [&](const auto& notes) { moved = notes; });
+    for (const QString entry : {"Move to Trash", "Move to Notebook…", "Pin"}) {
+        SCOPED_TRACE(entry.toStdString());
+        environment->notes().restoreFromTrash(chosenNote);
+        context().save();
+        list.showPlace({Kind::allNotes}, *chosenNote.id);
+        emit list.view().customContextMenuRequested({5, 5});
+        auto* const menu = list.findChild<QMenu*>("noteMenu");
+        ASSERT_NE(menu, nullptr);
+        environment->notes().moveToTrash(chosenNote);
+        context().save();
+        EXPECT_EQ(chosen, *neighbour.id) << "which has taken its place";
+        for (QAction* const action : menu->actions()) {
+            if (action->text() == entry) action->trigger();
+        }
+        EXPECT_FALSE(neighbour.trashedAt);
+        EXPECT_FALSE(neighbour.isPinned);
+        delete menu;
+    }
+    EXPECT_EQ(moved, std::vector{*chosenNote.id});
 }
 
 TEST_F(NoteListTest, ANoteThatIsNotListedYetIsChosenOnceItIs) {
@@ -140,6 +176,16 @@ TEST_F(NoteListTest, TheOrderIsKeptForTheNextStart) {
     later.showPlace({Kind::allNotes});
     ASSERT_TRUE(waitUntil([&] { return later.model().rowCount() == 3; }));
     EXPECT_EQ(later.model().summary(0).title, "Äpfel");
+}
+
+TEST_F(NoteListTest, AnOrderThatCannotBeKeptIsToldAndChangesNothing) {
+    add("beta");
+    add("Äpfel");
+    list.showPlace({Kind::allNotes});
+    blockPreferences();
+    list.setOrder(NoteOrder::title);
+    EXPECT_NE(window.findChild<QMessageBox*>("notice"), nullptr);
+    EXPECT_EQ(titles(), "Äpfel;beta;");
 }
 
 TEST_F(NoteListTest, NotebooksArePickedByAFewLettersOfTheirPath) {

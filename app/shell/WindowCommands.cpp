@@ -121,7 +121,9 @@ public:
             title.setFocus(Qt::ShortcutFocusReason);
             title.selectAll();
         });
-        on("list.selectAll", [&window = window_] { window.notes().list().view().selectAll(); });
+        on("list.selectAll", [&window = window_] {
+            if (window.notes().showsList()) window.notes().list().view().selectAll();
+        });
         on("notebook.new", [&window = window_] { window.sidebar().createNotebook(); });
     }
 
@@ -198,9 +200,13 @@ public:
             }
             QApplication::clipboard()->setText(links);
         });
-        on("note.move", [*this] { askNotebook(); });
-        QObject::connect(&list, &NoteList::moveWanted, &window_, [*this] { askNotebook(); });
-        QObject::connect(&list, &NoteList::tagsWanted, &window_, [*this] { askTag(); });
+        on("note.move", [*this] { askNotebook(chosen()); });
+        QObject::connect(&list, &NoteList::moveWanted, &window_, [*this](const auto& notes) {
+            if (window_.save()) askNotebook(notes);
+        });
+        QObject::connect(&list, &NoteList::tagsWanted, &window_, [*this](const auto& notes) {
+            if (window_.save()) askTag(notes);
+        });
         QObject::connect(&list, &NoteList::selectionTurned, &window_, [*this] { showPin(); });
         QObject::connect(
             &environment_, &AppEnvironment::libraryChanged, &window_, [*this] { showPin(); });
@@ -259,11 +265,10 @@ private:
         const auto notes = chosen();
         if (notes.empty()) return;
         if (window_.notes().showsList()) return window_.notes().list().moveToTrash();
-        actions().moveToTrash(notes);
+        window_.notes().list().trash(notes);
     }
 
-    void askNotebook() const {
-        const auto notes = chosen();
+    void askNotebook(const NoteActions::Notes& notes) const {
         if (notes.empty()) return;
         pickNotebook(environment_, &window_, [*this, notes](const auto& notebook) {
             actions().move(notes, notebook);
@@ -274,16 +279,17 @@ private:
     void editTags() const {
         const auto notes = chosen();
         if (notes.size() == 1) return window_.notes().editor().editTags();
-        if (notes.empty()) return;
+        if (!notes.empty()) askTags(notes);
+    }
+
+    void askTags(const NoteActions::Notes& notes) const {
         auto* dialog = new TagsDialog(environment_, notes, &window_);
         dialog->setAttribute(Qt::WA_DeleteOnClose);
         dialog->open();
     }
 
-    void askTag() const {
-        const auto notes = chosen();
-        if (notes.empty()) return;
-        if (notes.size() > 1) return editTags();
+    void askTag(const NoteActions::Notes& notes) const {
+        if (notes.size() > 1) return askTags(notes);
         pickTag(environment_, &window_, [*this, notes](const QString& name) {
             actions().addTag(notes, name);
         });

@@ -130,7 +130,9 @@ RemindersPage::RemindersPage(AppEnvironment& environment, QWidget* parent)
     layout->addWidget(title);
     layout->addWidget(stack_, 1);
 
-    connect(list_, &QListView::doubleClicked, this, &RemindersPage::openCurrent);
+    connect(list_, &QListView::doubleClicked, this, [this] {
+        if (const auto row = current()) openRow(*row);
+    });
     connect(list_, &QWidget::customContextMenuRequested, this, &RemindersPage::showMenu);
     connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
         const auto concerns = [](const ObjectChange& change) {
@@ -162,63 +164,61 @@ void RemindersPage::reload() {
     }
 }
 
-void RemindersPage::openCurrent() {
+std::optional<ReminderRow> RemindersPage::current() const {
     const QModelIndex index = list_->currentIndex();
-    if (!index.isValid()) return;
-    const ReminderRow row = model_->row(index.row());
+    return index.isValid() ? std::optional(model_->row(index.row())) : std::nullopt;
+}
+
+void RemindersPage::openRow(const ReminderRow& row) {
     if (row.kind == Kind::task) emit taskChosen(row.owner);
     if (row.kind == Kind::note) emit noteChosen(row.owner);
 }
 
-void RemindersPage::setReminder(int row, const std::optional<TaskDue>& when) {
-    const ReminderRow changed = model_->row(row);
+void RemindersPage::setReminder(const ReminderRow& row, const std::optional<TaskDue>& when) {
     const auto at =
         when ? std::optional(reminderTime(*when, environment_.calendar())) : std::nullopt;
     StoreContext& context = environment_.context();
-    if (changed.kind == Kind::task) {
-        if (auto* const task = context.find<CDTask>(changed.owner)) {
+    if (row.kind == Kind::task) {
+        if (auto* const task = context.find<CDTask>(row.owner)) {
             environment_.tasks().setReminder(*task, at);
         }
-    } else if (auto* const note = context.find<CDNote>(changed.owner)) {
+    } else if (auto* const note = context.find<CDNote>(row.owner)) {
         environment_.notes().setReminder(*note, at);
     }
     environment_.save(this);
 }
 
-void RemindersPage::putOff() {
-    const QModelIndex index = list_->currentIndex();
-    if (!index.isValid()) return;
+void RemindersPage::putOff(const ReminderRow& row) {
     auto* const popup = WhenPopup::forReminder(environment_, {}, this);
-    connect(popup, &WhenPopup::picked, this, [this, row = index.row()](const auto& when) {
-        setReminder(row, when);
-    });
-    const QRect line = list_->visualRect(index);
-    popup->open(list_->viewport()->mapToGlobal(line.bottomLeft()), model_->row(index.row()).at);
-}
-
-void RemindersPage::remove() {
-    const QModelIndex index = list_->currentIndex();
-    if (index.isValid()) setReminder(index.row(), {});
+    connect(
+        popup, &WhenPopup::picked, this, [this, row](const auto& when) { setReminder(row, when); });
+    const QRect line = list_->visualRect(list_->currentIndex());
+    popup->open(list_->viewport()->mapToGlobal(line.bottomLeft()), row.at);
 }
 
 bool RemindersPage::eventFilter(QObject* watched, QEvent* event) {
     if (watched == list_ && event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         const bool isEnter = key == Qt::Key_Return || key == Qt::Key_Enter;
-        if (isEnter) openCurrent();
-        if (key == Qt::Key_Delete) remove();
+        const auto row = current();
+        if (isEnter && row) openRow(*row);
+        if (key == Qt::Key_Delete && row) setReminder(*row, {});
         if (isEnter || key == Qt::Key_Delete) return true;
     }
     return QWidget::eventFilter(watched, event);
 }
 
+/// Of the row it was opened for: while it is open, the list may become another one.
 void RemindersPage::showMenu(const QPoint& place) {
-    if (!list_->indexAt(place).isValid()) return;
+    const QModelIndex index = list_->indexAt(place);
+    if (!index.isValid()) return;
+    const ReminderRow row = model_->row(index.row());
     auto* const menu = new QMenu(this);
+    menu->setObjectName("reminderMenu");
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(icon("open"), "Open", this, &RemindersPage::openCurrent);
-    menu->addAction(icon("clock"), "Remind Me Later…", this, &RemindersPage::putOff);
-    menu->addAction(icon("close"), "Remove Reminder", this, &RemindersPage::remove);
+    menu->addAction(icon("open"), "Open", this, [this, row] { openRow(row); });
+    menu->addAction(icon("clock"), "Remind Me Later…", this, [this, row] { putOff(row); });
+    menu->addAction(icon("close"), "Remove Reminder", this, [this, row] { setReminder(row, {}); });
     menu->popup(list_->viewport()->mapToGlobal(place));
 }
 

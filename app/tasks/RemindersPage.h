@@ -17,6 +17,7 @@ namespace tesserine::app {
 
 class AppEnvironment;
 class RemindersModel;
+struct ReminderRow;
 
 /// What one will be reminded of, notes and tasks together, and what one has missed: opened, put off
 /// or removed.
@@ -34,10 +35,10 @@ signals:
     void noteChosen(const tesserine::Uuid& note);
 
 private:
-    void openCurrent();
-    void putOff();
-    void remove();
-    void setReminder(int row, const std::optional<TaskDue>& when);
+    std::optional<ReminderRow> current() const;
+    void openRow(const ReminderRow& row);
+    void putOff(const ReminderRow& row);
+    void setReminder(const ReminderRow& row, const std::optional<TaskDue>& when);
     void showMenu(const QPoint& place);
     void reload();
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QListView>
+#include <QMenu>
 #include <QTest>
 
 namespace tesserine::app {
@@ -76,6 +77,22 @@ TEST_F(RemindersPageTest, IsOpenedPutOffAndRemovedByKeys) {
     EXPECT_FALSE(note.reminderAt);
     EXPECT_EQ(rows(), "Today, Saturday 14 March | Call");
     EXPECT_FALSE(context().hasChanges());
+}
+
+TEST_F(RemindersPageTest, AMenuIsOfTheRowItWasOpenedForWhateverOthersChangeMeanwhile) {
+    CDTask& first = remind("First", "2026-03-14T11:00:00Z");
+    const CDTask& chosen = remind("Chosen", "2026-03-14T12:00:00Z");
+    const CDTask& last = remind("Last", "2026-03-14T13:00:00Z");
+    open();
+    list.setCurrentIndex(list.model()->index(2, 0));
+    emit list.customContextMenuRequested(list.visualRect(list.currentIndex()).center());
+    auto* const menu = page.findChild<QMenu*>("reminderMenu");
+    ASSERT_NE(menu, nullptr);
+    environment->tasks().setReminder(first, {});  // the rows below it move up
+    context().save();
+    menu->actions().back()->trigger();
+    EXPECT_FALSE(chosen.reminderAt);
+    EXPECT_TRUE(last.reminderAt);
 }
 
 }  // namespace
