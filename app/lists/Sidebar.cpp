@@ -305,8 +305,12 @@ void Sidebar::rememberFolding() {
             if (!isExpanded(index)) folded_.insert(foldingName(index));
         }
     }
-    environment_.preferences().set(
-        foldedKey, std::vector<std::string>(folded_.begin(), folded_.end()));
+    try {
+        environment_.preferences().set(
+            foldedKey, std::vector<std::string>(folded_.begin(), folded_.end()));
+    } catch (const UserError& error) {
+        environment_.log().warning(std::string("the folding of the sidebar: ") + error.what());
+    }
 }
 
 void Sidebar::putFoldingBack() {

@@ -20,6 +20,7 @@
 #include <QTest>
 
 #include <chrono>
+#include <filesystem>
 
 namespace tesserine::app {
 namespace {
@@ -143,6 +144,18 @@ TEST_F(SidebarTest, FollowsTheLibraryWithoutLosingThePlaceOrTheFolding) {
     EXPECT_EQ(sidebar().currentIndex(), index);
     EXPECT_FALSE(sidebar().isExpanded(index));
     EXPECT_EQ(chosen, place.address() + ";") << "nothing was chosen anew";
+}
+
+TEST_F(SidebarTest, FoldsAlsoWhereThatCannotBeKept) {
+    CDNotebook& work = notebook("Work");
+    notebook("Plans", &work);
+    std::filesystem::path lock = setting().preferencesFile;
+    lock += ".lock";
+    std::filesystem::remove(lock);
+    std::filesystem::create_directory(lock);
+    const QModelIndex index = sidebar().places().indexOf({Kind::notebook, *work.id});
+    sidebar().collapse(index);
+    EXPECT_FALSE(sidebar().isExpanded(index));
 }
 
 TEST_F(SidebarTest, NotebooksAreMadeRenamedAndDeletedInPlace) {

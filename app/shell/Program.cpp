@@ -320,6 +320,12 @@ void Program::followSetting(const QString& key) {
     if (changed == Tray::preferenceKey && desktop_) desktop_->refreshTray();
 }
 
+void Program::tellFailure(const QString& sentence) {
+    if (!environment_) return;
+    environment_->log().error(sentence.toStdString());
+    showNotice(window_.get(), sentence.toStdString());
+}
+
 // What is asked from outside
 
 void Program::handleArguments(const QStringList& arguments) {

@@ -35,6 +35,8 @@ public:
     /// Runs until the window is closed; returns the status of the process. A program that is the
     /// second one for its library hands over what it was asked, and ends.
     int run();
+    /// Of something that nobody expected; the program goes on.
+    void tellFailure(const QString& sentence);
 
 private:
     /// What a library begins with when it is made.

@@ -1,10 +1,9 @@
 #include "app/look/Theme.h"
+#include "app/shell/Application.h"
 #include "app/shell/HeadStart.h"
 #include "app/shell/Program.h"
 #include "app/shell/StartOptions.h"
 #include "base/Product.h"
-
-#include <QApplication>
 
 #include <algorithm>
 #include <iostream>
@@ -22,7 +21,7 @@ int main(int count, char** words) {
         std::cout << "Tesserine " << product::version << '\n';
         return 0;
     }
-    QApplication application(count, words);
+    app::Application application(count, words);
     QApplication::setApplicationName("Tesserine");
     QApplication::setApplicationVersion(TESSERINE_VERSION);
     QApplication::setDesktopFileName("app.tesserine.Tesserine");
@@ -37,5 +36,6 @@ int main(int count, char** words) {
     app::Theme theme(application);
     theme.setScheme(options.scheme);
     app::Program program(theme, options);
+    QObject::connect(&application, &app::Application::failed, &program, &app::Program::tellFailure);
     return program.run();
 }
