@@ -156,11 +156,10 @@ void SearchResults::refresh() {
 }
 
 void SearchResults::show(const SearchAnswer& answer) {
-    const QModelIndex current = list_->currentIndex();
+    const int current = list_->currentIndex().row();
     const bool isSameQuestion = answer.text == std::exchange(shown_, answer.text);
-    const auto chosen = isSameQuestion && current.isValid()
-                            ? std::optional(model_->result(current.row()).id)
-                            : std::nullopt;
+    const auto chosen =
+        isSameQuestion && current >= 0 ? std::optional(model_->result(current).id) : std::nullopt;
     const int scrolled = isSameQuestion ? list_->verticalScrollBar()->value() : 0;
     const auto setText = [](QLabel& label, const QString& text) {
         label.setText(text);
@@ -177,14 +176,19 @@ void SearchResults::show(const SearchAnswer& answer) {
     model_->setResults(answer.response.results);
     if (model_->rowCount() == 0) return showEmpty(answer);
     stack_->setCurrentWidget(list_);
-    if (chosen) mark(*chosen);
+    if (chosen) goOn(*chosen, current);
     list_->verticalScrollBar()->setValue(scrolled);
 }
 
-/// Makes a line the current one without opening it again.
-void SearchResults::mark(const Uuid& found) {
-    const QScopedValueRollback marking(isMarking_, true);
-    if (const auto row = model_->rowOf(found)) list_->setCurrentIndex(model_->index(*row));
+/// Makes a line the current one without opening it again. Where it is gone the next one takes its
+/// place for who walks through the list; who writes stays in the note.
+void SearchResults::goOn(const Uuid& found, int line) {
+    if (const auto row = model_->rowOf(found)) {
+        const QScopedValueRollback marking(isMarking_, true);
+        list_->setCurrentIndex(model_->index(*row));
+    } else if (list_->hasFocus()) {
+        list_->setCurrentIndex(model_->index(std::min(line, model_->rowCount() - 1)));
+    }
 }
 
 void SearchResults::showEmpty(const SearchAnswer& answer) {

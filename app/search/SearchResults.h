@@ -51,7 +51,7 @@ private:
     void show(const SearchAnswer& answer);
     void showLinks(const SearchAnswer& answer);
     void refresh();
-    void mark(const Uuid& found);
+    void goOn(const Uuid& found, int line);
     void showEmpty(const SearchAnswer& answer);
     void follow(const QString& link);
     void choose(const QModelIndex& index);

@@ -147,6 +147,7 @@ TEST_F(SearchTest, ARowSaysWhatItIsToPeopleWhoDoNotSeeIt) {
 TEST_F(SearchTest, SuggestionsAreWalkedThroughAndTakenByKeys) {
     SearchField field;
     field.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&field));
     field.setFocus();
     SearchRunner runner(*environment);
     QObject::connect(&field, &SearchField::suggestionsWanted, &runner, &SearchRunner::suggest);

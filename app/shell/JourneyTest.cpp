@@ -7,6 +7,7 @@
 #include "app/tasks/TaskListPage.h"
 #include "app/tasks/TaskListView.h"
 #include "app/tasks/TasksPage.h"
+#include "app/tasks/UndoBar.h"
 #include "search/SearchCoordinator.h"
 #include "tests/support/FaultyVFS.h"
 #include "tests/support/TemporaryFolder.h"
@@ -230,6 +231,54 @@ TEST_F(Journey, ASearchIsTypedWalkedThroughAndLeft) {
     press(Qt::Key_Escape);
     EXPECT_EQ(place(), "tesserine://notes");
     EXPECT_EQ(window().searchField().text(), "");
+}
+
+TEST_F(Journey, AResultGoesToTheTrashByItsKeyAndComesBack) {
+    for (const char* title : {"Lisbon", "Porto", "Faro"}) {
+        addNote(title, "<p>Train at 9:40.</p>");
+    }
+    environment->search().catchUp();
+    window().go({.kind = Kind::search, .text = "train sort:oldest"});
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 3; }));
+    results.setFocus();
+    results.setCurrentIndex(results.model()->index(1, 0));
+    const std::string second = openTitle();
+    results.setCurrentIndex(results.model()->index(0, 0));
+    const std::string first = openTitle();
+    press(Qt::Key_Delete);
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
+    EXPECT_EQ(openTitle(), second) << "who walks through the results goes on with the next";
+    QTest::mouseClick(
+        window().findChild<UndoBar*>()->findChild<QAbstractButton*>("undo"), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 3; }));
+
+    // Who writes in the note stays there when another program throws it away.
+    const Uuid open = *window().notes().openedNote();
+    editor().body().setFocus();
+    environment->notes().moveToTrash(*context().find<CDNote>(open));
+    context().save();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
+    EXPECT_EQ(openTitle(), second);
+    auto* const restore = editor().notice().findChild<QPushButton*>();
+    ASSERT_NE(restore, nullptr);
+    restore->click();
+    EXPECT_FALSE(context().find<CDNote>(open)->trashedAt);
+    EXPECT_NE(first, second);
+}
+
+TEST_F(Journey, ASavedSearchAsksWhatOthersMadeOfIt) {
+    addNote("Lisbon", "<p>Train at 9:40.</p>");
+    auto& search = environment->savedSearches().create(context(), "Travel", "ferry");
+    context().save();
+    window().go({Kind::savedSearch, *search.id});
+    EXPECT_EQ(window().searchField().text(), "ferry");
+    environment->savedSearches().setQuery(search, "train");
+    context().save();
+    EXPECT_EQ(window().searchField().text(), "train");
+    environment->savedSearches().remove(context(), search);
+    context().save();
+    EXPECT_EQ(place(), "tesserine://notes");
 }
 
 TEST_F(Journey, AResultIsNotTakenForTrashBecauseTheTrashWasShown) {

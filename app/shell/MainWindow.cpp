@@ -227,6 +227,7 @@ SearchResults& MainWindow::searchResults() {
 void MainWindow::makeSearchResults() {
     searchResults_ = new SearchResults(environment_, content_);
     searchResults_->hide();  // until it stands beside the note
+    commands_.attach(CommandContext::lists, searchResults_->list());
     connect(
         &searchResults_->runner(),
         &SearchRunner::suggested,
@@ -442,9 +443,18 @@ void MainWindow::followNote(const std::optional<Uuid>& note) {
     settle();
 }
 
-/// A place that is gone leaves its tab in All Notes.
-void MainWindow::followLibrary() {
-    if (titleOf(current().place, environment_.context()).isEmpty()) go({Kind::allNotes});
+/// A place that is gone leaves its tab in All Notes; a saved search asks what it asks now.
+void MainWindow::followLibrary(const std::vector<ObjectChange>& changes) {
+    const Place place = current().place;
+    const bool isChanged =
+        place.kind == Kind::savedSearch
+        && std::ranges::find(changes, std::optional(place.id), &ObjectChange::uuid)
+               != changes.end();
+    if (titleOf(place, environment_.context()).isEmpty()) {
+        go({Kind::allNotes});
+    } else if (isChanged) {
+        showSavedSearch(place.id);
+    }
     settle();
 }
 

@@ -13,6 +13,10 @@ class QStackedWidget;
 class QTabBar;
 class QVBoxLayout;
 
+namespace tesserine {
+struct ObjectChange;
+}  // namespace tesserine
+
 namespace tesserine::app {
 
 class AppEnvironment;
@@ -118,7 +122,7 @@ private:
     void saveSearch(const QString& query);
     void showTab(int index);
     void followNote(const std::optional<Uuid>& note);
-    void followLibrary();
+    void followLibrary(const std::vector<ObjectChange>& changes);
     void restoreLayout();
     void restoreTabs();
     OpenTabs openTabs() const;

@@ -95,11 +95,14 @@ void NotesPane::beginToFollow() {
     showNothing();
 }
 
+/// Who writes in one note goes on in the other, though the editor is hidden in between.
 bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
     if (!save()) return false;
+    const bool hadKeys = editor_ != nullptr && editor_->isAncestorOf(window()->focusWidget());
     lists_->setCurrentWidget(list_);
     list_->showPlace(place, note);
     if (note && list_->selected().empty()) openNote(*note);
+    if (hadKeys) openedNote() ? editor_->body().setFocus() : list_->setFocus();
     return true;
 }
 
