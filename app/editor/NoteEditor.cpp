@@ -234,7 +234,9 @@ void NoteEditor::connectParts() {
 }
 
 bool NoteEditor::open(const Uuid& id) {
+    const auto before = open_.id();
     if (!save() || !open_.open(id)) return false;
+    if (before != id) dropQuestions();
     pictures_.forget();
     setEnabled(true);
     showNote(*open_.note());
@@ -243,6 +245,7 @@ bool NoteEditor::open(const Uuid& id) {
 
 bool NoteEditor::close() {
     if (!save()) return false;
+    dropQuestions();
     open_.close();
     setEnabled(false);
     const QScopedValueRollback showing(isShowing_, true);
@@ -296,6 +299,17 @@ void NoteEditor::restore() {
     if (note == nullptr) return;
     environment_.notes().restoreFromTrash(*note);
     environment_.save(this);
+}
+
+/// What was asked about one note must not be done to the next one, which another program brings
+/// into its place by deleting it.
+void NoteEditor::dropQuestions() {
+    for (QDialog* const dialog : findChildren<QDialog*>()) {
+        dialog->reject();
+    }
+    for (QMenu* const menu : findChildren<QMenu*>()) {
+        menu->close();
+    }
 }
 
 void NoteEditor::markChanged() {

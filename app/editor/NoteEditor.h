@@ -102,6 +102,7 @@ private:
     void showNote(const CDNote& note, BodyView view = {});
     void showSurroundings(const CDNote& note);
     void restore();
+    void dropQuestions();
     void showSaved(NoteService::EditOutcome outcome);
     void follow(const std::vector<ObjectChange>& changes);
     void followNote();

@@ -13,6 +13,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <QClipboard>
+#include <QDialog>
 #include <QDragEnterEvent>
 #include <QListView>
 #include <QMimeData>
@@ -303,6 +304,41 @@ TEST_F(Journey, ATaskIsTypedAsASentence) {
     EXPECT_EQ(tasks.front()->title.valueOr(""), "Pay the bill");
     EXPECT_EQ(tasks.front()->priority, std::int16_t{1});
     EXPECT_EQ(tasks.front()->dueDate, Instant::parseISO("2026-03-15T09:00:00Z"));
+}
+
+TEST_F(Journey, WhoWritesGoesOnInTheNoteThatALinkLeadsTo) {
+    const CDNote& plan = addNote("Plan");
+    const CDNote& bill = addNote("Bill");
+    window().go({Kind::note, *plan.id});
+    editor().body().setFocus();
+    window().go({Kind::note, *bill.id});
+    EXPECT_TRUE(editor().body().hasFocus());
+    environment->notes().moveToTrash(*context().find<CDNote>(*plan.id));
+    context().save();
+    window().go({Kind::note, *plan.id});
+    EXPECT_EQ(place(), "tesserine://trash");
+    EXPECT_TRUE(editor().body().hasFocus());
+}
+
+TEST_F(Journey, WhatWasAskedAboutANoteIsNotDoneToTheOneThatTakesItsPlace) {
+    const CDNote& next = addNote("Next", "<p>Its words</p>");
+    const std::string html = next.html.valueOr("");
+    for (const char* command : {"format.table", "format.link", "note.lock", "note.reminder"}) {
+        SCOPED_TRACE(command);
+        const CDNote& asked = addNote("Asked", "<p>Some words</p>");
+        window().go({Kind::note, *asked.id});
+        editor().body().selectAll();
+        commands().trigger(command);
+        ASSERT_FALSE(editor().findChildren<QDialog*>().isEmpty());
+        environment->notes().deleteNote(context(), *context().find<CDNote>(*asked.id));
+        context().save();
+        EXPECT_EQ(openTitle(), "Next");
+        settle();
+        EXPECT_TRUE(editor().findChildren<QDialog*>().isEmpty());
+    }
+    EXPECT_TRUE(window().save());
+    EXPECT_EQ(next.html.valueOr(""), html);
+    EXPECT_FALSE(next.reminderAt);
 }
 
 TEST_F(Journey, BackForwardAndTabsRememberPlacesAndNotes) {
