@@ -3,6 +3,7 @@
 #include "app/account/SyncStatus.h"
 #include "app/look/Theme.h"
 #include "app/state/SyncFixture.h"
+#include "app/testing/WidgetFaultsFixture.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -232,6 +233,23 @@ TEST_F(SyncSettingsTest, TheAccountShowsWhatItHoldsAndWhoIsSignedIn) {
     press("Sign Out: phone");
     EXPECT_TRUE(waitUntil([this] { return texts().find("phone") == std::string::npos; }));
     EXPECT_FALSE(isPhoneSignedIn);
+}
+
+TEST_F(SyncSettingsTest, NothingIsCutOrNamelessBeforeAndAfterASignIn) {
+    const Theme theme(*qApp);
+    for (const bool isSignedIn : {false, true}) {
+        if (isSignedIn) signIn();
+        hasToken = true;
+        test::forReaders({1.0, 1.4}, [&](double) {
+            closeWidgets();
+            page();
+            EXPECT_TRUE(!isSignedIn || waitForText("2.0 MB of 8.0 MB"));
+            environment->waitForBackground();
+            settle();
+            EXPECT_EQ(test::layoutFaults(page()), "");
+            EXPECT_EQ(test::namelessControls(page()), "");
+        });
+    }
 }
 
 TEST_F(SyncSettingsTest, TheStorageIsLookedAtAgainAfterASync) {
