@@ -185,8 +185,7 @@ public:
         runFor(1);
         measure("a note pinned, put into the trash, and back", 4, 1.5, [&](int step) {
             app::NoteList& list = window_.notes().list();
-            if (step == 0) list.togglePin();
-            if (step == 1) list.togglePin();
+            if (step < 2) commands_.trigger("note.pin");
             if (step == 2) trashed_ = list.selected();
             if (step == 2) list.moveToTrash();
             if (step == 3) {
