@@ -210,6 +210,7 @@ void ActionReview::showBusy(bool isBusy) {
 void ActionReview::take(Way way) {
     CDNote* const changed = note();
     if (changed == nullptr) return showNotice(this, "This note is gone.");
+    if (changed->trashedAt) return showNotice(this, "This note is in the trash.");
     const std::string words = answerBody(action_, result_->toPlainText().toStdString());
     try {
         StoreContext& context = environment_.context();

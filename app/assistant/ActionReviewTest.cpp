@@ -85,6 +85,18 @@ TEST_F(ActionReviewTest, WhatAnotherProgramWroteMeanwhileIsKept) {
     EXPECT_TRUE(isKept);
 }
 
+TEST_F(ActionReviewTest, ANoteThatWentToTheTrashMeanwhileTakesNoText) {
+    CDNote& note = addNote("Plan", "<p>One.</p>");
+    network.say("Two.");
+    begin(note, NoteAction::summarize);
+    ASSERT_TRUE(waitForText());
+    environment->notes().moveToTrash(note);
+    context().save();
+    press("insertBelow");
+    EXPECT_EQ(*note.html, "<p>One.</p>");
+    EXPECT_TRUE(sheet_->isVisible()) << "to be copied from";
+}
+
 TEST_F(ActionReviewTest, ATextCannotTakeThePlaceOfLockedPassages) {
     CDNote& note = addNote(
         "Plan",
