@@ -105,6 +105,25 @@ TEST_F(PopupsTest, AMonthIsWalkedThroughByKeys) {
     EXPECT_EQ(press(Qt::Key_Right), "2026-03-13") << "days run to the left";
 }
 
+TEST_F(PopupsTest, NoneStandsOutOfTheScreenAlsoWhenItGrows) {
+    const QRect screen = window.screen()->availableGeometry();
+    auto* const repetition = new RecurrencePopup(
+        environment->calendar(), environment->now(), environment->now(), &window);
+    repetition->open(screen.bottomRight(), RecurrenceRule{.unit = RecurrenceRule::Unit::day});
+    EXPECT_TRUE(screen.contains(repetition->geometry()));
+    const int height = repetition->height();
+    repetition->findChild<QComboBox*>()->setCurrentText("weeks");
+    EXPECT_GT(repetition->height(), height) << "now it asks for weekdays";
+    EXPECT_TRUE(screen.contains(repetition->geometry()));
+    repetition->close();
+
+    auto* const when = WhenPopup::forDue(*environment, &window);
+    when->open(screen.bottomRight(), {});
+    EXPECT_TRUE(screen.contains(when->geometry()));
+    when->close();
+    settle();
+}
+
 TEST_F(PopupsTest, ARepetitionIsPutTogether) {
     const Instant monday = *Instant::parseISO("2026-03-30T00:00:00Z");
     auto* const popup = new RecurrencePopup(environment->calendar(), monday, clock.now(), &window);

@@ -7,7 +7,6 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPainter>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QToolButton>
@@ -25,7 +24,7 @@ constexpr int greatestInterval = 999;
 
 RecurrencePopup::RecurrencePopup(
     Calendar calendar, std::optional<Instant> due, Instant today, QWidget* parent)
-    : QFrame(parent, Qt::Popup),
+    : Popup(parent),
       calendar_(std::move(calendar)),
       due_(due),
       today_(today),
@@ -34,7 +33,6 @@ RecurrencePopup::RecurrencePopup(
       weekdayRow_(new QWidget(this)),
       meaning_(new QLabel(this)) {
     setObjectName("recurrencePopup");
-    setAttribute(Qt::WA_DeleteOnClose);
     interval_->setRange(1, greatestInterval);
     interval_->setAccessibleName("Every");
     unit_->setAccessibleName("Unit");
@@ -106,10 +104,7 @@ void RecurrencePopup::open(
         button->setChecked(shown.weekdays.contains(button->property("weekday").toInt()));
     }
     updateMeaning();
-    adjustSize();
-    move(globalPlace);
-    show();
-    interval_->setFocus();
+    openAt(globalPlace, *interval_);
 }
 
 RecurrenceRule RecurrencePopup::rule() const {
@@ -130,19 +125,12 @@ void RecurrencePopup::updateMeaning() {
         text += ", then " + TaskWords(today_, calendar_).due(TaskDue{.date = *next});
     }
     meaning_->setText(text);
-    adjustSize();
+    if (isVisible()) fit();
 }
 
 void RecurrencePopup::pick(const std::optional<RecurrenceRule>& rule) {
     emit picked(rule);
     close();
-}
-
-void RecurrencePopup::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
-    painter.setPen(Theme::colors().line);
-    painter.setBrush(Theme::colors().raised);
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 }  // namespace tesserine::app

@@ -1,9 +1,8 @@
 #pragma once
 
+#include "app/tasks/Popup.h"
 #include "base/Calendar.h"
 #include "core/tasks/RecurrenceRule.h"
-
-#include <QFrame>
 
 #include <optional>
 #include <vector>
@@ -16,8 +15,8 @@ class QToolButton;
 namespace tesserine::app {
 
 /// A pop-up that asks how a task repeats: usual rules, or a number of days, weeks on certain
-/// weekdays, months or years. Escape and a click outside close it; it deletes itself then.
-class RecurrencePopup final : public QFrame {
+/// weekdays, months or years.
+class RecurrencePopup final : public Popup {
     Q_OBJECT
 
 public:
@@ -34,7 +33,6 @@ private:
     void addUsual(const QString& title, const std::optional<RecurrenceRule>& rule);
     void pick(const std::optional<RecurrenceRule>& rule);
     void updateMeaning();
-    void paintEvent(QPaintEvent* event) override;
 
     Calendar calendar_;
     std::optional<Instant> due_;

@@ -7,9 +7,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QPainter>
 #include <QPushButton>
-#include <QScreen>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -37,13 +35,12 @@ Instant reminderTime(const TaskDue& when, const Calendar& calendar) {
 
 WhenPopup::WhenPopup(
     AppEnvironment& environment, const std::vector<Answer>& answers, QWidget* parent)
-    : QFrame(parent, Qt::Popup),
+    : Popup(parent),
       environment_(environment),
       words_(new QLineEdit(this)),
       meaning_(new QLabel(this)),
       month_(new MonthPicker(environment.calendar(), environment.now(), this)) {
     setObjectName("whenPopup");
-    setAttribute(Qt::WA_DeleteOnClose);
     words_->setObjectName("whenWords");
     words_->setAccessibleName("Date in words");
     words_->setPlaceholderText("Type a date: fri 3pm, in 2 weeks");
@@ -110,14 +107,7 @@ WhenPopup* WhenPopup::forReminder(
 
 void WhenPopup::open(const QPoint& globalPlace, const std::optional<Instant>& present) {
     if (present) month_->setDay(*present);
-    adjustSize();
-    const QRect screen = parentWidget()->screen()->availableGeometry();
-    const QSize size = sizeHint();
-    move(
-        std::max(screen.left(), std::min(globalPlace.x(), screen.right() - size.width())),
-        std::max(screen.top(), std::min(globalPlace.y(), screen.bottom() - size.height())));
-    show();
-    words_->setFocus();
+    openAt(globalPlace, *words_);
 }
 
 void WhenPopup::read() {
@@ -143,13 +133,6 @@ void WhenPopup::take() {
 void WhenPopup::pick(const std::optional<TaskDue>& when) {
     emit picked(when);
     close();
-}
-
-void WhenPopup::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
-    painter.setPen(Theme::colors().line);
-    painter.setBrush(Theme::colors().raised);
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
 }  // namespace tesserine::app

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "app/tasks/Popup.h"
 #include "core/tasks/TaskService.h"
-
-#include <QFrame>
 
 #include <optional>
 #include <vector>
@@ -20,9 +19,8 @@ namespace tesserine::app {
 class AppEnvironment;
 class MonthPicker;
 
-/// A pop-up that asks when: usual answers, a field for words such as "friday 3pm", a month.
-/// Escape and a click outside close it; it deletes itself then.
-class WhenPopup final : public QFrame {
+/// Asks when: usual answers, a field for words such as "friday 3pm", a month.
+class WhenPopup final : public Popup {
     Q_OBJECT
 
 public:
@@ -51,7 +49,6 @@ private:
     void read();
     void take();
     void pick(const std::optional<TaskDue>& when);
-    void paintEvent(QPaintEvent* event) override;
 
     AppEnvironment& environment_;
     QLineEdit* const words_;
