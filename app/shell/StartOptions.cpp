@@ -28,8 +28,9 @@ constexpr Form forms[] = {
 
 QString mistakeIn(const QString& word, const QString& name) {
     const auto* const form = std::ranges::find(forms, name, &Form::name);
-    if (form == std::end(forms))
+    if (form == std::end(forms)) {
         return QString("“%1” is no option that Tesserine knows.").arg(word);
+    }
     return QString("%1 must be followed by %2.").arg(name, form->value);
 }
 
