@@ -101,7 +101,9 @@ bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
     const bool hadKeys = editor_ != nullptr && editor_->isAncestorOf(window()->focusWidget());
     lists_->setCurrentWidget(list_);
     list_->showPlace(place, note);
-    if (note && list_->selected().empty()) openNote(*note);
+    const bool isListed = !note || !list_->selected().empty();
+    if (!isListed && !isFollowing_) waiting_ = note;
+    if (!isListed && isFollowing_) openNote(*note);
     if (hadKeys) openedNote() ? editor_->body().setFocus() : list_->setFocus();
     return true;
 }
