@@ -52,11 +52,20 @@ void SearchSettings::addSynonyms() {
     typing_.setSingleShot(true);
     typing_.setInterval(pauseOfTyping);
     connect(synonyms_, &QPlainTextEdit::textChanged, &typing_, qOverload<>(&QTimer::start));
-    connect(&typing_, &QTimer::timeout, this, [this] {
-        keep(std::string(SearchSynonyms::preferenceKey), [this] {
-            SearchSynonyms::fromLines(synonyms_->toPlainText().toStdString()).save(preferences());
-        });
+    connect(&typing_, &QTimer::timeout, this, &SearchSettings::keepSynonyms);
+}
+
+void SearchSettings::keepSynonyms() {
+    keep(std::string(SearchSynonyms::preferenceKey), [this] {
+        SearchSynonyms::fromLines(synonyms_->toPlainText().toStdString()).save(preferences());
     });
+}
+
+/// The settings may be closed before the pause is over.
+void SearchSettings::hideEvent(QHideEvent* event) {
+    if (typing_.isActive()) keepSynonyms();
+    typing_.stop();
+    SettingsForm::hideEvent(event);
 }
 
 void SearchSettings::addIndex() {

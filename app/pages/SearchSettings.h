@@ -20,6 +20,8 @@ public:
 
 private:
     void addSynonyms();
+    void keepSynonyms();
+    void hideEvent(QHideEvent* event) override;
     void addIndex();
     void showCoverage();
     void rebuild();

@@ -82,6 +82,20 @@ TEST_F(SettingsPageTest, SynonymsAreKeptAfterAPauseOfTyping) {
     EXPECT_EQ(SearchSynonyms::load(environment->preferences()).lines(), "car, auto\n");
 }
 
+TEST_F(SettingsPageTest, WhatWasTypedIsKeptWhenTheSettingsAreClosedOrAnotherAreaIsShown) {
+    const auto type = [this](const char* words) {
+        at("search").findChild<QPlainTextEdit*>("synonyms")->setPlainText(words);
+    };
+    const auto kept = [this] { return SearchSynonyms::load(environment->preferences()).lines(); };
+    page.show();
+    type("car, auto");
+    at("general");
+    EXPECT_EQ(kept(), "car, auto\n");
+    type("bill, invoice");
+    page.close();
+    EXPECT_EQ(kept(), "bill, invoice\n");
+}
+
 TEST_F(SettingsPageTest, BacksUpAndChecksWhatIsThere) {
     addNote("Plan");
     at("storage");
