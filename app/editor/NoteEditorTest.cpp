@@ -115,6 +115,16 @@ TEST_F(NoteEditor, KeepsWhatIsTypedIntoANoteThatIsDeletedElsewhere) {
     EXPECT_EQ(notes.front()->html, "<p>one mine</p>");
 }
 
+TEST_F(NoteEditor, ATagBegunForOneNoteIsNotForTheNext) {
+    openNote("<p>one|</p>");
+    auto* const field = editor.findChild<QLineEdit*>("tagName");
+    QTest::keyClicks(field, "gard");
+    environment->save(&editor);
+    EXPECT_EQ(field->text(), "gard");
+    editor.open(*addNote("Other").id);
+    EXPECT_EQ(field->text(), "");
+}
+
 TEST_F(NoteEditor, KeepsARevisionEveryTenMinutesOfWriting) {
     CDNote& note = openNote("<p>|</p>");
     const auto autosaves = [&] {

@@ -14,6 +14,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace tesserine::app {
@@ -71,6 +72,7 @@ void TagsField::refresh() {
         delete item;
     }
     const CDNote* const note = open_.note();
+    if (std::exchange(shown_, open_.id()) != open_.id()) field_->clear();
     field_->setEnabled(note != nullptr);
     if (note == nullptr) return;
     for (const CDTag* tag : tagsByName(*note, environment_.collator())) {

@@ -4,6 +4,8 @@
 
 #include <QWidget>
 
+#include <optional>
+
 class QLineEdit;
 
 namespace tesserine::app {
@@ -35,6 +37,7 @@ private:
     OpenNote& open_;
     FlowLayout* const flow_;
     QLineEdit* const field_;
+    std::optional<Uuid> shown_;  // the note that a name is typed for
 };
 
 }  // namespace tesserine::app
