@@ -32,11 +32,13 @@ public:
         layout->addWidget(away);
         connect(circle_, &TickButton::clicked, this, [this, &list] { list.tick(id); });
         connect(away, &IconButton::clicked, this, [this, &list] { list.remove(id); });
-        connect(title_, &QLineEdit::editingFinished, this, [this, &list] {
-            if (!title_->isModified()) return;
-            title_->setModified(false);
-            list.rename(id, title_->text());
-        });
+        connect(title_, &QLineEdit::editingFinished, this, [this, &list] { finish(list); });
+    }
+
+    void finish(SubtaskList& list) {
+        if (!title_->isModified()) return;
+        title_->setModified(false);
+        list.rename(id, title_->text());
     }
 
     void show(const CDTask& subtask) {
@@ -107,18 +109,27 @@ void SubtaskList::rebuild(const std::vector<CDTask*>& subtasks) {
     shown_ = std::move(lines);
 }
 
-void SubtaskList::add() {
+bool SubtaskList::flush() {
+    const auto lines = shown_;  // a change may bring others
+    for (Line* line : lines) {
+        line->finish(*this);
+    }
+    return add();
+}
+
+bool SubtaskList::add() {
     const QString title = field_->text().trimmed();
-    auto* const parent = environment_.context().find<CDTask>(*task_);
-    if (title.isEmpty() || parent == nullptr) return;
+    auto* const parent = task_ ? environment_.context().find<CDTask>(*task_) : nullptr;
+    if (title.isEmpty() || parent == nullptr) return true;
     try {
         environment_.tasks().create(
             environment_.context(), {.title = title.toStdString(), .parent = parent});
-        field_->clear();
-        environment_.save(this);
     } catch (const TaskError& error) {
         showNotice(this, error.what());
+        return false;
     }
+    field_->clear();
+    return environment_.save(this);
 }
 
 void SubtaskList::tick(const Uuid& subtask) {

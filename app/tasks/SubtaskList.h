@@ -25,12 +25,14 @@ public:
     /// Shows those of the task, which is no subtask. Lines of subtasks that stay are kept, with
     /// what is being typed into them.
     void showSubtasks(const CDTask& task);
+    /// Takes over what was typed without a Return; false when it could not be saved.
+    bool flush();
 
 private:
     class Line;
 
     void rebuild(const std::vector<CDTask*>& subtasks);
-    void add();
+    bool add();
     void tick(const Uuid& subtask);
     void rename(const Uuid& subtask, const QString& title);
     void remove(const Uuid& subtask);

@@ -152,9 +152,9 @@ void TaskDetail::followFields() {
     connect(circle_, &TickButton::clicked, this, [this] {
         if (task_) emit ticked(*task_);
     });
-    connect(title_, &GrowingText::settled, this, &TaskDetail::flush);
+    connect(title_, &GrowingText::settled, this, &TaskDetail::saveTexts);
     connect(title_, &GrowingText::entered, details_, [this] { details_->setFocus(); });
-    connect(details_, &GrowingText::settled, this, &TaskDetail::flush);
+    connect(details_, &GrowingText::settled, this, &TaskDetail::saveTexts);
     connect(due_, &QPushButton::clicked, this, &TaskDetail::askDue);
     connect(recurrence_, &QPushButton::clicked, this, &TaskDetail::askRecurrence);
     connect(reminder_, &QPushButton::clicked, this, &TaskDetail::askReminder);
@@ -293,7 +293,9 @@ void TaskDetail::changeEvent(QEvent* event) {
 
 // Changing
 
-bool TaskDetail::flush() {
+bool TaskDetail::flush() { return saveTexts() && subtasks_->flush(); }
+
+bool TaskDetail::saveTexts() {
     CDTask* const task = find();
     const bool isEdited = title_->isEdited() || details_->isEdited();
     if (task == nullptr || !isEdited) return true;

@@ -57,6 +57,7 @@ private:
     CDTask* find() const;
     void load();
     void loadFields(const CDTask& task);
+    bool saveTexts();
     /// Changes the task and saves it.
     void change(const std::function<void(CDTask&)>& change);
     /// Asks for a note to link where there is none.

@@ -118,6 +118,29 @@ TEST_F(TaskDetailTest, SubtasksAreAddedRenamedTickedAndDeleted) {
     settle();
 }
 
+TEST_F(TaskDetailTest, SubtasksThatAreBeingTypedAreSavedBeforeAnythingElseIsShown) {
+    CDTask& task = addTask("Move");
+    CDTask& other = addTask("Read");
+    environment->tasks().create(context(), {.title = "Van", .parent = &task});
+    context().save();
+    detail.showTask(*task.id);
+    subtaskTitles()[0]->setFocus();
+    QTest::keyClicks(subtaskTitles()[0], " hire");
+    EXPECT_TRUE(detail.flush()) << "as on quitting, with the focus still there";
+    auto& adding = *detail.findChild<QLineEdit*>("addSubtask");
+    adding.setFocus();
+    QTest::keyClicks(&adding, "Boxes");
+    detail.showTask(*other.id);
+    EXPECT_EQ(adding.text(), "");
+    std::string titles;
+    for (const CDTask* subtask : subtasksInOrder(task)) {
+        titles += *subtask->title + ";";
+    }
+    EXPECT_EQ(titles, "Van hire;Boxes;");
+    EXPECT_TRUE(subtasksInOrder(other).empty());
+    settle();
+}
+
 TEST_F(TaskDetailTest, LabelsGoByAClickAndANoteIsUnlinked) {
     CDTask& task = addTask("Plan @home @garden");
     CDNote& note = addNote("Lisbon");
