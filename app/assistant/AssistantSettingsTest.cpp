@@ -45,6 +45,15 @@ protected:
     std::unique_ptr<QWidget> page_;
 };
 
+TEST_F(AssistantSettingsTest, ALongNameDoesNotWidenThePage) {
+    const int width = page_->minimumSizeHint().width();
+    environment->tags().findOrCreate(context(), std::string(200, 't'));
+    environment->notebooks().findOrCreatePath(context(), {std::string(200, 'n')});
+    context().save();
+    page_.reset(makeAssistantSettings(*environment, nullptr));
+    EXPECT_EQ(page_->minimumSizeHint().width(), width);
+}
+
 TEST_F(AssistantSettingsTest, ChangesOnePartAndKeepsTheOthers) {
     AISettings before = kept();
     before.model = "grok-x";

@@ -24,6 +24,9 @@ NameList::NameList(
       chips_(new FlowLayout(space::small)) {
     choice_->setObjectName(what + "Choice");
     choice_->setAccessibleName("Add a " + what + " that is never sent");
+    // A long name must not widen the page.
+    choice_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    choice_->setMinimumContentsLength(24);
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(space::small);

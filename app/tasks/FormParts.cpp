@@ -31,6 +31,7 @@ QPushButton* valueButton(const QString& name, QWidget* parent) {
     button->setToolTip(name);
     button->setObjectName(QString(name).remove(' '));
     button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    button->setMinimumWidth(1);  // a long name must not widen the form
     return button;
 }
 

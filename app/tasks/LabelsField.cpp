@@ -27,7 +27,7 @@ public:
         setAccessibleName(QString("Remove the label %1").arg(label));
         setToolTip(accessibleName());
         setFocusPolicy(Qt::TabFocus);
-        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+        setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
         setFont(Theme::font(TextRole::caption));
     }
 
@@ -37,6 +37,10 @@ private:
         return {
             metrics.horizontalAdvance(text()) + crossSide + 3 * space::small,
             metrics.height() + space::small};
+    }
+    /// A long name is cut.
+    QSize minimumSizeHint() const override {
+        return {crossSide + 4 * space::small, sizeHint().height()};
     }
     void paintEvent(QPaintEvent* /*event*/) override {
         const Colors& colors = Theme::colors();
@@ -48,7 +52,9 @@ private:
         painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
         painter.setPen(colors.text);
         const QRect inner = rect().adjusted(space::small, 0, -space::small, 0);
-        painter.drawText(inner, Qt::AlignLeading | Qt::AlignVCenter, text());
+        const QString shown = fontMetrics().elidedText(
+            text(), Qt::ElideRight, inner.width() - crossSide - space::small);
+        painter.drawText(inner, Qt::AlignLeading | Qt::AlignVCenter, shown);
         const QRect cross(
             inner.right() - crossSide + 1, (height() - crossSide) / 2, crossSide, crossSide);
         app::icon("close", Ink::secondary)

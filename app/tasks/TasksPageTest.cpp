@@ -22,6 +22,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
 
@@ -362,6 +363,19 @@ TEST_F(TasksPageTest, ATaskCompletedElsewhereWhileItIsTypedInLeavesTheOthers) {
     settle();
     EXPECT_EQ(titles(), "Call Bea | Call Cid");
     EXPECT_EQ(task.title, "Call Ana tonight");
+}
+
+TEST_F(TasksPageTest, LongNamesDoNotWidenTheTaskBesideTheList) {
+    CDTask& brief = addTask("Call #Home @phone");
+    const std::string name(150, 'n');
+    CDTask& wide = addTask("Write #" + name + " @" + name);
+    show(Place::Kind::allTasks);
+    const auto leastWidth = [this](const CDTask& task) {
+        list.selectTask(*task.id);
+        settle();
+        return page.detail().findChild<QScrollArea*>()->widget()->minimumSizeHint().width();
+    };
+    EXPECT_EQ(leastWidth(wide), leastWidth(brief));
 }
 
 TEST_F(TasksPageTest, WhatIsBeingTypedSurvivesChangesFromElsewhere) {
