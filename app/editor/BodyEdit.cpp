@@ -20,6 +20,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QTextBlock>
+#include <QTextLayout>
 
 #include <algorithm>
 #include <memory>
@@ -36,6 +37,7 @@ constexpr int widestColumn = 760;
 /// Laying out all of a note of more characters takes longer than a frame.
 constexpr int manyCharacters = 50'000;
 constexpr int wrapDelay = 150;  // milliseconds without another width
+constexpr int restDelay = 500;  // milliseconds without a change; laying out takes less
 
 constexpr const char* hint = "Start writing, or type [[ to link another note";
 
@@ -51,6 +53,10 @@ bool needsWholeNote(QEvent::Type type) {
     }
 }
 
+bool isLaidOut(const QTextDocument& document) {
+    return document.lastBlock().layout()->lineCount() > 0;
+}
+
 bool isTyped(const QString& text) { return !text.isEmpty() && text.front().isPrint(); }
 
 }  // namespace
@@ -59,7 +65,6 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     : QTextEdit(parent),
       note_(*new NoteDocument(this)),
       loader_(new BodyLoader(note_, this)),
-      pace_(note_),
       painter_(note_),
       renderer_(new ObjectRenderer(note_, pictures, this)),
       handle_(std::make_unique<PictureHandle>(note_, *renderer_)) {
@@ -76,6 +81,11 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     wrapTimer_.setSingleShot(true);
     connect(&wrapTimer_, &QTimer::timeout, this, &BodyEdit::wrap);
+    restTimer_.setSingleShot(true);
+    connect(&restTimer_, &QTimer::timeout, this, &BodyEdit::layOutRest);
+    connect(&note_, &QTextDocument::contentsChange, this, [this] {
+        if (!isLaidOut(note_)) restTimer_.start(restDelay);
+    });
     connect(&note_, &NoteDocument::aboutToBeReplaced, this, [this] {
         overlays_ = {};
         setExtraSelections({});
@@ -91,7 +101,9 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     setTextFont(Theme::font(TextRole::body));
 }
 
-BodyEdit::~BodyEdit() = default;
+BodyEdit::~BodyEdit() {
+    note_.disconnect(this);  // its colours are taken off when it goes, after the timers
+}
 
 void BodyEdit::toggleMark(HTMLElement element) {
     const QTextCursor cursor = textCursor();
@@ -407,13 +419,19 @@ void BodyEdit::layOutAnew(const std::function<void()>& change) {
     const QTextCursor top = cursorForPosition(QPoint(0, 0));
     const int before = isAtTop ? 0 : cursorRect(top).top();
     change();
-    pace_.begin();
     if (isAtTop) return;
     const int value = bar.value() + cursorRect(top).top() - before;
     // Asking what stands below lays it out; the bar is told of the new height only later.
     note_.documentLayout()->hitTest(QPointF(0, value + viewport()->height()), Qt::FuzzyHit);
     bar.setMaximum(std::max(bar.maximum(), value));
     bar.setValue(value);
+}
+
+/// The toolkit lays a long note out piece by piece, and ends that too early when the note is
+/// changed meanwhile: then it begins again.
+void BodyEdit::layOutRest() {
+    if (isLoading() || isLaidOut(note_)) return;
+    layOutAnew([this] { note_.setTextWidth(note_.textWidth()); });
 }
 
 bool BodyEdit::canInsertFromMimeData(const QMimeData* source) const {

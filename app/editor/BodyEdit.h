@@ -2,7 +2,6 @@
 
 #include "app/editor/BlockPainter.h"
 #include "app/editor/BodyLoader.h"
-#include "app/editor/LayoutPace.h"
 #include "app/editor/NoteDocument.h"
 #include "core/body/InlineStyle.h"
 
@@ -121,10 +120,10 @@ private:
     void showView();
     void wrap();
     void layOutAnew(const std::function<void()>& change);
+    void layOutRest();
 
     NoteDocument& note_;  // its child
     BodyLoader* const loader_;
-    LayoutPace pace_;
     BodyView wanted_;  // when all is loaded
     BlockPainter painter_;
     ObjectRenderer* const renderer_;
@@ -136,6 +135,7 @@ private:
     int columnWidth_ = 0;  // beside the bar that scrolls, whether or not that is shown
     bool hasShortcuts_ = true;
     QTimer wrapTimer_;
+    QTimer restTimer_;
 };
 
 }  // namespace tesserine::app

@@ -4,6 +4,8 @@
 #include "tests/support/FaultyVFS.h"
 
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QTextLayout>
 
 namespace tesserine::app {
 namespace {
@@ -94,6 +96,23 @@ TEST_F(LongNote, KeepsThePlaceWhereItIsRead) {
         commands.trigger("view.zoomReset");
         EXPECT_TRUE(rests()) << place << " " << first();
     }
+}
+
+TEST_F(LongNote, IsShownToItsEndThoughItWasTypedInWhileItWasBeingLaidOut) {
+    QScrollBar& bar = *editor.body().verticalScrollBar();
+    const auto isShownToItsEnd = [&] {
+        return document().lastBlock().layout()->lineCount() > 0 && bar.maximum() > 10'000;
+    };
+    openLong("end");
+    type("a");
+    EXPECT_TRUE(waitUntil(isShownToItsEnd)) << bar.maximum();
+    commands.trigger("view.zoomIn");
+    type("b");
+    EXPECT_TRUE(waitUntil(isShownToItsEnd)) << bar.maximum();
+    editor.resize(500, 600);
+    QTest::qWait(160);  // until the lines are others
+    commands.trigger("edit.undo");
+    EXPECT_TRUE(waitUntil(isShownToItsEnd)) << bar.maximum();
 }
 
 TEST_F(LongNote, KeepsWhatIsTypedBeforeAllOfItIsThere) {
