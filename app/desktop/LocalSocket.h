@@ -22,6 +22,8 @@ public:
     LocalSocket accept() const;
 
     LocalSocket() = default;
+    LocalSocket(const LocalSocket&) = delete;
+    LocalSocket& operator=(const LocalSocket&) = delete;
     LocalSocket(LocalSocket&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
     LocalSocket& operator=(LocalSocket&& other) noexcept {
         std::swap(descriptor_, other.descriptor_);
