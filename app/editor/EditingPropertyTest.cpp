@@ -82,7 +82,7 @@ TEST_F(EditingProperty, WhateverIsDoneCanBeStoredUndoneAndDoneAgain) {
     for (std::uint64_t seed = 0; seed < 40 && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
         startAt(seed);
-        const std::string body = canonicalBody(maker.soup() + "<p>words</p>").html;
+        const std::string body = canonicalBody(maker.soup() + maker.code() + "<p>words</p>").html;
         const CDNote& note = openNote("");
         environment->notes().updateNote(
             context(), environment->notes().getNote(context(), *note.id), {.html = body});

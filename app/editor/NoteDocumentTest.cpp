@@ -35,6 +35,7 @@ TEST(NoteDocument, KeepsEveryCanonicalBodyToTheLetter) {
     for (int i = 0; i < 400 && !testing::Test::HasFatalFailure(); ++i) {
         expectKept(
             document, canonicalBody(i % 3 == 0 ? maker.mutated(maker.soup()) : maker.soup()).html);
+        expectKept(document, canonicalBody(maker.code()).html);
         expectKept(document, canonicalBody(HTMLSerializer::serialize(maker.tree().root())).html);
     }
     // Units by which the document would end a paragraph.

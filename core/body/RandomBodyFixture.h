@@ -96,6 +96,17 @@ public:
         return html;
     }
 
+    /// Lines of code, with marks that begin and end anywhere in them.
+    std::string code() {
+        constexpr std::array<std::string_view, 10> pieces{
+            "a", "\n", "\n", " ", "<code>", "</code>", "<em>", "</em>", "<mark>", "</mark>"};
+        std::string html = "<pre>";
+        for (std::size_t i = 0, count = 1 + below(16); i < count; ++i) {
+            html += pieces[below(pieces.size())];
+        }
+        return html + "</pre>";
+    }
+
     /// `html` with some of its bytes changed, removed or doubled.
     std::string mutated(std::string html) {
         constexpr std::string_view bytes = "<>/&;\"'= \n!-abp\x01";
