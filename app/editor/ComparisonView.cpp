@@ -18,7 +18,17 @@
 namespace tesserine::app {
 namespace {
 
-/// The column of one version; gives its text to `body`.
+BodyEdit* bodyOf(const ComparisonView::Side& side, const AttributedText& text, Pictures& pictures) {
+    auto* const body = new BodyEdit(pictures);
+    body->setReadOnly(true);
+    body->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    body->setAccessibleName(side.heading);
+    body->setPlaceholderText({});
+    body->note().setContent(text);
+    body->setTextCursor(QTextCursor(&body->note()));
+    return body;
+}
+
 QVBoxLayout* columnFor(const ComparisonView::Side& side, BodyEdit* body) {
     auto* const heading = new QLabel(side.heading);
     heading->setFont(Theme::font(TextRole::caption));
@@ -27,10 +37,6 @@ QVBoxLayout* columnFor(const ComparisonView::Side& side, BodyEdit* body) {
     title->setFont(Theme::font(TextRole::heading));
     title->setWordWrap(true);
     title->setTextFormat(Qt::PlainText);
-    body->setReadOnly(true);
-    body->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    body->setAccessibleName(side.heading);
-    body->setPlaceholderText({});
     auto* const column = new QVBoxLayout;
     column->setSpacing(space::tiny);
     column->addWidget(heading);
@@ -71,17 +77,13 @@ ComparisonView::ComparisonView(
     : QDialog(parent), buttons_(new QHBoxLayout) {
     setObjectName("comparison");
     setWindowTitle("Compare versions");
-    auto* const first = new BodyEdit(pictures, this);
-    auto* const second = new BodyEdit(pictures, this);
-    first->setObjectName("leftVersion");
-    second->setObjectName("rightVersion");
     const AttributedText leftText = attributedText(left.html);
     const AttributedText rightText = attributedText(right.html);
-    for (const auto& [body, text] : {std::pair(first, &leftText), std::pair(second, &rightText)}) {
-        body->note().setContent(*text);
-        body->setTextCursor(QTextCursor(&body->note()));
-    }
     const Comparison comparison = compared(leftText.text, rightText.text);
+    auto* const first = bodyOf(left, leftText, pictures);
+    auto* const second = bodyOf(right, rightText, pictures);
+    first->setObjectName("leftVersion");
+    second->setObjectName("rightVersion");
     mark(*first, comparison.removed, tinted(Theme::colors().danger));
     mark(*second, comparison.added, tinted(Theme::colors().success));
     connect(
@@ -94,25 +96,28 @@ ComparisonView::ComparisonView(
     sides->setSpacing(space::large);
     sides->addLayout(columnFor(left, first), 1);
     sides->addLayout(columnFor(right, second), 1);
-    auto* const summary = new QLabel(this);
-    summary->setObjectName("summary");
-    summary->setForegroundRole(QPalette::PlaceholderText);
-    const bool areSame = left.html == right.html;
-    summary->setText(
-        areSame                 ? "Both versions are the same."
-        : comparison.areEqual() ? "The words are the same; what differs is how they look."
-                                : "What differs is marked.");
-    buttons_->addWidget(summary, 1);
-    auto* const closing = new QPushButton("Close", this);
-    closing->setDefault(true);
-    connect(closing, &QPushButton::clicked, this, &QDialog::reject);
-    buttons_->addWidget(closing);
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(space::large, space::large, space::large, space::large);
     column->setSpacing(space::large);
     column->addLayout(sides, 1);
     column->addLayout(buttons_);
+    addSummary(
+        left.html == right.html ? "Both versions are the same."
+        : comparison.areEqual() ? "The words are the same; what differs is how they look."
+                                : "What differs is marked.");
     resize(980, 640);
+}
+
+/// Below the versions, with the button that changes nothing.
+void ComparisonView::addSummary(const QString& summary) {
+    auto* const label = new QLabel(summary, this);
+    label->setObjectName("summary");
+    label->setForegroundRole(QPalette::PlaceholderText);
+    auto* const closing = new QPushButton("Close", this);
+    closing->setDefault(true);
+    connect(closing, &QPushButton::clicked, this, &QDialog::reject);
+    buttons_->addWidget(label, 1);
+    buttons_->addWidget(closing);
 }
 
 void ComparisonView::addChoice(const QString& title, int result) {

@@ -28,6 +28,8 @@ public:
     void addChoice(const QString& title, int result);
 
 private:
+    void addSummary(const QString& summary);
+
     QHBoxLayout* const buttons_;
 };
 

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 #include <QApplication>
+#include <QBuffer>
+#include <QImage>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTest>
@@ -68,6 +70,17 @@ public:
     }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(&editor.body(), key, modifiers);
+    }
+
+    /// The bytes of a picture of one colour.
+    static Bytes png(const QSize& size, const QColor& color) {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(color);
+        QByteArray file;
+        QBuffer buffer(&file);
+        buffer.open(QIODevice::WriteOnly);
+        image.save(&buffer, "PNG");
+        return {file.begin(), file.end()};
     }
 
     app::Commands commands{environment->preferences()};

@@ -6,10 +6,8 @@
 #include "base/Preferences.h"
 #include "core/model/NoteEntities.h"
 
-#include <QBuffer>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QImage>
 #include <QLabel>
 #include <QPushButton>
 #include <QTableWidget>
@@ -32,14 +30,8 @@ public:
     }
     /// A picture of the note, 200 by 100 pixels, as the HTML that shows it.
     std::string addPicture(CDNote& note) {
-        QImage image(200, 100, QImage::Format_RGB32);
-        image.fill(Qt::darkGreen);
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::WriteOnly);
-        image.save(&buffer, "PNG");
         const CDAttachment& picture = environment->attachments().insert(
-            context(), note, {.filename = "green.png", .data = Bytes(bytes.begin(), bytes.end())});
+            context(), note, {.filename = "green.png", .data = png({200, 100}, Qt::darkGreen)});
         context().save();
         return AttachmentService::bodyElement(picture);
     }

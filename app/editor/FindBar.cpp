@@ -60,6 +60,25 @@ FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
     setObjectName("findBar");
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::AlternateBase);
+    layOut();
+    connect(sought_, &QLineEdit::textChanged, this, &FindBar::search);
+    connect(sought_, &QLineEdit::returnPressed, this, [this] { go({}); });
+    connect(replacement_, &QLineEdit::returnPressed, this, &FindBar::replaceOne);
+    commands.on("find.open", this, [this] { open(Purpose::find); });
+    commands.on("find.replace", this, [this] { open(Purpose::replace); });
+    commands.on("find.next", this, [this] { go({}); });
+    commands.on("find.previous", this, [this] { go(QTextDocument::FindBackward); });
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, [this] {
+        if (!body_.isLoading()) markAll();  // otherwise what comes in starts it again
+    });
+    connect(&body, &QTextEdit::textChanged, this, [this] {
+        if (isVisible()) timer_.start(markDelay);
+    });
+    hide();
+}
+
+void FindBar::layOut() {
     auto* const previous = new IconButton("chevron-up", "Find previous", this);
     auto* const next = new IconButton("chevron-down", "Find next", this);
     auto* const closing = new IconButton("close", "Close search in note", this);
@@ -67,6 +86,11 @@ FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
     auto* const all = new QPushButton("Replace All", replacing_);
     all->setObjectName("replaceAll");
     count_->setForegroundRole(QPalette::PlaceholderText);
+    connect(next, &QToolButton::clicked, this, [this] { go({}); });
+    connect(previous, &QToolButton::clicked, this, [this] { go(QTextDocument::FindBackward); });
+    connect(closing, &QToolButton::clicked, this, &QWidget::hide);
+    connect(one, &QPushButton::clicked, this, &FindBar::replaceOne);
+    connect(all, &QPushButton::clicked, this, &FindBar::replaceAll);
 
     auto* const finding = new QHBoxLayout;
     finding->setSpacing(space::small);
@@ -87,27 +111,6 @@ FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
     column->setSpacing(space::small);
     column->addLayout(finding);
     column->addWidget(replacing_);
-
-    connect(sought_, &QLineEdit::textChanged, this, &FindBar::search);
-    connect(sought_, &QLineEdit::returnPressed, this, [this] { go({}); });
-    connect(next, &QToolButton::clicked, this, [this] { go({}); });
-    connect(previous, &QToolButton::clicked, this, [this] { go(QTextDocument::FindBackward); });
-    connect(closing, &QToolButton::clicked, this, &QWidget::hide);
-    connect(one, &QPushButton::clicked, this, &FindBar::replaceOne);
-    connect(replacement_, &QLineEdit::returnPressed, this, &FindBar::replaceOne);
-    connect(all, &QPushButton::clicked, this, &FindBar::replaceAll);
-    commands.on("find.open", this, [this] { open(Purpose::find); });
-    commands.on("find.replace", this, [this] { open(Purpose::replace); });
-    commands.on("find.next", this, [this] { go({}); });
-    commands.on("find.previous", this, [this] { go(QTextDocument::FindBackward); });
-    timer_.setSingleShot(true);
-    connect(&timer_, &QTimer::timeout, this, [this] {
-        if (!body_.isLoading()) markAll();  // otherwise what comes in starts it again
-    });
-    connect(&body, &QTextEdit::textChanged, this, [this] {
-        if (isVisible()) timer_.start(markDelay);
-    });
-    hide();
 }
 
 void FindBar::open(Purpose purpose) {

@@ -30,6 +30,7 @@ private:
     void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void layOut();
     void search();
     void markAll();
     void go(QTextDocument::FindFlags flags);

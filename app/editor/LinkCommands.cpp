@@ -58,25 +58,30 @@ void LinkCommands::editLink() {
     form->addRow(buttons);
     connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
-    const QString before = cursor.selectedText();
-    connect(dialog, &QDialog::accepted, this, [this, cursor, target, words, before]() mutable {
-        const std::string chosen = addressFrom(target->text());
-        const bool hasNewText = words->text() != before || before.isEmpty();
-        cursor.beginEditBlock();
-        if (hasNewText && !(chosen.empty() && words->text().isEmpty())) {
-            const QString shown =
-                words->text().isEmpty() ? QString::fromStdString(chosen) : words->text();
-            const int start = cursor.selectionStart();
-            body_.note().insertText(cursor, shown, {});
-            cursor.setPosition(start, QTextCursor::KeepAnchor);
-        }
-        editing::setLink(body_.note(), cursor, chosen);
-        cursor.endEditBlock();
-        cursor.setPosition(cursor.selectionEnd());
-        body_.setTextCursor(cursor);
-        body_.setFocus();
+    connect(dialog, &QDialog::accepted, this, [this, cursor, target, words] {
+        setLink(cursor, target->text(), words->text());
     });
     dialog->open();
+}
+
+/// Makes a link of what is selected, under other words where they differ; of no address, none.
+void LinkCommands::setLink(QTextCursor cursor, const QString& target, const QString& words) {
+    const std::string address = addressFrom(target);
+    const bool hasNewText = words != cursor.selectedText() || words.isEmpty();
+    cursor.beginEditBlock();
+    if (hasNewText && !(address.empty() && words.isEmpty())) {
+        const int start = cursor.selectionStart();
+        const QString shown = words.isEmpty() ? QString::fromStdString(address) : words;
+        const bool replaces = cursor.hasSelection();
+        const InlineStyle style = replaces ? body_.note().styleAt(start) : InlineStyle{};
+        body_.note().insertText(cursor, shown, style);
+        cursor.setPosition(start, QTextCursor::KeepAnchor);
+    }
+    editing::setLink(body_.note(), cursor, address);
+    cursor.endEditBlock();
+    cursor.setPosition(cursor.selectionEnd());
+    body_.setTextCursor(cursor);
+    body_.setFocus();
 }
 
 /// The table under the cursor, or a new one.

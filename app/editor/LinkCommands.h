@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTextCursor>
 
 namespace tesserine::app {
 
@@ -20,6 +21,7 @@ public:
 
 private:
     void editLink();
+    void setLink(QTextCursor cursor, const QString& target, const QString& words);
     void insertTable();
 
     BodyEdit& body_;

@@ -80,31 +80,9 @@ SidePanel::SidePanel(Commands& commands, Parts parts, QWidget* parent)
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Window);
     setFixedWidth(panelWidth);
-    auto* const head = new QHBoxLayout;
-    head->setContentsMargins(space::small, space::tiny, space::tiny, space::tiny);
-    head->setSpacing(space::hair);
-    for (const Tab& tab : tabs) {
-        auto* const button = new IconButton(tab.icon, tab.name, this);
-        button->setCheckable(true);
-        tabs_->addButton(button, static_cast<int>(tabs_->buttons().size()));
-        head->addWidget(button);
-    }
-    tabs_->button(0)->setChecked(true);
-    head->addStretch(1);
-    for (PanelList* const list : {outline_, backlinks_, attachments_, versions_}) {
-        stack_->addWidget(list);
-    }
-    auto* const closing = new IconButton("close", "Close side panel", this);
-    head->addWidget(closing);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(space::tiny);
-    column->addLayout(head);
-    column->addWidget(stack_, 1);
-
+    layOut();
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &SidePanel::fill);
-    connect(closing, &QToolButton::clicked, this, &QWidget::hide);
     connect(tabs_, &QButtonGroup::idClicked, this, [this](int id) { open(static_cast<Part>(id)); });
     connect(
         outline_, &PanelList::chosen, this, [this](const QVariant& value) { jump(value.toInt()); });
@@ -124,6 +102,31 @@ SidePanel::SidePanel(Commands& commands, Parts parts, QWidget* parent)
     commands.on("view.backlinks", this, [this](bool isOn) { toggle(Part::backlinks, isOn); });
     commands.on("note.versions", this, [this] { open(Part::versions); });
     hide();
+}
+
+void SidePanel::layOut() {
+    auto* const head = new QHBoxLayout;
+    head->setContentsMargins(space::small, space::tiny, space::tiny, space::tiny);
+    head->setSpacing(space::hair);
+    for (const Tab& tab : tabs) {
+        auto* const button = new IconButton(tab.icon, tab.name, this);
+        button->setCheckable(true);
+        tabs_->addButton(button, static_cast<int>(tabs_->buttons().size()));
+        head->addWidget(button);
+    }
+    tabs_->button(0)->setChecked(true);
+    head->addStretch(1);
+    for (PanelList* const list : {outline_, backlinks_, attachments_, versions_}) {
+        stack_->addWidget(list);
+    }
+    auto* const closing = new IconButton("close", "Close side panel", this);
+    connect(closing, &QToolButton::clicked, this, &QWidget::hide);
+    head->addWidget(closing);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(space::tiny);
+    column->addLayout(head);
+    column->addWidget(stack_, 1);
 }
 
 void SidePanel::open(Part part) {

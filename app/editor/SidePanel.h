@@ -47,6 +47,7 @@ signals:
     void reverted();
 
 private:
+    void layOut();
     void toggle(Part part, bool isOn);
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;

@@ -5,7 +5,6 @@
 #include "app/editor/Printing.h"
 #include "core/model/NoteEntities.h"
 
-#include <QBuffer>
 #include <QImage>
 #include <QLabel>
 #include <QPrinter>
@@ -150,13 +149,7 @@ TEST_F(VersionsTest, ThePanelShowsHeadingsLinksAndFiles) {
 }
 
 TEST_F(VersionsTest, AFileIsShownWhenItHasComeFromAnotherDevice) {
-    QImage image(8, 4, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    QByteArray file;
-    QBuffer buffer(&file);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    const Bytes bytes(file.begin(), file.end());
+    const Bytes bytes = png({8, 4}, Qt::red);
     CDNote& note = addNote("Plan", "");
     CDAttachment& attachment =
         environment->attachments().insert(context(), note, {.filename = "a.png", .data = bytes});
