@@ -21,6 +21,16 @@ QString qt(std::string_view text) {
 
 std::string preferenceOf(std::string_view id) { return "tesserine.keys." + std::string(id); }
 
+/// Whether the command would be carried out instead of what was typed.
+bool disturbsTyping(const Command& command, const QKeySequence& keys) {
+    const bool actsInText =
+        command.context == CommandContext::everywhere || command.context == CommandContext::note;
+    const QKeyCombination stroke = keys[0];
+    const bool isAlone =
+        !(stroke.keyboardModifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+    return actsInText && isAlone && stroke.key() < Qt::Key_F1;
+}
+
 /// The menu that `menu` stands in.
 CommandMenu outer(CommandMenu menu) {
     if (menu == CommandMenu::assistant) return CommandMenu::note;
@@ -39,7 +49,9 @@ Commands::Commands(Preferences& preferences, QObject* parent)
     for (const Command& command : commandTable()) {
         // What was written into the file by hand may ask for keys twice: the first one has them.
         QList<QKeySequence> keys = chosenKeys(command);
-        keys.removeIf([&](const QKeySequence& one) { return ownerOf(one, command) != nullptr; });
+        keys.removeIf([&](const QKeySequence& one) {
+            return disturbsTyping(command, one) || ownerOf(one, command) != nullptr;
+        });
         applyKeys(command, keys);
     }
 }
@@ -113,9 +125,10 @@ QString Commands::keysText(std::string_view id) const {
 void Commands::setKeys(std::string_view id, const QList<QKeySequence>& keys) {
     const Command& changed = command(id);
     for (const QKeySequence& one : keys) {
+        const std::string name = one.toString(QKeySequence::NativeText).toStdString();
+        if (disturbsTyping(changed, one)) throw KeysError::neededForTyping(name);
         if (const Command* owner = ownerOf(one, changed)) {
-            throw KeysError::taken(
-                one.toString(QKeySequence::NativeText).toStdString(), std::string(owner->title));
+            throw KeysError::taken(name, std::string(owner->title));
         }
     }
     if (keys == usualKeys(id)) {

@@ -115,10 +115,19 @@ TEST(Commands, KeysThatAreTakenAreRefusedWithASentence) {
     EXPECT_EQ(refusal("format.bold", "Ctrl+N"), "Ctrl+N already belongs to “New Note”.");
     EXPECT_EQ(commands.keys("format.bold"), keys("Ctrl+B")) << "nothing changed";
     EXPECT_EQ(refusal("note.new", "Ctrl+B"), "Ctrl+B already belongs to “Bold”.");
-    EXPECT_EQ(refusal("format.bold", "D"), "") << "keys of task lists are free in a note";
+    EXPECT_EQ(refusal("format.bold", "Ctrl+A"), "") << "keys of lists are free in a note";
+    for (const char* id : {"format.bold", "note.new"}) {
+        EXPECT_EQ(refusal(id, "D"), "D is needed for typing. Press Ctrl or Alt with it.");
+        EXPECT_NE(refusal(id, "Shift+Left"), "");
+        EXPECT_NE(refusal(id, "Space"), "");
+        EXPECT_EQ(refusal(id, "F7"), "");
+        commands.resetKeys(id);
+    }
+    EXPECT_EQ(refusal("task.due", "Shift+D"), "") << "nothing is typed into a list of tasks";
 
     // Somebody wrote it into the file by hand.
-    preferences.set("tesserine.keys.tab.new", std::vector<std::string>{"Ctrl+W", "no such key"});
+    preferences.set(
+        "tesserine.keys.tab.new", std::vector<std::string>{"Ctrl+W", "no such key", "E"});
     const Commands later(preferences);
     EXPECT_EQ(later.keys("tab.new"), keys("Ctrl+W"));
     EXPECT_TRUE(later.keys("tab.close").isEmpty()) << "keys are never shared";

@@ -10,6 +10,9 @@ public:
     static KeysError taken(const std::string& keys, const std::string& command) {
         return KeysError(keys + " already belongs to “" + command + "”.");
     }
+    static KeysError neededForTyping(const std::string& keys) {
+        return KeysError(keys + " is needed for typing. Press Ctrl or Alt with it.");
+    }
 
 private:
     using UserError::UserError;
