@@ -72,6 +72,7 @@ void Notifier::finish(const Notification& notification, QDBusPendingCallWatcher&
 }
 
 void Notifier::withdraw(const std::string& identifier) {
+    emit withdrawn(identifier);
     const auto waiting = waiting_.find(identifier);
     if (waiting != waiting_.end()) waiting->second = Wait::withdrawn;
     const auto shown = shown_.find(identifier);

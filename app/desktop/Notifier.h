@@ -39,12 +39,14 @@ public:
 
     /// Returns at once; what cannot be shown is told by `notShown`.
     void show(const Notification& notification);
-    /// Takes it off the screen and out of the desktop's list. Nothing for one not shown.
+    /// Takes it off the screen and out of the desktop's list.
     void withdraw(const std::string& identifier);
 
 signals:
     void acted(const std::string& identifier, const std::string& action);
     void notShown(const tesserine::app::Notification& notification);
+    /// Also of one that was not shown, for whoever showed it instead.
+    void withdrawn(const std::string& identifier);
 
 private slots:
     void onAction(uint id, const QString& key);

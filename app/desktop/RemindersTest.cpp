@@ -155,12 +155,17 @@ TEST_F(RemindersTest, WithoutABusTheyAreTold) {
     QObject::connect(&alone, &Notifier::notShown, &alone, [&](const Notification& lost) {
         notShown.push_back(lost.title.toStdString());
     });
-    taskAt("Call", 60s);
+    int withdrawn = 0;
+    QObject::connect(&alone, &Notifier::withdrawn, &alone, [&] { ++withdrawn; });
+    CDTask& call = taskAt("Call", 60s);
     Reminders quiet(*environment, alone);
     quiet.start();
     clock.advance(61s);
     quiet.wake();
     EXPECT_TRUE(waitUntil([&] { return notShown == Texts{"Call"}; }));
+    environment->tasks().setReminder(call, {});
+    context().save();
+    EXPECT_EQ(withdrawn, 1);
 }
 
 }  // namespace

@@ -21,6 +21,7 @@ DesktopLink::DesktopLink(AppEnvironment& environment)
         emit asked({.kind = Request::Kind::go, .place = place});
     });
     connect(&notifier_, &Notifier::notShown, this, &DesktopLink::notShown);
+    connect(&notifier_, &Notifier::withdrawn, this, &DesktopLink::withdrawn);
     connect(&machine_, &MachineWatch::wokeUp, &reminders_, &Reminders::wake);
     const auto reconnect = [&environment] { environment.syncControl().reconnect(); };
     connect(&machine_, &MachineWatch::wokeUp, this, reconnect);

@@ -31,6 +31,7 @@ signals:
     void quitAsked();
     /// No desktop shows notifications.
     void notShown(const tesserine::app::Notification& notification);
+    void withdrawn(const std::string& identifier);
 
 private:
     Notifier notifier_;

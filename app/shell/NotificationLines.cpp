@@ -38,4 +38,9 @@ void NotificationLines::show(const Notification& notification) {
     line->tell(textOf(notification), actions);
 }
 
+void NotificationLines::withdraw(const std::string& identifier) {
+    const auto line = lines_.find(identifier);
+    if (line != lines_.end()) line->second->hide();
+}
+
 }  // namespace tesserine::app

@@ -12,7 +12,7 @@ namespace tesserine::app {
 class NoticeBar;
 
 /// Notifications that no desktop shows, as lines at the top of the window: a line for each, with
-/// its actions, until one of them is chosen or the line is closed.
+/// its actions, until one of them is chosen, the line is closed or it is no longer wanted.
 class NotificationLines final : public QWidget {
     Q_OBJECT
 
@@ -20,6 +20,8 @@ public:
     explicit NotificationLines(QWidget* parent = nullptr);
 
     void show(const Notification& notification);
+    /// Nothing where there is no such line.
+    void withdraw(const std::string& identifier);
 
 signals:
     void acted(const std::string& identifier, const std::string& action);

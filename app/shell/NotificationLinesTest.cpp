@@ -52,6 +52,9 @@ TEST(NotificationLines, EachStaysUntilItIsActedOnAndIsReplacedByItsSuccessor) {
     EXPECT_EQ(shownTexts(lines), "");
     lines.show({.identifier = "task-1", .title = "Tomorrow again"});
     EXPECT_EQ(shownTexts(lines), "Tomorrow again;");
+    lines.withdraw("note-2");
+    lines.withdraw("task-1");
+    EXPECT_EQ(shownTexts(lines), "");
 }
 
 }  // namespace

@@ -275,9 +275,10 @@ void Program::beginWork() {
     auto* lines = new NotificationLines(window_.get());
     window_->setNoticeLine(lines);
     connect(desktop_.get(), &DesktopLink::notShown, lines, &NotificationLines::show);
+    connect(desktop_.get(), &DesktopLink::withdrawn, lines, &NotificationLines::withdraw);
     connect(lines, &NotificationLines::acted, desktop_.get(), &DesktopLink::act);
     connect(desktop_.get(), &DesktopLink::quitAsked, this, [this] {
-        if (window_->save()) QApplication::quit();
+        if (window_->close()) QApplication::quit();
     });
     if (!options_.requests.isEmpty()) handleArguments(options_.requests);
 }
