@@ -187,16 +187,16 @@ void FindBar::replaceOne() {
 
 /// One step to undo.
 void FindBar::replaceAll() {
-    const std::vector<PassageRange> places = occurrences(body_.note(), sought_->text());
+    std::vector<PassageRange> places = occurrences(body_.note(), sought_->text());
     if (places.empty() || body_.isReadOnly()) return;
-    marks_.clear();  // every change would move them
+    std::ranges::reverse(places);  // from the last one on, so that none moves before its turn
+    marks_.clear();                // every change would move them
     body_.edit([&](NoteDocument& note, QTextCursor& cursor) {
         cursor.beginEditBlock();
         QTextCursor place(&note);
-        // From the last one on, so that none moves before its turn.
-        for (auto range = places.rbegin(); range != places.rend(); ++range) {
-            place.setPosition(static_cast<int>(range->start));
-            place.setPosition(static_cast<int>(range->end()), QTextCursor::KeepAnchor);
+        for (const PassageRange& range : places) {
+            place.setPosition(static_cast<int>(range.start));
+            place.setPosition(static_cast<int>(range.end()), QTextCursor::KeepAnchor);
             note.insertText(place, replacement_->text(), note.styleAt(place.selectionStart()));
         }
         cursor.endEditBlock();

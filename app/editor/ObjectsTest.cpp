@@ -100,6 +100,12 @@ TEST_F(LinkDialog, MakesChangesAndRemovesLinks) {
                  "Change Link",
                  "<p><a href=\"https://b.org\">ab <strong>c</strong></a> d</p>"},
              Case{
+                 "<p><a href=\"https://a.org\"><em>a|b</em></a></p>",
+                 "https://a.org",
+                 "Anna",
+                 "Change Link",
+                 "<p><a href=\"https://a.org\"><em>Anna</em></a></p>"},
+             Case{
                  "<p><a href=\"https://a.org\">ab|</a> c</p>",
                  "",
                  nullptr,
