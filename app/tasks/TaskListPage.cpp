@@ -138,6 +138,7 @@ void TaskListPage::showPlace(const Place& place) {
     title_->setText(content.title);
     count_->clear();
     model_->setView(content.view);
+    list_->scrollToTop();
     bar_->setDefaults(std::move(content.defaults));
     empty_->setContent(emptyContent(model_->view()));
     updateState();

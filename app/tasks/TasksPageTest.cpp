@@ -365,6 +365,17 @@ TEST_F(TasksPageTest, ATaskCompletedElsewhereWhileItIsTypedInLeavesTheOthers) {
     EXPECT_EQ(task.title, "Call Ana tonight");
 }
 
+TEST_F(TasksPageTest, EveryPlaceBeginsAtItsTop) {
+    for (int i = 0; i < 60; ++i) {
+        addTask("Task " + std::to_string(i) + " today");
+    }
+    show(Place::Kind::inbox);
+    list.scrollToBottom();
+    EXPECT_GT(list.verticalScrollBar()->value(), 0);
+    show(Place::Kind::today);
+    EXPECT_EQ(list.verticalScrollBar()->value(), 0);
+}
+
 TEST_F(TasksPageTest, LongNamesDoNotWidenTheTaskBesideTheList) {
     CDTask& brief = addTask("Call #Home @phone");
     const std::string name(150, 'n');
