@@ -52,8 +52,8 @@ void NameList::fill() {
     choice_->setEnabled(choice_->count() > 1);
     for (const std::string& name : names_) {
         const QString shown = QString::fromStdString(name);
-        auto* const chip = new QPushButton(
-            icon("close", Ink::secondary), QString(shown).replace('&', "&&"), this);
+        auto* const chip =
+            new QPushButton(icon("close", Ink::secondary), QString(shown).replace('&', "&&"), this);
         chip->setAutoDefault(false);
         chip->setLayoutDirection(Qt::RightToLeft);  // the cross behind the name
         chip->setAccessibleName("Send “" + shown + "” again");
