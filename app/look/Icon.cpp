@@ -118,9 +118,7 @@ private:
 
 }  // namespace
 
-QIcon icon(const QString& name, Ink ink) {
-    return QIcon(new TintedIcon(name, ink));
-}
+QIcon icon(const QString& name, Ink ink) { return QIcon(new TintedIcon(name, ink)); }
 
 QIcon icon(const QString& name, const QColor& color) {
     return QIcon(new TintedIcon(name, Ink::text, color));
