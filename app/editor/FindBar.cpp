@@ -175,8 +175,8 @@ void FindBar::go(QTextDocument::FindFlags flags) {
 }
 
 void FindBar::replaceOne() {
-    const QTextCursor selected = body_.textCursor();
-    const bool isFound = selected.selectedText().compare(sought_->text(), Qt::CaseInsensitive) == 0;
+    const QString selected = body_.textCursor().selectedText().replace(QChar::Nbsp, u' ');
+    const bool isFound = selected.compare(sought_->text(), Qt::CaseInsensitive) == 0;
     if (isFound && !sought_->text().isEmpty() && !body_.isReadOnly()) {
         body_.edit([this](NoteDocument& note, QTextCursor& cursor) {
             note.insertText(cursor, replacement_->text(), note.styleAt(cursor.selectionStart()));

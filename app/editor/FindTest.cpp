@@ -59,6 +59,18 @@ TEST_F(FindTest, ReplacesEverythingAsOneStepAndKeepsStyles) {
     EXPECT_EQ(html(), before);
 }
 
+TEST_F(FindTest, ANoBreakSpaceCountsAsASpace) {
+    openNote("<p>|5\u00A0kg and 5 KG, 5\u00A0kg</p>");
+    commands.trigger("find.replace");
+    look("5 kg");
+    EXPECT_EQ(count(), "1 of 3");
+    bar().findChild<QLineEdit*>("replaceField")->setText("6 kg");
+    QTest::keyClick(bar().findChild<QLineEdit*>("replaceField"), Qt::Key_Return);
+    EXPECT_EQ(html(), "<p>6 kg and 5 KG, 5&nbsp;kg</p>");
+    bar().findChild<QPushButton*>("replaceAll")->click();
+    EXPECT_EQ(html(), "<p>6 kg and 6 kg, 6 kg</p>");
+}
+
 TEST_F(FindTest, VeryManyPlacesAreCountedMarkedWhenSeenAndReplacedAsOneStep) {
     std::string body;
     for (int i = 0; i < 1'500; ++i) {
