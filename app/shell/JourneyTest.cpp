@@ -320,6 +320,23 @@ TEST_F(Journey, WhoWritesGoesOnInTheNoteThatALinkLeadsTo) {
     EXPECT_TRUE(editor().body().hasFocus());
 }
 
+TEST_F(Journey, WordsMeantForANoteThatGoesAreNotTypedIntoTheNextOne) {
+    const CDNote& next = addNote("Next", "<p>Its words</p>");
+    const CDNote& typed = addNote("Typed", "<p>first</p>");
+    window().go({Kind::note, *typed.id});
+    editor().body().setFocus();
+    type("mine ");
+    const auto other = terminal();
+    StoreContext& theirs = other->viewContext();
+    environment->notes().moveToTrash(*theirs.find<CDNote>(*typed.id));
+    theirs.save();
+    ASSERT_TRUE(waitUntil([this] { return openTitle() == "Next"; }));
+    type("and more");
+    EXPECT_TRUE(window().save());
+    EXPECT_EQ(next.html.valueOr(""), "<p>Its words</p>");
+    EXPECT_TRUE(list().view().hasFocus());
+}
+
 TEST_F(Journey, WhatWasAskedAboutANoteIsNotDoneToTheOneThatTakesItsPlace) {
     const CDNote& next = addNote("Next", "<p>Its words</p>");
     const std::string html = next.html.valueOr("");

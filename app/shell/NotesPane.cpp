@@ -63,6 +63,9 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
         if (openNote(note)) focusEditor();
     });
     connect(list_, &NoteList::movedToTrash, this, &NotesPane::offerUndo);
+    connect(&list_->model(), &QAbstractItemModel::rowsInserted, this, [this] {
+        if (isFollowing_ && right_->currentWidget() == blank_) showNothing();
+    });
     connect(undo_, &UndoBar::undone, this, [this] {
         NoteActions(environment_, this).restore(undoable_);
     });
@@ -98,7 +101,7 @@ void NotesPane::beginToFollow() {
 /// Who writes in one note goes on in the other, though the editor is hidden in between.
 bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
     if (!save()) return false;
-    const bool hadKeys = editor_ != nullptr && editor_->isAncestorOf(window()->focusWidget());
+    const bool hadKeys = editorHasKeys();
     lists_->setCurrentWidget(list_);
     list_->showPlace(place, note);
     const bool isListed = !note || !list_->selected().empty();
@@ -153,8 +156,15 @@ std::optional<Uuid> NotesPane::openedNote() const {
     return editor_->noteID();
 }
 
+bool NotesPane::editorHasKeys() const {
+    return editor_ != nullptr && editor_->isAncestorOf(window()->focusWidget());
+}
+
+/// The list goes on to the next note when another program takes one away. What is being typed was
+/// not meant for that: the keys go to the list.
 void NotesPane::follow(const std::optional<Uuid>& note) {
     if (!showsList()) return;
+    const bool isTypedInto = editorHasKeys() && openedNote() != note;
     if (!isFollowing_) {
         waiting_ = note;
     } else if (note) {
@@ -163,6 +173,7 @@ void NotesPane::follow(const std::optional<Uuid>& note) {
     } else if (editor_ == nullptr || editor_->close()) {
         showNothing();
     }
+    if (isTypedInto && openedNote() == note) list_->setFocus();
 }
 
 void NotesPane::showSelection(const std::vector<Uuid>& notes) {

@@ -59,6 +59,7 @@ signals:
 private:
     void makeEditor();
     void makeNothing();
+    bool editorHasKeys() const;
     void follow(const std::optional<Uuid>& note);
     void showSelection(const std::vector<Uuid>& notes);
     void offerUndo(const std::vector<Uuid>& notes);
