@@ -92,10 +92,15 @@ void TemplateForm::arrange() {
     auto* const due = new QWidget(this);
     auto* const dueLine = new FlowLayout(space::small, due);
     dueLine->setContentsMargins(0, 0, 0, 0);
-    dueLine->addWidget(isDue_);
-    dueLine->addWidget(dueDays_);
-    dueLine->addWidget(new QLabel("days after it is created, at", due));
-    dueLine->addWidget(dueTime_);
+    auto* const words = new QLabel("days after it is created, at", due);
+    for (QWidget* part :
+         {static_cast<QWidget*>(isDue_),
+          static_cast<QWidget*>(dueDays_),
+          static_cast<QWidget*>(words),
+          static_cast<QWidget*>(dueTime_)}) {
+        part->setMinimumHeight(dueDays_->sizeHint().height());  // of one line
+        dueLine->addWidget(part);
+    }
 
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
