@@ -268,7 +268,8 @@ bool BodyEdit::pressTab(int levels) {
         cursor.insertText("\t");
         return true;
     }
-    QWidget::focusNextPrevChild(levels > 0);  // that of the text field would write a tab
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): that of the text field would write a tab
+    QWidget::focusNextPrevChild(levels > 0);
     return true;
 }
 

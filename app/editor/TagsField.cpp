@@ -120,7 +120,7 @@ void TagsField::add(const QString& names) {
 
 void TagsField::remove(const Uuid& id) {
     CDNote* const note = open_.note();
-    CDTag* const tag = environment_.context().find<CDTag>(id);
+    auto* const tag = environment_.context().find<CDTag>(id);
     if (note == nullptr || tag == nullptr) return;
     environment_.notes().removeTag(*note, *tag);
     environment_.save(this);
