@@ -161,7 +161,7 @@ bool NotesPane::editorHasKeys() const {
 }
 
 /// The list goes on to the next note when another program takes one away. What is being typed was
-/// not meant for that: the keys go to the list.
+/// not meant for that, nor for the list, where Return would lead into the next note.
 void NotesPane::follow(const std::optional<Uuid>& note) {
     if (!showsList()) return;
     const bool isTypedInto = editorHasKeys() && openedNote() != note;
@@ -173,7 +173,7 @@ void NotesPane::follow(const std::optional<Uuid>& note) {
     } else if (editor_ == nullptr || editor_->close()) {
         showNothing();
     }
-    if (isTypedInto && openedNote() == note) list_->setFocus();
+    if (isTypedInto && openedNote() == note) setFocus();
 }
 
 void NotesPane::showSelection(const std::vector<Uuid>& notes) {

@@ -264,8 +264,10 @@ private:
         if (window_.sidebar().hasFocus()) return window_.sidebar().deleteCurrent();
         const auto notes = chosen();
         if (notes.empty()) return;
-        if (window_.notes().showsList()) return window_.notes().list().moveToTrash();
-        window_.notes().list().trash(notes);
+        NoteList& list = window_.notes().list();
+        if (!window_.notes().showsList()) return list.trash(notes);
+        list.setFocus();
+        list.moveToTrash();
     }
 
     void askNotebook(const NoteActions::Notes& notes) const {

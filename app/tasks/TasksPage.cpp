@@ -207,7 +207,11 @@ void TasksPage::beginTask(const QString& sentence) {
 
 bool TasksPage::flush() { return detail_->flush() && templates_->flush(); }
 
+/// The list goes on to the next task when another program takes one away. What is being typed was
+/// not meant for that, nor for the list, where letters are commands.
 void TasksPage::showDetail(const std::optional<Uuid>& task) {
+    const bool isTypedInto =
+        detail_->isAncestorOf(window()->focusWidget()) && detail_->task() != task;
     const std::size_t count = task ? 1 : selectedTasks().size();
     if (count > 1) {
         detail_->showSeveral(count);
@@ -215,6 +219,7 @@ void TasksPage::showDetail(const std::optional<Uuid>& task) {
         detail_->showTask(task);
     }
     if (task && isDetailWanted_) detail_->show();
+    if (isTypedInto) detail_->setFocus();
 }
 
 /// Not what was chosen at the place before.

@@ -365,6 +365,22 @@ TEST_F(TasksPageTest, ATaskCompletedElsewhereWhileItIsTypedInLeavesTheOthers) {
     EXPECT_EQ(task.title, "Call Ana tonight");
 }
 
+TEST_F(TasksPageTest, WordsMeantForATaskThatGoesAreNotTypedIntoTheNextOne) {
+    const CDTask& next = addTask("Next");
+    CDTask& typed = addTask("Typed");
+    show(Place::Kind::inbox);
+    list.selectTask(*typed.id);
+    QTest::keyClick(&list, Qt::Key_Return);
+    QTest::keyClicks(QApplication::focusWidget(), " mine");
+    environment->tasks().remove(context(), typed);
+    context().save();
+    QTest::keyClicks(QApplication::focusWidget(), " 1 more");
+    EXPECT_TRUE(page.flush());
+    EXPECT_EQ(next.title.valueOr(""), "Next");
+    EXPECT_FALSE(next.completedAt);
+    EXPECT_EQ(next.priority.valueOr(4), 4);
+}
+
 TEST_F(TasksPageTest, EveryPlaceBeginsAtItsTop) {
     for (int i = 0; i < 60; ++i) {
         addTask("Task " + std::to_string(i) + " today");
