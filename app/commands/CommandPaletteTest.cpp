@@ -55,6 +55,9 @@ TEST_F(CommandPaletteTest, ShowsWhatCanBeDoneNowWithItsKeys) {
     EXPECT_EQ(rows(), std::vector<std::string>{"Move to Trash, Note, Del"});
     QTest::keyClicks(&field(), "zz");
     EXPECT_TRUE(rows().empty());
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_PageDown, Qt::Key_PageUp}) {
+        QTest::keyClick(&field(), key);
+    }
     QTest::keyClick(&field(), Qt::Key_Return);
     ASSERT_TRUE(palette) << "there is nothing to pick";
     QTest::keyClick(&field(), Qt::Key_Escape);

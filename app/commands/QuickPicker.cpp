@@ -112,12 +112,13 @@ bool QuickPicker::eventFilter(QObject* watched, QEvent* event) {
 
 void QuickPicker::move(int steps) {
     const int last = model_->rowCount() - 1;
+    if (last < 0) return;
     const int at = list_->currentIndex().row();
     // One step past an end goes round; a page stops there.
     const bool isPastEnd = at + steps < 0 || at + steps > last;
     const int around = steps > 0 ? 0 : last;
     const int to = isPastEnd && std::abs(steps) == 1 ? around : std::clamp(at + steps, 0, last);
-    if (last >= 0) list_->setCurrentIndex(model_->index(to));
+    list_->setCurrentIndex(model_->index(to));
 }
 
 void QuickPicker::pick(int row) {
