@@ -200,6 +200,9 @@ void TemplateManager::take() {
         return;
     }
     const bool isBeingTyped = shown_ == id && (form_->isEdited() || isSaving_);
+    // What is typed on was not meant for the one that takes the place of a deleted one.
+    const bool isAnother = shown_ && shown_ != id;
+    if (isAnother && form_->isAncestorOf(window()->focusWidget())) list_->setFocus();
     shown_ = id;
     if (isBeingTyped) return;
     const auto content = TaskTemplateContent::of(*stored);

@@ -47,6 +47,21 @@ public:
     TemplateManager page{*environment};
 };
 
+TEST_F(TemplateManagerTest, WordsMeantForATemplateThatGoesAreNotTypedIntoTheNextOne) {
+    press("newTemplate");
+    type("templateName", "A stays");
+    press("newTemplate");
+    type("templateName", "B goes");
+    EXPECT_TRUE(page.flush());
+    for (CDTaskTemplate* one : context().fetch<CDTaskTemplate>()) {
+        if (one->name == "B goes") context().remove(*one);
+    }
+    context().save();
+    QTest::keyClicks(QApplication::focusWidget(), " and more");
+    EXPECT_TRUE(page.flush());
+    EXPECT_EQ(names(), "A stays");
+}
+
 TEST_F(TemplateManagerTest, WhatIsTypedBecomesATemplateAndTheTemplateATask) {
     press("newTemplate");
     EXPECT_EQ(names(), "Untitled Template");
