@@ -84,7 +84,9 @@ void NoteListModel::readRest() {
         },
         this,
         [this, entries, reading = reading_] {
-            if (reading == reading_) take(std::move(*entries));
+            inTurn_.run([this, entries, reading] {
+                if (reading == reading_) take(std::move(*entries));
+            });
         });
 }
 
@@ -105,7 +107,7 @@ void NoteListModel::take(Entries entries) {
 }
 
 void NoteListModel::follow(const std::vector<ObjectChange>& changes) {
-    inTurn_.add(changes, [this](const auto& next) { takeChanges(next); });
+    inTurn_.run([this, changes] { takeChanges(changes); });
 }
 
 void NoteListModel::takeChanges(const std::vector<ObjectChange>& changes) {

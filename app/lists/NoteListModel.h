@@ -2,7 +2,7 @@
 
 #include "app/lists/NoteScope.h"
 #include "app/lists/NoteSummary.h"
-#include "app/state/ChangesInTurn.h"
+#include "app/state/InTurn.h"
 
 #include <QAbstractListModel>
 
@@ -14,6 +14,7 @@
 
 namespace tesserine {
 class ListedRow;
+struct ObjectChange;
 namespace text {
 class Collator;
 }
@@ -99,7 +100,7 @@ private:
     NoteScope scope_;
     Entries entries_;
     bool isComplete_ = true;
-    ChangesInTurn inTurn_;
+    InTurn inTurn_;
     std::uint64_t reading_ = 0;  // counts readings; an answer to an earlier one is dropped
 };
 

@@ -69,7 +69,9 @@ void TaskListModel::readRest() {
         },
         this,
         [this, entries, reading = ++reading_] {
-            if (reading == reading_) take(std::move(*entries));
+            inTurn_.run([this, entries, reading] {
+                if (reading == reading_) take(std::move(*entries));
+            });
         });
 }
 
@@ -141,7 +143,7 @@ TaskListModel::Lines TaskListModel::block(const TaskEntry& entry) const {
 // Single changes
 
 void TaskListModel::follow(const std::vector<ObjectChange>& changes) {
-    inTurn_.add(changes, [this](const auto& next) { takeChanges(next); });
+    inTurn_.run([this, changes] { takeChanges(changes); });
 }
 
 void TaskListModel::takeChanges(const std::vector<ObjectChange>& changes) {
@@ -300,10 +302,12 @@ void TaskListModel::setExpanded(const Uuid& task, bool isExpanded) {
     } else {
         expanded_.erase(task);
     }
-    const int row = rowOfTask(task);
-    if (row < 0) return;
-    refreshBlock(row);
-    emit dataChanged(index(row), index(row));
+    inTurn_.run([this, task] {
+        const int row = rowOfTask(task);
+        if (row < 0) return;
+        refreshBlock(row);
+        emit dataChanged(index(row), index(row));
+    });
 }
 
 void TaskListModel::hold(const Uuid& task) {

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "app/state/ChangesInTurn.h"
+#include "app/state/InTurn.h"
 #include "app/tasks/TaskListing.h"
 #include "app/tasks/TaskRow.h"
+#include "core/store/StoreChanges.h"
 
 #include <QAbstractListModel>
 
@@ -125,7 +126,7 @@ private:
     mutable TaskRows rows_;
     TaskListing listing_;
     Lines lines_;
-    ChangesInTurn inTurn_;
+    InTurn inTurn_;
     bool isComplete_ = true;
     bool isReading_ = false;
     std::uint64_t reading_ = 0;  // counts readings; an answer to an earlier one is dropped
