@@ -168,6 +168,27 @@ TEST_F(TaskListModelTest, SubtasksStandBelowATaskThatIsExpanded) {
     EXPECT_EQ(lines(), "Plan | Other");
 }
 
+TEST_F(TaskListModelTest, WhatIsSavedWhileLinesGoIsShownAfterwards) {
+    CDTask& plan = addTask("Plan");
+    CDTask& first = addSubtask(plan, "first");
+    addSubtask(plan, "second");
+    addTask("Other");
+    model.setView(TaskView::all());
+    model.setExpanded(*plan.id, true);
+    bool isSaved = false;
+    // As a page does that showed the subtask and keeps what was typed into it.
+    QObject::connect(&model, &TaskListModel::rowsAboutToBeRemoved, &model, [&] {
+        if (std::exchange(isSaved, true)) return;
+        first.title = "typed";
+        addTask("New");
+        context().save();
+    });
+    model.setExpanded(*plan.id, false);
+    EXPECT_EQ(lines(), "Plan | Other | New");
+    model.setExpanded(*plan.id, true);
+    EXPECT_EQ(lines(), "Plan |   typed |   second | Other | New");
+}
+
 TEST_F(TaskListModelTest, TheRestOfALongListFollowsItsBeginning) {
     for (int i = 0; i < 250; ++i) {
         environment->tasks().create(context(), {.title = std::to_string(i)});
