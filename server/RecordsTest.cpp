@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
 namespace tesserine::server {
@@ -104,14 +105,21 @@ TEST_F(RecordsTest, AFileIsNeverRemovedUnderARecordThatNamesIt) {
     SyncPush file = note("");
     file.kind = "attachment";
     file.payload = {{"sha256", digest}};
-    std::jthread remover([&](const std::stop_token& stop) {
+    // Once each time the file comes: before it is whole, or while its record comes.
+    std::atomic<bool> mayRemove = false;
+    const std::jthread remover([&](const std::stop_token& stop) {
         while (!stop.stop_requested()) {
-            records_.removeUnused(user_, digest, [&] { blobs_.remove(user_, digest); });
+            if (mayRemove.exchange(false)) {
+                records_.removeUnused(user_, digest, [&] { blobs_.remove(user_, digest); });
+            }
+            std::this_thread::yield();
         }
     });
     int stored = 0;
     for (int i = 0; i < 200; ++i) {
+        if (i % 2 == 0) mayRemove = true;
         blobs_.put(user_, digest, bytesOf("picture"));
+        if (i % 2 == 1) mayRemove = true;
         file.deleted = false;
         const PushResult result = push(file);
         if (result.status != "applied") continue;
