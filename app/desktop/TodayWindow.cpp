@@ -29,6 +29,7 @@ TodayWindow::TodayWindow(AppEnvironment& environment, QWidget* parent)
     auto* const undo = new UndoBar(this, *this);
     column->addWidget(undo);
     connect(actions_, &TaskActions::completed, undo, &UndoBar::offer);
+    connect(actions_, &TaskActions::addedElsewhere, undo, &UndoBar::tell);
     connect(undo, &UndoBar::undone, actions_, &TaskActions::undo);
     tasks_->showPlace({.kind = Place::Kind::today});
     const auto tell = [this](const Uuid& task) {

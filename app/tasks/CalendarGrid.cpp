@@ -301,9 +301,9 @@ void CalendarGrid::mousePressEvent(QMouseEvent* event) {
     isPressed_ = event->button() == Qt::LeftButton;
     pressedAt_ = event->pos();
     const CalendarTask* const task = taskAt(event->pos());
-    const auto chosenNow = task == nullptr ? std::nullopt : std::optional(task->id);
+    pressed_ = task == nullptr ? std::nullopt : std::optional(*task);
     markDay(model_.days()[*day].cell.date);
-    choose(chosenNow);
+    choose(pressed_ ? std::optional(pressed_->id) : std::nullopt);
 }
 
 void CalendarGrid::mouseMoveEvent(QMouseEvent* event) {
@@ -311,13 +311,13 @@ void CalendarGrid::mouseMoveEvent(QMouseEvent* event) {
         (event->pos() - pressedAt_).manhattanLength() >= QApplication::startDragDistance();
     if (!isPressed_ || !isFar) return;
     isPressed_ = false;
-    if (const CalendarTask* const task = taskAt(pressedAt_)) drag(*task);
+    if (pressed_) drag(*pressed_);
 }
 
 void CalendarGrid::mouseReleaseEvent(QMouseEvent* event) {
     if (!std::exchange(isPressed_, false)) return;
     const auto day = dayAt(event->pos());
-    if (!day || taskAt(event->pos()) != nullptr) return;
+    if (!day || pressed_ || taskAt(event->pos()) != nullptr) return;
     if (areaOfMore(*day).contains(event->pos())) {
         showAll(*day, event->globalPosition().toPoint());
     } else {
@@ -325,8 +325,8 @@ void CalendarGrid::mouseReleaseEvent(QMouseEvent* event) {
     }
 }
 
-void CalendarGrid::mouseDoubleClickEvent(QMouseEvent* event) {
-    if (const CalendarTask* const task = taskAt(event->pos())) emit opened(Uuid(task->id));
+void CalendarGrid::mouseDoubleClickEvent(QMouseEvent* /*event*/) {
+    if (pressed_ && !areaOf(pressed_->id).isEmpty()) emit opened(Uuid(pressed_->id));
 }
 
 void CalendarGrid::showAll(std::size_t day, const QPoint& globalPlace) {
@@ -352,9 +352,10 @@ void CalendarGrid::showAll(std::size_t day, const QPoint& globalPlace) {
 }
 
 void CalendarGrid::drag(const CalendarTask& task) {
+    const QRect area = areaOf(task.id);
+    if (area.isEmpty()) return;  // it went since it was pressed
     auto* const drag = new QDrag(this);
     drag->setMimeData(mimeDataOf({task.id}, {task.title}));
-    const QRect area = areaOf(task.id);
     drag->setPixmap(grab(area));
     drag->setHotSpot(pressedAt_ - area.topLeft());
     drag->exec(Qt::MoveAction);

@@ -72,6 +72,7 @@ private:
     std::optional<Uuid> task_;
     std::optional<std::size_t> dropDay_;
     QPoint pressedAt_;
+    std::optional<CalendarTask> pressed_;  // by the last press, wherever it stands by now
     bool isPressed_ = false;
 };
 

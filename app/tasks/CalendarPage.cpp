@@ -50,7 +50,10 @@ CalendarPage::CalendarPage(AppEnvironment& environment, TaskActions& actions, QW
     connect(grid_, &QWidget::customContextMenuRequested, this, [this](const QPoint& place) {
         actions_.showMenu(selectedTasks(), grid_->mapToGlobal(place));
     });
-    connect(bar_, &QuickAddBar::created, grid_, &CalendarGrid::choose);
+    connect(bar_, &QuickAddBar::created, this, [this](const Uuid& task) {
+        if (grid_->areaOf(task).isEmpty()) actions_.tellWhereAdded(task);
+        grid_->choose(task);
+    });
     connect(bar_, &QuickAddBar::left, grid_, [this] { grid_->setFocus(); });
     connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
         const auto isTask = [](const ObjectChange& change) {

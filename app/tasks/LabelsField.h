@@ -20,6 +20,8 @@ public:
 
     void setLabels(const QStringList& labels);
     const QStringList& labels() const { return labels_; }
+    /// Adds what is typed, as leaving the field does.
+    void take();
 
 signals:
     void added(const QString& label);
@@ -27,7 +29,6 @@ signals:
 
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void take();
 
     Names names_;
     QStringList labels_;

@@ -5,6 +5,7 @@
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/ProjectPicker.h"
 #include "app/tasks/TaskRow.h"
+#include "app/tasks/TaskWords.h"
 #include "app/tasks/WhenPopup.h"
 
 #include <QMenu>
@@ -58,7 +59,7 @@ void TaskActions::askRemove(const Tasks& tasks) {
     if (tasks.empty()) return;
     const auto* const first = environment_.context().find<CDTask>(tasks.front());
     if (first == nullptr) return;
-    const QString title = shownTitle(QString::fromStdString(first->title.valueOr("")));
+    const QString title = briefTitle(QString::fromStdString(first->title.valueOr("")));
     const QString what =
         tasks.size() == 1 ? QString("“%1”").arg(title) : QString("%1 tasks").arg(tasks.size());
     auto* const question = new QMessageBox(
@@ -73,6 +74,16 @@ void TaskActions::askRemove(const Tasks& tasks) {
     auto* const button = question->addButton("Delete Permanently", QMessageBox::DestructiveRole);
     connect(button, &QPushButton::clicked, this, [this, tasks] { commands_.remove(tasks); });
     question->open();
+}
+
+void TaskActions::tellWhereAdded(const Uuid& id) {
+    const auto* const task = environment_.context().find<CDTask>(id);
+    if (task == nullptr) return;
+    const TaskRow row = TaskRow::of(*task, environment_.collator());
+    const QString project = row.project.isEmpty() ? QString("the Inbox") : row.project;
+    const TaskWords words(environment_.now(), environment_.calendar());
+    const QString due = row.due() ? " · " + words.due(*row.due()) : QString();
+    emit addedElsewhere(QString("Added “%1” to %2").arg(briefTitle(row.title), project) + due);
 }
 
 void TaskActions::saveAsTemplate(const Uuid& task) {

@@ -28,6 +28,8 @@ public:
     void askProject(const Tasks& tasks);
     void askRemove(const Tasks& tasks);
     void saveAsTemplate(const Uuid& task);
+    /// Says where a task went that was added and is not seen.
+    void tellWhereAdded(const Uuid& task);
     /// All of it as a menu.
     void showMenu(const Tasks& tasks, const QPoint& globalPlace);
 
@@ -36,6 +38,8 @@ signals:
     void completing(const std::vector<tesserine::Uuid>& tasks);
     /// What was completed, as a sentence; it can be undone.
     void completed(const QString& sentence);
+    /// “Added “Call Ana” to Work · Tomorrow 09:00”
+    void addedElsewhere(const QString& sentence);
     void templateMade(const tesserine::Uuid& made);
     /// The menu was asked to open a task.
     void opened(const tesserine::Uuid& task);

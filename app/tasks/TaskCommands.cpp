@@ -23,10 +23,8 @@ Instant onDay(Instant day, Instant time, const Calendar& calendar) {
 
 QString Completion::sentence() const {
     if (taskCount_ != 1) return QString("Completed %1 tasks").arg(taskCount_);
-    constexpr int longestTitle = 60;
-    const QString title = shownTitle(QString::fromStdString(befores_.front().title));
-    const bool isLong = title.size() > longestTitle;
-    return QString("Completed “%1”").arg(isLong ? title.left(longestTitle) + "…" : title);
+    return QString("Completed “%1”")
+        .arg(briefTitle(QString::fromStdString(befores_.front().title)));
 }
 
 std::vector<CDTask*> TaskCommands::found(const Tasks& tasks) const {

@@ -160,17 +160,17 @@ void TaskDetail::followFields() {
     connect(reminder_, &QPushButton::clicked, this, &TaskDetail::askReminder);
     connect(project_, &QPushButton::clicked, this, &TaskDetail::askProject);
     connect(note_, &QPushButton::clicked, this, &TaskDetail::openNote);
-    connect(unlink_, &IconButton::clicked, this, [this] { linkNote(nullptr); });
+    connect(unlink_, &IconButton::clicked, this, [this] { linkNote(task_, nullptr); });
     connect(priority_, &PriorityButtons::chosen, this, [this](TaskPriority priority) {
-        change([&](CDTask& task) { environment_.tasks().setPriority(task, priority); });
+        change(task_, [&](CDTask& task) { environment_.tasks().setPriority(task, priority); });
     });
     connect(labels_, &LabelsField::added, this, [this](const QString& label) {
-        change([&](CDTask& task) {
+        change(task_, [&](CDTask& task) {
             environment_.tasks().addLabel(environment_.context(), task, label.toStdString());
         });
     });
     connect(labels_, &LabelsField::removed, this, [this](const QString& label) {
-        change([&](CDTask& task) {
+        change(task_, [&](CDTask& task) {
             for (CDTag* tag : task.labels.all()) {
                 if (tag->name == label.toStdString()) environment_.tasks().removeLabel(task, *tag);
             }
@@ -293,7 +293,10 @@ void TaskDetail::changeEvent(QEvent* event) {
 
 // Changing
 
-bool TaskDetail::flush() { return saveTexts() && subtasks_->flush(); }
+bool TaskDetail::flush() {
+    labels_->take();
+    return saveTexts() && subtasks_->flush();
+}
 
 bool TaskDetail::saveTexts() {
     CDTask* const task = find();
@@ -314,8 +317,8 @@ bool TaskDetail::saveTexts() {
     return environment_.save(this);
 }
 
-void TaskDetail::change(const std::function<void(CDTask&)>& change) {
-    CDTask* const task = find();
+void TaskDetail::change(const std::optional<Uuid>& id, const std::function<void(CDTask&)>& change) {
+    CDTask* const task = id ? environment_.context().find<CDTask>(*id) : nullptr;
     if (task == nullptr) return;
     change(*task);
     environment_.save(this);
@@ -329,14 +332,14 @@ void TaskDetail::openNote() {
         return;
     }
     auto* const switcher = new NoteSwitcher(environment_, window());
-    connect(switcher, &NoteSwitcher::noteChosen, this, [this](const Uuid& id) {
-        linkNote(environment_.context().find<CDNote>(id));
+    connect(switcher, &NoteSwitcher::noteChosen, this, [this, asked = task_](const Uuid& id) {
+        linkNote(asked, environment_.context().find<CDNote>(id));
     });
     switcher->open();
 }
 
-void TaskDetail::linkNote(CDNote* note) {
-    change([&](CDTask& task) {
+void TaskDetail::linkNote(const std::optional<Uuid>& id, CDNote* note) {
+    change(id, [&](CDTask& task) {
         task.linkedNote = note;
         task.updatedAt = environment_.now();
     });
@@ -346,8 +349,8 @@ void TaskDetail::askDue() {
     const CDTask* const task = find();
     if (task == nullptr) return;
     auto* const popup = WhenPopup::forDue(environment_, this);
-    connect(popup, &WhenPopup::picked, this, [this](const std::optional<TaskDue>& due) {
-        change([&](CDTask& changed) { environment_.tasks().setDue(changed, due); });
+    connect(popup, &WhenPopup::picked, this, [this, asked = task_](const auto& due) {
+        change(asked, [&](CDTask& changed) { environment_.tasks().setDue(changed, due); });
     });
     popup->open(due_->mapToGlobal(QPoint(0, due_->height())), task->dueDate);
 }
@@ -356,10 +359,10 @@ void TaskDetail::askReminder() {
     const CDTask* const task = find();
     if (task == nullptr) return;
     auto* const popup = WhenPopup::forReminder(environment_, dueOf(*task), this);
-    connect(popup, &WhenPopup::picked, this, [this](const std::optional<TaskDue>& when) {
+    connect(popup, &WhenPopup::picked, this, [this, asked = task_](const auto& when) {
         const auto at =
             when ? std::optional(reminderTime(*when, environment_.calendar())) : std::nullopt;
-        change([&](CDTask& changed) { environment_.tasks().setReminder(changed, at); });
+        change(asked, [&](CDTask& changed) { environment_.tasks().setReminder(changed, at); });
     });
     popup->open(reminder_->mapToGlobal(QPoint(0, reminder_->height())), task->reminderAt);
 }
@@ -369,8 +372,8 @@ void TaskDetail::askRecurrence() {
     if (task == nullptr) return;
     auto* const popup =
         new RecurrencePopup(environment_.calendar(), task->dueDate, environment_.now(), this);
-    connect(popup, &RecurrencePopup::picked, this, [this](const auto& rule) {
-        change([&](CDTask& changed) {
+    connect(popup, &RecurrencePopup::picked, this, [this, asked = task_](const auto& rule) {
+        change(asked, [&](CDTask& changed) {
             if (rule) {
                 environment_.tasks().repeat(changed, *rule, environment_.calendar());
             } else {
@@ -386,10 +389,10 @@ void TaskDetail::askRecurrence() {
 void TaskDetail::askProject() {
     if (find() == nullptr) return;
     auto* const picker = new ProjectPicker(environment_, window());
-    connect(picker, &ProjectPicker::projectChosen, this, [this](const Uuid& id) {
+    connect(picker, &ProjectPicker::projectChosen, this, [this, asked = task_](const Uuid& id) {
         auto* const project = environment_.context().find<CDProject>(id);
         if (project == nullptr) return;
-        change([&](CDTask& task) {
+        change(asked, [&](CDTask& task) {
             environment_.tasks().moveToProject(environment_.context(), task, *project);
         });
     });

@@ -58,11 +58,12 @@ private:
     void load();
     void loadFields(const CDTask& task);
     bool saveTexts();
-    /// Changes the task and saves it.
-    void change(const std::function<void(CDTask&)>& change);
+    /// Changes a task and saves it: the one that a question was asked about, whichever is shown
+    /// when it is answered.
+    void change(const std::optional<Uuid>& id, const std::function<void(CDTask&)>& change);
     /// Asks for a note to link where there is none.
     void openNote();
-    void linkNote(CDNote* note);
+    void linkNote(const std::optional<Uuid>& id, CDNote* note);
     void askDue();
     void askReminder();
     void askRecurrence();

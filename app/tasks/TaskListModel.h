@@ -57,6 +57,8 @@ public:
     TaskRow line(const QModelIndex& index) const { return line(index.row()); }
     /// The line of the task; invalid when it is not listed (yet).
     QModelIndex indexOf(const Uuid& task) const;
+    /// Whether the task is one of the view, listed already or not.
+    bool belongs(const Uuid& task) const { return present(task).has_value(); }
     /// How many tasks the view holds, once all are listed.
     std::optional<std::size_t> taskCount() const;
 

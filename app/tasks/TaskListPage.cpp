@@ -128,7 +128,10 @@ TaskListPage::TaskListPage(AppEnvironment& environment, TaskActions& actions, QW
     connect(list_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) {
         actions_.showMenu(selectedTasks(), list_->viewport()->mapToGlobal(at));
     });
-    connect(bar_, &QuickAddBar::created, list_, &TaskListView::selectTask);
+    connect(bar_, &QuickAddBar::created, this, [this](const Uuid& task) {
+        if (!model_->belongs(task)) return actions_.tellWhereAdded(task);
+        list_->selectTask(task);
+    });
     connect(bar_, &QuickAddBar::left, list_, [this] { list_->setFocus(); });
 }
 

@@ -188,7 +188,10 @@ void TaskListView::mousePressEvent(QMouseEvent* event) {
 void TaskListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const QModelIndex index = indexAt(event->pos());
     const bool isTask = index.isValid() && model_.at(index.row()).isTask();
-    if (isTask && partAt(event->pos()) == TaskDelegate::Part::line) {
+    const TaskDelegate::Part part = partAt(event->pos());
+    // The first press ticked; by now the line of the next task may stand there.
+    if (part == TaskDelegate::Part::circle) return;
+    if (isTask && part == TaskDelegate::Part::line) {
         emit opened(model_.at(index.row()).id);
     } else {
         mousePressEvent(event);

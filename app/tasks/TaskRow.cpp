@@ -72,4 +72,10 @@ QString shownTitle(const QString& title) {
     return line.isEmpty() ? QStringLiteral("Untitled task") : line;
 }
 
+QString briefTitle(const QString& title) {
+    constexpr int longest = 60;
+    const QString line = shownTitle(title);
+    return line.size() > longest ? line.left(longest) + "…" : line;
+}
+
 }  // namespace tesserine::app

@@ -89,5 +89,7 @@ private:
 
 /// The title as lists show it.
 QString shownTitle(const QString& title);
+/// The same for a sentence: cut when it is long.
+QString briefTitle(const QString& title);
 
 }  // namespace tesserine::app

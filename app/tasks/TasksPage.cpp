@@ -85,6 +85,7 @@ void TasksPage::followPages() {
     connect(calendar_, &CalendarPage::opened, this, &TasksPage::openDetail);
     connect(actions_, &TaskActions::opened, this, &TasksPage::openDetail);
     connect(actions_, &TaskActions::completed, undo_, &UndoBar::offer);
+    connect(actions_, &TaskActions::addedElsewhere, undo_, &UndoBar::tell);
     connect(undo_, &UndoBar::undone, actions_, &TaskActions::undo);
     connect(
         detail_, &TaskDetail::ticked, this, [this](const Uuid& task) { actions_->tick({task}); });

@@ -21,6 +21,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -381,6 +382,68 @@ TEST_F(TasksPageTest, WordsMeantForATaskThatGoesAreNotTypedIntoTheNextOne) {
     EXPECT_EQ(next.priority.valueOr(4), 4);
 }
 
+TEST_F(TasksPageTest, AnswersAboutATaskThatGoesAreNotTakenForTheNextOne) {
+    const CDTask& next = addTask("Next");
+    environment->projects().create(context(), "Work");
+    const std::string project = next.project.get()->name.valueOr("");
+    const auto goesWhileAsked = [&](const auto& ask, const char* answerField, const char* answer) {
+        CDTask& asked = addTask("Asked");
+        show(Place::Kind::inbox);
+        list.selectTask(*asked.id);
+        ask();
+        auto* const field = page.findChild<QLineEdit*>(answerField);
+        ASSERT_NE(field, nullptr);
+        QTest::keyClicks(field, answer);
+        environment->tasks().remove(context(), asked);
+        context().save();
+        ASSERT_EQ(page.detail().task(), *next.id);
+        QTest::keyClick(field, Qt::Key_Return);
+        settle();
+    };
+    const auto press = [this](const char* button) {
+        return [this, button] { page.detail().findChild<QPushButton*>(button)->click(); };
+    };
+    goesWhileAsked(press("Duedate"), "whenWords", "tomorrow");
+    goesWhileAsked(press("Reminder"), "whenWords", "tomorrow 9am");
+    goesWhileAsked(press("Project"), "pickerField", "Work");
+    goesWhileAsked(
+        [this] { page.findChild<QLineEdit*>("addLabel")->setFocus(); }, "addLabel", "urgent");
+    EXPECT_FALSE(next.dueDate);
+    EXPECT_FALSE(next.reminderAt);
+    EXPECT_EQ(next.project.get()->name.valueOr(""), project);
+    EXPECT_TRUE(next.labels.empty());
+}
+
+TEST_F(TasksPageTest, ADoubleClickOnTheCircleTicksOneTask) {
+    CDTask& task = addTask("First");
+    addTask("Second");
+    show(Place::Kind::inbox);
+    const QPoint circle = circleOf(task);
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, circle);
+    QMouseEvent second(
+        QEvent::MouseButtonDblClick, circle, circle, Qt::LeftButton, Qt::LeftButton, {});
+    QApplication::sendEvent(list.viewport(), &second);
+    EXPECT_EQ(titles(), "Second");
+}
+
+TEST_F(TasksPageTest, WhatIsAddedElsewhereSaysWhere) {
+    show(Place::Kind::today);
+    const auto& line = *page.findChild<QWidget*>("undoBar");
+    const auto add = [&](const char* sentence) {
+        page.beginTask(sentence);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    };
+    add("Water plants");
+    EXPECT_FALSE(line.isVisible()) << "one sees it";
+    add("Call Ana tomorrow 9am #Work");
+    EXPECT_TRUE(line.isVisible());
+    EXPECT_EQ(undoSentence(), "Added “Call Ana” to Work · Tomorrow 09:00");
+    EXPECT_FALSE(page.findChild<QPushButton*>("undo")->isVisible());
+    list.setFocus();
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_TRUE(page.findChild<QPushButton*>("undo")->isVisible()) << "that can be undone";
+}
+
 TEST_F(TasksPageTest, EveryPlaceBeginsAtItsTop) {
     for (int i = 0; i < 60; ++i) {
         addTask("Task " + std::to_string(i) + " today");
@@ -494,6 +557,28 @@ TEST_F(CalendarTest, ATaskIsDraggedToAnotherDay) {
     dropOn(task, 27);
     EXPECT_EQ(task.dueDate->iso(), "2026-03-22T10:00:00.000Z");
     EXPECT_EQ(description(), "Sunday 22 March, 1 task, 10:00 Dentist");
+}
+
+TEST_F(CalendarTest, WhatWasPressedIsNotTheTaskThatTookItsPlace) {
+    CDTask& pressed = addTask("Pressed 2026-03-19 8am");
+    addTask("Next 2026-03-19 10am");
+    std::optional<Uuid> opened;
+    QObject::connect(&grid, &CalendarGrid::opened, &grid, [&](const Uuid& id) { opened = id; });
+    const QPoint place = grid.areaOf(*pressed.id).center();
+    const auto pressAgain = [&] {
+        QMouseEvent second(
+            QEvent::MouseButtonDblClick, place, place, Qt::LeftButton, Qt::LeftButton, {});
+        QApplication::sendEvent(&grid, &second);
+    };
+    QTest::mouseClick(&grid, Qt::LeftButton, {}, place);
+    pressAgain();
+    EXPECT_EQ(opened, *pressed.id);
+    opened.reset();
+    QTest::mouseClick(&grid, Qt::LeftButton, {}, place);
+    environment->tasks().remove(context(), pressed);
+    context().save();
+    pressAgain();
+    EXPECT_FALSE(opened);
 }
 
 TEST_F(CalendarTest, ADayTooFullTellsHowManyMore) {

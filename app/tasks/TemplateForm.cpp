@@ -177,6 +177,10 @@ TaskTemplateContent TemplateForm::content() const {
     return content;
 }
 
+void TemplateForm::dropQuestion() {
+    if (question_) question_->close();
+}
+
 void TemplateForm::editName() {
     name_->setFocus();
     name_->selectAll();
@@ -212,6 +216,7 @@ void TemplateForm::changeEvent(QEvent* event) {
 
 void TemplateForm::askRecurrence() {
     auto* const popup = new RecurrencePopup(environment_.calendar(), {}, environment_.now(), this);
+    question_ = popup;
     connect(popup, &RecurrencePopup::picked, this, [this](const auto& rule) {
         content_.recurrence = rule;
         edit();
@@ -221,6 +226,7 @@ void TemplateForm::askRecurrence() {
 
 void TemplateForm::askProject() {
     auto* const picker = new ProjectPicker(environment_, window());
+    question_ = picker;
     connect(picker, &ProjectPicker::projectChosen, this, [this](const Uuid& project) {
         content_.projectID = project;
         edit();

@@ -3,6 +3,7 @@
 #include "base/Calendar.h"
 #include "core/tasks/TaskTemplateContent.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <optional>
@@ -33,6 +34,8 @@ public:
     /// What is shown was saved.
     void markSaved() { isEdited_ = false; }
     void editName();
+    /// Closes what asks about the template that is shown.
+    void dropQuestion();
 
 signals:
     /// A field was changed; at every key while a text is typed.
@@ -51,6 +54,7 @@ private:
     TaskTemplateContent content_;  // what no field shows as it is kept: rule, project
     bool isEdited_ = false;
     bool isFilling_ = false;
+    QPointer<QWidget> question_;
     QLineEdit* const name_;
     QLineEdit* const title_;
     QCheckBox* const isDue_;

@@ -202,6 +202,7 @@ void TemplateManager::take() {
     const bool isBeingTyped = shown_ == id && (form_->isEdited() || isSaving_);
     // What is typed on was not meant for the one that takes the place of a deleted one.
     const bool isAnother = shown_ && shown_ != id;
+    if (isAnother) form_->dropQuestion();
     if (isAnother && form_->isAncestorOf(window()->focusWidget())) list_->setFocus();
     shown_ = id;
     if (isBeingTyped) return;

@@ -62,6 +62,24 @@ TEST_F(TemplateManagerTest, WordsMeantForATemplateThatGoesAreNotTypedIntoTheNext
     EXPECT_EQ(names(), "A stays");
 }
 
+TEST_F(TemplateManagerTest, AProjectChosenForATemplateThatGoesIsNotThatOfTheNextOne) {
+    environment->projects().create(context(), "Work");
+    for (const char* name : {"A stays", "B goes"}) {
+        press("newTemplate");
+        type("templateName", name);
+    }
+    EXPECT_TRUE(page.flush());
+    press("Project");
+    ASSERT_TRUE(find<QWidget>("projectPicker").isVisible());
+    for (CDTaskTemplate* one : context().fetch<CDTaskTemplate>()) {
+        if (one->name == "B goes") context().remove(*one);
+    }
+    context().save();
+    EXPECT_FALSE(find<QWidget>("projectPicker").isVisible());
+    EXPECT_EQ(find<QLineEdit>("templateName").text(), "A stays");
+    settle();
+}
+
 TEST_F(TemplateManagerTest, WhatIsTypedBecomesATemplateAndTheTemplateATask) {
     press("newTemplate");
     EXPECT_EQ(names(), "Untitled Template");

@@ -22,37 +22,43 @@ constexpr std::chrono::seconds offered{12};
 UndoBar::UndoBar(QWidget* parent, QWidget& keyScope)
     : QFrame(parent),
       sentence_(new QLabel(this)),
+      undo_(new QPushButton("Undo", this)),
       timer_(new QTimer(this)),
       key_(new QShortcut(QKeySequence::Undo, &keyScope)) {
     setObjectName("undoBar");
     sentence_->setObjectName("undoSentence");
     sentence_->setTextFormat(Qt::PlainText);
     sentence_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    auto* const undo = new QPushButton("Undo", this);
-    undo->setObjectName("undo");
-    undo->setFlat(true);
+    undo_->setObjectName("undo");
+    undo_->setFlat(true);
     auto* const close = new IconButton("close", "Dismiss", this);
 
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(space::medium, space::tiny, space::tiny, space::tiny);
     layout->addWidget(sentence_, 1);
-    layout->addWidget(undo);
+    layout->addWidget(undo_);
     layout->addWidget(close);
 
     timer_->setSingleShot(true);
     connect(timer_, &QTimer::timeout, this, &QWidget::hide);
     connect(close, &IconButton::clicked, this, &QWidget::hide);
-    connect(undo, &QPushButton::clicked, this, &UndoBar::undo);
-    undo->setToolTip("Undo (" + key_->key().toString(QKeySequence::NativeText) + ")");
+    connect(undo_, &QPushButton::clicked, this, &UndoBar::undo);
+    undo_->setToolTip("Undo (" + key_->key().toString(QKeySequence::NativeText) + ")");
     key_->setContext(Qt::WidgetWithChildrenShortcut);
     connect(key_, &QShortcut::activated, this, &UndoBar::undo);
     hide();
     key_->setEnabled(false);
 }
 
-void UndoBar::offer(const QString& sentence) {
+void UndoBar::offer(const QString& sentence) { present(sentence, true); }
+
+void UndoBar::tell(const QString& sentence) { present(sentence, false); }
+
+void UndoBar::present(const QString& sentence, bool canUndo) {
     sentence_->setText(sentence);
+    undo_->setVisible(canUndo);
     show();
+    if (key_) key_->setEnabled(canUndo);
     timer_->start(offered);
 }
 
@@ -64,7 +70,7 @@ void UndoBar::undo() {
 
 void UndoBar::showEvent(QShowEvent* event) {
     QFrame::showEvent(event);
-    if (key_) key_->setEnabled(true);
+    if (key_) key_->setEnabled(!undo_->isHidden());
 }
 
 void UndoBar::hideEvent(QHideEvent* event) {

@@ -4,12 +4,13 @@
 #include <QPointer>
 
 class QLabel;
+class QPushButton;
 class QShortcut;
 class QTimer;
 
 namespace tesserine::app {
 
-/// A line at the foot of a list that says what was done and offers to undo it, for a while.
+/// A line at the foot of a list that says what was done, and may offer to undo it, for a while.
 class UndoBar final : public QFrame {
     Q_OBJECT
 
@@ -20,17 +21,21 @@ public:
 
     /// Shows the sentence in place of the one before, which cannot be undone any more.
     void offer(const QString& sentence);
+    /// Shows the sentence only.
+    void tell(const QString& sentence);
 
 signals:
     void undone();
 
 private:
+    void present(const QString& sentence, bool canUndo);
     void undo();
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
     QLabel* const sentence_;
+    QPushButton* const undo_;
     QTimer* const timer_;
     const QPointer<QShortcut> key_;  // belongs to the scope
 };
