@@ -99,33 +99,35 @@ void NoteActions::addTag(const Notes& notes, const Uuid& tag) const {
     forEach(notes, [&](CDNote& note) { environment_.notes().addTag(note, *added); });
 }
 
-void NoteActions::addTag(const Notes& notes, const QString& name) const {
-    CDTag* added = environment_.tags().findOrCreate(environment_.context(), name.toStdString());
-    if (added == nullptr) return;
-    forEach(notes, [&](CDNote& note) { environment_.notes().addTag(note, *added); });
-}
-
 void NoteActions::removeTag(const Notes& notes, const Uuid& tag) const {
     auto* removed = environment_.context().find<CDTag>(tag);
     if (removed == nullptr) return;
     forEach(notes, [&](CDNote& note) { environment_.notes().removeTag(note, *removed); });
 }
 
+CDTag* NoteActions::tagOf(const ChosenTag& chosen) const {
+    StoreContext& context = environment_.context();
+    CDTag* const known = chosen.id ? context.find<CDTag>(*chosen.id) : nullptr;
+    if (known != nullptr) return known;
+    return environment_.tags().findOrCreate(context, chosen.name.toStdString());
+}
+
 void NoteActions::changeTags(
-    const Notes& notes, const QStringList& added, const QStringList& removed) const {
-    if (added.isEmpty() && removed.isEmpty()) return;
+    const Notes& notes,
+    const std::vector<ChosenTag>& added,
+    const std::vector<Uuid>& removed) const {
+    if (added.empty() && removed.empty()) return;
     std::vector<CDTag*> gained;
     try {
-        for (const QString& name : added) {
-            gained.push_back(
-                environment_.tags().findOrCreate(environment_.context(), name.toStdString()));
+        for (const ChosenTag& tag : added) {
+            gained.push_back(tagOf(tag));
         }
     } catch (const UserError& error) {
         return showNotice(parent_, error.what());
     }
     std::vector<CDTag*> lost;
-    for (const QString& name : removed) {
-        lost.push_back(environment_.tags().find(environment_.context(), name.toStdString()));
+    for (const Uuid& tag : removed) {
+        lost.push_back(environment_.context().find<CDTag>(tag));
     }
     std::erase(gained, nullptr);
     std::erase(lost, nullptr);
@@ -149,17 +151,23 @@ void NoteActions::restore(const Notes& notes) const {
 
 void NoteActions::deleteForGood(const Notes& notes) const {
     forEach(notes, [&](CDNote& note) {
-        environment_.notes().deleteNote(environment_.context(), note);
+        if (note.trashedAt) environment_.notes().deleteNote(environment_.context(), note);
     });
 }
 
-void NoteActions::emptyTrash(std::function<void()> done) const {
+void NoteActions::emptyTrash(Notes notes, std::function<void()> done) const {
     environment_.inBackground(
-        [&environment = environment_](StoreContext& context, const std::stop_token& stop) {
+        [&environment = environment_,
+         notes = std::move(notes)](StoreContext& context, const std::stop_token& stop) {
             LibraryCare care(
                 environment.store(), environment.clock(), environment.random(), environment.log());
             care.backUpBefore("purge", stop);
-            environment.notes().emptyTrash(context);
+            for (const Uuid& id : notes) {
+                auto* const note = context.find<CDNote>(id);
+                if (note != nullptr && note->trashedAt) {
+                    environment.notes().deleteNote(context, *note);
+                }
+            }
             context.save();
         },
         parent_,

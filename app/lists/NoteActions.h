@@ -4,7 +4,6 @@
 #include "base/Uuid.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -14,7 +13,8 @@ class QWidget;
 
 namespace tesserine {
 class CDNote;
-}
+class CDTag;
+}  // namespace tesserine
 
 namespace tesserine::app {
 
@@ -43,18 +43,26 @@ public:
     /// None takes them out of their notebooks.
     void move(const Notes& notes, const std::optional<Uuid>& notebook) const;
     void addTag(const Notes& notes, const Uuid& tag) const;
-    /// The tag of this name, made when there is none.
-    void addTag(const Notes& notes, const QString& name) const;
     void removeTag(const Notes& notes, const Uuid& tag) const;
 
-    /// Names of tags that all of them are to carry, made where there are none, and not to carry.
-    void changeTags(const Notes& notes, const QStringList& added, const QStringList& removed) const;
+    /// A tag that was chosen: the one of this id, whatever its name is by now; otherwise the one
+    /// of this name, made when there is none.
+    struct ChosenTag {
+        std::optional<Uuid> id{};
+        QString name{};
+    };
+    /// What all of them are to carry, and not to carry.
+    void changeTags(
+        const Notes& notes,
+        const std::vector<ChosenTag>& added,
+        const std::vector<Uuid>& removed) const;
 
     void moveToTrash(const Notes& notes) const;
     void restore(const Notes& notes) const;
+    /// Those that are in the trash still.
     void deleteForGood(const Notes& notes) const;
-    /// Deletes everything in the trash, after a backup, in the background.
-    void emptyTrash(std::function<void()> done) const;
+    /// The same after a backup, in the background.
+    void emptyTrash(Notes notes, std::function<void()> done) const;
 
     /// "“Plan”" or "3 notes".
     QString describe(const Notes& notes) const;
@@ -62,6 +70,7 @@ public:
 private:
     void forEach(const Notes& notes, const std::function<void(CDNote&)>& change) const;
     void takeOver(CDNote& note, const Place& place) const;
+    CDTag* tagOf(const ChosenTag& chosen) const;
     std::optional<Uuid> saved(const CDNote& note) const;
 
     AppEnvironment& environment_;

@@ -78,7 +78,7 @@ TEST_F(NoteActionsTest, WhatIsGoneIsPassedOver) {
     EXPECT_EQ(plan.notebook.get(), &work);
     actions.move(both, std::nullopt);
     EXPECT_EQ(plan.notebook.get(), nullptr);
-    actions.addTag(both, "Travel / 2026");
+    actions.changeTags(both, {{.name = "Travel / 2026"}}, {});
     ASSERT_EQ(plan.tags.all().size(), 1U);
     actions.removeTag(both, *plan.tags.all().front()->id);
     EXPECT_TRUE(plan.tags.all().empty());
@@ -93,12 +93,16 @@ TEST_F(NoteActionsTest, WhatIsGoneIsPassedOver) {
 TEST_F(NoteActionsTest, EmptyingTheTrashLeavesABackupThatHasItAll) {
     CDNote& kept = addNote("Kept");
     CDNote& old = addNote("Old", "<p>still wanted</p>");
+    CDNote& late = addNote("Late");
     const Uuid id = *old.id;
-    actions.moveToTrash({id});
+    actions.moveToTrash({id, *late.id});
     bool isDone = false;
-    actions.emptyTrash([&] { isDone = true; });
+    actions.emptyTrash({id, *kept.id}, [&] { isDone = true; });
     ASSERT_TRUE(waitUntil([&] { return isDone; }));
     EXPECT_EQ(context().find<CDNote>(id), nullptr);
+    EXPECT_NE(context().find<CDNote>(*kept.id), nullptr) << "it was taken out of the trash";
+    EXPECT_NE(context().find<CDNote>(*late.id), nullptr) << "it came in after the question";
+    actions.deleteForGood({*kept.id});
     EXPECT_NE(context().find<CDNote>(*kept.id), nullptr);
     const auto backups = LibraryBackups(setting().library, clock, random).list();
     ASSERT_EQ(backups.size(), 1U);

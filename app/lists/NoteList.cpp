@@ -173,12 +173,15 @@ void NoteList::askToDelete(const std::vector<Uuid>& notes) {
 }
 
 void NoteList::emptyTrash() {
-    const auto count = static_cast<std::size_t>(model_->rowCount());
-    if (count == 0) return;
+    NoteActions::Notes notes;  // those the question is about; others may come in before the answer
+    for (int row = 0; row < model_->rowCount(); ++row) {
+        notes.push_back(model_->noteAt(row));
+    }
+    if (notes.empty()) return;
     ask(QString("Delete %1 in the trash for good? This cannot be undone.")
-            .arg(shownCount(count, "note", "notes")),
+            .arg(shownCount(notes.size(), "note", "notes")),
         "Empty Trash",
-        [this] { actions_.emptyTrash({}); });
+        [this, notes] { actions_.emptyTrash(notes, {}); });
 }
 
 /// Cancel is what Return and Escape choose.

@@ -211,16 +211,17 @@ TEST_F(NoteListTest, NotebooksArePickedByAFewLettersOfTheirPath) {
 }
 
 TEST_F(NoteListTest, ANewTagIsOfferedOnlyWhereThereIsNone) {
-    environment->tags().findOrCreate(context(), "Travel");
+    const CDTag& travel = *environment->tags().findOrCreate(context(), "Travel");
     context().save();
-    std::string picked;
-    const auto take = [&](const QString& name) { picked = name.toStdString(); };
+    NoteActions::ChosenTag picked;
+    const auto take = [&](const NoteActions::ChosenTag& tag) { picked = tag; };
     pickTag(*environment, &window, take);
     EXPECT_EQ(pickBy("travel"), "Travel") << "not a second one that differs in its capitals";
-    EXPECT_EQ(picked, "Travel");
+    EXPECT_EQ(picked.id, *travel.id) << "whatever its name is by then";
     pickTag(*environment, &window, take);
     EXPECT_EQ(pickBy("garden"), "garden");
-    EXPECT_EQ(picked, "garden");
+    EXPECT_EQ(picked.name, "garden");
+    EXPECT_FALSE(picked.id);
 }
 
 }  // namespace

@@ -147,7 +147,9 @@ void pickNotebook(
 }
 
 void pickTag(
-    AppEnvironment& environment, QWidget* window, std::function<void(const QString& name)> picked) {
+    AppEnvironment& environment,
+    QWidget* window,
+    std::function<void(const NoteActions::ChosenTag& tag)> picked) {
     std::vector<Choice> choices;
     for (const CDTag* tag : environment.tags().all(environment.context(), environment.collator())) {
         choices.push_back({QString::fromStdString(tag->name.valueOr("")), *tag->id, "tag"});
@@ -156,7 +158,9 @@ void pickTag(
         "Add which tag",
         window,
         std::move(choices),
-        [picked = std::move(picked)](const Choice& choice) { picked(choice.title); },
+        [picked = std::move(picked)](const Choice& choice) {
+            picked({choice.id, choice.title});
+        },
         true)
         ->setEmptyText("There are no tags yet. Type a name to make the first.");
 }

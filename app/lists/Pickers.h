@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/lists/NoteActions.h"
 #include "app/state/Place.h"
 #include "base/Uuid.h"
 
@@ -30,7 +31,9 @@ void pickParent(
 
 /// Lets the user choose a tag, or type the name of a new one.
 void pickTag(
-    AppEnvironment& environment, QWidget* window, std::function<void(const QString& name)> picked);
+    AppEnvironment& environment,
+    QWidget* window,
+    std::function<void(const NoteActions::ChosenTag& tag)> picked);
 
 /// Lets the user choose a note template.
 void pickTemplate(

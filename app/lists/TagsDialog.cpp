@@ -21,6 +21,8 @@ namespace {
 
 /// What a tag was when the dialog came up; `Unchecked` also for one that did not exist.
 constexpr int stateBefore = Qt::UserRole;
+/// Its id; empty for one that is to be made.
+constexpr int idRole = Qt::UserRole + 1;
 
 Qt::CheckState before(const QListWidgetItem& item) {
     return static_cast<Qt::CheckState>(item.data(stateBefore).toInt());
@@ -61,7 +63,8 @@ TagsDialog::TagsDialog(AppEnvironment& environment, NoteActions::Notes notes, QW
             QString::fromStdString(tag->name.valueOr("")),
             count == 0       ? Qt::Unchecked
             : count == there ? Qt::Checked
-                             : Qt::PartiallyChecked);
+                             : Qt::PartiallyChecked,
+            tag->id);
     }
 
     narrow({});
@@ -85,10 +88,11 @@ TagsDialog::TagsDialog(AppEnvironment& environment, NoteActions::Notes notes, QW
     resize(380, 460);
 }
 
-void TagsDialog::addTag(const QString& name, Qt::CheckState state) {
+void TagsDialog::addTag(const QString& name, Qt::CheckState state, const std::optional<Uuid>& id) {
     auto* const item = new QListWidgetItem(icon("tag", Ink::secondary), name);
     list_->insertItem(list_->row(newTag_), item);
     item->setData(stateBefore, state);
+    if (id) item->setData(idRole, QString::fromStdString(id->text()));
     item->setCheckState(state);
     // What some of them carry can be left at that after a second thought.
     if (state == Qt::PartiallyChecked) item->setFlags(item->flags() | Qt::ItemIsUserTristate);
@@ -141,13 +145,14 @@ void TagsDialog::tick(QListWidgetItem& item) {
 }
 
 void TagsDialog::accept() {
-    QStringList added;
-    QStringList removed;
+    std::vector<NoteActions::ChosenTag> added;
+    std::vector<Uuid> removed;
     for (int row = 0; row < list_->row(newTag_); ++row) {
         const QListWidgetItem& item = *list_->item(row);
         if (item.checkState() == before(item)) continue;
-        if (item.checkState() == Qt::Checked) added += item.text();
-        if (item.checkState() == Qt::Unchecked) removed += item.text();
+        const auto id = Uuid::parse(item.data(idRole).toString().toStdString());
+        if (item.checkState() == Qt::Checked) added.push_back({id, item.text()});
+        if (item.checkState() == Qt::Unchecked && id) removed.push_back(*id);
     }
     NoteActions(environment_, parentWidget()).changeTags(notes_, added, removed);
     QDialog::accept();

@@ -25,7 +25,8 @@ public:
 
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void addTag(const QString& name, Qt::CheckState state);
+    /// Without an id it is a new one.
+    void addTag(const QString& name, Qt::CheckState state, const std::optional<Uuid>& id = {});
     QListWidgetItem* itemOf(const QString& name) const;
     void narrow(const QString& typed);
     void tick(QListWidgetItem& item);

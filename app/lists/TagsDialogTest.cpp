@@ -90,6 +90,26 @@ TEST_F(TagsDialogTest, PutsOnAndTakesOffInOneSave) {
     EXPECT_EQ(saves, 1);
 }
 
+TEST_F(TagsDialogTest, ATagRenamedOrDeletedMeanwhileIsTheOneThatWasChosen) {
+    tag(other, {"rest"});
+    context().save();
+    dialog =
+        std::make_unique<TagsDialog>(*environment, NoteActions::Notes{*plan.id, *list.id}, &window);
+    dialog->show();
+    const TagService& service = environment->tags();
+    service.rename(context(), *service.find(context(), "work"), "office");
+    service.rename(context(), *service.find(context(), "garden"), "plants");
+    service.remove(context(), *service.find(context(), "rest"));
+    context().save();
+    press("work");    // off all of them
+    press("garden");  // on all of them
+    press("rest");
+    dialog->accept();
+    EXPECT_EQ(tagsOf(plan), "plants rest");
+    EXPECT_EQ(tagsOf(list), "home plants rest");
+    EXPECT_EQ(service.find(context(), "garden"), nullptr);
+}
+
 TEST_F(TagsDialogTest, ASecondThoughtLeavesWhatSomeCarry) {
     press("garden");  // on all
     press("garden");  // off all

@@ -165,9 +165,11 @@ TEST_F(Journey, EmptyingTheTrashAsksAndMakesABackup) {
     settle();
     EXPECT_NE(stored("Old"), nullptr);
     list().emptyTrash();
+    environment->notes().moveToTrash(addNote("Late"));
+    context().save();
     answer("Empty Trash");
-    ASSERT_TRUE(waitUntil([this] { return titles().empty(); }));
-    EXPECT_EQ(stored("Old"), nullptr);
+    ASSERT_TRUE(waitUntil([this] { return stored("Old") == nullptr; }));
+    EXPECT_TRUE(waitUntil([this] { return titles() == "Late;"; })) << "nobody was asked about it";
     EXPECT_FALSE(std::filesystem::is_empty(setting().library / "Backups"));
 }
 

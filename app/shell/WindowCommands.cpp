@@ -292,8 +292,8 @@ private:
 
     void askTag(const NoteActions::Notes& notes) const {
         if (notes.size() > 1) return askTags(notes);
-        pickTag(environment_, &window_, [*this, notes](const QString& name) {
-            actions().addTag(notes, name);
+        pickTag(environment_, &window_, [*this, notes](const auto& tag) {
+            actions().changeTags(notes, {tag}, {});
         });
     }
 
