@@ -11,9 +11,11 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace tesserine::app {
 SettingsForm::SettingsForm(const QString& title, Preferences& preferences, QWidget* parent)
@@ -70,8 +72,10 @@ void SettingsForm::addSwitch(const std::string& key, const Words& words, bool fa
     auto* const box = new QCheckBox(this);
     box->setObjectName(QString::fromStdString(key));
     box->setChecked(preferences_.boolean(key).value_or(fallback));
-    connect(box, &QCheckBox::toggled, this, [this, key](bool isOn) {
-        keep(key, [&] { preferences_.set(key, isOn); });
+    connect(box, &QCheckBox::toggled, this, [this, box, key](bool isOn) {
+        if (keep(key, [&] { preferences_.set(key, isOn); })) return;
+        const QSignalBlocker quiet(box);
+        box->setChecked(!isOn);  // as it is
     });
     addRow(words, box);
 }
@@ -89,10 +93,11 @@ QComboBox& SettingsForm::addChoice(
         box->addItem(option.title);
     }
     box->setCurrentIndex(shown < 0 ? unset : shown);
-    connect(box, &QComboBox::activated, this, [this, key, options](int index) {
-        const auto number = options[static_cast<std::size_t>(index)].number;
-        keep(key, [&] { number ? preferences_.set(key, *number) : preferences_.remove(key); });
-    });
+    const auto set = [this, key, options](std::size_t index) {
+        const auto number = options[index].number;
+        number ? preferences_.set(key, *number) : preferences_.remove(key);
+    };
+    followChoice(key, *box, set);
     addRow(words, box);
     return *box;
 }
@@ -107,11 +112,26 @@ QComboBox& SettingsForm::addChoice(
     const auto present = preferences_.string(key);
     const auto shown = std::ranges::find(options, present.value_or(""), &WordOption::word);
     box->setCurrentIndex(shown == options.end() ? 0 : static_cast<int>(shown - options.begin()));
-    connect(box, &QComboBox::activated, this, [this, key, options](int index) {
-        keep(key, [&] { preferences_.set(key, options[static_cast<std::size_t>(index)].word); });
-    });
+    const auto set = [this, key, options](std::size_t index) {
+        preferences_.set(key, options[index].word);
+    };
+    followChoice(key, *box, set);
     addRow(words, box);
     return *box;
+}
+
+/// A choice that cannot be kept is taken back.
+void SettingsForm::followChoice(
+    const std::string& key, QComboBox& box, std::function<void(std::size_t index)> set) {
+    const auto take =
+        [this, key, &box, set = std::move(set), kept = box.currentIndex()](int index) mutable {
+            if (keep(key, [&] { set(static_cast<std::size_t>(index)); })) {
+                kept = index;
+            } else {
+                box.setCurrentIndex(kept);
+            }
+        };
+    connect(&box, &QComboBox::activated, this, take);
 }
 
 QPushButton& SettingsForm::addButton(const Words& words, const QString& button) {
@@ -122,13 +142,15 @@ QPushButton& SettingsForm::addButton(const Words& words, const QString& button) 
     return *made;
 }
 
-void SettingsForm::keep(const std::string& key, const std::function<void()>& set) {
+bool SettingsForm::keep(const std::string& key, const std::function<void()>& set) {
     try {
         set();
-        emit changed(QString::fromStdString(key));
     } catch (const FileError& error) {
         showNotice(this, error.what());
+        return false;
     }
+    emit changed(QString::fromStdString(key));
+    return true;
 }
 
 }  // namespace tesserine::app

@@ -64,10 +64,13 @@ signals:
 
 protected:
     Preferences& preferences() const { return preferences_; }
-    /// Keeps a setting by `set` and tells of it; a failure is shown.
-    void keep(const std::string& key, const std::function<void()>& set);
+    /// Keeps a setting by `set` and tells of it; a failure is shown, and false is returned.
+    bool keep(const std::string& key, const std::function<void()>& set);
 
 private:
+    /// `set` keeps what the chosen option stands for.
+    void followChoice(
+        const std::string& key, QComboBox& box, std::function<void(std::size_t index)> set);
     /// Tells the control what it means, too.
     QLayout* makeWords(const Words& words, QWidget& control);
 

@@ -9,9 +9,11 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -74,6 +76,22 @@ TEST_F(SettingsPageTest, WhatIsChangedIsKeptAndToldAtOnce) {
     EXPECT_EQ(later.findChild<QComboBox*>("tesserine.appearance")->currentText(), "Dark");
     EXPECT_TRUE(later.findChild<QCheckBox*>("tesserine.reduceMotion")->isChecked());
     environment->waitForBackground();
+}
+
+TEST_F(SettingsPageTest, WhatCannotBeKeptIsShownAsItIs) {
+    choose("tesserine.appearance", 2);
+    std::filesystem::path lock = setting().preferencesFile;
+    lock += ".lock";
+    std::filesystem::remove(lock);
+    std::filesystem::create_directory(lock);  // nothing can be written any more
+    choose("tesserine.appearance", 1);
+    EXPECT_EQ(page.findChild<QComboBox*>("tesserine.appearance")->currentText(), "Dark");
+    auto& motion = *page.findChild<QCheckBox*>("tesserine.reduceMotion");
+    motion.click();
+    EXPECT_FALSE(motion.isChecked());
+    EXPECT_NE(page.findChild<QMessageBox*>("notice"), nullptr) << "it says why";
+    EXPECT_EQ(changed, std::vector<std::string>{"tesserine.appearance"});
+    settle();
 }
 
 TEST_F(SettingsPageTest, SynonymsAreKeptAfterAPauseOfTyping) {
