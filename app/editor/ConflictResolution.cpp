@@ -33,7 +33,7 @@ void ConflictResolution::compare() {
     const CDNoteRevision* const theirs =
         note == nullptr ? nullptr : conflicting(environment.notes(), *note);
     if (note == nullptr) return;
-    if (theirs == nullptr) return resolve(keepMine);
+    if (theirs == nullptr) return resolve({}, keepMine);
     auto* const view = new ComparisonView(
         {.heading =
              "The other version, "
@@ -49,18 +49,21 @@ void ConflictResolution::compare() {
     view->addChoice("Use this version", useTheirs);
     view->addChoice("Keep both", keepBoth);
     view->addChoice("Keep my version", keepMine);
-    connect(view, &QDialog::finished, this, &ConflictResolution::resolve);
+    connect(view, &QDialog::finished, this, [this, compared = *theirs->id](int choice) {
+        resolve(compared, choice);
+    });
     view->open();
 }
 
-void ConflictResolution::resolve(int choice) {
+void ConflictResolution::resolve(const std::optional<Uuid>& compared, int choice) {
     CDNote* const note = parts_.open.note();
     if (choice == QDialog::Rejected || note == nullptr) return;
     const NoteService& notes = parts_.environment.notes();
-    CDNoteRevision* const theirs = conflicting(notes, *note);
+    StoreContext& context = parts_.environment.context();
+    CDNoteRevision* const theirs = compared ? context.find<CDNoteRevision>(*compared) : nullptr;
     try {
         if (choice == useTheirs && theirs != nullptr) {
-            notes.useConflictVersion(parts_.environment.context(), *note, *theirs);
+            notes.useConflictVersion(context, *note, *theirs);
         } else {
             if (choice == keepBoth && theirs != nullptr) makeCopy(*theirs);
             notes.keepPresentVersion(*note);

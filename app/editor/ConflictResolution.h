@@ -1,8 +1,11 @@
 #pragma once
 
+#include "base/Uuid.h"
+
 #include <QObject>
 
 #include <functional>
+#include <optional>
 
 class QWidget;
 
@@ -38,7 +41,8 @@ signals:
 
 private:
     enum Choice { useTheirs = 1, keepMine, keepBoth };
-    void resolve(int choice);
+    /// `compared`: the other version that was shown; none when it is gone.
+    void resolve(const std::optional<Uuid>& compared, int choice);
     void makeCopy(const CDNoteRevision& theirs);
 
     Parts parts_;

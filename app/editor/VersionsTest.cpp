@@ -96,6 +96,20 @@ TEST_F(VersionsTest, AConflictEndsAsTheReaderSays) {
     }
 }
 
+TEST_F(VersionsTest, TheVersionThatWasComparedIsTheOneThatIsUsed) {
+    CDNote& note = noteInConflict();
+    choose(editor.notice(), "Compare…");
+    auto& newer = context().insert<CDNoteRevision>();
+    newer.createdAt = clock.now() + std::chrono::minutes(1);
+    newer.html = "<p>never seen</p>";
+    newer.reason = "conflict";
+    newer.note = &note;
+    context().save();
+    choose(*comparison(), "Use this version");
+    EXPECT_EQ(html(), "<p>one theirs</p>");
+    settle();
+}
+
 TEST_F(VersionsTest, ReturnOverTwoVersionsChangesNeither) {
     CDNote& note = noteInConflict();
     choose(editor.notice(), "Compare…");
