@@ -11,6 +11,7 @@
 #include "core/body/SelectiveEncryption.h"
 #include "search/SearchCoordinator.h"
 
+#include <QAbstractButton>
 #include <QMessageBox>
 #include <QPointer>
 #include <QScrollBar>
@@ -23,19 +24,10 @@
 namespace tesserine::app {
 namespace {
 
+constexpr const char* changedSentence =
+    "The note was changed meanwhile, so nothing was locked. Select the text again.";
+
 /// What goes from one thread to another; each side has its part of it at its own time.
-struct Sealing {
-    std::string passage;
-    SecretBytes passphrase;
-    std::string blob;
-
-    Sealing(std::string text, SecretBytes secret)
-        : passage(std::move(text)), passphrase(std::move(secret)) {}
-    Sealing(const Sealing&) = delete;
-    Sealing& operator=(const Sealing&) = delete;
-    ~Sealing() { wipe(passage); }
-};
-
 struct Opening {
     std::string blob;
     SecretBytes passphrase;
@@ -62,26 +54,45 @@ void replaceContent(BodyEdit& body, const AttributedText& text, int position) {
 
 }  // namespace
 
+/// A passage on its way to a locked block; each thread has its part of it at its own time.
+struct PassageLocking::Sealing {
+    Uuid note;
+    PassageRange range;
+    std::string passage;
+    SecretBytes passphrase;
+    std::string blob;
+
+    Sealing(const Uuid& id, const PassageRange& place, std::string text)
+        : note(id), range(place), passage(std::move(text)) {}
+    Sealing(const Sealing&) = delete;
+    Sealing& operator=(const Sealing&) = delete;
+    ~Sealing() { wipe(passage); }
+};
+
 PassageLocking::PassageLocking(Parts parts, QObject* parent)
     : QObject(parent), parts_(std::move(parts)) {}
 
 void PassageLocking::lockSelection() {
     const PassageRange range = selectionOf(parts_.body);
-    if (!parts_.open.id() || !isLockable(parts_.body.note().content(), range)) {
+    const AttributedText text = parts_.body.note().content();
+    if (!parts_.open.id() || parts_.body.isReadOnly() || !isLockable(text, range)) {
         return showNotice(&parts_.body, PassageError::notLockable().what());
     }
+    // Owned by the dialog, by the work and by what follows it on the main thread.
+    const auto sealing =
+        std::make_shared<Sealing>(*parts_.open.id(), range, plainText(text, range));
     auto* const dialog = new LockDialog(&parts_.body);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QDialog::accepted, this, [this, dialog, range] {
-        seal(range, dialog->takePassphrase());
+    connect(dialog, &QDialog::accepted, this, [this, dialog, sealing] {
+        sealing->passphrase = dialog->takePassphrase();
+        seal(sealing);
     });
     dialog->open();
 }
 
-void PassageLocking::seal(const PassageRange& range, SecretBytes passphrase) {
-    // Owned by the work and by what follows it on the main thread.
-    const auto sealing = std::make_shared<Sealing>(
-        plainText(parts_.body.note().content(), range), std::move(passphrase));
+void PassageLocking::seal(const std::shared_ptr<Sealing>& sealing) {
+    // The note may have been shown anew while the passphrase was typed.
+    if (!isStillThere(*sealing)) return showNotice(&parts_.body, changedSentence);
     parts_.body.setReadOnly(true);
     Random& random = parts_.environment.random();
     parts_.environment.inBackground(
@@ -90,33 +101,44 @@ void PassageLocking::seal(const PassageRange& range, SecretBytes passphrase) {
                 SelectiveEncryption::encrypt(sealing->passage, sealing->passphrase.text(), random);
         },
         this,
-        [this, range, sealing] {
-            parts_.body.setReadOnly(false);
-            place(range, sealing->passage, sealing->blob);
+        [this, sealing] {
+            allowTyping(*sealing);
+            place(*sealing);
         },
-        [this](const std::string& sentence) {
-            parts_.body.setReadOnly(false);
+        [this, sealing](const std::string& sentence) {
+            allowTyping(*sealing);
             showNotice(&parts_.body, sentence);
         });
 }
 
-void PassageLocking::place(
-    const PassageRange& range, const std::string& passage, const std::string& blob) {
-    AttributedText text = parts_.body.note().content();
-    // The note may have been shown anew while the key was derived.
-    const bool isStillThere = range.end() <= text.text.size() && isLockable(text, range)
-                              && plainText(text, range) == passage;
-    if (!isStillThere) return showNotice(&parts_.body, PassageError::notLockable().what());
-    lockRange(text, range, blob);
-    replaceContent(parts_.body, text, static_cast<int>(range.start));
-    if (!parts_.save()) return;
-    removeCopies(passage);
+/// The keys wait for no note but the one that is being locked, and none in the trash gets them.
+void PassageLocking::allowTyping(const Sealing& sealing) {
+    const CDNote* const note = parts_.open.note();
+    if (note == nullptr || parts_.open.id() != sealing.note) return;
+    parts_.body.setReadOnly(note->trashedAt.get().has_value());
 }
 
-void PassageLocking::removeCopies(const std::string& passage) {
-    CDNote* const note = parts_.open.note();
+bool PassageLocking::isStillThere(const Sealing& sealing) const {
+    if (parts_.open.id() != sealing.note || parts_.body.isReadOnly()) return false;
+    const AttributedText text = parts_.body.note().content();
+    return sealing.range.end() <= text.text.size() && isLockable(text, sealing.range)
+           && plainText(text, sealing.range) == sealing.passage;
+}
+
+void PassageLocking::place(const Sealing& sealing) {
+    // Another note may be shown, or this one anew, since the key began to be derived.
+    if (!isStillThere(sealing)) return showNotice(&parts_.body, changedSentence);
+    AttributedText text = parts_.body.note().content();
+    lockRange(text, sealing.range, sealing.blob);
+    replaceContent(parts_.body, text, static_cast<int>(sealing.range.start));
+    if (!parts_.save()) return;
+    removeCopies(sealing);
+}
+
+void PassageLocking::removeCopies(const Sealing& sealing) {
+    const CDNote* const note = parts_.open.note();
     if (note == nullptr) return;
-    auto copies = PassageService::copiesOf(*note, passage);
+    const auto copies = PassageService::copiesOf(*note, sealing.passage);
     QString remark;
     if (copies.isInNote) {
         remark = "The text still stands in the title of the note, or elsewhere in its body. ";
@@ -128,17 +150,21 @@ void PassageLocking::removeCopies(const std::string& passage) {
             "Earlier versions of this note still contain this text. Remove them?",
             QMessageBox::Yes | QMessageBox::No,
             QMessageBox::Yes);
-        if (answer == QMessageBox::Yes) {
-            PassageService::remove(parts_.environment.context(), *note, copies);
+        // Others may have changed the note meanwhile.
+        StoreContext& context = parts_.environment.context();
+        CDNote* const present = parts_.environment.notes().findNote(context, sealing.note);
+        if (answer == QMessageBox::Yes && present != nullptr) {
+            PassageService::remove(
+                context, *present, PassageService::copiesOf(*present, sealing.passage));
             if (!parts_.environment.save(&parts_.body)) return;
-        } else {
+        } else if (present != nullptr) {
             remark += "Earlier versions of this note still hold the text. ";
         }
     }
-    forgetDeleted(remark);
+    forgetDeleted(sealing.note, remark);
 }
 
-void PassageLocking::forgetDeleted(const QString& remark) {
+void PassageLocking::forgetDeleted(const Uuid& id, const QString& remark) {
     struct Result {
         bool isJournalEmpty = false;
         bool isIndexClean = false;
@@ -147,7 +173,7 @@ void PassageLocking::forgetDeleted(const QString& remark) {
     const auto result = std::make_shared<Result>();
     AppEnvironment& environment = parts_.environment;
     SearchCoordinator& search = environment.search();
-    const auto tell = [this, remark, result] {
+    const auto tell = [this, id, remark, result] {
         QString text = remark;
         if (!result->isJournalEmpty) {
             text += "Another program is using the library. Its journal may hold the text until "
@@ -156,7 +182,8 @@ void PassageLocking::forgetDeleted(const QString& remark) {
         if (!result->isIndexClean) text += "The search index may still hold the text. ";
         text += "Backups, exports and what a sync service keeps are older copies: they may still "
                 "hold the text.";
-        parts_.notice.tell(text);
+        if (parts_.open.id() == id) return parts_.notice.tell(text);
+        showNotice(&parts_.body, text.toStdString());
     };
     environment.inBackground(
         [result, &environment, &search](StoreContext&, const std::stop_token& stop) {
@@ -176,9 +203,10 @@ void PassageLocking::unlock(int position) {
     connect(dialog, &UnlockDialog::passphraseGiven, this, [this, dialog, blob = object.source] {
         decrypt(*dialog, blob);
     });
-    connect(dialog, &UnlockDialog::removalWanted, this, [this, dialog, position] {
-        removeLock(*dialog, position);
-    });
+    connect(
+        dialog, &UnlockDialog::removalWanted, this, [this, dialog, position, blob = object.source] {
+            askToRemoveLock(*dialog, position, blob);
+        });
     dialog->open();
 }
 
@@ -203,16 +231,30 @@ void PassageLocking::decrypt(UnlockDialog& dialog, const std::string& blob) {
         });
 }
 
-void PassageLocking::removeLock(UnlockDialog& dialog, int position) {
-    const auto answer = QMessageBox::warning(
-        &dialog,
+/// The box is not waited for: another program may take the note away, and the dialog with it.
+void PassageLocking::askToRemoveLock(UnlockDialog& dialog, int position, const std::string& blob) {
+    auto* const box = new QMessageBox(
+        QMessageBox::Warning,
         "Remove Encryption",
         "Removing encryption permanently replaces this block with plain, editable text. This "
         "cannot be undone.",
         QMessageBox::Ok | QMessageBox::Cancel,
-        QMessageBox::Cancel);
-    const bool isStillThere = parts_.body.objectAt(position).kind == NoteObject::Kind::locked;
-    if (answer != QMessageBox::Ok || !isStillThere || parts_.body.isReadOnly()) return;
+        &dialog);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setDefaultButton(QMessageBox::Cancel);
+    connect(
+        box->button(QMessageBox::Ok),
+        &QAbstractButton::clicked,
+        this,
+        [this, &dialog, position, blob] { removeLock(dialog, position, blob); });
+    box->open();
+}
+
+void PassageLocking::removeLock(UnlockDialog& dialog, int position, const std::string& blob) {
+    // The note may have been shown anew, with another passage in this place.
+    const NoteObject& object = parts_.body.objectAt(position);
+    const bool isStillThere = object.kind == NoteObject::Kind::locked && object.source == blob;
+    if (!isStillThere || parts_.body.isReadOnly()) return;
     NoteDocument& note = parts_.body.note();
     QTextCursor cursor(&note);
     cursor.setPosition(position);

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "base/SecretBytes.h"
+#include "base/Uuid.h"
 #include "core/body/PassageSelection.h"
 
 #include <QObject>
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace tesserine::app {
@@ -41,12 +43,18 @@ public:
     void unlock(int position);
 
 private:
-    void seal(const PassageRange& range, SecretBytes passphrase);
-    void place(const PassageRange& range, const std::string& passage, const std::string& blob);
-    void removeCopies(const std::string& passage);
-    void forgetDeleted(const QString& remark);
+    /// A passage of a note on its way to a locked block.
+    struct Sealing;
+
+    void seal(const std::shared_ptr<Sealing>& sealing);
+    void place(const Sealing& sealing);
+    bool isStillThere(const Sealing& sealing) const;
+    void allowTyping(const Sealing& sealing);
+    void removeCopies(const Sealing& sealing);
+    void forgetDeleted(const Uuid& id, const QString& remark);
     void decrypt(UnlockDialog& dialog, const std::string& blob);
-    void removeLock(UnlockDialog& dialog, int position);
+    void askToRemoveLock(UnlockDialog& dialog, int position, const std::string& blob);
+    void removeLock(UnlockDialog& dialog, int position, const std::string& blob);
 
     Parts parts_;
 };

@@ -23,6 +23,9 @@ class PassageLockingTest : public test::EditorFixture {
 public:
     void lockSelection(const QString& passphrase) {
         commands.trigger("note.lock");
+        givePassphrase(passphrase);
+    }
+    void givePassphrase(const QString& passphrase) {
         auto* const dialog = editor.findChild<LockDialog*>();
         ASSERT_NE(dialog, nullptr);
         dialog->findChild<QLineEdit*>("passphrase")->setText(passphrase);
@@ -50,6 +53,15 @@ public:
             return !label->text().startsWith("Enter the passphrase");
         });
         return dialog;
+    }
+    /// As another program does it.
+    void change(CDNote& note, const std::string& body) {
+        environment->notes().updateNote(context(), note, {.html = body});
+        context().save();
+    }
+    QString notice() {
+        const auto* const box = editor.findChild<QMessageBox*>("notice");
+        return box == nullptr ? QString() : box->text();
     }
     bool isInLibrary(const std::string& bytes) {
         for (const auto& entry :
@@ -116,12 +128,60 @@ TEST_F(PassageLockingTest, ShowsAPassageBesideTheNoteOnly) {
 
     answerNextMessage(QMessageBox::Ok);
     dialog->findChild<QPushButton*>("removeEncryption")->click();
+    ASSERT_TRUE(waitUntil([this] { return !message.empty(); }));
     EXPECT_EQ(
         message,
         "Removing encryption permanently replaces this block with plain, editable text. This "
         "cannot be undone.");
     EXPECT_EQ(html(), "<p>a</p><p>one</p><p>two</p>");
     EXPECT_FALSE(document().isUndoAvailable());
+}
+
+TEST_F(PassageLockingTest, LocksNothingWhenTheNoteChangedWhileThePassphraseWasTyped) {
+    CDNote& note = openNote("<p>|secret|</p><p>other</p>");
+    commands.trigger("note.lock");
+    change(note, "<p>more before</p><p>secret</p>");
+    givePassphrase("correct horse");
+    EXPECT_TRUE(notice().startsWith("The note was changed meanwhile")) << notice().toStdString();
+    environment->waitForBackground();
+    settle();
+    EXPECT_EQ(*note.html, "<p>more before</p><p>secret</p>");
+}
+
+TEST_F(PassageLockingTest, AKeyThatIsReadyLateDoesNothingToTheNextNote) {
+    CDNote& next = addNote("Old", "<p>secret</p>");
+    environment->notes().moveToTrash(next);
+    CDNote& note = openNote("<p>|secret|</p>");
+    lockSelection("correct horse");
+    editor.open(*next.id);
+    ASSERT_TRUE(waitUntil([this] { return !notice().isEmpty(); }));
+    EXPECT_EQ(*next.html, "<p>secret</p>");
+    EXPECT_EQ(*note.html, "<p>secret</p>");
+    EXPECT_TRUE(editor.body().isReadOnly()) << "it is in the trash";
+}
+
+TEST_F(PassageLockingTest, ALockIsNotTakenFromThePassageThatCameIntoItsPlace) {
+    const std::string first = lockedBlock(SelectiveEncryption::encrypt("one", "open", random));
+    const std::string second = lockedBlock(SelectiveEncryption::encrypt("two", "open", random));
+    CDNote& note = openNote(first + second);
+    auto* const dialog = unlock("open");
+    answerNextMessage(QMessageBox::Ok);
+    dialog->findChild<QPushButton*>("removeEncryption")->click();
+    change(note, second + first);
+    ASSERT_TRUE(waitUntil([this] { return !message.empty(); }));
+    EXPECT_EQ(*note.html, second + first);
+}
+
+TEST_F(PassageLockingTest, TheQuestionAboutALockGoesWithItsNote) {
+    const Uuid id = *openNote(lockedBlock(SelectiveEncryption::encrypt("one", "open", random))).id;
+    unlock("open")->findChild<QPushButton*>("removeEncryption")->click();
+    const auto elsewhere = environment->store().newBackgroundContext();
+    environment->notes().deleteNote(*elsewhere, *elsewhere->find<CDNote>(id));
+    elsewhere->save();
+    EXPECT_TRUE(waitUntil([this] {
+        settle();
+        return editor.findChildren<QDialog*>().isEmpty() && !editor.isEnabled();
+    }));
 }
 
 TEST_F(PassageLockingTest, SaysWhichBlockCannotBeRead) {
