@@ -113,6 +113,7 @@ void BodyEdit::toggleMark(HTMLElement element) {
 }
 
 void BodyEdit::changeStyle(const std::function<void(InlineStyle&)>& change) {
+    if (isReadOnly()) return;
     const QTextCursor cursor = textCursor();
     if (cursor.hasSelection()) return note().changeStyles(cursor, change);
     InlineStyle style{.marks = note().style(currentCharFormat()).marks};
@@ -121,6 +122,7 @@ void BodyEdit::changeStyle(const std::function<void(InlineStyle&)>& change) {
 }
 
 void BodyEdit::edit(const std::function<void(NoteDocument& note, QTextCursor& cursor)>& change) {
+    if (isReadOnly()) return;
     QTextCursor cursor = textCursor();
     change(note(), cursor);
     setTextCursor(cursor);

@@ -4,6 +4,8 @@
 #include "app/editor/NoticeBar.h"
 #include "core/model/NoteEntities.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QLabel>
 
 namespace tesserine::app {
@@ -73,6 +75,27 @@ TEST_F(NoteEditor, ShowsWhatOthersWroteWhileNothingIsTyped) {
     ASSERT_TRUE(waitUntil([&] { return html() == "<p>theirs</p>"; }));
     EXPECT_EQ(editor.title().text(), "Theirs");
     EXPECT_EQ(editor.notice().text(), "");
+}
+
+TEST_F(NoteEditor, ChangesNoNoteInTheTrash) {
+    CDNote& note = openNote("<p>|one|</p>");
+    const QTextCursor chosen = editor.body().textCursor();
+    environment->notes().moveToTrash(note);
+    context().save();
+    QApplication::clipboard()->setText("pasted");
+    for (const char* command :
+         {"format.bold",
+          "format.heading1",
+          "format.alignCenter",
+          "format.divider",
+          "format.noteLink",
+          "edit.pastePlain",
+          "note.attach",
+          "note.lock"}) {
+        editor.body().setTextCursor(chosen);
+        commands.trigger(command);
+        EXPECT_EQ(html(), "<p>one</p>") << command;
+    }
 }
 
 TEST_F(NoteEditor, KeepsBothVersionsWhenOthersWriteWhileTyping) {

@@ -51,7 +51,7 @@ Paster::Paster(const Parts& parts, QObject* parent) : QObject(parent), parts_(pa
 }
 
 void Paster::paste(const QMimeData& data) {
-    if (!parts_.open.id()) return;
+    if (!parts_.open.id() || parts_.body.isReadOnly()) return;
     const auto files = localFiles(data);
     if (!files.empty()) return attach(files);
     const NoteDocument& note = parts_.body.note();
@@ -116,7 +116,8 @@ void Paster::pastePicture(const QMimeData& data) {
 void Paster::attach(const std::vector<std::filesystem::path>& files) {
     std::vector<std::string> objects;
     CDNote* const note = parts_.open.note();
-    if (note == nullptr) return;
+    // It may have gone to the trash while the files were chosen.
+    if (note == nullptr || parts_.body.isReadOnly()) return;
     for (const std::filesystem::path& file : files) {
         try {
             objects.push_back(
@@ -130,6 +131,7 @@ void Paster::attach(const std::vector<std::filesystem::path>& files) {
 }
 
 void Paster::choose(Wanted wanted) {
+    if (!parts_.open.id() || parts_.body.isReadOnly()) return;
     const bool wantsPictures = wanted == Wanted::pictures;
     const QStringList chosen = QFileDialog::getOpenFileNames(
         &parts_.body,
