@@ -1,13 +1,17 @@
 // What stands around the body of a note: its reminder, its words counted, its headings.
 
 #include "app/editor/EditorFixture.h"
+#include "app/editor/PanelList.h"
+#include "app/editor/SidePanel.h"
 #include "core/model/NoteEntities.h"
 
+#include <QAction>
 #include <QDateTimeEdit>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
 #include <QPushButton>
 
 namespace tesserine::app {
@@ -36,6 +40,32 @@ public:
         settle();
     }
 };
+
+TEST_F(SideOfNote, AFileMayGoElsewhereWhileItsDeletionIsAskedAbout) {
+    CDNote& note = openNote("<p>|</p>");
+    const Uuid id = *environment->attachments()
+                         .insert(context(), note, {.filename = "a.txt", .data = {'a'}})
+                         .id;
+    context().save();
+    auto& panel = *editor.findChild<SidePanel*>();
+    panel.open(SidePanel::Part::attachments);
+    auto& files = *editor.findChild<PanelList*>("attachments");
+    emit files.customContextMenuRequested(files.visualItemRect(files.item(0)).center());
+    for (QAction* const action : editor.findChildren<QAction*>()) {
+        if (action->text() == "Delete…") action->trigger();
+    }
+    auto* const box = editor.findChild<QMessageBox*>();
+    ASSERT_NE(box, nullptr);
+
+    const auto elsewhere = environment->store().newBackgroundContext();
+    elsewhere->remove(*elsewhere->find<CDAttachment>(id));
+    elsewhere->save();
+    ASSERT_TRUE(waitUntil([&] { return context().find<CDAttachment>(id) == nullptr; }));
+    for (auto* const button : box->findChildren<QPushButton*>()) {
+        if (button->text().remove('&') == "Delete") button->click();
+    }
+    EXPECT_EQ(files.count(), 0);
+}
 
 TEST_F(SideOfNote, AReminderIsSetChangedAndTakenAway) {
     CDNote& note = openNote("<p>|</p>");

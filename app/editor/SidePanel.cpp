@@ -296,7 +296,7 @@ void SidePanel::showAttachmentMenu(const QPoint& point) {
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->addAction(icon("open"), "Open", this, [this, id] { emit attachmentChosen(id); });
     menu->addAction(icon("export"), "Save As…", this, [this, id] { saveAttachment(id); });
-    menu->addAction(icon("trash"), "Delete…", this, [this, id] { deleteAttachment(id); });
+    menu->addAction(icon("trash"), "Delete…", this, [this, id] { askToDeleteAttachment(id); });
     menu->popup(attachments_->mapToGlobal(point));
 }
 
@@ -306,20 +306,23 @@ void SidePanel::saveAttachment(const Uuid& id) {
     const QString name = QString::fromStdString(attachment->filename.valueOr("Attachment"));
     const QString file = QFileDialog::getSaveFileName(this, "Save attachment", name);
     if (file.isEmpty()) return;
+    // Others may have deleted it while the file was chosen.
+    const CDAttachment* const present = parts_.environment.context().find<CDAttachment>(id);
+    if (present == nullptr) return showNotice(this, "The attachment could not be found.");
     try {
         const auto integrity = parts_.environment.attachments().saveToFile(
-            *attachment, file.toStdString(), AttachmentService::IfExists::replace);
+            *present, file.toStdString(), AttachmentService::IfExists::replace);
         if (integrity == AttachmentService::Integrity::damaged) {
-            showNotice(this, AttachmentService::damageWarning(*attachment));
+            showNotice(this, AttachmentService::damageWarning(*present));
         }
     } catch (const UserError& error) {
         showNotice(this, error.what());
     }
 }
 
-void SidePanel::deleteAttachment(const Uuid& id) {
+void SidePanel::askToDeleteAttachment(const Uuid& id) {
     if (!parts_.save()) return;
-    auto* const attachment = parts_.environment.context().find<CDAttachment>(id);
+    const auto* const attachment = parts_.environment.context().find<CDAttachment>(id);
     if (attachment == nullptr) return;
     const bool isInVersions =
         !parts_.environment.attachments().referringRevisions(*attachment).empty();
@@ -327,12 +330,19 @@ void SidePanel::deleteAttachment(const Uuid& id) {
         isInVersions
             ? "Delete this attachment? Earlier versions of the note show it too and will lose it."
             : "Delete this attachment? This cannot be undone.";
-    QMessageBox box(
+    auto* const box = new QMessageBox(
         QMessageBox::Question, "Delete Attachment", question, QMessageBox::Cancel, this);
-    box.setDefaultButton(QMessageBox::Cancel);
-    const QAbstractButton* const deletion = box.addButton("Delete", QMessageBox::DestructiveRole);
-    box.exec();
-    if (box.clickedButton() != deletion) return;
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setDefaultButton(QMessageBox::Cancel);
+    const auto* const deletion = box->addButton("Delete", QMessageBox::DestructiveRole);
+    connect(deletion, &QAbstractButton::clicked, this, [this, id] { deleteAttachment(id); });
+    box->open();
+}
+
+/// Others may have deleted it while the question was shown.
+void SidePanel::deleteAttachment(const Uuid& id) {
+    auto* const attachment = parts_.environment.context().find<CDAttachment>(id);
+    if (attachment == nullptr) return fillAttachments();
     parts_.environment.attachments().deleteAttachment(parts_.environment.context(), *attachment);
     if (parts_.environment.save(this)) emit reverted();
     fillAttachments();

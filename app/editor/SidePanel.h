@@ -60,6 +60,7 @@ private:
     void showVersion(const Uuid& id);
     void showAttachmentMenu(const QPoint& point);
     void saveAttachment(const Uuid& id);
+    void askToDeleteAttachment(const Uuid& id);
     void deleteAttachment(const Uuid& id);
     void tellCommands();
     Part part() const;
