@@ -208,8 +208,8 @@ void AskPanel::run(
             work(*exchange, *assistant, given);
         },
         [this, exchange, done = std::move(done)] {
-            showBusy(false);
             done(exchange);
+            showBusy(false);
         });
 }
 
@@ -269,14 +269,20 @@ void AskPanel::showAnswer(const std::shared_ptr<const Exchange>& exchange) {
     state_->hide();
     answer_->show();
     figures_->show();
-    answer_->setFocus();
+    if (hasKeys()) answer_->setFocus();
 }
 
 /// The question stays, so that it can be asked again.
 void AskPanel::showFailure(const QString& sentence) {
-    showBusy(false);
     showSentence(sentence);
-    question_->setFocus();
+    if (hasKeys()) question_->setFocus();
+    showBusy(false);
+}
+
+/// Whoever writes in the note meanwhile goes on there.
+bool AskPanel::hasKeys() const {
+    const QWidget* const widget = window()->focusWidget();
+    return widget == nullptr || widget == this || isAncestorOf(widget);
 }
 
 /// In the place of an answer.

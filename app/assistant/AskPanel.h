@@ -69,6 +69,7 @@ private:
     void showFailure(const QString& sentence);
     void showSentence(const QString& sentence);
     void showBusy(bool isBusy);
+    bool hasKeys() const;
     void open(int citation);
     void refresh();
     bool event(QEvent* event) override;

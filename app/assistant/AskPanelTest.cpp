@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QDateEdit>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -268,6 +269,25 @@ TEST_F(AskPanelTest, BothDaysOfASpanBelongToIt) {
         EXPECT_EQ(sent(0).find("Hotel of the " + std::string(day)) != std::string::npos, isWithin)
             << day;
     }
+}
+
+TEST_F(AskPanelTest, TakesNoKeysFromWhoWritesElsewhereMeanwhile) {
+    addNote("Hotel", "<p>Hotel of the lake</p>");
+    QWidget window;
+    auto* const note = new QLineEdit(&window);
+    panel_->setParent(&window);
+    window.show();
+    panel_->show();
+    for (const int status : {200, 500}) {
+        if (status == 500) {
+            network.answer = [](const HTTPRequest&) { return HTTPReply{.status = 500}; };
+        }
+        ask("Which hotel?");
+        note->setFocus();
+        EXPECT_TRUE(waitForEnd());
+        EXPECT_EQ(window.focusWidget(), note) << status;
+    }
+    panel_.reset();
 }
 
 TEST_F(AskPanelTest, LooksWhereTheFiltersSay) {

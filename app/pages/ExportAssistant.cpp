@@ -40,7 +40,8 @@ ExportAssistant::ExportAssistant(
     all->addWidget(steps_);
     showStep(*steps_, choiceStep);
     resizeToFit(*this, {520, 420});
-    connect(&job_, &Job::failed, this, &ExportAssistant::showFailure);
+    connect(
+        &job_, &Job::failed, this, [this](const QString& sentence) { endWith(sentence, false); });
 }
 
 QWidget* ExportAssistant::makeChoice(const QString& folder) {
@@ -96,10 +97,13 @@ QWidget* ExportAssistant::makeResult() {
     outcome_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     step.column->addWidget(outcome_);
     step.column->addStretch(1);
+    back_ = new QPushButton(tr("Back"), step.page);
     show_ = new QPushButton(tr("Show in Folder"), step.page);
     QPushButton* const done = makeMainButton(tr("Done"), step.page);
+    connect(back_, &QPushButton::clicked, this, [this] { showStep(*steps_, choiceStep); });
     connect(show_, &QPushButton::clicked, this, [this] { showFolder(written_); });
     connect(done, &QPushButton::clicked, this, &QDialog::accept);
+    step.buttons->addWidget(back_);
     step.buttons->addWidget(show_);
     step.buttons->addWidget(done);
     return step.page;
@@ -157,13 +161,13 @@ void ExportAssistant::showResult(const ExportSummary& summary) {
     for (const std::string& warning : summary.warnings) {
         text += "\n" + QString::fromStdString(warning);
     }
-    outcome_->setText(text);
-    showStep(*steps_, resultStep);
+    endWith(text, true);
 }
 
-void ExportAssistant::showFailure(const QString& sentence) {
-    outcome_->setText(sentence);
-    show_->hide();
+void ExportAssistant::endWith(const QString& text, bool isWritten) {
+    outcome_->setText(text);
+    show_->setVisible(isWritten);
+    back_->setVisible(!isWritten);
     showStep(*steps_, resultStep);
 }
 

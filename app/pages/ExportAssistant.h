@@ -31,7 +31,7 @@ private:
     void chooseFolder();
     void run();
     void showResult(const ExportSummary& summary);
-    void showFailure(const QString& sentence);
+    void endWith(const QString& text, bool isWritten);
     void reject() override;
 
     AppEnvironment& environment_;
@@ -47,6 +47,7 @@ private:
     QCheckBox* originals_ = nullptr;
     QCheckBox* trash_ = nullptr;
     QLabel* outcome_ = nullptr;
+    QPushButton* back_ = nullptr;
     QPushButton* show_ = nullptr;
 };
 

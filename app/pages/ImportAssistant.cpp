@@ -190,7 +190,8 @@ void ImportAssistant::look() {
 void ImportAssistant::showPreview(const ImportPreview& found) {
     content_->setText(importing::sentence(found));
     import_->setEnabled(found.found > 0);
-    if (found.found > 0) import_->setFocus();
+    const bool isTyping = notebook_->isModified() || tag_->isModified();
+    if (found.found > 0 && !isTyping) import_->setFocus();
 }
 
 ImportOptions ImportAssistant::options() const {
@@ -236,6 +237,7 @@ void ImportAssistant::showReport(const ImportReport& made) {
     troubles_->setPlainText(lines.join('\n'));
     troubles_->setVisible(!lines.isEmpty());
     undo_->setVisible(made.id && made.imported > 0);
+    undo_->setEnabled(true);
     showStep(*steps_, reportStep);
     emit imported(firstNoteOf(made));
 }
@@ -257,6 +259,7 @@ void ImportAssistant::undo() {
 }
 
 void ImportAssistant::showFailure(const QString& sentence) {
+    if (steps_->currentIndex() == choiceStep) return;  // what was looked at is no longer wanted
     if (steps_->currentIndex() == previewStep) {
         content_->setText(sentence);
         return;

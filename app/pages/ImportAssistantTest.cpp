@@ -172,6 +172,14 @@ TEST_F(ExportAssistantTest, AFolderThatIsNotThereIsASentence) {
     ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "exportOutcome").empty(); }));
     EXPECT_TRUE(QString::fromStdString(textOf(assistant, "exportOutcome")).endsWith('.'));
     EXPECT_FALSE(std::filesystem::exists(setting().library / "inside"));
+
+    press(assistant, "Back");
+    assistant.findChild<QLineEdit*>("exportFolder")
+        ->setText(QString::fromStdString(folder.path().string()));
+    press(assistant, "Export");
+    EXPECT_TRUE(waitUntil([&] {
+        return textOf(assistant, "exportOutcome").starts_with("0 notes, 0 files");
+    })) << textOf(assistant, "exportOutcome");
 }
 
 }  // namespace
