@@ -33,6 +33,12 @@ public:
     CDNote* stored(const std::string& title) {
         return context().fetchFirst<CDNote>({.predicate = {"title == %@", title}});
     }
+    void typeAtTheEnd(const CDNote& note, const QString& words) {
+        list().choose(*note.id);
+        editor().body().setFocus();
+        press(Qt::Key_End, Qt::ControlModifier);
+        type(words);
+    }
     std::string place() { return window().current().place.address(); }
     /// A second program on the same library.
     std::unique_ptr<TesserineStore> terminal() {
@@ -79,10 +85,7 @@ TEST_F(Journey, ANoteTrashedElsewhereWhileItIsTypedInKeepsTheWordsAndTheOthersSt
     addNote("Bill");
     addNote("Dog");
     CDNote& plan = addNote("Plan", "<p>first</p>");
-    list().choose(*plan.id);
-    editor().body().setFocus();
-    press(Qt::Key_End, Qt::ControlModifier);
-    type(" mine");
+    typeAtTheEnd(plan, " mine");
     const auto other = terminal();
     StoreContext& theirs = other->viewContext();
     environment->notes().moveToTrash(*theirs.find<CDNote>(*plan.id));
@@ -94,10 +97,7 @@ TEST_F(Journey, ANoteTrashedElsewhereWhileItIsTypedInKeepsTheWordsAndTheOthersSt
 
 TEST_F(Journey, ANoteDeletedElsewhereWhileItIsTypedInLeavesItsWordsAndAWindowThatGoesOn) {
     CDNote& plan = addNote("Plan", "<p>first</p>");
-    list().choose(*plan.id);
-    editor().body().setFocus();
-    press(Qt::Key_End, Qt::ControlModifier);
-    type(" mine");
+    typeAtTheEnd(plan, " mine");
     const auto other = terminal();
     StoreContext& theirs = other->viewContext();
     environment->notes().deleteNote(theirs, *theirs.find<CDNote>(*plan.id));
@@ -110,10 +110,7 @@ TEST_F(Journey, ANoteDeletedElsewhereWhileItIsTypedInLeavesItsWordsAndAWindowTha
 
 TEST_F(Journey, TypingAgainstAnotherWriterKeepsBothVersions) {
     CDNote& plan = addNote("Plan", "<p>first</p>");
-    list().choose(*plan.id);
-    editor().body().setFocus();
-    press(Qt::Key_End, Qt::ControlModifier);
-    type(" mine");
+    typeAtTheEnd(plan, " mine");
     const auto other = terminal();
     StoreContext& theirs = other->viewContext();
     environment->notes().updateNote(
