@@ -163,8 +163,9 @@ private:
     std::string objectComparison(EntityKind kind, bool mayBeNil, std::vector<Argument>& arguments) {
         const std::string operation = chance(60) ? " == " : " != ";
         if (mayBeNil && chance(40)) return operation + "nil";
-        return operation
-               + argument({.object = std::pair(kind, below(objectsPerEntity))}, "nil", arguments);
+        Argument object;
+        object.object.emplace(kind, below(objectsPerEntity));
+        return operation + argument(object, "nil", arguments);
     }
 
     std::string attributeComparison(AttributeType type, std::vector<Argument>& arguments) {
@@ -198,9 +199,9 @@ private:
 
     /// A `%@`, or `otherwise` when all are used.
     static std::string argument(
-        Argument made, const std::string& otherwise, std::vector<Argument>& arguments) {
+        const Argument& made, const std::string& otherwise, std::vector<Argument>& arguments) {
         if (arguments.size() == maximumArguments) return otherwise;
-        arguments.push_back(std::move(made));
+        arguments.push_back(made);
         return "%@";
     }
 
