@@ -103,6 +103,24 @@ TEST_F(SyncControlTest, WhatTheTerminalDoesToTheSharedSignInIsFollowed) {
     EXPECT_EQ(server.pushedCount(), pushed) << "or the other account has it";
 }
 
+TEST_F(SyncControlTest, AnotherAccountSignedInByTheTerminalIsAskedAboutAtTheFirstLook) {
+    lookRarely();
+    signIn();
+    SyncService terminal(
+        "https://notes.example.org",
+        {.session = server, .secrets = keyring, .clock = realClock, .random = random});
+    terminal.account().signOut();
+    realClock.advance(std::chrono::hours(2));  // the access token has run out
+    control().syncNow();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+
+    server.accountID = "another";
+    terminal.account().completeSignIn("code", "desk");
+    control().syncNow();
+    EXPECT_TRUE(waitFor(Phase::asking)) << control().state().sentence;
+    EXPECT_EQ(control().state().question, SyncQuestion::Kind::anotherAccount);
+}
+
 TEST_F(SyncControlTest, AnOpenWayAnswersNoQuestionAndSignsNobodyIn) {
     environment->startWork();
     ASSERT_TRUE(waitFor(Phase::signedOut));

@@ -147,12 +147,24 @@ void SyncWorker::handle(const SyncError& error) {
     if (error.kind() == SyncError::Kind::signedOut) {
         channel_.reset();
         holdBack(environment_.interval);  // without the network, unless another program signs in
-        return tell(Phase::signedOut, error.what());
+        tell(Phase::signedOut, error.what());
+        if (isSomebodyElseSignedIn()) syncNow({});  // which asks whether the notes belong there
+        return;
     }
     schedule_.failed(error);
     if (!error.isTransient()) holdBack(longPause);
     const bool isOffline = error.kind() == SyncError::Kind::offline;
     tell(isOffline ? Phase::offline : Phase::waiting, error.what());
+}
+
+/// Another program may have put another account in the place of the one that was begun for.
+bool SyncWorker::isSomebodyElseSignedIn() {
+    try {
+        const auto present = environment_.service.account().account();
+        return state_.account && present && present->id != state_.account->id;
+    } catch (const SyncError&) {
+        return false;  // nobody can be signed in while the keyring is out of reach
+    }
 }
 
 void SyncWorker::holdBack(std::chrono::nanoseconds pause) {

@@ -74,6 +74,7 @@ private:
     std::chrono::nanoseconds pause() const;
     void synchronise(const SyncEngine::Consent& consent, const std::stop_token& stop);
     void handle(const SyncError& error);
+    bool isSomebodyElseSignedIn();
     void holdBack(std::chrono::nanoseconds pause);
     void tell(SyncState::Phase phase, const std::string& sentence = {});
 
