@@ -62,6 +62,7 @@ ImportAssistant::ImportAssistant(AppEnvironment& environment, QWidget* parent)
     showStep(*steps_, choiceStep);
     resizeToFit(*this, {560, 540});
     connect(&job_, &Job::failed, this, &ImportAssistant::showFailure);
+    connect(&job_, &Job::finished, this, &ImportAssistant::beginLook);
 }
 
 ImportAssistant::~ImportAssistant() = default;
@@ -115,6 +116,7 @@ QWidget* ImportAssistant::makePreview() {
     import_ = makeMainButton(tr("Import"), step.page);
     connect(back, &QPushButton::clicked, this, [this] {
         job_.cancel();
+        isLookDue_ = false;
         showStep(*steps_, choiceStep);
     });
     connect(import_, &QPushButton::clicked, this, &ImportAssistant::run);
@@ -143,7 +145,7 @@ QWidget* ImportAssistant::makeReport() {
 }
 
 bool ImportAssistant::begin(const std::vector<std::filesystem::path>& paths) {
-    if (paths.empty() || job_.isRunning()) return false;
+    if (paths.empty() || steps_->currentIndex() > previewStep) return false;
     source_ = sourceFor(sources_, paths.front());
     if (!source_) return false;
     paths_ = paths;
@@ -162,7 +164,7 @@ void ImportAssistant::pick(const ImportSource& source) {
             paths.push_back(pathOf(file));
         }
     }
-    if (paths.empty() || job_.isRunning()) return;
+    if (paths.empty()) return;
     source_ = &source;
     paths_ = std::move(paths);
     look();
@@ -176,7 +178,15 @@ void ImportAssistant::look() {
     choices_->setVisible(source_->choices == ImportSource::Choices::all);
     import_->setEnabled(false);
     showStep(*steps_, previewStep);
+    job_.cancel();
+    isLookDue_ = true;
+    beginLook();
+}
 
+/// One look at a time: what was given up for another comes to its end first.
+void ImportAssistant::beginLook() {
+    if (!isLookDue_ || job_.isRunning()) return;
+    isLookDue_ = false;
     const auto found = std::make_shared<ImportPreview>();
     job_.start(
         [source = *source_, paths = paths_, found](const Job::Given& given) {
@@ -259,6 +269,7 @@ void ImportAssistant::undo() {
 }
 
 void ImportAssistant::showFailure(const QString& sentence) {
+    if (isLookDue_) return beginLook();                // it was of what was given up
     if (steps_->currentIndex() == choiceStep) return;  // what was looked at is no longer wanted
     if (steps_->currentIndex() == previewStep) {
         content_->setText(sentence);

@@ -45,6 +45,7 @@ private:
 
     void pick(const ImportSource& source);
     void look();
+    void beginLook();
     void showPreview(const ImportPreview& preview);
     ImportOptions options() const;
     void run();
@@ -57,6 +58,7 @@ private:
     const std::vector<ImportSource> sources_;
     const ImportSource* source_ = nullptr;
     ImportSource::Paths paths_;
+    bool isLookDue_ = false;
     std::optional<Uuid> reportID_;
     Job job_;
 

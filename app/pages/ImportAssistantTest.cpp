@@ -121,6 +121,14 @@ TEST_F(ImportAssistantTest, ADamagedSourceIsASentenceAndTheNextOneIsLookedAt) {
     EXPECT_TRUE(says("importContent", "2 notes in 2 notebooks."));
 }
 
+TEST_F(ImportAssistantTest, WhatIsPickedWhileALookEndsIsLookedAtNext) {
+    ASSERT_TRUE(assistant.begin({folder / "gone.md"}));
+    press(assistant, "Back");
+    ASSERT_TRUE(assistant.begin({folder / "Notes"})) << "the first look has not ended yet";
+    EXPECT_TRUE(says("importContent", "2 notes in 2 notebooks."))
+        << textOf(assistant, "importContent");
+}
+
 TEST(ImportWords, SayWhatWillComeInAndWhatDid) {
     ImportPreview preview{.found = 1};
     EXPECT_EQ(importing::sentence(preview).toStdString(), "1 note.");
