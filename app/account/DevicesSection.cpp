@@ -35,7 +35,7 @@ void DevicesSection::refresh() {
 void DevicesSection::signOut(const QString& id) {
     ask<std::vector<DeviceSessionInfo>>(
         [session = id.toStdString()](SyncClient& client, const std::stop_token& stop) {
-            client.revokeSession(session, stop);
+            end([&] { client.revokeSession(session, stop); });
             return devicesOf(client, stop);
         },
         [this](const auto& devices) { showDevices(devices); });

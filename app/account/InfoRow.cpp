@@ -1,5 +1,6 @@
 #include "app/account/InfoRow.h"
 
+#include "app/look/LongWords.h"
 #include "app/look/PageParts.h"
 
 #include <QHBoxLayout>
@@ -23,8 +24,8 @@ InfoRow::InfoRow(const QString& title, const QString& hint, QWidget* control, QW
 }
 
 void InfoRow::setTexts(const QString& title, const QString& hint) {
-    title_->setText(title);
-    hint_->setText(hint);
+    title_->setText(withBreaks(title));
+    hint_->setText(withBreaks(hint));
     hint_->setVisible(!hint.isEmpty());
     setAccessibleName(title);
     setAccessibleDescription(hint);

@@ -2,8 +2,11 @@
 
 #include "app/look/PageParts.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -29,6 +32,10 @@ Section::Section(const QString& heading, AppEnvironment& environment, QWidget* p
     showFailure({});
     connect(&job_, &Job::failed, this, [this](const QString& sentence) {
         showFailure(sentence);
+        // Once it has its place; only for who is at work here, others keep what they look at.
+        if (isAncestorOf(QApplication::focusWidget())) {
+            QTimer::singleShot(0, this, &Section::bringFailureIntoView);
+        }
         emit notAnswered();
         askNext();
     });
@@ -37,6 +44,22 @@ Section::Section(const QString& heading, AppEnvironment& environment, QWidget* p
 
 void Section::askNext() {
     if (const auto next = std::exchange(next_, {})) next();
+}
+
+void Section::bringFailureIntoView() {
+    for (QWidget* around = parentWidget(); around != nullptr; around = around->parentWidget()) {
+        auto* const area = qobject_cast<QScrollArea*>(around);
+        if (area != nullptr) return area->ensureWidgetVisible(failure_, 0, space::medium);
+    }
+}
+
+void Section::end(const std::function<void()>& request) {
+    constexpr int notFound = 404;
+    try {
+        request();
+    } catch (const SyncError& error) {
+        if (error.problem().status != notFound) throw;
+    }
 }
 
 QPushButton* Section::makeButton(const QString& title, const char* objectName) {

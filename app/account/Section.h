@@ -46,9 +46,12 @@ protected:
         std::function<Answer(SyncClient& client, const std::stop_token& stop)> question,
         std::function<void(const Answer& answer)> show);
     void showFailure(const QString& sentence);
+    /// Ends something at the service; that somebody else has ended it already is no failure.
+    static void end(const std::function<void()>& request);
 
 private:
     void askNext();
+    void bringFailureIntoView();
 
     AppEnvironment& environment_;
     QVBoxLayout* const column_;

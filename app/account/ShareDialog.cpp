@@ -1,5 +1,6 @@
 #include "app/account/ShareDialog.h"
 
+#include "app/look/LongWords.h"
 #include "app/look/PageParts.h"
 #include "app/state/AppEnvironment.h"
 #include "core/model/NoteEntities.h"
@@ -87,7 +88,8 @@ void ShareDialog::build(const QString& title) {
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(space::huge, space::huge, space::huge, space::huge);
     column->setSpacing(space::medium);
-    column->addWidget(makeText(title.isEmpty() ? tr("Untitled") : title, TextRole::heading, this));
+    const QString heading = title.isEmpty() ? tr("Untitled") : withBreaks(title);
+    column->addWidget(makeText(heading, TextRole::heading, this));
     column->addWidget(state_);
     column->addLayout(row);
     column->addSpacing(space::small);
@@ -117,6 +119,7 @@ void ShareDialog::ask(Question question) {
 }
 
 void ShareDialog::showAnswer(const Answer& answer) {
+    isShared_ = answer.isShared;
     state_->setText(wordsFor(answer.isShared, !answer.url.isEmpty()));
     link_->setText(answer.url);
     link_->setVisible(!answer.url.isEmpty());
@@ -136,6 +139,7 @@ void ShareDialog::fitHeight() { setFixedHeight(layout()->totalHeightForWidth(wid
 void ShareDialog::fail(const QString& sentence) {
     setTone(*state_, Tone::danger);
     state_->setText(sentence);
+    stop_->setVisible(isShared_);
     make_->setVisible(true);
     fitHeight();
 }

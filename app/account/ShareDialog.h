@@ -50,6 +50,7 @@ private:
     QPushButton* const copy_;
     QPushButton* const make_;
     QPushButton* const stop_;
+    bool isShared_ = false;  // as the service said last
     Job job_;
 };
 

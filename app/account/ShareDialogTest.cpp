@@ -72,6 +72,12 @@ TEST_F(ShareDialogTest, ANoteThatIsSharedAlreadyCanBeTakenBackAtOnce) {
     openDialog();
     ASSERT_TRUE(waitUntil([this] { return button("stopSharing").isVisible(); }));
     EXPECT_EQ(button("createLink").text(), "New Link");
+
+    control().stop();
+    failure = HTTPReply{.status = 400};
+    button("stopSharing").click();
+    ASSERT_TRUE(waitUntil([this] { return button("createLink").isVisible(); }));
+    EXPECT_TRUE(button("stopSharing").isVisible()) << "to be tried again";
 }
 
 TEST_F(ShareDialogTest, WhatTheServiceSaysIsShownAndCanBeTriedAgain) {

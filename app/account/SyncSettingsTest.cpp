@@ -1,6 +1,8 @@
 #include "app/account/SyncSettings.h"
 
+#include "app/account/DevicesSection.h"
 #include "app/account/SyncStatus.h"
+#include "app/account/TokensSection.h"
 #include "app/look/Theme.h"
 #include "app/state/SyncFixture.h"
 #include "app/testing/WidgetFaultsFixture.h"
@@ -15,6 +17,7 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QTest>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -56,7 +59,9 @@ public:
             return reply(R"({"id":"7","token":"secret-1","label":"Backup script",
                              "created_at":"2026-03-14T09:00:00Z"})");
         }
+        if (path == "api-tokens" && isListBroken) return HTTPReply{.status = 400};
         if (path == "api-tokens/7") {
+            if (!hasToken) return HTTPReply{.status = 404};
             hasToken = false;
             return HTTPReply{.status = 204};
         }
@@ -122,6 +127,7 @@ public:
     std::atomic<int> storageQuestions = 0;
     std::atomic<bool> isPhoneSignedIn = true;
     std::atomic<bool> hasToken = false;
+    std::atomic<bool> isListBroken = false;
 
 private:
     std::unique_ptr<QDialog> dialog_;
@@ -322,6 +328,45 @@ TEST_F(SyncSettingsTest, TheSecretOfATokenIsShownOnce) {
     press("Delete: Backup script");
     EXPECT_TRUE(waitForText("There is none."));
     EXPECT_FALSE(hasToken);
+}
+
+TEST_F(SyncSettingsTest, TheSecretOfATokenStaysWhileTheTokenDoes) {
+    signIn();
+    page();
+    ASSERT_TRUE(waitForText("There is none."));
+    isListBroken = true;
+    find<QLineEdit>("tokenLabel").setText("Backup script");
+    find("createToken").click();
+    ASSERT_TRUE(waitForText("The server returned an error (400)."));
+    EXPECT_EQ(find<QLineEdit>("tokenSecret").text(), "secret-1") << "the token exists";
+
+    isListBroken = false;
+    page().findChild<TokensSection*>()->refresh();
+    ASSERT_TRUE(waitForText("Backup script"));
+    EXPECT_TRUE(find<QLineEdit>("tokenSecret").isVisible());
+    hasToken = false;  // deleted by somebody else
+    press("Delete: Backup script");
+    EXPECT_TRUE(waitForText("There is none.")) << texts();
+    EXPECT_FALSE(find<QLineEdit>("tokenSecret").isVisible());
+}
+
+TEST_F(SyncSettingsTest, WhatFailsIsBroughtIntoView) {
+    signIn();
+    QScrollArea area;
+    area.setWidgetResizable(true);
+    area.setWidget(new SyncSettings(*environment));
+    area.resize(640, 200);
+    area.show();
+    auto* const section = area.findChild<DevicesSection*>();
+    ASSERT_TRUE(waitUntil([&] { return section->findChild<QPushButton*>() != nullptr; }));
+    QApplication::setActiveWindow(&area);
+    control().stop();
+    failure = HTTPReply{.status = 403, .body = R"({"error":{"message":"Not you."}})"};
+    auto* const button = section->findChild<QPushButton*>();
+    button->setFocus();
+    button->click();
+    auto* const sentence = section->findChild<QLabel*>("failure");
+    EXPECT_TRUE(waitUntil([&] { return !sentence->visibleRegion().isEmpty(); }));
 }
 
 TEST_F(SyncSettingsTest, WhatTheServiceRefusedIsNamedWithItsReason) {

@@ -13,6 +13,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace tesserine::app {
 
 TokensSection::TokensSection(AppEnvironment& environment, QWidget* parent)
@@ -74,41 +76,48 @@ void TokensSection::addFields() {
 }
 
 void TokensSection::refresh() {
-    ask<Answer>(
-        [](SyncClient& client, const std::stop_token& stop) {
-            return Answer{client.apiTokens(stop)};
-        },
-        [this](const Answer& answer) { showAnswer(answer); });
+    ask<Tokens>(
+        [](SyncClient& client, const std::stop_token& stop) { return client.apiTokens(stop); },
+        [this](const Tokens& tokens) { showTokens(tokens); });
 }
 
+/// The list is a question of its own: when it fails, the secret is there nevertheless.
 void TokensSection::create() {
-    ask<Answer>(
+    ask<APITokenCreated>(
         [label = label_->text().trimmed().toStdString()](
             SyncClient& client, const std::stop_token& stop) {
-            const std::string secret = client.createAPIToken(label, stop).token;
-            return Answer{client.apiTokens(stop), QString::fromStdString(secret)};
+            return client.createAPIToken(label, stop);
         },
-        [this](const Answer& answer) {
+        [this](const APITokenCreated& token) {
             label_->clear();
-            showAnswer(answer);
+            showSecret(token);
+            refresh();
         });
 }
 
 void TokensSection::remove(const QString& id) {
-    ask<Answer>(
+    ask<Tokens>(
         [token = id.toStdString()](SyncClient& client, const std::stop_token& stop) {
-            client.revokeAPIToken(token, stop);
-            return Answer{client.apiTokens(stop)};
+            end([&] { client.revokeAPIToken(token, stop); });
+            return client.apiTokens(stop);
         },
-        [this](const Answer& answer) { showAnswer(answer); });
+        [this](const Tokens& tokens) { showTokens(tokens); });
 }
 
-void TokensSection::showAnswer(const Answer& answer) {
+/// It stays until its token is gone, whatever is done beside it.
+void TokensSection::showSecret(const APITokenCreated& token) {
+    madeID_ = token.id;
+    secret_->setText(QString::fromStdString(token.token));
+    secret_->setCursorPosition(0);
+    made_->setVisible(true);
+}
+
+void TokensSection::showTokens(const Tokens& tokens) {
     const auto time = [this](Instant instant) {
         return shownTime(instant, environment().now(), environment().calendar());
     };
     std::vector<RowList::Row> rows;
-    for (const APITokenInfo& token : answer.tokens) {
+    for (const APITokenInfo& token : tokens) {
         QString hint = tr("Made: %1").arg(time(token.createdAt));
         if (token.lastUsedAt) hint += tr(" · last used: %1").arg(time(*token.lastUsedAt));
         if (token.expiresAt) hint += tr(" · ends: %1").arg(time(*token.expiresAt));
@@ -120,9 +129,10 @@ void TokensSection::showAnswer(const Answer& answer) {
     }
     rows_->setRows(rows);
     if (rows.empty()) rows_->setHint(tr("There is none."));
-    secret_->setText(answer.secret);
-    secret_->setCursorPosition(0);
-    made_->setVisible(!answer.secret.isEmpty());
+    if (std::ranges::find(tokens, madeID_, &APITokenInfo::id) == tokens.end()) {
+        secret_->clear();
+        made_->setVisible(false);
+    }
 }
 
 }  // namespace tesserine::app

@@ -21,21 +21,20 @@ public:
     void refresh();
 
 private:
-    /// What the service said: its tokens, and the secret of one that was just made.
-    struct Answer {
-        std::vector<APITokenInfo> tokens;
-        QString secret{};
-    };
+    using Tokens = std::vector<APITokenInfo>;
+
     void addFields();
     void create();
     void remove(const QString& id);
-    void showAnswer(const Answer& answer);
+    void showSecret(const APITokenCreated& token);
+    void showTokens(const Tokens& tokens);
 
     RowList* const rows_;
     QLineEdit* const label_;
     QPushButton* const create_;
     QWidget* const made_;  // the new secret and what it is good for
     QLineEdit* const secret_;
+    std::string madeID_;  // of the token whose secret is shown
 };
 
 }  // namespace tesserine::app

@@ -3,6 +3,7 @@
 #include "app/pages/AssistantStep.h"
 #include "app/pages/ChoiceCard.h"
 #include "app/pages/ImportWords.h"
+#include "app/look/LongWords.h"
 #include "base/Text.h"
 #include "core/import/ImportReports.h"
 #include "core/services/LibraryCare.h"
@@ -173,7 +174,7 @@ void ImportAssistant::pick(const ImportSource& source) {
 void ImportAssistant::look() {
     QString from = QString::fromStdString(paths_.front().string());
     if (paths_.size() > 1) from = tr("%1 and %2 more").arg(from).arg(paths_.size() - 1);
-    from_->setText(from);
+    from_->setText(withBreaks(from));
     content_->setText(tr("Looking…"));
     choices_->setVisible(source_->choices == ImportSource::Choices::all);
     import_->setEnabled(false);
