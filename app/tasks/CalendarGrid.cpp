@@ -45,11 +45,7 @@ CalendarGrid::CalendarGrid(AppEnvironment& environment, CalendarModel& model, QW
 }
 
 void CalendarGrid::refresh() {
-    const auto& days = model_.days();
-    const auto isThere = [&](const CalendarTask& task) { return task.id == task_; };
-    const bool isChosenThere =
-        !days.empty() && std::ranges::any_of(days[model_.dayIndex()].tasks, isThere);
-    if (task_ && !isChosenThere) choose({});
+    if (task_ && !isOnMarkedDay(*task_)) choose({});
     setAccessibleDescription(model_.spokenDay());
     update();
 }
@@ -59,6 +55,13 @@ void CalendarGrid::choose(const std::optional<Uuid>& task) {
     task_ = task;
     update();
     emit chosen(task);
+}
+
+bool CalendarGrid::isOnMarkedDay(const Uuid& task) const {
+    if (model_.days().empty()) return false;
+    return std::ranges::any_of(
+        model_.days()[model_.dayIndex()].tasks,
+        [&](const CalendarTask& shown) { return shown.id == task; });
 }
 
 // Where things stand
@@ -295,31 +298,42 @@ void CalendarGrid::wheelEvent(QWheelEvent* event) {
 
 // Mouse
 
+// A press only remembers: choosing opens the panel and turns to another month, and both would move
+// the days away from under the pointer that begins to drag.
 void CalendarGrid::mousePressEvent(QMouseEvent* event) {
     const auto day = dayAt(event->pos());
     if (!day) return;
-    isPressed_ = event->button() == Qt::LeftButton;
     pressedAt_ = event->pos();
+    pressedDay_ = model_.days()[*day].cell.date;
     const CalendarTask* const task = taskAt(event->pos());
     pressed_ = task == nullptr ? std::nullopt : std::optional(*task);
-    markDay(model_.days()[*day].cell.date);
-    choose(pressed_ ? std::optional(pressed_->id) : std::nullopt);
+    isPressed_ = event->button() == Qt::LeftButton;
+    if (!isPressed_) choosePressed();  // the menu comes with the press
+}
+
+void CalendarGrid::choosePressed() {
+    markDay(pressedDay_);
+    const bool isThere = pressed_ && isOnMarkedDay(pressed_->id);
+    choose(isThere ? std::optional(pressed_->id) : std::nullopt);
 }
 
 void CalendarGrid::mouseMoveEvent(QMouseEvent* event) {
     const bool isFar =
         (event->pos() - pressedAt_).manhattanLength() >= QApplication::startDragDistance();
-    if (!isPressed_ || !isFar) return;
+    if (!isPressed_ || !pressed_ || !isFar) return;
     isPressed_ = false;
-    if (pressed_) drag(*pressed_);
+    drag(*pressed_);
 }
 
 void CalendarGrid::mouseReleaseEvent(QMouseEvent* event) {
     if (!std::exchange(isPressed_, false)) return;
     const auto day = dayAt(event->pos());
-    if (!day || pressed_ || taskAt(event->pos()) != nullptr) return;
-    if (areaOfMore(*day).contains(event->pos())) {
-        showAll(*day, event->globalPosition().toPoint());
+    const bool isSameDay = day && model_.days()[*day].cell.date == pressedDay_;
+    const bool isMore = isSameDay && areaOfMore(*day).contains(event->pos());
+    choosePressed();
+    if (pressed_ || !isSameDay) return;
+    if (isMore) {
+        showAll(model_.dayIndex(), event->globalPosition().toPoint());
     } else {
         emit addingAsked(model_.day());
     }
@@ -383,8 +397,10 @@ void CalendarGrid::dropEvent(QDropEvent* event) {
     if (!day) return;
     event->acceptProposedAction();
     const Instant date = model_.days()[*day].cell.date;
-    markDay(date);
+    const auto chosenBefore = task_;
     emit movedToDay(draggedTasks(*event->mimeData()), date);
+    markDay(date);
+    if (chosenBefore && isOnMarkedDay(*chosenBefore)) choose(chosenBefore);
 }
 
 }  // namespace tesserine::app

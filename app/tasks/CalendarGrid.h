@@ -59,7 +59,9 @@ private:
     std::optional<std::size_t> dayAt(const QPoint& place) const;
     const CalendarTask* taskAt(const QPoint& place) const;
 
+    bool isOnMarkedDay(const Uuid& task) const;
     void markDay(Instant day);
+    void choosePressed();
     void chooseNeighbour(int steps);
     void showAll(std::size_t day, const QPoint& globalPlace);
     void drag(const CalendarTask& task);
@@ -72,6 +74,7 @@ private:
     std::optional<Uuid> task_;
     std::optional<std::size_t> dropDay_;
     QPoint pressedAt_;
+    Instant pressedDay_;
     std::optional<CalendarTask> pressed_;  // by the last press, wherever it stands by now
     bool isPressed_ = false;
 };

@@ -42,6 +42,8 @@ CalendarDay CalendarModel::read(const CalendarDayCell& cell, std::size_t mostTas
     const Calendar& calendar = environment_.calendar();
     const TaskWords words(environment_.now(), calendar);
     FetchRequest request = tasksDueOn(cell.date, calendar);
+    // What is done must not hide behind "more" what is to be done.
+    request.sort.insert(request.sort.begin(), {"completedAt"});
     request.limit = mostTasks;
 
     CalendarDay day{.cell = cell};

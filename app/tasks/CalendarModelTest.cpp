@@ -72,6 +72,7 @@ TEST_F(CalendarModelTest, ReadsSoManyTasksOfADayAndCountsTheRest) {
     }
     CDTask& done = addTask("Done 2026-03-19 8am");
     environment->tasks().complete(context(), done, environment->calendar());
+    addTask("Open 2026-03-19 9am");
     addTask("Late 2026-03-12 !1");
     environment->tasks().create(context(), {.title = "Below", .parent = &addTask("Plan tomorrow")});
     context().save();
@@ -85,7 +86,8 @@ TEST_F(CalendarModelTest, ReadsSoManyTasksOfADayAndCountsTheRest) {
     EXPECT_EQ(at("2026-03-20").tasks.size(), CalendarModel::mostTasksInMonth);
     EXPECT_EQ(at("2026-03-20").taskCount, 70U);
     EXPECT_EQ(at("2026-03-15").taskCount, 1U) << "subtasks have no day of their own";
-    const CalendarTask& completed = at("2026-03-19").tasks.front();
+    const CalendarTask& completed = at("2026-03-19").tasks.back();
+    EXPECT_EQ(at("2026-03-19").tasks.front().title, "Open") << "it does not hide behind “more”";
     EXPECT_TRUE(completed.isCompleted);
     EXPECT_FALSE(completed.isOverdue);
     EXPECT_EQ(completed.time, "08:00");

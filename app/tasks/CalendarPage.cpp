@@ -129,7 +129,8 @@ std::vector<Uuid> CalendarPage::selectedTasks() const {
 
 QPoint CalendarPage::placeOfCurrent() const {
     const auto task = grid_->chosenTask();
-    const QRect area = task ? grid_->areaOf(*task) : grid_->areaOfDay(model_.dayIndex());
+    QRect area = task ? grid_->areaOf(*task) : QRect();
+    if (area.isEmpty()) area = grid_->areaOfDay(model_.dayIndex());
     return grid_->mapToGlobal(area.bottomLeft());
 }
 

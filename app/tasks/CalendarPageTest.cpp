@@ -116,6 +116,19 @@ TEST_F(CalendarTest, WhatWasPressedIsNotTheTaskThatTookItsPlace) {
     EXPECT_FALSE(opened);
 }
 
+TEST_F(CalendarTest, APressMovesNothingUnderThePointerThatBeginsToDrag) {
+    const CDTask& task = addTask("Swim 2026-04-02");
+    const QRect before = grid.areaOf(*task.id);
+    QTest::mousePress(&grid, Qt::LeftButton, {}, before.center());
+    EXPECT_EQ(title(), "March 2026") << "the days of other months stay as well";
+    EXPECT_EQ(grid.areaOf(*task.id), before);
+    QTest::mouseRelease(&grid, Qt::LeftButton, {}, before.center());
+    EXPECT_EQ(title(), "April 2026");
+    EXPECT_EQ(grid.chosenTask(), *task.id);
+    dropOn(task, 9);
+    EXPECT_EQ(grid.chosenTask(), *task.id) << "who is chosen stays so on another day";
+}
+
 TEST_F(CalendarTest, ADayTooFullTellsHowManyMore) {
     for (int i = 0; i < 60; ++i) {
         environment->tasks().create(
