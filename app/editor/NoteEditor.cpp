@@ -128,6 +128,7 @@ void NoteEditor::changeEvent(QEvent* event) {
 void NoteEditor::build() {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
+    toolBar_ = new EditorToolBar(commands_, this);
     notice_ = new NoticeBar(this);
     header_ = new NoteHeader(environment_, open_, this);
     title_ = &header_->title();
@@ -173,7 +174,7 @@ void NoteEditor::makeHelpers() {
 void NoteEditor::layOut() {
     auto* const column = new QVBoxLayout;
     column->setSpacing(0);
-    column->addWidget(new EditorToolBar(commands_, this));
+    column->addWidget(toolBar_);
     column->addWidget(notice_);
     column->addWidget(header_);
     column->addWidget(body_, 1);
@@ -247,6 +248,10 @@ bool NoteEditor::close() {
     if (!save()) return false;
     dropQuestions();
     open_.close();
+    // Else the keys went to whatever comes next in the window, such as a button.
+    if (isAncestorOf(window()->focusWidget()) && parentWidget() != nullptr) {
+        parentWidget()->setFocus();
+    }
     setEnabled(false);
     const QScopedValueRollback showing(isShowing_, true);
     title_->clear();
@@ -286,11 +291,22 @@ void NoteEditor::showSurroundings(const CDNote& note) {
     } else if (!isInTrash && body_->isReadOnly()) {
         notice_->hide();
     }
-    title_->setReadOnly(isInTrash);
-    body_->setReadOnly(isInTrash);
+    allowWriting(!isInTrash);
     followConflict(note.hasConflict.valueOr(false));
     header_->refresh();
     panel_->refresh();
+}
+
+/// What would change the note is not offered while it is only read.
+void NoteEditor::allowWriting(bool isAllowed) {
+    title_->setReadOnly(!isAllowed);
+    body_->setReadOnly(!isAllowed);
+    toolBar_->setEnabled(isAllowed);
+    for (const Command& command : commandTable()) {
+        const bool isWriting = command.context == CommandContext::note
+                               || command.id == "note.attach" || command.id == "note.lock";
+        if (isWriting) commands_.action(command.id).setEnabled(isAllowed);
+    }
 }
 
 /// Out of the trash.

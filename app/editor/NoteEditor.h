@@ -24,6 +24,7 @@ class AppEnvironment;
 class Commands;
 class ConflictResolution;
 class EditorFooter;
+class EditorToolBar;
 class FindBar;
 class LinkCommands;
 class LinkCompletion;
@@ -101,6 +102,7 @@ private:
     void handleCommands();
     void showNote(const CDNote& note, BodyView view = {});
     void showSurroundings(const CDNote& note);
+    void allowWriting(bool isAllowed);
     void restore();
     void dropQuestions();
     void showSaved(NoteService::EditOutcome outcome);
@@ -122,6 +124,7 @@ private:
     EditorPreferences preferences_;
     std::unique_ptr<SpellChecker> spelling_;
     BackgroundTask<std::unique_ptr<SpellChecker>> reading_;  // of a dictionary
+    EditorToolBar* toolBar_ = nullptr;
     NoteHeader* header_ = nullptr;
     QLineEdit* title_ = nullptr;  // of the header
     BodyEdit* body_ = nullptr;

@@ -95,7 +95,14 @@ TEST_F(NoteEditor, ChangesNoNoteInTheTrash) {
         editor.body().setTextCursor(chosen);
         commands.trigger(command);
         EXPECT_EQ(html(), "<p>one</p>") << command;
+        EXPECT_FALSE(commands.action(command).isEnabled()) << command;
     }
+    const QWidget* const bar = editor.findChild<QWidget*>("editorToolBar");
+    EXPECT_FALSE(bar->isEnabled());
+    environment->notes().restoreFromTrash(note);
+    context().save();
+    EXPECT_TRUE(bar->isEnabled());
+    EXPECT_TRUE(commands.action("format.bold").isEnabled());
 }
 
 TEST_F(NoteEditor, KeepsBothVersionsWhenOthersWriteWhileTyping) {

@@ -49,6 +49,8 @@ public:
     Uuid noteAt(int row) const { return entries_[static_cast<std::size_t>(row)].id; }
     /// -1 when it is not listed (yet).
     int rowOf(const Uuid& note) const;
+    /// Whether the note still has a line here but no longer belongs to the place.
+    bool isLeaving(const Uuid& note) const { return rowOf(note) >= 0 && !present(note); }
     /// Good until the next call.
     const NoteSummary& summary(int row) const { return summaries_.of(noteAt(row)); }
     /// The date that the list is ordered by; none where the note has none.

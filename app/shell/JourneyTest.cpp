@@ -281,6 +281,23 @@ TEST_F(Journey, ASavedSearchAsksWhatOthersMadeOfIt) {
     EXPECT_EQ(place(), "tesserine://notes");
 }
 
+TEST_F(Journey, WhatIsSearchedForIsKeptByACommand) {
+    window();
+    const QAction& keep = commands().action("search.save");
+    EXPECT_FALSE(keep.isEnabled());
+    window().go({.kind = Kind::search, .text = "ferry"});
+    EXPECT_TRUE(keep.isEnabled());
+    commands().trigger("search.save");
+    auto* dialog = window().findChild<QDialog*>("saveSearchDialog");
+    ASSERT_NE(dialog, nullptr);
+    dialog->accept();
+    const auto* kept = context().fetchFirst<CDSavedSearch>({});
+    ASSERT_NE(kept, nullptr);
+    EXPECT_EQ(kept->query, "ferry");
+    window().go({Kind::allNotes});
+    EXPECT_FALSE(keep.isEnabled());
+}
+
 TEST_F(Journey, AResultIsNotTakenForTrashBecauseTheTrashWasShown) {
     addNote("Lisbon", "<p>Train at 9:40.</p>");
     environment->search().catchUp();
@@ -336,6 +353,59 @@ TEST_F(Journey, WordsMeantForANoteThatGoesAreNotTypedIntoTheNextOne) {
     EXPECT_TRUE(window().save());
     EXPECT_EQ(next.html.valueOr(""), "<p>Its words</p>");
     EXPECT_FALSE(editor().isAncestorOf(QApplication::focusWidget()));
+}
+
+TEST_F(Journey, ANoteMovedElsewhereWhileItIsTypedInStaysOpen) {
+    CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
+    for (const char* title : {"Bill", "Plan"}) {
+        addNote(title, "<p>first</p>").notebook = &work;
+    }
+    context().save();
+    CDNote& plan = *stored("Plan");
+    const CDNote& bill = *stored("Bill");
+    window().go({Kind::notebook, *work.id});
+    typeAtTheEnd(plan, " mine");
+    const auto other = terminal();
+    StoreContext& theirs = other->viewContext();
+    theirs.find<CDNote>(*plan.id)->notebook = nullptr;
+    theirs.save();
+    ASSERT_TRUE(waitUntil([&] { return titles() == "Bill;"; })) << titles();
+    type(" and more");
+    EXPECT_TRUE(window().save());
+    EXPECT_EQ(plan.html, "<p>first mine and more</p>");
+    EXPECT_EQ(bill.html, "<p>first</p>");
+    // What is done to the note is not done to the one that is listed.
+    commands().trigger("note.trash");
+    EXPECT_TRUE(plan.trashedAt);
+    EXPECT_FALSE(bill.trashedAt);
+}
+
+TEST_F(Journey, WhoWritesGoesOnInTheNoteWhenItsNotebookIsDeletedElsewhere) {
+    CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
+    CDNote& plan = addNote("Plan", "<p>first</p>");
+    plan.notebook = &work;
+    const CDNote& next = addNote("Next", "<p>Its words</p>");
+    context().save();
+    window().go({Kind::notebook, *work.id});
+    editor().body().setFocus();
+    environment->notebooks().remove(context(), work);
+    context().save();
+    settle();
+    EXPECT_EQ(place(), Place{Kind::allNotes}.address());
+    type("mine ");
+    EXPECT_TRUE(window().save());
+    EXPECT_EQ(plan.html, "<p>mine first</p>");
+    EXPECT_EQ(next.html, "<p>Its words</p>");
+}
+
+TEST_F(Journey, KeysAfterANoteThatWasDeletedPressNoButton) {
+    const Uuid plan = *addNote("Plan").id;
+    window().go({Kind::note, plan});
+    editor().body().setFocus();
+    environment->notes().deleteNote(context(), *context().find<CDNote>(plan));
+    context().save();
+    settle();
+    EXPECT_EQ(qobject_cast<QAbstractButton*>(QApplication::focusWidget()), nullptr);
 }
 
 TEST_F(Journey, WhatWasAskedAboutANoteIsNotDoneToTheOneThatTakesItsPlace) {

@@ -289,8 +289,9 @@ void MainWindow::go(const Place& place) {
 Stop MainWindow::stopFor(const Place& place) const {
     if (place.kind != Kind::note) return {.place = place};
     const auto* note = environment_.context().find<CDNote>(place.id);
-    const bool isHere =
-        notesShown() && notes_->showsList() && notes_->list().model().rowOf(place.id) >= 0;
+    const bool isHere = notesShown() && notes_->showsList()
+                        && notes_->list().model().rowOf(place.id) >= 0
+                        && !notes_->list().model().isLeaving(place.id);
     if (isHere) return {.place = current().place, .note = place.id};
     const bool isInTrash = note != nullptr && note->trashedAt.get().has_value();
     const bool isTemplate = note != nullptr && bool(note->isTemplate);
@@ -434,6 +435,9 @@ void MainWindow::settle() {
     sidebar_->mark(stop.place);
     commands_.action("go.back").setEnabled(history().canGoBack());
     commands_.action("go.forward").setEnabled(history().canGoForward());
+    const bool isSearching =
+        notesShown() && !notes_->showsList() && !searchField_->text().trimmed().isEmpty();
+    commands_.action("search.save").setEnabled(isSearching);
 }
 
 void MainWindow::followNote(const std::optional<Uuid>& note) {
@@ -443,7 +447,8 @@ void MainWindow::followNote(const std::optional<Uuid>& note) {
     settle();
 }
 
-/// A place that is gone leaves its tab in All Notes; a saved search asks what it asks now.
+/// A place that is gone leaves its tab in All Notes, with the note that is open; a saved search
+/// asks what it asks now.
 void MainWindow::followLibrary(const std::vector<ObjectChange>& changes) {
     const Place place = current().place;
     const bool isChanged =
@@ -451,7 +456,9 @@ void MainWindow::followLibrary(const std::vector<ObjectChange>& changes) {
         && std::ranges::find(changes, std::optional(place.id), &ObjectChange::uuid)
                != changes.end();
     if (titleOf(place, environment_.context()).isEmpty()) {
-        go({Kind::allNotes});
+        const auto open = notesShown() ? notes_->openedNote() : std::nullopt;
+        const bool isThere = open && environment_.context().find<CDNote>(*open) != nullptr;
+        go(isThere ? Place{Kind::note, *open} : Place{Kind::allNotes});
     } else if (isChanged) {
         showSavedSearch(place.id);
     }

@@ -70,6 +70,8 @@ public:
     /// A new note in the present place, or in All Notes.
     void newNote();
     void newTask(const QString& sentence = {});
+    /// Asks for a name to keep the query under.
+    void saveSearch(const QString& query);
     /// To the front, as when it is asked for from outside.
     void present();
     /// Saves what was typed; false when that failed, and the user was told.
@@ -119,7 +121,6 @@ private:
     bool notesShown() const;
     Stop stopFor(const Place& place) const;
     History& history();
-    void saveSearch(const QString& query);
     void showTab(int index);
     void followNote(const std::optional<Uuid>& note);
     void followLibrary(const std::vector<ObjectChange>& changes);

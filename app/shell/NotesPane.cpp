@@ -5,6 +5,7 @@
 #include "app/editor/NoticeBar.h"
 #include "app/lists/NoteActions.h"
 #include "app/lists/NoteList.h"
+#include "app/lists/NoteListView.h"
 #include "app/look/EmptyState.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
@@ -125,7 +126,8 @@ bool NotesPane::showBeside(QWidget* list) {
 bool NotesPane::showsList() const { return lists_->currentWidget() == list_; }
 
 std::vector<Uuid> NotesPane::chosen() const {
-    if (showsList()) return list_->selected();
+    const auto selected = showsList() ? list_->selected() : std::vector<Uuid>{};
+    if (!selected.empty()) return selected;
     const auto open = openedNote();
     return open ? std::vector{*open} : std::vector<Uuid>{};
 }
@@ -160,10 +162,19 @@ bool NotesPane::editorHasKeys() const {
     return editor_ != nullptr && editor_->isAncestorOf(window()->focusWidget());
 }
 
+/// Whether the open note goes from the list, but not from the library, while it is typed in.
+bool NotesPane::isTypedOnElsewhere() const {
+    const auto open = openedNote();
+    if (!open || !editorHasKeys() || !list_->model().isLeaving(*open)) return false;
+    const auto* stored = environment_.context().find<CDNote>(*open);
+    return stored != nullptr && !stored->trashedAt;
+}
+
 /// The list goes on to the next note when another program takes one away. What is being typed was
 /// not meant for that, nor for the list, where Return would lead into the next note.
 void NotesPane::follow(const std::optional<Uuid>& note) {
     if (!showsList()) return;
+    if (isTypedOnElsewhere()) return list_->view().clearSelection();
     const bool isTypedInto = editorHasKeys() && openedNote() != note;
     if (!isFollowing_) {
         waiting_ = note;

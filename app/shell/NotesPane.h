@@ -35,8 +35,8 @@ public:
     bool showBeside(QWidget* list);
     /// Whether the list of notes is shown, and no other one.
     bool showsList() const;
-    /// The notes that commands act on: those selected in the list, or with another list the one
-    /// that is open.
+    /// The notes that commands act on: those selected in the list, or with none selected and with
+    /// another list the one that is open.
     std::vector<Uuid> chosen() const;
     /// Opens the note beside whatever list is shown. False when that could not be done.
     bool openNote(const Uuid& note);
@@ -60,6 +60,7 @@ private:
     void makeEditor();
     void makeNothing();
     bool editorHasKeys() const;
+    bool isTypedOnElsewhere() const;
     void follow(const std::optional<Uuid>& note);
     void showSelection(const std::vector<Uuid>& notes);
     void offerUndo(const std::vector<Uuid>& notes);

@@ -19,6 +19,7 @@
 #include "app/pages/FileExports.h"
 #include "app/pages/ImportAssistant.h"
 #include "app/search/SearchField.h"
+#include "app/search/SearchResults.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/NotesPane.h"
 #include "app/state/AppEnvironment.h"
@@ -124,6 +125,8 @@ public:
         on("list.selectAll", [&window = window_] {
             if (window.notes().showsList()) window.notes().list().view().selectAll();
         });
+        on("search.save",
+           [&window = window_] { window.saveSearch(window.searchResults().query()); });
         on("notebook.new", [&window = window_] { window.sidebar().createNotebook(); });
     }
 
@@ -265,7 +268,7 @@ private:
         const auto notes = chosen();
         if (notes.empty()) return;
         NoteList& list = window_.notes().list();
-        if (!window_.notes().showsList()) return list.trash(notes);
+        if (list.selected() != notes) return list.trash(notes);
         list.setFocus();
         list.moveToTrash();
     }
@@ -298,7 +301,7 @@ private:
     }
 
     void showPin() const {
-        const auto notes = window_.notes().list().selected();
+        const auto notes = window_.chosenNotes();
         commands_.action("note.pin").setChecked(!notes.empty() && actions().arePinned(notes));
     }
 
