@@ -73,6 +73,13 @@ HTTPFront::Options listening(const Words& words) {
     return options;
 }
 
+/// Where people on this computer reach it; one that listens everywhere goes by the usual name.
+std::string ownURL(const HTTPFront::Options& listening) {
+    const bool isEverywhere = listening.host == "0.0.0.0" || listening.host == "[::]";
+    return std::string(listening.certificate ? "https://" : "http://")
+           + (isEverywhere ? "localhost" : listening.host) + ":" + std::to_string(listening.port);
+}
+
 }  // namespace
 
 const char* const CommandLine::usage = R"(Usage:
@@ -95,10 +102,10 @@ CommandLine CommandLine::parse(const std::vector<std::string>& words) {
     line.command = adds ? Command::addUser : Command::serve;
     if (adds) line.email = others[2];
     line.service.folder = *read.option("data");
-    line.service.publicURL = read.option("public-url").value_or("http://localhost:8080");
     line.service.quotas.records = read.megabytes("record-quota");
     line.service.quotas.files = read.megabytes("file-quota");
     line.listening = server::listening(read);
+    line.service.publicURL = read.option("public-url").value_or(ownURL(line.listening));
     return line;
 }
 

@@ -38,6 +38,18 @@ TEST(CommandLineTest, NobodyElseReachesAServiceThatIsNotToldWhereToListen) {
     EXPECT_EQ(line.service.quotas.files, std::nullopt);
 }
 
+TEST(CommandLineTest, SharedLinksLeadToWhereItListensUnlessToldOtherwise) {
+    const auto urlOf = [](std::vector<std::string> options) {
+        options.insert(options.begin(), {"--data", "d", "serve"});
+        return CommandLine::parse(options).service.publicURL;
+    };
+    EXPECT_EQ(urlOf({}), "http://127.0.0.1:8080");
+    EXPECT_EQ(urlOf({"--listen", "127.0.0.1:9000"}), "http://127.0.0.1:9000");
+    EXPECT_EQ(urlOf({"--listen", "0.0.0.0:80"}), "http://localhost:80");
+    EXPECT_EQ(
+        urlOf({"--listen", "[::1]:443", "--certificate", "a", "--key", "b"}), "https://[::1]:443");
+}
+
 TEST(CommandLineTest, AUserIsNamed) {
     const CommandLine line = CommandLine::parse({"user", "--data", "d", "add", "a@example.org"});
     EXPECT_EQ(line.command, CommandLine::Command::addUser);
