@@ -89,6 +89,7 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     connect(&note_, &NoteDocument::aboutToBeReplaced, this, [this] {
         overlays_ = {};
         setExtraSelections({});
+        handle_->drop();
     });
     connect(loader_, &BodyLoader::begun, this, [this] {
         setTextCursor(QTextCursor(&note_));

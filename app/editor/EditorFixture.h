@@ -51,6 +51,11 @@ public:
         editor.body().setFocus();
         return note;
     }
+    /// As another program does it.
+    void change(CDNote& note, const std::string& body) {
+        environment->notes().updateNote(context(), note, {.html = body});
+        context().save();
+    }
     /// Types text; "\n" is Enter, "\t" Tab, "\b" Backspace, "\x7F" Delete.
     void type(const std::string& keys) {
         for (const QChar key : QString::fromStdString(keys)) {

@@ -97,6 +97,15 @@ TEST_F(EditorJourney, APictureIsDraggedByItsCorner) {
     EXPECT_NEAR(width(), 256, 4);
     commands.trigger("edit.undo");
     EXPECT_EQ(html(), before);
+
+    ASSERT_TRUE(editor.save());
+    QWidget* const view = editor.body().viewport();
+    view->grab();
+    QTest::mousePress(view, Qt::LeftButton, {}, corner);
+    const std::string another = "<p>a</p><p>" + addPicture(note) + "</p>";
+    change(note, another);
+    QTest::mouseRelease(view, Qt::LeftButton, {}, corner + QPoint(60, 20));
+    EXPECT_EQ(html(), another) << "the picture that was dragged is gone";
 }
 
 TEST_F(EditorJourney, WhatIsFoundIsReplacedOneAfterTheOther) {

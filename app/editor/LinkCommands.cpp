@@ -2,8 +2,10 @@
 
 #include "app/commands/Commands.h"
 #include "app/editor/BodyEdit.h"
+#include "app/editor/KeptPlace.h"
 #include "app/editor/StyleCommands.h"
 #include "app/editor/TableDialog.h"
+#include "app/look/Notice.h"
 #include "core/body/AttributedTextReader.h"
 
 #include <QDialog>
@@ -33,6 +35,7 @@ LinkCommands::LinkCommands(Commands& commands, BodyEdit& body, QObject* parent)
 }
 
 void LinkCommands::editLink() {
+    if (body_.isReadOnly()) return;
     QTextCursor cursor = body_.textCursor();
     const std::string address = editing::selectLink(body_.note(), cursor);
     auto* const dialog = new QDialog(&body_);
@@ -58,14 +61,20 @@ void LinkCommands::editLink() {
     form->addRow(buttons);
     connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
-    connect(dialog, &QDialog::accepted, this, [this, cursor, target, words] {
-        setLink(cursor, target->text(), words->text());
+    connect(dialog, &QDialog::accepted, this, [this, place = KeptPlace(cursor), target, words] {
+        setLink(place, target->text(), words->text());
     });
     dialog->open();
 }
 
 /// Makes a link of what is selected, under other words where they differ; of no address, none.
-void LinkCommands::setLink(QTextCursor cursor, const QString& target, const QString& words) {
+void LinkCommands::setLink(const KeptPlace& place, const QString& target, const QString& words) {
+    auto found = place.cursorIn(body_);
+    if (!found) {
+        return showNotice(
+            &body_, "The note was changed meanwhile, so no link was made. Select the text again.");
+    }
+    QTextCursor& cursor = *found;
     const std::string address = addressFrom(target);
     const bool hasNewText = words != cursor.selectedText() || words.isEmpty();
     cursor.beginEditBlock();
@@ -107,7 +116,7 @@ bool LinkCommands::editTable(int position) {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, this, [this, dialog, position, html] {
         // The note may have been shown anew meanwhile.
-        if (body_.note().styleAt(position).object != html) return;
+        if (body_.isReadOnly() || body_.note().styleAt(position).object != html) return;
         QTextCursor place(&body_.note());
         place.setPosition(position);
         place.setPosition(position + 1, QTextCursor::KeepAnchor);

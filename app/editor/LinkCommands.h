@@ -1,12 +1,12 @@
 #pragma once
 
 #include <QObject>
-#include <QTextCursor>
 
 namespace tesserine::app {
 
 class BodyEdit;
 class Commands;
+class KeptPlace;
 
 /// The commands "format.link" and "format.table": ask what is needed and change the text.
 class LinkCommands final : public QObject {
@@ -21,7 +21,7 @@ public:
 
 private:
     void editLink();
-    void setLink(QTextCursor cursor, const QString& target, const QString& words);
+    void setLink(const KeptPlace& place, const QString& target, const QString& words);
     void insertTable();
 
     BodyEdit& body_;

@@ -53,6 +53,10 @@ TEST(NoteObject, TakesAnotherWidthAndKeepsTheRest) {
 
 class LinkDialog : public test::EditorFixture {
 public:
+    QString notice() {
+        const auto* const box = editor.findChild<QMessageBox*>("notice");
+        return box == nullptr ? QString() : box->text();
+    }
     /// Fills the dialog in; text that is none stays as it is.
     void answer(const char* address, const char* text, const QString& button) {
         auto* const dialog = editor.findChild<QDialog*>("linkDialog");
@@ -122,6 +126,33 @@ TEST_F(LinkDialog, MakesChangesAndRemovesLinks) {
         if (before != result) commands.trigger("edit.undo");
         EXPECT_EQ(html(), before);
     }
+}
+
+TEST_F(LinkDialog, MakesALinkOfTheWordsItWasOpenedForOnly) {
+    CDNote& note = openNote("<p>see |here|</p>");
+    commands.trigger("format.link");
+    change(note, "<p>see here</p><p>more</p>");
+    answer("e.org", nullptr, "Add Link");
+    const std::string linked = "<p>see <a href=\"https://e.org\">here</a></p><p>more</p>";
+    EXPECT_EQ(html(), linked) << "the words stand where they stood";
+    EXPECT_TRUE(editor.save());
+
+    commands.trigger("format.link");
+    change(note, "<p>first</p><p>see here</p>");
+    answer("f.org", nullptr, "Change Link");
+    EXPECT_EQ(html(), "<p>first</p><p>see here</p>");
+    EXPECT_TRUE(notice().startsWith("The note was changed meanwhile")) << notice().toStdString();
+}
+
+TEST_F(LinkDialog, ChangesNoNoteInTheTrash) {
+    CDNote& note = openNote("<p>see |here|</p>");
+    commands.trigger("format.link");
+    environment->notes().moveToTrash(note);
+    context().save();
+    answer("e.org", nullptr, "Add Link");
+    EXPECT_EQ(html(), "<p>see here</p>");
+    commands.trigger("format.link");
+    EXPECT_EQ(editor.findChild<QDialog*>("linkDialog"), nullptr);
 }
 
 class AttachedFiles : public test::EditorFixture {};
@@ -233,6 +264,19 @@ TEST_F(Spelling, MarksWordsAndNotCodeLinksAndWhatIsBeingTyped) {
     EXPECT_TRUE(html().starts_with("<p>the garden is")) << html();
     commands.trigger("edit.undo");
     EXPECT_EQ(html(), before);
+}
+
+TEST_F(Spelling, CorrectsNothingInANoteThatIsAnotherByThen) {
+    CDNote& note = openNote("<p>the gardn is</p>");
+    QMenu menu;
+    emit editor.body().menuWanted(&menu, 6);
+    ASSERT_FALSE(menu.actions().isEmpty());
+    change(note, "<p>green is the gardn</p>");
+    menu.actions().front()->trigger();
+    EXPECT_EQ(html(), "<p>green is the gardn</p>");
+    change(note, "<p>the gardn is</p>");
+    menu.actions().front()->trigger();
+    EXPECT_EQ(html(), "<p>the garden is</p>");
 }
 
 }  // namespace

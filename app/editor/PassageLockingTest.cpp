@@ -54,11 +54,6 @@ public:
         });
         return dialog;
     }
-    /// As another program does it.
-    void change(CDNote& note, const std::string& body) {
-        environment->notes().updateNote(context(), note, {.html = body});
-        context().save();
-    }
     QString notice() {
         const auto* const box = editor.findChild<QMessageBox*>("notice");
         return box == nullptr ? QString() : box->text();

@@ -28,6 +28,8 @@ public:
     void move(const QPointF& point);
     /// Gives the picture its new width, as one step to undo.
     void release();
+    /// Nothing is dragged any more; the picture stays as it is.
+    void drop() { dragged_.reset(); }
     /// Makes the picture at a position as wide, or as wide as possible, as one step to undo.
     void setWidth(int position, double width);
     /// Draws the corner of the picture under the pointer, and the frame while it is dragged.

@@ -1,6 +1,7 @@
 #include "app/editor/SpellingMarks.h"
 
 #include "app/editor/BodyEdit.h"
+#include "app/editor/KeptPlace.h"
 #include "app/editor/StyleCommands.h"
 #include "app/look/Theme.h"
 
@@ -108,15 +109,17 @@ void SpellingMarks::fillMenu(QMenu* menu, int position) {
     QAction* const first = menu->actions().isEmpty() ? nullptr : menu->actions().front();
     for (const QString& suggestion : checker_->suggestions(word)) {
         auto* const action = new QAction(suggestion, menu);
-        connect(action, &QAction::triggered, &body_, [this, place, suggestion]() mutable {
-            const InlineStyle style = body_.note().styleAt(place.selectionStart());
-            body_.note().insertText(place, suggestion, style);
+        connect(action, &QAction::triggered, &body_, [this, kept = KeptPlace(place), suggestion] {
+            auto present = kept.cursorIn(body_);
+            if (!present) return;
+            const InlineStyle style = body_.note().styleAt(present->selectionStart());
+            body_.note().insertText(*present, suggestion, style);
         });
         menu->insertAction(first, action);
     }
     auto* const accepting = new QAction("Accept “" + word + "”", menu);
     connect(accepting, &QAction::triggered, &body_, [this, word] {
-        checker_->accept(word);
+        if (checker_ != nullptr) checker_->accept(word);
         mark();
     });
     menu->insertAction(first, accepting);
