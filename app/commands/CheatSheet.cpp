@@ -81,7 +81,8 @@ private:
 
 }  // namespace
 
-CheatSheet::CheatSheet(Commands& commands, QWidget* parent) : QDialog(parent), commands_(commands) {
+CheatSheet::CheatSheet(Commands& commands, QWidget* parent)
+    : QDialog(parent), commands_(commands), hint_(makeHint({}, this)) {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName("cheatSheet");
     setWindowTitle(tr("Keyboard Shortcuts"));
@@ -121,12 +122,13 @@ CheatSheet::CheatSheet(Commands& commands, QWidget* parent) : QDialog(parent), c
     auto* const top = new QVBoxLayout;
     top->setContentsMargins(space::huge, space::large, space::huge, space::medium);
     top->addWidget(field);
-    top->addWidget(makeHint(tr("Choose a command to change its keys."), this));
+    top->addWidget(hint_);
     all->addLayout(top);
     all->addWidget(area, 1);
     resize(760, 640);
     connect(field, &QLineEdit::textChanged, this, &CheatSheet::filter);
     field->setFocus();
+    filter({});
 }
 
 QWidget* CheatSheet::makeGroup(CommandContext context) {
@@ -167,8 +169,14 @@ void CheatSheet::filter(const QString& typed) {
         row.widget->setVisible(isShown);
         isGroupShown[row.group] |= isShown;
     }
-    for (const auto& [group, isShown] : isGroupShown)
+    bool isAnyShown = false;
+    for (const auto& [group, isShown] : isGroupShown) {
         group->setVisible(isShown);
+        isAnyShown |= isShown;
+    }
+    hint_->setText(
+        isAnyShown ? tr("Choose a command to change its keys.")
+                   : tr("No command has a name like this."));
 }
 
 }  // namespace tesserine::app

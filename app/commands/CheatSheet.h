@@ -6,8 +6,7 @@
 
 #include <vector>
 
-class QGridLayout;
-class QLineEdit;
+class QLabel;
 class QWidget;
 
 namespace tesserine::app {
@@ -31,6 +30,7 @@ private:
     };
 
     Commands& commands_;
+    QLabel* const hint_;  // what can be done here, or that nothing fits
     std::vector<Row> rows_;
 };
 

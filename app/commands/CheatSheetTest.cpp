@@ -97,6 +97,12 @@ TEST_F(CheatSheetTest, TypingLeavesWhatFits) {
     QTest::keyClicks(sheet->findChild<QLineEdit*>(), "bold");
     EXPECT_TRUE(row("format.bold").isVisible());
     EXPECT_FALSE(row("task.due").isVisible());
+    QTest::keyClicks(sheet->findChild<QLineEdit*>(), "xyz");
+    EXPECT_FALSE(row("format.bold").isVisible());
+    const auto labels = sheet->findChildren<QLabel*>();
+    EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+        return label->isVisible() && label->text() == "No command has a name like this.";
+    }));
 }
 
 }  // namespace

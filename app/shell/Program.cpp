@@ -4,6 +4,7 @@
 #include "app/desktop/DesktopScheme.h"
 #include "app/desktop/SingleInstance.h"
 #include "app/look/Icon.h"
+#include "app/look/ModalFocus.h"
 #include "app/look/Notice.h"
 #include "app/look/PageParts.h"
 #include "app/look/ScreenFit.h"
@@ -86,6 +87,7 @@ bool isLibrary(const std::filesystem::path& folder) {
 Program::Program(Theme& theme, StartOptions options) : theme_(theme), options_(std::move(options)) {
     if (isOnlyPicture()) return;
     screenFit_ = std::make_unique<ScreenFit>(*qApp);
+    modalFocus_ = std::make_unique<ModalFocus>(*qApp);
     termination_ = std::make_unique<Termination>();
     connect(termination_.get(), &Termination::asked, this, [this] {
         if (window_) window_->close();  // saves what is being typed

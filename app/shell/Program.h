@@ -19,6 +19,7 @@ class Commands;
 class DesktopLink;
 class DesktopScheme;
 class MainWindow;
+class ModalFocus;
 class ScreenFit;
 class SingleInstance;
 class Termination;
@@ -66,6 +67,7 @@ private:
     const StartOptions options_;
     const ProcessSetting process_;
     std::unique_ptr<ScreenFit> screenFit_;
+    std::unique_ptr<ModalFocus> modalFocus_;
     std::unique_ptr<Termination> termination_;
 
     std::unique_ptr<SingleInstance> instance_;
