@@ -57,6 +57,7 @@ ShareDialog::ShareDialog(AppEnvironment& environment, const Uuid& note, QWidget*
     const CDNote* const found = environment.context().find<CDNote>(note);
     build(found == nullptr ? QString() : QString::fromStdString(found->title.valueOr("")));
     connect(&job_, &Job::failed, this, &ShareDialog::fail);
+    connect(&environment, &AppEnvironment::libraryChanged, this, &ShareDialog::closeWithItsNote);
     ask([note](SyncClient& client, const std::stop_token& stop) {
         return Answer{client.shareStatus(note, stop).shared};
     });
@@ -142,6 +143,12 @@ void ShareDialog::fail(const QString& sentence) {
     stop_->setVisible(isShared_);
     make_->setVisible(true);
     fitHeight();
+}
+
+/// A note in the trash is shown to nobody.
+void ShareDialog::closeWithItsNote() {
+    const CDNote* const note = environment_.context().find<CDNote>(note_);
+    if (note == nullptr || note->trashedAt.get()) close();
 }
 
 void ShareDialog::makeLink() {

@@ -40,6 +40,7 @@ private:
     void showAnswer(const Answer& answer);
     void fail(const QString& sentence);
     void fitHeight();
+    void closeWithItsNote();
     void makeLink();
     void stopSharing();
 

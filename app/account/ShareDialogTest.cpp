@@ -80,6 +80,15 @@ TEST_F(ShareDialogTest, ANoteThatIsSharedAlreadyCanBeTakenBackAtOnce) {
     EXPECT_TRUE(button("stopSharing").isVisible()) << "to be tried again";
 }
 
+TEST_F(ShareDialogTest, GoesWithItsNote) {
+    signIn();
+    openDialog();
+    CDNote& note = *context().fetch<CDNote>().front();
+    environment->notes().moveToTrash(note);
+    ASSERT_TRUE(environment->save(nullptr));
+    EXPECT_TRUE(waitUntil([this] { return dialog.isNull(); }));
+}
+
 TEST_F(ShareDialogTest, WhatTheServiceSaysIsShownAndCanBeTriedAgain) {
     signIn();
     control().stop();

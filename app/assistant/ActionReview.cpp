@@ -29,6 +29,10 @@ namespace {
 
 QString qt(const std::string& text) { return QString::fromStdString(text); }
 
+constexpr const char* goneSentence = "This note is gone.";
+constexpr const char* moreThanTextSentence =
+    "The note holds files or locked passages, which a text cannot keep";
+
 /// Whether a body of plain words could not keep all that the note holds.
 bool holdsMoreThanText(CDNote& note) {
     const bool hasPassages = note.html.valueOr("").find("data-ts-cipher") != std::string::npos;
@@ -144,27 +148,38 @@ CDNote* ActionReview::note() { return environment_.context().find<CDNote>(noteID
 void ActionReview::ask() {
     const bool isUnasked = question_ != nullptr && question_->text().trimmed().isEmpty();
     if (isUnasked || job_.isRunning()) return;
+    if (sendable() == nullptr) return;
+    withDataNotice(environment_, this, [this] {
+        if (!job_.isRunning()) send();
+    });
+}
+
+/// The note if it may be sent; the sheet says why not.
+CDNote* ActionReview::sendable() {
     CDNote* const asked = note();
-    if (asked == nullptr) return showSentence("This note is gone.");
+    if (asked == nullptr) {
+        showSentence(goneSentence);
+        return nullptr;
+    }
     try {
         AIExclusions::load(environment_.preferences()).require(*asked);
     } catch (const NeverSentError& error) {
-        return showSentence(error.what());
+        showSentence(error.what());
+        return nullptr;
     }
+    return asked;
+}
+
+/// The note as it is now: others may have changed it while the notice was read.
+void ActionReview::send() {
+    CDNote* const asked = sendable();
+    if (asked == nullptr) return;
     version_ = asked->contentVersion.valueOr(0);
     const bool mayReplace = !holdsMoreThanText(*asked);
     replace_->setEnabled(mayReplace);
     replace_->setToolTip(
-        mayReplace ? "The present text stays among the note's versions"
-                   : "The note holds files or locked passages, which a text cannot keep");
-    withDataNotice(environment_, this, [this, text = asked->plainText.valueOr("")] {
-        if (!job_.isRunning()) send(text);
-    });
-}
-
-void ActionReview::send(const std::string& noteText) {
-    const CDNote* const asked = note();
-    if (asked == nullptr) return showSentence("This note is gone.");
+        mayReplace ? "The present text stays among the note's versions" : moreThanTextSentence);
+    const std::string noteText = asked->plainText.valueOr("");
     const auto assistant = std::make_shared<const Assistant>(environment_);
     const std::string question = question_ ? question_->text().trimmed().toStdString() : "";
     const AIRequest request = assistant->frameAction(action_, noteText, question);
@@ -209,8 +224,11 @@ void ActionReview::showBusy(bool isBusy) {
 
 void ActionReview::take(Way way) {
     CDNote* const changed = note();
-    if (changed == nullptr) return showNotice(this, "This note is gone.");
+    if (changed == nullptr) return showNotice(this, goneSentence);
     if (changed->trashedAt) return showNotice(this, "This note is in the trash.");
+    if (way == Way::replace && holdsMoreThanText(*changed)) {
+        return showNotice(this, std::string(moreThanTextSentence) + ".");
+    }
     const std::string words = answerBody(action_, result_->toPlainText().toStdString());
     try {
         StoreContext& context = environment_.context();

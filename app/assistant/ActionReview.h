@@ -36,7 +36,8 @@ private:
     QWidget* makeQuestion();
     QWidget* makeButtons();
     void ask();
-    void send(const std::string& noteText);
+    void send();
+    CDNote* sendable();
     void showResult(const std::string& text, const std::string& model);
     void showSentence(const QString& sentence);
     void showBusy(bool isBusy);

@@ -109,6 +109,19 @@ TEST_F(ActionReviewTest, ATextCannotTakeThePlaceOfLockedPassages) {
     EXPECT_NE(note.html->find("QUJD"), std::string::npos);
 }
 
+TEST_F(ActionReviewTest, NorOfWhatWasLockedSinceTheTextWasAskedFor) {
+    CDNote& note = addNote("Plan", "<p>Open.</p>");
+    begin(note, NoteAction::shorten);
+    ASSERT_TRUE(waitForText());
+    const std::string locked =
+        "<div class=\"ts-encrypted\" data-ts-cipher=\"QUJD\">🔒 Encrypted text</div>";
+    environment->notes().updateNote(context(), note, {.html = locked});
+    context().save();
+    press("replaceNote");
+    EXPECT_NE(note.html->find("QUJD"), std::string::npos);
+    EXPECT_FALSE(*note.hasConflict);
+}
+
 TEST_F(ActionReviewTest, AsksAboutTheNoteAndAgainAfterAFailure) {
     CDNote& note = addNote("Plan", "<p>Tom pays.</p>");
     network.answer = [](const HTTPRequest&) { return HTTPReply{.status = 429}; };
