@@ -80,4 +80,11 @@ void ProviderAddress::save(Preferences& preferences) const {
     }
 }
 
+std::string explanation(AISettings::Backend backend, const ProviderAddress& address) {
+    const bool isOwnServer = backend == AISettings::Backend::ownKey && !address.isBuiltIn();
+    if (!isOwnServer) return std::string(explanation(backend));
+    return "Questions go straight from this device to " + address.host
+           + ". A key that you enter is kept in the desktop's keyring for this server alone.";
+}
+
 }  // namespace tesserine

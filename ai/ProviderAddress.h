@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ai/AISettings.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,5 +30,8 @@ struct ProviderAddress {
     /// Throws `FileError`.
     void save(Preferences& preferences) const;
 };
+
+/// Where questions go and who keeps the key, in a sentence or two.
+std::string explanation(AISettings::Backend backend, const ProviderAddress& address);
 
 }  // namespace tesserine

@@ -74,10 +74,11 @@ ExitStatus status(Session& session, const Arguments&) {
 }
 
 ExitStatus enable(Session& session, const Arguments& arguments) {
-    AISettings settings = Assistant(session).settings();
+    const Assistant assistant(session);
+    AISettings settings = assistant.settings();
     session.remark(
         "A question is sent with passages of the notes that match it, at most 24,000 characters. "
-        + std::string(explanation(settings.backend)));
+        + explanation(settings.backend, assistant.address()));
     const bool isAgreed =
         arguments.has("yes")
         || askOnTerminal(session, "Switch the assistant on?", Answer::no) == Answer::yes;
@@ -100,10 +101,11 @@ ExitStatus disable(Session& session, const Arguments&) {
 }
 
 ExitStatus setBackend(Session& session, const Arguments& arguments) {
-    AISettings settings = Assistant(session).settings();
+    const Assistant assistant(session);
+    AISettings settings = assistant.settings();
     settings.backend = arguments.word(0) == "relay" ? Backend::relay : Backend::ownKey;
     settings.save(session.preferences());
-    session.remark(std::string(explanation(settings.backend)));
+    session.remark(explanation(settings.backend, assistant.address()));
     return ExitStatus::done;
 }
 

@@ -55,6 +55,20 @@ TEST_F(AssistantCommands, TouchNoNetworkUntilEverythingIsSetUp) {
     EXPECT_TRUE(provider_.requests().empty());
 }
 
+TEST_F(AssistantCommands, SayWhichServerIsAsked) {
+    EXPECT_NE(mustRun({"assistant", "backend", "ownKey"}).error.find("to xAI"), std::string::npos);
+    mustRun({"assistant", "provider", "http://127.0.0.1:11434/v1", "--yes"});
+    for (const auto& command :
+         {std::vector<std::string>{"assistant", "backend", "ownKey"},
+          std::vector<std::string>{"assistant", "enable", "--yes"}}) {
+        const std::string said = mustRun(command).error;
+        EXPECT_NE(said.find("to 127.0.0.1:11434."), std::string::npos) << said;
+        EXPECT_EQ(said.find("xAI"), std::string::npos) << said;
+    }
+    const std::string relayed = mustRun({"assistant", "backend", "relay"}).error;
+    EXPECT_EQ(relayed.find("127.0.0.1"), std::string::npos) << relayed;
+}
+
 TEST_F(AssistantCommands, AnswerFromTheNotesWithTheirSources) {
     setUp();
     addNote(

@@ -122,15 +122,22 @@ void AssistantForm::addBackend() {
     }
     backend->setCurrentIndex(settings.backend == Backend::relay ? 0 : 1);
     addRow({"Questions go through", {}}, backend);
-    explanation_ = makeHint(qt(explanation(settings.backend)), this);
+    explanation_ = makeHint({}, this);
+    explanation_->setObjectName("whereQuestionsGo");
     addWide(explanation_);
+    showExplanation();
     connect(backend, &QComboBox::activated, this, &AssistantForm::switchBackend);
 }
 
 void AssistantForm::switchBackend(int index) {
     const Backend chosen = backends[static_cast<std::size_t>(index)];
     change([chosen](AISettings& changed) { changed.backend = chosen; });
-    explanation_->setText(qt(explanation(chosen)));
+    showExplanation();
+}
+
+void AssistantForm::showExplanation() {
+    const Backend chosen = AISettings::load(preferences()).backend;
+    explanation_->setText(qt(explanation(chosen, ProviderAddress::load(preferences()))));
 }
 
 void AssistantForm::addKey() {
@@ -264,6 +271,7 @@ void AssistantForm::setServer(const QString& typed) {
     });
     server_->clear();
     showServer();
+    showExplanation();
     readKey();
 }
 

@@ -36,6 +36,7 @@ private:
     void askServer();
     void setServer(const QString& typed);
     void showServer();
+    void showExplanation();
 
     AppEnvironment& environment_;
     QLabel* explanation_ = nullptr;

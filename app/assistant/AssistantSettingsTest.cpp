@@ -82,6 +82,7 @@ TEST_F(AssistantSettingsTest, BindsAKeyToTheServerItWasEnteredFor) {
     part<QPushButton>("useServer").click();
     answer(QMessageBox::AcceptRole);
     EXPECT_EQ(server(), "127.0.0.1:11434");
+    EXPECT_TRUE(part<QLabel>("whereQuestionsGo").text().contains("to 127.0.0.1:11434."));
     ASSERT_TRUE(waitForKeyState("No key is kept for this server."));
 
     part<QLineEdit>("assistantKey").setText("other key");

@@ -1,6 +1,6 @@
 #include "app/assistant/DataNotice.h"
 
-#include "ai/AISettings.h"
+#include "ai/ProviderAddress.h"
 #include "app/look/Notice.h"
 #include "app/state/AppEnvironment.h"
 #include "base/Files.h"
@@ -34,15 +34,14 @@ bool keepAgreement(AppEnvironment& environment, QWidget* parent) {
 void withDataNotice(AppEnvironment& environment, QWidget* parent, std::function<void()> agreed) {
     const AISettings settings = AISettings::load(environment.preferences());
     if (settings.hasSeenDataNotice) return agreed();
-    const std::string_view where = explanation(settings.backend);
+    const std::string where =
+        explanation(settings.backend, ProviderAddress::load(environment.preferences()));
     auto* const box = new QMessageBox(parent);
     box->setObjectName("dataNotice");
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setTextFormat(Qt::PlainText);
     box->setText("What the assistant sends");
-    box->setInformativeText(
-        QString(whatIsSent) + "\n\n"
-        + QString::fromUtf8(where.data(), static_cast<qsizetype>(where.size())));
+    box->setInformativeText(QString(whatIsSent) + "\n\n" + QString::fromStdString(where));
     auto* const going = box->addButton("Send", QMessageBox::AcceptRole);
     box->setDefaultButton(box->addButton(QMessageBox::Cancel));
     QObject::connect(
