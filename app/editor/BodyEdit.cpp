@@ -1,5 +1,6 @@
 #include "app/editor/BodyEdit.h"
 
+#include "app/editor/Comparison.h"
 #include "app/editor/EditorPreferences.h"
 #include "app/editor/ListRules.h"
 #include "app/editor/ObjectRenderer.h"
@@ -175,10 +176,21 @@ void BodyEdit::scalePicture(double factor) {
     if (width > 0) handle_->setWidth(*position, width * factor);
 }
 
-BodyView BodyEdit::view() const { return {textCursor().position(), verticalScrollBar()->value()}; }
+BodyView BodyEdit::view() const {
+    if (isLoading()) return wanted_;
+    const QTextCursor cursor = textCursor();
+    const QTextCursor top = cursorForPosition(QPoint(0, 0));
+    return {
+        .text = note_.content().text,
+        .anchor = cursor.anchor(),
+        .position = cursor.position(),
+        .isAtTop = verticalScrollBar()->value() == 0,
+        .top = top.position(),
+        .topEdge = cursorRect(top).top()};
+}
 
 void BodyEdit::load(const std::string& html, BodyView view) {
-    wanted_ = view;
+    wanted_ = std::move(view);
     setPlaceholderText({});
     loader_->load(html);
 }
@@ -186,11 +198,23 @@ void BodyEdit::load(const std::string& html, BodyView view) {
 void BodyEdit::showView() {
     setPlaceholderText(hint);
     const BodyView view = std::exchange(wanted_, {});
-    if (view.position == 0 && view.scrolled == 0) return;
+    if (view.text.empty()) return;
+    const Comparison changes = compared(view.text, note_.content().text);
+    const auto presentPlace = [&](int place) {
+        const auto before = static_cast<std::size_t>(place);
+        const bool beginsLine = before > 0 && view.text[before - 1] == u'\n';
+        const std::size_t after = changes.placeAfter(
+            before, beginsLine ? Comparison::Side::next : Comparison::Side::previous);
+        return std::min(static_cast<int>(after), note_.characterCount() - 1);
+    };
     QTextCursor cursor(&note_);
-    cursor.setPosition(std::min(view.position, note_.characterCount() - 1));
+    cursor.setPosition(presentPlace(view.anchor));
+    cursor.setPosition(presentPlace(view.position), QTextCursor::KeepAnchor);
     setTextCursor(cursor);
-    verticalScrollBar()->setValue(view.scrolled);
+    if (view.isAtTop) return verticalScrollBar()->setValue(0);
+    QTextCursor top(&note_);
+    top.setPosition(presentPlace(view.top));
+    scrollTo(top, view.topEdge);
 }
 
 void BodyEdit::followTheme() {
@@ -418,13 +442,17 @@ void BodyEdit::wrap() {
 
 /// Makes a change after which the lines are others, and has the reader keep the place.
 void BodyEdit::layOutAnew(const std::function<void()>& change) {
-    QScrollBar& bar = *verticalScrollBar();
-    const bool isAtTop = bar.value() == 0;
+    const bool isAtTop = verticalScrollBar()->value() == 0;
     const QTextCursor top = cursorForPosition(QPoint(0, 0));
     const int before = isAtTop ? 0 : cursorRect(top).top();
     change();
-    if (isAtTop) return;
-    const int value = bar.value() + cursorRect(top).top() - before;
+    if (!isAtTop) scrollTo(top, before);
+}
+
+/// Has the line of the cursor stand at this height of the view, in pixels.
+void BodyEdit::scrollTo(const QTextCursor& line, int edge) {
+    QScrollBar& bar = *verticalScrollBar();
+    const int value = std::max(bar.value() + cursorRect(line).top() - edge, 0);
     // Asking what stands below lays it out; the bar is told of the new height only later.
     note_.documentLayout()->hitTest(QPointF(0, value + viewport()->height()), Qt::FuzzyHit);
     bar.setMaximum(std::max(bar.maximum(), value));

@@ -24,8 +24,13 @@ class Pictures;
 
 /// What a reader sees of a note.
 struct BodyView {
-    int position = 0;  ///< of the cursor
-    int scrolled = 0;  ///< pixels above what is seen
+    std::u16string
+        text{};           ///< of the note, in which the places are; empty: seen from its beginning
+    int anchor = 0;       ///< where the selection began
+    int position = 0;     ///< of the cursor
+    bool isAtTop = true;  ///< not scrolled
+    int top = 0;          ///< of the first line that is seen
+    int topEdge = 0;      ///< of that line in the view, in pixels
 };
 
 /// The body of a note, to be read and written: keys, clicks and what is drawn beside the text.
@@ -45,8 +50,10 @@ public:
         return note_;
     }
 
+    /// Linear in the size of the note.
     BodyView view() const;
-    /// Shows a canonical body and, once it is all there, `view`. A long one comes piece by piece.
+    /// Shows a canonical body and, once it is all there, `view`, whose places move along with the
+    /// words that both texts have. A long one comes piece by piece.
     void load(const std::string& html, BodyView view = {});
     bool isLoading() const { return loader_->isLoading(); }
     /// Whether the note was changed since it was loaded or written.
@@ -119,6 +126,7 @@ private:
 
     void showView();
     void wrap();
+    void scrollTo(const QTextCursor& line, int edge);
     void layOutAnew(const std::function<void()>& change);
     void layOutRest();
 

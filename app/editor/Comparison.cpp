@@ -113,7 +113,32 @@ std::vector<PassageRange> rangesOf(
     return ranges;
 }
 
+constexpr std::size_t npos = std::u16string_view::npos;
+
 }  // namespace
+
+std::size_t Comparison::placeAfter(std::size_t place, Side side) const {
+    auto gone = removed.begin();
+    auto come = added.begin();
+    std::size_t before = 0;
+    std::size_t after = 0;
+    while (true) {
+        // The stretch that both texts have from here on ends where one of them goes its own way.
+        const std::size_t toGone = gone == removed.end() ? npos : gone->start - before;
+        const std::size_t toCome = come == added.end() ? npos : come->start - after;
+        const std::size_t same = std::min(toGone, toCome);
+        const std::size_t distance = place - before;
+        if (distance < same || (distance == same && side == Side::previous)) {
+            return after + distance;
+        }
+        before += same;
+        after += same;
+        if (toGone == same && place == before) return after;
+        if (toGone == same) before = (gone++)->end();
+        if (toCome == same) after = (come++)->end();
+        if (place < before) return after;
+    }
+}
 
 Comparison compared(std::u16string_view before, std::u16string_view after) {
     // What both begin and end with needs no comparison; cut at lines, so that words stay whole.
@@ -126,7 +151,7 @@ Comparison compared(std::u16string_view before, std::u16string_view after) {
         std::mismatch(before.rbegin(), before.rend(), after.rbegin(), after.rend());
     const auto tail = static_cast<std::size_t>(end - before.rbegin());
     const std::size_t line = before.substr(before.size() - tail).find(u'\n');
-    const std::size_t same = line == std::u16string_view::npos ? 0 : tail - line;
+    const std::size_t same = line == npos ? 0 : tail - line;
     before.remove_suffix(same);
     after.remove_suffix(same);
 

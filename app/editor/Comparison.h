@@ -2,6 +2,7 @@
 
 #include "core/body/PassageSelection.h"
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,12 @@ struct Comparison {
     std::vector<PassageRange> added{};    ///< of the second text, not in the first
 
     bool areEqual() const { return removed.empty() && added.empty(); }
+
+    /// What a place stays with when something is added right there.
+    enum class Side { previous, next };
+    /// Where a place of the first text is in the second; in words that are gone, behind those that
+    /// have come for them.
+    std::size_t placeAfter(std::size_t place, Side side) const;
 };
 
 /// Compares word by word, so that whole words are marked. Texts that differ in more than

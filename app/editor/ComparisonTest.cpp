@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 namespace tesserine::app {
@@ -69,6 +70,16 @@ TEST(Comparison, WhatIsNotMarkedIsTheSame) {
         const Comparison comparison = compared(before, after);
         ASSERT_EQ(
             withoutRanges(before, comparison.removed), withoutRanges(after, comparison.added));
+        for (std::size_t place = 0; place < before.size(); ++place) {
+            const std::size_t found = comparison.placeAfter(place, Comparison::Side::next);
+            ASSERT_LE(found, after.size());
+            const bool isGone = std::ranges::any_of(comparison.removed, [&](const auto& range) {
+                return place >= range.start && place < range.end();
+            });
+            if (!isGone) {
+                ASSERT_EQ(after[found], before[place]);
+            }
+        }
     }
 }
 

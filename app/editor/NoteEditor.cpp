@@ -272,15 +272,25 @@ bool NoteEditor::save() { return saver_->save(); }
 void NoteEditor::showNote(const CDNote& note, BodyView view) {
     const QScopedValueRollback showing(isShowing_, true);
     saver_->forget();
-    title_->setText(QString::fromStdString(open_.title()));
-    title_->setCursorPosition(0);  // of a title that is too long the beginning is seen
-    title_->setModified(false);
-    body_->load(open_.html(), view);
+    showTitle();
+    body_->load(open_.html(), std::move(view));
     footer_->showState({});
     notice_->hide();
     isInConflict_ = false;
     body_->setReadOnly(false);
     showSurroundings(note);
+}
+
+/// Who writes in the title goes on there; otherwise the beginning of one that is too long is seen.
+void NoteEditor::showTitle() {
+    const QString title = QString::fromStdString(open_.title());
+    const int place = title_->hasFocus() ? title_->cursorPosition() : 0;
+    const bool isWritten = title_->hasFocus() && title_->text() == title;
+    if (!isWritten) {
+        title_->setText(title);
+        title_->setCursorPosition(place);
+    }
+    title_->setModified(false);
 }
 
 /// What belongs to the note beside its words.
@@ -371,9 +381,9 @@ void NoteEditor::followNote() {
 
 /// Shows the note as it is now, and stays where the reader is.
 void NoteEditor::reload() {
-    const BodyView view = body_->view();
+    BodyView view = body_->view();
     if (!open_.id() || !open_.open(*open_.id())) return;
-    showNote(*open_.note(), view);
+    showNote(*open_.note(), std::move(view));
     emit titleChanged(*open_.id(), title_->text());
 }
 

@@ -101,6 +101,7 @@ private:
     void connectParts();
     void handleCommands();
     void showNote(const CDNote& note, BodyView view = {});
+    void showTitle();
     void showSurroundings(const CDNote& note);
     void allowWriting(bool isAllowed);
     void restore();

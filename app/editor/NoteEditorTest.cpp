@@ -77,6 +77,44 @@ TEST_F(NoteEditor, ShowsWhatOthersWroteWhileNothingIsTyped) {
     EXPECT_EQ(editor.notice().text(), "");
 }
 
+TEST_F(NoteEditor, WhoWritesGoesOnAtTheSameWordsWhenOthersChangeTheNote) {
+    struct Case {
+        const char* before;
+        const char* theirs;
+        const char* typedOn;
+    };
+    for (const auto& [before, theirs, typedOn] : {
+             Case{"<p>a</p><p>b|</p>", "<p>new</p><p>a</p><p>b</p>", "<p>new</p><p>a</p><p>bx</p>"},
+             Case{"<p>a</p><p>|b</p>", "<p>a</p><p>new</p><p>b</p>", "<p>a</p><p>new</p><p>xb</p>"},
+             Case{"<p>a|</p>", "<p>a</p><p>new</p>", "<p>ax</p><p>new</p>"},
+             Case{"<p>a b|</p>", "<p>a b, new</p>", "<p>a bx, new</p>"},
+             Case{// above and below it
+                  "<p>a</p><p>mid|dle</p><p>c</p>",
+                  "<p>new</p><p>A</p><p>middle</p><p>C</p>",
+                  "<p>new</p><p>A</p><p>midxdle</p><p>C</p>"},
+             Case{"<p>a</p><p>b |c| d</p>", "<p>b c d</p>", "<p>b x d</p>"},
+             Case{"<p>a</p><p>gone|</p><p>c</p>", "<p>a</p><p>c</p>", "<p>a</p><p>xc</p>"},
+         }) {
+        SCOPED_TRACE(before);
+        CDNote& note = openNote(before);
+        change(note, theirs);
+        type("x");
+        EXPECT_EQ(html(), typedOn);
+        EXPECT_TRUE(editor.save());
+    }
+}
+
+TEST_F(NoteEditor, WhoWritesATitleGoesOnThereWhenOthersChangeTheNote) {
+    CDNote& note = openNote("<p>one</p>");
+    editor.title().setFocus();
+    editor.title().selectAll();
+    QTest::keyClicks(&editor.title(), "Meet");
+    EXPECT_TRUE(editor.save());
+    change(note, "<p>theirs</p>");
+    QTest::keyClicks(&editor.title(), "ing");
+    EXPECT_EQ(editor.title().text(), "Meeting");
+}
+
 TEST_F(NoteEditor, ChangesNoNoteInTheTrash) {
     CDNote& note = openNote("<p>|one|</p>");
     const QTextCursor chosen = editor.body().textCursor();
