@@ -155,13 +155,25 @@ void RemindersPage::open() {
     list_->setFocus();
 }
 
+/// The chosen row stays chosen. Where it is gone, that which comes into its place is.
 void RemindersPage::reload() {
-    const int current = list_->currentIndex().row();
+    const auto chosen = current();
+    const int before = list_->currentIndex().row();
     model_->reload();
     stack_->setCurrentIndex(model_->rowCount() == 0 ? 1 : 0);
-    if (!list_->currentIndex().isValid() && current >= 0) {
-        list_->setCurrentIndex(model_->index(std::min(current, model_->rowCount() - 1)));
+    if (!chosen || list_->currentIndex().isValid()) return;
+    const int now = rowOf(*chosen);
+    list_->setCurrentIndex(
+        model_->index(now >= 0 ? now : std::min(before, model_->rowCount() - 1)));
+}
+
+/// -1 when it is not there any more.
+int RemindersPage::rowOf(const ReminderRow& chosen) const {
+    int row = model_->rowCount() - 1;
+    while (row >= 0 && model_->row(row).owner != chosen.owner) {
+        --row;
     }
+    return row;
 }
 
 std::optional<ReminderRow> RemindersPage::current() const {

@@ -36,6 +36,7 @@ signals:
 
 private:
     std::optional<ReminderRow> current() const;
+    int rowOf(const ReminderRow& chosen) const;
     void openRow(const ReminderRow& row);
     void putOff(const ReminderRow& row);
     void setReminder(const ReminderRow& row, const std::optional<TaskDue>& when);

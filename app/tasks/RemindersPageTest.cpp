@@ -95,5 +95,20 @@ TEST_F(RemindersPageTest, AMenuIsOfTheRowItWasOpenedForWhateverOthersChangeMeanw
     EXPECT_TRUE(last.reminderAt);
 }
 
+TEST_F(RemindersPageTest, TheChosenRowStaysChosenWhateverOthersChange) {
+    CDTask& first = remind("First", "2026-03-14T11:00:00Z");
+    const CDTask& chosen = remind("Chosen", "2026-03-14T12:00:00Z");
+    const CDTask& last = remind("Last", "2026-03-14T13:00:00Z");
+    open();
+    list.setCurrentIndex(list.model()->index(2, 0));
+    environment->tasks().setReminder(first, {});
+    context().save();
+    QTest::keyClick(&list, Qt::Key_Delete);
+    EXPECT_FALSE(chosen.reminderAt);
+    EXPECT_TRUE(last.reminderAt);
+    QTest::keyClick(&list, Qt::Key_Delete);
+    EXPECT_FALSE(last.reminderAt) << "the next one takes its place";
+}
+
 }  // namespace
 }  // namespace tesserine::app

@@ -1,5 +1,6 @@
 #include "app/tasks/TaskComparison.h"
 
+#include "app/look/Notice.h"
 #include "app/look/PageParts.h"
 #include "app/look/Separator.h"
 #include "app/state/AppEnvironment.h"
@@ -43,20 +44,19 @@ const QStringList names{
 
 }  // namespace
 
-TaskComparison::TaskComparison(
-    AppEnvironment& environment, const TaskConflict& conflict, QWidget* parent)
-    : QDialog(parent), environment_(environment) {
+TaskComparison::TaskComparison(AppEnvironment& environment, TaskConflict conflict, QWidget* parent)
+    : QDialog(parent), environment_(environment), conflict_(std::move(conflict)) {
     setObjectName("taskComparison");
     setWindowTitle("Compare versions");
     setAttribute(Qt::WA_DeleteOnClose);
-    build(conflict);
+    build();
     resize(usualSize);
 }
 
-void TaskComparison::build(const TaskConflict& conflict) {
+void TaskComparison::build() {
     const TaskWords words(environment_.now(), environment_.calendar());
-    const QStringList own = linesOf(conflict.present, words);
-    const QStringList other = linesOf(conflict.other, words);
+    const QStringList own = linesOf(conflict_.present, words);
+    const QStringList other = linesOf(conflict_.other, words);
 
     auto* const page = new QWidget(this);
     auto* const grid = new QGridLayout(page);
@@ -78,7 +78,7 @@ void TaskComparison::build(const TaskConflict& conflict) {
     area->setWidgetResizable(true);
     area->setWidget(page);
 
-    const Uuid task = conflict.task;
+    const Uuid task = conflict_.task;
     const Clock& clock = environment_.clock();
     auto* const close = makeMainButton("Close", this);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
@@ -120,11 +120,23 @@ void TaskComparison::addLine(
     }
 }
 
+/// Whether no version came in meanwhile that nobody has seen here.
+bool TaskComparison::isAsShown(TaskConflicts& conflicts) const {
+    const auto now = conflicts.of(conflict_.task);
+    const TaskWords words(environment_.now(), environment_.calendar());
+    return now && linesOf(now->present, words) == linesOf(conflict_.present, words)
+           && linesOf(now->other, words) == linesOf(conflict_.other, words);
+}
+
 QPushButton* TaskComparison::makeButton(const QString& title, const char* name, Choice choice) {
     auto* const button = new QPushButton(title, this);
     button->setObjectName(name);
     connect(button, &QPushButton::clicked, this, [this, choice = std::move(choice)] {
         TaskConflicts conflicts(environment_.context());
+        if (!isAsShown(conflicts)) {
+            showNotice(parentWidget(), "The task was changed meanwhile. Compare it again.");
+            return reject();
+        }
         choice(conflicts);
         if (environment_.save(this)) accept();
     });

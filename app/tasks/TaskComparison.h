@@ -20,16 +20,18 @@ class TaskComparison final : public QDialog {
 
 public:
     /// Deletes itself when it is closed; shown with `open`.
-    TaskComparison(AppEnvironment& environment, const TaskConflict& conflict, QWidget* parent);
+    TaskComparison(AppEnvironment& environment, TaskConflict conflict, QWidget* parent);
 
 private:
-    void build(const TaskConflict& conflict);
+    void build();
     static void addLine(
         QGridLayout& grid, const QString& name, const QString& other, const QString& own);
+    bool isAsShown(TaskConflicts& conflicts) const;
     using Choice = std::function<void(TaskConflicts& conflicts)>;
     QPushButton* makeButton(const QString& title, const char* name, Choice choice);
 
     AppEnvironment& environment_;
+    const TaskConflict conflict_;  // as it is shown
 };
 
 }  // namespace tesserine::app

@@ -103,6 +103,18 @@ TEST_F(TaskComparisonTest, EachChoiceSettlesItAndOnlyWhatWasNotChosenGoes) {
     }
 }
 
+TEST_F(TaskComparisonTest, AVersionThatWasNotShownIsNeitherTakenNorLost) {
+    TaskComparison& dialog = compare();
+    context().find<CDTask>(task)->title = "Call Cid";  // as another device does it
+    context().save();
+    dialog.findChild<QPushButton*>("useOther")->click();
+    settle();
+    EXPECT_EQ(tasksOfLibrary(), "Call Cid p2 (Home) ");
+    ASSERT_TRUE(notice().isVisible()) << "to be compared again";
+    choose("useOther");
+    EXPECT_EQ(tasksOfLibrary(), "Call Bob p1 (Home) ");
+}
+
 TEST_F(TaskComparisonTest, ItsLineInAListIsMarkedUntilItIsSettled) {
     TaskListModel model(*environment);
     model.setView(TaskView::inbox());

@@ -31,13 +31,19 @@ TaskListModel::TaskListModel(AppEnvironment& environment, QObject* parent)
       listing_(TaskView::today(), environment.now(), environment.calendar()) {
     connect(&environment, &AppEnvironment::libraryChanged, this, &TaskListModel::follow);
     connect(&environment, &AppEnvironment::calendarChanged, this, [this] {
-        emit aboutToBeReadAnew();
-        setView(view());
-        emit readAnew();
+        inTurn_.run([this] {
+            emit aboutToBeReadAnew();
+            show(view());
+            emit readAnew();
+        });
     });
 }
 
 void TaskListModel::setView(const TaskView& view) {
+    inTurn_.run([this, view] { show(view); });
+}
+
+void TaskListModel::show(const TaskView& view) {
     listing_ = TaskListing(view, environment_.now(), environment_.calendar());
     held_.clear();
     rows_.forget();

@@ -92,6 +92,7 @@ signals:
     void settled();
 
 private:
+    void show(const TaskView& view);
     using Lines = std::vector<TaskLine>;
 
     // All of the list

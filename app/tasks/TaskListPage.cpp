@@ -143,7 +143,7 @@ void TaskListPage::showPlace(const Place& place) {
     model_->setView(content.view);
     list_->scrollToTop();
     bar_->setDefaults(std::move(content.defaults));
-    empty_->setContent(emptyContent(model_->view()));
+    empty_->setContent(emptyContent(content.view));
     updateState();
 }
 

@@ -363,6 +363,31 @@ TEST_F(TasksPageTest, ATaskCompletedElsewhereWhileItIsTypedInLeavesTheOthers) {
     EXPECT_EQ(task.title, "Call Ana tonight");
 }
 
+TEST_F(TasksPageTest, WordsTypedIntoATaskStayWhenItsProjectIsDeletedElsewhere) {
+    std::vector<Uuid> others;
+    for (int i = 0; i < 8; ++i) {
+        others.push_back(*addTask("Call Bea #Work").id);
+    }
+    CDTask& task = addTask("Call Ana #Work");
+    const Uuid project = *task.project.get()->id;
+    page.showPlace({.kind = Place::Kind::project, .id = project});
+    page.show();
+    QApplication::setActiveWindow(&page);
+    list.selectTask(*task.id);
+    QTest::keyClick(&list, Qt::Key_Return);
+    QTest::keyClicks(page.findChild<GrowingText*>("taskTitle"), " tonight");
+    const auto elsewhere = environment->store().newBackgroundContext();
+    for (const Uuid& other : others) {
+        environment->tasks().remove(*elsewhere, *elsewhere->find<CDTask>(other));
+    }
+    environment->projects().remove(*elsewhere, *elsewhere->find<CDProject>(project));
+    elsewhere->save();
+    settle();
+    EXPECT_EQ(page.findChild<QLabel*>("taskListTitle")->text(), "Inbox");
+    EXPECT_TRUE(page.flush());
+    EXPECT_EQ(titles(), "Call Ana tonight");
+}
+
 TEST_F(TasksPageTest, WordsMeantForATaskThatGoesAreNotTypedIntoTheNextOne) {
     const CDTask& next = addTask("Next");
     CDTask& typed = addTask("Typed");

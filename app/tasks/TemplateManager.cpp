@@ -168,8 +168,8 @@ void TemplateManager::open() {
     list_->setFocus();
 }
 
-std::optional<Uuid> TemplateManager::current() const {
-    const QListWidgetItem* const item = list_->currentItem();
+std::optional<Uuid> TemplateManager::idAt(int row) const {
+    const QListWidgetItem* const item = list_->item(row);
     return item == nullptr ? std::nullopt
                            : Uuid::parse(item->data(idRole).toString().toStdString());
 }
@@ -191,8 +191,8 @@ void TemplateManager::reload() {
 }
 
 void TemplateManager::take() {
-    const auto id = current();
-    if (id != shown_ && !flush()) return;
+    const auto id = idAt(list_->currentRow());
+    if (id != shown_ && !flush()) return markShown();
     const auto* const stored = id ? environment_.context().find<CDTaskTemplate>(*id) : nullptr;
     stack_->setCurrentIndex(stored == nullptr ? 1 : 0);
     if (stored == nullptr) {
@@ -205,10 +205,19 @@ void TemplateManager::take() {
     if (isAnother) form_->dropQuestion();
     if (isAnother && form_->isAncestorOf(window()->focusWidget())) list_->setFocus();
     shown_ = id;
+    markShown();
     if (isBeingTyped) return;
     const auto content = TaskTemplateContent::of(*stored);
     form_->setContent(content);
     summary_->setText(QString::fromStdString(content.summary()));
+}
+
+/// What stands in the form is what is chosen: saving made the list anew, or did not succeed.
+void TemplateManager::markShown() {
+    const QSignalBlocker quiet(list_);
+    for (int row = 0; row < list_->count(); ++row) {
+        if (idAt(row) == shown_) list_->setCurrentRow(row);
+    }
 }
 
 void TemplateManager::showTemplate(const Uuid& id) {

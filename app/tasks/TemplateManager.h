@@ -38,11 +38,12 @@ signals:
 private:
     void reload();
     void take();
+    void markShown();
     void create();
     void use();
     void askRemove();
     void showProblem(const QString& sentence);
-    std::optional<Uuid> current() const;
+    std::optional<Uuid> idAt(int row) const;
     QWidget* makeRight();
 
     AppEnvironment& environment_;

@@ -119,6 +119,25 @@ TEST_F(TemplateManagerTest, ATemplateWithoutANameIsNotSavedAndSaysWhy) {
     EXPECT_EQ(names(), "Packing list");
 }
 
+TEST_F(TemplateManagerTest, WhatStandsInTheFormIsWhatIsChosenAndDeleted) {
+    press("newTemplate");
+    type("templateName", "Other");
+    press("newTemplate");
+    auto& list = find<QListWidget>("templateList");
+    type("templateName", "Zoo");
+    list.setCurrentRow(0);  // with something to be saved first
+    EXPECT_EQ(list.currentItem()->text(), "Other");
+    EXPECT_EQ(find<QLineEdit>("templateName").text(), "Other");
+
+    list.setCurrentRow(1);
+    type("templateName", " ");
+    list.setCurrentRow(0);  // with something that cannot be saved
+    EXPECT_EQ(summary(), "A template needs a name.");
+    EXPECT_EQ(list.currentItem()->text(), "Zoo");
+    press("deleteTemplate");
+    EXPECT_EQ(find<QMessageBox>("deleteTemplateQuestion").text(), "Delete the template “Zoo”?");
+}
+
 TEST_F(TemplateManagerTest, DeletingAsksFirstAndShowsTheNext) {
     press("newTemplate");
     type("templateName", "First");
