@@ -1,9 +1,9 @@
 #include "app/pages/ImportAssistant.h"
 
+#include "app/look/LongWords.h"
 #include "app/pages/AssistantStep.h"
 #include "app/pages/ChoiceCard.h"
 #include "app/pages/ImportWords.h"
-#include "app/look/LongWords.h"
 #include "base/Text.h"
 #include "core/import/ImportReports.h"
 #include "core/services/LibraryCare.h"
@@ -137,11 +137,11 @@ QWidget* ImportAssistant::makeReport() {
     step.column->addWidget(troubles_, 1);
     step.column->addStretch(0);
     undo_ = new QPushButton(tr("Undo Import"), step.page);
-    auto* const done = makeMainButton(tr("Done"), step.page);
+    done_ = makeMainButton(tr("Done"), step.page);
     connect(undo_, &QPushButton::clicked, this, &ImportAssistant::undo);
-    connect(done, &QPushButton::clicked, this, &QDialog::accept);
+    connect(done_, &QPushButton::clicked, this, &QDialog::accept);
     step.buttons->addWidget(undo_);
-    step.buttons->addWidget(done);
+    step.buttons->addWidget(done_);
     return step.page;
 }
 
@@ -255,7 +255,7 @@ void ImportAssistant::showReport(const ImportReport& made) {
 
 void ImportAssistant::undo() {
     if (job_.isRunning() || !reportID_) return;
-    undo_->setEnabled(false);
+    showUndoing(true);
     outcome_->setText(tr("Undoing the import…"));
     const auto undone = std::make_shared<ImportUndo>();
     job_.start(
@@ -263,10 +263,17 @@ void ImportAssistant::undo() {
             *undone = ImportReports(clock).undo(given.context, id, {.stop = given.stop});
         },
         [this, undone] {
+            showUndoing(false);
             outcome_->setText(
                 tr("The import was undone: %L1 notes are in the trash.").arg(undone->trashed));
             undo_->hide();
         });
+}
+
+/// Who closes the dialog does not want a half of it.
+void ImportAssistant::showUndoing(bool isUndoing) {
+    undo_->setEnabled(!isUndoing);
+    done_->setEnabled(!isUndoing);
 }
 
 void ImportAssistant::showFailure(const QString& sentence) {
@@ -278,13 +285,16 @@ void ImportAssistant::showFailure(const QString& sentence) {
     }
     outcome_->setText(sentence);
     troubles_->hide();
+    if (steps_->currentIndex() == reportStep) return showUndoing(false);  // it can be tried again
     undo_->hide();
     showStep(*steps_, reportStep);
 }
 
 void ImportAssistant::reject() {
-    const bool isImporting = job_.isRunning() && steps_->currentIndex() == progressStep;
-    if (isImporting) return job_.cancel();  // the report follows
+    if (job_.isRunning() && steps_->currentIndex() == progressStep) {
+        return job_.cancel();  // the report follows
+    }
+    if (job_.isRunning() && steps_->currentIndex() == reportStep) return;  // an undo
     QDialog::reject();
 }
 

@@ -51,6 +51,7 @@ private:
     void run();
     void showReport(const ImportReport& report);
     void undo();
+    void showUndoing(bool isUndoing);
     void showFailure(const QString& sentence);
     void reject() override;
 
@@ -75,6 +76,7 @@ private:
     QLabel* outcome_ = nullptr;
     QPlainTextEdit* troubles_ = nullptr;
     QPushButton* undo_ = nullptr;
+    QPushButton* done_ = nullptr;
 };
 
 }  // namespace tesserine::app

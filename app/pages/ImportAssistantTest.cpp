@@ -67,7 +67,12 @@ TEST_F(ImportAssistantTest, LooksFirstImportsWhenAskedAndUndoes) {
     EXPECT_EQ(titles(), "Plan in Notes\nWork in Work\n");
 
     press(assistant, "Undo Import");
+    press(assistant, "Done");
+    assistant.close();
+    EXPECT_TRUE(assistant.isVisible()) << "or a half of it would be undone";
     EXPECT_TRUE(says("importOutcome", "The import was undone: 2 notes are in the trash."));
+    press(assistant, "Done");
+    EXPECT_FALSE(assistant.isVisible());
     context().reset();
     EXPECT_EQ(titles(), "");
 }
