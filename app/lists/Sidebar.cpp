@@ -5,6 +5,7 @@
 #include "app/lists/Pickers.h"
 #include "app/lists/SidebarDelegate.h"
 #include "app/lists/SidebarModel.h"
+#include "app/look/DragPicture.h"
 #include "app/look/Icon.h"
 #include "app/look/Notice.h"
 #include "app/look/Theme.h"
@@ -26,7 +27,8 @@ namespace tesserine::app {
 namespace {
 
 using Kind = Place::Kind;
-constexpr const char* placeMimeType = "application/x-tesserine-place";
+constexpr const char* notebookMimeType = "application/x-tesserine-notebook";
+constexpr const char* tagMimeType = "application/x-tesserine-tag";
 
 /// The address of a line; a heading is named by its title.
 std::string foldingName(const QModelIndex& index) {
@@ -376,13 +378,14 @@ void Sidebar::acceptNotes() {
 
 /// Notebooks go into notebooks, tags below tags.
 void Sidebar::acceptPlaces() {
-    takeDrops(
-        placeMimeType,
-        {Kind::notebook, Kind::tag},
-        [this](const Place& place, const QMimeData& dragged) {
-            const auto moved = Place::fromAddress(dragged.data(placeMimeType).toStdString());
-            if (moved && moved->kind == place.kind) moveBelow(*moved, place.id);
-        });
+    const auto moveInto = [this](const char* mimeType) {
+        return [this, mimeType](const Place& place, const QMimeData& dragged) {
+            const auto moved = Place::fromAddress(dragged.data(mimeType).toStdString());
+            if (moved) moveBelow(*moved, place.id);
+        };
+    };
+    takeDrops(notebookMimeType, {Kind::notebook}, moveInto(notebookMimeType));
+    takeDrops(tagMimeType, {Kind::tag}, moveInto(tagMimeType));
 }
 
 void Sidebar::moveBelow(const Place& place, const std::optional<Uuid>& parent) {
@@ -406,20 +409,37 @@ void Sidebar::moveBelow(const Place& place, const std::optional<Uuid>& parent) {
 void Sidebar::startDrag(Qt::DropActions) {
     const auto place = current();
     if (!place || (place->kind != Kind::notebook && place->kind != Kind::tag)) return;
+    const QPixmap picture = dragPicture(currentIndex().data().toString(), *this);
     auto* drag = new QDrag(this);
     auto* dragged = new QMimeData;
-    dragged->setData(placeMimeType, QByteArray::fromStdString(place->address()));
+    dragged->setData(
+        place->kind == Kind::notebook ? notebookMimeType : tagMimeType,
+        QByteArray::fromStdString(place->address()));
     drag->setMimeData(dragged);
+    drag->setPixmap(picture);
+    drag->setHotSpot({space::medium, picture.deviceIndependentSize().toSize().height() / 2});
     drag->exec(Qt::MoveAction);
 }
 
-const Sidebar::Drop* Sidebar::dropFor(const QDropEvent& event) const {
-    const auto place = SidebarModel::placeAt(indexAt(event.position().toPoint()));
-    if (!place) return nullptr;
+const Sidebar::Drop* Sidebar::dropFor(const QMimeData& dragged, const Place& place) const {
     const auto found = std::ranges::find_if(drops_, [&](const Drop& drop) {
-        return event.mimeData()->hasFormat(drop.mimeType) && drop.kinds.contains(place->kind);
+        return dragged.hasFormat(drop.mimeType) && drop.kinds.contains(place.kind);
     });
     return found == drops_.end() ? nullptr : &*found;
+}
+
+void Sidebar::frameDropPlace(const std::optional<Place>& place) {
+    if (place == dropPlace_) return;
+    dropPlace_ = place;
+    viewport()->update();
+}
+
+void Sidebar::drawRow(
+    QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    QStyleOptionViewItem row = option;
+    const bool isFramed = dropPlace_ && SidebarModel::placeAt(index) == dropPlace_;
+    if (isFramed) row.state |= QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange;
+    QTreeView::drawRow(painter, row, index);
 }
 
 void Sidebar::dragEnterEvent(QDragEnterEvent* event) {
@@ -430,15 +450,24 @@ void Sidebar::dragEnterEvent(QDragEnterEvent* event) {
 
 void Sidebar::dragMoveEvent(QDragMoveEvent* event) {
     QTreeView::dragMoveEvent(event);  // scrolls near the edges
-    event->setAccepted(dropFor(*event) != nullptr);
+    const auto place = SidebarModel::placeAt(indexAt(event->position().toPoint()));
+    const bool isTaken = place && dropFor(*event->mimeData(), *place) != nullptr;
+    event->setAccepted(isTaken);
+    frameDropPlace(isTaken ? place : std::nullopt);
 }
 
+void Sidebar::dragLeaveEvent(QDragLeaveEvent* event) {
+    QTreeView::dragLeaveEvent(event);
+    frameDropPlace({});
+}
+
+/// On the place with the frame, wherever its line stands by now.
 void Sidebar::dropEvent(QDropEvent* event) {
-    const Drop* drop = dropFor(*event);
-    event->setAccepted(drop != nullptr);
-    if (drop == nullptr) return;
-    drop->take(*SidebarModel::placeAt(indexAt(event->position().toPoint())), *event->mimeData());
+    const auto place = dropPlace_;
+    frameDropPlace({});
     setState(QAbstractItemView::NoState);
+    event->setAccepted(place.has_value());
+    if (place) dropFor(*event->mimeData(), *place)->take(*place, *event->mimeData());
 }
 
 }  // namespace tesserine::app

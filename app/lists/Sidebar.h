@@ -58,9 +58,12 @@ private:
     void currentChanged(const QModelIndex& now, const QModelIndex& before) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index)
+        const override;
     void startDrag(Qt::DropActions actions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
     std::optional<Place> current() const;
@@ -79,7 +82,9 @@ private:
     void acceptPlaces();
     /// A notebook or a tag; none: to the top.
     void moveBelow(const Place& place, const std::optional<Uuid>& parent);
-    const Drop* dropFor(const QDropEvent& event) const;
+    const Drop* dropFor(const QMimeData& dragged, const Place& place) const;
+    /// Shows where what is dragged would go.
+    void frameDropPlace(const std::optional<Place>& place);
 
     AppEnvironment& environment_;
     SidebarModel* model_;
@@ -98,6 +103,7 @@ private:
     };
     std::optional<Typed> typed_;
     std::optional<Place> marked_;
+    std::optional<Place> dropPlace_;
     bool isMarking_ = false;
 };
 

@@ -60,6 +60,20 @@ public:
         context().save();
         return made;
     }
+    /// Moves what is dragged to a place; whether it could be dropped there.
+    bool dragTo(const QMimeData& data, const Place& place) {
+        const QPoint where = sidebar().visualRect(sidebar().places().indexOf(place)).center();
+        QDragEnterEvent enter(where, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(sidebar().viewport(), &enter);
+        QDragMoveEvent move(where, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(sidebar().viewport(), &move);
+        return move.isAccepted();
+    }
+    /// Lets go of it where it was moved to.
+    void drop(const QMimeData& data) {
+        QDropEvent event({}, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(sidebar().viewport(), &event);
+    }
     void dropNotes(const std::vector<const CDNote*>& notes, const Place& place) {
         QMimeData data;
         QByteArray ids;
@@ -67,11 +81,8 @@ public:
             ids += QByteArray::fromStdString(note->id->text() + "\n");
         }
         data.setData(notesMimeType, ids);
-        const QPoint where = sidebar().visualRect(sidebar().places().indexOf(place)).center();
-        QDragEnterEvent enter(where, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(sidebar().viewport(), &enter);
-        QDropEvent event(where, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(sidebar().viewport(), &event);
+        dragTo(data, place);
+        drop(data);
     }
 
     std::string chosen;
@@ -255,6 +266,30 @@ TEST_F(SidebarTest, NotesAreDroppedOnNotebooksTagsAndTheTrash) {
     dropNotes({&bill}, {Kind::trash});
     EXPECT_TRUE(bill.trashedAt.get().has_value());
     EXPECT_FALSE(context().hasChanges()) << "everything is saved";
+}
+
+TEST_F(SidebarTest, WhatIsDraggedGoesToThePlaceThatWasFramed) {
+    const Place work{Kind::notebook, *notebook("Work").id};
+    CDNotebook& zebra = notebook("Zebra");
+    const Place tag{Kind::tag, *environment->tags().findOrCreate(context(), "red")->id};
+    context().save();
+    QMimeData data;
+    data.setData(
+        "application/x-tesserine-notebook",
+        QByteArray::fromStdString(Place{Kind::notebook, *zebra.id}.address()));
+    const auto picture = [&] {
+        const QRect line = sidebar().visualRect(sidebar().places().indexOf(work));
+        return sidebar().viewport()->grab(line).toImage();
+    };
+    const QImage before = picture();
+    EXPECT_FALSE(dragTo(data, tag)) << "a notebook is no tag";
+    EXPECT_EQ(picture(), before);
+    EXPECT_TRUE(dragTo(data, work));
+    EXPECT_NE(picture(), before);
+    notebook("Alpha");  // made elsewhere: the lines move on below the pointer
+    drop(data);
+    ASSERT_NE(zebra.parent.get(), nullptr);
+    EXPECT_EQ(zebra.parent->name.valueOr(""), "Work");
 }
 
 }  // namespace
