@@ -34,9 +34,8 @@ public:
 private:
     QSize sizeHint() const override {
         const QFontMetrics metrics = fontMetrics();
-        return {
-            metrics.horizontalAdvance(text()) + crossSide + 3 * space::small,
-            metrics.height() + space::small};
+        const int words = metrics.horizontalAdvance(text()) + 1;  // it counts whole pixels only
+        return {words + crossSide + 3 * space::small, metrics.height() + space::small};
     }
     /// A long name is cut.
     QSize minimumSizeHint() const override {

@@ -6,6 +6,7 @@
 #include "app/tasks/SubtaskList.h"
 #include "core/tasks/TaskSnapshot.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -166,6 +167,21 @@ TEST_F(TaskDetailTest, LabelsGoByAClickAndANoteIsUnlinked) {
     EXPECT_EQ(task.linkedNote.get(), nullptr);
     EXPECT_FALSE(context().hasChanges());
     settle();
+}
+
+TEST_F(TaskDetailTest, ALabelIsShownWholeWhereThereIsRoom) {
+    LabelsField field([] { return QStringList(); });
+    field.resize(400, 100);
+    field.show();
+    for (const char* label : {"shop", "home", "phone", "garden", "iiii", "Wohnung"}) {
+        field.setLabels({label});
+        auto* const chip = field.findChildren<QAbstractButton*>().back();
+        const auto beginning = [&](int width) {
+            chip->resize(width, chip->sizeHint().height());
+            return chip->grab().toImage().copy(0, 0, chip->sizeHint().width() - 24, chip->height());
+        };
+        EXPECT_EQ(beginning(chip->sizeHint().width()), beginning(300)) << label;
+    }
 }
 
 TEST_F(TaskDetailTest, ATitleThatIsTooLongIsNotLost) {
