@@ -6,6 +6,7 @@
 #include "core/export/LibraryExporter.h"
 
 #include <QCheckBox>
+#include <QDir>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -20,6 +21,12 @@ namespace tesserine::app {
 namespace {
 
 enum Step { choiceStep, progressStep, resultStep };
+
+/// What is typed without its beginning lies in the user's own folder, as "~" does.
+std::filesystem::path folderTyped(QString typed) {
+    if (typed == "~" || typed.startsWith("~/")) typed = "." + typed.mid(1);
+    return QDir::cleanPath(QDir::home().absoluteFilePath(typed)).toStdString();
+}
 
 }  // namespace
 
@@ -75,9 +82,13 @@ QWidget* ExportAssistant::makeChoice(const QString& folder) {
     auto* const cancel = new QPushButton(tr("Cancel"), step.page);
     QPushButton* const write = makeMainButton(tr("Export"), step.page);
     write->setObjectName("export");
+    write->setDisabled(folder.isEmpty());
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(write, &QPushButton::clicked, this, &ExportAssistant::run);
     step.buttons->addWidget(cancel);
+    connect(folder_, &QLineEdit::textChanged, write, [write](const QString& typed) {
+        write->setEnabled(!typed.trimmed().isEmpty());
+    });
     step.buttons->addWidget(write);
     return step.page;
 }
@@ -130,7 +141,7 @@ void ExportAssistant::run() {
     job_.start(
         [&environment = environment_,
          calendar = environment_.calendar(),
-         folder = std::filesystem::path(folder_->text().toStdString()),
+         folder = folderTyped(folder_->text().trimmed()),
          options,
          summary](const Job::Given& given) {
             const LibraryExporter exporter(

@@ -195,5 +195,23 @@ TEST_F(ExportAssistantTest, AFolderThatIsNotThereIsASentence) {
     })) << textOf(assistant, "exportOutcome");
 }
 
+TEST_F(ExportAssistantTest, AFolderWithoutItsBeginningLiesInTheUsersOwn) {
+    const QByteArray home = qgetenv("HOME");
+    qputenv("HOME", QByteArray::fromStdString(folder.path().string()));
+    for (const char* typed : {"~/Copies", "Copies", " Copies "}) {
+        ExportAssistant assistant(*environment, "");
+        assistant.show();
+        EXPECT_FALSE(assistant.findChild<QPushButton*>("export")->isEnabled());
+        assistant.findChild<QLineEdit*>("exportFolder")->setText(typed);
+        press(assistant, "Export");
+        ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "exportOutcome").empty(); }));
+        EXPECT_NE(
+            textOf(assistant, "exportOutcome").find((folder / "Copies/").string()),
+            std::string::npos)
+            << textOf(assistant, "exportOutcome");
+    }
+    qputenv("HOME", home);
+}
+
 }  // namespace
 }  // namespace tesserine::app
