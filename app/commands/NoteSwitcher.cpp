@@ -37,6 +37,9 @@ void NoteSwitcher::look(const QString& typed) {
         this,
         [this, isStale, found] {
             if (!isStale()) show(std::move(*found));
+        },
+        [this, isStale](const std::string&) {
+            if (!isStale()) show({});
         });
 }
 

@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace tesserine::app {
 namespace {
@@ -60,7 +61,7 @@ QuickPicker::QuickPicker(const QString& hint, QWidget* window)
     column->addWidget(list_, 1);
     column->addWidget(empty_);
 
-    connect(field_, &QLineEdit::textChanged, this, &QuickPicker::typed);
+    connect(field_, &QLineEdit::textChanged, this, &QuickPicker::ask);
     connect(list_, &QListView::clicked, this, [this](const QModelIndex& at) { pick(at.row()); });
 }
 
@@ -68,7 +69,13 @@ void QuickPicker::open() {
     fit();
     show();
     field_->setFocus();
-    emit typed(QString());
+    ask();
+}
+
+void QuickPicker::ask() {
+    isAnswered_ = false;
+    picksAnswer_ = false;
+    emit typed(text());
 }
 
 QString QuickPicker::text() const { return field_->text(); }
@@ -82,6 +89,8 @@ void QuickPicker::setRows(std::vector<PickerRow> rows) {
     empty_->setVisible(isEmpty);
     if (!isEmpty) list_->setCurrentIndex(model_->index(0));
     fit();
+    isAnswered_ = true;
+    if (std::exchange(picksAnswer_, false)) pick(list_->currentIndex().row());
 }
 
 void QuickPicker::fit() {
@@ -104,7 +113,10 @@ bool QuickPicker::eventFilter(QObject* watched, QEvent* event) {
     case Qt::Key_PageUp: move(-mostRows); return true;
     case Qt::Key_PageDown: move(mostRows); return true;
     case Qt::Key_Return:
-    case Qt::Key_Enter: pick(list_->currentIndex().row()); return true;
+    case Qt::Key_Enter:
+        picksAnswer_ = !isAnswered_;
+        if (isAnswered_) pick(list_->currentIndex().row());
+        return true;
     case Qt::Key_Escape: close(); return true;
     default: return false;
     }

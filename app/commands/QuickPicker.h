@@ -25,7 +25,8 @@ struct PickerRow {
 /// A field and the rows that fit what is typed into it, in a pop-up at the top of a window.
 ///
 /// Arrows and Page Up, Page Down move, Return picks, Escape and a click outside close. Deletes
-/// itself when it closes. Who makes it answers `typed` with `setRows`, at once or later.
+/// itself when it closes. Who makes it answers `typed` with `setRows`, at once or later; Return
+/// waits for that.
 class QuickPicker : public QFrame {
     Q_OBJECT
 
@@ -46,6 +47,7 @@ signals:
     void picked(int row);
 
 private:
+    void ask();
     bool eventFilter(QObject* watched, QEvent* event) override;
     void fit();
     void pick(int row);
@@ -55,6 +57,8 @@ private:
     QListView* const list_;
     QLabel* const empty_;
     PickerModel* const model_;
+    bool isAnswered_ = false;   // the rows are those of what was typed last
+    bool picksAnswer_ = false;  // Return was pressed before they were there
 };
 
 }  // namespace tesserine::app
