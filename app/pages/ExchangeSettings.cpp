@@ -104,23 +104,29 @@ void ExchangeSettings::addImport(
     if (canUndo) {
         auto* const button = new QPushButton(tr("Undo…"), list_);
         button->setAccessibleName(tr("Undo %1").arg(title));
-        connect(button, &QPushButton::clicked, this, [this, id] { undo(id); });
+        connect(button, &QPushButton::clicked, this, [this, id] { askToUndo(id); });
         row->addWidget(button, 0, Qt::AlignTop);
     }
     imports_->addLayout(row);
 }
 
-void ExchangeSettings::undo(const Uuid& id) {
-    if (job_.isRunning()) return;
-    QMessageBox question(
+/// The list may be made anew, and the button be gone, while the question is open.
+void ExchangeSettings::askToUndo(const Uuid& id) {
+    auto* const question = new QMessageBox(
         QMessageBox::Question,
         tr("Undo the import"),
         tr("The notes that it made go to the trash. Notes that it replaced stay as they are."),
         QMessageBox::Cancel,
         this);
-    const QPushButton* const yes = question.addButton(tr("Undo Import"), QMessageBox::AcceptRole);
-    question.exec();
-    if (question.clickedButton() != yes) return;
+    question->setObjectName("question");
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    auto* const yes = question->addButton(tr("Undo Import"), QMessageBox::AcceptRole);
+    connect(yes, &QPushButton::clicked, this, [this, id] { undo(id); });
+    question->open();
+}
+
+void ExchangeSettings::undo(const Uuid& id) {
+    if (job_.isRunning()) return;
     job_.start([&clock = environment_.clock(), id](const Job::Given& given) {
         ImportReports(clock).undo(given.context, id, {.stop = given.stop});
     });

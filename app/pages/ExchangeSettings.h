@@ -22,6 +22,7 @@ signals:
 private:
     void showImports();
     void addImport(const Uuid& id, const QString& title, const QString& outcome, bool canUndo);
+    void askToUndo(const Uuid& id);
     void undo(const Uuid& id);
 
     AppEnvironment& environment_;

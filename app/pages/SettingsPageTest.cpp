@@ -1,6 +1,7 @@
 #include "app/pages/SettingsPage.h"
 
 #include "app/look/SettingsForm.h"
+#include "app/pages/ImportSources.h"
 #include "app/state/WindowFixture.h"
 #include "search/SearchSynonyms.h"
 
@@ -13,6 +14,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -132,6 +134,25 @@ TEST_F(SettingsPageTest, TheIndexIsMadeAnewAndSaysWhatIsInIt) {
     press("Rebuild");
     EXPECT_TRUE(waitUntil([&] { return text("coverage").starts_with("1 of 1 note"); }))
         << text("coverage");
+}
+
+TEST_F(SettingsPageTest, APastImportIsUndoneAfterAQuestion) {
+    test::putContent(folder / "Plan.md", "# Plan\n");
+    const auto sources = importSources(*environment);
+    sourceFor(sources, folder / "Plan.md")->run(context(), {folder / "Plan.md"}, {}, {});
+    const auto live = [this] { return context().count<CDNote>({"trashedAt == nil"}); };
+    ASSERT_EQ(live(), 1U);
+    at("exchange");
+    const auto undoes = [this] {
+        const auto buttons = page.findChildren<QPushButton*>();
+        return std::ranges::any_of(
+            buttons, [](const QPushButton* button) { return button->text() == "Undo…"; });
+    };
+    ASSERT_TRUE(waitUntil(undoes));
+    press("Undo…");
+    EXPECT_EQ(live(), 1U);
+    press("Undo Import");
+    EXPECT_TRUE(waitUntil([&] { return live() == 0U && !undoes(); }));
 }
 
 TEST_F(SettingsPageTest, AsksForWhatOthersDo) {
