@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <exception>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -96,6 +97,9 @@ void RestoreDialog::beside(const QString& doing, Work work) {
             afterwards = work();
         } catch (const UserError& error) {
             afterwards = [this, sentence = QString::fromUtf8(error.what())] { fail(sentence); };
+        } catch (const std::exception& error) {
+            const auto sentence = tr("Something unexpected went wrong (%1).").arg(error.what());
+            afterwards = [this, sentence] { fail(sentence); };
         }
         QMetaObject::invokeMethod(
             this,

@@ -272,8 +272,12 @@ std::vector<LibraryBackup> LibraryBackups::list() const {
 
 LibraryBackup LibraryBackups::verify(const std::filesystem::path& folder) const {
     const auto file = folder / TesserineStore::fileName;
-    if (!std::filesystem::is_regular_file(file)) {
-        throw BackupError::notABackup(folder, "It holds no library.");
+    std::error_code ignored;
+    const auto type = std::filesystem::status(file, ignored).type();
+    if (type != std::filesystem::file_type::regular) {
+        const bool isUnknown = type == std::filesystem::file_type::none;
+        throw BackupError::notABackup(
+            folder, isUnknown ? "It cannot be read." : "It holds no library.");
     }
     try {
         const auto copy = openCopy(file);
@@ -285,7 +289,8 @@ LibraryBackup LibraryBackups::verify(const std::filesystem::path& folder) const 
         const ExternalValues values(folder);
         const auto known = knownMissing(folder);
         for (const std::string& name : ExternalValues::namesIn(*copy)) {
-            if (known.contains(name) || std::filesystem::exists(*values.folder() / name)) continue;
+            const bool isThere = std::filesystem::exists(*values.folder() / name, ignored);
+            if (isThere || known.contains(name)) continue;
             throw BackupError::notABackup(folder, "A file of an attachment is missing.");
         }
     } catch (const SQLiteDatabase::Error& error) {

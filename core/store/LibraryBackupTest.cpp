@@ -291,6 +291,12 @@ TEST_F(LibraryBackupTest, WhatIsNoCompleteBackupIsRefused) {
     const auto file = bad / TesserineStore::fileName;
     const Case cases[] = {
         {"no library", [&] { fs::remove(file); }, "It holds no library."},
+        {"out of reach",
+         [&] {
+             fs::remove(file);
+             fs::create_symlink(file, file);  // leads to itself
+         },
+         "It cannot be read."},
         {"a text", [&] { test::putContent(file, std::string(9000, 'x')); }, "damaged"},
         {"cut off",
          [&] { fs::resize_file(file, fs::file_size(file) / 2 / 8192 * 8192); },
