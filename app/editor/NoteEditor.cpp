@@ -135,6 +135,7 @@ void NoteEditor::build() {
     body_ = new BodyEdit(pictures_, this);
     saver_ = new NoteSaver(
         {.environment = environment_, .open = open_, .title = *title_, .body = *body_}, this);
+    notice_->setFocusProxy(body_);
     find_ = new FindBar(commands_, *body_, this);
     footer_ = new EditorFooter(*body_, this);
     makeHelpers();
@@ -229,7 +230,10 @@ void NoteEditor::connectParts() {
     connect(panel_, &SidePanel::noteChosen, this, &NoteEditor::noteChosen);
     connect(panel_, &SidePanel::attachmentChosen, this, &NoteEditor::openAttachment);
     connect(panel_, &SidePanel::reverted, this, &NoteEditor::reload);
-    connect(conflict_, &ConflictResolution::resolved, this, &NoteEditor::reload);
+    connect(conflict_, &ConflictResolution::resolved, this, [this] {
+        body_->setFocus();  // the button that was pressed goes
+        reload();
+    });
     connect(body_, &BodyEdit::linkActivated, this, &NoteEditor::linkActivated);
     connect(&environment_, &AppEnvironment::libraryChanged, this, &NoteEditor::follow);
 }

@@ -108,6 +108,7 @@ TEST_F(VersionsTest, TheVersionThatWasComparedIsTheOneThatIsUsed) {
     choose(*comparison(), "Use this version");
     EXPECT_EQ(html(), "<p>one theirs</p>");
     settle();
+    EXPECT_EQ(editor.focusWidget(), &editor.body()) << "the button that had the keys is gone";
 }
 
 TEST_F(VersionsTest, ReturnOverTwoVersionsChangesNeither) {
