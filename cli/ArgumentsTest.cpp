@@ -127,17 +127,22 @@ TEST(Help, ManualAndCompletionsKnowEveryCommandAndOption) {
     const std::string bash = bashCompletion();
     const std::string zsh = zshCompletion();
     const std::string fish = fishCompletion();
-    for (const Command& command : commands()) {
-        SCOPED_TRACE(command.path);
-        EXPECT_NE(bash.find("'" + std::string(command.path) + "'"), std::string::npos);
-        EXPECT_NE(zsh.find("'" + std::string(command.path) + "'"), std::string::npos);
-        for (const Option& option : command.options) {
+    const auto expectOptions = [&](const std::vector<Option>& options) {
+        for (const Option& option : options) {
             const std::string name(option.name);
             EXPECT_NE(bash.find("--" + name), std::string::npos) << name;
             EXPECT_NE(zsh.find("--" + name + "["), std::string::npos) << name;
             EXPECT_NE(fish.find(" -l " + name), std::string::npos) << name;
         }
+    };
+    expectOptions(commonOptions());
+    for (const Command& command : commands()) {
+        SCOPED_TRACE(command.path);
+        EXPECT_NE(bash.find("'" + std::string(command.path) + "'"), std::string::npos);
+        EXPECT_NE(zsh.find("'" + std::string(command.path) + "'"), std::string::npos);
+        expectOptions(command.options);
     }
+    EXPECT_NE(manual.find("\\fB\\-\\-version\\fR"), std::string::npos);
     EXPECT_TRUE(std::ranges::none_of(manual, [](char c) { return (c & 0x80) != 0; }));
     EXPECT_NE(
         manual.find("\\fBtesserine note attach\\fR \\fINOTE\\fR \\fIFILE\\fR\\ ..."),

@@ -177,7 +177,7 @@ std::string zshCommand(const Command& command) {
     const bool takesWords = commandsOf(path).empty();
     std::string text = "        " + quoted(path);
     if (takesWords) text += "|" + quoted(path + " ") + "*";
-    text += ")\n            _arguments" + zshOptions(command.options) + zshOptions(globalOptions());
+    text += ")\n            _arguments" + zshOptions(command.options) + zshOptions(commonOptions());
     text += " \\\n                '*:argument:";
     if (completionOf(command) != Completion::nothing) text += "_files";
     if (!takesWords) text += "(" + secondWords(path) + ")";
@@ -230,8 +230,7 @@ std::string bashCompletion() {
                 + "; return ;;\n";
     }
     text += "    esac\n    local offered=" + quoted(joined(firstWords())) + "\n";
-    text +=
-        "    local options=" + quoted(optionWords(globalOptions()) + " --help --version") + "\n";
+    text += "    local options=" + quoted(optionWords(commonOptions())) + "\n";
     text += "    case \"${taken[*]}\" in\n";
     for (const std::string& word : firstWords()) {
         const std::string second = secondWords(word);
@@ -256,14 +255,14 @@ std::string zshCompletion() {
         if (commandsOf(word).empty() || findCommand(word) != nullptr) continue;
         text += "        " + quoted(word) + ") compadd -- " + secondWords(word) + " ;;\n";
     }
-    text += "        *)\n            _arguments" + zshOptions(globalOptions())
+    text += "        *)\n            _arguments" + zshOptions(commonOptions())
             + " \\\n                '*:command:(" + joined(firstWords()) + ")' ;;\n";
     return text + "    esac\n}\n_tesserine \"$@\"\n";
 }
 
 std::string fishCompletion() {
     std::string text = "# fish completion for tesserine\ncomplete -c tesserine -f\n";
-    for (const Option& option : globalOptions()) {
+    for (const Option& option : commonOptions()) {
         text += fishOption("", option);
     }
     for (const std::string& word : firstWords()) {

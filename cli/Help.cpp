@@ -45,11 +45,8 @@ std::string optionList(const std::vector<Option>& options) {
     return listed(entries);
 }
 
-std::string globalOptionList() {
-    std::vector<Option> options = globalOptions();
-    options.push_back({.name = "help", .summary = "Show help on the command"});
-    options.push_back({.name = "version", .summary = "Show the version"});
-    return "\nOptions of every command:\n" + optionList(options);
+std::string commonOptionList() {
+    return "\nOptions of every command:\n" + optionList(commonOptions());
 }
 
 std::string commandList(const std::vector<const Command*>& shown) {
@@ -101,6 +98,13 @@ std::string signature(const Option& option) {
     return text;
 }
 
+std::vector<Option> commonOptions() {
+    std::vector<Option> options = globalOptions();
+    options.push_back({.name = "help", .summary = "Show help on the command"});
+    options.push_back({.name = "version", .summary = "Show the version"});
+    return options;
+}
+
 std::string overallHelp() {
     std::string text = "Notes and tasks in a library of your own.\n\n"
                        "Usage: tesserine [options] COMMAND …\n\nCommands:\n";
@@ -109,7 +113,7 @@ std::string overallHelp() {
         all.push_back(&command);
     }
     text += commandList(all);
-    text += globalOptionList();
+    text += commonOptionList();
     text += "\n“tesserine COMMAND --help” tells more about a command and shows an example.\n";
     return text;
 }
@@ -129,7 +133,7 @@ std::string commandHelp(const Command& command) {
     if (!command.options.empty()) text += "\nOptions:\n" + optionList(command.options);
     const auto others = commandsOf(command.path);
     if (!others.empty()) text += "\nSee also:\n" + commandList(others);
-    text += globalOptionList();
+    text += commonOptionList();
     text += "\nExample:\n  " + std::string(command.example) + "\n";
     return text;
 }

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Texts that are made from the table of commands.
 namespace tesserine::cli {
@@ -12,6 +13,9 @@ namespace tesserine::cli {
 std::string synopsis(const Command& command);
 /// "--notebook NAME".
 std::string signature(const Option& option);
+
+/// What every command takes, with “--help” and “--version”.
+std::vector<Option> commonOptions();
 
 /// What `tesserine --help` prints: the commands, a line for each.
 std::string overallHelp();

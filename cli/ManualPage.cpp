@@ -112,6 +112,9 @@ The folder of the library, where \-\-library is not given.
 .BR TESSERINE_NOW ", " TESSERINE_TIME_ZONE
 Stand for \-\-now and \-\-time\-zone.
 .TP
+.B TESSERINE_SERVICE_URL
+The service to sync with, in place of the one that is set.
+.TP
 .BR VISUAL ", " EDITOR
 The editor that
 .B tesserine note edit
@@ -138,7 +141,7 @@ std::string manualPage() {
                        + R"(" "User Commands")" + "\n";
     text += beginning;
     text += ".SH OPTIONS OF EVERY COMMAND\n";
-    for (const Option& option : globalOptions()) {
+    for (const Option& option : commonOptions()) {
         text += optionItem(option);
     }
     text += ".SH COMMANDS\n";
