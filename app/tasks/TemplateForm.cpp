@@ -1,6 +1,7 @@
 #include "app/tasks/TemplateForm.h"
 
 #include "app/look/FlowLayout.h"
+#include "app/look/PageParts.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/FormParts.h"
@@ -57,6 +58,7 @@ TemplateForm::TemplateForm(AppEnvironment& environment, QWidget* parent)
       isDue_(new QCheckBox("Due", this)),
       dueDays_(new QSpinBox(this)),
       dueTime_(new QLineEdit(this)),
+      noTime_(makeHint("That is no time, such as 14:30.", this)),
       recurrence_(valueButton("Repetition", this)),
       project_(valueButton("Project", this)),
       priority_(new PriorityButtons(this)),
@@ -79,6 +81,7 @@ TemplateForm::TemplateForm(AppEnvironment& environment, QWidget* parent)
     dueTime_->setAccessibleName("Time of day");
     dueTime_->setPlaceholderText("09:00");
     dueTime_->setFixedWidth(timeWidth);
+    noTime_->setObjectName("templateNoTime");
     subtasks_->setObjectName("templateSubtasks");
     subtasks_->setAccessibleName("Subtasks, one to a line");
     subtasks_->setPlaceholderText("One subtask to a line");
@@ -108,6 +111,7 @@ void TemplateForm::arrange() {
     layout->addWidget(name_);
     layout->addLayout(formLine("task", title_, this));
     layout->addLayout(formLine("calendar", due, this));
+    layout->addWidget(noTime_);
     layout->addLayout(formLine("repeat", recurrence_, this));
     layout->addLayout(formLine("project", project_, this));
     layout->addLayout(formLine("flag", priority_, this));
@@ -169,12 +173,16 @@ TaskTemplateContent TemplateForm::content() const {
     content.title = title_->text().toStdString();
     content.dueOffsetDays.reset();
     if (isDue_->isChecked()) content.dueOffsetDays = dueDays_->value();
-    content.dueTime = timeOfDay(dueTime_->text().trimmed().toStdString());
+    content.dueTime = typedTime();
     content.priority = priority_->priority();
     content.labels = textsOf(labels_->labels());
     content.subtasks = textsOf(subtasks_->toPlainText().split('\n', Qt::SkipEmptyParts));
     content.notes = notes_->toPlainText().toStdString();
     return content;
+}
+
+std::optional<TimeOfDay> TemplateForm::typedTime() const {
+    return timeOfDay(dueTime_->text().trimmed().toStdString());
 }
 
 void TemplateForm::dropQuestion() {
@@ -196,6 +204,8 @@ void TemplateForm::edit() {
 void TemplateForm::showChoices() {
     dueDays_->setEnabled(isDue_->isChecked());
     dueTime_->setEnabled(isDue_->isChecked());
+    const bool isTyped = isDue_->isChecked() && !dueTime_->text().trimmed().isEmpty();
+    noTime_->setVisible(isTyped && !typedTime());
     setValue(
         *recurrence_,
         content_.recurrence ? QString::fromStdString(content_.recurrence->description())

@@ -9,6 +9,7 @@
 #include <optional>
 
 class QCheckBox;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSpinBox;
@@ -47,6 +48,7 @@ private:
     void follow();
     void edit();
     void showChoices();
+    std::optional<TimeOfDay> typedTime() const;
     void askRecurrence();
     void askProject();
 
@@ -60,6 +62,7 @@ private:
     QCheckBox* const isDue_;
     QSpinBox* const dueDays_;
     QLineEdit* const dueTime_;
+    QLabel* const noTime_;  // says that what is typed there cannot be read
     QPushButton* const recurrence_;
     QPushButton* const project_;
     PriorityButtons* const priority_;

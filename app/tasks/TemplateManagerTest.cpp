@@ -87,7 +87,11 @@ TEST_F(TemplateManagerTest, WhatIsTypedBecomesATemplateAndTheTemplateATask) {
     type("templateTitle", "Close the books");
     find<QCheckBox>("templateIsDue").click();
     find<QSpinBox>("templateDueDays").setValue(2);
+    type("templateDueTime", "25:99");
+    EXPECT_TRUE(find<QLabel>("templateNoTime").isVisible());
+    EXPECT_EQ(summary(), "Due 2 days after it is created");
     type("templateDueTime", "9:05");
+    EXPECT_FALSE(find<QLabel>("templateNoTime").isVisible());
     find<GrowingText>("templateSubtasks").setFocus();
     QTest::keyClicks(&find<GrowingText>("templateSubtasks"), "Receipts");
     QTest::keyClick(&find<GrowingText>("templateSubtasks"), Qt::Key_Return);
