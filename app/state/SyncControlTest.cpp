@@ -271,6 +271,18 @@ TEST_F(SyncControlTest, AFailureThatTimeDoesNotMendIsNotRepeatedAtEveryTick) {
     EXPECT_EQ(requests, asked);
 }
 
+TEST_F(SyncControlTest, APageOfTheNetworkInPlaceOfAnAnswerIsOutlived) {
+    signIn();
+    control().stop();
+    failure = HTTPReply{.status = 200, .body = "<html>Welcome to the hotel</html>"};
+    control().start();
+    ASSERT_TRUE(waitFor(Phase::waiting));
+    EXPECT_LE(*control().state().until, clock.now() + Instant::Duration(10));
+    failure.reset();
+    control().reconnect();
+    EXPECT_TRUE(waitFor(Phase::idle)) << control().state().sentence;
+}
+
 TEST_F(SyncControlTest, AnotherServiceIsUsedAtOnceAndABadAddressNever) {
     AppSetting given = environment->setting();
     given.serviceURL.reset();

@@ -152,7 +152,9 @@ void SyncWorker::handle(const SyncError& error) {
         return;
     }
     schedule_.failed(error);
-    if (!error.isTransient()) holdBack(longPause);
+    // A page of a network that wants a sign-in, in place of an answer, goes by itself.
+    const bool goesByItself = error.isTransient() || error.kind() == SyncError::Kind::malformed;
+    if (!goesByItself) holdBack(longPause);
     const bool isOffline = error.kind() == SyncError::Kind::offline;
     tell(isOffline ? Phase::offline : Phase::waiting, error.what());
 }
