@@ -96,7 +96,10 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
         setTextCursor(QTextCursor(&note_));
         verticalScrollBar()->setValue(0);
     });
-    connect(loader_, &BodyLoader::finished, this, &BodyEdit::showView);
+    connect(loader_, &BodyLoader::finished, this, [this] {
+        showView();
+        emit cursorPositionChanged();  // it stands in other words
+    });
     connect(&pictures, &Pictures::loaded, this, [this] {
         layOutAnew([this] { note_.markContentsDirty(0, note_.characterCount()); });
     });

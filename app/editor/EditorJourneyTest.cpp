@@ -69,6 +69,32 @@ TEST_F(EditorJourney, ATableIsMadeFilledAndChanged) {
     EXPECT_EQ(html(), "<p>ab</p>");
 }
 
+TEST_F(EditorJourney, WhatIsWrittenInATableStaysWhateverOthersChange) {
+    const std::string table = "<table><tr><td>one</td></tr></table>";
+    const std::string mine = "<table><tr><td>mine</td></tr></table>";
+    const std::string theirs = "<table><tr><td>theirs</td></tr></table>";
+    struct Case {
+        std::string changed;
+        std::string expected;
+    };
+    for (const auto& [changed, expected] : {
+             Case{"<p>new</p><p>a</p>" + table, "<p>new</p><p>a</p>" + mine},
+             Case{"<p>a</p>" + theirs, "<p>a</p>" + mine + theirs},
+             Case{"<p>a</p>", "<p>a</p>" + mine},
+         }) {
+        SCOPED_TRACE(changed);
+        CDNote& note = openNote("<p>a|</p>" + table);
+        ASSERT_TRUE(editor.body().findChild<TableDialog*>() == nullptr);
+        emit editor.body().objectActivated(2);
+        fill(0, 0, "mine");
+        change(note, changed);
+        press(tableDialog(), "Done");
+        EXPECT_EQ(html(), expected);
+        EXPECT_TRUE(editor.save());
+        settle();
+    }
+}
+
 TEST_F(EditorJourney, APictureIsDraggedByItsCorner) {
     CDNote& note = addNote("Plan", "<p>a</p>");
     const std::string picture = addPicture(note);

@@ -16,6 +16,9 @@
 #include <QTextCursor>
 #include <QUrl>
 
+#include <cstdlib>
+#include <optional>
+
 namespace tesserine::app {
 namespace {
 
@@ -24,6 +27,18 @@ std::string addressFrom(const QString& typed) {
     const QString text = typed.trimmed();
     if (text.isEmpty() || !QUrl(text).scheme().isEmpty()) return text.toStdString();
     return (text.contains('@') ? "mailto:" + text : "https://" + text).toStdString();
+}
+
+/// Where the object stands now, of several like it the nearest to `before`.
+std::optional<int> placeOf(const NoteDocument& note, const std::string& object, int before) {
+    const AttributedText text = note.content();
+    std::optional<int> nearest;
+    for (const AttributedText::Run& run : text.runs) {
+        const int place = static_cast<int>(run.start);
+        const bool isNearer = !nearest || std::abs(place - before) < std::abs(*nearest - before);
+        if (run.style.object == object && isNearer) nearest = place;
+    }
+    return nearest;
 }
 
 }  // namespace
@@ -99,12 +114,8 @@ void LinkCommands::insertTable() {
     if (object && editTable(*object)) return;
     auto* const dialog = new TableDialog(TableContent(3, 3), &body_);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QDialog::accepted, this, [this, dialog] {
-        body_.edit([&](NoteDocument& note, QTextCursor& cursor) {
-            cursor.movePosition(QTextCursor::EndOfBlock);
-            note.insertParagraphs(cursor, attributedText(dialog->content().html()));
-        });
-    });
+    connect(
+        dialog, &QDialog::accepted, this, [this, dialog] { placeTable(dialog->content().html()); });
     dialog->open();
 }
 
@@ -115,16 +126,34 @@ bool LinkCommands::editTable(int position) {
     auto* const dialog = new TableDialog(*content, &body_);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, this, [this, dialog, position, html] {
-        // The note may have been shown anew meanwhile.
-        if (body_.isReadOnly() || body_.note().styleAt(position).object != html) return;
-        QTextCursor place(&body_.note());
-        place.setPosition(position);
-        place.setPosition(position + 1, QTextCursor::KeepAnchor);
-        body_.note().changeStyles(
-            place, [&](InlineStyle& style) { style.object = dialog->content().html(); });
+        setTable(html, position, dialog->content().html());
     });
     dialog->open();
     return true;
+}
+
+/// The note may have been shown anew meanwhile: the table is looked for, and where it was changed
+/// or taken away the one that was written stands beside what is there now.
+void LinkCommands::setTable(const std::string& before, int position, const std::string& after) {
+    if (body_.isReadOnly() || after == before) return;
+    const auto found = placeOf(body_.note(), before, position);
+    if (!found) {
+        placeTable(after);
+        return showNotice(
+            &body_, "The table was changed elsewhere meanwhile. Yours stands in a second one.");
+    }
+    QTextCursor place(&body_.note());
+    place.setPosition(*found);
+    place.setPosition(*found + 1, QTextCursor::KeepAnchor);
+    body_.note().changeStyles(place, [&](InlineStyle& style) { style.object = after; });
+}
+
+/// Below the paragraph of the cursor.
+void LinkCommands::placeTable(const std::string& html) {
+    body_.edit([&](NoteDocument& note, QTextCursor& cursor) {
+        cursor.movePosition(QTextCursor::EndOfBlock);
+        note.insertParagraphs(cursor, attributedText(html));
+    });
 }
 
 }  // namespace tesserine::app

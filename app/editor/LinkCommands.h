@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+#include <string>
+
 namespace tesserine::app {
 
 class BodyEdit;
@@ -23,6 +25,8 @@ private:
     void editLink();
     void setLink(const KeptPlace& place, const QString& target, const QString& words);
     void insertTable();
+    void setTable(const std::string& before, int position, const std::string& after);
+    void placeTable(const std::string& html);
 
     BodyEdit& body_;
 };

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
+#include <QPushButton>
 
 namespace tesserine::app {
 namespace {
@@ -113,6 +114,28 @@ TEST_F(NoteEditor, WhoWritesATitleGoesOnThereWhenOthersChangeTheNote) {
     change(note, "<p>theirs</p>");
     QTest::keyClicks(&editor.title(), "ing");
     EXPECT_EQ(editor.title().text(), "Meeting");
+}
+
+TEST_F(NoteEditor, KeysGoBackToTheWordsFromWhatIsHidden) {
+    openNote("<p>one|</p>");
+    editor.notice().tell("A line", {{"Do it", [] {}}});
+    auto* const button = editor.notice().findChild<QPushButton*>();
+    button->setFocus();
+    ASSERT_TRUE(button->hasFocus());
+    editor.notice().hide();
+    EXPECT_TRUE(editor.body().hasFocus()) << "from the line above the note";
+
+    commands.trigger("view.outline");
+    ASSERT_FALSE(editor.body().hasFocus());
+    commands.trigger("view.outline");
+    EXPECT_TRUE(editor.body().hasFocus()) << "from the panel beside it";
+}
+
+TEST_F(NoteEditor, ShowsTheStylesUnderTheCursorOfTheNoteThatIsOpen) {
+    openNote("<p><strong>bo|ld</strong></p>");
+    EXPECT_TRUE(commands.action("format.bold").isChecked());
+    openNote("<p>plain</p>");
+    EXPECT_FALSE(commands.action("format.bold").isChecked());
 }
 
 TEST_F(NoteEditor, ChangesNoNoteInTheTrash) {

@@ -1,5 +1,6 @@
 #include "app/editor/NoticeBar.h"
 
+#include "app/look/HandKeysOn.h"
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
 
@@ -34,6 +35,7 @@ NoticeBar::NoticeBar(QWidget* parent)
 }
 
 void NoticeBar::tell(const QString& text, const std::vector<Action>& actions, Lasting lasting) {
+    if (focusProxy() != nullptr) handKeysOn(*this, *focusProxy());  // the button may go
     while (QLayoutItem* const item = buttons_->takeAt(0)) {
         if (item->widget() != nullptr) item->widget()->deleteLater();
         delete item;
@@ -48,6 +50,11 @@ void NoticeBar::tell(const QString& text, const std::vector<Action>& actions, La
     timer_->stop();
     if (lasting == Lasting::moment) timer_->start(8'000);
     show();
+}
+
+void NoticeBar::hideEvent(QHideEvent* event) {
+    QFrame::hideEvent(event);
+    if (focusProxy() != nullptr) handKeysOn(*this, *focusProxy());
 }
 
 QString NoticeBar::text() const { return isHidden() ? QString() : label_->text(); }

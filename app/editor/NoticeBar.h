@@ -23,6 +23,7 @@ public:
         std::function<void()> act;
     };
 
+    /// Gives the keys to its focus proxy, if there is one, when it goes.
     explicit NoticeBar(QWidget* parent = nullptr);
 
     /// Shows `text` in the place of what was shown.
@@ -33,6 +34,8 @@ public:
     QString text() const;
 
 private:
+    void hideEvent(QHideEvent* event) override;
+
     QLabel* const label_;
     QHBoxLayout* const buttons_;
     QTimer* const timer_;

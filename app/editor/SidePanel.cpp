@@ -6,6 +6,7 @@
 #include "app/editor/OpenNote.h"
 #include "app/editor/PanelList.h"
 #include "app/editor/Pictures.h"
+#include "app/look/HandKeysOn.h"
 #include "app/look/Icon.h"
 #include "app/look/IconButton.h"
 #include "app/look/Notice.h"
@@ -155,6 +156,7 @@ void SidePanel::showEvent(QShowEvent* event) {
 
 void SidePanel::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
+    handKeysOn(*this, parts_.body);
     tellCommands();
 }
 

@@ -136,6 +136,13 @@ TEST_F(Journey, NotesGoToTheTrashAndComeBackByKeysAndClicks) {
     press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(titles(), "Bill;Plan;");
     clickNote(0);
+    press(Qt::Key_Delete);
+    auto* const undo = window().findChild<UndoBar*>()->findChild<QAbstractButton*>("undo");
+    undo->setFocus();
+    undo->click();
+    EXPECT_EQ(titles(), "Bill;Plan;");
+    EXPECT_TRUE(list().view().hasFocus());
+    clickNote(0);
     clickNote(1, Qt::ControlModifier);
     press(Qt::Key_Delete);
     EXPECT_EQ(titles(), "");

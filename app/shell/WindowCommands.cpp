@@ -77,7 +77,7 @@ public:
             (new CommandPalette(commands, &window))->open();
         });
         on("go.switcher", [&window = window_, &environment = environment_] {
-            auto* switcher = new NoteSwitcher(environment, &window);
+            auto* switcher = new NoteSwitcher(environment, &window, "Go to a note by its title");
             QObject::connect(switcher, &NoteSwitcher::noteChosen, &window, [&](const Uuid& note) {
                 window.go({Kind::note, note});
                 window.notes().editor().body().setFocus();  // to read on and write
@@ -268,7 +268,8 @@ private:
         const auto notes = chosen();
         if (notes.empty()) return;
         NoteList& list = window_.notes().list();
-        if (list.selected() != notes) return list.trash(notes);
+        const bool areSelected = window_.notes().showsList() && !list.selected().empty();
+        if (!areSelected) return list.trash(notes);
         list.setFocus();
         list.moveToTrash();
     }

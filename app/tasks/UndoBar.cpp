@@ -1,5 +1,6 @@
 #include "app/tasks/UndoBar.h"
 
+#include "app/look/HandKeysOn.h"
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
 
@@ -75,7 +76,9 @@ void UndoBar::showEvent(QShowEvent* event) {
 
 void UndoBar::hideEvent(QHideEvent* event) {
     QFrame::hideEvent(event);
-    if (key_) key_->setEnabled(false);
+    if (!key_) return;
+    key_->setEnabled(false);
+    handKeysOn(*this, *static_cast<QWidget*>(key_->parent()));
 }
 
 void UndoBar::paintEvent(QPaintEvent* /*event*/) {
