@@ -13,8 +13,8 @@ constexpr std::size_t mostNotes = 50;
 
 }  // namespace
 
-NoteSwitcher::NoteSwitcher(AppEnvironment& environment, QWidget* window)
-    : QuickPicker(tr("Go to a note by its title"), window), environment_(environment) {
+NoteSwitcher::NoteSwitcher(AppEnvironment& environment, QWidget* window, const QString& question)
+    : QuickPicker(question, window), environment_(environment) {
     setObjectName("noteSwitcher");
     setEmptyText(tr("No title has these letters. Ctrl+Shift+F searches in the texts as well."));
     connect(this, &QuickPicker::typed, this, &NoteSwitcher::look);

@@ -12,7 +12,7 @@ namespace tesserine::app {
 class AppEnvironment;
 struct NoteTitle;
 
-/// Goes to a note by a few letters of its title; until something is typed, to one of those changed
+/// Finds a note by a few letters of its title; until something is typed, to one of those changed
 /// last. It reads on a thread of its own, so that typing never waits; only the answer to what was
 /// typed last is shown.
 class NoteSwitcher final : public QuickPicker {
@@ -20,8 +20,8 @@ class NoteSwitcher final : public QuickPicker {
     Q_DISABLE_COPY_MOVE(NoteSwitcher)
 
 public:
-    /// `open` shows it.
-    NoteSwitcher(AppEnvironment& environment, QWidget* window);
+    /// `open` shows it. `question` stands in the empty field: what becomes of the note.
+    NoteSwitcher(AppEnvironment& environment, QWidget* window, const QString& question);
     ~NoteSwitcher() override;
 
 signals:

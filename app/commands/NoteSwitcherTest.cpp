@@ -81,7 +81,7 @@ TEST_F(NoteSwitcherTest, OnlyTheLastQuestionIsAnsweredAndNoneOnceItIsClosed) {
     QWidget window;
     window.resize(260, 500);
     window.show();
-    auto* const switcher = new NoteSwitcher(*environment, &window);
+    auto* const switcher = new NoteSwitcher(*environment, &window, "Find a note");
     switcher->open();
     EXPECT_LE(switcher->width(), window.width()) << "also in a narrow window";
     auto& field = *switcher->findChild<QLineEdit*>("pickerField");
@@ -107,7 +107,7 @@ TEST_F(NoteSwitcherTest, TheChosenNoteIsTold) {
     QWidget window;
     window.resize(700, 500);
     window.show();
-    auto* const switcher = new NoteSwitcher(*environment, &window);
+    auto* const switcher = new NoteSwitcher(*environment, &window, "Find a note");
     std::vector<Uuid> chosen;
     QObject::connect(switcher, &NoteSwitcher::noteChosen, &window, [&](const Uuid& note) {
         chosen.push_back(note);

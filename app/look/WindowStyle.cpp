@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QPainter>
+#include <QPlainTextEdit>
 #include <QStyleFactory>
 #include <QStyleOption>
 
@@ -225,6 +226,11 @@ void WindowStyle::polish(QWidget* widget) {
     const bool isTurned = qobject_cast<QComboBox*>(widget) != nullptr
                           || qobject_cast<QAbstractSpinBox*>(widget) != nullptr;
     if (isTurned) widget->installEventFilter(this);
+    // The text would cover the corners of its frame, which fills the ground instead.
+    const auto* const text = qobject_cast<QPlainTextEdit*>(widget);
+    if (text != nullptr && text->frameShape() != QFrame::NoFrame) {
+        text->viewport()->setAutoFillBackground(false);
+    }
 }
 
 /// Whoever scrolls a page of settings does not mean to change the one below the pointer.
@@ -254,7 +260,7 @@ void WindowStyle::drawPrimitive(
     }
     case PE_Frame: {
         if (!widget || !widget->inherits("QPlainTextEdit")) break;
-        return drawBox(*painter, *option, Qt::transparent, borderColor(*option));
+        return drawBox(*painter, *option, Theme::colors().raised, borderColor(*option));
     }
     case PE_PanelItemViewItem: {
         const bool isSelected = has(*option, State_Selected);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <QApplication>
 #include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QStyleOptionSlider>
 #include <QWheelEvent>
 
@@ -71,6 +73,21 @@ TEST(WindowStyle, TheWheelChangesNoChoiceItPassesOver) {
     QApplication::sendEvent(&choices, &turn);
     EXPECT_EQ(choices.currentIndex(), 0);
     EXPECT_FALSE(turn.isAccepted()) << "it scrolls the page";
+}
+
+TEST(WindowStyle, SeveralLinesHaveTheCornersOfAField) {
+    WindowStyle style;
+    QWidget window;
+    window.setStyle(&style);
+    QLineEdit field(&window);
+    QPlainTextEdit lines(&window);
+    for (QWidget* part : {static_cast<QWidget*>(&field), static_cast<QWidget*>(&lines)}) {
+        part->setStyle(&style);
+        part->resize(100, 60);
+        part->ensurePolished();
+    }
+    const auto corner = [](QWidget& part) { return part.grab().toImage().copy(0, 0, 6, 6); };
+    EXPECT_EQ(corner(lines), corner(field));
 }
 
 TEST(WindowStyle, ReadsFromRightToLeft) {

@@ -211,8 +211,9 @@ void TaskDelegate::paintHeading(
     const Colors& colors = Theme::colors();
     painter.setFont(Theme::font(TextRole::emphasis));
     painter.setPen(row.isOverdueGroup ? colors.danger : colors.text);
-    const QRect area = option.rect.adjusted(margin, 0, -margin, -space::small);
-    painter.drawText(area, Qt::AlignLeading | Qt::AlignBottom, row.heading);
+    QRect line = option.rect.adjusted(margin, 0, -margin, -space::small);
+    line.setTop(line.bottom() + 1 - painter.fontMetrics().height());
+    paintName(painter, line, row.heading);
 }
 
 void TaskDelegate::paintCircle(QPainter& painter, const QRect& area, const TaskRow& row) const {

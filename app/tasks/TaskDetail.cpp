@@ -331,7 +331,8 @@ void TaskDetail::openNote() {
         emit noteChosen(*note->id);
         return;
     }
-    auto* const switcher = new NoteSwitcher(environment_, window());
+    auto* const switcher =
+        new NoteSwitcher(environment_, window(), "Link a note, found by its title");
     connect(switcher, &NoteSwitcher::noteChosen, this, [this, asked = task_](const Uuid& id) {
         linkNote(asked, environment_.context().find<CDNote>(id));
     });
