@@ -48,7 +48,7 @@ PastImport shown(const ImportReport& report, const Calendar& calendar) {
 ExchangeSettings::ExchangeSettings(AppEnvironment& environment, QWidget* parent)
     : SettingsForm(tr("Import & Export"), environment.preferences(), parent),
       environment_(environment),
-      job_(environment) {
+      job_(environment, Job::WhenLeft::goesOn) {
     QPushButton& bringIn = addButton(
         {tr("Import notes"), tr("From folders of Markdown, and exports of other programs.")},
         tr("Import…"));
@@ -61,6 +61,7 @@ ExchangeSettings::ExchangeSettings(AppEnvironment& environment, QWidget* parent)
     addHeading(tr("Past imports"));
     connect(&job_, &Job::finished, this, &ExchangeSettings::showImports);
     connect(&job_, &Job::failed, this, [this](const QString& sentence) {
+        list_->setEnabled(true);
         showNotice(this, sentence.toStdString());
     });
     showImports();
@@ -127,6 +128,7 @@ void ExchangeSettings::askToUndo(const Uuid& id) {
 
 void ExchangeSettings::undo(const Uuid& id) {
     if (job_.isRunning()) return;
+    list_->setEnabled(false);  // until it is made anew
     job_.start([&clock = environment_.clock(), id](const Job::Given& given) {
         ImportReports(clock).undo(given.context, id, {.stop = given.stop});
     });

@@ -25,7 +25,7 @@ SearchSettings::SearchSettings(AppEnvironment& environment, QWidget* parent)
       environment_(environment),
       synonyms_(new QPlainTextEdit(this)),
       coverage_(makeHint({}, this)),
-      job_(environment) {
+      job_(environment, Job::WhenLeft::goesOn) {
     addSynonyms();
     addHeading(tr("History"));
     QPushButton& forget = addButton(

@@ -3,6 +3,7 @@
 #include "app/look/SettingsForm.h"
 #include "app/pages/ImportSources.h"
 #include "app/state/WindowFixture.h"
+#include "core/store/LibraryBackup.h"
 #include "search/SearchSynonyms.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -41,8 +43,9 @@ public:
         box.setCurrentIndex(index);
         emit box.activated(index);
     }
-    void press(const char* title) {
-        for (QPushButton* button : page.findChildren<QPushButton*>()) {
+    void press(const char* title) { press(page, title); }
+    static void press(SettingsPage& shown, const char* title) {
+        for (QPushButton* button : shown.findChildren<QPushButton*>()) {
             if (button->text() == title) button->click();
         }
     }
@@ -128,6 +131,16 @@ TEST_F(SettingsPageTest, BacksUpAndChecksWhatIsThere) {
         << text("careResult");
 }
 
+TEST_F(SettingsPageTest, ABackupIsMadeAlsoWhenTheSettingsAreClosed) {
+    auto closing = std::make_unique<SettingsPage>(*environment);
+    closing->showPage("storage");
+    press(*closing, "Back Up Now");
+    closing.reset();
+    environment->waitForBackground();
+    const LibraryBackups backups(setting().library, clock, random);
+    EXPECT_EQ(backups.list().size(), 1U);
+}
+
 TEST_F(SettingsPageTest, TheIndexIsMadeAnewAndSaysWhatIsInIt) {
     addNote("Plan");
     at("search");
@@ -136,23 +149,36 @@ TEST_F(SettingsPageTest, TheIndexIsMadeAnewAndSaysWhatIsInIt) {
         << text("coverage");
 }
 
-TEST_F(SettingsPageTest, APastImportIsUndoneAfterAQuestion) {
-    test::putContent(folder / "Plan.md", "# Plan\n");
+TEST_F(SettingsPageTest, APastImportIsUndoneAfterAQuestionAndToTheEnd) {
+    constexpr std::size_t noteCount = 50;
+    const auto notes = folder / "Notes";
+    std::filesystem::create_directory(notes);
+    for (std::size_t note = 0; note < noteCount; ++note) {
+        const std::string title = "Plan " + std::to_string(note);
+        test::putContent(notes / (title + ".md"), "# " + title + "\n");
+    }
     const auto sources = importSources(*environment);
-    sourceFor(sources, folder / "Plan.md")->run(context(), {folder / "Plan.md"}, {}, {});
+    sourceFor(sources, notes)->run(context(), {notes}, {}, {});
     const auto live = [this] { return context().count<CDNote>({"trashedAt == nil"}); };
-    ASSERT_EQ(live(), 1U);
-    at("exchange");
-    const auto undoes = [this] {
-        const auto buttons = page.findChildren<QPushButton*>();
+    ASSERT_EQ(live(), noteCount);
+    const auto has = [](const SettingsPage& shown, const char* title) {
+        const auto buttons = shown.findChildren<QPushButton*>();
         return std::ranges::any_of(
-            buttons, [](const QPushButton* button) { return button->text() == "Undo…"; });
+            buttons, [&](const QPushButton* button) { return button->text() == title; });
     };
-    ASSERT_TRUE(waitUntil(undoes));
-    press("Undo…");
-    EXPECT_EQ(live(), 1U);
-    press("Undo Import");
-    EXPECT_TRUE(waitUntil([&] { return live() == 0U && !undoes(); }));
+    auto closing = std::make_unique<SettingsPage>(*environment);
+    closing->showPage("exchange");
+    ASSERT_TRUE(waitUntil([&] { return has(*closing, "Undo…"); }));
+    press(*closing, "Undo…");
+    EXPECT_EQ(live(), noteCount);
+    press(*closing, "Undo Import");
+    closing.reset();
+    environment->waitForBackground();
+    EXPECT_EQ(live(), 0U);
+    at("exchange");
+    environment->waitForBackground();
+    settle();
+    EXPECT_FALSE(has(page, "Undo…"));
 }
 
 TEST_F(SettingsPageTest, AsksForWhatOthersDo) {

@@ -80,7 +80,7 @@ StorageSettings::StorageSettings(AppEnvironment& environment, QWidget* parent)
       size_(makeHint({}, this)),
       backups_(makeHint({}, this)),
       result_(makeHint({}, this)),
-      job_(environment) {
+      job_(environment, Job::WhenLeft::goesOn) {
     addPlace();
     addHeading(tr("Trash"));
     addChoice(
@@ -98,6 +98,7 @@ StorageSettings::StorageSettings(AppEnvironment& environment, QWidget* parent)
     connect(&job_, &Job::failed, this, [this](const QString& sentence) {
         setTone(*result_, Tone::danger);
         result_->setText(sentence);
+        showFacts();
     });
     connect(&job_, &Job::finished, this, &StorageSettings::showFacts);
     showFacts();

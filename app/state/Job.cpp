@@ -7,15 +7,17 @@
 
 namespace tesserine::app {
 
-Job::Job(AppEnvironment& environment, QObject* parent)
-    : QObject(parent), environment_(environment) {
+Job::Job(AppEnvironment& environment, WhenLeft whenLeft, QObject* parent)
+    : QObject(parent), environment_(environment), whenLeft_(whenLeft) {
     watch_.setInterval(std::chrono::milliseconds(100));
     connect(&watch_, &QTimer::timeout, this, [this] {
         emit progressed(progress_->done, progress_->total);
     });
 }
 
-Job::~Job() { cancel(); }
+Job::~Job() {
+    if (whenLeft_ == WhenLeft::isCancelled) cancel();
+}
 
 void Job::start(Work work, std::function<void()> whenDone) {
     assert(!isRunning_ && "one piece of work at a time");

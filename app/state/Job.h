@@ -29,8 +29,14 @@ public:
     };
     using Work = std::function<void(const Given& given)>;
 
-    explicit Job(AppEnvironment& environment, QObject* parent = nullptr);
-    /// Cancels the work without waiting for it.
+    /// What becomes of the work when the job goes, as with the page that began it. Where half of
+    /// it would be worse than none or all, it goes on: until its end, or that of the program.
+    enum class WhenLeft { isCancelled, goesOn };
+    explicit Job(
+        AppEnvironment& environment,
+        WhenLeft whenLeft = WhenLeft::isCancelled,
+        QObject* parent = nullptr);
+    /// Waits for nothing.
     ~Job() override;
 
     /// Begins; nothing runs yet, or what ran has ended. `whenDone` is called on the main thread
@@ -58,6 +64,7 @@ private:
     };
 
     AppEnvironment& environment_;
+    const WhenLeft whenLeft_;
     std::stop_source stop_;
     std::shared_ptr<Progress> progress_;
     QTimer watch_;
