@@ -64,6 +64,9 @@ public:
         QDragEnterEvent enter(
             point, Qt::CopyAction | Qt::MoveAction, &dragged, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(sidebar.viewport(), &enter);
+        QDragMoveEvent move(
+            point, Qt::CopyAction | Qt::MoveAction, &dragged, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(sidebar.viewport(), &move);
         QDropEvent event(
             point, Qt::CopyAction | Qt::MoveAction, &dragged, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(sidebar.viewport(), &event);
