@@ -1,5 +1,6 @@
 #include "server/HTTPFront.h"
 
+#include "base/UserError.h"
 #include "server/FrontReply.h"
 #include "server/LiveSocket.h"
 #include "server/Service.h"
@@ -105,9 +106,23 @@ private:
     Service& service_;
 };
 
-net::ServerSocket listeningSocket(const HTTPFront::Options& options) {
+/// Takes the address for itself: two services at one address would share its calls.
+template <class Socket>
+net::ServerSocket listeningOn(const HTTPFront::Options& options, Socket socket) {
     const net::SocketAddress address(options.host, static_cast<Poco::UInt16>(options.port));
-    if (!options.certificate || !options.key) return net::ServerSocket(address);
+    try {
+        socket.bind(address, true, false);
+        socket.listen();
+    } catch (const Poco::IOException&) {
+        throw UserError(
+            "The service cannot listen on " + address.toString()
+            + "; perhaps another program does already.");
+    }
+    return socket;
+}
+
+net::ServerSocket listeningSocket(const HTTPFront::Options& options) {
+    if (!options.certificate || !options.key) return listeningOn(options, net::ServerSocket());
     net::Context::Ptr context = new net::Context(
         net::Context::TLS_SERVER_USE,
         options.key->string(),
@@ -116,7 +131,7 @@ net::ServerSocket listeningSocket(const HTTPFront::Options& options) {
         net::Context::VERIFY_NONE);  // of clients: they show tokens, no certificates
     context->requireMinimumProtocol(net::Context::PROTO_TLSV1_2);
     // NOLINTNEXTLINE(cppcoreguidelines-slicing): sockets are handles of what they share
-    return net::SecureServerSocket(address, 64, context);
+    return listeningOn(options, net::SecureServerSocket(context));
 }
 
 /// A channel holds its thread for as long as it is open.

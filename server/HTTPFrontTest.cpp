@@ -2,6 +2,7 @@
 
 #include "base/Digest.h"
 #include "base/HTTPSession.h"
+#include "base/UserError.h"
 #include "server/Service.h"
 #include "sync/SyncClient.h"
 #include "tests/support/TemporaryFolder.h"
@@ -65,6 +66,10 @@ TEST_F(HTTPFrontTest, ABodyBeyondTheLimitIsRefused) {
         EXPECT_TRUE(isRefused) << error.what();
     }
     EXPECT_EQ(client_.blobUsage().files, 0);
+}
+
+TEST_F(HTTPFrontTest, NoSecondServiceSharesTheCallsOfTheFirst) {
+    EXPECT_THROW(HTTPFront(service_, {.port = front_.port()}), UserError);
 }
 
 /// What the service answers to raw bytes, and how many of them it took.
