@@ -18,7 +18,7 @@ Section::Section(const QString& heading, AppEnvironment& environment, QWidget* p
       environment_(environment),
       column_(new QVBoxLayout),
       failure_(makeHint({}, this)),
-      job_(environment) {
+      job_(environment, Job::WhenLeft::goesOn) {
     auto* const all = new QVBoxLayout(this);
     all->setContentsMargins(0, heading.isEmpty() ? 0 : space::small, 0, 0);
     all->setSpacing(space::medium);

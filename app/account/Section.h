@@ -40,7 +40,7 @@ protected:
     QPushButton* makeButton(const QString& title, const char* objectName);
 
     /// Asks the service off the main thread, then gives the answer to `show`. Waits while another
-    /// question is on its way; does nothing without a service. Ends with the section.
+    /// question is on its way; does nothing without a service. Goes on when the section goes.
     template <class Answer>
     void ask(
         std::function<Answer(SyncClient& client, const std::stop_token& stop)> question,

@@ -53,7 +53,7 @@ ShareDialog::ShareDialog(AppEnvironment& environment, const Uuid& note, QWidget*
       copy_(makeButton(tr("Copy Link"), "copyLink", this)),
       make_(makeMainButton(tr("Create Link"), this)),
       stop_(makeButton(tr("Stop Sharing"), "stopSharing", this)),
-      job_(environment) {
+      job_(environment, Job::WhenLeft::goesOn) {
     const CDNote* const found = environment.context().find<CDNote>(note);
     build(found == nullptr ? QString() : QString::fromStdString(found->title.valueOr("")));
     connect(&job_, &Job::failed, this, &ShareDialog::fail);

@@ -80,6 +80,17 @@ TEST_F(ShareDialogTest, ANoteThatIsSharedAlreadyCanBeTakenBackAtOnce) {
     EXPECT_TRUE(button("stopSharing").isVisible()) << "to be tried again";
 }
 
+TEST_F(ShareDialogTest, WhatIsTakenBackIsAlsoWhenTheDialogIsClosedAtOnce) {
+    signIn();
+    isShared = true;
+    openDialog();
+    ASSERT_TRUE(waitUntil([this] { return button("stopSharing").isVisible(); }));
+    button("stopSharing").click();
+    delete dialog;
+    environment->waitForBackground();
+    EXPECT_FALSE(isShared);
+}
+
 TEST_F(ShareDialogTest, GoesWithItsNote) {
     signIn();
     openDialog();

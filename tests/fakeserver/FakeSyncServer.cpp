@@ -1,6 +1,7 @@
 #include "tests/fakeserver/FakeSyncServer.h"
 
 #include "base/JSON.h"
+#include "base/OperationCancelled.h"
 #include "sync/WireCoding.h"
 
 #include <algorithm>
@@ -43,7 +44,8 @@ bool isSame(const SyncRecord& record, const SyncPush& push) {
 
 }  // namespace
 
-HTTPReply FakeSyncServer::send(const HTTPRequest& request, const std::stop_token& /*stop*/) {
+HTTPReply FakeSyncServer::send(const HTTPRequest& request, const std::stop_token& stop) {
+    if (stop.stop_requested()) throw OperationCancelled();
     if (instead) {
         if (auto reply = instead(request)) return *std::move(reply);
     }
