@@ -74,6 +74,8 @@ TEST(Keychain, ALockedOneIsUnavailableAsksNobodyAndLosesNothing) {
         keychain.write("a", "one");
         desktop.setLocked(true);
         requireUnavailable(keychain);
+        desktop.lockUnopened();
+        requireUnavailable(keychain);
         require(desktop.promptCount() == 0, "the user was asked");
         requireEqual(desktop.contents(), "tokens/a=one;");
         desktop.setLocked(false);

@@ -139,6 +139,7 @@ public:
 
     mutable std::mutex mutex;
     bool isLocked = false;
+    bool knowsKinds = true;
     bool isDefault = true;
     int prompts = 0;
     struct Item {
@@ -264,8 +265,10 @@ private:
 
     std::map<std::string, Item> matching(const Attributes& wanted) const {
         std::map<std::string, Item> found = items;
-        std::erase_if(found, [&wanted](const auto& item) {
-            return !std::ranges::includes(item.second.attributes, wanted);
+        std::erase_if(found, [this, &wanted](const auto& item) {
+            Attributes known = item.second.attributes;
+            if (!knowsKinds) known["xdg:schema"] = "org.freedesktop.Secret.Generic";
+            return !std::ranges::includes(known, wanted);
         });
         return found;
     }
@@ -319,6 +322,13 @@ void SecretServiceFixture::withdraw() { service_->withdraw(); }
 void SecretServiceFixture::setLocked(bool isLocked) {
     const std::scoped_lock lock(service_->mutex);
     service_->isLocked = isLocked;
+    service_->knowsKinds = true;
+}
+
+void SecretServiceFixture::lockUnopened() {
+    const std::scoped_lock lock(service_->mutex);
+    service_->isLocked = true;
+    service_->knowsKinds = false;
 }
 
 void SecretServiceFixture::setDefault(bool isDefault) {

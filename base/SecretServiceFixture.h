@@ -22,6 +22,9 @@ public:
     void withdraw();
 
     void setLocked(bool isLocked);
+    /// Locked, and not opened since it was started: it cannot say of what kind its items are, and
+    /// calls all of them general.
+    void lockUnopened();
     /// Whether its collection is the default one.
     void setDefault(bool isDefault);
     /// All secrets as "service/name=secret;", in order.

@@ -27,7 +27,9 @@ const SecretSchema& schema() {
     static const SecretSchema schema = [] {
         SecretSchema described{};
         described.name = "app.tesserine.Secret";
-        described.flags = SECRET_SCHEMA_NONE;
+        // A keyring that was not opened since it was started knows hashes of the attributes, but
+        // says that every item is of a general kind: by its own it would not be found.
+        described.flags = SECRET_SCHEMA_DONT_MATCH_NAME;
         described.attributes[0] = {"service", SECRET_SCHEMA_ATTRIBUTE_STRING};
         described.attributes[1] = {"name", SECRET_SCHEMA_ATTRIBUTE_STRING};
         return described;
