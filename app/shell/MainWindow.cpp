@@ -387,7 +387,8 @@ void MainWindow::returnTo(const Stop& stop) {
 
 // Tabs
 
-void MainWindow::openTab(const Place& place) {
+/// By value: that of the present tab may become another one when what was typed is saved.
+void MainWindow::openTab(Place place) {
     if (!save()) return;
     tabs_.emplace_back(stopFor(place));
     isTurning_ = true;

@@ -56,7 +56,7 @@ public:
     void goForward();
     const Stop& current() const;
 
-    void openTab(const Place& place);
+    void openTab(Place place);
     /// The last tab closes the window.
     void closeTab(int index);
     void closeCurrentTab();
