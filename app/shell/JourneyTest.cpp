@@ -4,6 +4,7 @@
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
 #include "app/shell/ShellFixture.h"
+#include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskListPage.h"
 #include "app/tasks/TaskListView.h"
 #include "app/tasks/TasksPage.h"
@@ -541,6 +542,27 @@ TEST_F(Journey, KeysGoOnInWhatIsShown) {
     commands().trigger("go.allNotes");
     EXPECT_EQ(QApplication::focusWidget(), &list().view())
         << "a command leads to the notes themselves";
+}
+
+TEST_F(Journey, WordsForATaskGoOnWhenItsProjectGoes) {
+    addNote("Plan");
+    const CDTask& task = addTask("Call Ana #Work");
+    CDProject& project = *task.project;
+    window().go({Kind::project, *project.id});
+    TaskListView& tasks = window().tasks().listPage().list();
+    tasks.selectTask(*task.id);
+    window().tasks().detail().findChild<QWidget*>("taskDetails")->setFocus();
+    type("half ");
+    environment->projects().rename(context(), project, "Job");
+    context().save();
+    EXPECT_EQ(tasks.selectedTasks(), std::vector{*task.id}) << "the other name";
+    type("a ");
+    environment->projects().remove(context(), project);
+    context().save();
+    type("sentence");
+    EXPECT_TRUE(window().tasks().flush());
+    EXPECT_EQ(task.details.valueOr(""), "half a sentence");
+    EXPECT_EQ(place(), Place(Kind::task, *task.id).address());
 }
 
 TEST_F(Journey, WhereNothingIsListedTheKeysLeadToANewNote) {

@@ -448,8 +448,20 @@ void MainWindow::followNote(const std::optional<Uuid>& note) {
     settle();
 }
 
-/// A place that is gone leaves its tab in All Notes, with the note that is open; a saved search
-/// asks what it asks now.
+Place MainWindow::placeOfOpenNote() const {
+    const auto note = notes_->openedNote();
+    const bool isThere = note && environment_.context().find<CDNote>(*note) != nullptr;
+    return isThere ? Place{Kind::note, *note} : Place{Kind::allNotes};
+}
+
+/// The tasks of a project that goes are in the Inbox afterwards.
+Place MainWindow::placeOfOpenTask() const {
+    if (const auto task = tasks_->editedTask()) return {Kind::task, *task};
+    return {current().place.kind == Kind::label ? Kind::allTasks : Kind::inbox};
+}
+
+/// A place that is gone leaves its tab where the note or task that is open stands now; a saved
+/// search asks what it asks now.
 void MainWindow::followLibrary(const std::vector<ObjectChange>& changes) {
     const Place place = current().place;
     const bool isChanged =
@@ -457,9 +469,7 @@ void MainWindow::followLibrary(const std::vector<ObjectChange>& changes) {
         && std::ranges::find(changes, std::optional(place.id), &ObjectChange::uuid)
                != changes.end();
     if (titleOf(place, environment_.context()).isEmpty()) {
-        const auto open = notesShown() ? notes_->openedNote() : std::nullopt;
-        const bool isThere = open && environment_.context().find<CDNote>(*open) != nullptr;
-        go(isThere ? Place{Kind::note, *open} : Place{Kind::allNotes});
+        go(notesShown() ? placeOfOpenNote() : placeOfOpenTask());
     } else if (isChanged) {
         showSavedSearch(place.id);
     }

@@ -123,6 +123,8 @@ private:
     History& history();
     void showTab(int index);
     void followNote(const std::optional<Uuid>& note);
+    Place placeOfOpenNote() const;
+    Place placeOfOpenTask() const;
     void followLibrary(const std::vector<ObjectChange>& changes);
     void restoreLayout();
     void restoreTabs();

@@ -177,7 +177,10 @@ TaskListPage::Content TaskListPage::contentOf(const Place& place) const {
 /// A project or label that is shown gets another name in the sidebar, or from another program.
 void TaskListPage::followNames() {
     const bool hasName = place_.kind == Place::Kind::project || place_.kind == Place::Kind::label;
-    if (hasName && contentOf(place_).title != title_->text()) showPlace(place_);
+    if (!hasName || contentOf(place_).title == title_->text()) return;
+    const auto chosen = selectedTasks();
+    showPlace(place_);
+    if (chosen.size() == 1) list_->selectTask(chosen.front());
 }
 
 void TaskListPage::updateState() {

@@ -182,7 +182,11 @@ void TasksPage::showPlace(const Place& place) {
     const Uuid home = project == nullptr ? Uuid{} : project->id.valueOr({});
     list_->showPlace({.kind = Place::Kind::project, .id = home});
     list_->list().selectTask(place.id);
-    if (task != nullptr) openDetail(place.id);
+    if (task != nullptr && editedTask() != place.id) openDetail(place.id);
+}
+
+std::optional<Uuid> TasksPage::editedTask() const {
+    return detail_->isAncestorOf(window()->focusWidget()) ? detail_->task() : std::nullopt;
 }
 
 void TasksPage::focusPage() {
