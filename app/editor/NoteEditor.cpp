@@ -437,7 +437,12 @@ void NoteEditor::fillMenu(QMenu* menu, int position) {
     for (const int place : {position, position - 1}) {
         const InlineStyle& style = body_->note().styleAt(place);
         const QString address = QString::fromStdString(std::string(style.link()));
-        if (!style.object.empty()) return add("Open", [this, place] { openObject(place); });
+        if (!style.object.empty()) {
+            return add("Open", [this, place, object = style.object] {
+                // The note may have been shown anew while the menu was open.
+                if (body_->note().styleAt(place).object == object) openObject(place);
+            });
+        }
         if (!address.isEmpty()) {
             return add("Open Link", [this, address] { emit linkActivated(address); });
         }

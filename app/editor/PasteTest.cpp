@@ -116,6 +116,19 @@ TEST_F(PasterTest, PlainTextStaysPlain) {
     EXPECT_EQ(html(), "<p><a href=\"https://e.org/x\">word</a></p>");
 }
 
+TEST_F(PasterTest, ColumnsOfPlainTextAreKeptAsTheyAreShown) {
+    QApplication::clipboard()->setText("a\tb\n\tc");
+    for (const char* body : {"<p>|</p>", "<ul><li>x|</li></ul>", "<pre>x|</pre>"}) {
+        SCOPED_TRACE(body);
+        const CDNote& note = openNote(body);
+        editor.body().paste();
+        ASSERT_TRUE(editor.save());
+        const std::string shown = html();
+        EXPECT_EQ(*note.html, shown);
+        EXPECT_EQ(shown.find('\t') != std::string::npos, shown.starts_with("<pre>"));
+    }
+}
+
 TEST_F(PasterTest, ACopyPastedBackIsTheSame) {
     const std::string body =
         "<h1><span style=\"color: #d64545\">a</span></h1><ul><li>b<ul><li><strong>c</strong></li></ul></li></ul>"

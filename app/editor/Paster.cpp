@@ -87,15 +87,17 @@ void Paster::insert(const std::function<paste::Pasted()>& read) {
     }
 }
 
-void Paster::pasteText(const QString& text) {
+void Paster::pasteText(const QString& pasted) {
     parts_.body.edit([&](NoteDocument& note, QTextCursor& cursor) {
+        const bool isCode = note.kind(cursor.block()) == BlockStyle::Kind::codeBlock;
+        // Outside of code a stored body has no tabs: they would be single spaces when it is read.
+        const QString text = isCode ? pasted : QString(pasted).replace('\t', "    ");
         if (isAddress(text.trimmed()) && cursor.hasSelection()) {
             return editing::setLink(note, cursor, text.trimmed().toStdString());
         }
         if (!text.contains('\n')) {
             return note.insertText(cursor, text, note.style(cursor.charFormat()));
         }
-        const bool isCode = note.kind(cursor.block()) == BlockStyle::Kind::codeBlock;
         const auto kind = isCode ? BlockStyle::Kind::codeBlock : BlockStyle::Kind::paragraph;
         note.insertParagraphs(cursor, paste::fromLines(text.toStdString(), kind));
     });

@@ -50,7 +50,7 @@ public:
 
 private:
     void insert(const std::function<paste::Pasted()>& read);
-    void pasteText(const QString& text);
+    void pasteText(const QString& pasted);
     void pastePicture(const QMimeData& data);
     /// The HTML that shows the new attachment; empty when it could not be attached.
     std::string attachmentFor(AttachmentDraft draft);

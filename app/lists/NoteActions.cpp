@@ -39,7 +39,10 @@ std::optional<Uuid> NoteActions::createFromTemplate(
     const Uuid& noteTemplate, const Place& place) const {
     StoreContext& context = environment_.context();
     auto* start = context.find<CDNote>(noteTemplate);
-    if (start == nullptr) return std::nullopt;
+    if (start == nullptr) {
+        showNotice(parent_, "This template was deleted meanwhile.");
+        return std::nullopt;
+    }
     CDNotebook* notebook =
         place.kind == Kind::notebook ? context.find<CDNotebook>(place.id) : nullptr;
     CDNote& note = environment_.notes().createFromTemplate(context, *start, notebook);
