@@ -62,6 +62,13 @@ void SyncSettings::follow() {
     if (state.phase != SyncState::Phase::syncing) showRefused();
 }
 
+/// Another program may have signed in since the window last looked.
+void SyncSettings::showEvent(QShowEvent* event) {
+    SettingsForm::showEvent(event);
+    SyncControl& control = environment_.syncControl();
+    if (control.state().phase == SyncState::Phase::signedOut) control.syncNow();
+}
+
 void SyncSettings::showRefused() {
     const auto items = std::make_shared<std::vector<RefusedItem>>();
     environment_.inBackground(

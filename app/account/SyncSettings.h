@@ -26,6 +26,8 @@ public:
     explicit SyncSettings(AppEnvironment& environment, QWidget* parent = nullptr);
 
 private:
+    void showEvent(QShowEvent* event) override;
+
     void follow();
     void showRefused();
 

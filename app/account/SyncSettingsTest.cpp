@@ -6,6 +6,7 @@
 #include "app/look/Theme.h"
 #include "app/state/SyncFixture.h"
 #include "app/testing/WidgetFaultsFixture.h"
+#include "sync/SyncService.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -196,6 +197,20 @@ TEST_F(SyncSettingsTest, ASignInThatIsNotFinishedSaysSoAndCanBeBegunAgain) {
     find("signIn").click();
     EXPECT_TRUE(find<QWidget>("signInPending").isVisible());
     EXPECT_EQ(texts().find("10 minutes"), std::string::npos) << texts();
+}
+
+TEST_F(SyncSettingsTest, WhomTheTerminalSignedInIsShownWhenThePageIsOpened) {
+    AppSetting rare = environment->setting();
+    rare.syncInterval = std::chrono::hours(1);
+    open(rare);
+    environment->startWork();
+    ASSERT_TRUE(waitFor(Phase::signedOut));
+    SyncService terminal(
+        "https://notes.example.org",
+        {.session = server, .secrets = keyring, .clock = realClock, .random = random});
+    terminal.account().completeSignIn("code", "desk");
+    page();
+    EXPECT_TRUE(waitForText("a@b.test")) << texts();
 }
 
 TEST_F(SyncSettingsTest, WithoutAKeyringNobodyIsSignedInAndNoFileHoldsAToken) {
