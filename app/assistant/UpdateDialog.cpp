@@ -48,8 +48,10 @@ QPushButton* makeButton(const QString& title, const char* name, QWidget* parent)
 }  // namespace
 
 UpdateDialog::UpdateDialog(UpdateWork& work, std::filesystem::path downloads, QWidget* parent)
-    : QDialog(parent), work_(work), downloads_(std::move(downloads)) {
-    const Release& release = work.offer()->release;
+    : QDialog(parent),
+      work_(work),
+      downloads_(std::move(downloads)),
+      version_(work.offer()->release.stamp.version.text) {
     setObjectName("updateDialog");
     setWindowTitle("Update");
     setAttribute(Qt::WA_DeleteOnClose);
@@ -65,8 +67,7 @@ UpdateDialog::UpdateDialog(UpdateWork& work, std::filesystem::path downloads, QW
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(space::huge, space::huge, space::huge, space::large);
     column->setSpacing(space::medium);
-    column->addWidget(
-        makeText("Tesserine " + shownText(release.stamp.version.text), TextRole::title, this));
+    column->addWidget(makeText("Tesserine " + shownText(version_), TextRole::title, this));
     column->addWidget(state_);
     column->addWidget(makeNotes(), 1);
     column->addWidget(progress_);
@@ -130,8 +131,10 @@ void UpdateDialog::act() {
     work_.download(downloads_);
 }
 
+/// A look that ends meanwhile may find another version, or none.
 void UpdateDialog::follow() {
-    if (!work_.offer()) return;
+    const bool isShown = work_.offer() && work_.offer()->release.stamp.version.text == version_;
+    if (!isShown) return reject();
     const UpdateOffer& offer = *work_.offer();
     const bool isDownloading = work_.state() == State::downloading;
     const bool isDownloaded = work_.state() == State::downloaded;

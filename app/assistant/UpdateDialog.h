@@ -3,6 +3,7 @@
 #include <QDialog>
 
 #include <filesystem>
+#include <string>
 
 class QLabel;
 class QProgressBar;
@@ -30,6 +31,7 @@ private:
 
     UpdateWork& work_;
     const std::filesystem::path downloads_;
+    const std::string version_;  // that is shown
     QLabel* state_ = nullptr;
     QProgressBar* progress_ = nullptr;
     QPushButton* main_ = nullptr;  // Download, then Show in Folder

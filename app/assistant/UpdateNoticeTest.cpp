@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QToolButton>
@@ -150,6 +151,22 @@ TEST_F(UpdateNoticeTest, ADownloadCanBeCancelledAndAVersionSkipped) {
     EXPECT_EQ(text(), "");
     notice_->check();
     ASSERT_TRUE(waitUntil([this] { return text().find("newest") != std::string::npos; }));
+}
+
+TEST_F(UpdateNoticeTest, DetailsGoWhenAnotherVersionIsFoundOrNone) {
+    for (const char* const found : {"99.1", "0.0.1"}) {
+        SCOPED_TRACE(found);
+        offer("99.0");
+        notice_->check();
+        ASSERT_TRUE(waitUntil([this] { return text().find("99.0") != std::string::npos; }));
+        offer(found);
+        notice_->check();
+        const QPointer<UpdateDialog> dialog = &openDetails();
+        EXPECT_TRUE(waitUntil([&] {
+            settle();
+            return dialog.isNull();
+        }));
+    }
 }
 
 TEST_F(UpdateNoticeTest, OffersNoDownloadWhereAPackageManagerOwnsTheProgram) {
