@@ -72,6 +72,8 @@ void TaskListView::selectTask(const Uuid& task) {
     selectAwaited();
 }
 
+bool TaskListView::lists(const Uuid& task) const { return model_.belongs(task); }
+
 void TaskListView::selectAwaited() {
     if (!awaited_) return;
     const QModelIndex index = model_.indexOf(*awaited_);

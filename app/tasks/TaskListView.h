@@ -27,6 +27,8 @@ public:
     /// Makes the task the only one selected, and scrolls to it; one that is not listed yet, once it
     /// is.
     void selectTask(const Uuid& task);
+    /// Whether the task is one of the view's.
+    bool lists(const Uuid& task) const;
     /// Draws the ticks of tasks that are about to be completed; their lines stay until then.
     void drawTicks(const std::vector<Uuid>& tasks);
 

@@ -79,9 +79,9 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
 }
 
 void TasksPage::followPages() {
-    connect(list_, &TaskListPage::chosen, this, &TasksPage::showDetail);
+    connect(list_, &TaskListPage::chosen, this, &TasksPage::followChoice);
     connect(list_, &TaskListPage::opened, this, &TasksPage::openDetail);
-    connect(calendar_, &CalendarPage::chosen, this, &TasksPage::showDetail);
+    connect(calendar_, &CalendarPage::chosen, this, &TasksPage::followChoice);
     connect(calendar_, &CalendarPage::opened, this, &TasksPage::openDetail);
     connect(actions_, &TaskActions::opened, this, &TasksPage::openDetail);
     connect(actions_, &TaskActions::completed, undo_, &UndoBar::offer);
@@ -211,6 +211,16 @@ void TasksPage::beginTask(const QString& sentence) {
 }
 
 bool TasksPage::flush() { return detail_->flush() && templates_->flush(); }
+
+/// A task that is typed into stays open when another program gives it another day, project or end;
+/// no other one is chosen then, so that no key is meant for it.
+void TasksPage::followChoice(const std::optional<Uuid>& task) {
+    const auto edited = detail_->isTypedInto() ? detail_->task() : std::nullopt;
+    const bool isThere = edited && environment_.context().find<CDTask>(*edited) != nullptr;
+    const bool isListed = !isCalendar() && edited && list_->list().lists(*edited);
+    if (!isThere || isListed || edited == task) return showDetail(task);
+    list_->list().clearSelection();
+}
 
 /// The list goes on to the next task when another program takes one away. What is being typed was
 /// not meant for that, nor for the list, where letters are commands.

@@ -62,6 +62,7 @@ private:
     void followPages();
     void showPage(QWidget* page);
     void showChosen();
+    void followChoice(const std::optional<Uuid>& task);
     void showDetail(const std::optional<Uuid>& task);
     void openDetail(const Uuid& task);
     void closeDetail();

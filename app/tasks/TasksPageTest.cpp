@@ -360,6 +360,7 @@ TEST_F(TasksPageTest, ATaskCompletedElsewhereWhileItIsTypedInLeavesTheOthers) {
     background->save();
     settle();
     EXPECT_EQ(titles(), "Call Bea | Call Cid");
+    EXPECT_TRUE(page.flush());
     EXPECT_EQ(task.title, "Call Ana tonight");
 }
 
@@ -402,6 +403,26 @@ TEST_F(TasksPageTest, WordsMeantForATaskThatGoesAreNotTypedIntoTheNextOne) {
     EXPECT_EQ(next.title.valueOr(""), "Next");
     EXPECT_FALSE(next.completedAt);
     EXPECT_EQ(next.priority.valueOr(4), 4);
+}
+
+TEST_F(TasksPageTest, ATaskThatIsTypedIntoStaysOpenWhereverOthersPutIt) {
+    const CDTask& next = addTask("Next today");
+    CDTask& typed = addTask("Typed today !1");
+    show(Place::Kind::today);
+    list.selectTask(*typed.id);
+    QTest::keyClick(&list, Qt::Key_Return);
+    QTest::keyClicks(QApplication::focusWidget(), " mine");
+    environment->tasks().setDue(typed, TaskDue{.date = *Instant::parseISO("2026-03-20T00:00:00Z")});
+    context().save();
+    QTest::keyClicks(QApplication::focusWidget(), " all");
+    EXPECT_TRUE(page.flush());
+    EXPECT_EQ(typed.title.valueOr(""), "Typed mine all");
+    EXPECT_TRUE(list.selectedTasks().empty()) << "no key is meant for the next one";
+    list.selectTask(*next.id);
+    EXPECT_EQ(page.detail().task(), *typed.id) << "while it has the keys";
+    list.setFocus();
+    list.selectTask(*next.id);
+    EXPECT_EQ(page.detail().task(), *next.id);
 }
 
 TEST_F(TasksPageTest, AnswersAboutATaskThatGoesAreNotTakenForTheNextOne) {
