@@ -254,7 +254,9 @@ void PassageLocking::removeLock(UnlockDialog& dialog, int position, const std::s
     // The note may have been shown anew, with another passage in this place.
     const NoteObject& object = parts_.body.objectAt(position);
     const bool isStillThere = object.kind == NoteObject::Kind::locked && object.source == blob;
-    if (!isStillThere || parts_.body.isReadOnly()) return;
+    if (!isStillThere || parts_.body.isReadOnly()) {
+        return showNotice(&dialog, "The note was changed meanwhile. Open the passage there again.");
+    }
     NoteDocument& note = parts_.body.note();
     QTextCursor cursor(&note);
     cursor.setPosition(position);

@@ -165,6 +165,7 @@ TEST_F(PassageLockingTest, ALockIsNotTakenFromThePassageThatCameIntoItsPlace) {
     change(note, second + first);
     ASSERT_TRUE(waitUntil([this] { return !message.empty(); }));
     EXPECT_EQ(*note.html, second + first);
+    EXPECT_TRUE(notice().startsWith("The note was changed meanwhile")) << notice().toStdString();
 }
 
 TEST_F(PassageLockingTest, TheQuestionAboutALockGoesWithItsNote) {
