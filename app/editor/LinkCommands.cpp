@@ -7,6 +7,7 @@
 #include "app/editor/TableDialog.h"
 #include "app/look/Notice.h"
 #include "core/body/AttributedTextReader.h"
+#include "core/body/CanonicalBody.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -25,8 +26,16 @@ namespace {
 /// What was typed as an address: without a scheme it is one of the web, or of a person.
 std::string addressFrom(const QString& typed) {
     const QString text = typed.trimmed();
+    if (text.startsWith("//")) return ("https:" + text).toStdString();
     if (text.isEmpty() || !QUrl(text).scheme().isEmpty()) return text.toStdString();
     return (text.contains('@') ? "mailto:" + text : "https://" + text).toStdString();
+}
+
+/// Whether a stored note keeps a link to the address: none that runs something or opens a file.
+bool isKept(const std::string& address) {
+    const QString link =
+        QString("<a href=\"%1\">x</a>").arg(QString::fromStdString(address).toHtmlEscaped());
+    return address.empty() || canonicalBody(link.toStdString()).html.starts_with("<a href=");
 }
 
 /// Where the object stands now, of several like it the nearest to `before`.
@@ -74,7 +83,13 @@ void LinkCommands::editLink() {
     form->addRow("Address", target);
     form->addRow("Text", words);
     form->addRow(buttons);
-    connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::accepted, dialog, [dialog, target] {
+        if (isKept(addressFrom(target->text()))) return dialog->accept();
+        showNotice(
+            dialog,
+            "A note keeps links to the web, to other notes, to mail addresses and to telephone "
+            "numbers only.");
+    });
     connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
     connect(dialog, &QDialog::accepted, this, [this, place = KeptPlace(cursor), target, words] {
         setLink(place, target->text(), words->text());

@@ -92,6 +92,12 @@ TEST_F(LinkDialog, MakesChangesAndRemovesLinks) {
                  "Add Link",
                  "<p>ask <a href=\"mailto:ann@e.org\">Ann</a></p>"},
              Case{
+                 "<p>see |here|</p>",
+                 "//e.org",
+                 nullptr,
+                 "Add Link",
+                 "<p>see <a href=\"https://e.org\">here</a></p>"},
+             Case{
                  "<p>|</p>",
                  "https://e.org/a?b=1&c=2",
                  nullptr,
@@ -125,6 +131,21 @@ TEST_F(LinkDialog, MakesChangesAndRemovesLinks) {
         EXPECT_EQ(html(), result);
         if (before != result) commands.trigger("edit.undo");
         EXPECT_EQ(html(), before);
+    }
+}
+
+TEST_F(LinkDialog, TakesNoAddressThatANoteDoesNotKeep) {
+    openNote("<p>see |here|</p>");
+    for (const char* address : {"javascript:x()", "file:///etc/hosts", "tesserine://note/no"}) {
+        SCOPED_TRACE(address);
+        commands.trigger("format.link");
+        answer(address, nullptr, "Add Link");
+        EXPECT_EQ(html(), "<p>see here</p>");
+        auto* const dialog = editor.findChild<QDialog*>("linkDialog");
+        ASSERT_NE(dialog, nullptr) << "the address can be corrected";
+        EXPECT_NE(dialog->findChild<QMessageBox*>("notice"), nullptr);
+        dialog->reject();
+        settle();
     }
 }
 
