@@ -262,6 +262,7 @@ bool NoteEditor::close() {
     body_->load({});
     header_->refresh();
     panel_->refresh();
+    offerCommands();
     return true;
 }
 
@@ -305,22 +306,51 @@ void NoteEditor::showSurroundings(const CDNote& note) {
     } else if (!isInTrash && body_->isReadOnly()) {
         notice_->hide();
     }
-    allowWriting(!isInTrash);
+    title_->setReadOnly(isInTrash);
+    body_->setReadOnly(isInTrash);
+    offerCommands();
     followConflict(note.hasConflict.valueOr(false));
     header_->refresh();
     panel_->refresh();
 }
 
-/// What would change the note is not offered while it is only read.
-void NoteEditor::allowWriting(bool isAllowed) {
-    title_->setReadOnly(!isAllowed);
-    body_->setReadOnly(!isAllowed);
-    toolBar_->setEnabled(isAllowed);
+/// What can be done to the note is offered while it is seen, what would change it unless it is only
+/// read.
+void NoteEditor::offerCommands() {
+    const bool isSeen = isVisible() && open_.id();
+    const bool isWritten = isSeen && !title_->isReadOnly();
+    toolBar_->setEnabled(isWritten);
     for (const Command& command : commandTable()) {
-        const bool isWriting = command.context == CommandContext::note
-                               || command.id == "note.attach" || command.id == "note.lock";
-        if (isWriting) commands_.action(command.id).setEnabled(isAllowed);
+        if (command.context == CommandContext::note) {
+            commands_.action(command.id).setEnabled(isWritten);
+        }
     }
+    for (const char* const id : {"note.attach", "note.lock"}) {
+        commands_.action(id).setEnabled(isWritten);
+    }
+    for (const char* const id :
+         {"find.open",
+          "find.next",
+          "find.previous",
+          "find.replace",
+          "view.outline",
+          "view.backlinks",
+          "note.reminder",
+          "note.versions",
+          "note.print",
+          "note.pdf"}) {
+        commands_.action(id).setEnabled(isSeen);
+    }
+}
+
+void NoteEditor::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    offerCommands();
+}
+
+void NoteEditor::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    offerCommands();
 }
 
 /// Out of the trash.

@@ -92,6 +92,8 @@ signals:
 private:
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void followPreferences();
     void readDictionary();
     void zoom(int step);
@@ -103,7 +105,7 @@ private:
     void showNote(const CDNote& note, BodyView view = {});
     void showTitle();
     void showSurroundings(const CDNote& note);
-    void allowWriting(bool isAllowed);
+    void offerCommands();
     void restore();
     void dropQuestions();
     void showSaved(NoteService::EditOutcome outcome);

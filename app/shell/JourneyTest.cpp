@@ -406,6 +406,24 @@ TEST_F(Journey, WhoWritesGoesOnInTheNoteWhenItsNotebookIsDeletedElsewhere) {
     EXPECT_EQ(next.html, "<p>Its words</p>");
 }
 
+TEST_F(Journey, CommandsLeaveANoteAloneThatIsNotSeen) {
+    const CDNote& plan = addNote("Plan", "<p>first</p>");
+    window().go({Kind::note, *plan.id});
+    editor().body().selectAll();
+    for (const Place& away : {Place{Kind::inbox}, Place{.kind = Kind::search, .text = "x"}}) {
+        window().go(away);
+        for (const char* command : {"format.strike", "format.divider", "note.reminder"}) {
+            commands().trigger(command);
+            EXPECT_FALSE(commands().action(command).isEnabled()) << command;
+        }
+    }
+    EXPECT_TRUE(editor().findChildren<QDialog*>().isEmpty());
+    EXPECT_TRUE(window().save());
+    EXPECT_EQ(plan.html, "<p>first</p>");
+    window().go({Kind::note, *plan.id});
+    EXPECT_TRUE(commands().action("format.strike").isEnabled());
+}
+
 TEST_F(Journey, KeysAfterANoteThatWasDeletedPressNoButton) {
     const Uuid plan = *addNote("Plan").id;
     window().go({Kind::note, plan});
