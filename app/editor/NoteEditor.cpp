@@ -383,6 +383,9 @@ void NoteEditor::showSaved(NoteService::EditOutcome outcome) {
     if (notice_->text() == failure_) notice_->hide();
     footer_->showState(saver_->isPending() ? "Editing" : "Saved");
     emit saved(*open_.id());
+    // Others wrote the title or the body while only the other one was typed.
+    const bool isBehind = open_.state() == OpenNote::State::changedElsewhere;
+    if (isBehind && !saver_->isPending()) reload();
 }
 
 void NoteEditor::follow(const std::vector<ObjectChange>& changes) {

@@ -105,6 +105,28 @@ TEST_F(NoteEditor, WhoWritesGoesOnAtTheSameWordsWhenOthersChangeTheNote) {
     }
 }
 
+TEST_F(NoteEditor, ShowsABodyThatOthersWriteWhileATitleIsTypedAndTheOtherWayRound) {
+    CDNote& note = openNote("<p>one|</p>");
+    editor.title().setFocus();
+    editor.title().selectAll();
+    QTest::keyClicks(&editor.title(), "Mine");
+    change(note, "<p>theirs</p>");
+    EXPECT_TRUE(editor.save());
+    EXPECT_EQ(*note.title, "Mine");
+    EXPECT_EQ(html(), "<p>theirs</p>");
+    EXPECT_EQ(editor.title().text(), "Mine");
+
+    editor.body().setFocus();
+    press(Qt::Key_End);
+    type(" and mine");
+    environment->notes().updateNote(context(), note, {.title = "Theirs"});
+    context().save();
+    EXPECT_TRUE(editor.save());
+    EXPECT_EQ(*note.html, "<p>theirs and mine</p>");
+    EXPECT_EQ(editor.title().text(), "Theirs");
+    EXPECT_FALSE(note.hasConflict);
+}
+
 TEST_F(NoteEditor, WhoWritesATitleGoesOnThereWhenOthersChangeTheNote) {
     CDNote& note = openNote("<p>one</p>");
     editor.title().setFocus();

@@ -47,6 +47,9 @@ OpenNote::Writing OpenNote::beginWriting(Edit edit) {
 OpenNote::Written OpenNote::perform(
     Writing writing, StoreContext& context, const NoteService& notes) {
     CDNote& note = notes.getNote(context, writing.id);
+    const bool hasTitle = writing.edit.title.has_value();
+    const bool hasBody =
+        writing.edit.html.has_value() || note.html.valueOr("") == writing.loadedHTML;
     const auto outcome = notes.saveEdit(
         context,
         note,
@@ -55,12 +58,16 @@ OpenNote::Written OpenNote::perform(
          .loadedHTML = std::move(writing.loadedHTML),
          .loadedVersion = writing.loadedVersion});
     if (writing.keepsRevision) notes.takeRevision(context, note, NoteRevisionReason::autosave);
-    return {note.title.valueOr(""), note.html.valueOr(""), note.contentVersion.valueOr(0), outcome};
+    Written written{.version = note.contentVersion.valueOr(0), .outcome = outcome};
+    if (hasTitle) written.title = note.title.valueOr("");
+    if (hasBody) written.html = note.html.valueOr("");
+    return written;
 }
 
 void OpenNote::endWriting(const Written& written) {
-    title_ = written.title;
-    html_ = written.html;
+    if (written.title) title_ = *written.title;
+    if (!written.html) return;
+    html_ = *written.html;
     version_ = written.version;
 }
 

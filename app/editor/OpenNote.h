@@ -60,10 +60,12 @@ public:
         std::int64_t loadedVersion = 0;
         bool keepsRevision = false;
     };
+    /// What is known of the note by now. What others wrote meanwhile into a part that was not
+    /// written is none: it is still to be shown.
     struct Written {
-        std::string title;
-        std::string html;
-        std::int64_t version = 0;
+        std::optional<std::string> title{};
+        std::optional<std::string> html{};
+        std::int64_t version = 0;  // of that body
         NoteService::EditOutcome outcome = NoteService::EditOutcome::saved;
     };
     Writing beginWriting(Edit edit);
