@@ -1,11 +1,15 @@
+#include "base/Clock.h"
+#include "search/MarkedText.h"
 #include "search/SearchFilters.h"
 #include "search/SearchIndex.h"
+#include "search/SearchRows.h"
 #include "search/SearchStatement.h"
 #include "tests/support/SeededRandom.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <random>
 
 /// The two statements of a search for words, over a library made up at random.
@@ -109,6 +113,29 @@ TEST_F(RankedFirst, GivesTheRowsOfTheStatementThatMarksAsItRanks) {
                     rowsOf(searchStatement(search, now)));
             }
         }
+    }
+}
+
+/// The time for a snippet grows with the square of what matches in a text.
+TEST_F(RankedFirst, ALongTextFullOfMatchesTakesNoLongerThanOthers) {
+    IndexDocument book = someDocument();
+    book.title = "Book";
+    book.body = "An unlike beginning of some words. ";
+    for (int i = 0; i < 30'000; ++i) {
+        book.body += "the rare word ";
+    }
+    book.attachmentText.clear();
+    index_.upsert(book);
+    const SystemClock clock;
+    for (const char* match : {R"("the" AND "rare" AND "word")", R"("wor"*)"}) {
+        const auto began = clock.monotonic();
+        const auto results = index_.perform([&](SQLiteDatabase&) {
+            return readResults(index_, {.match = match, .limit = 20}, clock.now());
+        });
+        EXPECT_LT(clock.monotonic() - began, std::chrono::seconds(20)) << match;
+        ASSERT_EQ(results.size(), 1U);
+        EXPECT_TRUE(marked::hasMark(results[0].snippet)) << results[0].snippet;
+        EXPECT_LT(results[0].snippet.size(), 400U);
     }
 }
 

@@ -68,6 +68,13 @@ std::optional<double> degreesOf(const Statement& row, int column) {
     return row.real(column);
 }
 
+/// SQLite makes a part of the body, unless the body is long.
+std::string bodyPart(std::string_view marked) {
+    return marked.size() > static_cast<std::size_t>(longBody)
+               ? marked::excerpt(marked, snippetWords)
+               : std::string(marked);
+}
+
 SearchResult resultOf(const Statement& row) {
     return {
         .id = Uuid::parse(textOf(row, 0)).value_or(Uuid{}),
@@ -78,7 +85,7 @@ SearchResult resultOf(const Statement& row) {
         .createdAt = instantOf(row, 5),
         .updatedAt = instantOf(row, 6),
         .hasAttachment = row.integer(7) != 0,
-        .snippet = textOf(row, 8),
+        .snippet = bodyPart(row.textView(8)),
         .score = row.real(9),
         .highlightedTitle = textOf(row, 10),
         .latitude = degreesOf(row, 11),
@@ -100,11 +107,28 @@ bool matchesMore(SearchIndex& index, const Search& search) {
         .next();
 }
 
+/// Whether the text of a matching document may be long. By the counts that the index keeps: six
+/// columns take seven bytes while the longest has fewer than 16,384 words.
+bool matchesLongText(SearchIndex& index, const Search& search) {
+    return Rows(
+               index,
+               {"SELECT 1 FROM fts CROSS JOIN fts_docsize AS size ON size.id = fts.rowid "
+                "WHERE fts MATCH ? AND length(size.sz) > 7 LIMIT 1",
+                {*search.match}})
+        .next();
+}
+
+bool isRankedFirst(SearchIndex& index, const Search& search) {
+    if (isQuickerRankedFirst(search) && matchesMore(index, search)) return true;
+    return search.match && matchesLongText(index, search);
+}
+
 void readInto(
     std::vector<SearchResult>& results, SearchIndex& index, const Search& search, Instant now) {
-    const bool isRankedFirst = isQuickerRankedFirst(search) && matchesMore(index, search);
     Rows rows(
-        index, isRankedFirst ? rankedFirstStatement(search, now) : searchStatement(search, now));
+        index,
+        isRankedFirst(index, search) ? rankedFirstStatement(search, now)
+                                     : searchStatement(search, now));
     while (rows.next()) {
         results.push_back(resultOf(rows.row()));
     }
