@@ -393,6 +393,7 @@ int TaskListModel::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant TaskListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid()) return {};
     if (role != Qt::DisplayRole && role != Qt::AccessibleTextRole) return {};
     const TaskRow row = line(index);
     if (!row.isTask()) return role == Qt::DisplayRole ? row.heading : QVariant();
@@ -426,9 +427,9 @@ std::vector<Uuid> TaskListModel::tasksOf(const QModelIndexList& indexes) const {
     }
     std::ranges::sort(rows);
     std::vector<Uuid> tasks;
-    for (const int row : rows) {
+    tasks.reserve(rows.size());
+    for (const int row : rows)
         tasks.push_back(at(row).id);
-    }
     return tasks;
 }
 
