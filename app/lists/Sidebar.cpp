@@ -184,7 +184,10 @@ void Sidebar::rememberName() {
     typed_.reset();
     for (const auto* field : viewport()->findChildren<QLineEdit*>()) {
         const auto place = SidebarModel::placeAt(indexAt(field->geometry().center()));
-        if (field->isVisible() && place) typed_ = {*place, field->text()};
+        if (!field->isVisible() || !place) continue;
+        const int selected = field->hasSelectedText() ? field->selectionLength() : 0;
+        const int from = selected > 0 ? field->selectionStart() : field->cursorPosition();
+        typed_ = {*place, field->text(), from, selected};
     }
 }
 
@@ -193,7 +196,10 @@ void Sidebar::putNameBack() {
     const QModelIndex index = model_->indexOf(typed_->place);
     if (!index.isValid()) return;
     edit(index);
-    if (auto* field = qobject_cast<QLineEdit*>(indexWidget(index))) field->setText(typed_->name);
+    if (auto* field = qobject_cast<QLineEdit*>(indexWidget(index))) {
+        field->setText(typed_->name);
+        field->setSelection(typed_->from, typed_->selected);
+    }
 }
 
 void Sidebar::rename(const Place& place, const QString& name) {

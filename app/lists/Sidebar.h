@@ -100,6 +100,8 @@ private:
     struct Typed {
         Place place;
         QString name;
+        int from = 0;  // what is selected begins here, or the next letter
+        int selected = 0;
     };
     std::optional<Typed> typed_;
     std::optional<Place> marked_;

@@ -187,6 +187,13 @@ TEST_F(SidebarTest, NotebooksAreMadeRenamedAndDeletedInPlace) {
     field = sidebar().findChild<QLineEdit*>();
     ASSERT_NE(field, nullptr);
     EXPECT_EQ(field->text(), "Gardens");
+    QTest::keyClick(field, Qt::Key_Home, Qt::ShiftModifier);
+    notebook("Zebra");
+    settle();
+    field = sidebar().findChild<QLineEdit*>();
+    ASSERT_NE(field, nullptr);
+    QTest::keyClicks(field, "Beds");
+    EXPECT_EQ(field->text(), "Beds") << "what was selected is replaced";
     QTest::keyClick(field, Qt::Key_Escape);
     settle();
 
