@@ -95,6 +95,7 @@ int RemindersModel::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant RemindersModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid()) return {};
     const ReminderRow& shown = row(index.row());
     if (role == Qt::DisplayRole) return shown.title;
     if (role != Qt::AccessibleTextRole || shown.kind == Kind::heading) return {};

@@ -5,6 +5,7 @@
 #include "app/tasks/WhenPopup.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QListView>
 #include <QMenu>
 #include <QTest>
@@ -108,6 +109,12 @@ TEST_F(RemindersPageTest, TheChosenRowStaysChosenWhateverOthersChange) {
     EXPECT_TRUE(last.reminderAt);
     QTest::keyClick(&list, Qt::Key_Delete);
     EXPECT_FALSE(last.reminderAt) << "the next one takes its place";
+}
+
+TEST_F(RemindersPageTest, AnEmptyListHasNothingToCopy) {
+    open();
+    QTest::keySequence(&list, QKeySequence::Copy);
+    EXPECT_TRUE(QApplication::clipboard()->text().isEmpty());
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "app/tasks/WhenPopup.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -533,6 +534,31 @@ TEST_F(TasksPageTest, WhatIsBeingTypedSurvivesChangesFromElsewhere) {
     environment->tasks().remove(context(), other);
     context().save();
     EXPECT_NE(page.detail().task(), gone) << "a task that is gone is not shown";
+}
+
+TEST_F(TasksPageTest, AnEmptyListTakesEveryKey) {
+    show(Place::Kind::inbox);
+    for (int key = Qt::Key_A; key <= Qt::Key_Z; ++key) {
+        QTest::keyClick(&list, static_cast<Qt::Key>(key));
+        QTest::keyClick(&list, static_cast<Qt::Key>(key), Qt::ControlModifier);
+    }
+    for (const auto key :
+         {Qt::Key_Space,
+          Qt::Key_Return,
+          Qt::Key_Delete,
+          Qt::Key_F2,
+          Qt::Key_Home,
+          Qt::Key_End,
+          Qt::Key_Up,
+          Qt::Key_Down,
+          Qt::Key_Left,
+          Qt::Key_Right,
+          Qt::Key_PageUp,
+          Qt::Key_PageDown}) {
+        QTest::keyClick(&list, key);
+    }
+    EXPECT_EQ(titles(), "");
+    EXPECT_TRUE(QApplication::clipboard()->text().isEmpty());
 }
 
 }  // namespace
