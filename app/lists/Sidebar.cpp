@@ -107,6 +107,14 @@ void Sidebar::mark(const Place& place) {
     isMarking_ = false;
 }
 
+/// Does not unfold what the place stands in.
+void Sidebar::markAgain() {
+    if (!marked_) return;
+    setAutoScroll(false);
+    mark(Place(*marked_));
+    setAutoScroll(true);
+}
+
 std::optional<Place> Sidebar::current() const { return SidebarModel::placeAt(currentIndex()); }
 
 void Sidebar::currentChanged(const QModelIndex& now, const QModelIndex& before) {
@@ -128,6 +136,7 @@ void Sidebar::mouseReleaseEvent(QMouseEvent* event) {
     const bool isHeading = !SidebarModel::placeAt(index);
     const int arrow = visualRect(index).right() - 2 * space::huge;
     if (isHeading || event->position().x() > arrow) setExpanded(index, !isExpanded(index));
+    if (isHeading) markAgain();
 }
 
 // Making, renaming, deleting
@@ -334,7 +343,7 @@ void Sidebar::putFoldingBack() {
         }
     }
     isMarking_ = false;
-    if (marked_) mark(*marked_);
+    markAgain();
 }
 
 void Sidebar::rememberTop() {

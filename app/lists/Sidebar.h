@@ -66,6 +66,7 @@ private:
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
+    void markAgain();
     std::optional<Place> current() const;
     void createNotebookIn(const std::optional<Uuid>& parent);
     void editNew(const Place& place);

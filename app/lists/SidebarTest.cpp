@@ -157,6 +157,19 @@ TEST_F(SidebarTest, FollowsTheLibraryWithoutLosingThePlaceOrTheFolding) {
     EXPECT_EQ(chosen, place.address() + ";") << "nothing was chosen anew";
 }
 
+TEST_F(SidebarTest, AGroupStaysFoldedAroundThePlaceThatIsShown) {
+    const Place place{Kind::notebook, *notebook("Work").id};
+    const auto index = [&] { return sidebar().places().indexOf(place); };
+    sidebar().setCurrentIndex(index());
+    QTest::mouseClick(
+        sidebar().viewport(), Qt::LeftButton, {}, sidebar().visualRect(index().parent()).center());
+    EXPECT_FALSE(sidebar().isExpanded(index().parent()));
+    EXPECT_EQ(sidebar().currentIndex(), index()) << "one is still there";
+    notebook("Another");
+    EXPECT_FALSE(sidebar().isExpanded(index().parent()));
+    EXPECT_EQ(sidebar().currentIndex(), index());
+}
+
 TEST_F(SidebarTest, FoldsAlsoWhereThatCannotBeKept) {
     CDNotebook& work = notebook("Work");
     notebook("Plans", &work);
