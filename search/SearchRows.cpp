@@ -1,5 +1,6 @@
 #include "search/SearchRows.h"
 
+#include "search/LongText.h"
 #include "search/MarkedText.h"
 #include "search/SearchFilters.h"
 
@@ -68,14 +69,14 @@ std::optional<double> degreesOf(const Statement& row, int column) {
     return row.real(column);
 }
 
-/// SQLite makes a part of the body, unless the body is long.
-std::string bodyPart(std::string_view marked) {
-    return marked.size() > static_cast<std::size_t>(longBody)
-               ? marked::excerpt(marked, snippetWords)
-               : std::string(marked);
+/// SQLite makes a snippet of the body, unless the body is long.
+std::string snippetOf(std::string_view body, const Search& search) {
+    const bool isLong = body.size() > static_cast<std::size_t>(longBody);
+    return isLong ? longTextExcerpt(body, search.match.value_or(""), snippetWords)
+                  : std::string(body);
 }
 
-SearchResult resultOf(const Statement& row) {
+SearchResult resultOf(const Statement& row, const Search& search) {
     return {
         .id = Uuid::parse(textOf(row, 0)).value_or(Uuid{}),
         .kind = row.textView(1) == nameOf(SearchKind::task) ? SearchKind::task : SearchKind::note,
@@ -85,7 +86,7 @@ SearchResult resultOf(const Statement& row) {
         .createdAt = instantOf(row, 5),
         .updatedAt = instantOf(row, 6),
         .hasAttachment = row.integer(7) != 0,
-        .snippet = bodyPart(row.textView(8)),
+        .snippet = snippetOf(row.textView(8), search),
         .score = row.real(9),
         .highlightedTitle = textOf(row, 10),
         .latitude = degreesOf(row, 11),
@@ -130,7 +131,7 @@ void readInto(
         isRankedFirst(index, search) ? rankedFirstStatement(search, now)
                                      : searchStatement(search, now));
     while (rows.next()) {
-        results.push_back(resultOf(rows.row()));
+        results.push_back(resultOf(rows.row(), search));
     }
 }
 

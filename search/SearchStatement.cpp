@@ -28,11 +28,11 @@ std::string snippet(std::string_view table, int column, int tokenCount) {
            + ", '…', " + std::to_string(tokenCount) + ")";
 }
 
-/// The body's part with the best matches; of a long body all of it, marked: the time that SQLite
-/// takes for a part grows with the square of the matches.
+/// The body's part with the best matches; of a long body all of it: the time that SQLite takes for
+/// marks grows with the square of the matches.
 std::string bodyPart() {
-    return "(CASE WHEN length(fts.body) > " + std::to_string(longBody) + " THEN "
-           + highlighted("fts", 1) + " ELSE " + snippet("fts", 1, 14) + " END)";
+    return "(CASE WHEN length(fts.body) > " + std::to_string(longBody) + " THEN fts.body ELSE "
+           + snippet("fts", 1, 14) + " END)";
 }
 
 void append(BoundSQL& statement, const BoundSQL& piece) {

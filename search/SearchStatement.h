@@ -47,8 +47,8 @@ inline constexpr std::string_view close = "]\u2062";
 /// longitude, highlighted tags, highlighted notebook, highlighted attachments, trashed, favorite.
 BoundSQL searchStatement(const Search& search, Instant now);
 
-/// A body with more characters than this is given whole by `rankedFirstStatement`, in the place of
-/// its snippet.
+/// A body with more characters than this is given whole and without marks by
+/// `rankedFirstStatement`, in the place of its snippet.
 inline constexpr std::int64_t longBody = 50'000;
 
 /// The same rows for a search for words, which is ranked before anything is marked: quicker when
