@@ -185,7 +185,9 @@ void Sidebar::editNew(const Place& place) {
 
 void Sidebar::renameCurrent() {
     const QModelIndex index = currentIndex();
-    if (index.flags() & Qt::ItemIsEditable) edit(index);
+    if (!(index.flags() & Qt::ItemIsEditable)) return;
+    scrollTo(index);  // unfolds what it stands in
+    edit(index);
 }
 
 /// Others may change the library while a name is being typed.

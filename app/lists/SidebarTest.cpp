@@ -168,6 +168,8 @@ TEST_F(SidebarTest, AGroupStaysFoldedAroundThePlaceThatIsShown) {
     notebook("Another");
     EXPECT_FALSE(sidebar().isExpanded(index().parent()));
     EXPECT_EQ(sidebar().currentIndex(), index());
+    sidebar().renameCurrent();
+    EXPECT_TRUE(sidebar().isExpanded(index().parent())) << "no name is typed out of sight";
 }
 
 TEST_F(SidebarTest, FoldsAlsoWhereThatCannotBeKept) {
