@@ -490,6 +490,7 @@ TEST_F(Journey, TheNextStartGoesOnWhereTheWindowWasClosed) {
     window().openTab({Kind::notebook, *work.id});
     window().openTab({Kind::today});
     press(Qt::Key_Tab, Qt::ControlModifier);  // round to the first
+    press(Qt::Key_F9);
     window().close();
     closeWindow();
 
@@ -500,6 +501,9 @@ TEST_F(Journey, TheNextStartGoesOnWhereTheWindowWasClosed) {
     auto* tabs = window().findChild<QTabBar*>("tabs");
     EXPECT_EQ(tabs->count(), 2) << "the notebook is gone";
     EXPECT_EQ(tabs->tabText(1), "Today");
+    EXPECT_FALSE(window().sidebar().isVisible());
+    press(Qt::Key_F9);
+    EXPECT_TRUE(window().sidebar().isVisible());
 }
 
 TEST_F(Journey, APlaceThatIsDeletedElsewhereLeavesTheWindowInAllNotes) {

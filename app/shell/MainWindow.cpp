@@ -549,6 +549,7 @@ void MainWindow::restoreLayout() {
     };
     restoreGeometry(value(geometryKey));
     splitter_->restoreState(value(panesKey));
+    setSidebarVisible(environment_.preferences().boolean(sidebarKey).value_or(true));
 }
 
 /// What is gone meanwhile, or belongs to another library, is left out.
@@ -580,6 +581,7 @@ void MainWindow::keepLayout() {
         Preferences& preferences = environment_.preferences();
         preferences.set(geometryKey, saveGeometry().toBase64().toStdString());
         preferences.set(panesKey, splitter_->saveState().toBase64().toStdString());
+        preferences.set(sidebarKey, !left_->parentWidget()->isHidden());
         preferences.set(tabsKey, openTabs().text());
     } catch (const UserError& error) {
         environment_.log().warning(std::string("the window's layout: ") + error.what());

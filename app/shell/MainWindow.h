@@ -41,6 +41,7 @@ class MainWindow final : public QMainWindow {
 public:
     static constexpr std::string_view geometryKey = "tesserine.window.geometry";
     static constexpr std::string_view panesKey = "tesserine.window.panes";
+    static constexpr std::string_view sidebarKey = "tesserine.window.sidebar";
     static constexpr std::string_view tabsKey = "tesserine.window.tabs";
 
     /// Both outlive it.

@@ -110,7 +110,8 @@ public:
             environment.syncControl().syncNow();
         });
         QAction& sidebar = commands_.action("view.sidebar");
-        sidebar.setChecked(true);
+        sidebar.setChecked(
+            environment_.preferences().boolean(MainWindow::sidebarKey).value_or(true));
         on("view.sidebar", [&window = window_](bool isOn) { window.setSidebarVisible(isOn); });
         on("view.fullScreen", [&window = window_](bool isOn) {
             isOn ? window.showFullScreen() : window.showNormal();
