@@ -2,6 +2,7 @@
 
 #include "app/editor/Comparison.h"
 #include "app/editor/EditorPreferences.h"
+#include "app/editor/ListDrag.h"
 #include "app/editor/ListRules.h"
 #include "app/editor/ObjectRenderer.h"
 #include "app/editor/PasteRules.h"
@@ -470,6 +471,7 @@ void BodyEdit::layOutRest() {
 }
 
 bool BodyEdit::canInsertFromMimeData(const QMimeData* source) const {
+    if (isListDrag(*source)) return false;
     return source->hasUrls() || source->hasImage() || source->hasHtml() || source->hasText();
 }
 

@@ -8,7 +8,9 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDragEnterEvent>
 #include <QLabel>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTextBlock>
@@ -92,6 +94,23 @@ TEST_F(EditorJourney, WhatIsWrittenInATableStaysWhateverOthersChange) {
         EXPECT_EQ(html(), expected);
         EXPECT_TRUE(editor.save());
         settle();
+    }
+}
+
+TEST_F(EditorJourney, WhatIsDraggedOutOfAListIsNotWrittenIntoANote) {
+    openNote("<p>one</p>");
+    for (const char* format : {"text/plain", "application/x-tesserine-notes"}) {
+        QMimeData dragged;
+        dragged.setText("A title");
+        dragged.setData(format, "x");
+        for (QWidget* const target :
+             {editor.body().viewport(), static_cast<QWidget*>(&editor.title())}) {
+            QDragEnterEvent enter(
+                target->rect().center(), Qt::CopyAction, &dragged, Qt::LeftButton, Qt::NoModifier);
+            enter.ignore();
+            QApplication::sendEvent(target, &enter);
+            EXPECT_EQ(enter.isAccepted(), format == std::string("text/plain")) << format;
+        }
     }
 }
 

@@ -1,18 +1,33 @@
 #include "app/editor/NoteHeader.h"
 
+#include "app/editor/ListDrag.h"
 #include "app/editor/ReminderButton.h"
 #include "app/editor/TagsField.h"
 #include "app/look/Theme.h"
 
+#include <QDragEnterEvent>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QVBoxLayout>
 
 namespace tesserine::app {
+namespace {
+
+class TitleField final : public QLineEdit {
+public:
+    using QLineEdit::QLineEdit;
+
+private:
+    void dragEnterEvent(QDragEnterEvent* event) override {
+        isListDrag(*event->mimeData()) ? event->ignore() : QLineEdit::dragEnterEvent(event);
+    }
+};
+
+}  // namespace
 
 NoteHeader::NoteHeader(AppEnvironment& environment, OpenNote& open, QWidget* parent)
     : QWidget(parent),
-      title_(new QLineEdit(this)),
+      title_(new TitleField(this)),
       tags_(new TagsField(environment, open, this)),
       reminder_(new ReminderButton(environment, open, this)) {
     title_->setObjectName("noteTitle");
