@@ -1,8 +1,8 @@
 #include "search/LongText.h"
 
-#include "base/Text.h"
 #include "search/MarkedText.h"
 #include "search/QueryCharacters.h"
+#include "search/SearchIndex.h"
 #include "search/SearchStatement.h"
 
 #include <algorithm>
@@ -11,14 +11,22 @@
 namespace tesserine {
 namespace {
 
-constexpr std::string_view blanks = " \t\r\n";
+/// Bytes that are looked at on either side of a match; words that are shown take fewer.
+constexpr std::size_t reach = 600;
 
 struct Term {
     std::string word;
     bool isBeginning = false;
 };
 
-std::string foldedWord(std::string_view word) { return text::folded(withoutPunctuation(word)); }
+/// Hands over the words of `text` in order, as views into it, until `take` returns false.
+template <class Take>
+void forEachWord(std::string_view text, Take take) {
+    for (std::string_view word = firstWord(text); !word.empty(); word = firstWord(text)) {
+        if (!take(word)) return;
+        text.remove_prefix(static_cast<std::size_t>(word.data() + word.size() - text.data()));
+    }
+}
 
 /// What stands in quotes; an asterisk behind them is for the last word in them.
 std::vector<Term> termsOf(std::string_view expression) {
@@ -27,11 +35,10 @@ std::vector<Term> termsOf(std::string_view expression) {
          open = expression.find('"')) {
         expression.remove_prefix(open + 1);
         const std::size_t close = std::min(expression.find('"'), expression.size());
-        for (const std::string_view word : text::words(expression.substr(0, close))) {
-            if (std::string folded = foldedWord(word); !folded.empty()) {
-                terms.push_back({std::move(folded)});
-            }
-        }
+        forEachWord(expression.substr(0, close), [&terms](std::string_view word) {
+            terms.push_back({indexFold(word)});
+            return true;
+        });
         expression.remove_prefix(std::min(close + 1, expression.size()));
         if (expression.starts_with('*') && !terms.empty()) terms.back().isBeginning = true;
     }
@@ -39,66 +46,45 @@ std::vector<Term> termsOf(std::string_view expression) {
 }
 
 bool isWanted(std::string_view word, const std::vector<Term>& terms) {
-    const std::string folded = foldedWord(word);
+    const std::string folded = indexFold(word);
     return std::ranges::any_of(terms, [&folded](const Term& term) {
         return term.isBeginning ? folded.starts_with(term.word) : folded == term.word;
     });
 }
 
-/// The word at or behind `place`; empty at the end.
-std::string_view wordFrom(std::string_view text, std::size_t place) {
-    const std::size_t begin = std::min(text.find_first_not_of(blanks, place), text.size());
-    const std::size_t end = std::min(text.find_first_of(blanks, begin), text.size());
-    return text.substr(begin, end - begin);
-}
-
 std::size_t firstWanted(std::string_view text, const std::vector<Term>& terms) {
-    std::size_t place = 0;
-    for (;;) {
-        const std::string_view word = wordFrom(text, place);
-        if (word.empty()) return 0;
-        const auto begin = static_cast<std::size_t>(word.data() - text.data());
-        if (isWanted(word, terms)) return begin;
-        place = begin + word.size();
-    }
+    std::size_t found = 0;
+    forEachWord(text, [&](std::string_view word) {
+        if (!isWanted(word, terms)) return true;
+        found = static_cast<std::size_t>(word.data() - text.data());
+        return false;
+    });
+    return found;
 }
 
-/// `wordLimit` words before `place`, and as many behind it.
-std::string_view surroundings(std::string_view text, std::size_t place, std::size_t wordLimit) {
-    std::size_t begin = place;
-    std::size_t end = place;
-    for (std::size_t i = 0; i < wordLimit; ++i) {
-        const std::size_t last = text.substr(0, begin).find_last_not_of(blanks);
-        const std::size_t blank =
-            last == std::string_view::npos ? last : text.substr(0, last).find_last_of(blanks);
-        begin = blank == std::string_view::npos ? 0 : blank + 1;
-        const std::string_view word = wordFrom(text, end);
-        end = static_cast<std::size_t>(word.data() + word.size() - text.data());
-    }
-    // One word more tells that the text goes on.
-    return text.substr(begin, end - begin + wordFrom(text, end).size() + 1);
+/// `place`, or the next one at which a scalar begins.
+std::size_t scalarFrom(std::string_view text, std::size_t place) {
+    const auto isContinuation = [](char byte) {
+        return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+    };
+    while (place < text.size() && isContinuation(text[place]))
+        ++place;
+    return std::min(place, text.size());
 }
 
 std::string withMarks(std::string_view text, const std::vector<Term>& terms) {
     std::string result;
-    std::size_t place = 0;  // behind the last word
-    for (std::string_view word = wordFrom(text, 0); !word.empty(); word = wordFrom(text, place)) {
-        const auto begin = static_cast<std::size_t>(word.data() - text.data());
-        result += text.substr(place, begin - place);
-        place = begin + word.size();
-        if (!isWanted(word, terms)) {
-            result += word;
-            continue;
-        }
-        const std::string_view core = withoutPunctuation(word);
-        const auto before = static_cast<std::size_t>(core.data() - word.data());
-        result += word.substr(0, before);
-        result += marker::open;
-        result += core;
-        result += marker::close;
-        result += word.substr(before + core.size());
-    }
-    return result;
+    const char* behind = text.data();  // the last word
+    forEachWord(text, [&](std::string_view word) {
+        result.append(behind, word.data());
+        behind = word.data() + word.size();
+        const bool isMarked = isWanted(word, terms);
+        if (isMarked) result += marker::open;
+        result += word;
+        if (isMarked) result += marker::close;
+        return true;
+    });
+    return result.append(behind, text.data() + text.size());
 }
 
 }  // namespace
@@ -107,7 +93,14 @@ std::string longTextExcerpt(
     std::string_view text, std::string_view expression, std::size_t wordLimit) {
     const std::vector<Term> terms = termsOf(expression);
     const std::size_t place = firstWanted(text, terms);
-    return marked::excerpt(withMarks(surroundings(text, place, wordLimit), terms), wordLimit);
+    const std::size_t begin = scalarFrom(text, place < reach ? 0 : place - reach);
+    const std::size_t end = scalarFrom(text, place + reach);
+    const std::string_view seen = text.substr(begin, end - begin);
+    std::string excerpt = marked::excerpt(withMarks(seen, terms), wordLimit);
+    // Where words are longer than what is looked at, the text goes on though the words end.
+    if (begin > 0 && !excerpt.starts_with("…")) excerpt.insert(0, "…");
+    if (end < text.size() && !excerpt.ends_with("…")) excerpt += "…";
+    return excerpt;
 }
 
 }  // namespace tesserine

@@ -37,8 +37,20 @@ TEST(LongText, ShowsTheWordsAroundTheFirstMatch) {
          }) {
         EXPECT_EQ(excerptOf(text, expression), excerpt) << expression;
     }
+    EXPECT_EQ(excerptOf("read foo/Bar-baz, then", R"("bar baz")"), "read foo/[Bar]-[baz], then");
     EXPECT_EQ(excerptOf("", R"("a")"), "");
     EXPECT_EQ(excerptOf("— … —", R"("a")"), "— … —");
+}
+
+TEST(LongText, OfWordsWithoutSpacesOnlyWhatIsNearIsShown) {
+    std::string text;
+    for (int i = 0; i < 1000; ++i)
+        text += "長い文章、";
+    const std::string shown = excerptOf(text + "検索。" + text, R"("検索")");
+    EXPECT_TRUE(shown.starts_with("…")) << shown;
+    EXPECT_TRUE(shown.ends_with("…")) << shown;
+    EXPECT_NE(shown.find("、[検索]。"), std::string::npos) << shown;
+    EXPECT_LT(shown.size(), 1500U);
 }
 
 }  // namespace

@@ -20,6 +20,9 @@ bool isWordCharacter(char32_t scalar) {
     return isOfCategory(scalar, U_GC_L_MASK | U_GC_N_MASK | U_GC_CO_MASK);
 }
 
+/// What the tokenizer lets stand in a word and leaves out of it (SQLite, fts5_unicode2.c).
+bool isAccent(char32_t scalar) { return scalar >= U'\u0300' && scalar <= U'\u0331'; }
+
 bool isUnspacedScript(char32_t scalar) {
     static constexpr std::array<UScriptCode, 7> scripts{
         USCRIPT_HAN,
@@ -75,6 +78,21 @@ std::string_view withoutPunctuation(std::string_view text) {
         place += length;
     }
     return begin < end ? text.substr(begin, end - begin) : std::string_view();
+}
+
+std::string_view firstWord(std::string_view text) {
+    while (!text.empty()) {
+        const auto [scalar, length] = utf8::first(text);
+        if (isWordCharacter(scalar)) break;
+        text.remove_prefix(length);
+    }
+    std::size_t end = 0;
+    while (end < text.size()) {
+        const auto [scalar, length] = utf8::first(text.substr(end));
+        if (!isWordCharacter(scalar) && !isAccent(scalar)) break;
+        end += length;
+    }
+    return text.substr(0, end);
 }
 
 bool hasUnspacedScript(std::string_view text) { return count(text, isUnspacedScript) > 0; }

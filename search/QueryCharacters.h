@@ -16,6 +16,9 @@ std::size_t length(std::string_view text);
 /// `text` without what stands before its first and behind its last letter or number; empty when it
 /// has none. A view into `text`.
 std::string_view withoutPunctuation(std::string_view text);
+/// The first word in `text` as the index splits it: letters and numbers, with accents that are
+/// scalars of their own; empty when there is none. A view into `text`.
+std::string_view firstWord(std::string_view text);
 /// Whether `text` holds a letter of a script that sets no spaces between its words: Han, Hiragana,
 /// Katakana, Thai, Lao, Khmer or Myanmar.
 bool hasUnspacedScript(std::string_view text);
