@@ -225,7 +225,8 @@ void TaskDetail::load() {
     const bool isSame = title_->toPlainText().simplified() == title;
     if (!title_->isEdited() && !isSame) title_->setShownText(title);
     if (!details_->isEdited()) {
-        details_->setShownText(QString::fromStdString(task->details.valueOr("")));
+        shownDetails_ = QString::fromStdString(task->details.valueOr(""));
+        details_->setShownText(shownDetails_);
     }
     loadFields(*task);
     const bool isSubtask = task->parent != nullptr;
@@ -304,6 +305,20 @@ bool TaskDetail::flush() {
     return saveTexts() && subtasks_->flush();
 }
 
+/// What another program wrote into the notes while they were typed into is put behind them.
+void TaskDetail::keepForeignDetails(const CDTask& task) {
+    const QString theirs = QString::fromStdString(task.details.valueOr(""));
+    const bool isForeign = theirs != shownDetails_ && theirs != details_->toPlainText();
+    if (!isForeign || theirs.isEmpty()) return;
+    const bool isContinued = !shownDetails_.isEmpty() && theirs.startsWith(shownDetails_);
+    const int place = details_->textCursor().position();
+    QTextCursor cursor(details_->document());
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(isContinued ? theirs.mid(shownDetails_.size()) : "\n\n" + theirs);
+    cursor.setPosition(place);
+    details_->setTextCursor(cursor);
+}
+
 bool TaskDetail::saveTexts() {
     CDTask* const task = find();
     const bool isEdited = title_->isEdited() || details_->isEdited();
@@ -312,6 +327,7 @@ bool TaskDetail::saveTexts() {
         const std::string title = title_->toPlainText().simplified().toStdString();
         if (title_->isEdited()) environment_.tasks().setTitle(*task, title);
         if (details_->isEdited()) {
+            keepForeignDetails(*task);
             environment_.tasks().setDetails(*task, details_->toPlainText().toStdString());
         }
     } catch (const TaskError& error) {
@@ -320,7 +336,11 @@ bool TaskDetail::saveTexts() {
     }
     title_->document()->setModified(false);
     details_->document()->setModified(false);
-    return environment_.save(this);
+    const bool isSaved = environment_.save(this);
+    if (const CDTask* const kept = find()) {
+        shownDetails_ = QString::fromStdString(kept->details.valueOr(""));
+    }
+    return isSaved;
 }
 
 void TaskDetail::change(const std::optional<Uuid>& id, const std::function<void(CDTask&)>& change) {

@@ -59,6 +59,7 @@ private:
     CDTask* find() const;
     void load();
     void loadFields(const CDTask& task);
+    void keepForeignDetails(const CDTask& task);
     bool saveTexts();
     /// Changes a task and saves it: the one that a question was asked about, whichever is shown
     /// when it is answered.
@@ -89,6 +90,7 @@ private:
     LabelsField* const labels_;
     SubtaskList* const subtasks_;
     GrowingText* const details_;
+    QString shownDetails_;  // as the library had them when they were shown or saved
     QLabel* const history_;
 };
 

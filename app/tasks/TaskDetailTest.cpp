@@ -184,6 +184,37 @@ TEST_F(TaskDetailTest, ALabelIsShownWholeWhereThereIsRoom) {
     }
 }
 
+TEST_F(TaskDetailTest, NotesThatAnotherProgramWritesMeanwhileAreKept) {
+    struct Case {
+        const char* before;
+        const char* theirs;
+        const char* both;
+    };
+    for (const auto& [before, theirs, both] : {
+             Case{"call", "call, then mail", "call mine!, then mail"},
+             Case{"call", "write", "call mine!\n\nwrite"},
+             Case{"", "write", " mine!\n\nwrite"},
+             Case{"call", "", "call mine!"},
+         }) {
+        CDTask& task = addTask("Call Ana");
+        environment->tasks().setDetails(task, before);
+        context().save();
+        detail.showTask(*task.id);
+        auto& notes = *detail.findChild<GrowingText*>("taskDetails");
+        notes.setFocus();
+        notes.moveCursor(QTextCursor::End);
+        QTest::keyClicks(&notes, " mine");
+        const auto elsewhere = environment->store().newBackgroundContext();
+        environment->tasks().setDetails(*elsewhere->find<CDTask>(*task.id), theirs);
+        elsewhere->save();
+        settle();
+        EXPECT_TRUE(detail.flush());
+        QTest::keyClicks(&notes, "!");
+        EXPECT_TRUE(detail.flush());
+        EXPECT_EQ(task.details.valueOr(""), both);
+    }
+}
+
 TEST_F(TaskDetailTest, ATitleThatIsTooLongIsNotLost) {
     CDTask& task = addTask("Short");
     detail.showTask(*task.id);
