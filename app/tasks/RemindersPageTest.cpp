@@ -113,6 +113,7 @@ TEST_F(RemindersPageTest, TheChosenRowStaysChosenWhateverOthersChange) {
 
 TEST_F(RemindersPageTest, AnEmptyListHasNothingToCopy) {
     open();
+    QApplication::clipboard()->clear();
     QTest::keySequence(&list, QKeySequence::Copy);
     EXPECT_TRUE(QApplication::clipboard()->text().isEmpty());
 }

@@ -538,6 +538,7 @@ TEST_F(TasksPageTest, WhatIsBeingTypedSurvivesChangesFromElsewhere) {
 
 TEST_F(TasksPageTest, AnEmptyListTakesEveryKey) {
     show(Place::Kind::inbox);
+    QApplication::clipboard()->clear();
     for (int key = Qt::Key_A; key <= Qt::Key_Z; ++key) {
         QTest::keyClick(&list, static_cast<Qt::Key>(key));
         QTest::keyClick(&list, static_cast<Qt::Key>(key), Qt::ControlModifier);
