@@ -2,6 +2,7 @@
 
 #include "base/Digest.h"
 #include "base/FailPoint.h"
+#include "base/Files.h"
 #include "base/OperationCancelled.h"
 #include "core/model/TaskEntities.h"
 #include "core/services/LibraryCare.h"
@@ -44,6 +45,24 @@ bool hasOtherHistory(const ChangesResponse& page, const SyncLedger& ledger) {
     return page.head < cursor || (isMarked && mark != *page.sinceMark);
 }
 
+/// Waits while another program synchronises the library: each would enter the same records, which
+/// then are there twice. Held until the lock goes; none where nothing can be locked.
+std::optional<files::FolderLock> turnOf(const TesserineStore& store, const std::stop_token& stop) {
+    const StoreConfiguration& library = store.configuration();
+    if (library.inMemory) return std::nullopt;
+    constexpr auto untilNextLook = std::chrono::milliseconds(200);
+    while (!stop.stop_requested()) {
+        try {
+            auto lock =
+                files::FolderLock::acquire(library.directory / ".Tesserine.sync", untilNextLook);
+            if (lock) return lock;
+        } catch (const FileError&) {
+            return std::nullopt;
+        }
+    }
+    throw OperationCancelled();
+}
+
 }  // namespace
 
 SyncQuestion SyncQuestion::manyDeletions(std::size_t count, std::size_t total) {
@@ -82,6 +101,7 @@ SyncSummary SyncEngine::synchronise(const Consent& consent, const std::stop_toke
 }
 
 SyncSummary SyncEngine::runOnce(const Consent& consent, const std::stop_token& stop) {
+    const auto turn = turnOf(environment_.store, stop);
     const auto context = environment_.store.newBackgroundContext();
     Run run{.context = *context, .consent = consent, .stop = stop};
     checkAccount(run);

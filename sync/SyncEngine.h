@@ -61,8 +61,8 @@ struct SyncSummary {
 /// is left to send; then it fetches missing files, and looks after the notes in between. Every page
 /// is applied together with its cursor in one save, so it may be killed anywhere. Before much is
 /// deleted, and before the library is compared with another account or with a server that went back
-/// in time, it makes a backup. Safe from any thread; one synchronisation runs at a time, on the
-/// caller's thread and in a context of its own.
+/// in time, it makes a backup. Safe from any thread; one synchronisation of a library runs at a
+/// time, whichever program begins it, on the caller's thread and in a context of its own.
 class SyncEngine {
 public:
     static constexpr int pageSize = 200;

@@ -1,5 +1,6 @@
 #include "base/Digest.h"
 #include "base/JSON.h"
+#include "core/model/BookkeepingEntities.h"
 #include "core/services/NotebookService.h"
 #include "core/services/TagService.h"
 #include "sync/SyncSchedule.h"
@@ -7,6 +8,10 @@
 #include "tests/fakeserver/SyncFixture.h"
 
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <set>
+#include <thread>
 
 namespace tesserine::test {
 namespace {
@@ -385,6 +390,43 @@ TEST_F(Sync, UnknownKindsAreKeptAndHostileBodiesAreCleaned) {
     const JSONObject sent = service.records().at(id).payload;
     EXPECT_EQ(sent.at("newer_key"), JSONValue("kept"));
     EXPECT_EQ(sent.at("notebook_id"), JSONValue("11111111-1111-4111-8111-111111111111"));
+}
+
+TEST_F(Sync, TwoProgramsEnterNothingTwiceIntoOneLibrary) {
+    b.addNote("One", "<p>1</p>");
+    b.addNote("Two", "<p>2</p>");
+    EXPECT_EQ(b.sync(), "");
+    SyncDevice window(service, 3);
+
+    TesserineStore store({.directory = window.library()}, {.clock = a.clock, .random = a.random});
+    SyncClient client(
+        "https://service.test", {.session = service, .clock = a.clock, .random = a.random});
+    InMemorySecrets secrets;
+    AccountSession session({.client = client, .secrets = secrets, .clock = a.clock});
+    client.setTokenSource(
+        [&](const std::stop_token& stop) { return session.validAccessToken(stop); });
+    session.completeSignIn("code", "Terminal");
+    SyncEngine terminal(
+        {.store = store,
+         .session = session,
+         .client = client,
+         .clock = a.clock,
+         .random = a.random});
+    std::jthread other;
+    failpoint::arm("sync.recordApplied", 1, [&] {
+        other = std::jthread([&terminal] { terminal.synchronise(); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    });
+    EXPECT_EQ(window.sync(), "");
+    if (other.joinable()) other.join();
+
+    std::set<Uuid> records;
+    const auto states = window.context().fetch<CDSyncState>();
+    for (const CDSyncState* state : states) {
+        records.insert(*state->recordID);
+    }
+    EXPECT_EQ(states.size(), records.size());
+    EXPECT_EQ(window.context().count<CDNote>(), 2U);
 }
 
 }  // namespace
