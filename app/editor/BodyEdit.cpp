@@ -16,6 +16,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QAction>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
@@ -403,6 +404,13 @@ void BodyEdit::contextMenuEvent(QContextMenuEvent* event) {
 void BodyEdit::focusOutEvent(QFocusEvent* event) {
     QTextEdit::focusOutEvent(event);
     emit left();
+}
+
+/// After words were dragged out at the edge the text field believes that it is still to scroll: it
+/// would drag them again, with no button pressed, until the next click lets them go somewhere.
+void BodyEdit::timerEvent(QTimerEvent* event) {
+    const bool isPressed = QGuiApplication::mouseButtons() & Qt::LeftButton;
+    isPressed ? QTextEdit::timerEvent(event) : killTimer(event->timerId());
 }
 
 void BodyEdit::paintEvent(QPaintEvent* event) {
