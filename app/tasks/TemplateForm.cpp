@@ -48,6 +48,11 @@ std::vector<std::string> textsOf(const QStringList& list) {
     return texts;
 }
 
+/// Leaves the caret where it is in a text that stays.
+void showText(QLineEdit& field, const QString& text) {
+    if (field.text() != text) field.setText(text);
+}
+
 }  // namespace
 
 TemplateForm::TemplateForm(AppEnvironment& environment, QWidget* parent)
@@ -152,8 +157,8 @@ void TemplateForm::follow() {
 void TemplateForm::setContent(const TaskTemplateContent& content) {
     isFilling_ = true;
     content_ = content;
-    name_->setText(QString::fromStdString(content.name));
-    title_->setText(QString::fromStdString(content.title));
+    showText(*name_, QString::fromStdString(content.name));
+    showText(*title_, QString::fromStdString(content.title));
     isDue_->setChecked(content.dueOffsetDays.has_value());
     dueDays_->setValue(static_cast<int>(content.dueOffsetDays.value_or(0)));
     dueTime_->setText(
@@ -164,6 +169,11 @@ void TemplateForm::setContent(const TaskTemplateContent& content) {
     notes_->setShownText(QString::fromStdString(content.notes));
     showChoices();
     isFilling_ = false;
+    markSaved();
+}
+
+void TemplateForm::markSaved() {
+    saved_ = content();
     isEdited_ = false;
 }
 
@@ -179,6 +189,29 @@ TaskTemplateContent TemplateForm::content() const {
     content.subtasks = textsOf(subtasks_->toPlainText().split('\n', Qt::SkipEmptyParts));
     content.notes = notes_->toPlainText().toStdString();
     return content;
+}
+
+bool TemplateForm::putInto(TaskTemplateContent& stored) const {
+    const TaskTemplateContent present = content();
+    bool isForeign = false;
+    const auto put = [&](auto member) {
+        if (present.*member == saved_.*member) {
+            isForeign = isForeign || stored.*member != saved_.*member;
+        } else {
+            stored.*member = present.*member;
+        }
+    };
+    put(&TaskTemplateContent::name);
+    put(&TaskTemplateContent::title);
+    put(&TaskTemplateContent::notes);
+    put(&TaskTemplateContent::priority);
+    put(&TaskTemplateContent::labels);
+    put(&TaskTemplateContent::dueOffsetDays);
+    put(&TaskTemplateContent::dueTime);
+    put(&TaskTemplateContent::recurrence);
+    put(&TaskTemplateContent::projectID);
+    put(&TaskTemplateContent::subtasks);
+    return isForeign;
 }
 
 std::optional<TimeOfDay> TemplateForm::typedTime() const {

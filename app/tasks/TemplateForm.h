@@ -30,10 +30,13 @@ public:
 
     void setContent(const TaskTemplateContent& content);
     TaskTemplateContent content() const;
+    /// Puts what was changed since `setContent` into what the library holds; tells whether another
+    /// program had changed something else.
+    bool putInto(TaskTemplateContent& stored) const;
     /// Whether something was changed since `setContent`.
     bool isEdited() const { return isEdited_; }
     /// What is shown was saved.
-    void markSaved() { isEdited_ = false; }
+    void markSaved();
     void editName();
     /// Closes what asks about the template that is shown.
     void dropQuestion();
@@ -54,6 +57,7 @@ private:
 
     AppEnvironment& environment_;
     TaskTemplateContent content_;  // what no field shows as it is kept: rule, project
+    TaskTemplateContent saved_;    // as the fields were when they were filled or saved
     bool isEdited_ = false;
     bool isFilling_ = false;
     QPointer<QWidget> question_;

@@ -208,6 +208,10 @@ void TemplateManager::take() {
     markShown();
     if (isBeingTyped) return;
     const auto content = TaskTemplateContent::of(*stored);
+    showContent(content);
+}
+
+void TemplateManager::showContent(const TaskTemplateContent& content) {
     form_->setContent(content);
     summary_->setText(QString::fromStdString(content.summary()));
 }
@@ -231,16 +235,19 @@ void TemplateManager::showTemplate(const Uuid& id) {
 bool TemplateManager::flush() {
     pause_->stop();
     if (!shown_ || !form_->isEdited()) return true;
+    const auto* const stored = environment_.context().find<CDTaskTemplate>(*shown_);
+    if (stored == nullptr) return true;
     try {
-        const TaskTemplateContent content = form_->content();
+        auto content = TaskTemplateContent::of(*stored);
+        const bool isForeign = form_->putInto(content);
         environment_.taskTemplates().update(environment_.context(), *shown_, content);
         form_->markSaved();
+        if (isForeign) showContent(content);
         isSaving_ = true;
         const bool isSaved = environment_.save(this);
         isSaving_ = false;
         return isSaved;
     } catch (const TaskTemplateError& error) {
-        if (error.kind() == TaskTemplateError::Kind::notFound) return true;
         showProblem(error.what());
     } catch (const TaskError& error) {
         showProblem(error.what());

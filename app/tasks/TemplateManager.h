@@ -12,6 +12,10 @@ class QPushButton;
 class QStackedWidget;
 class QTimer;
 
+namespace tesserine {
+struct TaskTemplateContent;
+}
+
 namespace tesserine::app {
 
 class AppEnvironment;
@@ -38,6 +42,7 @@ signals:
 private:
     void reload();
     void take();
+    void showContent(const TaskTemplateContent& content);
     void markShown();
     void create();
     void use();

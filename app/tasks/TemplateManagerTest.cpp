@@ -62,6 +62,26 @@ TEST_F(TemplateManagerTest, WordsMeantForATemplateThatGoesAreNotTypedIntoTheNext
     EXPECT_EQ(names(), "A stays");
 }
 
+TEST_F(TemplateManagerTest, WhatAnotherProgramChangesInATemplateThatIsTypedIntoStays) {
+    press("newTemplate");
+    type("templateName", "Month end");
+    EXPECT_TRUE(page.flush());
+    type("templateTitle", "Close");
+    CDTaskTemplate& stored = *context().fetch<CDTaskTemplate>().front();
+    auto theirs = TaskTemplateContent::of(stored);
+    theirs.notes = "with Ana";
+    theirs.priority = TaskPriority::p1;
+    environment->taskTemplates().update(context(), *stored.id, theirs);
+    context().save();
+    QTest::keyClicks(QApplication::focusWidget(), " books");
+    EXPECT_TRUE(page.flush());
+    const auto kept = TaskTemplateContent::of(stored);
+    EXPECT_EQ(kept.title, "Close books");
+    EXPECT_EQ(kept.notes, "with Ana");
+    EXPECT_EQ(kept.summary(), "P1 · No due date") << "and the form shows it";
+    EXPECT_EQ(summary(), kept.summary());
+}
+
 TEST_F(TemplateManagerTest, AProjectChosenForATemplateThatGoesIsNotThatOfTheNextOne) {
     environment->projects().create(context(), "Work");
     for (const char* name : {"A stays", "B goes"}) {
