@@ -4,9 +4,12 @@
 #include "app/look/PageParts.h"
 #include "app/look/Separator.h"
 
+#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace tesserine::app {
 
@@ -18,6 +21,7 @@ RowList::RowList(const QString& name, QWidget* parent)
 }
 
 void RowList::setRows(const std::vector<Row>& rows) {
+    if (std::exchange(isPressed_, false)) sinceAnswer_.start();
     clear();
     for (const Row& row : rows) {
         addRow(row);
@@ -47,13 +51,22 @@ void RowList::clear() {
     }
 }
 
+/// The second click of two is for the row that was there, not for the one that took its place.
+void RowList::press(const QString& id) {
+    const bool isSecond =
+        sinceAnswer_.isValid() && sinceAnswer_.elapsed() < QApplication::doubleClickInterval();
+    if (isSecond) return;
+    isPressed_ = true;
+    emit pressed(id);
+}
+
 void RowList::addRow(const Row& row) {
     QPushButton* button = nullptr;
     if (!row.button.isEmpty()) {
         button = new QPushButton(row.button, this);
         button->setAccessibleName(row.button + ": " + row.title);
         button->setAutoDefault(false);
-        connect(button, &QPushButton::clicked, this, [this, id = row.id] { emit pressed(id); });
+        connect(button, &QPushButton::clicked, this, [this, id = row.id] { press(id); });
     }
     if (column_->count() > 0) column_->addWidget(new Separator(Qt::Horizontal, this));
     column_->addWidget(new InfoRow(row.title, row.hint, button, this));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QString>
 #include <QWidget>
 
@@ -37,9 +38,12 @@ signals:
 private:
     void clear();
     void addRow(const Row& row);
+    void press(const QString& id);
 
     QVBoxLayout* const column_;
     bool isAsking_ = false;  // as it is shown
+    bool isPressed_ = false;
+    QElapsedTimer sinceAnswer_;  // since a press brought other rows
 };
 
 }  // namespace tesserine::app
