@@ -138,6 +138,9 @@ ExitStatus createToken(Session& session, SyncService& service, const std::string
 ExitStatus tokens(Session& session, const Arguments& arguments) {
     const auto service = syncService(session);
     if (const auto label = arguments.text("create")) {
+        if (text::isBlank(*label)) {
+            throw CommandError::badInput("A token needs a label that tells what it is for.");
+        }
         return createToken(session, *service, *label);
     }
     if (const auto id = arguments.text("delete")) {

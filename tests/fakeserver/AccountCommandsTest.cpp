@@ -77,6 +77,7 @@ TEST_F(AccountCommands, SharingShowsItsAddressOnceAndEnds) {
 }
 
 TEST_F(AccountCommands, ATokenIsShownOnceAndADeviceCanBeSignedOut) {
+    EXPECT_EQ(run({"account", "tokens", "--create", " "}).status, ExitStatus::failed);
     const std::string token = mustRun({"account", "tokens", "--create", "Script"}).line();
     EXPECT_EQ(service_.accounts().callerWith(token)->isDevice, false);
     const auto tokens = mustRun({"account", "tokens", "--json"});
