@@ -1,5 +1,6 @@
 #include "app/tasks/SubtaskList.h"
 
+#include "app/look/HandKeysOn.h"
 #include "app/look/IconButton.h"
 #include "app/look/Notice.h"
 #include "app/look/Theme.h"
@@ -100,6 +101,7 @@ void SubtaskList::rebuild(const std::vector<CDTask*>& subtasks) {
     for (Line* line : shown_) {
         lines_->removeWidget(line);
         if (std::ranges::count(lines, line) != 0) continue;
+        handKeysOn(*line, *this);  // not to the circle of the next one, which a space would tick
         line->hide();
         line->deleteLater();
     }

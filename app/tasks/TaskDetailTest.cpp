@@ -119,6 +119,23 @@ TEST_F(TaskDetailTest, SubtasksAreAddedRenamedTickedAndDeleted) {
     settle();
 }
 
+TEST_F(TaskDetailTest, WordsMeantForASubtaskThatGoesTickNoOther) {
+    CDTask& task = addTask("Plan");
+    CDTask& typed = environment->tasks().create(context(), {.title = "Typed", .parent = &task});
+    const CDTask& next = environment->tasks().create(context(), {.title = "Next", .parent = &task});
+    context().save();
+    detail.showTask(*task.id);
+    settle();
+    subtaskTitles().front()->setFocus();
+    environment->tasks().remove(context(), typed);
+    context().save();
+    QTest::keyClicks(QApplication::focusWidget(), "a b");
+    EXPECT_TRUE(detail.flush());
+    EXPECT_FALSE(next.completedAt);
+    EXPECT_EQ(next.title.valueOr(""), "Next");
+    EXPECT_EQ(task.subtasks.count(), 1U);
+}
+
 TEST_F(TaskDetailTest, SubtasksThatAreBeingTypedAreSavedBeforeAnythingElseIsShown) {
     CDTask& task = addTask("Move");
     CDTask& other = addTask("Read");
