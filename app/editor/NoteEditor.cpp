@@ -448,12 +448,7 @@ void NoteEditor::saveAsPDF() {
     const QString file =
         QFileDialog::getSaveFileName(this, "Save note as PDF", name + ".pdf", "PDF (*.pdf)");
     if (file.isEmpty()) return;
-    QPrinter printer;
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(file);
-    printer.setDocName(title_->text());
-    printer.setPageMargins({18, 18, 18, 18}, QPageLayout::Millimeter);
-    if (!print({title_->text(), body_->note().html()}, pictures_, printer)) {
+    if (!writePDF({title_->text(), body_->note().html()}, pictures_, file.toStdString())) {
         showNotice(this, "The PDF could not be written.");
     }
 }

@@ -7,8 +7,11 @@
 #include "core/body/AttributedTextReader.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QPageLayout>
 #include <QPainter>
 #include <QPrinter>
+
+#include <system_error>
 
 namespace tesserine::app {
 namespace {
@@ -99,6 +102,23 @@ bool print(const PrintedNote& note, Pictures& pictures, QPrinter& printer) {
         pages.paint(painter, page);
     }
     return painter.end();
+}
+
+bool writePDF(const PrintedNote& note, Pictures& pictures, const std::filesystem::path& file) {
+    std::filesystem::path unfinished = file;
+    unfinished += ".part";
+    QPrinter printer;
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(unfinished.string()));
+    printer.setDocName(note.title);
+    printer.setPageMargins({18, 18, 18, 18}, QPageLayout::Millimeter);
+    std::error_code problem;
+    if (print(note, pictures, printer)) {
+        std::filesystem::rename(unfinished, file, problem);
+        if (!problem) return true;
+    }
+    std::filesystem::remove(unfinished, problem);
+    return false;
 }
 
 }  // namespace tesserine::app

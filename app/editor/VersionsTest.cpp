@@ -230,5 +230,19 @@ TEST_F(VersionsTest, ANoteBecomesAPDFOfSeveralPages) {
     EXPECT_EQ(content.find("/Count 1\n"), std::string::npos) << "one page";
 }
 
+TEST_F(VersionsTest, APDFTakesThePlaceOfAnotherWhenItIsWhole) {
+    Pictures pictures(*environment);
+    const std::filesystem::path file = folder / "note.pdf";
+    test::putContent(file, "the one before");
+    std::filesystem::create_directory(folder / "note.pdf.part");  // nothing can be written there
+    EXPECT_FALSE(writePDF({"Plan", "<p>words</p>"}, pictures, file));
+    EXPECT_EQ(test::contentOf(file), "the one before");
+
+    std::filesystem::remove(folder / "note.pdf.part");
+    EXPECT_TRUE(writePDF({"Plan", "<p>words</p>"}, pictures, file));
+    EXPECT_TRUE(test::contentOf(file).starts_with("%PDF"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "note.pdf.part"));
+}
+
 }  // namespace
 }  // namespace tesserine::app
