@@ -11,6 +11,7 @@
 #include "base/UserError.h"
 #include "search/RecentSearches.h"
 
+#include <QInputDialog>
 #include <QLabel>
 #include <QListView>
 #include <QScopedValueRollback>
@@ -75,7 +76,7 @@ SearchResults::SearchResults(AppEnvironment& environment, QWidget* parent)
         stack_->setCurrentWidget(empty_);
     });
     connect(changes_, &QLabel::linkActivated, this, &SearchResults::follow);
-    connect(keep_, &QToolButton::clicked, this, [this] { emit saveWanted(query_); });
+    connect(keep_, &QToolButton::clicked, this, &SearchResults::keep);
     connect(empty_, &EmptyState::acted, this, [this] { emit queryWanted(withoutDropped_); });
     connect(
         list_->selectionModel(),
@@ -119,6 +120,21 @@ void SearchResults::build() {
     column->addLayout(stack_, 1);
     keep_->hide();
     stack_->setCurrentWidget(empty_);
+}
+
+void SearchResults::keep() {
+    auto* const dialog = new QInputDialog(this);
+    dialog->setObjectName("saveSearchDialog");
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle("Save Search");
+    dialog->setLabelText("Name of the search");
+    dialog->setTextValue(query_.left(60));
+    connect(dialog, &QInputDialog::textValueSelected, this, [this, query = query_](auto& name) {
+        environment_.savedSearches().create(
+            environment_.context(), name.toStdString(), query.toStdString());
+        environment_.save(this);
+    });
+    dialog->open();
 }
 
 void SearchResults::search(const QString& text, SearchRunner::Typing typing, bool isExact) {

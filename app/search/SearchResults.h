@@ -32,6 +32,8 @@ public:
     /// What was found in the chosen result, as it is written there: of a query that was corrected,
     /// or found other forms of its words, these stand in the note and not what was typed.
     QStringList foundWords() const;
+    /// Asks for a name to keep the query under, as a saved search.
+    void keep();
     SearchRunner& runner() { return *runner_; }
     /// Follows the library: lines come and go, the chosen one stays chosen.
     QListView& list() { return *list_; }
@@ -43,8 +45,6 @@ signals:
     void taskOpened(const tesserine::Uuid& task);
     /// The query is to be replaced by another one.
     void queryWanted(const QString& query);
-    /// Keep the query as a saved search.
-    void saveWanted(const QString& query);
 
 private:
     void build();

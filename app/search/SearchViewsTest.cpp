@@ -14,6 +14,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QImage>
+#include <QInputDialog>
 #include <QLabel>
 #include <QListView>
 #include <QListWidget>
@@ -103,9 +104,6 @@ public:
             QObject::connect(results.get(), &SearchResults::queryWanted, [this](auto& query) {
                 wanted = query.toStdString();
             });
-            QObject::connect(results.get(), &SearchResults::saveWanted, [this](auto& query) {
-                wanted = "keep " + query.toStdString();
-            });
             results->resize(320, 500);
             results->setVisible(true);
         }
@@ -151,7 +149,10 @@ TEST_F(ResultsTest, WhatHidesEverythingIsNamedAndCanBeDropped) {
     press("Search without It");
     EXPECT_EQ(wanted, "roses");
     press("Save this search");
-    EXPECT_EQ(wanted, "keep roses tag:home");
+    auto* const dialog = shown().findChild<QInputDialog*>("saveSearchDialog");
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->textValue(), "roses tag:home");
+    dialog->reject();
     EXPECT_EQ(test::layoutFaults(shown()), "");
     EXPECT_EQ(test::namelessControls(shown()), "");
 

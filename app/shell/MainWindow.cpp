@@ -31,7 +31,6 @@
 #include <QContextMenuEvent>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
-#include <QInputDialog>
 #include <QKeyEvent>
 #include <QListView>
 #include <QMenuBar>
@@ -250,7 +249,6 @@ void MainWindow::makeSearchResults() {
     connect(searchResults_, &SearchResults::queryWanted, this, [this](const QString& query) {
         go({.kind = Kind::search, .text = query.toStdString()});
     });
-    connect(searchResults_, &SearchResults::saveWanted, this, &MainWindow::saveSearch);
 }
 
 const Stop& MainWindow::current() const {
@@ -485,21 +483,6 @@ void MainWindow::newNote() {
 void MainWindow::newTask(const QString& sentence) {
     if (!takesTasks(current().place.kind)) go({Kind::inbox});
     tasks().beginTask(sentence);
-}
-
-void MainWindow::saveSearch(const QString& query) {
-    auto* dialog = new QInputDialog(this);
-    dialog->setObjectName("saveSearchDialog");
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setWindowTitle("Save Search");
-    dialog->setLabelText("Name of the search");
-    dialog->setTextValue(query.left(60));
-    connect(dialog, &QInputDialog::textValueSelected, this, [this, query](const QString& name) {
-        environment_.savedSearches().create(
-            environment_.context(), name.toStdString(), query.toStdString());
-        environment_.save(this);
-    });
-    dialog->open();
 }
 
 void MainWindow::present() {

@@ -71,8 +71,6 @@ public:
     /// A new note in the present place, or in All Notes.
     void newNote();
     void newTask(const QString& sentence = {});
-    /// Asks for a name to keep the query under.
-    void saveSearch(const QString& query);
     /// To the front, as when it is asked for from outside.
     void present();
     /// Saves what was typed; false when that failed, and the user was told.

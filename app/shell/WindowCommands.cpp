@@ -126,8 +126,7 @@ public:
         on("list.selectAll", [&window = window_] {
             if (window.notes().showsList()) window.notes().list().view().selectAll();
         });
-        on("search.save",
-           [&window = window_] { window.saveSearch(window.searchResults().query()); });
+        on("search.save", [&window = window_] { window.searchResults().keep(); });
         on("notebook.new", [&window = window_] { window.sidebar().createNotebook(); });
     }
 
