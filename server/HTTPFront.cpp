@@ -107,8 +107,7 @@ private:
 };
 
 /// Takes the address for itself: two services at one address would share its calls.
-template <class Socket>
-net::ServerSocket listeningOn(const HTTPFront::Options& options, Socket socket) {
+net::ServerSocket listening(net::ServerSocket socket, const HTTPFront::Options& options) {
     const net::SocketAddress address(options.host, static_cast<Poco::UInt16>(options.port));
     try {
         socket.bind(address, true, false);
@@ -122,7 +121,7 @@ net::ServerSocket listeningOn(const HTTPFront::Options& options, Socket socket) 
 }
 
 net::ServerSocket listeningSocket(const HTTPFront::Options& options) {
-    if (!options.certificate || !options.key) return listeningOn(options, net::ServerSocket());
+    if (!options.certificate || !options.key) return listening(net::ServerSocket(), options);
     net::Context::Ptr context = new net::Context(
         net::Context::TLS_SERVER_USE,
         options.key->string(),
@@ -131,7 +130,7 @@ net::ServerSocket listeningSocket(const HTTPFront::Options& options) {
         net::Context::VERIFY_NONE);  // of clients: they show tokens, no certificates
     context->requireMinimumProtocol(net::Context::PROTO_TLSV1_2);
     // NOLINTNEXTLINE(cppcoreguidelines-slicing): sockets are handles of what they share
-    return listeningOn(options, net::SecureServerSocket(context));
+    return listening(net::SecureServerSocket(context), options);
 }
 
 /// A channel holds its thread for as long as it is open.
