@@ -386,7 +386,7 @@ void MainWindow::returnTo(const Stop& stop) {
 // Tabs
 
 /// By value: that of the present tab may become another one when what was typed is saved.
-void MainWindow::openTab(Place place) {
+void MainWindow::openTab(Place place) {  // NOLINT(performance-unnecessary-value-param)
     if (!save()) return;
     tabs_.emplace_back(stopFor(place));
     isTurning_ = true;
