@@ -122,6 +122,11 @@ void SearchResults::build() {
     stack_->setCurrentWidget(empty_);
 }
 
+void SearchResults::chooseNone() {
+    const QScopedValueRollback marking(isMarking_, true);
+    list_->setCurrentIndex({});
+}
+
 void SearchResults::keep() {
     auto* const dialog = new QInputDialog(this);
     dialog->setObjectName("saveSearchDialog");

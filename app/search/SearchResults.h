@@ -32,6 +32,8 @@ public:
     /// What was found in the chosen result, as it is written there: of a query that was corrected,
     /// or found other forms of its words, these stand in the note and not what was typed.
     QStringList foundWords() const;
+    /// Where nothing is shown beside them; choosing any of them says so again.
+    void chooseNone();
     /// Asks for a name to keep the query under, as a saved search.
     void keep();
     SearchRunner& runner() { return *runner_; }

@@ -289,6 +289,30 @@ TEST_F(Journey, ASavedSearchAsksWhatOthersMadeOfIt) {
     EXPECT_EQ(place(), "tesserine://notes");
 }
 
+TEST_F(Journey, AResultIsOpenedAgainByAClickAfterOnesWayElsewhere) {
+    addNote("Lisbon", "<p>Train at 9:40.</p>");
+    const Uuid search = *environment->savedSearches().create(context(), "Travel", "train").id;
+    context().save();
+    environment->search().catchUp();
+    QListView& results = window().searchResults().list();
+    for (int round = 0; round < 2; ++round) {
+        window().go({Kind::savedSearch, search});
+        ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
+        settle();
+        EXPECT_FALSE(window().notes().openedNote());
+        EXPECT_FALSE(results.currentIndex().isValid());
+        QTest::mouseClick(
+            results.viewport(),
+            Qt::LeftButton,
+            {},
+            results.visualRect(results.model()->index(0, 0)).center());
+        EXPECT_TRUE(window().notes().openedNote());
+        window().go({Kind::allNotes});
+    }
+    window().goBack();
+    EXPECT_TRUE(window().notes().openedNote()) << "with the note that was read there";
+}
+
 TEST_F(Journey, WhatIsSearchedForIsKeptByACommand) {
     window();
     const QAction& keep = commands().action("search.save");

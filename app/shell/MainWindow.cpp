@@ -302,10 +302,10 @@ bool MainWindow::enter(Stop stop) {
     if (!save()) return false;
     const QScopedValueRollback entering(isEntering_, true);
     const Kind kind = stop.place.kind;
-    if (kind == Kind::savedSearch) return showSavedSearch(stop.place.id);
+    if (kind == Kind::savedSearch) return showSavedSearch(stop.place.id, stop.note);
     if (kind == Kind::search) {
-        showSearch(QString::fromStdString(stop.place.text), SearchRunner::Typing::finished);
-        if (stop.note) notes_->openNote(*stop.note);
+        const QString query = QString::fromStdString(stop.place.text);
+        showSearch(query, SearchRunner::Typing::finished, stop.note);
         return true;
     }
     searchField_->setQuery({});
@@ -329,13 +329,16 @@ bool MainWindow::showInstead(QWidget& page) {
     return hadKeys && before != &page;
 }
 
-void MainWindow::showSearch(const QString& query, SearchRunner::Typing typing) {
+void MainWindow::showSearch(
+    const QString& query, SearchRunner::Typing typing, const std::optional<Uuid>& note) {
     if (searchField_->text() != query) searchField_->setQuery(query);
     const QWidget* const before = focusWidget();
     content_->setCurrentWidget(notes_);
     if (!notes_->showBeside(&searchResults())) return;
     const bool areKeysLost = before != nullptr && !before->isVisible();
     if (areKeysLost) searchField_->setFocus();
+    if (note) notes_->openNote(*note);
+    if (!notes_->openedNote()) searchResults_->chooseNone();
     searchResults_->search(query, typing);
 }
 
@@ -352,10 +355,11 @@ void MainWindow::followTyping(const QString& text) {
     settle();
 }
 
-bool MainWindow::showSavedSearch(const Uuid& id) {
+bool MainWindow::showSavedSearch(const Uuid& id, const std::optional<Uuid>& note) {
     const auto* search = environment_.context().find<CDSavedSearch>(id);
     if (search == nullptr) return false;
-    return enter({.place = {.kind = Kind::search, .text = search->query.valueOr("")}});
+    return enter(
+        {.place = {.kind = Kind::search, .text = search->query.valueOr("")}, .note = note});
 }
 
 std::vector<Uuid> MainWindow::chosenNotes() const {

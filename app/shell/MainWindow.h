@@ -114,9 +114,10 @@ private:
     bool enter(Stop stop);
     bool showInstead(QWidget& page);
     void returnTo(const Stop& stop);
-    void showSearch(const QString& query, SearchRunner::Typing typing);
+    void showSearch(
+        const QString& query, SearchRunner::Typing typing, const std::optional<Uuid>& note = {});
     void followTyping(const QString& text);
-    bool showSavedSearch(const Uuid& id);
+    bool showSavedSearch(const Uuid& id, const std::optional<Uuid>& note = {});
     bool notesShown() const;
     Stop stopFor(const Place& place) const;
     History& history();
