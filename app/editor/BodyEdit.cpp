@@ -16,6 +16,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QAction>
+#include <QDragLeaveEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenu>
@@ -407,10 +408,12 @@ void BodyEdit::focusOutEvent(QFocusEvent* event) {
 }
 
 /// After words were dragged out at the edge the text field believes that it is still to scroll: it
-/// would drag them again, with no button pressed, until the next click lets them go somewhere.
+/// would drag them again, with no button pressed, until the next click lets them go somewhere. Its
+/// timer is none that `killTimer` knows; it ends when what is dragged leaves.
 void BodyEdit::timerEvent(QTimerEvent* event) {
-    const bool isPressed = QGuiApplication::mouseButtons() & Qt::LeftButton;
-    isPressed ? QTextEdit::timerEvent(event) : killTimer(event->timerId());
+    if (QGuiApplication::mouseButtons() & Qt::LeftButton) return QTextEdit::timerEvent(event);
+    QDragLeaveEvent left;
+    QTextEdit::dragLeaveEvent(&left);
 }
 
 void BodyEdit::paintEvent(QPaintEvent* event) {

@@ -27,6 +27,7 @@ QLayoutItem* FlowLayout::takeAt(int index) {
     if (!itemAt(index)) return nullptr;
     QLayoutItem* const item = items_[static_cast<std::size_t>(index)].release();
     items_.erase(items_.begin() + index);
+    invalidate();
     return item;
 }
 

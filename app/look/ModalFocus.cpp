@@ -8,19 +8,21 @@
 namespace tesserine::app {
 namespace {
 
-const QWidget& root(const QWidget& widget) {
-    const QWidget* found = &widget;
-    while (found->parentWidget() != nullptr)
-        found = found->parentWidget();
-    return *found;
+/// The outermost window that `widget` belongs to, or `end` where that is met on the way.
+const QWidget* outermost(const QWidget* widget, const QWidget* end = nullptr) {
+    while (widget != end && widget->parentWidget() != nullptr)
+        widget = widget->parentWidget();
+    return widget;
 }
 
 /// The dialog that has to be answered before `window` takes keys, or null.
 QWidget* blockerOf(const QWidget& window) {
     QWidget* const modal = QApplication::activeModalWidget();
-    if (modal == nullptr || modal == &window || modal->isAncestorOf(&window)) return nullptr;
+    if (modal == nullptr) return nullptr;
+    const QWidget* const reached = outermost(&window, modal);
+    if (reached == modal) return nullptr;
     const bool blocksAll = modal->windowModality() == Qt::ApplicationModal;
-    return blocksAll || &root(*modal) == &root(window) ? modal : nullptr;
+    return blocksAll || reached == outermost(modal) ? modal : nullptr;
 }
 
 }  // namespace

@@ -36,7 +36,12 @@ TEST(ModalFocus, ADialogKeepsTheKeysOfTheWindowItBlocks) {
     QCoreApplication::processEvents();
     EXPECT_EQ(QApplication::activeWindow(), &dialog);
 
-    // It blocks no window but its own.
+    // It blocks neither what belongs to it nor another window.
+    QWidget help(&dialog, Qt::Window);
+    help.show();
+    QApplication::setActiveWindow(&help);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(QApplication::activeWindow(), &help);
     QApplication::setActiveWindow(&other);
     QCoreApplication::processEvents();
     EXPECT_EQ(QApplication::activeWindow(), &other);
