@@ -1,28 +1,21 @@
 #include "app/editor/NoticeBar.h"
 #include "app/look/Theme.h"
 #include "app/pages/ImportAssistant.h"
-#include "app/search/SearchField.h"
-#include "app/search/SearchResults.h"
 #include "app/shell/ShellFixture.h"
 #include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskListPage.h"
 #include "app/tasks/TaskListView.h"
 #include "app/tasks/TasksPage.h"
 #include "app/tasks/UndoBar.h"
-#include "search/SearchCoordinator.h"
 #include "tests/support/FaultyVFS.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <QClipboard>
 #include <QDialog>
 #include <QDragEnterEvent>
-#include <QListView>
 #include <QMimeData>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTabBar>
-#include <QTextBlock>
-#include <QTextEdit>
 
 namespace tesserine::app {
 namespace {
@@ -176,170 +169,6 @@ TEST_F(Journey, EmptyingTheTrashAsksAndMakesABackup) {
     ASSERT_TRUE(waitUntil([this] { return stored("Old") == nullptr; }));
     EXPECT_TRUE(waitUntil([this] { return titles() == "Late;"; })) << "nobody was asked about it";
     EXPECT_FALSE(std::filesystem::is_empty(setting().library / "Backups"));
-}
-
-TEST_F(Journey, AResultIsOpenedWhereItsWordsStandEvenWhenTheyWereCorrected) {
-    std::string text = "<p>Shelves for the kitchen.</p>";
-    for (int i = 0; i < 200; ++i)
-        text += "<p>Nothing of that.</p>";
-    addNote("Kitchen", text + "<p>The carpenter comes on Monday.</p>");
-    environment->search().catchUp();
-    window();
-    struct Case {
-        const char* query;
-        const char* marked;
-    };
-    for (const auto& [query, marked] : {
-             Case{"carpenter", "carpenter"},
-             Case{"carpentar", "carpenter"},
-             Case{"MONDAY carp*", "carpenter, Monday"},
-             Case{"\"comes on\" -shop", "comes on"},
-         }) {
-        SCOPED_TRACE(query);
-        auto& found = window().searchResults();
-        bool isAnswered = false;
-        const QObject listener;
-        QObject::connect(
-            &found.runner(), &SearchRunner::answered, &listener, [&] { isAnswered = true; });
-        window().go({.kind = Kind::search, .text = query});
-        ASSERT_TRUE(waitUntil([&] { return isAnswered; }));
-        QListView& results = found.list();
-        ASSERT_EQ(results.model()->rowCount(), 1);
-        results.setCurrentIndex(results.model()->index(0, 0));
-        ASSERT_TRUE(waitUntil([this] { return !editor().body().isLoading(); }));
-        BodyEdit& body = editor().body();
-        EXPECT_GT(body.verticalScrollBar()->value(), 0) << "the paragraph is far down";
-        EXPECT_EQ(body.textCursor().block().text(), "The carpenter comes on Monday.");
-        QStringList texts;
-        for (const auto& selection : body.extraSelections()) {
-            const bool isMark = selection.format.background() == Theme::colors().highlight;
-            if (isMark) texts << selection.cursor.selectedText();
-        }
-        EXPECT_EQ(texts.join(", ").toStdString(), marked);
-        window().go({Kind::allNotes});
-        body.moveCursor(QTextCursor::Start);
-    }
-}
-
-TEST_F(Journey, ASearchIsTypedWalkedThroughAndLeft) {
-    addNote("Invoice for May", "<p>The invoice of the carpenter.</p>");
-    addNote("Lisbon", "<p>Train at 9:40.</p>");
-    environment->search().catchUp();
-    window();
-    press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
-    type("train");
-    QAbstractItemModel* results = window().searchResults().list().model();
-    ASSERT_TRUE(waitUntil([&] { return results->rowCount() == 1; }));
-    EXPECT_EQ(place(), "tesserine://search/train");
-    press(Qt::Key_Return);
-    window().searchResults().list().setFocus();
-    press(Qt::Key_Down);
-    ASSERT_TRUE(waitUntil([this] { return openTitle() == "Lisbon"; }));
-    window().searchField().setFocus();
-    press(Qt::Key_Escape);
-    EXPECT_EQ(place(), "tesserine://notes");
-    EXPECT_EQ(window().searchField().text(), "");
-}
-
-TEST_F(Journey, AResultGoesToTheTrashByItsKeyAndComesBack) {
-    for (const char* title : {"Lisbon", "Porto", "Faro"}) {
-        addNote(title, "<p>Train at 9:40.</p>");
-    }
-    environment->search().catchUp();
-    window().go({.kind = Kind::search, .text = "train sort:oldest"});
-    QListView& results = window().searchResults().list();
-    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 3; }));
-    results.setFocus();
-    results.setCurrentIndex(results.model()->index(1, 0));
-    const std::string second = openTitle();
-    results.setCurrentIndex(results.model()->index(0, 0));
-    const std::string first = openTitle();
-    press(Qt::Key_Delete);
-    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
-    EXPECT_EQ(openTitle(), second) << "who walks through the results goes on with the next";
-    QTest::mouseClick(
-        window().findChild<UndoBar*>()->findChild<QAbstractButton*>("undo"), Qt::LeftButton);
-    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 3; }));
-
-    // Who writes in the note stays there when another program throws it away.
-    const Uuid open = *window().notes().openedNote();
-    editor().body().setFocus();
-    environment->notes().moveToTrash(*context().find<CDNote>(open));
-    context().save();
-    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
-    EXPECT_EQ(openTitle(), second);
-    auto* const restore = editor().notice().findChild<QPushButton*>();
-    ASSERT_NE(restore, nullptr);
-    restore->click();
-    EXPECT_FALSE(context().find<CDNote>(open)->trashedAt);
-    EXPECT_NE(first, second);
-}
-
-TEST_F(Journey, ASavedSearchAsksWhatOthersMadeOfIt) {
-    addNote("Lisbon", "<p>Train at 9:40.</p>");
-    auto& search = environment->savedSearches().create(context(), "Travel", "ferry");
-    context().save();
-    window().go({Kind::savedSearch, *search.id});
-    EXPECT_EQ(window().searchField().text(), "ferry");
-    environment->savedSearches().setQuery(search, "train");
-    context().save();
-    EXPECT_EQ(window().searchField().text(), "train");
-    environment->savedSearches().remove(context(), search);
-    context().save();
-    EXPECT_EQ(place(), "tesserine://notes");
-}
-
-TEST_F(Journey, AResultIsOpenedAgainByAClickAfterOnesWayElsewhere) {
-    addNote("Lisbon", "<p>Train at 9:40.</p>");
-    const Uuid search = *environment->savedSearches().create(context(), "Travel", "train").id;
-    context().save();
-    environment->search().catchUp();
-    QListView& results = window().searchResults().list();
-    for (int round = 0; round < 2; ++round) {
-        window().go({Kind::savedSearch, search});
-        ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
-        settle();
-        EXPECT_FALSE(window().notes().openedNote());
-        EXPECT_FALSE(results.currentIndex().isValid());
-        QTest::mouseClick(
-            results.viewport(),
-            Qt::LeftButton,
-            {},
-            results.visualRect(results.model()->index(0, 0)).center());
-        EXPECT_TRUE(window().notes().openedNote());
-        window().go({Kind::allNotes});
-    }
-    window().goBack();
-    EXPECT_TRUE(window().notes().openedNote()) << "with the note that was read there";
-}
-
-TEST_F(Journey, WhatIsSearchedForIsKeptByACommand) {
-    window();
-    const QAction& keep = commands().action("search.save");
-    EXPECT_FALSE(keep.isEnabled());
-    window().go({.kind = Kind::search, .text = "ferry"});
-    EXPECT_TRUE(keep.isEnabled());
-    commands().trigger("search.save");
-    auto* dialog = window().findChild<QDialog*>("saveSearchDialog");
-    ASSERT_NE(dialog, nullptr);
-    dialog->accept();
-    const auto* kept = context().fetchFirst<CDSavedSearch>({});
-    ASSERT_NE(kept, nullptr);
-    EXPECT_EQ(kept->query, "ferry");
-    window().go({Kind::allNotes});
-    EXPECT_FALSE(keep.isEnabled());
-}
-
-TEST_F(Journey, AResultIsNotTakenForTrashBecauseTheTrashWasShown) {
-    addNote("Lisbon", "<p>Train at 9:40.</p>");
-    environment->search().catchUp();
-    window().go({Kind::trash});
-    window().go({.kind = Kind::search, .text = "train"});
-    QListView& results = window().searchResults().list();
-    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
-    results.setCurrentIndex(results.model()->index(0, 0));
-    ASSERT_TRUE(waitUntil([this] { return openTitle() == "Lisbon"; }));
-    EXPECT_EQ(editor().notice().text(), "");
 }
 
 TEST_F(Journey, ATaskIsTypedAsASentence) {
@@ -633,17 +462,6 @@ TEST_F(Journey, TheMenuOfWhatIsChosenOpensWithoutAMenuKey) {
     QWidget* const menu = QApplication::activePopupWidget();
     ASSERT_NE(menu, nullptr);
     menu->close();
-}
-
-TEST_F(Journey, ASearchTakesTheKeysOnlyWhereTheyWouldBeLost) {
-    addNote("Plan");
-    window().go({Kind::today});
-    window().tasks().findChild<QTextEdit*>("quickAddField")->setFocus();
-    window().go({.kind = Kind::search, .text = "plan"});
-    EXPECT_TRUE(window().searchField().hasFocus());
-    window().sidebar().setFocus();
-    window().go({.kind = Kind::search, .text = "other"});
-    EXPECT_TRUE(window().sidebar().hasFocus());
 }
 
 TEST_F(Journey, CommandsActOnTheChosenNotes) {
