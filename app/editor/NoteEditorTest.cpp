@@ -228,6 +228,13 @@ TEST_F(NoteEditor, KeepsWhatIsTypedIntoANoteThatIsDeletedElsewhere) {
     EXPECT_EQ(notes.front()->html, "<p>one mine</p>");
 }
 
+TEST_F(NoteEditor, APressAnywhereBesideTheTagsBeginsOne) {
+    openNote("<p>one|</p>");
+    auto* const row = editor.findChild<QWidget*>("tagsField");
+    QTest::mouseClick(row, Qt::LeftButton, {}, {row->width() - 5, row->height() / 2});
+    EXPECT_EQ(editor.focusWidget(), row->findChild<QLineEdit*>("tagName"));
+}
+
 TEST_F(NoteEditor, ATagBegunForOneNoteIsNotForTheNext) {
     openNote("<p>one|</p>");
     auto* const field = editor.findChild<QLineEdit*>("tagName");

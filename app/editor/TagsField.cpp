@@ -101,6 +101,11 @@ bool TagsField::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
+/// The row looks like one field, so a press anywhere in it begins a name.
+void TagsField::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && open_.note() != nullptr) edit();
+}
+
 void TagsField::add(const QString& names) {
     CDNote* const note = open_.note();
     if (note == nullptr) return;

@@ -29,6 +29,7 @@ public:
 
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void add(const QString& names);
     void remove(const Uuid& id);
     void removeLast();
