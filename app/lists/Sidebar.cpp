@@ -100,6 +100,7 @@ void Sidebar::mark(const Place& place) {
     const QModelIndex index = model_->indexOf(place);
     if (index.isValid()) {
         setCurrentIndex(index);
+        keepUnfolded(index);
     } else {
         setCurrentIndex({});
         clearSelection();
@@ -123,6 +124,11 @@ void Sidebar::currentChanged(const QModelIndex& now, const QModelIndex& before) 
     if (isMarking_ || !place || place == marked_) return;
     marked_ = place;
     emit placeChosen(*place);
+}
+
+/// The other buttons ask for something about a place without going there.
+void Sidebar::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) QTreeView::mousePressEvent(event);
 }
 
 void Sidebar::mouseReleaseEvent(QMouseEvent* event) {
@@ -305,6 +311,8 @@ void Sidebar::contextMenuEvent(QContextMenuEvent* event) {
             this,
             [this, place] { askToDelete(*place); });
     }
+    frame(place);
+    connect(menu, &QMenu::aboutToHide, this, [this] { frame({}); });
     menu->popup(event->globalPos());
 }
 
@@ -329,6 +337,13 @@ void Sidebar::rememberFolding() {
             foldedKey, std::vector<std::string>(folded_.begin(), folded_.end()));
     } catch (const UserError& error) {
         environment_.log().warning(std::string("the folding of the sidebar: ") + error.what());
+    }
+}
+
+/// What was unfolded to show a place stays so when the lines are made anew.
+void Sidebar::keepUnfolded(const QModelIndex& index) {
+    for (QModelIndex above = index.parent(); above.isValid(); above = above.parent()) {
+        if (isExpanded(above)) folded_.erase(foldingName(above));
     }
 }
 
@@ -445,16 +460,16 @@ const Sidebar::Drop* Sidebar::dropFor(const QMimeData& dragged, const Place& pla
     return found == drops_.end() ? nullptr : &*found;
 }
 
-void Sidebar::frameDropPlace(const std::optional<Place>& place) {
-    if (place == dropPlace_) return;
-    dropPlace_ = place;
+void Sidebar::frame(const std::optional<Place>& place) {
+    if (place == framed_) return;
+    framed_ = place;
     viewport()->update();
 }
 
 void Sidebar::drawRow(
     QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
     QStyleOptionViewItem row = option;
-    const bool isFramed = dropPlace_ && SidebarModel::placeAt(index) == dropPlace_;
+    const bool isFramed = framed_ && SidebarModel::placeAt(index) == framed_;
     if (isFramed) row.state |= QStyle::State_HasFocus | QStyle::State_KeyboardFocusChange;
     QTreeView::drawRow(painter, row, index);
 }
@@ -470,18 +485,18 @@ void Sidebar::dragMoveEvent(QDragMoveEvent* event) {
     const auto place = SidebarModel::placeAt(indexAt(event->position().toPoint()));
     const bool isTaken = place && dropFor(*event->mimeData(), *place) != nullptr;
     event->setAccepted(isTaken);
-    frameDropPlace(isTaken ? place : std::nullopt);
+    frame(isTaken ? place : std::nullopt);
 }
 
 void Sidebar::dragLeaveEvent(QDragLeaveEvent* event) {
     QTreeView::dragLeaveEvent(event);
-    frameDropPlace({});
+    frame({});
 }
 
 /// On the place with the frame, wherever its line stands by now.
 void Sidebar::dropEvent(QDropEvent* event) {
-    const auto place = dropPlace_;
-    frameDropPlace({});
+    const auto place = framed_;
+    frame({});
     setState(QAbstractItemView::NoState);
     event->setAccepted(place.has_value());
     if (place) dropFor(*event->mimeData(), *place)->take(*place, *event->mimeData());

@@ -56,6 +56,7 @@ private:
     };
 
     void currentChanged(const QModelIndex& now, const QModelIndex& before) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index)
@@ -74,6 +75,7 @@ private:
     void askToDelete(const Place& place);
     void remove(const Place& place);
     void rememberFolding();
+    void keepUnfolded(const QModelIndex& index);
     void putFoldingBack();
     void rememberTop();
     void putTopBack();
@@ -84,8 +86,8 @@ private:
     /// A notebook or a tag; none: to the top.
     void moveBelow(const Place& place, const std::optional<Uuid>& parent);
     const Drop* dropFor(const QMimeData& dragged, const Place& place) const;
-    /// Shows where what is dragged would go.
-    void frameDropPlace(const std::optional<Place>& place);
+    /// Shows where what is dragged would go, or what a menu is about.
+    void frame(const std::optional<Place>& place);
 
     AppEnvironment& environment_;
     SidebarModel* model_;
@@ -106,7 +108,7 @@ private:
     };
     std::optional<Typed> typed_;
     std::optional<Place> marked_;
-    std::optional<Place> dropPlace_;
+    std::optional<Place> framed_;
     bool isMarking_ = false;
 };
 

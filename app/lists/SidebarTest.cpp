@@ -172,6 +172,30 @@ TEST_F(SidebarTest, AGroupStaysFoldedAroundThePlaceThatIsShown) {
     EXPECT_TRUE(sidebar().isExpanded(index().parent())) << "no name is typed out of sight";
 }
 
+TEST_F(SidebarTest, AGroupUnfoldedToShowAPlaceStaysSo) {
+    const Place place{Kind::notebook, *notebook("Work").id};
+    const auto group = [&] { return sidebar().places().indexOf(place).parent(); };
+    sidebar().collapse(group());
+    sidebar().mark(place);
+    ASSERT_TRUE(sidebar().isExpanded(group()));
+    notebook("Another");
+    EXPECT_TRUE(sidebar().isExpanded(group()));
+}
+
+TEST_F(SidebarTest, OnlyTheLeftButtonGoesToAPlace) {
+    const Place place{Kind::notebook, *notebook("Work").id};
+    std::string tabs;
+    QObject::connect(
+        &sidebar(), &Sidebar::newTabWanted, [&](const Place& wanted) { tabs += wanted.address(); });
+    const QPoint there = sidebar().visualRect(sidebar().places().indexOf(place)).center();
+    QTest::mouseClick(sidebar().viewport(), Qt::RightButton, {}, there);
+    QTest::mouseClick(sidebar().viewport(), Qt::MiddleButton, {}, there);
+    EXPECT_EQ(chosen, "");
+    EXPECT_EQ(tabs, place.address());
+    QTest::mouseClick(sidebar().viewport(), Qt::LeftButton, {}, there);
+    EXPECT_EQ(chosen, place.address() + ";");
+}
+
 TEST_F(SidebarTest, FoldsAlsoWhereThatCannotBeKept) {
     CDNotebook& work = notebook("Work");
     notebook("Plans", &work);
