@@ -214,7 +214,8 @@ void MainWindow::connectSearch() {
     connect(searchField_, &SearchField::resultsWanted, this, [this] {
         QListView& results = searchResults().list();
         results.setFocus();
-        results.setCurrentIndex(results.model()->index(0, 0));
+        if (!results.currentIndex().isValid())
+            results.setCurrentIndex(results.model()->index(0, 0));
     });
 }
 
@@ -334,7 +335,7 @@ void MainWindow::showSearch(
     if (searchField_->text() != query) searchField_->setQuery(query);
     const QWidget* const before = focusWidget();
     content_->setCurrentWidget(notes_);
-    if (!notes_->showBeside(&searchResults())) return;
+    if (!notes_->showBeside(&searchResults(), *searchResults().list().model())) return;
     const bool areKeysLost = before != nullptr && !before->isVisible();
     if (areKeysLost) searchField_->setFocus();
     if (note) notes_->openNote(*note);

@@ -64,9 +64,7 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
         if (openNote(note)) focusEditor();
     });
     connect(list_, &NoteList::movedToTrash, this, &NotesPane::offerUndo);
-    connect(&list_->model(), &QAbstractItemModel::rowsInserted, this, [this] {
-        if (isFollowing_ && right_->currentWidget() == blank_) showNothing();
-    });
+    connect(&list_->model(), &QAbstractItemModel::rowsInserted, this, &NotesPane::showNothingAgain);
     connect(undo_, &UndoBar::undone, this, [this] {
         NoteActions(environment_, this).restore(undoable_);
     });
@@ -112,10 +110,14 @@ bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
     return true;
 }
 
-bool NotesPane::showBeside(QWidget* list) {
+bool NotesPane::showBeside(QWidget* list, const QAbstractItemModel& lines) {
     if (lists_->currentWidget() == list) return true;
     if (editor_ != nullptr && !editor_->close()) return false;
-    if (lists_->indexOf(list) < 0) lists_->addWidget(list);
+    linesBeside_ = &lines;
+    if (lists_->indexOf(list) < 0) {
+        lists_->addWidget(list);
+        connect(&lines, &QAbstractItemModel::modelReset, this, &NotesPane::showNothingAgain);
+    }
     lists_->setCurrentWidget(list);
     waiting_.reset();
     showNothing();
@@ -209,12 +211,23 @@ void NotesPane::offerRestore(const Uuid& note) {
          {"Delete Permanently", [this] { list_->deleteForGood(); }}});
 }
 
+bool NotesPane::isListEmpty() const {
+    return (showsList() ? &list_->model() : linesBeside_)->rowCount() == 0;
+}
+
 /// Where nothing is listed, the list has said so already.
 void NotesPane::showNothing() {
     if (nothing_ == nullptr) makeNothing();
-    const bool isListEmpty = showsList() && list_->model().rowCount() == 0;
-    right_->setCurrentWidget(isListEmpty ? blank_ : nothing_);
+    right_->setCurrentWidget(isListEmpty() ? blank_ : nothing_);
     emit noteOpened({});
+}
+
+/// The list has lines now, or has none any more.
+void NotesPane::showNothingAgain() {
+    const QWidget* const shown = right_->currentWidget();
+    const bool isEmptyShown = shown == blank_;
+    if (!isFollowing_ || (shown != nothing_ && !isEmptyShown)) return;
+    if (isEmptyShown != isListEmpty()) showNothing();
 }
 
 }  // namespace tesserine::app

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+class QAbstractItemModel;
 class QSplitter;
 class QStackedWidget;
 
@@ -31,8 +32,9 @@ public:
     /// could not be saved; everything stays then.
     bool showPlace(const Place& place, const std::optional<Uuid>& note);
     /// Shows another list, such as the results of a search, in the place of the list of notes, and
-    /// no note beside it. False when the note that was open could not be saved.
-    bool showBeside(QWidget* list);
+    /// no note beside it; `lines` are what it lists. False when the note that was open could not be
+    /// saved.
+    bool showBeside(QWidget* list, const QAbstractItemModel& lines);
     /// Whether the list of notes is shown, and no other one.
     bool showsList() const;
     /// The notes that commands act on: those selected in the list, or with none selected and with
@@ -65,13 +67,16 @@ private:
     void showSelection(const std::vector<Uuid>& notes);
     void offerUndo(const std::vector<Uuid>& notes);
     void offerRestore(const Uuid& note);
+    bool isListEmpty() const;
     void showNothing();
+    void showNothingAgain();
 
     AppEnvironment& environment_;
     Commands& commands_;
     QSplitter* splitter_;
     QStackedWidget* lists_;
     NoteList* list_;
+    const QAbstractItemModel* linesBeside_ = nullptr;
     QStackedWidget* right_;
     NoteEditor* editor_ = nullptr;
     QWidget* blank_;  // until it is known what to show, and beside an empty list

@@ -1,4 +1,5 @@
 #include "app/editor/NoticeBar.h"
+#include "app/look/EmptyState.h"
 #include "app/look/Theme.h"
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
@@ -185,6 +186,50 @@ TEST_F(SearchJourney, AResultIsNotTakenForTrashBecauseTheTrashWasShown) {
     results.setCurrentIndex(results.model()->index(0, 0));
     ASSERT_TRUE(waitUntil([this] { return openTitle() == "Lisbon"; }));
     EXPECT_EQ(editor().notice().text(), "");
+}
+
+TEST_F(SearchJourney, BesideNoResultsNoneIsAskedToBeChosen) {
+    addNote("Lisbon", "<p>Train at 9:40.</p>");
+    environment->search().catchUp();
+    window();
+    settle();
+    struct Case {
+        const char* query;
+        int results;
+    };
+    for (const auto& [query, count] : {Case{"ferry", 0}, Case{"train", 1}, Case{"trams", 0}}) {
+        SCOPED_TRACE(query);
+        window().go({.kind = Kind::search, .text = query});
+        QListView& results = window().searchResults().list();
+        ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == count; }));
+        settle();
+        int asking = 0;
+        for (const auto* state : window().notes().findChildren<EmptyState*>()) {
+            const bool isBeside = !window().searchResults().isAncestorOf(state);
+            if (isBeside && state->isVisible()) ++asking;
+        }
+        EXPECT_EQ(asking, count);
+    }
+}
+
+TEST_F(SearchJourney, FromTheFieldOneGoesBackToTheResultThatIsRead) {
+    for (const char* title : {"Lisbon", "Porto"}) {
+        addNote(title, "<p>Train at 9:40.</p>");
+    }
+    environment->search().catchUp();
+    window().go({.kind = Kind::search, .text = "train"});
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
+    window().searchField().setFocus();
+    press(Qt::Key_Down);
+    EXPECT_EQ(results.currentIndex().row(), 0);
+    press(Qt::Key_Down);
+    const std::string read = openTitle();
+    window().searchField().setFocus();
+    press(Qt::Key_Down);
+    EXPECT_TRUE(results.hasFocus());
+    EXPECT_EQ(results.currentIndex().row(), 1);
+    EXPECT_EQ(openTitle(), read);
 }
 
 TEST_F(SearchJourney, ASearchTakesTheKeysOnlyWhereTheyWouldBeLost) {
