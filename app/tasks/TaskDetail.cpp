@@ -217,7 +217,10 @@ void TaskDetail::editTitle() {
 void TaskDetail::load() {
     const CDTask* const task = find();
     stack_->setCurrentIndex(task == nullptr ? 1 : 0);
-    if (task == nullptr) task_.reset();
+    if (task == nullptr) {
+        saveTexts();
+        task_.reset();
+    }
     conflict_->showTask(task_);
     if (task == nullptr) return;
     const QString title = QString::fromStdString(task->title.valueOr(""));
@@ -319,11 +322,29 @@ void TaskDetail::keepForeignDetails(const CDTask& task) {
     details_->setTextCursor(cursor);
 }
 
+/// The task was deleted elsewhere: what was typed becomes another one, in the Inbox.
+bool TaskDetail::keepAsNew() {
+    environment_.tasks().create(
+        environment_.context(),
+        {.title = title_->toPlainText().simplified().toStdString(),
+         .details = details_->toPlainText().toStdString()});
+    task_.reset();  // it is kept once, whoever hears of the save
+    const bool isSaved = environment_.save(this);
+    if (isSaved) {
+        showNotice(
+            this,
+            "This task was deleted elsewhere while you were writing. What you wrote is kept in a "
+            "new task in the Inbox.");
+    }
+    return isSaved;
+}
+
 bool TaskDetail::saveTexts() {
-    CDTask* const task = find();
     const bool isEdited = title_->isEdited() || details_->isEdited();
-    if (task == nullptr || !isEdited) return true;
+    if (!task_ || !isEdited) return true;
+    CDTask* const task = find();
     try {
+        if (task == nullptr) return keepAsNew();
         const std::string title = title_->toPlainText().simplified().toStdString();
         if (title_->isEdited()) environment_.tasks().setTitle(*task, title);
         if (details_->isEdited()) {

@@ -60,6 +60,7 @@ private:
     void load();
     void loadFields(const CDTask& task);
     void keepForeignDetails(const CDTask& task);
+    bool keepAsNew();
     bool saveTexts();
     /// Changes a task and saves it: the one that a question was asked about, whichever is shown
     /// when it is answered.

@@ -232,6 +232,24 @@ TEST_F(TaskDetailTest, NotesThatAnotherProgramWritesMeanwhileAreKept) {
     }
 }
 
+TEST_F(TaskDetailTest, WordsTypedIntoATaskThatIsDeletedElsewhereAreKeptInAnother) {
+    const Uuid id = *addTask("Call Ana").id;
+    detail.showTask(id);
+    auto& notes = *detail.findChild<GrowingText*>("taskDetails");
+    QTest::keyClicks(&notes, "about the roof");
+    const auto elsewhere = environment->store().newBackgroundContext();
+    environment->tasks().remove(*elsewhere, *elsewhere->find<CDTask>(id));
+    elsewhere->save();
+    ASSERT_TRUE(waitUntil([&] { return context().find<CDTask>(id) == nullptr; }));
+    settle();
+    EXPECT_TRUE(detail.flush());
+    const auto tasks = context().fetch<CDTask>();
+    ASSERT_EQ(tasks.size(), 1U);
+    EXPECT_EQ(tasks.front()->title, "Call Ana");
+    EXPECT_EQ(tasks.front()->details, "about the roof");
+    EXPECT_NE(detail.findChild<QMessageBox*>("notice"), nullptr);
+}
+
 TEST_F(TaskDetailTest, ATitleThatIsTooLongIsNotLost) {
     CDTask& task = addTask("Short");
     detail.showTask(*task.id);
