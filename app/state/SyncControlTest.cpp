@@ -24,6 +24,13 @@ public:
         rare.syncInterval = std::chrono::hours(1);
         open(rare);
     }
+    /// The terminal program's way to the same account.
+    std::unique_ptr<SyncService> terminal() {
+        return std::make_unique<SyncService>(
+            "https://notes.example.org",
+            SyncService::Environment{
+                .session = server, .secrets = keyring, .clock = realClock, .random = random});
+    }
 
 private:
     QString failures_;
@@ -85,17 +92,15 @@ TEST_F(SyncControlTest, AnOpenWayIsTakenAtOnceAndTheLiveChannelBegunAnew) {
 
 TEST_F(SyncControlTest, WhatTheTerminalDoesToTheSharedSignInIsFollowed) {
     signIn();
-    SyncService terminal(
-        "https://notes.example.org",
-        {.session = server, .secrets = keyring, .clock = realClock, .random = random});
-    terminal.account().signOut();
+    const auto other = terminal();
+    other->account().signOut();
     realClock.advance(std::chrono::hours(2));  // the access token has run out
     ASSERT_TRUE(waitFor(Phase::signedOut));
 
-    terminal.account().completeSignIn("code", "desk");
+    other->account().completeSignIn("code", "desk");
     EXPECT_TRUE(waitFor(Phase::idle));
     server.accountID = "another";
-    terminal.account().completeSignIn("code", "desk");
+    other->account().completeSignIn("code", "desk");
     const std::size_t pushed = server.pushedCount();
     addNote("Not for everybody");
     realClock.advance(std::chrono::hours(2));
@@ -106,16 +111,14 @@ TEST_F(SyncControlTest, WhatTheTerminalDoesToTheSharedSignInIsFollowed) {
 TEST_F(SyncControlTest, AnotherAccountSignedInByTheTerminalIsAskedAboutAtTheFirstLook) {
     lookRarely();
     signIn();
-    SyncService terminal(
-        "https://notes.example.org",
-        {.session = server, .secrets = keyring, .clock = realClock, .random = random});
-    terminal.account().signOut();
+    const auto other = terminal();
+    other->account().signOut();
     realClock.advance(std::chrono::hours(2));  // the access token has run out
     control().syncNow();
     ASSERT_TRUE(waitFor(Phase::signedOut));
 
     server.accountID = "another";
-    terminal.account().completeSignIn("code", "desk");
+    other->account().completeSignIn("code", "desk");
     control().syncNow();
     EXPECT_TRUE(waitFor(Phase::asking)) << control().state().sentence;
     EXPECT_EQ(control().state().question, SyncQuestion::Kind::anotherAccount);
