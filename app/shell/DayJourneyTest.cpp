@@ -140,6 +140,7 @@ TEST_F(DayJourney, PassesByKeysAlone) {
 
 TEST_F(DayJourney, PassesByTheMouse) {
     CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
+    const CDTag& errand = *environment->tags().findOrCreate(context(), "errand");
     addNote("Minutes");
     addTask("Call Ana");
     addTask("Write the report");
@@ -172,6 +173,13 @@ TEST_F(DayJourney, PassesByTheMouse) {
     const auto dueToday = context().fetch<CDTask>({.predicate = {"dueDate != nil"}});
     ASSERT_EQ(dueToday.size(), 1U);
     EXPECT_EQ(dueToday.front()->dueDate, Instant::parseISO("2026-03-14T00:00:00Z"));
+    drop({Kind::tag, *errand.id}, *dragged);
+    EXPECT_TRUE(dueToday.front()->labels.contains(errand));
+    const Place label{Kind::label, *errand.id};
+    ASSERT_TRUE(waitUntil([&] { return window().sidebar().places().indexOf(label).isValid(); }));
+    window().sidebar().scrollTo(window().sidebar().places().indexOf(label));
+    clickPlace(label);
+    ASSERT_TRUE(waitUntil([&] { return tasks.model()->rowCount() == 1; }));
     clickPlace({Kind::today});
     clickPlace({Kind::trash});
     clickButton("Back");

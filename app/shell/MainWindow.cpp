@@ -180,14 +180,16 @@ TasksPage& MainWindow::tasks() {
     return *tasks_;
 }
 
-/// Tasks that are dropped on a project or on a day of the sidebar.
+/// Tasks that are dropped on a project, a label or a day of the sidebar.
 void MainWindow::takeTaskDrops() {
     sidebar_->takeDrops(
         tasksMimeType,
-        {Kind::project, Kind::inbox, Kind::today},
+        {Kind::project, Kind::inbox, Kind::today, Kind::label, Kind::tag},
         [this](const Place& place, const QMimeData& dragged) {
             const TaskCommands tasks(environment_, this);
             const auto dropped = draggedTasks(dragged);
+            const bool isLabel = place.kind == Kind::label || place.kind == Kind::tag;
+            if (isLabel) return tasks.addLabel(dropped, place.id);
             StoreContext& context = environment_.context();
             if (place.kind == Kind::today) {
                 return tasks.setDue(

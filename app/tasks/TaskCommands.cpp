@@ -106,6 +106,15 @@ void TaskCommands::move(const Tasks& tasks, const Uuid& project) const {
     environment_.save(parent_);
 }
 
+void TaskCommands::addLabel(const Tasks& tasks, const Uuid& label) const {
+    const auto* const added = environment_.context().find<CDTag>(label);
+    if (added == nullptr) return;
+    for (CDTask* task : found(tasks)) {
+        environment_.tasks().addLabel(environment_.context(), *task, added->name.valueOr(""));
+    }
+    environment_.save(parent_);
+}
+
 void TaskCommands::duplicate(const Tasks& tasks) const {
     for (const CDTask* task : found(tasks)) {
         environment_.tasks().duplicate(environment_.context(), *task);

@@ -57,6 +57,7 @@ public:
     void setDue(const Tasks& tasks, const std::optional<TaskDue>& due) const;
     void setPriority(const Tasks& tasks, TaskPriority priority) const;
     void move(const Tasks& tasks, const Uuid& project) const;
+    void addLabel(const Tasks& tasks, const Uuid& label) const;
     void duplicate(const Tasks& tasks) const;
     void remove(const Tasks& tasks) const;
     /// Gives tasks of one level this order.
