@@ -272,7 +272,10 @@ void NoteEditor::showWords(const QString& words) {
     if (open_.id()) wordMarks_->show(words);
 }
 
-bool NoteEditor::save() { return saver_->save(); }
+bool NoteEditor::save() {
+    header_->tags().take();
+    return saver_->save();
+}
 
 void NoteEditor::showNote(const CDNote& note, BodyView view) {
     const QScopedValueRollback showing(isShowing_, true);

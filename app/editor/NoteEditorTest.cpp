@@ -235,14 +235,28 @@ TEST_F(NoteEditor, APressAnywhereBesideTheTagsBeginsOne) {
     EXPECT_EQ(editor.focusWidget(), row->findChild<QLineEdit*>("tagName"));
 }
 
-TEST_F(NoteEditor, ATagBegunForOneNoteIsNotForTheNext) {
-    openNote("<p>one|</p>");
+TEST_F(NoteEditor, ATagBegunForOneNoteIsPutOnItWhenTheFieldIsLeft) {
+    const CDNote& note = openNote("<p>one|</p>");
     auto* const field = editor.findChild<QLineEdit*>("tagName");
     QTest::keyClicks(field, "gard");
     environment->save(&editor);
     EXPECT_EQ(field->text(), "gard");
-    editor.open(*addNote("Other").id);
+    const CDNote& other = addNote("Other");
+    editor.open(*other.id);
     EXPECT_EQ(field->text(), "");
+    ASSERT_EQ(note.tags.all().size(), 1U);
+    EXPECT_EQ(note.tags.all().front()->name, "gard");
+    EXPECT_TRUE(other.tags.all().empty());
+
+    field->setFocus();
+    QTest::keyClicks(field, "draft");
+    QTest::keyClick(field, Qt::Key_Escape);
+    editor.body().setFocus();
+    EXPECT_TRUE(other.tags.all().empty()) << "it was dropped";
+    field->setFocus();
+    QTest::keyClicks(field, "plan");
+    editor.body().setFocus();
+    EXPECT_EQ(other.tags.all().size(), 1U);
 }
 
 TEST_F(NoteEditor, KeepsARevisionEveryTenMinutesOfWriting) {

@@ -93,12 +93,26 @@ void TagsField::refresh() {
 
 bool TagsField::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusIn && field_->completer() == nullptr) edit();
-    if (event->type() == QEvent::KeyPress && field_->text().isEmpty()
-        && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Backspace) {
-        removeLast();
-        return true;
+    if (event->type() == QEvent::FocusOut) {
+        const auto reason = static_cast<QFocusEvent*>(event)->reason();
+        const bool comesBack =
+            reason == Qt::PopupFocusReason || reason == Qt::ActiveWindowFocusReason;
+        if (!comesBack) take();
     }
-    return QWidget::eventFilter(watched, event);
+    return event->type() == QEvent::KeyPress ? takeKey(static_cast<QKeyEvent*>(event)->key())
+                                             : QWidget::eventFilter(watched, event);
+}
+
+/// Whether the key is not the field's own.
+bool TagsField::takeKey(int key) {
+    const bool isEmpty = field_->text().isEmpty();
+    const bool isTaken = isEmpty ? key == Qt::Key_Backspace : key == Qt::Key_Escape;
+    if (isTaken) isEmpty ? removeLast() : field_->clear();
+    return isTaken;
+}
+
+void TagsField::take() {
+    if (!field_->text().trimmed().isEmpty()) add(field_->text());
 }
 
 /// The row looks like one field, so a press anywhere in it begins a name.

@@ -26,10 +26,13 @@ public:
     void refresh();
     /// Begins to type a name.
     void edit();
+    /// Puts on what is being typed, as leaving the field does; Escape drops it.
+    void take();
 
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    bool takeKey(int key);
     void add(const QString& names);
     void remove(const Uuid& id);
     void removeLast();
