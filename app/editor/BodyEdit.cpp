@@ -63,6 +63,29 @@ bool isLaidOut(const QTextDocument& document) {
 
 bool isTyped(const QString& text) { return !text.isEmpty() && text.front().isPrint(); }
 
+/// Where places of a text are in the note that may say something else by now.
+class PlaceNow {
+public:
+    PlaceNow(const std::optional<std::u16string>& text, const NoteDocument& note)
+        : text_(text), last_(note.characterCount() - 1) {
+        if (text) changes_ = compared(*text, note.content().text);
+    }
+
+    int of(int place) const {
+        if (!text_) return std::min(place, last_);
+        const auto before = static_cast<std::size_t>(place);
+        const bool beginsLine = before > 0 && (*text_)[before - 1] == u'\n';
+        const std::size_t after = changes_.placeAfter(
+            before, beginsLine ? Comparison::Side::next : Comparison::Side::previous);
+        return std::min(static_cast<int>(after), last_);
+    }
+
+private:
+    const std::optional<std::u16string>& text_;
+    const int last_;
+    Comparison changes_;
+};
+
 }  // namespace
 
 BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
@@ -182,17 +205,21 @@ void BodyEdit::scalePicture(double factor) {
     if (width > 0) handle_->setWidth(*position, width * factor);
 }
 
-BodyView BodyEdit::view() const {
-    if (isLoading()) return wanted_;
+BodyPlace BodyEdit::place() const {
+    if (isLoading()) return wanted_.place;
     const QTextCursor cursor = textCursor();
     const QTextCursor top = cursorForPosition(QPoint(0, 0));
     return {
-        .text = note_.content().text,
         .anchor = cursor.anchor(),
         .position = cursor.position(),
         .isAtTop = verticalScrollBar()->value() == 0,
         .top = top.position(),
         .topEdge = cursorRect(top).top()};
+}
+
+BodyView BodyEdit::view() const {
+    if (isLoading()) return wanted_;
+    return {.place = place(), .text = note_.content().text};
 }
 
 void BodyEdit::load(const std::string& html, BodyView view) {
@@ -203,24 +230,17 @@ void BodyEdit::load(const std::string& html, BodyView view) {
 
 void BodyEdit::showView() {
     setPlaceholderText(hint);
-    const BodyView view = std::exchange(wanted_, {});
-    if (view.text.empty()) return;
-    const Comparison changes = compared(view.text, note_.content().text);
-    const auto presentPlace = [&](int place) {
-        const auto before = static_cast<std::size_t>(place);
-        const bool beginsLine = before > 0 && view.text[before - 1] == u'\n';
-        const std::size_t after = changes.placeAfter(
-            before, beginsLine ? Comparison::Side::next : Comparison::Side::previous);
-        return std::min(static_cast<int>(after), note_.characterCount() - 1);
-    };
+    const auto [place, text] = std::exchange(wanted_, {});
+    if (place == BodyPlace{}) return;  // who began to scroll meanwhile stays there
+    const PlaceNow now(text, note_);
     QTextCursor cursor(&note_);
-    cursor.setPosition(presentPlace(view.anchor));
-    cursor.setPosition(presentPlace(view.position), QTextCursor::KeepAnchor);
+    cursor.setPosition(now.of(place.anchor));
+    cursor.setPosition(now.of(place.position), QTextCursor::KeepAnchor);
     setTextCursor(cursor);
-    if (view.isAtTop) return verticalScrollBar()->setValue(0);
+    if (place.isAtTop) return verticalScrollBar()->setValue(0);
     QTextCursor top(&note_);
-    top.setPosition(presentPlace(view.top));
-    scrollTo(top, view.topEdge);
+    top.setPosition(now.of(place.top));
+    scrollTo(top, place.topEdge);
 }
 
 void BodyEdit::followTheme() {

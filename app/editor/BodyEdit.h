@@ -22,15 +22,21 @@ struct NoteObject;
 class PictureHandle;
 class Pictures;
 
-/// What a reader sees of a note.
-struct BodyView {
-    std::u16string
-        text{};           ///< of the note, in which the places are; empty: seen from its beginning
+/// Where a reader is in a note; at first at its beginning.
+struct BodyPlace {
     int anchor = 0;       ///< where the selection began
     int position = 0;     ///< of the cursor
     bool isAtTop = true;  ///< not scrolled
     int top = 0;          ///< of the first line that is seen
     int topEdge = 0;      ///< of that line in the view, in pixels
+
+    bool operator==(const BodyPlace&) const = default;
+};
+
+/// What a reader sees of a note.
+struct BodyView {
+    BodyPlace place{};
+    std::optional<std::u16string> text{};  ///< that the place is in; none: what is to be shown
 };
 
 /// The body of a note, to be read and written: keys, clicks and what is drawn beside the text.
@@ -50,9 +56,11 @@ public:
         return note_;
     }
 
+    /// Where the reader is, or will be when all is loaded.
+    BodyPlace place() const;
     /// Linear in the size of the note.
     BodyView view() const;
-    /// Shows a canonical body and, once it is all there, `view`, whose places move along with the
+    /// Shows a canonical body and, once it is all there, `view`, whose place moves along with the
     /// words that both texts have. A long one comes piece by piece.
     void load(const std::string& html, BodyView view = {});
     bool isLoading() const { return loader_->isLoading(); }

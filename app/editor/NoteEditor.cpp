@@ -240,16 +240,19 @@ void NoteEditor::connectParts() {
 
 bool NoteEditor::open(const Uuid& id) {
     const auto before = open_.id();
-    if (!save() || !open_.open(id)) return false;
+    if (!save()) return false;
+    rememberPlace();
+    if (!open_.open(id)) return false;
     if (before != id) dropQuestions();
     pictures_.forget();
     setEnabled(true);
-    showNote(*open_.note());
+    showNote(*open_.note(), {.place = places_[id]});
     return true;
 }
 
 bool NoteEditor::close() {
     if (!save()) return false;
+    rememberPlace();
     dropQuestions();
     open_.close();
     // Else the keys went to whatever comes next in the window, such as a button.
@@ -264,6 +267,10 @@ bool NoteEditor::close() {
     panel_->refresh();
     offerCommands();
     return true;
+}
+
+void NoteEditor::rememberPlace() {
+    if (open_.id()) places_[*open_.id()] = body_->place();
 }
 
 void NoteEditor::editTags() { header_->tags().edit(); }

@@ -10,6 +10,7 @@
 
 #include <QWidget>
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -103,6 +104,7 @@ private:
     void connectParts();
     void handleCommands();
     void showNote(const CDNote& note, BodyView view = {});
+    void rememberPlace();
     void showTitle();
     void showSurroundings(const CDNote& note);
     void offerCommands();
@@ -144,9 +146,10 @@ private:
     WordMarks* wordMarks_ = nullptr;
     PassageLocking* locking_ = nullptr;
     ConflictResolution* conflict_ = nullptr;
-    bool isInConflict_ = false;  // as the notice says
-    bool isShowing_ = false;     // what changes now is not typed
-    bool isDark_ = false;        // as the note is shown
+    std::map<Uuid, BodyPlace> places_;  // of the notes that were open; one comes back to them
+    bool isInConflict_ = false;         // as the notice says
+    bool isShowing_ = false;            // what changes now is not typed
+    bool isDark_ = false;               // as the note is shown
 };
 
 }  // namespace tesserine::app

@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 
 namespace tesserine::app {
 namespace {
@@ -102,6 +103,33 @@ TEST_F(NoteEditor, WhoWritesGoesOnAtTheSameWordsWhenOthersChangeTheNote) {
         type("x");
         EXPECT_EQ(html(), typedOn);
         EXPECT_TRUE(editor.save());
+    }
+}
+
+TEST_F(NoteEditor, OneComesBackToThePlaceWhereOneWas) {
+    for (const int paragraphs : {100, 3000}) {
+        SCOPED_TRACE(paragraphs);
+        std::string text;
+        for (int i = 0; i < paragraphs; ++i) {
+            text += "<p>Paragraph " + std::to_string(i) + " of a note that is scrolled.</p>";
+        }
+        CDNote& note = openNote(text);
+        editor.body().note();
+        editor.body().setTextCursor(editor.body().note().find("aragraph 80 "));
+        editor.body().ensureCursorVisible();
+        const int scrolled = editor.body().verticalScrollBar()->value();
+        ASSERT_GT(scrolled, 0);
+        editor.open(*addNote("Other").id);
+        EXPECT_EQ(editor.body().verticalScrollBar()->value(), 0);
+        editor.open(*note.id);
+        ASSERT_TRUE(waitUntil([this] { return !editor.body().isLoading(); }));
+        EXPECT_EQ(editor.body().textCursor().selectedText(), "aragraph 80 ");
+        EXPECT_EQ(editor.body().verticalScrollBar()->value(), scrolled);
+
+        editor.close();
+        change(note, "<p>short</p>");
+        editor.open(*note.id);
+        EXPECT_EQ(html(), "<p>short</p>");
     }
 }
 
