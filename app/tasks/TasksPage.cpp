@@ -79,7 +79,10 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
 }
 
 void TasksPage::followPages() {
-    connect(list_, &TaskListPage::chosen, this, &TasksPage::followChoice);
+    // Behind another page the list goes on to its next task unseen.
+    connect(list_, &TaskListPage::chosen, this, [this](const std::optional<Uuid>& task) {
+        if (stack_->currentWidget() == list_) followChoice(task);
+    });
     connect(list_, &TaskListPage::opened, this, &TasksPage::openDetail);
     connect(calendar_, &CalendarPage::chosen, this, &TasksPage::followChoice);
     connect(calendar_, &CalendarPage::opened, this, &TasksPage::openDetail);

@@ -3,6 +3,8 @@
 #include "app/commands/Commands.h"
 #include "app/look/EmptyState.h"
 #include "app/state/WindowFixture.h"
+#include "app/tasks/CalendarGrid.h"
+#include "app/tasks/CalendarPage.h"
 #include "app/tasks/GrowingText.h"
 #include "app/tasks/LabelsField.h"
 #include "app/tasks/QuickAddBar.h"
@@ -345,6 +347,23 @@ TEST_F(TasksPageTest, AnotherPlaceLetsGoOfTheTaskThatWasChosen) {
         list.selectTask(*task.id);
     }
     EXPECT_EQ(task.title, "Call Ana and Bo") << "what was typed is saved first";
+}
+
+TEST_F(TasksPageTest, TheTaskOfTheCalendarStaysWhateverTheListBehindItChooses) {
+    CDTask& hidden = addTask("Hidden");
+    addTask("Next");
+    const CDTask& shown = addTask("Shown today");
+    show(Place::Kind::inbox);
+    list.selectTask(*hidden.id);
+    page.showPlace({.kind = Place::Kind::calendar});
+    page.calendarPage().grid().choose(*shown.id);
+    environment->tasks().remove(context(), hidden);
+    context().save();
+    settle();
+    environment->preferences().set("tesserine.firstWeekday", 1);
+    environment->refreshCalendar();  // every list is read anew
+    settle();
+    EXPECT_EQ(page.detail().task(), shown.id.get());
 }
 
 TEST_F(TasksPageTest, ATaskCompletedElsewhereWhileItIsTypedInLeavesTheOthers) {
