@@ -93,7 +93,10 @@ void NoteActions::move(const Notes& notes, const std::optional<Uuid>& notebook) 
         target = environment_.context().find<CDNotebook>(*notebook);
         if (target == nullptr) return;
     }
-    forEach(notes, [&](CDNote& note) { environment_.notes().moveToNotebook(note, target); });
+    forEach(notes, [&](CDNote& note) {
+        if (note.trashedAt) environment_.notes().restoreFromTrash(note);
+        environment_.notes().moveToNotebook(note, target);
+    });
 }
 
 void NoteActions::addTag(const Notes& notes, const Uuid& tag) const {
@@ -149,7 +152,9 @@ void NoteActions::moveToTrash(const Notes& notes) const {
 }
 
 void NoteActions::restore(const Notes& notes) const {
-    forEach(notes, [&](CDNote& note) { environment_.notes().restoreFromTrash(note); });
+    forEach(notes, [&](CDNote& note) {
+        if (note.trashedAt) environment_.notes().restoreFromTrash(note);
+    });
 }
 
 void NoteActions::deleteForGood(const Notes& notes) const {

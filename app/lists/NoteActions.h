@@ -40,7 +40,7 @@ public:
     void setPinned(const Notes& notes, bool isPinned) const;
     /// Whether all of them are.
     bool arePinned(const Notes& notes) const;
-    /// None takes them out of their notebooks.
+    /// None takes them out of their notebooks. What was in the trash is taken out of that too.
     void move(const Notes& notes, const std::optional<Uuid>& notebook) const;
     void addTag(const Notes& notes, const Uuid& tag) const;
     void removeTag(const Notes& notes, const Uuid& tag) const;
@@ -58,6 +58,7 @@ public:
         const std::vector<Uuid>& removed) const;
 
     void moveToTrash(const Notes& notes) const;
+    /// Those that are in the trash; the others stay as they are.
     void restore(const Notes& notes) const;
     /// Those that are in the trash still.
     void deleteForGood(const Notes& notes) const;

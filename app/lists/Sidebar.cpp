@@ -219,14 +219,17 @@ void Sidebar::putNameBack() {
     }
 }
 
+/// A tag that takes the name of another one becomes that one, which is shown in its place.
 void Sidebar::rename(const Place& place, const QString& name) {
     StoreContext& context = environment_.context();
+    const bool isShown = place == marked_;
+    Place renamed = place;
     const std::string text = name.toStdString();
     try {
         if (auto* notebook = context.find<CDNotebook>(place.id)) {
             environment_.notebooks().rename(context, *notebook, text);
         } else if (auto* tag = context.find<CDTag>(place.id)) {
-            environment_.tags().rename(context, *tag, text);
+            renamed.id = *environment_.tags().rename(context, *tag, text).id;
         } else if (auto* search = context.find<CDSavedSearch>(place.id)) {
             environment_.savedSearches().rename(*search, text);
         } else if (auto* project = context.find<CDProject>(place.id)) {
@@ -236,7 +239,8 @@ void Sidebar::rename(const Place& place, const QString& name) {
         context.rollback();
         return showNotice(this, error.what());
     }
-    environment_.save(this);
+    if (!environment_.save(this) || renamed == place || !isShown) return;
+    if (const QModelIndex index = model_->indexOf(renamed); index.isValid()) setCurrentIndex(index);
 }
 
 void Sidebar::deleteCurrent() {
@@ -246,13 +250,11 @@ void Sidebar::deleteCurrent() {
 void Sidebar::askToDelete(const Place& place) {
     const Deletion* deletion = deletionOf(place.kind);
     if (deletion == nullptr) return;
-    const QString name = model_->indexOf(place).data().toString();
-    auto* box = new QMessageBox(
-        QMessageBox::Question,
-        deletion->verb,
-        QString(deletion->question).arg(name),
-        QMessageBox::Cancel,
-        this);
+    const QModelIndex index = model_->indexOf(place);
+    QString question = QString(deletion->question).arg(index.data().toString());
+    if (model_->hasChildren(index)) question += " What stands inside it moves to the top.";
+    auto* box =
+        new QMessageBox(QMessageBox::Question, deletion->verb, question, QMessageBox::Cancel, this);
     box->setObjectName("question");
     box->setTextFormat(Qt::PlainText);
     box->setAttribute(Qt::WA_DeleteOnClose);
@@ -397,12 +399,12 @@ void Sidebar::acceptNotes() {
         [this](const Place& place, const QMimeData& dragged) {
             const NoteActions actions(environment_, this);
             const auto notes = draggedNotes(dragged);
+            if (place.kind != Kind::trash) actions.restore(notes);  // what is dragged out of it
             switch (place.kind) {
             case Kind::notebook: return actions.move(notes, place.id);
             case Kind::tag: return actions.addTag(notes, place.id);
             case Kind::pinned: return actions.setPinned(notes, true);
             case Kind::trash: return actions.moveToTrash(notes);
-            case Kind::allNotes: return actions.restore(notes);
             default: return;
             }
         });

@@ -42,6 +42,14 @@ bool canBeRenamed(Kind kind) {
     }
 }
 
+std::vector<std::string> labelsIn(const PlaceCounts& counts) {
+    std::vector<std::string> labels;
+    for (const auto& [address, count] : counts) {
+        if (Place::fromAddress(address)->kind == Kind::label) labels.push_back(address);
+    }
+    return labels;
+}
+
 }  // namespace
 
 SidebarModel::SidebarModel(AppEnvironment& environment, QObject* parent)
@@ -134,10 +142,7 @@ void SidebarModel::addTasks() {
         if (project->isInbox) continue;
         add(projects, {Kind::project, *project->id}, QString::fromStdString(*project->name));
     }
-    const bool hasLabels = std::ranges::any_of(counts_, [](const auto& count) {
-        return Place::fromAddress(count.first)->kind == Kind::label;
-    });
-    if (hasLabels) addLabels(addGroup("Labels"));
+    if (!labelsIn(counts_).empty()) addLabels(addGroup("Labels"));
 }
 
 /// Labels are tags that open tasks carry.
@@ -198,12 +203,7 @@ void SidebarModel::count() {
         this,
         [this, counts, finish] {
             const auto before = std::exchange(counts_, std::move(*counts));
-            const auto isLabel = [](const auto& entry) {
-                return entry.first.find("://label/") != std::string::npos;
-            };
-            const bool labelsChanged =
-                std::ranges::count_if(before, isLabel) != std::ranges::count_if(counts_, isLabel);
-            labelsChanged ? rebuild() : takeCounts(counts_);
+            labelsIn(before) != labelsIn(counts_) ? rebuild() : takeCounts(counts_);
             finish();
         },
         [finish](const std::string&) { finish(); });

@@ -314,6 +314,70 @@ TEST_F(SidebarTest, NotesAreDroppedOnNotebooksTagsAndTheTrash) {
     EXPECT_FALSE(context().hasChanges()) << "everything is saved";
 }
 
+TEST_F(SidebarTest, WhatIsDraggedOutOfTheTrashIsInItNoMore) {
+    CDNotebook& work = notebook("Work");
+    const CDTag& red = *environment->tags().findOrCreate(context(), "red");
+    CDNote& plan = addNote("Plan");
+    for (const Place& place :
+         {Place{Kind::notebook, *work.id},
+          Place{Kind::tag, *red.id},
+          Place{Kind::pinned},
+          Place{Kind::allNotes}}) {
+        SCOPED_TRACE(place.address());
+        environment->notes().moveToTrash(plan);
+        context().save();
+        dropNotes({&plan}, place);
+        EXPECT_FALSE(plan.trashedAt.get().has_value());
+    }
+    EXPECT_EQ(plan.notebook.get(), &work);
+    EXPECT_TRUE(plan.tags.contains(red));
+    EXPECT_TRUE(bool(plan.isPinned));
+    const auto before = plan.updatedAt.get();
+    clock.advance(std::chrono::minutes(1));
+    dropNotes({&plan}, {Kind::allNotes});
+    EXPECT_EQ(plan.updatedAt.get(), before) << "it is there already";
+}
+
+TEST_F(SidebarTest, ATagThatBecomesAnotherOneIsShownAsThat) {
+    const CDTag& recipe = *environment->tags().findOrCreate(context(), "recipe");
+    const CDTag& recipes = *environment->tags().findOrCreate(context(), "recipes");
+    const Place place{Kind::tag, *recipes.id};
+    context().save();
+    sidebar().mark(place);
+    sidebar().renameCurrent();
+    auto* const field = sidebar().findChild<QLineEdit*>();
+    QTest::keyClicks(field, "Recipe");
+    QTest::keyClick(field, Qt::Key_Return);
+    settle();
+    EXPECT_EQ(chosen, Place({Kind::tag, *recipe.id}).address() + ";");
+}
+
+TEST_F(SidebarTest, TheLabelsAreThoseOfTheTasksThatAreOpen) {
+    const auto labels = [this] {
+        const std::string all = lines();
+        return all.substr(std::min(all.find("Labels"), all.size()));
+    };
+    CDTask& task = addTask("Call Ana @phone");
+    EXPECT_TRUE(waitUntil([&] { return labels() == "Labels\n  phone 1\nTrash\n"; })) << lines();
+    environment->tasks().complete(context(), task, environment->calendar());
+    addTask("Buy nails @errand");  // as many labels as before
+    EXPECT_TRUE(waitUntil([&] { return labels() == "Labels\n  errand 1\nTrash\n"; })) << lines();
+}
+
+TEST_F(SidebarTest, SaysWhatBecomesOfNotebooksInsideOneThatIsDeleted) {
+    CDNotebook& work = notebook("Work");
+    CDNotebook& plans = notebook("Plans", &work);
+    sidebar().mark({Kind::notebook, *work.id});
+    sidebar().deleteCurrent();
+    auto* const box = sidebar().findChild<QMessageBox*>("question");
+    EXPECT_TRUE(box->text().endsWith("What stands inside it moves to the top."));
+    for (QAbstractButton* const button : box->buttons()) {
+        if (button->text() == "Delete Notebook") button->click();
+    }
+    EXPECT_EQ(plans.parent.get(), nullptr);
+    EXPECT_EQ(environment->notebooks().find(context(), "Plans"), &plans);
+}
+
 TEST_F(SidebarTest, WhatIsDraggedGoesToThePlaceThatWasFramed) {
     const Place work{Kind::notebook, *notebook("Work").id};
     CDNotebook& zebra = notebook("Zebra");
