@@ -1,4 +1,5 @@
 #include "app/editor/NoticeBar.h"
+#include "app/look/EmptyState.h"
 #include "app/look/Theme.h"
 #include "app/pages/ImportAssistant.h"
 #include "app/shell/ShellFixture.h"
@@ -169,6 +170,13 @@ TEST_F(Journey, EmptyingTheTrashAsksAndMakesABackup) {
     ASSERT_TRUE(waitUntil([this] { return stored("Old") == nullptr; }));
     EXPECT_TRUE(waitUntil([this] { return titles() == "Late;"; })) << "nobody was asked about it";
     EXPECT_FALSE(std::filesystem::is_empty(setting().library / "Backups"));
+    clickNote(0);
+    list().deleteForGood();
+    answer("Delete Permanently");
+    EXPECT_EQ(window().findChildren<EmptyState*>().size(), 2);
+    for (const EmptyState* one : window().findChildren<EmptyState*>()) {
+        EXPECT_EQ(one->isVisible(), list().isAncestorOf(one)) << "no note is asked to be chosen";
+    }
 }
 
 TEST_F(Journey, ATaskIsTypedAsASentence) {
@@ -359,6 +367,15 @@ TEST_F(Journey, TheNextStartGoesOnWhereTheWindowWasClosed) {
     EXPECT_TRUE(window().sidebar().isVisible());
 }
 
+TEST_F(Journey, ASearchThatTheNextStartGoesOnWithCanBeKept) {
+    window().go({.kind = Kind::search, .text = "ferry"});
+    window().close();
+    closeWindow();
+    EXPECT_EQ(place(), "tesserine://search/ferry");
+    commands().trigger("search.save");
+    EXPECT_NE(window().findChild<QDialog*>("saveSearchDialog"), nullptr);
+}
+
 TEST_F(Journey, APlaceThatIsDeletedElsewhereLeavesTheWindowInAllNotes) {
     const CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
     context().save();
@@ -475,6 +492,10 @@ TEST_F(Journey, CommandsActOnTheChosenNotes) {
     press(Qt::Key_Return);
     settle();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), NoteService::noteURL(*plan.id));
+    clickPlace({Kind::today});
+    commands().trigger("note.copyLink");
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), NoteService::noteURL(*plan.id))
+        << "no note is chosen among the tasks";
 }
 
 TEST_F(Journey, TagsOfSeveralNotesAreChangedAtOnce) {

@@ -64,7 +64,11 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
         if (openNote(note)) focusEditor();
     });
     connect(list_, &NoteList::movedToTrash, this, &NotesPane::offerUndo);
-    connect(&list_->model(), &QAbstractItemModel::rowsInserted, this, &NotesPane::showNothingAgain);
+    for (const auto change :
+         {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
+        connect(&list_->model(), change, this, &NotesPane::showNothingAgain);
+    }
+    connect(&list_->model(), &QAbstractItemModel::modelReset, this, &NotesPane::showNothingAgain);
     connect(undo_, &UndoBar::undone, this, [this] {
         NoteActions(environment_, this).restore(undoable_);
     });
@@ -195,7 +199,9 @@ void NotesPane::showSelection(const std::vector<Uuid>& notes) {
     nothing_->setContent(
         {"notes",
          shownCount(notes.size(), "note", "notes") + " chosen",
-         "Drag them onto a notebook or a tag, pin them, or move them to the trash."});
+         list_->isTrash()
+             ? "Restore them, drag them onto a notebook, or delete them for good."
+             : "Drag them onto a notebook or a tag, pin them, or move them to the trash."});
 }
 
 void NotesPane::offerUndo(const std::vector<Uuid>& notes) {

@@ -126,7 +126,9 @@ public:
         on("list.selectAll", [&window = window_] {
             if (window.notes().showsList()) window.notes().list().view().selectAll();
         });
-        on("search.save", [&window = window_] { window.searchResults().keep(); });
+        // It is offered already where the window goes on with a search.
+        commands_.on(
+            "search.save", &window_, [&window = window_] { window.searchResults().keep(); });
         on("notebook.new", [&window = window_] { window.sidebar().createNotebook(); });
     }
 
@@ -201,7 +203,7 @@ public:
                 if (!links.isEmpty()) links += "\n";
                 links += QString::fromStdString(NoteService::noteURL(note));
             }
-            QApplication::clipboard()->setText(links);
+            if (!links.isEmpty()) QApplication::clipboard()->setText(links);
         });
         on("note.move", [*this] { askNotebook(chosen()); });
         QObject::connect(&list, &NoteList::moveWanted, &window_, [*this](const auto& notes) {
