@@ -30,10 +30,12 @@ SearchSettings::SearchSettings(AppEnvironment& environment, QWidget* parent)
     addHeading(tr("History"));
     QPushButton& forget = addButton(
         {tr("Recent searches"), tr("They are offered while you type.")}, tr("Forget All"));
-    connect(&forget, &QPushButton::clicked, this, [this] {
+    forget.setEnabled(!RecentSearches(preferences()).all().empty());
+    connect(&forget, &QPushButton::clicked, this, [this, &forget] {
         keep(std::string(RecentSearches::preferenceKey), [this] {
             RecentSearches(preferences()).forgetAll();
         });
+        forget.setEnabled(!RecentSearches(preferences()).all().empty());
     });
     addIndex();
 }

@@ -14,6 +14,8 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QListView>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStackedLayout>
@@ -26,6 +28,7 @@ namespace tesserine::app {
 namespace {
 
 constexpr int refreshDelay = 300;  // milliseconds
+constexpr int nameWidth = 400;
 
 const EmptyState::Content nothingTyped{
     "search",
@@ -127,6 +130,11 @@ void SearchResults::chooseNone() {
     list_->setCurrentIndex({});
 }
 
+void SearchResults::chooseWhenFound(const Uuid& note) {
+    chooseNone();
+    read_ = note;
+}
+
 void SearchResults::keep() {
     auto* const dialog = new QInputDialog(this);
     dialog->setObjectName("saveSearchDialog");
@@ -134,16 +142,49 @@ void SearchResults::keep() {
     dialog->setWindowTitle("Save Search");
     dialog->setLabelText("Name of the search");
     dialog->setTextValue(query_.left(60));
+    dialog->resize(nameWidth, dialog->sizeHint().height());
     connect(dialog, &QInputDialog::textValueSelected, this, [this, query = query_](auto& name) {
-        environment_.savedSearches().create(
-            environment_.context(), name.toStdString(), query.toStdString());
-        environment_.save(this);
+        keepAs(name, query);
     });
     dialog->open();
 }
 
+/// A name that is taken most likely means that search, with another query from now on.
+void SearchResults::keepAs(const QString& name, const QString& query) {
+    const auto known =
+        environment_.savedSearches().named(environment_.context(), name.toStdString());
+    if (known.empty()) return add(name, query);
+    auto* const box = new QMessageBox(
+        QMessageBox::Question,
+        "Save Search",
+        QString("There is a saved search “%1” already.").arg(name.trimmed()),
+        QMessageBox::Cancel,
+        this);
+    box->setObjectName("question");
+    box->setTextFormat(Qt::PlainText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    const auto* const both = box->addButton("Keep Both", QMessageBox::AcceptRole);
+    connect(both, &QPushButton::clicked, this, [this, name, query] { add(name, query); });
+    auto* const instead = box->addButton("Change It", QMessageBox::AcceptRole);
+    connect(instead, &QPushButton::clicked, this, [this, query, id = *known.front()->id] {
+        auto* const search = environment_.context().find<CDSavedSearch>(id);
+        if (search == nullptr) return;
+        environment_.savedSearches().setQuery(*search, query.toStdString());
+        environment_.save(this);
+    });
+    box->setDefaultButton(instead);
+    box->open();
+}
+
+void SearchResults::add(const QString& name, const QString& query) {
+    environment_.savedSearches().create(
+        environment_.context(), name.toStdString(), query.toStdString());
+    environment_.save(this);
+}
+
 void SearchResults::search(const QString& text, SearchRunner::Typing typing, bool isExact) {
     query_ = text.trimmed();
+    read_.reset();
     typing_ = typing;
     isExact_ = isExact;
     if (query_.isEmpty()) {
@@ -179,8 +220,9 @@ void SearchResults::refresh() {
 void SearchResults::show(const SearchAnswer& answer) {
     const int current = list_->currentIndex().row();
     const bool isSameQuestion = answer.text == std::exchange(shown_, answer.text);
+    const auto read = std::exchange(read_, std::nullopt);
     const auto chosen =
-        isSameQuestion && current >= 0 ? std::optional(model_->result(current).id) : std::nullopt;
+        isSameQuestion && current >= 0 ? std::optional(model_->result(current).id) : read;
     const int scrolled = isSameQuestion ? list_->verticalScrollBar()->value() : 0;
     const auto setText = [](QLabel& label, const QString& text) {
         label.setText(text);
@@ -192,6 +234,9 @@ void SearchResults::show(const SearchAnswer& answer) {
     for (const std::string& hint : answer.response.hints) {
         hints << QString::fromStdString(hint).toHtmlEscaped();
     }
+    if (std::ssize(answer.response.results) == SearchRunner::mostResults) {
+        hints << QString("The first %1 are shown.").arg(SearchRunner::mostResults);
+    }
     setText(*hints_, hints.join("<br>"));
     keep_->setVisible(!query_.isEmpty());
     model_->setResults(answer.response.results);
@@ -199,6 +244,7 @@ void SearchResults::show(const SearchAnswer& answer) {
     stack_->setCurrentWidget(list_);
     if (chosen) goOn(*chosen, current);
     list_->verticalScrollBar()->setValue(scrolled);
+    if (read) list_->scrollTo(list_->currentIndex());
 }
 
 /// Makes a line the current one without opening it again. Where it is gone the next one takes its
@@ -242,7 +288,7 @@ void SearchResults::follow(const QString& link) {
 void SearchResults::choose(const QModelIndex& index) {
     if (!index.isValid() || isMarking_) return;
     const SearchResult& found = model_->result(index.row());
-    if (found.kind == SearchKind::note) emit noteChosen(found.id);
+    found.kind == SearchKind::task ? emit taskChosen() : emit noteChosen(found.id);
 }
 
 void SearchResults::open(const QModelIndex& index) {

@@ -34,6 +34,8 @@ public:
     QStringList foundWords() const;
     /// Where nothing is shown beside them; choosing any of them says so again.
     void chooseNone();
+    /// The note that is read beside them: its line is chosen once it is found, and no other.
+    void chooseWhenFound(const Uuid& note);
     /// Asks for a name to keep the query under, as a saved search.
     void keep();
     SearchRunner& runner() { return *runner_; }
@@ -42,6 +44,8 @@ public:
 
 signals:
     void noteChosen(const tesserine::Uuid& note);
+    /// A task is chosen now, and no note any more.
+    void taskChosen();
     /// Return or a double click on a result.
     void noteOpened(const tesserine::Uuid& note);
     void taskOpened(const tesserine::Uuid& task);
@@ -52,6 +56,8 @@ private:
     void build();
     void show(const SearchAnswer& answer);
     void showLinks(const SearchAnswer& answer);
+    void keepAs(const QString& name, const QString& query);
+    void add(const QString& name, const QString& query);
     void refresh();
     void goOn(const Uuid& found, int line);
     void showEmpty(const SearchAnswer& answer);
@@ -73,7 +79,8 @@ private:
     QString withoutDropped_;  // the query without what hides results
     SearchRunner::Typing typing_ = SearchRunner::Typing::finished;
     bool isExact_ = false;
-    QString shown_;  // the query that the lines answer
+    QString shown_;             // the query that the lines answer
+    std::optional<Uuid> read_;  // to be chosen by the next answer
     bool isMarking_ = false;
     QTimer refreshTimer_;
 };

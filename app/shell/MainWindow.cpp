@@ -3,7 +3,6 @@
 #include "app/commands/Commands.h"
 #include "app/desktop/TodayWindow.h"
 #include "app/editor/NoteEditor.h"
-#include "app/editor/WordMarks.h"
 #include "app/lists/NoteActions.h"
 #include "app/lists/NoteList.h"
 #include "app/lists/NoteListView.h"
@@ -103,7 +102,7 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
     restoreLayout();
     restoreTabs();
     returnTo(current());
-    notes_->list().setFocus();
+    focusContent();
     afterFirstPaint(*this, [this] { notes_->beginToFollow(); });
 }
 
@@ -201,59 +200,6 @@ void MainWindow::takeTaskDrops() {
         });
 }
 
-void MainWindow::connectSearch() {
-    connect(searchField_, &SearchField::suggestionsWanted, this, [this](const QString& typed) {
-        searchResults().runner().suggest(typed);
-    });
-    connect(searchField_, &SearchField::typed, this, &MainWindow::followTyping);
-    connect(searchField_, &SearchField::searched, this, [this](const QString& text) {
-        if (!text.trimmed().isEmpty()) go({.kind = Kind::search, .text = text.toStdString()});
-    });
-    connect(searchField_, &SearchField::left, this, [this] {
-        if (current().place.kind == Kind::search) goBack();
-        notes_->list().setFocus();
-    });
-    connect(searchField_, &SearchField::resultsWanted, this, [this] {
-        QListView& results = searchResults().list();
-        results.setFocus();
-        if (!results.currentIndex().isValid())
-            results.setCurrentIndex(results.model()->index(0, 0));
-    });
-}
-
-SearchResults& MainWindow::searchResults() {
-    if (searchResults_ == nullptr) makeSearchResults();
-    return *searchResults_;
-}
-
-void MainWindow::makeSearchResults() {
-    searchResults_ = new SearchResults(environment_, content_);
-    searchResults_->hide();  // until it stands beside the note
-    commands_.attach(CommandContext::lists, searchResults_->list());
-    connect(
-        &searchResults_->runner(),
-        &SearchRunner::suggested,
-        searchField_,
-        &SearchField::setSuggestions);
-    const auto openHit = [this](const Uuid& note) {
-        if (!notes_->openNote(note)) return false;
-        const QStringList words =
-            searchResults_->foundWords() + soughtWords(searchResults_->query());
-        notes_->editor().showWords(words.join('\n'));
-        return true;
-    };
-    connect(searchResults_, &SearchResults::noteChosen, this, openHit);
-    connect(searchResults_, &SearchResults::noteOpened, this, [this, openHit](const Uuid& note) {
-        if (openHit(note)) notes_->focusEditor();
-    });
-    connect(searchResults_, &SearchResults::taskOpened, this, [this](const Uuid& task) {
-        go({Kind::task, task});
-    });
-    connect(searchResults_, &SearchResults::queryWanted, this, [this](const QString& query) {
-        go({.kind = Kind::search, .text = query.toStdString()});
-    });
-}
-
 const Stop& MainWindow::current() const {
     return tabs_[static_cast<std::size_t>(tabBar_->currentIndex())].current();
 }
@@ -307,6 +253,7 @@ bool MainWindow::enter(Stop stop) {
     const Kind kind = stop.place.kind;
     if (kind == Kind::savedSearch) return showSavedSearch(stop.place.id, stop.note);
     if (kind == Kind::search) {
+        if (!stop.note && !notes_->showsList() && !notes_->closeNote()) return false;
         const QString query = QString::fromStdString(stop.place.text);
         showSearch(query, SearchRunner::Typing::finished, stop.note);
         return true;
@@ -332,46 +279,16 @@ bool MainWindow::showInstead(QWidget& page) {
     return hadKeys && before != &page;
 }
 
-void MainWindow::showSearch(
-    const QString& query, SearchRunner::Typing typing, const std::optional<Uuid>& note) {
-    if (searchField_->text() != query) searchField_->setQuery(query);
-    const QWidget* const before = focusWidget();
-    content_->setCurrentWidget(notes_);
-    if (!notes_->showBeside(&searchResults(), *searchResults().list().model())) return;
-    const bool areKeysLost = before != nullptr && !before->isVisible();
-    if (areKeysLost) searchField_->setFocus();
-    if (note) notes_->openNote(*note);
-    if (!notes_->openedNote()) searchResults_->chooseNone();
-    searchResults_->search(query, typing);
-}
-
-/// The first character goes to the search, the others change what is searched for.
-void MainWindow::followTyping(const QString& text) {
-    const Place place{.kind = Kind::search, .text = text.toStdString()};
-    if (current().place.kind == Kind::search) {
-        history().replacePlace(place);
-    } else {
-        if (text.trimmed().isEmpty() || !save()) return;
-        history().visit({.place = place});
-    }
-    showSearch(text, SearchRunner::Typing::goesOn);
-    settle();
-}
-
-bool MainWindow::showSavedSearch(const Uuid& id, const std::optional<Uuid>& note) {
-    const auto* search = environment_.context().find<CDSavedSearch>(id);
-    if (search == nullptr) return false;
-    return enter(
-        {.place = {.kind = Kind::search, .text = search->query.valueOr("")}, .note = note});
-}
-
 std::vector<Uuid> MainWindow::chosenNotes() const {
     return notesShown() ? notes_->chosen() : std::vector<Uuid>{};
 }
 
 bool MainWindow::notesShown() const { return content_->currentWidget() == notes_; }
 
-void MainWindow::focusContent() { notesShown() ? notes_->list().setFocus() : tasks_->focusPage(); }
+void MainWindow::focusContent() {
+    if (!notesShown()) return tasks_->focusPage();
+    notes_->showsList() ? notes_->list().setFocus() : searchResults_->list().setFocus();
+}
 
 void MainWindow::goBack() {
     if (!history().canGoBack() || !save()) return;
@@ -476,7 +393,7 @@ void MainWindow::followLibrary(const std::vector<ObjectChange>& changes) {
     if (titleOf(place, environment_.context()).isEmpty()) {
         go(notesShown() ? placeOfOpenNote() : placeOfOpenTask());
     } else if (isChanged) {
-        showSavedSearch(place.id);
+        showSavedSearch(place.id, notes_->openedNote());
     }
     settle();
 }

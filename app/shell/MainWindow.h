@@ -117,6 +117,7 @@ private:
     void showSearch(
         const QString& query, SearchRunner::Typing typing, const std::optional<Uuid>& note = {});
     void followTyping(const QString& text);
+    void endTyping(const QString& text);
     bool showSavedSearch(const Uuid& id, const std::optional<Uuid>& note = {});
     bool notesShown() const;
     Stop stopFor(const Place& place) const;

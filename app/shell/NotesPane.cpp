@@ -30,6 +30,12 @@ constexpr int narrowestEditor = 320;
 const EmptyState::Content noNote{
     "note", "No note chosen", "Choose a note on the left, or write a new one with Ctrl+N."};
 
+const EmptyState::Content noResult{
+    "note", "No note chosen", "Choose a result on the left to read it."};
+
+const EmptyState::Content taskChosen{
+    "task", "A task is chosen", "Return or a double click shows it among the tasks."};
+
 }  // namespace
 
 NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* parent)
@@ -124,9 +130,23 @@ bool NotesPane::showBeside(QWidget* list, const QAbstractItemModel& lines) {
     }
     lists_->setCurrentWidget(list);
     waiting_.reset();
-    showNothing();
-    nothing_->setContent({"note", "No note chosen", "Choose a result on the left to read it."});
+    showNoResult();
     return true;
+}
+
+bool NotesPane::closeNote() {
+    if (editor_ != nullptr && !editor_->close()) return false;
+    showNoResult();
+    return true;
+}
+
+void NotesPane::showTaskChosen() {
+    if (closeNote()) nothing_->setContent(taskChosen);
+}
+
+void NotesPane::showNoResult() {
+    showNothing();
+    nothing_->setContent(noResult);
 }
 
 bool NotesPane::showsList() const { return lists_->currentWidget() == list_; }

@@ -42,6 +42,10 @@ public:
     std::vector<Uuid> chosen() const;
     /// Opens the note beside whatever list is shown. False when that could not be done.
     bool openNote(const Uuid& note);
+    /// Shows no note beside the other list. False when the one that was open could not be saved.
+    bool closeNote();
+    /// The same where a task is chosen in that list: what is done to notes must not meet another.
+    void showTaskChosen();
     /// From now on the note that is chosen in the list is opened beside it. Called once the window
     /// is seen: until then making an editor would only hold it up.
     void beginToFollow();
@@ -61,6 +65,7 @@ signals:
 private:
     void makeEditor();
     void makeNothing();
+    void showNoResult();
     bool editorHasKeys() const;
     bool isTypedOnElsewhere() const;
     void follow(const std::optional<Uuid>& note);

@@ -8,8 +8,9 @@
 #include "app/tasks/UndoBar.h"
 #include "search/SearchCoordinator.h"
 
-#include <QDialog>
+#include <QInputDialog>
 #include <QListView>
+#include <QListWidget>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTextEdit>
@@ -159,6 +160,84 @@ TEST_F(SearchJourney, AResultIsOpenedAgainByAClickAfterOnesWayElsewhere) {
     EXPECT_TRUE(window().notes().openedNote()) << "with the note that was read there";
 }
 
+TEST_F(SearchJourney, ATaskThatIsChosenLeavesNoNoteToActOn) {
+    const Uuid note = *addNote("Lisbon", "<p>Train at 9:40.</p>").id;
+    const Uuid task = *addTask("Book the train").id;
+    context().save();
+    environment->search().catchUp();
+    window().go({.kind = Kind::search, .text = "train sort:oldest"});
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
+    results.setFocus();
+    results.setCurrentIndex(results.model()->index(0, 0));
+    ASSERT_EQ(window().notes().openedNote(), note);
+    results.setCurrentIndex(results.model()->index(1, 0));
+    EXPECT_FALSE(window().notes().openedNote());
+    press(Qt::Key_Delete);
+    EXPECT_FALSE(context().find<CDNote>(note)->trashedAt);
+    press(Qt::Key_Up);
+    EXPECT_EQ(window().notes().openedNote(), note);
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    EXPECT_EQ(window().current().place, (Place{Kind::task, task}));
+}
+
+TEST_F(SearchJourney, TheLineOfTheNoteThatIsReadIsTheChosenOne) {
+    for (const char* title : {"Lisbon", "Porto", "Faro"}) {
+        addNote(title, "<p>Train at 9:40.</p>");
+    }
+    const Uuid search =
+        *environment->savedSearches().create(context(), "Travel", "train sort:oldest").id;
+    context().save();
+    environment->search().catchUp();
+    QListView& results = window().searchResults().list();
+    const auto read = [&](int row) { results.setCurrentIndex(results.model()->index(row, 0)); };
+    const auto isChosen = [&](int row, const char* title) {
+        return waitUntil([&] { return results.currentIndex().row() == row; })
+               && openTitle() == title;
+    };
+    window().go({Kind::savedSearch, search});
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 3; }));
+    read(1);
+    window().openTab(window().current().place);
+    ASSERT_TRUE(waitUntil([&] { return !window().notes().openedNote(); }));
+    settle();
+    read(2);
+    window().turnTabs(-1);
+    EXPECT_TRUE(isChosen(1, "Porto")) << "the tabs ask the same and read different notes";
+    window().turnTabs(1);
+    EXPECT_TRUE(isChosen(2, "Faro"));
+    window().go({.kind = Kind::search, .text = "train"});
+    EXPECT_FALSE(window().notes().openedNote()) << "it was read in the other search";
+    window().goBack();
+    EXPECT_TRUE(isChosen(2, "Faro"));
+}
+
+TEST_F(SearchJourney, TheSearchFieldIsReadyForAnotherQueryOrMoreOfThisOne) {
+    addNote("Lisbon", "<p>Train at 9:40.</p>");
+    environment->search().catchUp();
+    window().go({Kind::today});
+    press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    type("train");
+    press(Qt::Key_Return);
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
+    results.setCurrentIndex(results.model()->index(0, 0));
+    press(Qt::Key_Return);
+    EXPECT_EQ(openTitle(), "Lisbon") << "the note that is read stays";
+    press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    type("lis");
+    EXPECT_EQ(window().searchField().text().toStdString(), "lis");
+    const auto* suggestions = window().searchField().findChild<QListWidget*>("suggestions");
+    ASSERT_TRUE(waitUntil([&] { return suggestions->isVisible(); }));
+    press(Qt::Key_Tab);
+    type("9:40");
+    EXPECT_EQ(window().searchField().text().toStdString(), "lisbon 9:40");
+    press(Qt::Key_Escape);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(place(), "tesserine://today") << "one step, however often it was typed";
+}
+
 TEST_F(SearchJourney, WhatIsSearchedForIsKeptByACommand) {
     window();
     const QAction& keep = commands().action("search.save");
@@ -174,6 +253,30 @@ TEST_F(SearchJourney, WhatIsSearchedForIsKeptByACommand) {
     EXPECT_EQ(kept->query, "ferry");
     window().go({Kind::allNotes});
     EXPECT_FALSE(keep.isEnabled());
+}
+
+TEST_F(SearchJourney, ASavedSearchIsChangedByKeepingAnotherQueryUnderItsName) {
+    environment->savedSearches().create(context(), "Travel", "ferry");
+    context().save();
+    const auto keepAs = [&](const char* query, const char* answer) {
+        window().go({.kind = Kind::search, .text = query});
+        commands().trigger("search.save");
+        auto* dialog = window().findChild<QInputDialog*>("saveSearchDialog");
+        dialog->setTextValue("travel");
+        dialog->accept();
+        const auto buttons = window().findChild<QMessageBox*>("question")->buttons();
+        for (QAbstractButton* button : buttons) {
+            if (button->text() == answer) button->click();
+        }
+        settle();
+        std::string all;
+        for (const CDSavedSearch* kept : environment->savedSearches().list(context())) {
+            all += kept->name.valueOr("") + ": " + kept->query.valueOr("") + "; ";
+        }
+        return all;
+    };
+    EXPECT_EQ(keepAs("train", "Change It"), "Travel: train; ");
+    EXPECT_EQ(keepAs("bus", "Keep Both"), "Travel: train; travel: bus; ");
 }
 
 TEST_F(SearchJourney, AResultIsNotTakenForTrashBecauseTheTrashWasShown) {

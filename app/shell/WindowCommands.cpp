@@ -71,8 +71,10 @@ public:
         }
         on("app.settings", [&window = window_] { window.go({Kind::settings}); });
         on("help.welcome", [&window = window_] { window.go({Kind::welcome}); });
-        on("go.search",
-           [&window = window_] { window.searchField().setFocus(Qt::ShortcutFocusReason); });
+        on("go.search", [&window = window_] {
+            window.searchField().setFocus(Qt::ShortcutFocusReason);
+            window.searchField().selectAll();  // also where the keys were there already
+        });
         on("go.palette", [&window = window_, &commands = commands_] {
             (new CommandPalette(commands, &window))->open();
         });

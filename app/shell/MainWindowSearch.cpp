@@ -1,0 +1,116 @@
+#include "app/commands/Commands.h"
+#include "app/editor/NoteEditor.h"
+#include "app/editor/WordMarks.h"
+#include "app/search/SearchField.h"
+#include "app/search/SearchResults.h"
+#include "app/shell/MainWindow.h"
+#include "app/shell/NotesPane.h"
+#include "app/state/AppEnvironment.h"
+
+#include <QListView>
+#include <QStackedWidget>
+
+/// What the window does about searching: its field, its results, and the way between them.
+namespace tesserine::app {
+
+using Kind = Place::Kind;
+
+void MainWindow::connectSearch() {
+    connect(searchField_, &SearchField::suggestionsWanted, this, [this](const QString& typed) {
+        searchResults().runner().suggest(typed);
+    });
+    connect(searchField_, &SearchField::typed, this, &MainWindow::followTyping);
+    connect(searchField_, &SearchField::searched, this, &MainWindow::endTyping);
+    connect(searchField_, &SearchField::left, this, [this] {
+        if (current().place.kind == Kind::search) goBack();
+        focusContent();
+    });
+    connect(searchField_, &SearchField::resultsWanted, this, [this] {
+        QListView& results = searchResults().list();
+        results.setFocus();
+        if (!results.currentIndex().isValid())
+            results.setCurrentIndex(results.model()->index(0, 0));
+    });
+}
+
+SearchResults& MainWindow::searchResults() {
+    if (searchResults_ == nullptr) makeSearchResults();
+    return *searchResults_;
+}
+
+void MainWindow::makeSearchResults() {
+    searchResults_ = new SearchResults(environment_, content_);
+    searchResults_->hide();  // until it stands beside the note
+    commands_.attach(CommandContext::lists, searchResults_->list());
+    connect(
+        &searchResults_->runner(),
+        &SearchRunner::suggested,
+        searchField_,
+        &SearchField::setSuggestions);
+    const auto openHit = [this](const Uuid& note) {
+        if (!notes_->openNote(note)) return false;
+        const QStringList words =
+            searchResults_->foundWords() + soughtWords(searchResults_->query());
+        notes_->editor().showWords(words.join('\n'));
+        return true;
+    };
+    connect(searchResults_, &SearchResults::noteChosen, this, openHit);
+    connect(searchResults_, &SearchResults::taskChosen, notes_, &NotesPane::showTaskChosen);
+    connect(searchResults_, &SearchResults::noteOpened, this, [this, openHit](const Uuid& note) {
+        if (openHit(note)) notes_->focusEditor();
+    });
+    connect(searchResults_, &SearchResults::taskOpened, this, [this](const Uuid& task) {
+        go({Kind::task, task});
+    });
+    connect(searchResults_, &SearchResults::queryWanted, this, [this](const QString& query) {
+        go({.kind = Kind::search, .text = query.toStdString()});
+    });
+}
+
+void MainWindow::showSearch(
+    const QString& query, SearchRunner::Typing typing, const std::optional<Uuid>& note) {
+    const bool isTyped = searchField_->text().trimmed() == query.trimmed();
+    if (!isTyped) searchField_->setQuery(query);
+    const QWidget* const before = focusWidget();
+    content_->setCurrentWidget(notes_);
+    if (!notes_->showBeside(&searchResults(), *searchResults().list().model())) return;
+    const bool areKeysLost = before != nullptr && !before->isVisible();
+    if (areKeysLost) searchField_->setFocus();
+    if (note) notes_->openNote(*note);
+    if (!notes_->openedNote()) searchResults_->chooseNone();
+    searchResults_->search(query, typing);
+    if (note) searchResults_->chooseWhenFound(*note);
+}
+
+/// The first character goes to the search, the others change what is searched for.
+void MainWindow::followTyping(const QString& text) {
+    const Place place{.kind = Kind::search, .text = text.toStdString()};
+    if (current().place.kind == Kind::search) {
+        history().replacePlace(place);
+    } else {
+        if (text.trimmed().isEmpty() || !save()) return;
+        history().visit({.place = place});
+    }
+    showSearch(text, SearchRunner::Typing::goesOn);
+    settle();
+}
+
+/// The note that is read meanwhile stays.
+void MainWindow::endTyping(const QString& text) {
+    const QString query = text.trimmed();
+    if (query.isEmpty()) return;
+    const Place place{.kind = Kind::search, .text = query.toStdString()};
+    if (current().place.kind != Kind::search) return go(place);
+    history().replacePlace(place);
+    showSearch(query, SearchRunner::Typing::finished);
+    settle();
+}
+
+bool MainWindow::showSavedSearch(const Uuid& id, const std::optional<Uuid>& note) {
+    const auto* search = environment_.context().find<CDSavedSearch>(id);
+    if (search == nullptr) return false;
+    return enter(
+        {.place = {.kind = Kind::search, .text = search->query.valueOr("")}, .note = note});
+}
+
+}  // namespace tesserine::app
