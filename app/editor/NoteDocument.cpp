@@ -82,6 +82,19 @@ InlineStyle breakStyle(const AttributedText& text, std::size_t offset) {
     return isStyled ? InlineStyle{.marks = std::prev(after)->style.marks} : InlineStyle{};
 }
 
+/// Whether it ends with a paragraph of which there is nothing but its beginning.
+bool hasEmptyEnd(const AttributedText& text) {
+    if (text.paragraphs.size() < 2) return false;
+    const Paragraph& last = text.paragraphs.back();
+    return last.length == 1 && kindOf(last) != Kind::divider;
+}
+
+AttributedText withoutEnd(AttributedText text) {
+    text.text.resize(text.text.size() - text.paragraphs.back().length);
+    text.paragraphs.pop_back();
+    return text;
+}
+
 /// Has everything that changes meanwhile laid out later, as far as it is seen.
 class LayoutPause {
 public:
@@ -289,6 +302,7 @@ void NoteDocument::insertObject(QTextCursor& cursor, const std::string& html) {
 }
 
 void NoteDocument::insert(QTextCursor& cursor, const AttributedText& text) {
+    if (hasEmptyEnd(text)) return insertParagraphs(cursor, withoutEnd(text));
     const bool isLine =
         text.paragraphs.size() == 1 && kindOf(text.paragraphs.front()) == Kind::paragraph;
     if (!isLine || isObjectBlock(cursor.block())) return insertParagraphs(cursor, text);

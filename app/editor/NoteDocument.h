@@ -73,7 +73,8 @@ public:
     void insertText(QTextCursor& cursor, const QString& text, const InlineStyle& style);
     void insertObject(QTextCursor& cursor, const std::string& html);
     /// Replaces the selection by the paragraphs of `text`. Its only paragraph, if it is a plain
-    /// one, goes into that of the cursor; others stand as paragraphs of their own.
+    /// one, goes into that of the cursor; others stand as paragraphs of their own. An empty last
+    /// one only ends the one before it, as in what was selected by lines.
     void insert(QTextCursor& cursor, const AttributedText& text);
     /// The same, but every paragraph stands on its own. An empty paragraph at the cursor gives way;
     /// otherwise that of the cursor is split. The cursor ends up behind the last one.

@@ -142,5 +142,31 @@ TEST_F(PasterTest, ACopyPastedBackIsTheSame) {
     EXPECT_EQ(canonicalBody(html()).html, body);
 }
 
+TEST_F(PasterTest, WhatWasSelectedByLinesStandsBetweenTheLinesWhereItIsPasted) {
+    openNote("<p>|one</p><h2>|two</h2><ul><li>three</li></ul>");
+    editor.body().cut();
+    const std::string rest = "<h2>two</h2><ul><li>three</li></ul>";
+    ASSERT_EQ(html(), rest);
+    struct Case {
+        int position;
+        const char* result;
+    };
+    for (const auto& [position, result] : {
+             Case{0, "<p>one</p><h2>two</h2><ul><li>three</li></ul>"},
+             Case{2, "<h2>tw</h2><p>one</p><h2>o</h2><ul><li>three</li></ul>"},
+             Case{4, "<h2>two</h2><p>one</p><ul><li>three</li></ul>"},
+             Case{9, "<h2>two</h2><ul><li>three</li></ul><p>one</p>"},
+         }) {
+        SCOPED_TRACE(position);
+        QTextCursor cursor(&document());
+        cursor.setPosition(position);
+        editor.body().setTextCursor(cursor);
+        editor.body().paste();
+        EXPECT_EQ(html(), result);
+        commands.trigger("edit.undo");
+        EXPECT_EQ(html(), rest);
+    }
+}
+
 }  // namespace
 }  // namespace tesserine::app
