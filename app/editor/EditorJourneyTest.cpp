@@ -71,6 +71,24 @@ TEST_F(EditorJourney, ATableIsMadeFilledAndChanged) {
     EXPECT_EQ(html(), "<p>ab</p>");
 }
 
+TEST_F(EditorJourney, TabLeadsFromTheLastCellOfATableIntoANewRow) {
+    openNote("<p>|</p>");
+    commands.trigger("format.table");
+    press(tableDialog(), "Remove Column");
+    for (const char* const word : {"Place", "Time", "Weir", "12", "Lock", "25", "Mill", "31"}) {
+        QWidget* const grid = tableDialog().findChild<QTableWidget*>("tableGrid");
+        if (QString(word) == "Place") QTest::keyClick(grid, Qt::Key_F2);
+        QTest::keyClicks(grid->findChild<QLineEdit*>(), word);
+        if (QString(word) != "31") QTest::keyClick(grid->findChild<QLineEdit*>(), Qt::Key_Tab);
+        settle();
+    }
+    press(tableDialog(), "Done");
+    EXPECT_EQ(
+        html(),
+        "<table><tr><th>Place</th><th>Time</th></tr><tr><td>Weir</td><td>12</td></tr>"
+        "<tr><td>Lock</td><td>25</td></tr><tr><td>Mill</td><td>31</td></tr></table>");
+}
+
 TEST_F(EditorJourney, WhatIsWrittenInATableStaysWhateverOthersChange) {
     const std::string table = "<table><tr><td>one</td></tr></table>";
     const std::string mine = "<table><tr><td>mine</td></tr></table>";

@@ -14,9 +14,28 @@
 #include <utility>
 
 namespace tesserine::app {
+namespace {
+
+/// Tab leads from the last cell into a new row, not back over what stands in the first one.
+class Grid final : public QTableWidget {
+public:
+    Grid(std::function<void()> addRow, QWidget* parent)
+        : QTableWidget(parent), addRow_(std::move(addRow)) {}
+
+private:
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override {
+        const bool isAtEnd = currentRow() == rowCount() - 1 && currentColumn() == columnCount() - 1;
+        if (action == MoveNext && isAtEnd) addRow_();
+        return QTableWidget::moveCursor(action, modifiers);
+    }
+
+    std::function<void()> addRow_;
+};
+
+}  // namespace
 
 TableDialog::TableDialog(TableContent content, QWidget* parent)
-    : QDialog(parent), content_(std::move(content)), grid_(new QTableWidget(this)) {
+    : QDialog(parent), content_(std::move(content)), grid_(new Grid([this] { addRow(); }, this)) {
     setObjectName("tableDialog");
     setWindowTitle("Table");
     grid_->setObjectName("tableGrid");
@@ -57,6 +76,12 @@ TableDialog::TableDialog(TableContent content, QWidget* parent)
     });
     show(0, 0);
     resize(640, 420);
+}
+
+/// Behind the last one; the cursor stays.
+void TableDialog::addRow() {
+    content_.insertRow(content_.rowCount());
+    show(grid_->currentRow(), grid_->currentColumn());
 }
 
 /// The content as it is now, with the cursor in a cell.

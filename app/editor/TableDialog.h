@@ -18,6 +18,7 @@ public:
     const TableContent& content() const { return content_; }
 
 private:
+    void addRow();
     void show(int row, int column);
 
     TableContent content_;
