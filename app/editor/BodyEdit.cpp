@@ -439,7 +439,7 @@ void BodyEdit::timerEvent(QTimerEvent* event) {
 void BodyEdit::paintEvent(QPaintEvent* event) {
     const QPointF offset = -documentPoint(QPoint(0, 0));
     const QRectF visible = QRectF(event->rect()).translated(-offset);
-    renderer_->beginDrawing();
+    renderer_->beginDrawing(visible);
     {
         QPainter painter(viewport());
         painter.setClipRect(event->rect());

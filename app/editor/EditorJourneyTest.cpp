@@ -4,6 +4,7 @@
 #include "app/editor/FindBar.h"
 #include "app/editor/TableDialog.h"
 #include "base/Preferences.h"
+#include "core/body/LockedPassages.h"
 #include "core/model/NoteEntities.h"
 
 #include <QCheckBox>
@@ -113,6 +114,34 @@ TEST_F(EditorJourney, WhatIsWrittenInATableStaysWhateverOthersChange) {
         EXPECT_TRUE(editor.save());
         settle();
     }
+}
+
+TEST_F(EditorJourney, AnObjectTakesClicksThoughOnlyTheCursorWasDrawnSince) {
+    openNote("<p>a|</p><p></p>" + lockedBlock("QUJD") + "<p>b</p>");
+    const auto place = [this] {
+        return static_cast<int>(document().content().text.find(AttributedText::objectCharacter));
+    };
+    QList<int> clicked;
+    editor.body().disconnect(&editor);  // no dialog is wanted here
+    QObject::connect(&editor.body(), &BodyEdit::objectActivated, &editor, [&](int position) {
+        clicked.append(position);
+    });
+    QWidget* const view = editor.body().viewport();
+    const auto click = [&] {
+        QTextCursor block(&document());
+        block.setPosition(place());
+        const QPoint point = editor.body().cursorRect(block).center() + QPoint(20, 0);
+        view->repaint(editor.body().cursorRect());
+        QTest::mouseClick(view, Qt::LeftButton, {}, point);
+    };
+    settle();
+    click();
+    EXPECT_EQ(clicked, QList<int>{place()});
+    editor.body().moveCursor(QTextCursor::Start);
+    type("words ");
+    click();
+    ASSERT_EQ(clicked.size(), 2);
+    EXPECT_EQ(clicked.back(), place()) << "it moved along with the words before it";
 }
 
 TEST_F(EditorJourney, WhatIsDraggedOutOfAListIsNotWrittenIntoANote) {

@@ -95,6 +95,7 @@ QString sourceName(const NoteObject& object) {
 ObjectRenderer::ObjectRenderer(NoteDocument& document, Pictures& pictures, QObject* parent)
     : QObject(parent), document_(document), pictures_(pictures) {
     document.documentLayout()->registerHandler(DocumentFormats::objectType, this);
+    connect(&document, &QTextDocument::contentsChange, this, &ObjectRenderer::followChange);
 }
 
 ObjectRenderer::~ObjectRenderer() = default;
@@ -109,6 +110,22 @@ const NoteObject& ObjectRenderer::object(const QTextFormat& format) {
 QRectF ObjectRenderer::placeOf(int position) const {
     const auto found = std::ranges::find(shown_, position, &Shown::position);
     return found == shown_.end() ? QRectF() : found->place;
+}
+
+void ObjectRenderer::beginDrawing(const QRectF& part) {
+    std::erase_if(shown_, [&](const Shown& shown) { return shown.place.intersects(part); });
+}
+
+/// What stands in other lines than those that were changed is not drawn again.
+void ObjectRenderer::followChange(int position, int removed, int added) {
+    if (removed == added) return;  // of formats
+    const int end = position + removed;
+    std::erase_if(shown_, [&](const Shown& shown) {
+        return shown.position >= position && shown.position < end;
+    });
+    for (Shown& shown : shown_) {
+        if (shown.position >= end) shown.position += added - removed;
+    }
 }
 
 void ObjectRenderer::forget() { blocks_.clear(); }
@@ -138,6 +155,7 @@ void ObjectRenderer::drawObject(
     int position,
     const QTextFormat& format) {
     const NoteObject& object = this->object(format);
+    std::erase_if(shown_, [&](const Shown& shown) { return shown.position == position; });
     shown_.push_back({position, place, object.kind == Kind::picture});
     switch (object.kind) {
     case Kind::picture: return paintPicture(*painter, place, object);

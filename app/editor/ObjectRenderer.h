@@ -41,7 +41,7 @@ public:
 
     /// What the object with this format stands for.
     const NoteObject& object(const QTextFormat& format);
-    /// An object that was drawn last, in coordinates of the document.
+    /// An object that is seen, in coordinates of the document.
     struct Shown {
         int position = 0;
         QRectF place{};
@@ -49,12 +49,13 @@ public:
     };
     const std::vector<Shown>& shown() const { return shown_; }
     QRectF placeOf(int position) const;
-    /// Before the visible part is drawn.
-    void beginDrawing() { shown_.clear(); }
+    /// Before a part of the document is drawn, be it as small as the cursor that blinks.
+    void beginDrawing(const QRectF& part);
     /// Makes everything anew that was drawn before: the colours changed.
     void forget();
 
 private:
+    void followChange(int position, int removed, int added);
     QSizeF pictureSize(const NoteObject& object);
     QTextDocument& drawn(const QTextFormat& format);
     void paintPicture(QPainter& painter, const QRectF& place, const NoteObject& object);
