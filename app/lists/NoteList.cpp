@@ -267,13 +267,13 @@ void NoteList::showMenu(const QPoint& where) {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->setObjectName("noteMenu");
-    isTrash() ? fillTrashMenu(*menu) : fillMenu(*menu);
+    fillMenu(*menu, selected(), isTrash());
     menu->popup(view_->viewport()->mapToGlobal(where));
 }
 
 /// Of the notes it was opened for: while it is open, others may change what is selected.
-void NoteList::fillMenu(QMenu& menu) {
-    const auto notes = selected();
+void NoteList::fillMenu(QMenu& menu, const std::vector<Uuid>& notes, bool areInTrash) {
+    if (areInTrash) return fillTrashMenu(menu, notes);
     const Uuid first = notes.front();
     if (notes.size() == 1) {
         menu.addAction("Open in New Tab", this, [this, first] { emit newTabWanted(first); });
@@ -291,7 +291,7 @@ void NoteList::fillMenu(QMenu& menu) {
     menu.addSeparator();
     menu.addAction(icon("duplicate"), "Duplicate", this, [this, notes] {
         const auto copies = actions_.duplicate(notes);
-        if (copies.size() == 1) choose(copies.front());
+        if (copies.size() == 1 && isVisible()) choose(copies.front());
     });
     if (notes.size() == 1) {
         menu.addAction(icon("template"), "Save as Template", this, [this, first] {
@@ -306,8 +306,7 @@ void NoteList::fillMenu(QMenu& menu) {
     menu.addAction(icon("trash"), "Move to Trash", this, [this, notes] { trash(notes); });
 }
 
-void NoteList::fillTrashMenu(QMenu& menu) {
-    const auto notes = selected();
+void NoteList::fillTrashMenu(QMenu& menu, const std::vector<Uuid>& notes) {
     menu.addAction(icon("restore"), "Restore", this, [this, notes] { actions_.restore(notes); });
     menu.addSeparator();
     menu.addAction(icon("trash", Ink::danger), "Delete Permanently", this, [this, notes] {

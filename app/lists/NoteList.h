@@ -34,6 +34,8 @@ public:
     void choose(const Uuid& note);
     /// Moves notes to the trash, wherever they are listed, with an offer to undo it.
     void trash(const std::vector<Uuid>& notes);
+    /// Puts into a menu what can be done with notes, wherever they are listed.
+    void fillMenu(QMenu& menu, const std::vector<Uuid>& notes, bool areInTrash);
     std::vector<Uuid> selected() const;
     bool isTrash() const { return place().kind == Place::Kind::trash; }
 
@@ -69,8 +71,7 @@ private:
     void showEmptyState();
     void showPage(QWidget* page);
     void showMenu(const QPoint& where);
-    void fillMenu(QMenu& menu);
-    void fillTrashMenu(QMenu& menu);
+    void fillTrashMenu(QMenu& menu, const std::vector<Uuid>& notes);
     void askToDelete(const std::vector<Uuid>& notes);
     void ask(const QString& question, const QString& verb, std::function<void()> act);
     NoteOrder order() const;

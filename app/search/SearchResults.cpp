@@ -240,6 +240,7 @@ void SearchResults::show(const SearchAnswer& answer) {
     setText(*hints_, hints.join("<br>"));
     keep_->setVisible(!query_.isEmpty());
     model_->setResults(answer.response.results);
+    chooseNone();  // or the toolkit would choose the first one where the list has the keys
     if (model_->rowCount() == 0) return showEmpty(answer);
     stack_->setCurrentWidget(list_);
     if (chosen) goOn(*chosen, current);

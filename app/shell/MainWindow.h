@@ -41,6 +41,7 @@ class MainWindow final : public QMainWindow {
 public:
     static constexpr std::string_view geometryKey = "tesserine.window.geometry";
     static constexpr std::string_view panesKey = "tesserine.window.panes";
+    static constexpr std::string_view listKey = "tesserine.window.list";
     static constexpr std::string_view sidebarKey = "tesserine.window.sidebar";
     static constexpr std::string_view tabsKey = "tesserine.window.tabs";
 
@@ -110,6 +111,7 @@ private:
     void connectEditor(NoteEditor& editor);
     void connectSearch();
     void makeSearchResults();
+    void showResultMenu(const QPoint& where);
     void takeTaskDrops();
     bool enter(Stop stop);
     bool showInstead(QWidget& page);

@@ -1,6 +1,7 @@
 #include "app/commands/Commands.h"
 #include "app/editor/NoteEditor.h"
 #include "app/editor/WordMarks.h"
+#include "app/lists/NoteList.h"
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
 #include "app/shell/MainWindow.h"
@@ -8,6 +9,7 @@
 #include "app/state/AppEnvironment.h"
 
 #include <QListView>
+#include <QMenu>
 #include <QStackedWidget>
 
 /// What the window does about searching: its field, its results, and the way between them.
@@ -47,6 +49,12 @@ void MainWindow::makeSearchResults() {
         &SearchRunner::suggested,
         searchField_,
         &SearchField::setSuggestions);
+    searchResults_->list().setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(
+        &searchResults_->list(),
+        &QWidget::customContextMenuRequested,
+        this,
+        &MainWindow::showResultMenu);
     const auto openHit = [this](const Uuid& note) {
         if (!notes_->openNote(note)) return false;
         const QStringList words =
@@ -65,6 +73,20 @@ void MainWindow::makeSearchResults() {
     connect(searchResults_, &SearchResults::queryWanted, this, [this](const QString& query) {
         go({.kind = Kind::search, .text = query.toStdString()});
     });
+}
+
+/// Of the note that is chosen. A task has its menu among the tasks.
+void MainWindow::showResultMenu(const QPoint& where) {
+    QListView& results = searchResults_->list();
+    const auto note = notes_->openedNote();
+    if (!note || !results.currentIndex().isValid()) return;
+    const auto* stored = environment_.context().find<CDNote>(*note);
+    if (stored == nullptr) return;
+    auto* const menu = new QMenu(&results);
+    menu->setObjectName("resultMenu");
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    notes_->list().fillMenu(*menu, {*note}, stored->trashedAt.get().has_value());
+    menu->popup(results.viewport()->mapToGlobal(where));
 }
 
 void MainWindow::showSearch(

@@ -8,9 +8,11 @@
 #include "app/tasks/UndoBar.h"
 #include "search/SearchCoordinator.h"
 
+#include <QContextMenuEvent>
 #include <QInputDialog>
 #include <QListView>
 #include <QListWidget>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTextEdit>
@@ -182,6 +184,34 @@ TEST_F(SearchJourney, ATaskThatIsChosenLeavesNoNoteToActOn) {
     EXPECT_EQ(window().current().place, (Place{Kind::task, task}));
 }
 
+TEST_F(SearchJourney, AResultHasTheMenuOfItsNote) {
+    const Uuid note = *addNote("Lisbon", "<p>Train at 9:40.</p>").id;
+    addTask("Book the train");
+    environment->search().catchUp();
+    window().go({.kind = Kind::search, .text = "train sort:oldest"});
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
+    const auto press = [&](int row, const char* entry) {
+        const QPoint place = results.visualRect(results.model()->index(row, 0)).center();
+        QTest::mouseClick(results.viewport(), Qt::RightButton, {}, place);
+        QContextMenuEvent asked(
+            QContextMenuEvent::Mouse, place, results.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(results.viewport(), &asked);
+        const std::unique_ptr<QMenu> menu(results.findChild<QMenu*>("resultMenu"));
+        if (!menu) return false;
+        for (QAction* action : menu->actions()) {
+            if (action->text() == entry) action->trigger();
+        }
+        return true;
+    };
+    EXPECT_FALSE(press(1, "Pin"));
+    EXPECT_TRUE(press(0, "Pin"));
+    EXPECT_TRUE(context().find<CDNote>(note)->isPinned);
+    EXPECT_TRUE(press(0, "Open in New Tab"));
+    EXPECT_EQ(window().current().place, (Place{Kind::allNotes}));
+    EXPECT_EQ(openTitle(), "Lisbon");
+}
+
 TEST_F(SearchJourney, TheLineOfTheNoteThatIsReadIsTheChosenOne) {
     for (const char* title : {"Lisbon", "Porto", "Faro"}) {
         addNote(title, "<p>Train at 9:40.</p>");
@@ -211,6 +241,11 @@ TEST_F(SearchJourney, TheLineOfTheNoteThatIsReadIsTheChosenOne) {
     EXPECT_FALSE(window().notes().openedNote()) << "it was read in the other search";
     window().goBack();
     EXPECT_TRUE(isChosen(2, "Faro"));
+    results.setFocus();
+    window().go({.kind = Kind::search, .text = "nothing"});
+    ASSERT_TRUE(waitUntil([&] { return !results.isVisible(); }));
+    window().goBack();
+    EXPECT_TRUE(isChosen(2, "Faro")) << "the list has the keys when its lines come";
 }
 
 TEST_F(SearchJourney, TheSearchFieldIsReadyForAnotherQueryOrMoreOfThisOne) {
@@ -222,7 +257,12 @@ TEST_F(SearchJourney, TheSearchFieldIsReadyForAnotherQueryOrMoreOfThisOne) {
     press(Qt::Key_Return);
     QListView& results = window().searchResults().list();
     ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
-    results.setCurrentIndex(results.model()->index(0, 0));
+    results.setFocus();
+    EXPECT_FALSE(window().notes().openedNote());
+    window().searchField().setFocus();
+    press(Qt::Key_Down);
+    EXPECT_TRUE(results.selectionModel()->isRowSelected(0));
+    window().searchField().setFocus();
     press(Qt::Key_Return);
     EXPECT_EQ(openTitle(), "Lisbon") << "the note that is read stays";
     press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
