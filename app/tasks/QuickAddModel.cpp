@@ -1,6 +1,7 @@
 #include "app/tasks/QuickAddModel.h"
 
 #include "app/tasks/TaskWords.h"
+#include "base/Clock.h"
 #include "base/Text.h"
 #include "core/tasks/TaskSnapshot.h"
 
@@ -91,19 +92,19 @@ void QuickAddModel::followEdit(const QString& newText) {
 
 void QuickAddModel::parse() {
     const Positions positions(text_);
-    std::vector<TextRange> leftAlone;
+    leftAlone_.clear();
     for (const QuickAddToken& token : turnedBack_) {
-        leftAlone.push_back(positions.bytes(token));
+        leftAlone_.push_back(positions.bytes(token));
     }
     const std::string sentence = text_.toStdString();
     const QuickAddParser parser(moment_->now, moment_->calendar);
-    result_ = parser.parse(sentence, leftAlone);
+    result_ = parser.parse(sentence, leftAlone_);
     // Without its first number the sentence may show another one as its priority.
     for (auto number = std::ranges::find_if(result_.recognisedTokens, isNumberAlone);
          !moment_->isNumberPriority && number != result_.recognisedTokens.end();
          number = std::ranges::find_if(result_.recognisedTokens, isNumberAlone)) {
-        leftAlone.push_back(number->range);
-        result_ = parser.parse(sentence, leftAlone);
+        leftAlone_.push_back(number->range);
+        result_ = parser.parse(sentence, leftAlone_);
     }
 
     tokens_.clear();
@@ -168,9 +169,26 @@ bool QuickAddModel::isDueSuggested() const {
     return !text_.isEmpty() && !isSuggestionRefused_ && !result_.dueDate && draft().due.has_value();
 }
 
+/// The list's day, where that is another one than today and the sentence names none.
+std::optional<Instant> QuickAddModel::otherDay() const {
+    const bool namesDay = std::ranges::count(tokens_, TokenKind::date, &QuickAddToken::kind) > 0;
+    if (!defaults_.dueDay || isSuggestionRefused_ || namesDay) return std::nullopt;
+    const bool isToday = moment_->calendar.isSameDay(*defaults_.dueDay, moment_->now);
+    return isToday ? std::nullopt : defaults_.dueDay;
+}
+
+/// A time or a rule then counts from that day: the sentence is read as at its beginning.
+TaskDraft QuickAddModel::draftFor(Instant day) const {
+    const FixedClock morning(moment_->calendar.startOfDay(day));
+    const QuickAddParser parser(morning.now(), moment_->calendar);
+    const QuickAddResult result = parser.parse(result_.sentence, leftAlone_);
+    return TaskService(morning).draftOf(result, moment_->calendar);
+}
+
 TaskDraft QuickAddModel::draft() const {
     if (!moment_) return {};
-    TaskDraft draft = tasks_.draftOf(result_, moment_->calendar);
+    const auto day = otherDay();
+    TaskDraft draft = day ? draftFor(*day) : tasks_.draftOf(result_, moment_->calendar);
     if (!draft.due && defaults_.dueDay) draft.due = TaskDue{.date = *defaults_.dueDay};
     if (isSuggestionRefused_ && !result_.dueDate) draft.due.reset();
     if (draft.projectName.empty()) draft.projectName = defaults_.projectName.toStdString();

@@ -23,7 +23,7 @@ struct QuickAddMoment {
 struct QuickAddDefaults {
     QString projectName{};
     QString label{};
-    std::optional<Instant> dueDay{};
+    std::optional<Instant> dueDay{};  ///< also for a time or a rule that names no day
 };
 
 /// A recognised piece of the sentence; `begin` to `end` count UTF-16 units of the text.
@@ -75,6 +75,8 @@ public:
     QString words() const;
 
 private:
+    std::optional<Instant> otherDay() const;
+    TaskDraft draftFor(Instant day) const;
     void parse();
     void followEdit(const QString& newText);
     void noteAppearances();
@@ -84,6 +86,7 @@ private:
     std::optional<QuickAddMoment> moment_;
     QString text_;
     QuickAddResult result_;
+    std::vector<TextRange> leftAlone_;  // of the sentence, not to be recognised
     std::vector<QuickAddToken> tokens_;
     std::vector<QuickAddToken> turnedBack_;
     std::vector<QuickAddToken> appeared_;  // the tokens, the one recognised last at the end

@@ -141,6 +141,36 @@ TEST_F(QuickAddModelTest, TheListGivesWhatTheSentenceLeavesOpen) {
     EXPECT_FALSE(model.isDueSuggested()) << "an empty bar suggests nothing";
 }
 
+TEST_F(QuickAddModelTest, ATimeOrARuleIsOfTheDayThatWasChosenInTheCalendar) {
+    const auto choose = [this](int day) {
+        model.setDefaults({.dueDay = calendar.instant({.year = 2026, .month = 3, .day = day})});
+    };
+    struct Case {
+        int day;
+        const char* typed;
+        const char* words;
+    };
+    for (const auto& [day, typed, words] : {
+             Case{28, "Lunch 1pm", "Saturday 28 March at 13:00"},
+             Case{28, "Lunch 8am", "Saturday 28 March at 08:00"},
+             Case{12, "Lunch 1pm", "Thursday 12 March at 13:00"},  // it is written down afterwards
+             Case{28, "Lunch tomorrow 1pm", "Tomorrow, Sunday 15 March at 13:00"},
+             Case{28, "Yoga every week", "Saturday 28 March · Every week"},
+             Case{28, "Yoga every week 8am", "Saturday 28 March at 08:00 · Every week"},
+             Case{28, "Yoga every tue", "Tuesday 31 March · Every Tue"},
+             Case{31, "Rent monthly", "Tuesday 31 March · Every month on the 31st"},
+             Case{14, "Lunch 1pm", "Today, Saturday 14 March at 13:00"},
+             Case{14, "Lunch 8am", "Tomorrow, Sunday 15 March at 08:00"},  // it has passed
+         }) {
+        choose(day);
+        type(typed);
+        EXPECT_EQ(this->words(), words) << day << " " << typed;
+    }
+    choose(28);
+    type("Lunch 1pm");
+    EXPECT_FALSE(model.isDueSuggested()) << "the time was typed";
+}
+
 TEST_F(QuickAddModelTest, ASentenceOfTokensOnlyMakesNoTask) {
     type("in 3 weeks");
     EXPECT_FALSE(model.isComplete());
