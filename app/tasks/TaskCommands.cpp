@@ -100,7 +100,10 @@ void TaskCommands::setPriority(const Tasks& tasks, TaskPriority priority) const 
 void TaskCommands::move(const Tasks& tasks, const Uuid& project) const {
     auto* const target = environment_.context().find<CDProject>(project);
     if (target == nullptr) return;
-    for (CDTask* task : found(tasks)) {
+    const auto moved = found(tasks);
+    for (CDTask* task : moved) {
+        // A subtask goes with its task, and leaves it only where it is chosen without it.
+        if (std::ranges::count(moved, task->parent.get()) > 0) continue;
         environment_.tasks().moveToProject(environment_.context(), *task, *target);
     }
     environment_.save(parent_);

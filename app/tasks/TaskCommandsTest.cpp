@@ -86,8 +86,9 @@ TEST_F(TaskCommandsTest, MovesCopiesAndDeletesWithWhatStandsBelow) {
     EXPECT_EQ(second.project.get(), &garden);
     commands.move({*parent.id, *first.id}, Uuid());
     EXPECT_EQ(parent.project->name, "Work") << "there is no such project";
-    commands.move({*parent.id}, *garden.id);
+    commands.move({*parent.id, *first.id}, *garden.id);
     EXPECT_EQ(first.project.get(), &garden) << "with its task";
+    EXPECT_EQ(first.parent.get(), &parent) << "that it was chosen with";
 
     commands.duplicate({*parent.id});
     EXPECT_EQ(state(), "First; Parent; Parent copy; Second");
