@@ -91,14 +91,32 @@ void TaskListView::selectionChanged(
 }
 
 void TaskListView::rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) {
+    const int current = currentIndex().row();
+    const bool goes = start <= current && current <= end;
+    next_ = goes ? taskBeside(start, end) : currentIndex();
     selectsNext_ = !selectedTasks().empty();
     QListView::rowsAboutToBeRemoved(parent, start, end);
 }
 
+/// The task that takes the place of the lines: that below them, else that above; never a heading.
+/// In the place of a subtask comes one of the same task, or that task.
+QModelIndex TaskListView::taskBeside(int first, int last) const {
+    const TaskLine& gone = model_.at(first);
+    for (int row = last + 1; row < model_.rowCount(); ++row) {
+        const TaskLine& below = model_.at(row);
+        if (gone.kind == TaskLine::Kind::subtask && below.place.id != gone.place.id) break;
+        if (below.isTask()) return model_.index(row);
+    }
+    for (int row = first - 1; row >= 0; --row) {
+        if (model_.at(row).isTask()) return model_.index(row);
+    }
+    return {};
+}
+
 void TaskListView::selectNext() {
-    const QModelIndex next = currentIndex();
-    if (!selectsNext_ || !next.isValid() || !selectedTasks().empty()) return;
-    selectionModel()->select(next, QItemSelectionModel::Select);
+    if (next_.isValid()) selectionModel()->setCurrentIndex(next_, QItemSelectionModel::NoUpdate);
+    if (!selectsNext_ || !next_.isValid() || !selectedTasks().empty()) return;
+    selectionModel()->select(next_, QItemSelectionModel::Select);
 }
 
 void TaskListView::rememberSelection() {

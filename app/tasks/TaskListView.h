@@ -68,6 +68,7 @@ private:
     bool isManual() const;
     std::optional<Instant> dayAt(int row) const;
     bool setExpanded(bool isExpanded);
+    QModelIndex taskBeside(int first, int last) const;
     void selectNext();
     void selectAwaited();
     void rememberSelection();
@@ -79,6 +80,7 @@ private:
     std::map<Uuid, QVariantAnimation*> ticks_;
     std::optional<int> dropRow_;
     bool selectsNext_ = false;     // when the lines that are selected go
+    QPersistentModelIndex next_;   // to be the current line then
     std::optional<Uuid> awaited_;  // to be selected once it is listed
     // While the list is read anew.
     std::vector<Uuid> remembered_;

@@ -22,6 +22,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -162,6 +163,36 @@ TEST_F(TasksPageTest, ActsOnAllThatIsSelected) {
     EXPECT_EQ(undoSentence(), "Completed 2 tasks");
     QTest::keyClick(&list, Qt::Key_Space);
     EXPECT_EQ(titles(), "") << "the next one was selected";
+}
+
+TEST_F(TasksPageTest, TheNextTaskTakesThePlaceOfOneThatGoes) {
+    const CDTask& first = addTask("First tomorrow");
+    const CDTask& second = addTask("Second tomorrow");
+    addTask("Third tomorrow");
+    addTask("Fourth in 2 days");
+    show(Place::Kind::upcoming);
+    const auto chosen = [&] { return page.detail().findChild<QPlainTextEdit*>("taskTitle"); };
+    list.selectTask(*second.id);
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_EQ(chosen()->toPlainText(), "Third") << "not that above";
+    list.selectTask(*first.id);
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_EQ(chosen()->toPlainText(), "Third") << "not the heading above";
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_EQ(chosen()->toPlainText(), "Fourth") << "beyond the heading below";
+    addTask("Zeroth tomorrow");
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_EQ(chosen()->toPlainText(), "Zeroth") << "there is none below";
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_EQ(titles(), "");
+
+    CDTask& plan = addTask("Plan in 3 days");
+    const CDTask& part = environment->tasks().create(context(), {.title = "Part", .parent = &plan});
+    addTask("Behind in 3 days");
+    model().setExpanded(*plan.id, true);
+    list.selectTask(*part.id);
+    model().setExpanded(*plan.id, false);
+    EXPECT_EQ(chosen()->toPlainText(), "Plan") << "what it was folded into";
 }
 
 TEST_F(TasksPageTest, KeysLeadOverHeadings) {
