@@ -223,7 +223,7 @@ bool RemindersPage::eventFilter(QObject* watched, QEvent* event) {
 /// Of the row it was opened for: while it is open, the list may become another one.
 void RemindersPage::showMenu(const QPoint& place) {
     const QModelIndex index = list_->indexAt(place);
-    if (!index.isValid()) return;
+    if (!index.isValid() || model_->row(index.row()).kind == Kind::heading) return;
     const ReminderRow row = model_->row(index.row());
     auto* const menu = new QMenu(this);
     menu->setObjectName("reminderMenu");
