@@ -120,6 +120,10 @@ TEST_F(PopupsTest, NoneStandsOutOfTheScreenAlsoWhenItGrows) {
     auto* const when = WhenPopup::forDue(*environment, &window);
     when->open(screen.bottomRight(), {});
     EXPECT_TRUE(screen.contains(when->geometry()));
+    const int before = when->height();
+    when->findChild<QLineEdit*>()->setText("tomorrow");
+    EXPECT_GT(when->height(), before) << "now it says what is meant";
+    EXPECT_TRUE(screen.contains(when->geometry()));
     when->close();
     settle();
 }

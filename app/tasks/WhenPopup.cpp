@@ -124,6 +124,7 @@ void WhenPopup::read() {
                   : QString("These words name no date."));
     meaning_->setVisible(!isEmpty);
     if (read_) month_->setDay(read_->date);
+    if (isVisible()) fit();
 }
 
 void WhenPopup::take() {
