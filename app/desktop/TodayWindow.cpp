@@ -1,11 +1,14 @@
 #include "app/desktop/TodayWindow.h"
 
+#include "app/commands/Commands.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskActions.h"
 #include "app/tasks/TaskListPage.h"
+#include "app/tasks/TaskListView.h"
 #include "app/tasks/UndoBar.h"
 #include "base/Files.h"
 
+#include <QAction>
 #include <QVBoxLayout>
 
 namespace tesserine::app {
@@ -40,6 +43,32 @@ TodayWindow::TodayWindow(AppEnvironment& environment, QWidget* parent)
     const auto kept = environment_.preferences().string(geometryKey);
     if (!kept || !restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(*kept)))) {
         resize(firstSize);
+    }
+}
+
+/// By actions of its own: those of the table act on what is selected in the large window.
+void TodayWindow::takeKeys(const Commands& commands) {
+    const auto on = [&](const std::string& id, auto act) {
+        auto* const action = new QAction(this);
+        const auto takeKeys = [&commands, action, id] { action->setShortcuts(commands.keys(id)); };
+        takeKeys();
+        action->setShortcutContext(Qt::WidgetShortcut);
+        connect(&commands, &Commands::keysChanged, action, takeKeys);
+        connect(action, &QAction::triggered, this, [this, act] { act(tasks_->selectedTasks()); });
+        tasks_->list().addAction(action);
+    };
+    on("task.complete", [this](const auto& tasks) { actions_->tick(tasks); });
+    on("task.open", [this](const auto& tasks) {
+        if (!tasks.empty()) emit chosen({.kind = Place::Kind::task, .id = tasks.front()});
+    });
+    on("task.due",
+       [this](const auto& tasks) { actions_->askDue(tasks, tasks_->placeOfCurrent()); });
+    on("task.move", [this](const auto& tasks) { actions_->askProject(tasks); });
+    on("task.delete", [this](const auto& tasks) { actions_->askRemove(tasks); });
+    for (const int number : {1, 2, 3, 4}) {
+        on("task.priority" + std::to_string(number), [this, number](const auto& tasks) {
+            actions_->commands().setPriority(tasks, static_cast<TaskPriority>(number));
+        });
     }
 }
 

@@ -7,6 +7,7 @@
 namespace tesserine::app {
 
 class AppEnvironment;
+class Commands;
 class TaskActions;
 class TaskListPage;
 
@@ -19,6 +20,9 @@ public:
     static constexpr const char* geometryKey = "tesserine.todayWindow.geometry";
 
     explicit TodayWindow(AppEnvironment& environment, QWidget* parent = nullptr);
+
+    /// Lets the keys of lists of tasks act on the tasks that are selected here.
+    void takeKeys(const Commands& commands);
 
 signals:
     /// A task is to be shown with all it holds.

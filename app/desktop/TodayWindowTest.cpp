@@ -1,10 +1,14 @@
 #include "app/desktop/TodayWindow.h"
 
+#include "app/commands/Commands.h"
 #include "app/state/WindowFixture.h"
+#include "app/tasks/TaskListView.h"
 
 #include <gtest/gtest.h>
 #include <QAbstractItemModel>
 #include <QAbstractItemView>
+#include <QApplication>
+#include <QTest>
 
 namespace tesserine::app {
 namespace {
@@ -30,6 +34,31 @@ TEST_F(TodayWindowTest, FollowsTheDayAndComesBackWithItsSize) {
         window.hide();
     }
     EXPECT_EQ(TodayWindow(*environment).size(), QSize(420, 333));
+}
+
+TEST_F(TodayWindowTest, KeysOfListsActOnWhatIsSelectedHere) {
+    environment->preferences().set("tesserine.reduceMotion", true);
+    Commands commands(environment->preferences());
+    CDTask& task = addTask("Call Ann today");
+    TodayWindow window(*environment);
+    window.takeKeys(commands);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    auto& list = *window.findChild<TaskListView*>();
+    list.setFocus();
+    list.selectTask(*task.id);
+    QTest::keyClick(&list, Qt::Key_1);
+    EXPECT_EQ(task.priority, 1);
+    std::optional<Uuid> opened;
+    QObject::connect(
+        &window, &TodayWindow::chosen, &window, [&](const Place& place) { opened = place.id; });
+    QTest::keyClick(&list, Qt::Key_Return);
+    EXPECT_EQ(opened, *task.id);
+    commands.setKeys("task.complete", {QKeySequence("X")});
+    QTest::keyClick(&list, Qt::Key_Space);
+    EXPECT_FALSE(task.completedAt);
+    QTest::keyClick(&list, Qt::Key_X);
+    EXPECT_TRUE(task.completedAt) << "as the keys were changed";
 }
 
 }  // namespace

@@ -419,6 +419,7 @@ void MainWindow::present() {
 TodayWindow& MainWindow::todayWindow() {
     if (todayWindow_) return *todayWindow_;
     todayWindow_ = std::make_unique<TodayWindow>(environment_);
+    todayWindow_->takeKeys(commands_);
     connect(todayWindow_.get(), &TodayWindow::chosen, this, [this](const Place& place) {
         present();
         go(place);
