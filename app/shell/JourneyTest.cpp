@@ -16,6 +16,7 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSplitter>
 #include <QTabBar>
 
 namespace tesserine::app {
@@ -352,6 +353,8 @@ TEST_F(Journey, TheNextStartGoesOnWhereTheWindowWasClosed) {
     window().openTab({Kind::today});
     press(Qt::Key_Tab, Qt::ControlModifier);  // round to the first
     press(Qt::Key_F9);
+    window().notes().splitter().setSizes({410, 600});
+    const int listWidth = window().notes().splitter().sizes().front();
     window().close();
     closeWindow();
 
@@ -363,6 +366,7 @@ TEST_F(Journey, TheNextStartGoesOnWhereTheWindowWasClosed) {
     EXPECT_EQ(tabs->count(), 2) << "the notebook is gone";
     EXPECT_EQ(tabs->tabText(1), "Today");
     EXPECT_FALSE(window().sidebar().isVisible());
+    EXPECT_EQ(window().notes().splitter().sizes().front(), listWidth);
     press(Qt::Key_F9);
     EXPECT_TRUE(window().sidebar().isVisible());
 }

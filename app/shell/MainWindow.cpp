@@ -457,6 +457,7 @@ void MainWindow::restoreLayout() {
     };
     restoreGeometry(value(geometryKey));
     splitter_->restoreState(value(panesKey));
+    notes_->splitter().restoreState(value(listKey));
     setSidebarVisible(environment_.preferences().boolean(sidebarKey).value_or(true));
 }
 
@@ -489,6 +490,7 @@ void MainWindow::keepLayout() {
         Preferences& preferences = environment_.preferences();
         preferences.set(geometryKey, saveGeometry().toBase64().toStdString());
         preferences.set(panesKey, splitter_->saveState().toBase64().toStdString());
+        preferences.set(listKey, notes_->splitter().saveState().toBase64().toStdString());
         preferences.set(sidebarKey, !left_->parentWidget()->isHidden());
         preferences.set(tabsKey, openTabs().text());
     } catch (const UserError& error) {
