@@ -496,10 +496,25 @@ TEST_F(Journey, CommandsActOnTheChosenNotes) {
     press(Qt::Key_Return);
     settle();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), NoteService::noteURL(*plan.id));
+    const QAction& pin = commands().action("note.pin");
     clickPlace({Kind::today});
-    commands().trigger("note.copyLink");
-    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), NoteService::noteURL(*plan.id))
-        << "no note is chosen among the tasks";
+    EXPECT_FALSE(pin.isEnabled()) << "no note is chosen among the tasks";
+    commands().action("note.copyLink").trigger();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), NoteService::noteURL(*plan.id));
+    addNote("Bill");
+    clickPlace({Kind::allNotes});
+    EXPECT_TRUE(pin.isEnabled());
+    list().view().clearSelection();
+    EXPECT_FALSE(pin.isEnabled());
+    list().view().selectAll();
+    EXPECT_TRUE(pin.isEnabled());
+    clickNote(0);
+    window().close();
+    closeWindow();
+    window();
+    commands().trigger("note.pin");
+    EXPECT_TRUE(bool(context().find<CDNote>(list().selected().front())->isPinned))
+        << "where the window goes on, too";
 }
 
 TEST_F(Journey, TagsOfSeveralNotesAreChangedAtOnce) {

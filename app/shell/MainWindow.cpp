@@ -53,6 +53,17 @@ constexpr int sidebarWidth = 232;
 constexpr int narrowestSidebar = 160;
 constexpr int widestSidebar = 420;
 
+/// What is done to the notes that are chosen. Moving to the trash is not: a place of the sidebar
+/// may be meant.
+constexpr const char* ofChosenNotes[] = {
+    "note.pin",
+    "note.tags",
+    "note.move",
+    "note.copyLink",
+    "note.duplicate",
+    "note.saveAsTemplate",
+    "note.export"};
+
 /// A column of the window, without any space of its own.
 QVBoxLayout* makeColumn(QSplitter* splitter) {
     auto* const column = new QVBoxLayout(new QWidget(splitter));
@@ -361,6 +372,10 @@ void MainWindow::settle() {
     const bool isSearching =
         notesShown() && !notes_->showsList() && !searchField_->text().trimmed().isEmpty();
     commands_.action("search.save").setEnabled(isSearching);
+    const bool areNotesChosen = !chosenNotes().empty();
+    for (const char* const command : ofChosenNotes) {
+        commands_.action(command).setEnabled(areNotesChosen);
+    }
 }
 
 void MainWindow::followNote(const std::optional<Uuid>& note) {

@@ -128,9 +128,7 @@ public:
         on("list.selectAll", [&window = window_] {
             if (window.notes().showsList()) window.notes().list().view().selectAll();
         });
-        // It is offered already where the window goes on with a search.
-        commands_.on(
-            "search.save", &window_, [&window = window_] { window.searchResults().keep(); });
+        onSettled("search.save", [&window = window_] { window.searchResults().keep(); });
         on("notebook.new", [&window = window_] { window.sidebar().createNotebook(); });
     }
 
@@ -162,7 +160,7 @@ public:
             assistant->open();
         });
         on("library.calendar", [*this] { exportTasks(environment_, &window_, exported()); });
-        on("note.export", [*this] {
+        onSettled("note.export", [*this] {
             const auto notes = chosen();
             if (notes.empty()) return;
             exportNote(environment_, notes.front(), &window_, exported());
@@ -184,22 +182,22 @@ public:
     /// What is done to the notes that are chosen; of a search, to the one that is open.
     void notes() const {
         NoteList& list = window_.notes().list();
-        on("note.pin", [*this](bool) {
+        onSettled("note.pin", [*this](bool) {
             const auto notes = chosen();
             actions().setPinned(notes, !actions().arePinned(notes));
         });
         on("note.trash", [*this] { moveToTrash(); });
-        on("note.duplicate", [*this] {
+        onSettled("note.duplicate", [*this] {
             const auto copies = actions().duplicate(chosen());
             if (copies.size() == 1) window_.go({Kind::note, copies.front()});
         });
-        on("note.saveAsTemplate", [*this] {
+        onSettled("note.saveAsTemplate", [*this] {
             for (const Uuid& note : chosen()) {
                 actions().saveAsTemplate(note);
             }
         });
-        on("note.tags", [*this] { editTags(); });
-        on("note.copyLink", [*this] {
+        onSettled("note.tags", [*this] { editTags(); });
+        onSettled("note.copyLink", [*this] {
             QString links;
             for (const Uuid& note : chosen()) {
                 if (!links.isEmpty()) links += "\n";
@@ -207,7 +205,7 @@ public:
             }
             if (!links.isEmpty()) QApplication::clipboard()->setText(links);
         });
-        on("note.move", [*this] { askNotebook(chosen()); });
+        onSettled("note.move", [*this] { askNotebook(chosen()); });
         QObject::connect(&list, &NoteList::moveWanted, &window_, [*this](const auto& notes) {
             if (window_.save()) askNotebook(notes);
         });
@@ -228,6 +226,12 @@ private:
         if (!commands_.action(command).isEnabled()) {
             commands_.on(command, &window_, std::move(handle));
         }
+    }
+
+    /// Whether it is offered, `MainWindow::settle` says; it may have done so already.
+    template <class Handle>
+    void onSettled(std::string_view command, Handle handle) const {
+        commands_.on(command, &window_, std::move(handle));
     }
 
     void openImport(const QStringList& files) const {
