@@ -371,6 +371,29 @@ TEST_F(Journey, TheNextStartGoesOnWhereTheWindowWasClosed) {
     EXPECT_TRUE(window().sidebar().isVisible());
 }
 
+TEST_F(Journey, AStartAmongTasksHasTheKeysThere) {
+    environment->preferences().set("tesserine.reduceMotion", true);
+    const CDTask& task = addTask("Call Ann today");
+    for (const auto& [where, keys] : {
+             std::pair{Kind::today, "taskList"},
+             std::pair{Kind::calendar, "calendarGrid"},
+             std::pair{Kind::completed, "sidebar"},  // nothing is listed yet
+         }) {
+        window().go({where});
+        window().close();
+        closeWindow();
+        window();
+        ASSERT_NE(QApplication::focusWidget(), nullptr) << keys;
+        EXPECT_EQ(QApplication::focusWidget()->objectName(), keys);
+    }
+    window().go({Kind::today});
+    window().close();
+    closeWindow();
+    press(Qt::Key_Down);
+    press(Qt::Key_Space);
+    EXPECT_TRUE(task.completedAt);
+}
+
 TEST_F(Journey, ASearchThatTheNextStartGoesOnWithCanBeKept) {
     window().go({.kind = Kind::search, .text = "ferry"});
     window().close();

@@ -113,6 +113,7 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
     restoreLayout();
     restoreTabs();
     returnTo(current());
+    sidebar_->setFocus();  // where nothing is listed; not the button that hides it
     focusContent();
     afterFirstPaint(*this, [this] { notes_->beginToFollow(); });
 }

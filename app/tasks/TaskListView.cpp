@@ -227,12 +227,21 @@ bool TaskListView::setExpanded(bool isExpanded) {
     return true;
 }
 
+/// Where the keys have just come to the list, the first task is framed but not selected.
+bool TaskListView::selectCurrent() {
+    if (selectionModel()->hasSelection() || !currentIndex().isValid()) return false;
+    selectionModel()->select(currentIndex(), QItemSelectionModel::Select);
+    return true;
+}
+
 void TaskListView::keyPressEvent(QKeyEvent* event) {
     const bool isLeftToRight = layoutDirection() == Qt::LeftToRight;
     const int expands = isLeftToRight ? Qt::Key_Right : Qt::Key_Left;
     const int collapses = isLeftToRight ? Qt::Key_Left : Qt::Key_Right;
     if (event->key() == expands && setExpanded(true)) return;
     if (event->key() == collapses && setExpanded(false)) return;
+    const bool isArrow = event->key() == Qt::Key_Down || event->key() == Qt::Key_Up;
+    if (isArrow && event->modifiers() == Qt::NoModifier && selectCurrent()) return;
     QListView::keyPressEvent(event);
 }
 

@@ -68,6 +68,7 @@ private:
     bool isManual() const;
     std::optional<Instant> dayAt(int row) const;
     bool setExpanded(bool isExpanded);
+    bool selectCurrent();
     QModelIndex taskBeside(int first, int last) const;
     void selectNext();
     void selectAwaited();

@@ -194,7 +194,7 @@ std::optional<Uuid> TasksPage::editedTask() const {
 
 void TasksPage::focusPage() {
     QWidget& content = *stack_->currentWidget()->focusProxy();
-    if (content.isVisible()) content.setFocus();
+    if (content.isVisibleTo(this)) content.setFocus();  // also before the window is shown
 }
 
 bool TasksPage::isCalendar() const { return stack_->currentWidget() == calendar_; }
