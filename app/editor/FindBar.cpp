@@ -3,6 +3,7 @@
 #include "app/commands/Commands.h"
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
+#include "core/body/PlainText.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -30,20 +31,38 @@ QLineEdit* field(const QString& name, const QString& purpose, QWidget* parent) {
     return made;
 }
 
-/// Where the words stand, in the order of the text. A no-break space counts as a space.
-std::vector<PassageRange> occurrences(const QTextDocument& note, const QString& words) {
+/// Where `sought` stands in a paragraph that begins at `position`.
+void addPlaces(
+    std::vector<PassageRange>& places, int position, const QString& text, const QString& sought) {
+    qsizetype at = text.indexOf(sought, 0, Qt::CaseInsensitive);
+    for (; at >= 0; at = text.indexOf(sought, at + sought.size(), Qt::CaseInsensitive)) {
+        places.push_back(
+            {static_cast<std::size_t>(position + at), static_cast<std::size_t>(sought.size())});
+    }
+}
+
+bool isObject(const NoteDocument& note, const PassageRange& range) {
+    return note.characterAt(static_cast<int>(range.start)) == QChar::ObjectReplacementCharacter;
+}
+
+/// Where the words stand, in the order of the text. A no-break space counts as a space. A table
+/// and whatever else is one object is one place, however often they stand in it.
+std::vector<PassageRange> occurrences(const NoteDocument& note, const QString& words) {
     std::vector<PassageRange> places;
     if (words.isEmpty()) return places;
+    std::vector<PassageRange> objects;
     for (QTextBlock block = note.begin(); block.isValid(); block = block.next()) {
         const QString text = block.text().replace(QChar::Nbsp, u' ');
-        qsizetype at = text.indexOf(words, 0, Qt::CaseInsensitive);
-        while (at >= 0) {
-            places.push_back(
-                {static_cast<std::size_t>(block.position() + at),
-                 static_cast<std::size_t>(words.size())});
-            at = text.indexOf(words, at + words.size(), Qt::CaseInsensitive);
-        }
+        addPlaces(places, block.position(), text, words);
+        addPlaces(objects, block.position(), text, QString(QChar::ObjectReplacementCharacter));
     }
+    for (const PassageRange& range : objects) {
+        const std::string& object = note.styleAt(static_cast<int>(range.start)).object;
+        QString text = QString::fromStdString(PlainText::fromHTML(object));
+        text.replace(QChar::Nbsp, u' ');
+        if (text.contains(words, Qt::CaseInsensitive)) places.push_back(range);
+    }
+    std::ranges::sort(places, {}, &PassageRange::start);
     return places;
 }
 
@@ -62,12 +81,12 @@ FindBar::FindBar(Commands& commands, BodyEdit& body, QWidget* parent)
     setBackgroundRole(QPalette::AlternateBase);
     layOut();
     connect(sought_, &QLineEdit::textChanged, this, &FindBar::search);
-    connect(sought_, &QLineEdit::returnPressed, this, [this] { go({}); });
+    connect(sought_, &QLineEdit::returnPressed, this, [this] { go(Direction::forward); });
     connect(replacement_, &QLineEdit::returnPressed, this, &FindBar::replaceOne);
     commands.on("find.open", this, [this] { open(Purpose::find); });
     commands.on("find.replace", this, [this] { open(Purpose::replace); });
-    commands.on("find.next", this, [this] { go({}); });
-    commands.on("find.previous", this, [this] { go(QTextDocument::FindBackward); });
+    commands.on("find.next", this, [this] { go(Direction::forward); });
+    commands.on("find.previous", this, [this] { go(Direction::backward); });
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, [this] {
         if (!body_.isLoading()) markAll();  // otherwise what comes in starts it again
@@ -86,8 +105,8 @@ void FindBar::layOut() {
     auto* const all = new QPushButton("Replace All", replacing_);
     all->setObjectName("replaceAll");
     count_->setForegroundRole(QPalette::PlaceholderText);
-    connect(next, &QToolButton::clicked, this, [this] { go({}); });
-    connect(previous, &QToolButton::clicked, this, [this] { go(QTextDocument::FindBackward); });
+    connect(next, &QToolButton::clicked, this, [this] { go(Direction::forward); });
+    connect(previous, &QToolButton::clicked, this, [this] { go(Direction::backward); });
     connect(closing, &QToolButton::clicked, this, &QWidget::hide);
     connect(one, &QPushButton::clicked, this, &FindBar::replaceOne);
     connect(all, &QPushButton::clicked, this, &FindBar::replaceAll);
@@ -148,7 +167,7 @@ void FindBar::search() {
     QTextCursor here = body_.textCursor();
     here.setPosition(here.selectionStart());
     body_.setTextCursor(here);
-    go({});
+    go(Direction::forward);
 }
 
 /// Marks and counts every place.
@@ -159,23 +178,34 @@ void FindBar::markAll() {
     showCount();
 }
 
-void FindBar::go(QTextDocument::FindFlags flags) {
-    if (sought_->text().isEmpty()) return showCount();
-    QTextCursor place = body_.note().find(sought_->text(), body_.textCursor(), flags);
-    if (place.isNull()) {
-        QTextCursor end(&body_.note());
-        if (flags & QTextDocument::FindBackward) end.movePosition(QTextCursor::End);
-        place = body_.note().find(sought_->text(), end, flags);
+/// From the cursor on, and around at the end.
+void FindBar::go(Direction direction) {
+    const bool isBehind = !isVisible() || timer_.isActive();
+    if (isBehind) found_ = occurrences(body_.note(), sought_->text());
+    if (found_.empty()) return showCount();
+    QTextCursor cursor = body_.textCursor();
+    auto place = found_.cbegin();
+    if (direction == Direction::forward) {
+        const auto from = static_cast<std::size_t>(cursor.selectionEnd());
+        place = std::ranges::lower_bound(found_, from, {}, &PassageRange::start);
+        if (place == found_.cend()) place = found_.cbegin();
+    } else {
+        const auto to = static_cast<std::size_t>(cursor.selectionStart());
+        place = std::ranges::upper_bound(found_, to, {}, &PassageRange::end);
+        if (place == found_.cbegin()) place = found_.cend();
+        --place;
     }
-    if (!place.isNull()) {
-        body_.setTextCursor(place);
-        body_.ensureCursorVisible();
-    }
+    cursor.setPosition(static_cast<int>(place->start));
+    cursor.setPosition(static_cast<int>(place->end()), QTextCursor::KeepAnchor);
+    body_.setTextCursor(cursor);
+    body_.ensureCursorVisible();
     showCount();
 }
 
+/// Goes past a table, whose words are changed in the table only.
 void FindBar::replaceOne() {
     const QString selected = body_.textCursor().selectedText().replace(QChar::Nbsp, u' ');
+    if (selected == QChar::ObjectReplacementCharacter) return go(Direction::forward);
     const bool isFound = selected.compare(sought_->text(), Qt::CaseInsensitive) == 0;
     if (isFound && !sought_->text().isEmpty() && !body_.isReadOnly()) {
         body_.edit([this](NoteDocument& note, QTextCursor& cursor) {
@@ -189,6 +219,8 @@ void FindBar::replaceOne() {
 void FindBar::replaceAll() {
     std::vector<PassageRange> places = occurrences(body_.note(), sought_->text());
     if (places.empty() || body_.isReadOnly()) return;
+    std::erase_if(
+        places, [this](const PassageRange& range) { return isObject(body_.note(), range); });
     std::ranges::reverse(places);  // from the last one on, so that none moves before its turn
     marks_.clear();                // every change would move them
     body_.edit([&](NoteDocument& note, QTextCursor& cursor) {

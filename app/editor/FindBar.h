@@ -2,7 +2,6 @@
 
 #include "app/editor/PassageMarks.h"
 
-#include <QTextDocument>
 #include <QTimer>
 #include <QWidget>
 
@@ -16,7 +15,7 @@ namespace tesserine::app {
 class Commands;
 
 /// Finds words in the open note, and replaces them. Case does not matter. What it marks and counts
-/// follows the note when that is changed.
+/// follows the note when that is changed. Words in a table are found, but not replaced.
 class FindBar final : public QWidget {
     Q_OBJECT
 
@@ -33,7 +32,8 @@ private:
     void layOut();
     void search();
     void markAll();
-    void go(QTextDocument::FindFlags flags);
+    enum class Direction { forward, backward };
+    void go(Direction direction);
     void replaceOne();
     void replaceAll();
     void showCount();

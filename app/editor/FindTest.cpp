@@ -71,6 +71,27 @@ TEST_F(FindTest, ANoBreakSpaceCountsAsASpace) {
     EXPECT_EQ(html(), "<p>6 kg and 6 kg, 6 kg</p>");
 }
 
+TEST_F(FindTest, WhatStandsInATableIsFoundAndStaysWhenAllIsReplaced) {
+    const std::string table = "<table><tr><td>Onion</td><td>1&nbsp;onion</td></tr></table>";
+    openNote("<p>|an onion</p>" + table + "<p>onions</p>");
+    commands.trigger("find.replace");
+    look("onion");
+    EXPECT_EQ(count(), "1 of 3");
+    commands.trigger("find.next");
+    EXPECT_EQ(count(), "2 of 3");
+    EXPECT_EQ(editor.body().objectAtCursor(), 9) << "the table";
+    bar().findChild<QLineEdit*>("replaceField")->setText("leek");
+    QTest::keyClick(bar().findChild<QLineEdit*>("replaceField"), Qt::Key_Return);
+    EXPECT_EQ(count(), "3 of 3") << "it goes on";
+    commands.trigger("find.previous");
+    EXPECT_EQ(count(), "2 of 3");
+    bar().findChild<QPushButton*>("replaceAll")->click();
+    EXPECT_EQ(count(), "Replaced 2");
+    EXPECT_EQ(html(), "<p>an leek</p>" + table + "<p>leeks</p>");
+    look("1 onion");
+    EXPECT_EQ(count(), "1 of 1");
+}
+
 TEST_F(FindTest, VeryManyPlacesAreCountedMarkedWhenSeenAndReplacedAsOneStep) {
     std::string body;
     for (int i = 0; i < 1'500; ++i) {
