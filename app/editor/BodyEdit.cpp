@@ -329,6 +329,7 @@ bool BodyEdit::pressTab(int levels) {
 /// Nothing is typed into an object or at the end of a link.
 void BodyEdit::beforeTyping(const QString& text) {
     if (!isTyped(text)) return;
+    keepEnding();
     QTextCursor cursor = textCursor();
     const Kind kind = note_.kind(cursor.block());
     const bool isBeside = note_.isObjectBlock(cursor.block()) || kind == Kind::divider;
@@ -342,6 +343,20 @@ void BodyEdit::beforeTyping(const QString& text) {
     if (!isAtEndOfLink) return;
     editing::removeMark(style, HTMLElement::a);
     setCurrentCharFormat(note_.charFormat(style, note_.paragraph(cursor.block())));
+}
+
+/// Whole paragraphs that are selected with their ending, as three clicks do, are typed over: the
+/// one behind them stays a paragraph of its own.
+void BodyEdit::keepEnding() {
+    QTextCursor cursor = textCursor();
+    const int begin = cursor.selectionStart();
+    const int end = cursor.selectionEnd();
+    const bool areWhole = cursor.hasSelection() && document()->findBlock(begin).position() == begin
+                          && document()->findBlock(end).position() == end;
+    if (!areWhole) return;
+    cursor.setPosition(begin);
+    cursor.setPosition(end - 1, QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
 }
 
 void BodyEdit::afterTyping(const QString& text) {

@@ -127,6 +127,7 @@ private:
     bool pressEnter();
     bool pressTab(int levels);
     void beforeTyping(const QString& text);
+    void keepEnding();
     void afterTyping(const QString& text);
     void repairObjects();
     QPointF documentPoint(const QPoint& point) const;

@@ -295,6 +295,27 @@ TEST_F(BodyEdit, KeysActOnAllThatIsSelected) {
     }
 }
 
+TEST_F(BodyEdit, AParagraphThatIsTypedOverStaysOne) {
+    struct Case {
+        const char* body;
+        const char* result;
+    };
+    for (const auto& [body, result] : {
+             Case{"<p>a</p><p>|b</p><h2>|c</h2>", "<p>a</p><p>x</p><h2>c</h2>"},
+             Case{"<p>|a</p><p>b</p><h2>|c</h2>", "<p>x</p><h2>c</h2>"},
+             Case{"<p>|a</p><hr>", "<p>xa</p><hr>"},
+             Case{"<p>a|a</p><p>|b</p>", "<p>axb</p>"},
+         }) {
+        SCOPED_TRACE(body);
+        openNote(body);
+        const std::string before = html();
+        type("x");
+        EXPECT_EQ(canonicalBody(html()).html, result);
+        commands.trigger("edit.undo");
+        EXPECT_EQ(html(), before);
+    }
+}
+
 TEST_F(BodyEdit, AClickOnTheBoxTicksAnItem) {
     openNote("<p>a</p><ul class=\"ts-checklist\"><li data-checked=\"false\">x</li>"
              "<li data-checked=\"false\">y</li></ul>");
