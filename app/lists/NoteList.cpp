@@ -155,6 +155,11 @@ void NoteList::moveToTrash() { isTrash() ? deleteForGood() : trash(selected()); 
 
 void NoteList::trash(const std::vector<Uuid>& notes) {
     if (notes.empty()) return;
+    const auto isThere = [this](const Uuid& id) {
+        const auto* note = environment_.context().find<CDNote>(id);
+        return note != nullptr && note->trashedAt;
+    };
+    if (std::ranges::all_of(notes, isThere)) return askToDelete(notes);
     actions_.moveToTrash(notes);
     emit movedToTrash(notes);
 }

@@ -32,7 +32,8 @@ public:
     const Place& place() const { return model_->scope().place(); }
     /// Selects the note; one that is not listed yet is selected as soon as it is.
     void choose(const Uuid& note);
-    /// Moves notes to the trash, wherever they are listed, with an offer to undo it.
+    /// Moves notes to the trash, wherever they are listed, with an offer to undo it. Those that are
+    /// there already are deleted for good, after a question.
     void trash(const std::vector<Uuid>& notes);
     /// Puts into a menu what can be done with notes, wherever they are listed.
     void fillMenu(QMenu& menu, const std::vector<Uuid>& notes, bool areInTrash);

@@ -122,6 +122,16 @@ TEST_F(SearchJourney, AResultGoesToTheTrashByItsKeyAndComesBack) {
     restore->click();
     EXPECT_FALSE(context().find<CDNote>(open)->trashedAt);
     EXPECT_NE(first, second);
+
+    environment->notes().moveToTrash(*context().find<CDNote>(open));
+    context().save();
+    environment->search().catchUp();
+    window().go({.kind = Kind::search, .text = "in:trash"});
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
+    results.setFocus();
+    results.setCurrentIndex(results.model()->index(0, 0));
+    press(Qt::Key_Delete);
+    EXPECT_NE(window().findChild<QMessageBox*>(), nullptr) << "before it goes for good";
 }
 
 TEST_F(SearchJourney, ASavedSearchAsksWhatOthersMadeOfIt) {
