@@ -144,6 +144,20 @@ TEST_F(EditorJourney, AnObjectTakesClicksThoughOnlyTheCursorWasDrawnSince) {
     EXPECT_EQ(clicked.back(), place()) << "it moved along with the words before it";
 }
 
+TEST_F(EditorJourney, ATableThatIsSelectedStaysReadable) {
+    openNote("<p>a|</p><table><tr><td>one</td></tr></table>");
+    QTextCursor table = document().find(QString(QChar::ObjectReplacementCharacter));
+    const QPoint ground = editor.body().cursorRect(table).bottomRight() - QPoint(20, 10);
+    const auto lightness = [&] {
+        return editor.body().viewport()->grab().toImage().pixelColor(ground).lightness();
+    };
+    const int usual = lightness();
+    const int selection = editor.body().palette().highlight().color().lightness();
+    editor.body().setTextCursor(table);
+    EXPECT_LT(lightness(), usual) << "it is seen to be selected";
+    EXPECT_GT(lightness(), (usual + selection) / 2 - 10);
+}
+
 TEST_F(EditorJourney, WhatIsDraggedOutOfAListIsNotWrittenIntoANote) {
     openNote("<p>one</p>");
     for (const char* format : {"text/plain", "application/x-tesserine-notes"}) {

@@ -174,6 +174,7 @@ void ObjectRenderer::drawObject(
     }
     case Kind::block: {
         painter->save();
+        painter->fillRect(place, Theme::colors().surface);  // words on that of a selection drown
         painter->translate(place.topLeft());
         QAbstractTextDocumentLayout::PaintContext context;
         context.palette.setColor(QPalette::Text, Theme::colors().text);
