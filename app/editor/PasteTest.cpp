@@ -4,9 +4,12 @@
 #include "core/body/AttributedTextWriter.h"
 #include "core/body/CanonicalBody.h"
 #include "core/model/NoteEntities.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <QClipboard>
 #include <QMimeData>
+#include <QRegularExpression>
+#include <QUrl>
 
 namespace tesserine::app {
 namespace {
@@ -78,6 +81,35 @@ TEST_F(PasterTest, PicturesInAnAddressBecomeAttachments) {
         note.html->find("tesserine-attachment://" + attachments.front()->id->text()),
         std::string::npos);
     EXPECT_EQ(note.html->find("data:"), std::string::npos);
+}
+
+TEST_F(PasterTest, PicturesAndFilesStandApartFromTheWordsAroundThem) {
+    const auto file = [this](const char* name, const std::string& content) {
+        test::putContent(folder / name, content);
+        return QUrl::fromLocalFile(QString::fromStdString((folder / name).string()));
+    };
+    const Bytes picture = png({8, 8}, Qt::red);
+    const std::string bytes(picture.begin(), picture.end());
+    const QList<QUrl> files{file("a.png", bytes), file("b.png", bytes), file("c.txt", "c")};
+    struct Case {
+        const char* before;
+        const char* after;  // without what tells the objects from each other
+    };
+    for (const auto& [before, after] : {
+             Case{"<p>|</p>", "<p><img></p><p><img></p><div></div>"},
+             Case{"<p>ab|</p>", "<p>ab</p><p><img></p><p><img></p><div></div>"},
+             Case{"<p>a|b</p>", "<p>a</p><p><img></p><p><img></p><div></div><p>b</p>"},
+         }) {
+        SCOPED_TRACE(before);
+        openNote(before);
+        auto* const data = new QMimeData;
+        data->setUrls(files);
+        QApplication::clipboard()->setMimeData(data);
+        editor.body().paste();
+        QString seen = QString::fromStdString(html());
+        seen.remove(QRegularExpression("(?<=<img|<div)[^>]*|(?<=>)c.txt"));
+        EXPECT_EQ(seen.toStdString(), after);
+    }
 }
 
 TEST_F(PasterTest, FilesOfOtherNotesAreTakenAlong) {

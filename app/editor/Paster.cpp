@@ -185,17 +185,26 @@ std::optional<std::string> Paster::adopted(const std::string& html) {
         parts_.environment.attachments().clone(context, *source, *note));
 }
 
+/// Pictures stand in paragraphs of their own: the toolkit makes the line before a picture that does
+/// not fit into it as tall as the picture. In a list or a quote they stay in their line.
 void Paster::insertObjects(const std::vector<std::string>& objects) {
+    const NoteDocument& shown = parts_.body.note();
+    const QTextBlock host = parts_.body.textCursor().block();
+    const bool isApart =
+        shown.kind(host) == BlockStyle::Kind::paragraph || shown.isObjectBlock(host);
     std::string html;
     for (const std::string& object : objects) {
-        html += object;
+        const bool isPicture = object.starts_with("<img");
+        html += isPicture && isApart ? "<p>" + object + "</p>" : object;
     }
     if (html.empty() || !parts_.environment.save(&parts_.body)) return;
     AttributedText text = attributedText(html);
     for (AttributedText::Paragraph& paragraph : text.paragraphs) {
-        paragraph.holder = AttributedText::Holder::usual;  // pictures are bare there
+        paragraph.holder = AttributedText::Holder::usual;  // pictures are bare in a list
     }
-    parts_.body.edit([&](NoteDocument& note, QTextCursor& cursor) { note.insert(cursor, text); });
+    parts_.body.edit([&](NoteDocument& note, QTextCursor& cursor) {
+        isApart ? note.insertParagraphs(cursor, text) : note.insert(cursor, text);
+    });
 }
 
 }  // namespace tesserine::app
