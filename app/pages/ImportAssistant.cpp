@@ -105,6 +105,7 @@ QWidget* ImportAssistant::makePreview() {
     duplicates_->addItems(
         {tr("Leave out"), tr("Replace, keeping the old version"), tr("Import beside them")});
     tasks_ = new QCheckBox(tr("Make tasks of tasks, not checklists"), choices_);
+    tasks_->setObjectName("importTasks");
     tasks_->setChecked(true);
     form->addRow(tr("Into notebook"), notebook_);
     form->addRow(tr("Tag all notes"), tag_);
@@ -177,6 +178,7 @@ void ImportAssistant::look() {
     from_->setText(withBreaks(from));
     content_->setText(tr("Looking…"));
     choices_->setVisible(source_->choices == ImportSource::Choices::all);
+    tasks_->setVisible(source_->holdsTasks);
     import_->setEnabled(false);
     showStep(*steps_, previewStep);
     job_.cancel();

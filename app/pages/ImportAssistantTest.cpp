@@ -5,6 +5,7 @@
 #include "app/state/WindowFixture.h"
 
 #include <gtest/gtest.h>
+#include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -86,6 +87,14 @@ TEST_F(ImportAssistantTest, SaysWhyNothingCanBeImported) {
         buttons, [](const QPushButton* button) { return button->text() == "Import"; });
     ASSERT_NE(import, buttons.end());
     EXPECT_FALSE((*import)->isEnabled());
+}
+
+TEST_F(ImportAssistantTest, OffersTasksWhereTheSourceHasSome) {
+    const auto* const tasks = assistant.findChild<QCheckBox*>("importTasks");
+    ASSERT_TRUE(assistant.begin({folder / "Notes"}));
+    EXPECT_TRUE(tasks->isHidden());
+    ASSERT_TRUE(assistant.begin({folder / "Recipes.enex"}));
+    EXPECT_FALSE(tasks->isHidden());
 }
 
 TEST_F(ImportAssistantTest, ImportsFromWhatAFileOrFolderIs) {

@@ -79,6 +79,7 @@ ImportSource enex(AppEnvironment& environment) {
         .text = tr("Text, files, tags, dates, reminders and tasks; compared byte by byte."),
         .picks = ImportSource::Picks::files,
         .filter = tr("Export files (*.enex)"),
+        .holdsTasks = true,
         .takes = [](const fs::path& path) { return endsIn(path, {".enex"}); }};
     use(source, std::make_shared<Held<ENEXImporter>>(environment));
     return source;

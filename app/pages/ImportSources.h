@@ -30,6 +30,7 @@ struct ImportSource {
     QString filter{};  ///< of files, as a file dialog wants it
     /// Whether notebook, tag and the like can be chosen.
     Choices choices = Choices::all;
+    bool holdsTasks = false;  ///< which may become tasks or checklists
     std::function<ImportPreview(
         StoreContext&, const Paths&, const ImportOptions&, const ImportControl&)>
         preview;
