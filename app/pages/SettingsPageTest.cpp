@@ -5,6 +5,7 @@
 #include "app/state/WindowFixture.h"
 #include "core/store/LibraryBackup.h"
 #include "search/SearchSynonyms.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <QCheckBox>
@@ -56,6 +57,19 @@ public:
     SettingsPage page{*environment};
     std::vector<std::string> changed;
 };
+
+TEST_F(SettingsPageTest, AFileWithSeveralNamesTakesItsRoomOnce) {
+    const std::filesystem::path file = setting().library / "one";
+    test::putContent(file, {});
+    std::filesystem::resize_file(file, 40'000'000);
+    std::filesystem::create_hard_link(file, setting().library / "other");
+    SettingsPage shown(*environment);
+    shown.showPage("storage");
+    const auto* const size = shown.findChild<QLabel*>("librarySize");
+    ASSERT_TRUE(waitUntil([&] { return !size->text().isEmpty(); }));
+    EXPECT_TRUE(size->text().startsWith("4")) << size->text().toStdString();
+    EXPECT_TRUE(size->text().endsWith(" MB without its backups.")) << size->text().toStdString();
+}
 
 TEST_F(SettingsPageTest, WhatIsChangedIsKeptAndToldAtOnce) {
     Preferences& preferences = environment->preferences();

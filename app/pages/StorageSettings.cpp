@@ -10,9 +10,12 @@
 #include <QDir>
 #include <QLabel>
 #include <QPushButton>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <memory>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace tesserine::app {
@@ -24,14 +27,18 @@ struct Facts {
     std::vector<LibraryBackup> backups{};
 };
 
+/// Attached files that are equal are one file on the disk, with several names.
 std::uint64_t sizeOf(const std::filesystem::path& folder, const std::filesystem::path& without) {
     std::uint64_t size = 0;
+    std::set<std::pair<dev_t, ino_t>> counted;
     std::error_code ignored;
     auto entry = std::filesystem::recursive_directory_iterator(folder, ignored);
     for (; entry != std::filesystem::recursive_directory_iterator(); entry.increment(ignored)) {
         if (entry->path() == without) entry.disable_recursion_pending();
-        if (entry->is_regular_file(ignored)) size += entry->file_size(ignored);
-        if (ignored) ignored.clear();
+        struct stat file {};
+        const bool isFile = ::lstat(entry->path().c_str(), &file) == 0 && S_ISREG(file.st_mode);
+        if (!isFile || !counted.emplace(file.st_dev, file.st_ino).second) continue;
+        size += static_cast<std::uint64_t>(file.st_size);
     }
     return size;
 }
