@@ -1,6 +1,7 @@
 #include "app/assistant/UpdateNotice.h"
 
 #include "app/assistant/UpdateDialog.h"
+#include "app/look/HandKeysOn.h"
 #include "app/look/IconButton.h"
 #include "app/look/PageParts.h"
 #include "app/state/AppEnvironment.h"
@@ -90,6 +91,11 @@ void UpdateNotice::follow() {
     setAccessibleName(text_->text());
     details_->setVisible(hasOffer);
     setVisible(!isPutOff_ && !text_->text().isEmpty() && (wasAsked_ || hasOffer));
+}
+
+void UpdateNotice::hideEvent(QHideEvent* event) {
+    QFrame::hideEvent(event);
+    handKeysOn(*this, *window());
 }
 
 void UpdateNotice::showDetails() { (new UpdateDialog(work_, downloads_, window()))->open(); }

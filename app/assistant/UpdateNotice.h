@@ -37,6 +37,7 @@ private:
     void build();
     void follow();
     void showDetails();
+    void hideEvent(QHideEvent* event) override;
 
     AppEnvironment& environment_;
     const std::filesystem::path downloads_;

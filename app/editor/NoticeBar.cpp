@@ -35,7 +35,7 @@ NoticeBar::NoticeBar(QWidget* parent)
 }
 
 void NoticeBar::tell(const QString& text, const std::vector<Action>& actions, Lasting lasting) {
-    if (focusProxy() != nullptr) handKeysOn(*this, *focusProxy());  // the button may go
+    leaveKeys();  // the button may go
     while (QLayoutItem* const item = buttons_->takeAt(0)) {
         if (item->widget() != nullptr) item->widget()->deleteLater();
         delete item;
@@ -54,7 +54,11 @@ void NoticeBar::tell(const QString& text, const std::vector<Action>& actions, La
 
 void NoticeBar::hideEvent(QHideEvent* event) {
     QFrame::hideEvent(event);
-    if (focusProxy() != nullptr) handKeysOn(*this, *focusProxy());
+    leaveKeys();
+}
+
+void NoticeBar::leaveKeys() {
+    handKeysOn(*this, focusProxy() != nullptr ? *focusProxy() : *window());
 }
 
 QString NoticeBar::text() const { return isHidden() ? QString() : label_->text(); }

@@ -23,7 +23,7 @@ public:
         std::function<void()> act;
     };
 
-    /// Gives the keys to its focus proxy, if there is one, when it goes.
+    /// Gives the keys to its focus proxy, else to its window, when it goes.
     explicit NoticeBar(QWidget* parent = nullptr);
 
     /// Shows `text` in the place of what was shown.
@@ -35,6 +35,7 @@ public:
 
 private:
     void hideEvent(QHideEvent* event) override;
+    void leaveKeys();
 
     QLabel* const label_;
     QHBoxLayout* const buttons_;

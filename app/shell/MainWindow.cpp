@@ -524,6 +524,12 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
     QApplication::sendEvent(chosen, &menu);
 }
 
+/// What had the keys is gone, such as a line at the top.
+void MainWindow::focusInEvent(QFocusEvent* event) {
+    QMainWindow::focusInEvent(event);
+    focusContent();
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (!save()) return event->ignore();
     keepLayout();

@@ -1,8 +1,10 @@
 #include "app/shell/NotificationLines.h"
 
 #include "app/editor/NoticeBar.h"
+#include "app/shell/ShellFixture.h"
 
 #include <gtest/gtest.h>
+#include <QDialog>
 #include <QPushButton>
 
 #include <string>
@@ -55,6 +57,37 @@ TEST(NotificationLines, EachStaysUntilItIsActedOnAndIsReplacedByItsSuccessor) {
     lines.withdraw("note-2");
     lines.withdraw("task-1");
     EXPECT_EQ(shownTexts(lines), "");
+}
+
+class LinesInTheWindow : public test::ShellFixture {};
+
+TEST_F(LinesInTheWindow, LeaveTheKeysToTheListAndToNoButtonThatComesNext) {
+    CDNote& bill = addNote("Bill of May", "<p>Not paid yet.</p>");
+    environment->notes().addTag(bill, *environment->tags().findOrCreate(context(), "open"));
+    context().save();
+    auto* const lines = new NotificationLines(&window());
+    window().setNoticeLine(lines);
+    const auto chosen = [&] {
+        lines->show({.identifier = "1", .title = "Call Ana", .actions = {{"open", "Open"}}});
+        settle();
+        auto* const button = lines->findChild<QPushButton*>();
+        button->setFocus();
+        EXPECT_TRUE(button->hasFocus());
+        return button;
+    };
+    const auto hasList = [&] { return list().isAncestorOf(window().focusWidget()); };
+    chosen()->click();
+    EXPECT_TRUE(hasList());
+    press(Qt::Key_Space);
+    EXPECT_EQ(bill.tags.all().size(), 1U) << "the button that takes the tag off stands below";
+
+    chosen();
+    QDialog question(&window());
+    question.open();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&question));
+    lines->withdraw("1");
+    question.close();
+    EXPECT_TRUE(waitUntil(hasList)) << "also behind a dialog";
 }
 
 }  // namespace
