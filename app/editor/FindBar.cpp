@@ -1,6 +1,7 @@
 #include "app/editor/FindBar.h"
 
 #include "app/commands/Commands.h"
+#include "app/look/FlowLayout.h"
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
 #include "core/body/PlainText.h"
@@ -14,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <initializer_list>
 
 namespace tesserine::app {
 namespace {
@@ -26,7 +28,7 @@ QLineEdit* field(const QString& name, const QString& purpose, QWidget* parent) {
     made->setPlaceholderText(purpose);
     made->setAccessibleName(purpose);
     made->setClearButtonEnabled(true);
-    made->setMinimumWidth(180);
+    made->setMinimumWidth(60);
     made->setMaximumWidth(320);
     return made;
 }
@@ -111,24 +113,25 @@ void FindBar::layOut() {
     connect(one, &QPushButton::clicked, this, &FindBar::replaceOne);
     connect(all, &QPushButton::clicked, this, &FindBar::replaceAll);
 
-    auto* const finding = new QHBoxLayout;
-    finding->setSpacing(space::small);
-    finding->addWidget(sought_);
-    finding->addWidget(previous);
-    finding->addWidget(next);
-    finding->addWidget(count_, 1);
-    finding->addWidget(closing);
-    auto* const replacing = new QHBoxLayout(replacing_);
-    replacing->setContentsMargins(0, 0, 0, 0);
-    replacing->setSpacing(space::small);
-    replacing->addWidget(replacement_);
-    replacing->addWidget(one);
-    replacing->addWidget(all);
-    replacing->addStretch(1);
+    // What has no room in one line goes on in the next.
+    auto* const finding = new FlowLayout(space::small);
+    using Parts = std::initializer_list<QWidget*>;
+    for (QWidget* const part : Parts{sought_, previous, next, count_}) {
+        part->setMinimumHeight(sought_->sizeHint().height());
+        finding->addWidget(part);
+    }
+    auto* const replacing = new FlowLayout(space::small, replacing_);
+    for (QWidget* const part : Parts{replacement_, one, all}) {
+        replacing->addWidget(part);
+    }
+    auto* const first = new QHBoxLayout;
+    first->setSpacing(space::small);
+    first->addLayout(finding, 1);
+    first->addWidget(closing, 0, Qt::AlignTop);
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(space::huge, space::small, space::small, space::small);
     column->setSpacing(space::small);
-    column->addLayout(finding);
+    column->addLayout(first);
     column->addWidget(replacing_);
 }
 

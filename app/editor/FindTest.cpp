@@ -28,6 +28,35 @@ public:
     }
 };
 
+TEST_F(FindTest, NothingIsCoveredInTheNarrowestEditor) {
+    openNote("<p>|tea</p>");
+    commands.trigger("find.replace");
+    look("tea");
+    const QWidget* const replacing = bar().findChild<QLineEdit*>("replaceField")->parentWidget();
+    const QWidget* const panel = editor.findChild<QWidget*>("sidePanel");
+    for (const bool hasPanel : {false, true}) {
+        SCOPED_TRACE(hasPanel);
+        if (hasPanel) commands.trigger("note.versions");
+        editor.resize(320, 600);
+        settle();
+        EXPECT_EQ(editor.width(), 320);
+        EXPECT_GE(editor.body().width(), 160);
+        EXPECT_TRUE(editor.rect().contains(bar().geometry()));
+        EXPECT_TRUE(panel->isHidden() || editor.rect().contains(panel->geometry()));
+        for (const QWidget* const line : {static_cast<const QWidget*>(&bar()), replacing}) {
+            QRegion taken;
+            for (const QObject* const child : line->children()) {
+                const auto* const part = qobject_cast<const QWidget*>(child);
+                if (part == nullptr) continue;
+                EXPECT_FALSE(taken.intersects(part->geometry()))
+                    << child->metaObject()->className();
+                EXPECT_TRUE(line->rect().contains(part->geometry()));
+                taken += part->geometry();
+            }
+        }
+    }
+}
+
 TEST_F(FindTest, GoesFromPlaceToPlaceAndAround) {
     openNote("<p>|Tea, then tea</p><h1>TEA</h1>");
     commands.trigger("find.open");

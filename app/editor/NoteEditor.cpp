@@ -363,6 +363,11 @@ void NoteEditor::hideEvent(QHideEvent* event) {
     offerCommands();
 }
 
+void NoteEditor::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    panel_->fit(width());
+}
+
 /// Out of the trash.
 void NoteEditor::restore() {
     CDNote* const note = open_.note();

@@ -95,6 +95,7 @@ private:
     void changeEvent(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void followPreferences();
     void readDictionary();
     void zoom(int step);

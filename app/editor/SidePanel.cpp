@@ -34,7 +34,9 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int panelWidth = 260;
+constexpr int narrowest = 160;
+constexpr int widest = 260;
+constexpr int roomForNote = 300;
 constexpr int refreshDelay = 400;  // milliseconds
 
 struct Tab {
@@ -80,7 +82,8 @@ SidePanel::SidePanel(Commands& commands, Parts parts, QWidget* parent)
     setObjectName("sidePanel");
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Window);
-    setFixedWidth(panelWidth);
+    setMinimumWidth(narrowest);
+    setMaximumWidth(widest);
     layOut();
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &SidePanel::fill);
@@ -146,6 +149,10 @@ void SidePanel::toggle(Part part, bool isOn) {
 
 void SidePanel::refresh() {
     if (isVisible()) timer_.start(refreshDelay);
+}
+
+void SidePanel::fit(int width) {
+    setMaximumWidth(std::clamp(width - roomForNote, narrowest, widest));
 }
 
 void SidePanel::showEvent(QShowEvent* event) {

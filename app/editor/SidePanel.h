@@ -39,6 +39,8 @@ public:
     void open(Part part);
     /// The note changed or is another one: shows it, soon.
     void refresh();
+    /// Leaves the note room in this width of both, in pixels.
+    void fit(int width);
 
 signals:
     void noteChosen(const tesserine::Uuid& id);

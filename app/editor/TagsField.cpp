@@ -41,7 +41,8 @@ TagsField::TagsField(AppEnvironment& environment, OpenNote& open, QWidget* paren
     field_->setAccessibleName("Add tag");
     field_->setPlaceholderText("Add tag");
     field_->setFrame(false);
-    field_->setFixedWidth(140);
+    field_->setMinimumWidth(60);
+    field_->setMaximumWidth(140);
     field_->installEventFilter(this);
     flow_->setContentsMargins(0, 0, 0, 0);
     flow_->addWidget(field_);
