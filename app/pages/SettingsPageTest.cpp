@@ -134,7 +134,9 @@ TEST_F(SettingsPageTest, WhatWasTypedIsKeptWhenTheSettingsAreClosedOrAnotherArea
 }
 
 TEST_F(SettingsPageTest, BacksUpAndChecksWhatIsThere) {
-    addNote("Plan");
+    environment->attachments().insert(
+        context(), addNote("Plan"), {.filename = "bill.pdf", .data = {'a'}});
+    context().save();
     at("storage");
     ASSERT_TRUE(waitUntil([&] { return text("backups") == "There is no backup yet."; }));
     press("Back Up Now");
@@ -142,6 +144,8 @@ TEST_F(SettingsPageTest, BacksUpAndChecksWhatIsThere) {
         waitUntil([&] { return text("backups") == "One backup, of 14 March 2026, 09:00."; }));
     press("Check Now");
     EXPECT_TRUE(waitUntil([&] { return text("careResult").starts_with("Everything is in order"); }))
+        << text("careResult");
+    EXPECT_TRUE(text("careResult").ends_with(" 1 note body, 1 attached file."))
         << text("careResult");
 }
 

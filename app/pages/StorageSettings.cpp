@@ -63,10 +63,10 @@ QString backupsText(const std::vector<LibraryBackup>& backups, const Calendar& c
 QString reportText(const LibraryReport& report) {
     if (report.wasStopped) return StorageSettings::tr("The check was stopped.");
     if (report.isClean()) {
-        return StorageSettings::tr("Everything is in order: %1 objects, %2 note bodies, %3 files.")
+        return StorageSettings::tr("Everything is in order: %1 objects, %2, %3.")
             .arg(report.objects)
-            .arg(report.bodies)
-            .arg(report.files);
+            .arg(shownCount(report.bodies, "note body", "note bodies"))
+            .arg(shownCount(report.attachments, "attached file", "attached files"));
     }
     QStringList lines{StorageSettings::tr("%1 of %2 problems could be repaired.")
                           .arg(report.repairedCount())
