@@ -23,6 +23,7 @@ public:
         : QWidget(&list), id(subtask), circle_(new TickButton(this)), title_(new QLineEdit(this)) {
         title_->setFrame(false);
         title_->setAccessibleName("Subtask");
+        title_->setPlaceholderText("Untitled task");
         auto* const away = new IconButton("close", "Delete subtask", this);
         away->setIconSize({12, 12});
         auto* const layout = new QHBoxLayout(this);

@@ -70,6 +70,7 @@ void TaskActions::askRemove(const Tasks& tasks) {
         host_);
     question->setObjectName("deleteTasks");
     question->setAttribute(Qt::WA_DeleteOnClose);
+    question->setDefaultButton(QMessageBox::Cancel);
     question->setInformativeText("Tasks do not go to the trash. This cannot be undone.");
     auto* const button = question->addButton("Delete Permanently", QMessageBox::DestructiveRole);
     connect(button, &QPushButton::clicked, this, [this, tasks] { commands_.remove(tasks); });

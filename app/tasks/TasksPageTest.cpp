@@ -154,8 +154,8 @@ TEST_F(TasksPageTest, ActsOnAllThatIsSelected) {
     QTest::keyClick(&list, Qt::Key_Delete);
     auto* const question = page.findChild<QMessageBox*>("deleteTasks");
     ASSERT_NE(question, nullptr);
-    question->button(QMessageBox::Cancel)->click();
-    EXPECT_EQ(titles(), "a | b | c");
+    question->defaultButton()->click();
+    EXPECT_EQ(titles(), "a | b | c") << "nothing is lost by a hasty Return";
     settle();
     QApplication::setActiveWindow(&page);
     QTest::keyClick(&list, Qt::Key_Space);

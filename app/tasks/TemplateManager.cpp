@@ -289,6 +289,7 @@ void TemplateManager::askRemove() {
         this);
     question->setObjectName("deleteTemplateQuestion");
     question->setAttribute(Qt::WA_DeleteOnClose);
+    question->setDefaultButton(QMessageBox::Cancel);
     question->setInformativeText("Tasks that were made of it stay.");
     auto* const button = question->addButton("Delete Permanently", QMessageBox::DestructiveRole);
     connect(button, &QPushButton::clicked, this, [this, id = *shown_] {
