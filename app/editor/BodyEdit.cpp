@@ -437,6 +437,12 @@ void BodyEdit::contextMenuEvent(QContextMenuEvent* event) {
     menu->exec(viewport()->mapToGlobal(point));
 }
 
+/// Files stay where they are, also where they would be moved.
+void BodyEdit::dropEvent(QDropEvent* event) {
+    QTextEdit::dropEvent(event);
+    if (isFileDrag(*event->mimeData())) event->setDropAction(Qt::CopyAction);
+}
+
 void BodyEdit::focusOutEvent(QFocusEvent* event) {
     QTextEdit::focusOutEvent(event);
     emit left();

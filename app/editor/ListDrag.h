@@ -3,6 +3,7 @@
 #include "app/editor/PasteRules.h"
 
 #include <QMimeData>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -15,6 +16,12 @@ inline bool isListDrag(const QMimeData& dragged) {
            && std::ranges::any_of(dragged.formats(), [](const QString& format) {
                   return format.startsWith("application/x-tesserine-");
               });
+}
+
+/// Whether files are being dragged, which are attached and not written.
+inline bool isFileDrag(const QMimeData& dragged) {
+    const auto urls = dragged.urls();
+    return std::ranges::any_of(urls, [](const QUrl& url) { return url.isLocalFile(); });
 }
 
 }  // namespace tesserine::app

@@ -9,6 +9,7 @@
 #include "app/editor/FormatCommands.h"
 #include "app/editor/LinkCommands.h"
 #include "app/editor/LinkCompletion.h"
+#include "app/editor/ListDrag.h"
 #include "app/editor/NoteHeader.h"
 #include "app/editor/NoteObject.h"
 #include "app/editor/NoteSaver.h"
@@ -28,6 +29,7 @@
 #include "base/Files.h"
 
 #include <QAction>
+#include <QDropEvent>
 #include <QEvent>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -126,6 +128,7 @@ void NoteEditor::changeEvent(QEvent* event) {
 }
 
 void NoteEditor::build() {
+    setAcceptDrops(true);
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
     toolBar_ = new EditorToolBar(commands_, this);
@@ -351,6 +354,17 @@ void NoteEditor::offerCommands() {
           "note.pdf"}) {
         commands_.action(id).setEnabled(isSeen);
     }
+}
+
+/// Files that are dropped beside the words, such as on the title, are attached all the same.
+void NoteEditor::dragEnterEvent(QDragEnterEvent* event) {
+    if (isFileDrag(*event->mimeData()) && open_.id() && !body_->isReadOnly()) event->accept();
+}
+
+void NoteEditor::dropEvent(QDropEvent* event) {
+    event->setDropAction(Qt::CopyAction);  // they stay where they are
+    event->accept();
+    paster_->paste(*event->mimeData());
 }
 
 void NoteEditor::showEvent(QShowEvent* event) {

@@ -19,7 +19,9 @@ public:
 
 private:
     void dragEnterEvent(QDragEnterEvent* event) override {
-        isListDrag(*event->mimeData()) ? event->ignore() : QLineEdit::dragEnterEvent(event);
+        const QMimeData& dragged = *event->mimeData();
+        if (isListDrag(dragged) || isFileDrag(dragged)) return event->ignore();
+        QLineEdit::dragEnterEvent(event);
     }
 };
 

@@ -7,6 +7,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <QClipboard>
+#include <QDropEvent>
 #include <QMimeData>
 #include <QRegularExpression>
 #include <QUrl>
@@ -109,6 +110,30 @@ TEST_F(PasterTest, PicturesAndFilesStandApartFromTheWordsAroundThem) {
         QString seen = QString::fromStdString(html());
         seen.remove(QRegularExpression("(?<=<img|<div)[^>]*|(?<=>)c.txt"));
         EXPECT_EQ(seen.toStdString(), after);
+    }
+}
+
+TEST_F(PasterTest, FilesDroppedAnywhereOnTheNoteAreAttachedAndStayWhereTheyAre) {
+    test::putContent(folder / "c.txt", "c");
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString((folder / "c.txt").string()))});
+    data.setText("file:c.txt");
+    auto* const tag = editor.findChild<QLineEdit*>("tagName");
+    for (QWidget* const place :
+         {static_cast<QWidget*>(&editor.title()),
+          static_cast<QWidget*>(tag),
+          editor.body().viewport()}) {
+        CDNote& note = openNote("<p>a|</p>");
+        const QPoint middle = place->rect().center();
+        constexpr Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
+        QDragEnterEvent enter(middle, actions, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(place, &enter);
+        QDropEvent drop(middle, actions, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(place, &drop);
+        EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+        EXPECT_EQ(editor.title().text(), "Plan");
+        EXPECT_EQ(tag->text(), "");
+        EXPECT_EQ(environment->attachments().attachments(note).size(), 1U);
     }
 }
 

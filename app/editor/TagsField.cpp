@@ -41,6 +41,7 @@ TagsField::TagsField(AppEnvironment& environment, OpenNote& open, QWidget* paren
     field_->setAccessibleName("Add tag");
     field_->setPlaceholderText("Add tag");
     field_->setFrame(false);
+    field_->setAcceptDrops(false);  // nothing that is dragged is the name of a tag
     field_->setMinimumWidth(60);
     field_->setMaximumWidth(140);
     field_->installEventFilter(this);
