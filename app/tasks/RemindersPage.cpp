@@ -15,6 +15,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QStackedWidget>
 #include <QStyledItemDelegate>
 #include <QTimer>
@@ -134,6 +135,11 @@ RemindersPage::RemindersPage(AppEnvironment& environment, QWidget* parent)
         if (const auto row = current()) openRow(*row);
     });
     connect(list_, &QWidget::customContextMenuRequested, this, &RemindersPage::showMenu);
+    connect(list_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] {
+        const auto row = current();
+        if (!row || isReloading_) return;
+        emit chosen(row->kind == Kind::task ? std::optional(row->owner) : std::nullopt);
+    });
     connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
         const auto concerns = [](const ObjectChange& change) {
             return change.entity == EntityKind::task || change.entity == EntityKind::note;
@@ -157,6 +163,7 @@ void RemindersPage::open() {
 
 /// The chosen row stays chosen. Where it is gone, that which comes into its place is.
 void RemindersPage::reload() {
+    const QScopedValueRollback reloading(isReloading_, true);
     const auto chosen = current();
     const int before = list_->currentIndex().row();
     model_->reload();

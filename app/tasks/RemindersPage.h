@@ -31,6 +31,9 @@ public:
     void open();
 
 signals:
+    /// Another row was chosen: that of the task, or of a note.
+    void chosen(const std::optional<tesserine::Uuid>& task);
+    /// The task or note was asked for.
     void taskChosen(const tesserine::Uuid& task);
     void noteChosen(const tesserine::Uuid& note);
 
@@ -48,6 +51,7 @@ private:
     RemindersModel* const model_;
     QListView* const list_;
     QStackedWidget* const stack_;
+    bool isReloading_ = false;
 };
 
 }  // namespace tesserine::app

@@ -97,6 +97,9 @@ void TasksPage::followPages() {
     connect(detail_, &TaskDetail::left, this, &TasksPage::focusPage);
     connect(list_, &TaskListPage::templatesAsked, this, &TasksPage::showTemplates);
     connect(reminders_, &RemindersPage::taskChosen, this, &TasksPage::openDetail);
+    connect(reminders_, &RemindersPage::chosen, this, [this](const auto& task) {
+        if (detail_->isVisible()) showDetail(task);
+    });
     connect(reminders_, &RemindersPage::noteChosen, this, &TasksPage::noteChosen);
     connect(actions_, &TaskActions::templateMade, this, [this](const Uuid& made) {
         showTemplates();

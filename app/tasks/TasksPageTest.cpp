@@ -154,8 +154,9 @@ TEST_F(TasksPageTest, ActsOnAllThatIsSelected) {
     QTest::keyClick(&list, Qt::Key_Delete);
     auto* const question = page.findChild<QMessageBox*>("deleteTasks");
     ASSERT_NE(question, nullptr);
+    ASSERT_EQ(question->defaultButton(), question->button(QMessageBox::Cancel)) << "of a Return";
     question->defaultButton()->click();
-    EXPECT_EQ(titles(), "a | b | c") << "nothing is lost by a hasty Return";
+    EXPECT_EQ(titles(), "a | b | c");
     settle();
     QApplication::setActiveWindow(&page);
     QTest::keyClick(&list, Qt::Key_Space);
@@ -163,6 +164,31 @@ TEST_F(TasksPageTest, ActsOnAllThatIsSelected) {
     EXPECT_EQ(undoSentence(), "Completed 2 tasks");
     QTest::keyClick(&list, Qt::Key_Space);
     EXPECT_EQ(titles(), "") << "the next one was selected";
+}
+
+TEST_F(TasksPageTest, TheTaskBesideTheRemindersIsTheChosenOne) {
+    CDTask& first = addTask("First");
+    CDTask& second = addTask("Second");
+    CDNote& note = addNote("Note", "");
+    environment->tasks().setReminder(first, Instant::parseISO("2026-03-15T08:00:00Z"));
+    environment->tasks().setReminder(second, Instant::parseISO("2026-03-15T09:00:00Z"));
+    environment->notes().setReminder(note, Instant::parseISO("2026-03-15T10:00:00Z"));
+    context().save();
+    show(Place::Kind::reminders);
+    auto& reminders = *page.findChild<QListView*>("reminderList");
+    reminders.setFocus();
+    reminders.setCurrentIndex(reminders.model()->index(1, 0));
+    EXPECT_TRUE(page.detail().isHidden()) << "until one is opened";
+    QTest::keyClick(&reminders, Qt::Key_Return);
+    EXPECT_EQ(page.detail().task(), *first.id);
+    QTest::keyClick(&reminders, Qt::Key_Down);
+    EXPECT_EQ(page.detail().task(), *second.id);
+    QTest::keyClick(&reminders, Qt::Key_Down);
+    EXPECT_EQ(page.detail().task(), std::nullopt) << "it is a note's";
+    QTest::keyClick(&reminders, Qt::Key_Up);
+    environment->tasks().setReminder(second, {});
+    context().save();
+    EXPECT_EQ(page.detail().task(), *second.id) << "nobody has chosen another one";
 }
 
 TEST_F(TasksPageTest, TheNextTaskTakesThePlaceOfOneThatGoes) {
