@@ -321,6 +321,7 @@ void NoteEditor::showSurroundings(const CDNote& note) {
     }
     title_->setReadOnly(isInTrash);
     body_->setReadOnly(isInTrash);
+    header_->tags().setEnabled(!isInTrash);
     offerCommands();
     followConflict(note.hasConflict.valueOr(false));
     header_->refresh();

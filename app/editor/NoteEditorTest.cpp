@@ -209,10 +209,13 @@ TEST_F(NoteEditor, ChangesNoNoteInTheTrash) {
         EXPECT_FALSE(commands.action(command).isEnabled()) << command;
     }
     const QWidget* const bar = editor.findChild<QWidget*>("editorToolBar");
+    const QWidget* const tags = editor.findChild<QWidget*>("tagsField");
     EXPECT_FALSE(bar->isEnabled());
+    EXPECT_FALSE(tags->isEnabled());
     environment->notes().restoreFromTrash(note);
     context().save();
     EXPECT_TRUE(bar->isEnabled());
+    EXPECT_TRUE(tags->isEnabled());
     EXPECT_TRUE(commands.action("format.bold").isEnabled());
 }
 
