@@ -97,6 +97,7 @@ SearchResults::SearchResults(AppEnvironment& environment, QWidget* parent)
 void SearchResults::build() {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);
+    setFocusProxy(list_);
     list_->setModel(model_);
     list_->setItemDelegate(new ResultDelegate(environment_, *model_, list_));
     explanation_->setFont(Theme::font(TextRole::caption));
@@ -163,16 +164,16 @@ void SearchResults::keepAs(const QString& name, const QString& query) {
     box->setObjectName("question");
     box->setTextFormat(Qt::PlainText);
     box->setAttribute(Qt::WA_DeleteOnClose);
-    const auto* const both = box->addButton("Keep Both", QMessageBox::AcceptRole);
+    auto* const both = box->addButton("Keep Both", QMessageBox::AcceptRole);
     connect(both, &QPushButton::clicked, this, [this, name, query] { add(name, query); });
-    auto* const instead = box->addButton("Change It", QMessageBox::AcceptRole);
+    const auto* const instead = box->addButton("Change It", QMessageBox::AcceptRole);
     connect(instead, &QPushButton::clicked, this, [this, query, id = *known.front()->id] {
         auto* const search = environment_.context().find<CDSavedSearch>(id);
         if (search == nullptr) return;
         environment_.savedSearches().setQuery(*search, query.toStdString());
         environment_.save(this);
     });
-    box->setDefaultButton(instead);
+    box->setDefaultButton(both);  // which loses nothing
     box->open();
 }
 

@@ -47,9 +47,10 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
       list_(new NoteList(environment, lists_)),
       right_(new QStackedWidget(splitter_)),
       blank_(new QWidget(right_)),
-      undo_(new UndoBar(this, *list_)) {
+      undo_(new UndoBar(this, *lists_)) {
     lists_->addWidget(list_);
     lists_->setMinimumWidth(narrowestList);
+    lists_->setFocusProxy(list_);
     blank_->setAutoFillBackground(true);
     blank_->setBackgroundRole(QPalette::Base);
     right_->addWidget(blank_);
@@ -111,7 +112,7 @@ void NotesPane::beginToFollow() {
 bool NotesPane::showPlace(const Place& place, const std::optional<Uuid>& note) {
     if (!save()) return false;
     const bool hadKeys = editorHasKeys();
-    lists_->setCurrentWidget(list_);
+    showList(*list_);
     list_->showPlace(place, note);
     const bool isListed = !note || !list_->selected().empty();
     if (!isListed && !isFollowing_) waiting_ = note;
@@ -128,10 +129,15 @@ bool NotesPane::showBeside(QWidget* list, const QAbstractItemModel& lines) {
         lists_->addWidget(list);
         connect(&lines, &QAbstractItemModel::modelReset, this, &NotesPane::showNothingAgain);
     }
-    lists_->setCurrentWidget(list);
+    showList(*list);
     waiting_.reset();
     showNoResult();
     return true;
+}
+
+void NotesPane::showList(QWidget& list) {
+    lists_->setCurrentWidget(&list);
+    lists_->setFocusProxy(&list);  // also of keys that are handed on
 }
 
 bool NotesPane::closeNote() {

@@ -66,6 +66,7 @@ private:
     void makeEditor();
     void makeNothing();
     void showNoResult();
+    void showList(QWidget& list);
     bool editorHasKeys() const;
     bool isTypedOnElsewhere() const;
     void follow(const std::optional<Uuid>& note);

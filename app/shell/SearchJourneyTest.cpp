@@ -5,7 +5,6 @@
 #include "app/search/SearchResults.h"
 #include "app/shell/ShellFixture.h"
 #include "app/tasks/TasksPage.h"
-#include "app/tasks/UndoBar.h"
 #include "search/SearchCoordinator.h"
 
 #include <QContextMenuEvent>
@@ -106,8 +105,7 @@ TEST_F(SearchJourney, AResultGoesToTheTrashByItsKeyAndComesBack) {
     press(Qt::Key_Delete);
     ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
     EXPECT_EQ(openTitle(), second) << "who walks through the results goes on with the next";
-    QTest::mouseClick(
-        window().findChild<UndoBar*>()->findChild<QAbstractButton*>("undo"), Qt::LeftButton);
+    press(Qt::Key_Z, Qt::ControlModifier);
     ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 3; }));
 
     // Who writes in the note stays there when another program throws it away.
@@ -314,7 +312,9 @@ TEST_F(SearchJourney, ASavedSearchIsChangedByKeepingAnotherQueryUnderItsName) {
         auto* dialog = window().findChild<QInputDialog*>("saveSearchDialog");
         dialog->setTextValue("travel");
         dialog->accept();
-        const auto buttons = window().findChild<QMessageBox*>("question")->buttons();
+        const auto* question = window().findChild<QMessageBox*>("question");
+        EXPECT_EQ(question->defaultButton()->text(), "Keep Both") << "nothing is lost by Return";
+        const auto buttons = question->buttons();
         for (QAbstractButton* button : buttons) {
             if (button->text() == answer) button->click();
         }
