@@ -120,7 +120,8 @@ void FindBar::layOut() {
         part->setMinimumHeight(sought_->sizeHint().height());
         finding->addWidget(part);
     }
-    auto* const replacing = new FlowLayout(space::small, replacing_);
+    auto* const replacing = new FlowLayout(space::small);
+    replacing_->setLayout(replacing);
     for (QWidget* const part : Parts{replacement_, one, all}) {
         replacing->addWidget(part);
     }
