@@ -353,10 +353,13 @@ void CalendarGrid::showAll(std::size_t day, const QPoint& globalPlace) {
         constexpr int widest = 320;
         const QString title = fontMetrics().elidedText(
             shownTitle(task.title).replace('&', "&&"), Qt::ElideRight, widest);
-        menu->addAction(
+        QAction* const shownTask = menu->addAction(
             task.time.isEmpty() ? title : task.time + "  " + title, this, [this, id = task.id] {
                 choose(id);
             });
+        QFont font = menu->font();
+        font.setStrikeOut(task.isCompleted);
+        shownTask->setFont(font);
     }
     if (shown.tasks.size() < shown.taskCount) {
         const auto rest = shown.taskCount - shown.tasks.size();

@@ -117,9 +117,25 @@ void CalendarPage::refresh() {
 }
 
 void CalendarPage::showDay() {
-    title_->setText(model_.title());
+    showTitle();
     bar_->setDefaults({.dueDay = model_.day()});
     grid_->refresh();
+}
+
+/// With the short names of months where the long ones do not fit beside the buttons.
+void CalendarPage::showTitle() {
+    constexpr int shortName = 3;
+    QStringList words = model_.title().split(' ');
+    for (QString& word : words) {
+        const bool fits = title_->fontMetrics().horizontalAdvance(word) <= title_->width();
+        if (!fits && word.front().isLetter()) word.truncate(shortName);
+    }
+    title_->setText(words.join(' '));
+}
+
+void CalendarPage::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    showTitle();
 }
 
 std::vector<Uuid> CalendarPage::selectedTasks() const {

@@ -39,6 +39,8 @@ private:
     void setSpan(CalendarModel::Span span);
     void refresh();
     void showDay();
+    void showTitle();
+    void resizeEvent(QResizeEvent* event) override;
     QLayout* makeHead();
 
     AppEnvironment& environment_;

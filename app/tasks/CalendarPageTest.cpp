@@ -147,5 +147,34 @@ TEST_F(CalendarTest, ADayTooFullTellsHowManyMore) {
     EXPECT_EQ(menu->actions().back()->text().toStdString(), "and 20 more");
     menu->close();
 }
+
+TEST_F(CalendarTest, WhatIsDoneIsStruckOutAmongThoseThatHaveNoRoom) {
+    CDTask& done = addTask("Done 2026-03-20");
+    for (int i = 0; i < 9; ++i) {
+        addTask("Open 2026-03-20");
+    }
+    environment->tasks().complete(context(), done, environment->calendar());
+    context().save();
+    QTest::mouseClick(&grid, Qt::LeftButton, {}, grid.areaOfMore(25).center());
+    auto* const menu = grid.findChild<QMenu*>("tasksOfDay");
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->actions().size(), 10);
+    EXPECT_FALSE(menu->actions().front()->font().strikeOut());
+    EXPECT_TRUE(menu->actions().back()->font().strikeOut());
+    menu->close();
+}
+
+TEST_F(CalendarTest, ALongMonthIsShortenedWhereItWouldBeCut) {
+    for (int month = 3; month < 9; ++month) {
+        press(Qt::Key_PageDown);
+    }
+    EXPECT_EQ(title(), "September 2026");
+    page.resize(page.minimumSizeHint().width(), 500);
+    settle();
+    EXPECT_EQ(title(), "Sep 2026");
+    page.resize(1000, 500);
+    settle();
+    EXPECT_EQ(title(), "September 2026");
+}
 }  // namespace
 }  // namespace tesserine::app
