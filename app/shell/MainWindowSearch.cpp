@@ -30,8 +30,9 @@ void MainWindow::connectSearch() {
     connect(searchField_, &SearchField::resultsWanted, this, [this] {
         QListView& results = searchResults().list();
         results.setFocus();
-        if (!results.currentIndex().isValid())
+        if (!results.currentIndex().isValid()) {
             results.setCurrentIndex(results.model()->index(0, 0));
+        }
     });
 }
 
