@@ -26,6 +26,7 @@
 #include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
+#include "app/state/Place.h"
 #include "base/Files.h"
 
 #include <QAction>
@@ -230,6 +231,10 @@ void NoteEditor::connectParts() {
     connect(body_, &BodyEdit::objectActivated, this, &NoteEditor::openObject);
     connect(body_, &BodyEdit::menuWanted, this, &NoteEditor::fillMenu);
     connect(body_, &BodyEdit::columnChanged, header_, &NoteHeader::setColumn);
+    connect(&header_->tags(), &TagsField::tagChosen, this, [this](const Uuid& tag) {
+        const Place notes{Place::Kind::tag, tag};
+        emit linkActivated(QString::fromStdString(notes.address()));
+    });
     connect(panel_, &SidePanel::noteChosen, this, &NoteEditor::noteChosen);
     connect(panel_, &SidePanel::attachmentChosen, this, &NoteEditor::openAttachment);
     connect(panel_, &SidePanel::reverted, this, &NoteEditor::reload);
@@ -339,7 +344,7 @@ void NoteEditor::offerCommands() {
             commands_.action(command.id).setEnabled(isWritten);
         }
     }
-    for (const char* const id : {"note.attach", "note.lock"}) {
+    for (const char* const id : {"note.attach", "note.lock", "note.reminder"}) {
         commands_.action(id).setEnabled(isWritten);
     }
     for (const char* const id :
@@ -349,7 +354,6 @@ void NoteEditor::offerCommands() {
           "find.replace",
           "view.outline",
           "view.backlinks",
-          "note.reminder",
           "note.versions",
           "note.print",
           "note.pdf"}) {

@@ -83,7 +83,7 @@ signals:
     void saved(const tesserine::Uuid& id);
     /// Another note that is to be shown.
     void noteChosen(const tesserine::Uuid& id);
-    /// An address that was clicked: of a note ("tesserine://…") or of the web.
+    /// An address that was clicked: of a place ("tesserine://…") or of the web.
     void linkActivated(const QString& address);
     /// A copy of an attachment that is to be opened by the program for its type.
     void fileActivated(const QString& path);

@@ -7,8 +7,10 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QToolButton>
 
 namespace tesserine::app {
 namespace {
@@ -202,6 +204,7 @@ TEST_F(NoteEditor, ChangesNoNoteInTheTrash) {
           "format.noteLink",
           "edit.pastePlain",
           "note.attach",
+          "note.reminder",
           "note.lock"}) {
         editor.body().setTextCursor(chosen);
         commands.trigger(command);
@@ -257,6 +260,31 @@ TEST_F(NoteEditor, KeepsWhatIsTypedIntoANoteThatIsDeletedElsewhere) {
     ASSERT_EQ(notes.size(), 1U);
     EXPECT_EQ(notes.front()->title, "Plan");
     EXPECT_EQ(notes.front()->html, "<p>one mine</p>");
+}
+
+TEST_F(NoteEditor, APressOnATagOffersItsNotesAndToTakeItOff) {
+    CDNote& note = openNote("<p>one|</p>");
+    CDTag& tag = *environment->tags().findOrCreate(context(), "R&D");
+    environment->notes().addTag(note, tag);
+    environment->save(&editor);
+    settle();
+    QString shown;
+    QObject::connect(&editor, &app::NoteEditor::linkActivated, &editor, [&](const auto& address) {
+        shown = address;
+    });
+    auto* const row = editor.findChild<QWidget*>("tagsField");
+    const auto choose = [&](int line) {
+        row->findChild<QToolButton*>()->click();
+        auto* const menu = row->findChild<QMenu*>("tagMenu");
+        menu->actions().at(line)->trigger();
+        menu->close();
+        settle();
+    };
+    choose(0);
+    EXPECT_EQ(shown.toStdString(), "tesserine://tag/" + tag.id->text());
+    ASSERT_EQ(note.tags.all().size(), 1U);
+    choose(1);
+    EXPECT_TRUE(note.tags.all().empty());
 }
 
 TEST_F(NoteEditor, APressAnywhereBesideTheTagsBeginsOne) {

@@ -46,7 +46,7 @@ ReminderButton::ReminderButton(AppEnvironment& environment, OpenNote& open, QWid
 void ReminderButton::refresh() {
     const CDNote* const note = open_.note();
     const bool hasReminder = note != nullptr && note->reminderAt.get().has_value();
-    setEnabled(note != nullptr);
+    setEnabled(note != nullptr && !note->trashedAt);
     setText(
         hasReminder ? shownTime(*note->reminderAt, environment_.now(), environment_.calendar())
                     : QString());

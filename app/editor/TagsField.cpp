@@ -11,6 +11,7 @@
 #include <QCompleter>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QToolButton>
 
 #include <algorithm>
@@ -80,17 +81,31 @@ void TagsField::refresh() {
     for (const CDTag* tag : tagsByName(*note, environment_.collator())) {
         auto* const chip = new QToolButton(this);
         const QString name = QString::fromStdString(tag->name.valueOr(""));
-        chip->setText(QString(name).replace('&', "&&"));
+        const QString shownName = QString(name).replace('&', "&&");
+        chip->setText(shownName);
         chip->setIcon(icon("tag", Ink::secondary));
         chip->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         chip->setAutoRaise(true);
-        chip->setToolTip("Remove tag “" + name + "”");
+        chip->setToolTip("Tag “" + name + "”");
         chip->setAccessibleName(chip->toolTip());
-        connect(chip, &QToolButton::clicked, this, [this, id = *tag->id] { remove(id); });
+        connect(chip, &QToolButton::clicked, this, [this, chip, shownName, id = *tag->id] {
+            showMenu(id, shownName, chip->mapToGlobal(chip->rect().bottomLeft()));
+        });
         flow_->addWidget(chip);
         flow_->move(flow_->count() - 1, flow_->count() - 2);
     }
     updateGeometry();
+}
+
+void TagsField::showMenu(const Uuid& tag, const QString& name, const QPoint& place) {
+    auto* const menu = new QMenu(this);
+    menu->setObjectName("tagMenu");
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(icon("search"), "Show Notes with “" + name + "”", this, [this, tag] {
+        emit tagChosen(tag);
+    });
+    menu->addAction(icon("close"), "Remove from This Note", this, [this, tag] { remove(tag); });
+    menu->popup(place);
 }
 
 bool TagsField::eventFilter(QObject* watched, QEvent* event) {

@@ -14,8 +14,8 @@ class AppEnvironment;
 class FlowLayout;
 class OpenNote;
 
-/// The tags of the open note: a press takes one away, typed names with Enter or a comma put new
-/// ones on. Changes are saved at once.
+/// The tags of the open note: a press offers to take one away or to show the notes that have it,
+/// typed names with Enter or a comma put new ones on. Changes are saved at once.
 class TagsField final : public QWidget {
     Q_OBJECT
 
@@ -29,10 +29,15 @@ public:
     /// Puts on what is being typed, as leaving the field does; Escape drops it.
     void take();
 
+signals:
+    /// The notes that have it are to be shown.
+    void tagChosen(const tesserine::Uuid& tag);
+
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     bool takeKey(int key);
+    void showMenu(const Uuid& tag, const QString& name, const QPoint& place);
     void add(const QString& names);
     void remove(const Uuid& id);
     void removeLast();
