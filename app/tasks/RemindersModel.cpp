@@ -50,33 +50,33 @@ RemindersModel::RemindersModel(AppEnvironment& environment, QObject* parent)
     : QAbstractListModel(parent), environment_(environment) {}
 
 std::vector<ReminderRow> RemindersModel::read(When when) const {
-    const bool isMissed = when == When::missed;
-    const char* const side = isMissed ? "< %@" : ">= %@";
+    const bool isPast = when == When::past;
+    const char* const side = isPast ? "< %@" : ">= %@";
     const auto order =
-        isMissed ? SortDescriptor::Order::descending : SortDescriptor::Order::ascending;
+        isPast ? SortDescriptor::Order::descending : SortDescriptor::Order::ascending;
     std::vector<ReminderRow> rows;
     const auto add = [&]<class Entity>(const char* condition, Entity* /*of*/) {
         const FetchRequest request{
             .predicate = {std::string(condition) + side, environment_.now()},
             .sort = {{"reminderAt", order}},
-            .limit = isMissed ? mostMissed : mostComing};
+            .limit = isPast ? mostPast : mostComing};
         for (const Entity* owner : environment_.context().fetch<Entity>(request)) {
             rows.push_back(rowOf(*owner));
-            rows.back().isMissed = isMissed;
+            rows.back().isPast = isPast;
         }
     };
     add(openTask, static_cast<CDTask*>(nullptr));
     add(liveNote, static_cast<CDNote*>(nullptr));
     std::ranges::stable_sort(rows, [&](const ReminderRow& a, const ReminderRow& b) {
-        return isMissed ? b.at < a.at : a.at < b.at;
+        return isPast ? b.at < a.at : a.at < b.at;
     });
     return rows;
 }
 
 void RemindersModel::reload() {
     const TaskWords words(environment_.now(), environment_.calendar());
-    std::vector<ReminderRow> rows = read(When::missed);
-    if (!rows.empty()) rows.insert(rows.begin(), {.title = "Missed", .isMissed = true});
+    std::vector<ReminderRow> rows = read(When::past);
+    if (!rows.empty()) rows.insert(rows.begin(), {.title = "Past", .isPast = true});
     QString day;
     for (ReminderRow& row : read(When::coming)) {
         const QString own = words.day(row.at);

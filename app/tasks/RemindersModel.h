@@ -21,7 +21,7 @@ struct ReminderRow {
     QString title{};
     Instant at{};
     Uuid owner{};
-    bool isMissed = false;
+    bool isPast = false;
     QString place{};  ///< its project or notebook
 
     friend bool operator==(const ReminderRow&, const ReminderRow&) = default;
@@ -35,7 +35,7 @@ class RemindersModel final : public QAbstractListModel {
 public:
     /// Of tasks and of notes each.
     static constexpr std::size_t mostComing = 200;
-    static constexpr std::size_t mostMissed = 50;
+    static constexpr std::size_t mostPast = 50;
 
     explicit RemindersModel(AppEnvironment& environment, QObject* parent = nullptr);
 
@@ -47,7 +47,7 @@ public:
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
-    enum class When { missed, coming };
+    enum class When { past, coming };
     std::vector<ReminderRow> read(When when) const;
 
     AppEnvironment& environment_;

@@ -56,7 +56,7 @@ public:
         painter->save();
         if (row.kind == Kind::heading) {
             painter->setFont(Theme::font(TextRole::emphasis));
-            painter->setPen(row.isMissed ? colors.danger : colors.text);
+            painter->setPen(row.isPast ? colors.danger : colors.text);
             area.adjust(0, 0, 0, -space::small);
             painter->drawText(area, Qt::AlignLeading | Qt::AlignBottom, row.title);
             painter->restore();
@@ -78,11 +78,11 @@ public:
         paintName(*painter, QStyle::visualRect(option.direction, area, title), row.title);
         const TaskWords words(environment_.now(), environment_.calendar());
         painter->setFont(Theme::font(TextRole::caption));
-        painter->setPen(row.isMissed ? colors.danger : colors.secondaryText);
+        painter->setPen(row.isPast ? colors.danger : colors.secondaryText);
         painter->drawText(
             QStyle::visualRect(option.direction, area, when),
             Qt::AlignTrailing | Qt::AlignVCenter,
-            row.isMissed ? words.due({.date = row.at, .hasTime = true}) : words.time(row.at));
+            row.isPast ? words.due({.date = row.at, .hasTime = true}) : words.time(row.at));
         painter->restore();
     }
 

@@ -19,8 +19,8 @@ class AppEnvironment;
 class RemindersModel;
 struct ReminderRow;
 
-/// What one will be reminded of, notes and tasks together, and what one has missed: opened, put off
-/// or removed.
+/// What one will be reminded of, notes and tasks together, and what one was reminded of and has not
+/// put away: opened, put off or removed.
 class RemindersPage final : public QWidget {
     Q_OBJECT
 

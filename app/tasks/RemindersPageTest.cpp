@@ -48,7 +48,7 @@ public:
 
 TEST_F(RemindersPageTest, ShowsNotesAndTasksByDayAndWhatWasMissedFirst) {
     remind("Long ago", "2026-03-01T08:00:00Z");
-    remindOf("Just missed", "2026-03-14T08:59:59Z");
+    remindOf("Just now", "2026-03-14T08:59:59Z");
     remind("Now", "2026-03-14T09:00:00Z");
     remindOf("", "2026-03-15T07:00:00Z");
     remind("Later that day", "2026-03-15T20:00:00Z");
@@ -59,7 +59,7 @@ TEST_F(RemindersPageTest, ShowsNotesAndTasksByDayAndWhatWasMissedFirst) {
     open();
     EXPECT_EQ(
         rows(),
-        "Missed | Just missed | Long ago | Today, Saturday 14 March | Now | "
+        "Past | Just now | Long ago | Today, Saturday 14 March | Now | "
         "Tomorrow, Sunday 15 March | The beginning | Later that day");
 }
 
