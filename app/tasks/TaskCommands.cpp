@@ -4,7 +4,7 @@
 #include "app/tasks/TaskRow.h"
 #include "base/Calendar.h"
 
-#include <algorithm>
+#include <set>
 
 namespace tesserine::app {
 namespace {
@@ -101,9 +101,10 @@ void TaskCommands::move(const Tasks& tasks, const Uuid& project) const {
     auto* const target = environment_.context().find<CDProject>(project);
     if (target == nullptr) return;
     const auto moved = found(tasks);
+    const std::set<const CDTask*> chosen(moved.begin(), moved.end());
     for (CDTask* task : moved) {
         // A subtask goes with its task, and leaves it only where it is chosen without it.
-        if (std::ranges::count(moved, task->parent.get()) > 0) continue;
+        if (chosen.contains(task->parent.get())) continue;
         environment_.tasks().moveToProject(environment_.context(), *task, *target);
     }
     environment_.save(parent_);
