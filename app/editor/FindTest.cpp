@@ -203,5 +203,17 @@ TEST_F(FindTest, LinksToNotesWhileTyping) {
     EXPECT_NE(html().find(NoteService::noteURL(*made->id) + "\">New idea</a>"), std::string::npos);
 }
 
+TEST_F(FindTest, OffersTheNoteThatIsWrittenBehindTheOthersToLinkTo) {
+    addNote("Lecture 1");
+    CDNote& written = openNote("<p>|</p>");
+    environment->notes().updateNote(context(), written, {.title = "Lecture 2"});
+    context().save();
+    type("[[lec");
+    const auto& offered = *editor.findChild<QListWidget*>("linkCompletion");
+    ASSERT_TRUE(waitUntil([&] { return offered.count() == 3; }));
+    EXPECT_EQ(offered.item(0)->text(), "Lecture 1");
+    EXPECT_EQ(offered.item(1)->text(), "Lecture 2");
+}
+
 }  // namespace
 }  // namespace tesserine::app

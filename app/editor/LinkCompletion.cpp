@@ -1,6 +1,7 @@
 #include "app/editor/LinkCompletion.h"
 
 #include "app/editor/BodyEdit.h"
+#include "app/editor/OpenNote.h"
 #include "app/look/Icon.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
@@ -22,8 +23,12 @@ constexpr int longestTitle = 100;
 
 }  // namespace
 
-LinkCompletion::LinkCompletion(AppEnvironment& environment, BodyEdit& body)
-    : QObject(&body), environment_(environment), body_(body), list_(new QListWidget(&body)) {
+LinkCompletion::LinkCompletion(AppEnvironment& environment, const OpenNote& open, BodyEdit& body)
+    : QObject(&body),
+      environment_(environment),
+      open_(open),
+      body_(body),
+      list_(new QListWidget(&body)) {
     list_->setObjectName("linkCompletion");
     list_->setAccessibleName("Notes to link to");
     list_->setFocusPolicy(Qt::NoFocus);
@@ -114,12 +119,14 @@ void LinkCompletion::ask(const QString& title) {
             isAsking_ = false;
             if (!wanted_) return;
             if (*wanted_ != title) return ask(*wanted_);
-            answer(title, *offers);
+            answer(title, std::move(*offers));
         },
         [this](const std::string& /*sentence*/) { isAsking_ = false; });
 }
 
-void LinkCompletion::answer(const QString& title, const std::vector<Offer>& offers) {
+void LinkCompletion::answer(const QString& title, std::vector<Offer> offers) {
+    std::ranges::stable_partition(
+        offers, [&](const Offer& offer) { return offer.note != open_.id(); });
     list_->clear();
     shown_ = title;
     bool isThere = false;

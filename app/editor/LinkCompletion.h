@@ -18,9 +18,11 @@ namespace tesserine::app {
 
 class AppEnvironment;
 class BodyEdit;
+class OpenNote;
 
 /// Offers the titles of notes while "[[" and a few letters are typed, and puts a link to the chosen
-/// one in their place; the last entry makes a new note with this title.
+/// one in their place; the last entry makes a new note with this title. The open note itself, which
+/// is rarely meant, comes behind the others.
 ///
 /// Titles are looked through in the background. What is chosen before the answer to the last letter
 /// is there is taken from that answer.
@@ -30,7 +32,7 @@ class LinkCompletion final : public QObject {
 public:
     static constexpr std::size_t mostOffered = 8;
 
-    LinkCompletion(AppEnvironment& environment, BodyEdit& body);
+    LinkCompletion(AppEnvironment& environment, const OpenNote& open, BodyEdit& body);
 
     /// Types "[[" at the cursor.
     void begin();
@@ -46,7 +48,7 @@ private:
     static std::vector<Offer> find(StoreContext& context, const QString& title);
     void update();
     void ask(const QString& title);
-    void answer(const QString& title, const std::vector<Offer>& offers);
+    void answer(const QString& title, std::vector<Offer> offers);
     void place();
     void accept();
     void move(int rows);
@@ -54,6 +56,7 @@ private:
     std::optional<QString> typed() const;
 
     AppEnvironment& environment_;
+    const OpenNote& open_;
     BodyEdit& body_;
     QListWidget* const list_;
     bool isDismissed_ = false;

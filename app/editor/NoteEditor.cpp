@@ -152,7 +152,7 @@ void NoteEditor::makeHelpers() {
         markChanged();
         return save();
     };
-    completion_ = new LinkCompletion(environment_, *body_);
+    completion_ = new LinkCompletion(environment_, open_, *body_);
     spellingMarks_ = new SpellingMarks(*body_);
     wordMarks_ = new WordMarks(*body_);
     paster_ = new Paster(
