@@ -13,6 +13,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTest>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -121,6 +122,16 @@ TEST(EmptyState, CanBeReadInANarrowPane) {
     state.setContent({"notes", "Short", "", ""});
     QCoreApplication::processEvents();
     EXPECT_EQ(state.findChild<QPushButton*>()->isVisible(), false) << "nothing to be done";
+}
+
+TEST(EmptyState, ReturnDoesTheObviousNextThing) {
+    EmptyState state({"notes", "No notes yet", "Write down what is on your mind.", "New Note"});
+    state.show();
+    state.setFocus();
+    int acts = 0;
+    QObject::connect(&state, &EmptyState::acted, &state, [&] { ++acts; });
+    QTest::keyClick(state.focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(acts, 1);
 }
 
 }  // namespace

@@ -50,6 +50,7 @@ EmptyState::EmptyState(const Content& content, QWidget* parent)
     row->addWidget(middle, 1000);
     row->addStretch(1);
     connect(button_, &QPushButton::clicked, this, &EmptyState::acted);
+    button_->setAutoDefault(true);  // so that Return presses it, as Space does
     setContent(content);
     followPalette();
 }
