@@ -235,6 +235,7 @@ void NoteEditor::connectParts() {
         const Place notes{Place::Kind::tag, tag};
         emit linkActivated(QString::fromStdString(notes.address()));
     });
+    connect(&header_->tags(), &TagsField::left, body_, qOverload<>(&QWidget::setFocus));
     connect(panel_, &SidePanel::noteChosen, this, &NoteEditor::noteChosen);
     connect(panel_, &SidePanel::attachmentChosen, this, &NoteEditor::openAttachment);
     connect(panel_, &SidePanel::reverted, this, &NoteEditor::reload);

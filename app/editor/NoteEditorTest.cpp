@@ -313,6 +313,9 @@ TEST_F(NoteEditor, ATagBegunForOneNoteIsPutOnItWhenTheFieldIsLeft) {
     editor.body().setFocus();
     EXPECT_TRUE(other.tags.all().empty()) << "it was dropped";
     field->setFocus();
+    QTest::keyClick(field, Qt::Key_Escape);
+    EXPECT_EQ(editor.focusWidget(), &editor.body()) << "what is typed next is no tag";
+    field->setFocus();
     QTest::keyClicks(field, "plan");
     editor.body().setFocus();
     EXPECT_EQ(other.tags.all().size(), 1U);

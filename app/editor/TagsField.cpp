@@ -122,10 +122,19 @@ bool TagsField::eventFilter(QObject* watched, QEvent* event) {
 
 /// Whether the key is not the field's own.
 bool TagsField::takeKey(int key) {
-    const bool isEmpty = field_->text().isEmpty();
-    const bool isTaken = isEmpty ? key == Qt::Key_Backspace : key == Qt::Key_Escape;
-    if (isTaken) isEmpty ? removeLast() : field_->clear();
+    if (key == Qt::Key_Escape) {
+        drop();
+        return true;
+    }
+    const bool isTaken = key == Qt::Key_Backspace && field_->text().isEmpty();
+    if (isTaken) removeLast();
     return isTaken;
+}
+
+/// Escape takes the name back that is being typed, then leaves, so that no more names are typed.
+void TagsField::drop() {
+    if (field_->text().isEmpty()) return emit left();
+    field_->clear();
 }
 
 void TagsField::take() {

@@ -32,11 +32,14 @@ public:
 signals:
     /// The notes that have it are to be shown.
     void tagChosen(const tesserine::Uuid& tag);
+    /// Escape was pressed where no name is begun.
+    void left();
 
 private:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     bool takeKey(int key);
+    void drop();
     void showMenu(const Uuid& tag, const QString& name, const QPoint& place);
     void add(const QString& names);
     void remove(const Uuid& id);
