@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QDragEnterEvent>
 #include <QLabel>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTableWidget>
@@ -88,6 +89,29 @@ TEST_F(EditorJourney, TabLeadsFromTheLastCellOfATableIntoANewRow) {
         html(),
         "<table><tr><th>Place</th><th>Time</th></tr><tr><td>Weir</td><td>12</td></tr>"
         "<tr><td>Lock</td><td>25</td></tr><tr><td>Mill</td><td>31</td></tr></table>");
+}
+
+TEST_F(EditorJourney, AFilledTableIsNotThrownAwayUnasked) {
+    openNote("<p>a|</p>");
+    commands.trigger("format.table");
+    QTest::keyClick(&tableDialog(), Qt::Key_Escape);
+    settle();
+    EXPECT_EQ(editor.findChild<TableDialog*>(), nullptr) << "nothing was filled in";
+    commands.trigger("format.table");
+    fill(0, 0, "Kind");
+    const auto answer = [this](QMessageBox::StandardButton kept) {
+        QTest::keyClick(&tableDialog(), Qt::Key_Escape);
+        auto* const question = tableDialog().findChild<QMessageBox*>("question");
+        ASSERT_NE(question, nullptr);
+        kept == QMessageBox::Cancel ? question->button(kept)->click()
+                                    : press(*question, "Throw Away");
+        settle();
+    };
+    answer(QMessageBox::Cancel);
+    ASSERT_TRUE(tableDialog().isVisible());
+    answer(QMessageBox::NoButton);
+    EXPECT_EQ(editor.findChild<TableDialog*>(), nullptr);
+    EXPECT_EQ(html(), "<p>a</p>");
 }
 
 TEST_F(EditorJourney, WhatIsWrittenInATableStaysWhateverOthersChange) {

@@ -400,7 +400,7 @@ void NoteEditor::restore() {
 /// into its place by deleting it.
 void NoteEditor::dropQuestions() {
     for (QDialog* const dialog : findChildren<QDialog*>()) {
-        dialog->reject();
+        dialog->done(QDialog::Rejected);
     }
     for (QMenu* const menu : findChildren<QMenu*>()) {
         menu->close();

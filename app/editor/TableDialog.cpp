@@ -5,6 +5,7 @@
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -35,7 +36,10 @@ private:
 }  // namespace
 
 TableDialog::TableDialog(TableContent content, QWidget* parent)
-    : QDialog(parent), content_(std::move(content)), grid_(new Grid([this] { addRow(); }, this)) {
+    : QDialog(parent),
+      content_(std::move(content)),
+      before_(content_.html()),
+      grid_(new Grid([this] { addRow(); }, this)) {
     setObjectName("tableDialog");
     setWindowTitle("Table");
     grid_->setObjectName("tableGrid");
@@ -76,6 +80,22 @@ TableDialog::TableDialog(TableContent content, QWidget* parent)
     });
     show(0, 0);
     resize(640, 420);
+}
+
+void TableDialog::reject() {
+    if (content_.html() == before_) return QDialog::reject();
+    auto* const box = new QMessageBox(
+        QMessageBox::Question,
+        "Throw Away",
+        "Throw away what was changed in this table?",
+        QMessageBox::Cancel,
+        this);
+    box->setObjectName("question");
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setDefaultButton(QMessageBox::Cancel);
+    const QPushButton* const button = box->addButton("Throw Away", QMessageBox::DestructiveRole);
+    connect(button, &QPushButton::clicked, this, [this] { done(Rejected); });
+    box->open();
 }
 
 /// Behind the last one; the cursor stays.

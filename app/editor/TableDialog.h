@@ -4,6 +4,8 @@
 
 #include <QDialog>
 
+#include <string>
+
 class QTableWidget;
 
 namespace tesserine::app {
@@ -16,12 +18,15 @@ public:
     TableDialog(TableContent content, QWidget* parent);
 
     const TableContent& content() const { return content_; }
+    /// Asks first where something was filled in; `done` does not.
+    void reject() override;
 
 private:
     void addRow();
     void show(int row, int column);
 
     TableContent content_;
+    const std::string before_;  // the table, unchanged
     QTableWidget* const grid_;
 };
 
