@@ -148,7 +148,7 @@ void NoteList::createNote() {
     const auto note = actions_.create(place());
     if (!note) return;
     choose(*note);
-    emit noteOpened(*note);
+    emit noteMade(*note);
 }
 
 void NoteList::moveToTrash() { isTrash() ? deleteForGood() : trash(selected()); }

@@ -56,8 +56,10 @@ signals:
     /// One note is selected, or with none or several selected none.
     void noteChosen(const std::optional<tesserine::Uuid>& note);
     void selectionTurned(const std::vector<tesserine::Uuid>& notes);
-    /// The user wants to write in the selected note: Return, a double click, a new note.
+    /// The user wants to write in the selected note: Return, a double click.
     void noteOpened(const tesserine::Uuid& note);
+    /// The selected note is new, and waits for its title.
+    void noteMade(const tesserine::Uuid& note);
     void newTabWanted(const tesserine::Uuid& note);
     void moveWanted(const std::vector<tesserine::Uuid>& notes);
     void tagsWanted(const std::vector<tesserine::Uuid>& notes);

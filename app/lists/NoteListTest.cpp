@@ -30,7 +30,7 @@ public:
         QObject::connect(&list, &NoteList::noteChosen, [this](const std::optional<Uuid>& note) {
             chosen = note;
         });
-        QObject::connect(&list, &NoteList::noteOpened, [this](const Uuid& note) { opened = note; });
+        QObject::connect(&list, &NoteList::noteMade, [this](const Uuid& note) { made = note; });
         window.show();
     }
 
@@ -71,7 +71,7 @@ public:
     QWidget window;
     NoteList list{*environment, &window};
     std::optional<Uuid> chosen;
-    std::optional<Uuid> opened;
+    std::optional<Uuid> made;
 };
 
 TEST_F(NoteListTest, ThePlaceOfANoteThatGoesIsTakenByTheNextOne) {
@@ -122,7 +122,7 @@ TEST_F(NoteListTest, ANoteThatIsNotListedYetIsChosenOnceItIs) {
     list.showPlace({Kind::allNotes});
     list.createNote();
     ASSERT_TRUE(chosen.has_value());
-    EXPECT_EQ(opened, chosen) << "it is to be written";
+    EXPECT_EQ(made, chosen) << "it is to be written";
     EXPECT_EQ(list.model().rowCount(), 2);
 }
 

@@ -61,6 +61,28 @@ TEST_F(Journey, ANoteIsWrittenByKeysAndKeptWithoutSaving) {
         "<li data-checked=\"true\">camera</li></ul>");
 }
 
+TEST_F(Journey, ANoteFromATemplateBeginsWithATitleOfItsOwn) {
+    CDNote& form =
+        environment->notes().saveAsTemplate(context(), addNote("Day", "<h1>Weather</h1>"));
+    CDNotebook& diary = environment->notebooks().findOrCreate(context(), "Diary");
+    environment->notebooks().setNoteTemplate(diary, &form);
+    context().save();
+    window().go({Kind::notebook, *diary.id});
+    press(Qt::Key_N, Qt::ControlModifier);
+    type("Monday");
+    ASSERT_TRUE(window().save());
+    ASSERT_NE(stored("Monday"), nullptr);
+    EXPECT_EQ(stored("Monday")->html, "<h1>Weather</h1>");
+
+    commands().trigger("note.fromTemplate");
+    settle();
+    press(Qt::Key_Return);
+    type("Tuesday");
+    ASSERT_TRUE(window().save());
+    ASSERT_NE(stored("Tuesday"), nullptr);
+    EXPECT_EQ(stored("Tuesday")->html, "<h1>Weather</h1>");
+}
+
 TEST_F(Journey, WhatAnotherProgramWritesAppearsInItsPlace) {
     addNote("Plan", "<p>mine</p>");
     CDNote& bill = addNote("Bill");

@@ -70,6 +70,9 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
     connect(list_, &NoteList::noteOpened, this, [this](const Uuid& note) {
         if (openNote(note)) focusEditor();
     });
+    connect(list_, &NoteList::noteMade, this, [this](const Uuid& note) {
+        if (openNote(note)) editTitle();
+    });
     connect(list_, &NoteList::movedToTrash, this, &NotesPane::offerUndo);
     for (const auto change :
          {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
@@ -183,6 +186,11 @@ void NotesPane::focusEditor() {
     } else {
         editor_->body().setFocus(Qt::ShortcutFocusReason);
     }
+}
+
+void NotesPane::editTitle() {
+    editor().title().setFocus(Qt::ShortcutFocusReason);
+    editor_->title().selectAll();
 }
 
 std::optional<Uuid> NotesPane::openedNote() const {

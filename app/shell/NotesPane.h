@@ -52,6 +52,8 @@ public:
     /// Saves what was typed; false when that failed.
     bool save();
     void focusEditor();
+    /// Chooses the title, for another one to be typed.
+    void editTitle();
 
     NoteList& list() { return *list_; }
     NoteEditor& editor();

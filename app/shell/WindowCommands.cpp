@@ -29,7 +29,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
-#include <QLineEdit>
 #include <QStandardPaths>
 #include <QStatusBar>
 
@@ -120,10 +119,7 @@ public:
         });
         on("list.rename", [&window = window_] {
             if (window.sidebar().hasFocus()) return window.sidebar().renameCurrent();
-            if (!window.notes().openedNote()) return;
-            QLineEdit& title = window.notes().editor().title();
-            title.setFocus(Qt::ShortcutFocusReason);
-            title.selectAll();
+            if (window.notes().openedNote()) window.notes().editTitle();
         });
         on("list.selectAll", [&window = window_] {
             if (window.notes().showsList()) window.notes().list().view().selectAll();
@@ -142,7 +138,7 @@ public:
                                       .createFromTemplate(noteTemplate, window.current().place);
                 if (!note) return;
                 window.go({Kind::note, *note});
-                window.notes().focusEditor();
+                if (window.notes().openedNote() == note) window.notes().editTitle();
             });
         });
     }
