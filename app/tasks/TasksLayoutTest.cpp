@@ -5,13 +5,16 @@
 #include "app/tasks/QuickAddBar.h"
 #include "app/tasks/RecurrencePopup.h"
 #include "app/tasks/TaskComparison.h"
+#include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskListPage.h"
 #include "app/tasks/TaskListView.h"
 #include "app/tasks/TasksPage.h"
+#include "app/tasks/TemplateForm.h"
 #include "app/tasks/WhenPopup.h"
 #include "app/testing/WidgetFaultsFixture.h"
 
 #include <QApplication>
+#include <QPushButton>
 
 namespace tesserine::app {
 namespace {
@@ -99,6 +102,22 @@ TEST_F(TasksLayoutTest, NothingIsCutInASmallWindowWithLargeLettersInEitherDirect
             EXPECT_LE(popup->height(), smallScreen.height());
         }
     });
+}
+
+TEST_F(TasksLayoutTest, ATemplateKeepsItsRoomBesideTheTaskThatIsMadeOfIt) {
+    Commands commands(environment->preferences());
+    TasksPage page(*environment, commands);
+    page.resize(770, roomForTasks.height());  // in a window of 1,000 pixels
+    page.show();
+    page.showTemplates();
+    settle();
+    page.findChild<QPushButton*>("useTemplate")->click();
+    settle();
+    ASSERT_TRUE(page.findChild<TaskDetail*>()->isVisible());
+    EXPECT_EQ(test::layoutFaults(page), "");
+    EXPECT_EQ(page.width(), 770);
+    const QWidget& form = *page.findChild<TemplateForm*>();
+    EXPECT_LE(form.width(), form.parentWidget()->width());
 }
 
 TEST_F(TasksLayoutTest, EveryControlHasANameThatCanBeHeard) {

@@ -61,7 +61,7 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
     foot->addWidget(undo_);
     column->addLayout(foot);
 
-    left->setMinimumWidth(leastListWidth);
+    column->addStrut(leastListWidth);  // the page that is shown may ask for more
     detail_->setMinimumWidth(leastDetailWidth);
     detail_->hide();
     splitter_->addWidget(left);
