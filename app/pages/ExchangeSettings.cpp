@@ -2,6 +2,7 @@
 
 #include "app/look/Notice.h"
 #include "app/look/PageParts.h"
+#include "app/state/DateWords.h"
 #include "core/import/ImportReports.h"
 #include "core/model/BookkeepingEntities.h"
 
@@ -28,11 +29,12 @@ struct PastImport {
 constexpr std::size_t mostImports = 20;
 
 PastImport shown(const ImportReport& report, const Calendar& calendar) {
-    QString outcome = report.undone ? ExchangeSettings::tr("Undone.")
-                                    : ExchangeSettings::tr("%1 notes, %2 files, from %3")
-                                          .arg(report.imported + report.replaced)
-                                          .arg(report.attachments)
-                                          .arg(QString::fromStdString(report.file));
+    QString outcome = report.undone
+                          ? ExchangeSettings::tr("Undone.")
+                          : ExchangeSettings::tr("%1, %2, from %3")
+                                .arg(shownCount(report.imported + report.replaced, "note", "notes"))
+                                .arg(shownCount(report.attachments, "file", "files"))
+                                .arg(QString::fromStdString(report.file));
     if (!report.finished && !report.undone) {
         outcome += ExchangeSettings::tr(". It was stopped before its end.");
     }

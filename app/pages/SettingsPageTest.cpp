@@ -167,6 +167,21 @@ TEST_F(SettingsPageTest, TheIndexIsMadeAnewAndSaysWhatIsInIt) {
         << text("coverage");
 }
 
+TEST_F(SettingsPageTest, APastImportOfOneNoteSaysOneNote) {
+    const auto notes = folder / "Notes";
+    std::filesystem::create_directory(notes);
+    test::putContent(notes / "Plan.md", "# Plan\n");
+    const auto sources = importSources(*environment);
+    sourceFor(sources, notes)->run(context(), {notes}, {}, {});
+    at("exchange");
+    EXPECT_TRUE(waitUntil([&] {
+        const auto labels = page.findChildren<QLabel*>();
+        return std::ranges::any_of(labels, [](const QLabel* label) {
+            return label->text().startsWith("1 note, 0 files, from ");
+        });
+    }));
+}
+
 TEST_F(SettingsPageTest, APastImportIsUndoneAfterAQuestionAndToTheEnd) {
     constexpr std::size_t noteCount = 50;
     const auto notes = folder / "Notes";
