@@ -34,10 +34,12 @@ public:
             toggle->setCheckable(true);
             toggle->setAutoExclusive(false);
         }
+        auto* const flat = new QPushButton("Press");
+        flat->setFlat(true);
         auto* const box = new QComboBox;
         box->addItems({"One", "Two"});
         controls = {
-            new QPushButton("Press"), new QLineEdit("Text"), box, new QPlainTextEdit("Text")};
+            new QPushButton("Press"), flat, new QLineEdit("Text"), box, new QPlainTextEdit("Text")};
         controls.insert(controls.end(), toggles.begin(), toggles.end());
         column->addWidget(other);
         for (QWidget* control : controls) {

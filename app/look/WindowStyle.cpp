@@ -79,6 +79,11 @@ bool isDefault(const QStyleOption& option) {
            && has(option, QStyle::State_Enabled);
 }
 
+bool isFlat(const QStyleOption& option) {
+    const auto* const button = qstyleoption_cast<const QStyleOptionButton*>(&option);
+    return button && button->features.testFlag(QStyleOptionButton::Flat);
+}
+
 void drawButton(QPainter& painter, const QStyleOption& option) {
     const Colors& colors = Theme::colors();
     const bool isPressed = has(option, QStyle::State_Sunken) || has(option, QStyle::State_On);
@@ -287,6 +292,9 @@ void WindowStyle::drawControl(
     const Colors& colors = Theme::colors();
     if (element == CE_ToolBar) return;  // stands on the ground of its window
     if (element == CE_TabBarTabShape) return drawTab(*painter, *option);
+    if (element == CE_PushButtonBevel && isFlat(*option) && has(*option, State_HasFocus)) {
+        drawBox(*painter, *option, Qt::transparent, colors.accent);
+    }
     if (element == CE_PushButtonLabel && isDefault(*option)) {
         QStyleOptionButton button(*qstyleoption_cast<const QStyleOptionButton*>(option));
         button.palette.setColor(QPalette::ButtonText, colors.onAccent);
