@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QTextLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace tesserine::app {
@@ -40,7 +41,32 @@ QString MarkedLine::richText() const {
     return rich + text_.mid(done).toHtmlEscaped();
 }
 
+MarkedLine MarkedLine::cutFor(const QFontMetrics& metrics, int width) const {
+    if (matches_.empty()) return *this;
+    const Piece& first = matches_.front();
+    const QString until = text_.left(first.begin + first.length);
+    if (metrics.horizontalAdvance(until + "…") <= width) return *this;
+    const int room = std::max(width - metrics.horizontalAdvance(until.mid(first.begin)), 0) / 2;
+    qsizetype from = first.begin;  // what fits into half of the room before it, in whole words
+    for (qsizetype word = from; word > 0;) {
+        word = word < 2 ? 0 : text_.lastIndexOf(' ', word - 2) + 1;
+        if (metrics.horizontalAdvance("…" + text_.mid(word, first.begin - word)) > room) break;
+        from = word;
+    }
+    if (from == 0) return *this;
+    MarkedLine cut = *this;
+    cut.text_ = "…" + text_.mid(from);
+    for (Piece& match : cut.matches_) {
+        match.begin -= from - 1;
+    }
+    return cut;
+}
+
 void MarkedLine::paint(QPainter& painter, const QRect& place) const {
+    cutFor(QFontMetrics(painter.font()), place.width()).paintBeginning(painter, place);
+}
+
+void MarkedLine::paintBeginning(QPainter& painter, const QRect& place) const {
     const QFontMetrics metrics(painter.font());
     const QString shown = metrics.elidedText(text_, Qt::ElideRight, place.width());
     const qsizetype end = shown == text_ ? shown.size() : shown.size() - 1;  // before "…"

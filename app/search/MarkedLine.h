@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+class QFontMetrics;
 class QPainter;
 class QRect;
 
@@ -22,10 +23,15 @@ public:
     QStringList matches() const;
     /// With tags for a label that shows rich text: what matched stands in bold.
     QString richText() const;
-    /// Draws it into `place`, cut at its end, what matched on the colour of highlighting.
+    /// The same without words at its beginning that would keep the first match out of `width`.
+    MarkedLine cutFor(const QFontMetrics& metrics, int width) const;
+    /// Draws it into `place`, cut so that the first match is seen, what matched on the colour of
+    /// highlighting.
     void paint(QPainter& painter, const QRect& place) const;
 
 private:
+    void paintBeginning(QPainter& painter, const QRect& place) const;
+
     struct Piece {
         qsizetype begin;
         qsizetype length;

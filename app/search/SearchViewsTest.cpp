@@ -194,6 +194,24 @@ TEST(MarkedLine, ShowsTextsAsTheyAreWhateverStandsInThem) {
     }
 }
 
+TEST(MarkedLine, IsCutAtItsBeginningWhereTheFirstMatchWouldNotBeSeen) {
+    const std::string words = "a b one two three four five six seven eight nine ten eleven ";
+    const std::string match = std::string(marker::open) + "sigmoid" + std::string(marker::close);
+    const MarkedLine line(words + match + " and more");
+    const QFontMetrics metrics{QFont()};
+    EXPECT_EQ(line.cutFor(metrics, 10'000).text(), line.text());
+    for (int width = metrics.horizontalAdvance("…sigmoid…"); width < 600; width += 7) {
+        SCOPED_TRACE(width);
+        const MarkedLine cut = line.cutFor(metrics, width);
+        EXPECT_EQ(cut.matches(), QStringList{"sigmoid"});
+        const QString seen = cut.text().left(cut.text().indexOf("sigmoid") + 7);
+        EXPECT_LE(metrics.horizontalAdvance(seen + "…"), width) << seen.toStdString();
+        const QString rest = cut.text().mid(cut.text().startsWith("…") ? 1 : 0);
+        EXPECT_TRUE((" " + line.text()).contains(" " + rest)) << "whole words";
+    }
+    EXPECT_EQ(MarkedLine(words).cutFor(metrics, 50).text().toStdString(), words) << "no match";
+}
+
 TEST_F(ResultsTest, ALineIsPaintedWithinItsPlaceHoweverNarrow) {
     const Theme theme(*qApp);
     ResultsModel model;
