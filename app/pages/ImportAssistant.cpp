@@ -4,6 +4,7 @@
 #include "app/pages/AssistantStep.h"
 #include "app/pages/ChoiceCard.h"
 #include "app/pages/ImportWords.h"
+#include "app/state/DateWords.h"
 #include "base/Text.h"
 #include "core/import/ImportReports.h"
 #include "core/services/LibraryCare.h"
@@ -267,7 +268,8 @@ void ImportAssistant::undo() {
         [this, undone] {
             showUndoing(false);
             outcome_->setText(
-                tr("The import was undone: %L1 notes are in the trash.").arg(undone->trashed));
+                tr("The import was undone: %1 in the trash.")
+                    .arg(shownCount(undone->trashed, tr("note is"), tr("notes are"))));
             undo_->hide();
         });
 }
