@@ -12,6 +12,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace tesserine::app {
@@ -59,13 +60,17 @@ void TaskActions::askRemove(const Tasks& tasks) {
     if (tasks.empty()) return;
     const auto* const first = environment_.context().find<CDTask>(tasks.front());
     if (first == nullptr) return;
+    const bool haveSubtasks = std::ranges::any_of(tasks, [&](const Uuid& id) {
+        const auto* const task = environment_.context().find<CDTask>(id);
+        return task != nullptr && !task->subtasks.all().empty();
+    });
     const QString title = briefTitle(QString::fromStdString(first->title.valueOr("")));
     const QString what =
         tasks.size() == 1 ? QString("“%1”").arg(title) : QString("%1 tasks").arg(tasks.size());
     auto* const question = new QMessageBox(
         QMessageBox::NoIcon,
         "Delete Tasks",
-        QString("Delete %1, with the subtasks below?").arg(what),
+        QString(haveSubtasks ? "Delete %1, with the subtasks below?" : "Delete %1?").arg(what),
         QMessageBox::Cancel,
         host_);
     question->setObjectName("deleteTasks");
