@@ -60,13 +60,13 @@ public:
         return task;
     }
 
-    /// Lets the event loop run until the condition holds, for at most five seconds; tells whether
-    /// it does.
+    /// Lets the event loop run until the condition holds, for at most twenty seconds, which
+    /// a busy machine may need; tells whether it does.
     static bool waitUntil(const std::function<bool()>& condition) {
         QElapsedTimer timer;
         timer.start();
         while (!condition()) {
-            if (timer.hasExpired(5'000)) return false;
+            if (timer.hasExpired(20'000)) return false;
             QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
             QThread::msleep(1);
         }
