@@ -97,7 +97,6 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
       handle_(std::make_unique<PictureHandle>(note_, *renderer_)) {
     setObjectName("noteBody");
     setAccessibleName("Note body");
-    setPlaceholderText(hint);
     setFrameShape(QFrame::NoFrame);
     setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
@@ -112,6 +111,7 @@ BodyEdit::BodyEdit(Pictures& pictures, QWidget* parent)
     connect(&restTimer_, &QTimer::timeout, this, &BodyEdit::layOutRest);
     connect(&note_, &QTextDocument::contentsChange, this, [this] {
         if (!isLaidOut(note_)) restTimer_.start(restDelay);
+        showHint();
     });
     connect(&note_, &NoteDocument::aboutToBeReplaced, this, [this] {
         overlays_ = {};
@@ -229,7 +229,7 @@ void BodyEdit::load(const std::string& html, BodyView view) {
 }
 
 void BodyEdit::showView() {
-    setPlaceholderText(hint);
+    showHint();
     const auto [place, text] = std::exchange(wanted_, {});
     if (place == BodyPlace{}) return;  // who began to scroll meanwhile stays there
     const PlaceNow now(text, note_);
@@ -243,6 +243,12 @@ void BodyEdit::showView() {
     scrollTo(top, place.topEdge);
 }
 
+/// Not over the sign of a list, nor where nothing can be typed.
+void BodyEdit::showHint() {
+    const bool isPlain = note_.kind(note_.firstBlock()) == Kind::paragraph;
+    setPlaceholderText(isPlain && !isReadOnly() && !isLoading() ? hint : "");
+}
+
 void BodyEdit::followTheme() {
     renderer_->forget();
     layOutAnew([this] { note_.followTheme(); });
@@ -250,6 +256,7 @@ void BodyEdit::followTheme() {
 
 /// Keys of our own commands go before those that a text field has by itself, such as Ctrl+K.
 bool BodyEdit::event(QEvent* event) {
+    if (event->type() == QEvent::ReadOnlyChange) showHint();
     if (needsWholeNote(event->type())) loader_->finish();
     if (event->type() == QEvent::ShortcutOverride) {
         const QKeySequence keys(static_cast<QKeyEvent*>(event)->keyCombination());
@@ -305,6 +312,7 @@ bool BodyEdit::handleKey(const QKeyEvent& event) {
 }
 
 bool BodyEdit::pressEnter() {
+    leaveObject();
     edit([this](NoteDocument& note, QTextCursor& cursor) {
         if (!cursor.hasSelection()) editing::linkAddressBefore(note, cursor);
         const bool isStyle = hasShortcuts_ && editing::applyLineShortcut(note, cursor);
@@ -330,6 +338,7 @@ bool BodyEdit::pressTab(int levels) {
 void BodyEdit::beforeTyping(const QString& text) {
     if (!isTyped(text)) return;
     keepEnding();
+    leaveObject();
     QTextCursor cursor = textCursor();
     const Kind kind = note_.kind(cursor.block());
     const bool isBeside = note_.isObjectBlock(cursor.block()) || kind == Kind::divider;
@@ -343,6 +352,17 @@ void BodyEdit::beforeTyping(const QString& text) {
     if (!isAtEndOfLink) return;
     editing::removeMark(style, HTMLElement::a);
     setCurrentCharFormat(note_.charFormat(style, note_.paragraph(cursor.block())));
+}
+
+/// A table, or whatever else is a paragraph of its own, goes by Delete and not by words: it may be
+/// selected because something was found in it.
+void BodyEdit::leaveObject() {
+    QTextCursor cursor = textCursor();
+    const bool isObject = note_.isObjectBlock(note_.findBlock(cursor.selectionStart()))
+                          && cursor.selectedText() == QChar::ObjectReplacementCharacter;
+    if (!isObject) return;
+    cursor.setPosition(cursor.selectionEnd());
+    setTextCursor(cursor);
 }
 
 /// Whole paragraphs that are selected with their ending, as three clicks do, are typed over: the

@@ -129,6 +129,7 @@ private:
     bool pressTab(int levels);
     void beforeTyping(const QString& text);
     void keepEnding();
+    void leaveObject();
     void afterTyping(const QString& text);
     void repairObjects();
     QPointF documentPoint(const QPoint& point) const;
@@ -136,6 +137,7 @@ private:
     void showPointer(const QPoint& point);
 
     void showView();
+    void showHint();
     void wrap();
     void scrollTo(const QTextCursor& line, int edge);
     void layOutAnew(const std::function<void()>& change);

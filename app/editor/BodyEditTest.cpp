@@ -295,6 +295,28 @@ TEST_F(BodyEdit, KeysActOnAllThatIsSelected) {
     }
 }
 
+TEST_F(BodyEdit, ATableThatIsSelectedGoesByDeleteAndNotByWords) {
+    const std::string table = "<table><tr><td>92.00</td></tr></table>";
+    struct Case {
+        std::string body;
+        std::string keys;
+        std::string result;
+    };
+    for (const auto& [body, keys, result] : {
+             Case{"<p>a</p>" + table, "93", "<p>a</p>" + table + "<p>93</p>"},
+             Case{table + "<p>a</p>", "9", table + "<p>9</p><p>a</p>"},
+             Case{"<p>a</p>" + table, "\n9", "<p>a</p>" + table + "<p>9</p>"},
+             Case{"<p>a</p>" + table, "\x7F", "<p>a</p>"},
+         }) {
+        SCOPED_TRACE(body + keys);
+        openNote(body);
+        QTextCursor object = document().find(QString(QChar::ObjectReplacementCharacter));
+        editor.body().setTextCursor(object);
+        type(keys);
+        EXPECT_TRUE(canonicalBody(html()).html.starts_with(result)) << html();
+    }
+}
+
 TEST_F(BodyEdit, AParagraphThatIsTypedOverStaysOne) {
     struct Case {
         const char* body;
