@@ -91,6 +91,17 @@ TEST_F(EditorJourney, TabLeadsFromTheLastCellOfATableIntoANewRow) {
         "<tr><td>Lock</td><td>25</td></tr><tr><td>Mill</td><td>31</td></tr></table>");
 }
 
+TEST_F(EditorJourney, ATableThatIsNotSimpleSaysThatItStaysAsItIs) {
+    openNote("<p>|a</p><table><tr><td colspan=\"2\">wide</td></tr>"
+             "<tr><td>b</td><td>c</td></tr></table>");
+    emit editor.body().objectActivated(2);
+    EXPECT_EQ(editor.findChild<TableDialog*>(), nullptr);
+    auto* const notice = editor.findChild<QMessageBox*>("notice");
+    ASSERT_NE(notice, nullptr);
+    notice->close();
+    settle();
+}
+
 TEST_F(EditorJourney, AFilledTableIsNotThrownAwayUnasked) {
     openNote("<p>a|</p>");
     commands.trigger("format.table");

@@ -428,6 +428,9 @@ void NoteEditor::follow(const std::vector<ObjectChange>& changes) {
         return change.entity == EntityKind::note && change.uuid == open_.id();
     };
     if (std::ranges::any_of(changes, concernsNote)) followNote();
+    const bool areTags =
+        std::ranges::count(changes, EntityKind::tag, &ObjectChange::entity) > 0;  // their names
+    if (areTags) header_->tags().refresh();
     // Files come after their notes, and one by one.
     for (const ObjectChange& change : changes) {
         if (change.entity != EntityKind::attachment || !change.uuid) continue;
@@ -520,6 +523,9 @@ void NoteEditor::openObject(int position) {
     if (links_->editTable(position)) return;
     if (!object.source.empty() && !object.source.starts_with("data:")) {
         emit linkActivated(QString::fromStdString(object.source));
+    } else if (object.kind == NoteObject::Kind::block && !body_->isReadOnly()) {
+        showNotice(
+            this, "This is kept as it came. It can be read and moved, but not changed here.");
     }
 }
 

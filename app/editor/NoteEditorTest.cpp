@@ -287,6 +287,43 @@ TEST_F(NoteEditor, APressOnATagOffersItsNotesAndToTakeItOff) {
     EXPECT_TRUE(note.tags.all().empty());
 }
 
+TEST_F(NoteEditor, ATagThatIsRenamedIsShownWithItsNewName) {
+    CDNote& note = openNote("<p>one|</p>");
+    CDTag& tag = *environment->tags().findOrCreate(context(), "baking");
+    environment->notes().addTag(note, tag);
+    environment->save(&editor);
+    environment->tags().rename(context(), tag, "cakes");
+    environment->save(&editor);
+    settle();
+    auto* const row = editor.findChild<QWidget*>("tagsField");
+    EXPECT_EQ(row->findChild<QToolButton*>()->text(), "cakes");
+}
+
+TEST_F(NoteEditor, TabLeadsFromTheTitleOverTheTagsIntoTheBody) {
+    openNote("<p>one|</p>");
+    editor.title().setFocus();
+    QTest::keyClick(editor.focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(editor.focusWidget()->objectName(), "tagName");
+    QTest::keyClick(editor.focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(editor.focusWidget(), &editor.body());
+}
+
+TEST_F(NoteEditor, AHintStandsOnlyWhereOneMayBeginToWrite) {
+    openNote("<p>|</p>");
+    EXPECT_NE(editor.body().placeholderText(), "");
+    type("- ");
+    EXPECT_EQ(editor.body().placeholderText(), "") << "a sign stands there";
+    commands.trigger("edit.undo");
+    EXPECT_NE(editor.body().placeholderText(), "");
+    openNote("<ul class=\"ts-checklist\"><li data-checked=\"false\">|</li></ul>");
+    EXPECT_EQ(editor.body().placeholderText(), "");
+    CDNote& gone = openNote("<p>|</p>");
+    environment->notes().moveToTrash(gone);
+    context().save();
+    settle();
+    EXPECT_EQ(editor.body().placeholderText(), "") << "it is only read";
+}
+
 TEST_F(NoteEditor, APressAnywhereBesideTheTagsBeginsOne) {
     openNote("<p>one|</p>");
     auto* const row = editor.findChild<QWidget*>("tagsField");

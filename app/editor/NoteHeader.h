@@ -28,9 +28,10 @@ public:
     void refresh();
 
 private:
+    // Tab leads from the tags to the body, not to a button that takes what is typed on.
+    ReminderButton* const reminder_;
     QLineEdit* const title_;
     TagsField* const tags_;
-    ReminderButton* const reminder_;
 };
 
 }  // namespace tesserine::app
