@@ -17,6 +17,7 @@ namespace tesserine::app {
 namespace {
 
 constexpr std::chrono::seconds offered{12};
+constexpr std::chrono::seconds again{1};
 
 }  // namespace
 
@@ -41,7 +42,7 @@ UndoBar::UndoBar(QWidget* parent, QWidget& keyScope)
     layout->addWidget(close);
 
     timer_->setSingleShot(true);
-    connect(timer_, &QTimer::timeout, this, &QWidget::hide);
+    connect(timer_, &QTimer::timeout, this, &UndoBar::go);
     connect(close, &IconButton::clicked, this, &QWidget::hide);
     connect(undo_, &QPushButton::clicked, this, &UndoBar::undo);
     undo_->setToolTip("Undo (" + key_->key().toString(QKeySequence::NativeText) + ")");
@@ -62,6 +63,9 @@ void UndoBar::present(const QString& sentence, bool canUndo) {
     if (key_) key_->setEnabled(canUndo);
     timer_->start(offered);
 }
+
+/// What stands above takes its room: not under a mouse that is about to click there.
+void UndoBar::go() { parentWidget()->underMouse() ? timer_->start(again) : hide(); }
 
 void UndoBar::undo() {
     hide();

@@ -10,7 +10,8 @@ class QTimer;
 
 namespace tesserine::app {
 
-/// A line at the foot of a list that says what was done, and may offer to undo it, for a while.
+/// A line at the foot of a list that says what was done, and may offer to undo it, for a while and
+/// as long as the mouse is over the list.
 class UndoBar final : public QFrame {
     Q_OBJECT
 
@@ -29,6 +30,7 @@ signals:
 
 private:
     void present(const QString& sentence, bool canUndo);
+    void go();
     void undo();
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
