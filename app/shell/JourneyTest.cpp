@@ -16,8 +16,6 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QPushButton>
-#include <QSplitter>
-#include <QTabBar>
 
 namespace tesserine::app {
 namespace {
@@ -339,92 +337,6 @@ TEST_F(Journey, WhatWasAskedAboutANoteIsNotDoneToTheOneThatTakesItsPlace) {
     EXPECT_FALSE(next.reminderAt);
 }
 
-TEST_F(Journey, BackForwardAndTabsRememberPlacesAndNotes) {
-    CDNote& plan = addNote("Plan");
-    CDNote& bill = addNote("Bill");
-    environment->notes().moveToTrash(addNote("Old"));
-    context().save();
-    window().go({Kind::note, *plan.id});
-    window().go({Kind::trash});
-    window().go({Kind::note, *bill.id});
-    EXPECT_EQ(openTitle(), "Bill");
-    press(Qt::Key_Left, Qt::AltModifier);
-    EXPECT_EQ(place(), "tesserine://trash");
-    press(Qt::Key_Left, Qt::AltModifier);
-    EXPECT_EQ(openTitle(), "Plan");
-    press(Qt::Key_Right, Qt::AltModifier);
-    EXPECT_EQ(place(), "tesserine://trash");
-
-    press(Qt::Key_T, Qt::ControlModifier);
-    window().go({Kind::pinned});
-    auto* tabs = window().findChild<QTabBar*>("tabs");
-    EXPECT_EQ(tabs->count(), 2);
-    press(Qt::Key_Tab, Qt::ControlModifier);
-    EXPECT_EQ(place(), "tesserine://trash");
-    press(Qt::Key_W, Qt::ControlModifier);
-    EXPECT_EQ(tabs->count(), 1);
-    EXPECT_EQ(place(), "tesserine://pinned");
-}
-
-TEST_F(Journey, TheNextStartGoesOnWhereTheWindowWasClosed) {
-    CDNote& plan = addNote("Plan");
-    CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
-    context().save();
-    window().go({Kind::note, *plan.id});
-    window().openTab({Kind::notebook, *work.id});
-    window().openTab({Kind::today});
-    press(Qt::Key_Tab, Qt::ControlModifier);  // round to the first
-    press(Qt::Key_F9);
-    window().notes().splitter().setSizes({410, 600});
-    const int listWidth = window().notes().splitter().sizes().front();
-    window().close();
-    closeWindow();
-
-    environment->notebooks().remove(context(), work);
-    context().save();
-    EXPECT_EQ(place(), "tesserine://notes");
-    EXPECT_EQ(openTitle(), "Plan");
-    auto* tabs = window().findChild<QTabBar*>("tabs");
-    EXPECT_EQ(tabs->count(), 2) << "the notebook is gone";
-    EXPECT_EQ(tabs->tabText(1), "Today");
-    EXPECT_FALSE(window().sidebar().isVisible());
-    EXPECT_EQ(window().notes().splitter().sizes().front(), listWidth);
-    press(Qt::Key_F9);
-    EXPECT_TRUE(window().sidebar().isVisible());
-}
-
-TEST_F(Journey, AStartAmongTasksHasTheKeysThere) {
-    environment->preferences().set("tesserine.reduceMotion", true);
-    const CDTask& task = addTask("Call Ann today");
-    for (const auto& [where, keys] : {
-             std::pair{Kind::today, "taskList"},
-             std::pair{Kind::calendar, "calendarGrid"},
-             std::pair{Kind::completed, "sidebar"},  // nothing is listed yet
-         }) {
-        window().go({where});
-        window().close();
-        closeWindow();
-        window();
-        ASSERT_NE(QApplication::focusWidget(), nullptr) << keys;
-        EXPECT_EQ(QApplication::focusWidget()->objectName(), keys);
-    }
-    window().go({Kind::today});
-    window().close();
-    closeWindow();
-    press(Qt::Key_Down);
-    press(Qt::Key_Space);
-    EXPECT_TRUE(task.completedAt);
-}
-
-TEST_F(Journey, ASearchThatTheNextStartGoesOnWithCanBeKept) {
-    window().go({.kind = Kind::search, .text = "ferry"});
-    window().close();
-    closeWindow();
-    EXPECT_EQ(place(), "tesserine://search/ferry");
-    commands().trigger("search.save");
-    EXPECT_NE(window().findChild<QDialog*>("saveSearchDialog"), nullptr);
-}
-
 TEST_F(Journey, APlaceThatIsDeletedElsewhereLeavesTheWindowInAllNotes) {
     const CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
     context().save();
@@ -434,35 +346,6 @@ TEST_F(Journey, APlaceThatIsDeletedElsewhereLeavesTheWindowInAllNotes) {
     environment->notebooks().remove(theirs, *theirs.find<CDNotebook>(*work.id));
     theirs.save();
     ASSERT_TRUE(waitUntil([this] { return place() == "tesserine://notes"; }));
-}
-
-TEST_F(Journey, WhereAPlaceWasDeletedMeanwhileTabsAndBackShowAllNotes) {
-    CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
-    CDTag& errands = *environment->tags().findOrCreate(context(), "errands");
-    context().save();
-    window().go({Kind::tag, *errands.id});
-    window().go({Kind::notebook, *work.id});
-    window().openTab({Kind::trash});
-    environment->notebooks().remove(context(), work);
-    environment->tags().remove(context(), errands);
-    context().save();
-    auto* tabs = window().findChild<QTabBar*>("tabs");
-    tabs->setCurrentIndex(0);
-    EXPECT_EQ(place(), "tesserine://notes");
-    EXPECT_EQ(tabs->tabText(0), "All Notes");
-    press(Qt::Key_Left, Qt::AltModifier);
-    EXPECT_EQ(place(), "tesserine://notes");
-    press(Qt::Key_Left, Qt::AltModifier);
-    EXPECT_FALSE(commands().action("go.back").isEnabled()) << "the way back went on";
-    tabs->setCurrentIndex(1);
-    EXPECT_EQ(place(), "tesserine://trash");
-}
-
-TEST_F(Journey, WhatIsNotThereIsToldAndTheWindowStays) {
-    window().go({Kind::today});
-    window().go({Kind::note, Uuid::random(random)});
-    EXPECT_EQ(place(), "tesserine://today");
-    EXPECT_NE(window().findChild<QMessageBox*>("notice"), nullptr);
 }
 
 TEST_F(Journey, KeysGoOnInWhatIsShown) {
