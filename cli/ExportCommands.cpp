@@ -142,8 +142,8 @@ ExitStatus exportNote(Session& session, const Arguments& arguments) {
     if (!form) {
         throw UsageError::because("“--to” names a file that ends in .html, .md or .txt.");
     }
-    const std::string text = noteFile(note, *form, session.calendar(), session.collator());
-    files::writeNew(file, bytesOf(text));
+    writeNoteFile(
+        note, *form, file, NoteFileTarget::newFile, session.calendar(), session.collator());
     return answer(session, note, "Exported " + quotedTitle(note) + ".");
 }
 
@@ -193,7 +193,9 @@ std::vector<Command> exportCommands() {
                .value = "FILE",
                .summary = "A new file that ends in .html, .md or .txt",
                .completion = Completion::file}},
-         .details = "A page holds its pictures; other attachments are only named.",
+         .details =
+             "A page holds its pictures; other attachments are only named. Beside a Markdown file "
+             "stands a folder with all of them.",
          .example = "tesserine export note Plan --to plan.html",
          .run = exportNote}};
 }

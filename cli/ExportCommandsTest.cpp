@@ -66,7 +66,7 @@ TEST_F(ExportCommands, RefusesWhatCannotBeMeant) {
     EXPECT_NE(stopped.error.find("The export was cancelled."), std::string::npos);
 }
 
-TEST_F(ExportCommands, NoteBecomesOneFile) {
+TEST_F(ExportCommands, NoteBecomesAFile) {
     const fs::path picture = folder_ / "dot.gif";
     test::putContent(picture, "GIF89a;");
     const std::string id = addNote("Plan", {"--text", "see *this*"});
@@ -79,6 +79,10 @@ TEST_F(ExportCommands, NoteBecomesOneFile) {
     };
     EXPECT_EQ(exported("plan.txt"), "see *this*\n");
     EXPECT_NE(exported("plan.md").find("# Plan\n\nsee \\*this\\*\n"), std::string::npos);
+    EXPECT_EQ(test::contentOf(folder_ / "plan files" / "dot.gif"), "GIF89a;");
+    EXPECT_NE(
+        test::contentOf(folder_ / "plan.md").find("(plan%20files/dot.gif)"), std::string::npos);
+    EXPECT_FALSE(fs::exists(folder_ / "plan files 2")) << "of the refused attempt";
     EXPECT_NE(
         exported("plan.html").find("<img src=\"data:image/gif;base64,R0lGODlhOw==\">"),
         std::string::npos);

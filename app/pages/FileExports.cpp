@@ -83,7 +83,7 @@ void writeNote(
     const auto* const note = context.find<CDNote>(id);
     if (note == nullptr) throw StoreError::notFound("The note");
     const auto form = noteFileFormOf(file).value_or(NoteFileForm::page);
-    files::writeAtomically(file, bytesOf(noteFile(*note, form, calendar, collator)));
+    writeNoteFile(*note, form, file, NoteFileTarget::anyFile, calendar, collator);
 }
 
 /// The exporter only makes new files.

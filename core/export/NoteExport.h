@@ -22,10 +22,17 @@ enum class NoteFileForm : std::uint8_t {
 /// The form that the extension of `file` asks for: .html, .htm, .md, .markdown or .txt.
 std::optional<NoteFileForm> noteFileFormOf(const std::filesystem::path& file);
 
-/// The note in that form. Links to other notes stay links into the library.
-std::string noteFile(
+/// Whether a file of that name may be replaced.
+enum class NoteFileTarget : std::uint8_t { newFile, anyFile };
+
+/// Writes the note to `file` in that form; links to other notes stay links into the library.
+/// Pictures and files of a note in Markdown go into a new folder beside it, "NAME files", and
+/// nothing of them stays when the note cannot be written. Throws `FileError`.
+void writeNoteFile(
     const CDNote& note,
     NoteFileForm form,
+    const std::filesystem::path& file,
+    NoteFileTarget target,
     const Calendar& calendar,
     const text::Collator& collator);
 
