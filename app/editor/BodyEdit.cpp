@@ -444,7 +444,8 @@ void BodyEdit::mouseReleaseEvent(QMouseEvent* event) {
 void BodyEdit::mouseDoubleClickEvent(QMouseEvent* event) {
     const auto object = objectUnder(event->pos());
     if (!object) return QTextEdit::mouseDoubleClickEvent(event);
-    if (objectAt(*object).kind != NoteObject::Kind::locked) emit objectActivated(*object);
+    if (objectAt(*object).kind == NoteObject::Kind::locked) return;
+    emit objectActivated(*object, renderer_->cellAt(*object, documentPoint(event->pos())));
 }
 
 void BodyEdit::contextMenuEvent(QContextMenuEvent* event) {

@@ -3,6 +3,7 @@
 #include "app/editor/BlockPainter.h"
 #include "app/editor/BodyLoader.h"
 #include "app/editor/NoteDocument.h"
+#include "app/editor/NoteObject.h"
 #include "core/body/InlineStyle.h"
 
 #include <QTextEdit>
@@ -18,7 +19,6 @@
 namespace tesserine::app {
 
 class ObjectRenderer;
-struct NoteObject;
 class PictureHandle;
 class Pictures;
 
@@ -96,8 +96,8 @@ public:
 
 signals:
     void linkActivated(const QString& address);
-    /// A file or picture was double-clicked, or a locked passage clicked.
-    void objectActivated(int position);
+    /// A file, picture or table was double-clicked, at `cell`, or a locked passage clicked.
+    void objectActivated(int position, tesserine::app::CellPlace cell = {});
     /// Something is to be inserted at the cursor; valid during the call.
     void pasted(const QMimeData* data);
     void left();  ///< the focus went elsewhere

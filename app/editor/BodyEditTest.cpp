@@ -54,6 +54,9 @@ TEST_F(BodyEdit, TypingShapesParagraphs) {
         {"<p>a|</p><table><tr><td>x</td></tr></table>",
          "\x7F\n",
          "<p>a</p><p></p><table><tr><td>x</td></tr></table>"},
+        {"<ul><li>a|</li></ul><table><tr><td>x</td></tr></table>",
+         "\x7F\bc",
+         "<ul><li>ac</li></ul><table><tr><td>x</td></tr></table>"},
         // Addresses become links; what is typed behind a link is none.
         {"<p>|</p>",
          "see https://a.org/b. ok",

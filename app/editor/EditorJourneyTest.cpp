@@ -179,6 +179,26 @@ TEST_F(EditorJourney, AnObjectTakesClicksThoughOnlyTheCursorWasDrawnSince) {
     EXPECT_EQ(clicked.back(), place()) << "it moved along with the words before it";
 }
 
+TEST_F(EditorJourney, ClicksGoToTheCellThatIsSeenAndBesideTheTableBehindIt) {
+    const std::string table =
+        "<table><tr><td>a</td><td>b</td></tr><tr><td>c</td><td>d</td></tr></table>";
+    openNote("<p>a|</p>" + table + "<p>b</p>");
+    settle();
+    QTextCursor behind(&document());
+    behind.setPosition(3);
+    const QPoint corner = editor.body().cursorRect(behind).bottomLeft();
+    QWidget* const view = editor.body().viewport();
+    QTest::mouseDClick(view, Qt::LeftButton, {}, corner - QPoint(12, 12));
+    const auto* const grid = tableDialog().findChild<QTableWidget*>();
+    EXPECT_EQ(grid->currentRow(), 1);
+    EXPECT_EQ(grid->currentColumn(), 1);
+    press(tableDialog(), "Done");
+
+    QTest::mouseClick(view, Qt::LeftButton, {}, corner + QPoint(60, -12));
+    type("x");
+    EXPECT_EQ(html(), "<p>a</p>" + table + "<p>x</p><p>b</p>");
+}
+
 TEST_F(EditorJourney, ATableThatIsSelectedStaysReadable) {
     openNote("<p>a|</p><table><tr><td>one</td></tr></table>");
     QTextCursor table = document().find(QString(QChar::ObjectReplacementCharacter));

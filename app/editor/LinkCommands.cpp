@@ -134,11 +134,11 @@ void LinkCommands::insertTable() {
     dialog->open();
 }
 
-bool LinkCommands::editTable(int position) {
+bool LinkCommands::editTable(int position, CellPlace cell) {
     const std::string html = body_.note().styleAt(position).object;
     const auto content = TableContent::of(html);
     if (!content || body_.isReadOnly()) return false;
-    auto* const dialog = new TableDialog(*content, &body_);
+    auto* const dialog = new TableDialog(*content, &body_, cell);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, this, [this, dialog, position, html] {
         setTable(html, position, dialog->content().html());

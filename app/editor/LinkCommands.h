@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/editor/NoteObject.h"
+
 #include <QObject>
 
 #include <string>
@@ -18,8 +20,9 @@ public:
     /// Both outlive it.
     LinkCommands(Commands& commands, BodyEdit& body, QObject* parent);
 
-    /// Opens the table at a position of the document; false when it is not a simple one.
-    bool editTable(int position);
+    /// Opens the table at a position of the document, at one of its cells; false when it is not a
+    /// simple one.
+    bool editTable(int position, CellPlace cell = {});
 
 private:
     void editLink();

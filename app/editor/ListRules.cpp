@@ -108,13 +108,18 @@ void newLine(NoteDocument& document, QTextCursor& cursor) {
 
 bool backspaceAtStart(NoteDocument& document, QTextCursor& cursor) {
     const QTextBlock block = cursor.block();
-    if (document.isObjectBlock(block)) return false;
-    if (document.kind(block) != Kind::paragraph) {
+    const bool isObject = document.isObjectBlock(block);
+    if (!isObject && document.kind(block) != Kind::paragraph) {
         document.setParagraph(block, oneLevelOut(document.paragraph(block)));
         return true;
     }
     const QTextBlock before = block.previous();
-    if (!before.isValid() || !cannotBeJoined(document, before)) return false;
+    if (!before.isValid()) return false;
+    if (isObject && isEmpty(before)) {
+        removeBlock(before);
+        return true;
+    }
+    if (!isObject && !cannotBeJoined(document, before)) return false;
     if (document.kind(before) == Kind::divider) {
         removeBlock(before);
         return true;

@@ -516,11 +516,11 @@ void NoteEditor::fillMenu(QMenu* menu, int position) {
 }
 
 /// Locked passages ask for their passphrase; files are opened by the program for their type.
-void NoteEditor::openObject(int position) {
+void NoteEditor::openObject(int position, CellPlace cell) {
     const NoteObject object = body_->objectAt(position);
     if (object.kind == NoteObject::Kind::locked) return locking_->unlock(position);
     if (object.attachment) return openAttachment(*object.attachment);
-    if (links_->editTable(position)) return;
+    if (links_->editTable(position, cell)) return;
     if (!object.source.empty() && !object.source.starts_with("data:")) {
         emit linkActivated(QString::fromStdString(object.source));
     } else if (object.kind == NoteObject::Kind::block && !body_->isReadOnly()) {

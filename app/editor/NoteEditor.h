@@ -121,7 +121,7 @@ private:
     void printNote();
     void saveAsPDF();
     void fillMenu(QMenu* menu, int position);
-    void openObject(int position);
+    void openObject(int position, CellPlace cell = {});
     void openAttachment(const Uuid& id);
     void markChanged();
 

@@ -9,6 +9,12 @@
 
 namespace tesserine::app {
 
+/// A cell of a table that is an object.
+struct CellPlace {
+    int row = 0;
+    int column = 0;
+};
+
 /// What one object in a note, a U+FFFC, stands for.
 struct NoteObject {
     enum class Kind : std::uint8_t {

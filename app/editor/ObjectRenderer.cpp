@@ -15,6 +15,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tesserine::app {
@@ -112,6 +113,20 @@ QRectF ObjectRenderer::placeOf(int position) const {
     return found == shown_.end() ? QRectF() : found->place;
 }
 
+CellPlace ObjectRenderer::cellAt(int position, const QPointF& point) {
+    QTextCursor object(&document_);
+    object.setPosition(position + 1);
+    if (this->object(object.charFormat()).kind != Kind::block) return {};
+    QTextDocument& block = drawn(object.charFormat());
+    const QPointF inBlock = point - placeOf(position).topLeft();
+    QTextCursor cursor(&block);
+    cursor.setPosition(std::max(block.documentLayout()->hitTest(inBlock, Qt::FuzzyHit), 0));
+    const QTextTable* const table = cursor.currentTable();
+    if (table == nullptr) return {};
+    const QTextTableCell cell = table->cellAt(cursor);
+    return {.row = cell.row(), .column = cell.column()};
+}
+
 void ObjectRenderer::beginDrawing(const QRectF& part) {
     std::erase_if(shown_, [&](const Shown& shown) { return shown.place.intersects(part); });
 }
@@ -141,7 +156,8 @@ QSizeF ObjectRenderer::intrinsicSize(
     case Kind::block: {
         QTextDocument& block = drawn(format);
         block.setTextWidth(width);
-        return {width, block.size().height()};
+        // What is beside a narrow table is not the table.
+        return {std::min(width, std::ceil(block.idealWidth()) + 1), block.size().height()};
     }
     case Kind::other: break;
     }

@@ -49,6 +49,9 @@ public:
     };
     const std::vector<Shown>& shown() const { return shown_; }
     QRectF placeOf(int position) const;
+    /// The cell of the table at a position that is seen at `point`, in coordinates of the document;
+    /// the first one where there is none.
+    CellPlace cellAt(int position, const QPointF& point);
     /// Before a part of the document is drawn, be it as small as the cursor that blinks.
     void beginDrawing(const QRectF& part);
     /// Makes everything anew that was drawn before: the colours changed.

@@ -35,7 +35,7 @@ private:
 
 }  // namespace
 
-TableDialog::TableDialog(TableContent content, QWidget* parent)
+TableDialog::TableDialog(TableContent content, QWidget* parent, CellPlace cell)
     : QDialog(parent),
       content_(std::move(content)),
       before_(content_.html()),
@@ -78,7 +78,7 @@ TableDialog::TableDialog(TableContent content, QWidget* parent)
     connect(grid_, &QTableWidget::itemChanged, this, [this, at](const QTableWidgetItem* item) {
         content_.setText(at(item->row()), at(item->column()), item->text().toStdString());
     });
-    show(0, 0);
+    show(cell.row, cell.column);
     resize(640, 420);
 }
 

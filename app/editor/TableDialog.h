@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/editor/NoteObject.h"
 #include "app/editor/TableContent.h"
 
 #include <QDialog>
@@ -15,7 +16,8 @@ class TableDialog final : public QDialog {
     Q_OBJECT
 
 public:
-    TableDialog(TableContent content, QWidget* parent);
+    /// With the cursor in `cell`, or near it where there is none.
+    TableDialog(TableContent content, QWidget* parent, CellPlace cell = {});
 
     const TableContent& content() const { return content_; }
     /// Asks first where something was filled in; `done` does not.
