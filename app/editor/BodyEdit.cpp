@@ -222,10 +222,11 @@ BodyView BodyEdit::view() const {
     return {.place = place(), .text = note_.content().text};
 }
 
-void BodyEdit::load(const std::string& html, BodyView view) {
+void BodyEdit::load(
+    const std::string& html, BodyView view, const std::vector<std::string>& before) {
     wanted_ = std::move(view);
     setPlaceholderText({});
-    loader_->load(html);
+    loader_->load(html, before);
 }
 
 void BodyEdit::showView() {

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tesserine::app {
 
@@ -61,8 +62,10 @@ public:
     /// Linear in the size of the note.
     BodyView view() const;
     /// Shows a canonical body and, once it is all there, `view`, whose place moves along with the
-    /// words that both texts have. A long one comes piece by piece.
-    void load(const std::string& html, BodyView view = {});
+    /// words that both texts have. A long one comes piece by piece; in others `before` can be
+    /// undone to, the oldest first.
+    void load(
+        const std::string& html, BodyView view = {}, const std::vector<std::string>& before = {});
     bool isLoading() const { return loader_->isLoading(); }
     /// Whether the note was changed since it was loaded or written.
     bool isModified() const { return note_.isModified(); }

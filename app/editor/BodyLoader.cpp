@@ -1,7 +1,10 @@
 #include "app/editor/BodyLoader.h"
 
 #include "app/editor/NoteDocument.h"
+#include "app/editor/ParagraphChange.h"
 #include "core/body/AttributedTextReader.h"
+
+#include <span>
 
 namespace tesserine::app {
 namespace {
@@ -17,17 +20,30 @@ BodyLoader::BodyLoader(NoteDocument& document, QObject* parent)
     connect(&timer_, &QTimer::timeout, this, &BodyLoader::addPiece);
 }
 
-void BodyLoader::load(const std::string& html) {
+void BodyLoader::load(const std::string& html, const std::vector<std::string>& before) {
     timer_.stop();
     reading_.giveUp();
     isLoading_ = true;
     if (html.size() < longBody) {
-        document_.setContent(attributedText(html));
+        loadWithUndo(html, before);
         emit begun();
         return end();
     }
     document_.beginContent({});
     reading_.begin([html] { return attributedText(html); }, [this] { begin(); });
+}
+
+/// Goes the way that the words went.
+void BodyLoader::loadWithUndo(const std::string& html, const std::vector<std::string>& before) {
+    const AttributedText text = attributedText(html);
+    if (before.empty()) return document_.setContent(text);
+    document_.setContent(attributedText(before.front()));
+    for (const std::string& state : std::span(before).subspan(1)) {
+        changeInto(document_, attributedText(state));
+    }
+    changeInto(document_, text);
+    document_.setModified(false);
+    if (document_.html() != html) document_.setContent(text);
 }
 
 void BodyLoader::finish() {

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace tesserine::app {
 
@@ -28,8 +29,9 @@ public:
     /// `document` outlives it.
     explicit BodyLoader(NoteDocument& document, QObject* parent = nullptr);
 
-    /// Replaces everything by a canonical body.
-    void load(const std::string& html);
+    /// Replaces everything by a canonical body. What it said before, the oldest first, can be
+    /// undone to; not in a long one.
+    void load(const std::string& html, const std::vector<std::string>& before = {});
     /// Puts in all that is missing, at once.
     void finish();
     bool isLoading() const { return isLoading_; }
@@ -40,6 +42,7 @@ signals:
 
 private:
     void begin();
+    void loadWithUndo(const std::string& html, const std::vector<std::string>& before);
     void addPiece();
     void end();
 

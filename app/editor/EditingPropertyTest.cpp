@@ -111,5 +111,32 @@ TEST_F(EditingProperty, WhateverIsDoneCanBeStoredUndoneAndDoneAgain) {
     }
 }
 
+TEST_F(EditingProperty, WhoComesBackToANoteCanStillUndo) {
+    test::BodyMaker maker(7);
+    int undone = 0;
+    const Uuid other = *addNote("Other").id;
+    for (std::uint64_t seed = 0; seed < 40 && !HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        startAt(seed);
+        const CDNote& note = openNote(canonicalBody(maker.soup() + "<p>words</p>").html);
+        const std::string body = *note.html;
+        for (int step = 0; step < 20; ++step) {
+            doSomething();
+            ASSERT_TRUE(editor.save());
+        }
+        const std::string changed = *note.html;
+        ASSERT_TRUE(editor.open(other) && editor.open(*note.id));
+        EXPECT_EQ(html(), changed);
+        EXPECT_FALSE(document().isModified());
+        if (!document().isUndoAvailable()) continue;
+        ++undone;
+        while (document().isUndoAvailable()) {
+            commands.trigger("edit.undo");
+        }
+        EXPECT_EQ(html(), body);
+    }
+    EXPECT_GE(undone, 30);
+}
+
 }  // namespace
 }  // namespace tesserine::app

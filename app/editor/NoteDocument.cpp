@@ -338,6 +338,16 @@ void NoteDocument::insertParagraphs(QTextCursor& cursor, const AttributedText& t
     cursor.endEditBlock();
 }
 
+void NoteDocument::replaceParagraphs(int first, int count, const AttributedText& text) {
+    const QTextBlock last = findBlockByNumber(first + count - 1);
+    QTextCursor cursor(findBlockByNumber(first));
+    cursor.beginEditBlock();
+    cursor.setPosition(last.position() + last.length() - 1, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    write(cursor, text);
+    cursor.endEditBlock();
+}
+
 /// Adds what stands in `block` between two places in it, as one more paragraph.
 void NoteDocument::read(AttributedText& result, const QTextBlock& block, int from, int to) const {
     Paragraph paragraph = this->paragraph(block);

@@ -79,6 +79,9 @@ public:
     /// The same, but every paragraph stands on its own. An empty paragraph at the cursor gives way;
     /// otherwise that of the cursor is split. The cursor ends up behind the last one.
     void insertParagraphs(QTextCursor& cursor, const AttributedText& text);
+    /// Replaces `count` paragraphs from number `first` on by all those of `text`, as they are;
+    /// there is at least one of both.
+    void replaceParagraphs(int first, int count, const AttributedText& text);
 
     /// The theme changed: shows everything in its colours. Undo is not touched.
     void followTheme();

@@ -162,7 +162,8 @@ void NoteEditor::makeHelpers() {
          .open = open_,
          .body = *body_,
          .notice = *notice_,
-         .save = saveNow},
+         .save = saveNow,
+         .forgetUndo = [this] { undo_.forget(); }},
         this);
     panel_ = new SidePanel(
         commands_,
@@ -297,7 +298,7 @@ void NoteEditor::showNote(const CDNote& note, BodyView view) {
     const QScopedValueRollback showing(isShowing_, true);
     saver_->forget();
     showTitle();
-    body_->load(open_.html(), std::move(view));
+    body_->load(open_.html(), std::move(view), undo_.open(*open_.id(), open_.html()));
     footer_->showState({});
     notice_->hide();
     isInConflict_ = false;
@@ -415,6 +416,7 @@ void NoteEditor::markChanged() {
 
 void NoteEditor::showSaved(NoteService::EditOutcome outcome) {
     if (outcome == NoteService::EditOutcome::savedWithConflict) followConflict(true);
+    undo_.add(open_.html());
     if (notice_->text() == failure_) notice_->hide();
     footer_->showState(saver_->isPending() ? "Editing" : "Saved");
     emit saved(*open_.id());

@@ -5,6 +5,7 @@
 #include "app/editor/EditorPreferences.h"
 #include "app/editor/OpenNote.h"
 #include "app/editor/Pictures.h"
+#include "app/editor/UndoMemory.h"
 #include "base/Uuid.h"
 #include "core/store/StoreChanges.h"
 
@@ -149,6 +150,7 @@ private:
     WordMarks* wordMarks_ = nullptr;
     PassageLocking* locking_ = nullptr;
     ConflictResolution* conflict_ = nullptr;
+    UndoMemory undo_;
     std::map<Uuid, BodyPlace> places_;  // of the notes that were open; one comes back to them
     bool isInConflict_ = false;         // as the notice says
     bool isShowing_ = false;            // what changes now is not typed

@@ -62,6 +62,30 @@ TEST_F(NoteEditor, SavesBeforeTheNoteIsLeft) {
     EXPECT_EQ(editor.title().text(), "Other");
 }
 
+TEST_F(NoteEditor, UndoesWhatWasDoneBeforeTheNoteWasLeft) {
+    CDNote& other = addNote("Other");
+    CDNote& note = openNote("<p>one</p><p>three|</p>");
+    type("\nlong");
+    ASSERT_TRUE(editor.save());
+    type("\b\b\b\b");
+    editor.open(*other.id);
+    EXPECT_FALSE(document().isUndoAvailable());
+    editor.open(*note.id);
+    EXPECT_EQ(html(), "<p>one</p><p>three</p><p></p>");
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), "<p>one</p><p>three</p><p>long</p>");
+    EXPECT_EQ(editor.body().textCursor().blockNumber(), 2) << "where it was done";
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), "<p>one</p><p>three</p>");
+    commands.trigger("edit.redo");
+    editor.open(*other.id);
+    EXPECT_EQ(*note.html, "<p>one</p><p>three</p><p>long</p>");
+
+    change(note, "<p>theirs</p>");
+    editor.open(*note.id);
+    EXPECT_FALSE(document().isUndoAvailable()) << "it is not ours any more";
+}
+
 TEST_F(NoteEditor, ShowsWhatOthersWroteWhileNothingIsTyped) {
     CDNote& note = openNote("<p>one|</p>");
     const Uuid id = *note.id;

@@ -131,7 +131,7 @@ void PassageLocking::place(const Sealing& sealing) {
     AttributedText text = parts_.body.note().content();
     lockRange(text, sealing.range, sealing.blob);
     replaceContent(parts_.body, text, static_cast<int>(sealing.range.start));
-    if (!parts_.save()) return;
+    if (!saveForGood()) return;
     removeCopies(sealing);
 }
 
@@ -265,7 +265,14 @@ void PassageLocking::removeLock(UnlockDialog& dialog, int position, const std::s
     note.insertParagraphs(cursor, paste::fromLines(dialog.text(), BlockStyle::Kind::paragraph));
     replaceContent(parts_.body, note.content(), position);
     dialog.accept();
-    parts_.save();
+    saveForGood();
+}
+
+/// What is saved now cannot be undone, not even after the note was left.
+bool PassageLocking::saveForGood() {
+    const bool isSaved = parts_.save();
+    parts_.forgetUndo();
+    return isSaved;
 }
 
 }  // namespace tesserine::app

@@ -34,6 +34,7 @@ public:
         BodyEdit& body;
         NoticeBar& notice;
         std::function<bool()> save;
+        std::function<void()> forgetUndo;  ///< of the open note, once it was left
     };
     PassageLocking(Parts parts, QObject* parent);
 
@@ -50,6 +51,7 @@ private:
     void place(const Sealing& sealing);
     bool isStillThere(const Sealing& sealing) const;
     void allowTyping(const Sealing& sealing);
+    bool saveForGood();
     void removeCopies(const Sealing& sealing);
     void forgetDeleted(const Uuid& id, const QString& remark);
     void decrypt(UnlockDialog& dialog, const std::string& blob);

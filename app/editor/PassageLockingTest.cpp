@@ -6,6 +6,7 @@
 #include "core/model/NoteEntities.h"
 #include "search/SearchCoordinator.h"
 
+#include <gmock/gmock.h>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -18,6 +19,9 @@
 
 namespace tesserine::app {
 namespace {
+
+using testing::HasSubstr;
+using testing::Not;
 
 class PassageLockingTest : public test::EditorFixture {
 public:
@@ -88,6 +92,14 @@ TEST_F(PassageLockingTest, LeavesTheTextInNoFileOfTheLibrary) {
         "<p>The key is</p>" + lockedBlock(passages.front().blob) + "<p>.</p><p>Rest</p>");
     EXPECT_FALSE(document().isUndoAvailable());
     EXPECT_FALSE(isInLibrary("swordfish-4711"));
+
+    type("more");
+    editor.close();
+    editor.open(*note.id);
+    while (document().isUndoAvailable()) {
+        commands.trigger("edit.undo");
+        EXPECT_THAT(html(), Not(HasSubstr("swordfish"))) << "what was typed before comes back";
+    }
 }
 
 TEST_F(PassageLockingTest, RefusesWhatIsNotText) {

@@ -51,12 +51,16 @@ struct AttributedText {
         std::uint32_t container = 0;        ///< 0: none; otherwise the place in `containers` plus 1
         OwnedAttributes attributes{};       ///< such as dir and lang
         OwnedAttributes frameAttributes{};  ///< of the list, quote or code block that it begins
+
+        friend bool operator==(const Paragraph&, const Paragraph&) = default;
     };
 
     /// A div around paragraphs.
     struct Container {
         std::uint32_t parent = 0;  ///< as `Paragraph::container`; stands before this one
         OwnedAttributes attributes{};
+
+        friend bool operator==(const Container&, const Container&) = default;
     };
 
     struct Run {
@@ -65,6 +69,7 @@ struct AttributedText {
         InlineStyle style;
 
         std::size_t end() const { return start + length; }
+        friend bool operator==(const Run&, const Run&) = default;
     };
 
     std::u16string text;
@@ -77,6 +82,8 @@ struct AttributedText {
 
     /// Adds `piece` (UTF-8) as one more paragraph. The caller puts the "\n" that ends it.
     void append(std::string_view piece, std::optional<BlockStyle> style);
+
+    friend bool operator==(const AttributedText&, const AttributedText&) = default;
 };
 
 /// The value of the attribute style for an alignment that is not natural, and the other way round.
