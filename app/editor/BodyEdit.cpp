@@ -222,11 +222,10 @@ BodyView BodyEdit::view() const {
     return {.place = place(), .text = note_.content().text};
 }
 
-void BodyEdit::load(
-    const std::string& html, BodyView view, const std::vector<std::string>& before) {
+void BodyEdit::load(const std::string& html, BodyView view, UndoHistory* history) {
     wanted_ = std::move(view);
     setPlaceholderText({});
-    loader_->load(html, before);
+    loader_->load(html, history);
 }
 
 void BodyEdit::showView() {

@@ -15,13 +15,13 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace tesserine::app {
 
 class ObjectRenderer;
 class PictureHandle;
 class Pictures;
+struct UndoHistory;
 
 /// Where a reader is in a note; at first at its beginning.
 struct BodyPlace {
@@ -62,10 +62,9 @@ public:
     /// Linear in the size of the note.
     BodyView view() const;
     /// Shows a canonical body and, once it is all there, `view`, whose place moves along with the
-    /// words that both texts have. A long one comes piece by piece; in others `before` can be
-    /// undone to, the oldest first.
-    void load(
-        const std::string& html, BodyView view = {}, const std::vector<std::string>& before = {});
+    /// words that both texts have. A long one comes piece by piece; others can be undone through
+    /// `history`, as `BodyLoader` says.
+    void load(const std::string& html, BodyView view = {}, UndoHistory* history = nullptr);
     bool isLoading() const { return loader_->isLoading(); }
     /// Whether the note was changed since it was loaded or written.
     bool isModified() const { return note_.isModified(); }

@@ -2,9 +2,8 @@
 
 #include "app/editor/NoteDocument.h"
 #include "app/editor/ParagraphChange.h"
+#include "app/editor/UndoMemory.h"
 #include "core/body/AttributedTextReader.h"
-
-#include <span>
 
 namespace tesserine::app {
 namespace {
@@ -20,12 +19,13 @@ BodyLoader::BodyLoader(NoteDocument& document, QObject* parent)
     connect(&timer_, &QTimer::timeout, this, &BodyLoader::addPiece);
 }
 
-void BodyLoader::load(const std::string& html, const std::vector<std::string>& before) {
+void BodyLoader::load(const std::string& html, UndoHistory* history) {
     timer_.stop();
     reading_.giveUp();
     isLoading_ = true;
     if (html.size() < longBody) {
-        loadWithUndo(html, before);
+        const bool hasPast = history != nullptr && history->states.size() > 1;
+        hasPast ? loadWithUndo(html, *history) : document_.setContent(attributedText(html));
         emit begun();
         return end();
     }
@@ -33,17 +33,21 @@ void BodyLoader::load(const std::string& html, const std::vector<std::string>& b
     reading_.begin([html] { return attributedText(html); }, [this] { begin(); });
 }
 
-/// Goes the way that the words went.
-void BodyLoader::loadWithUndo(const std::string& html, const std::vector<std::string>& before) {
-    const AttributedText text = attributedText(html);
-    if (before.empty()) return document_.setContent(text);
-    document_.setContent(attributedText(before.front()));
-    for (const std::string& state : std::span(before).subspan(1)) {
-        changeInto(document_, attributedText(state));
+/// Goes the way that the words went, and back over what was undone.
+void BodyLoader::loadWithUndo(const std::string& html, UndoHistory& history) {
+    auto& [states, now] = history;
+    document_.setContent(attributedText(states.front().html));
+    for (UndoHistory::State& state : states) {
+        changeInto(document_, attributedText(state.html));
+        state.steps = document_.availableUndoSteps();
     }
-    changeInto(document_, text);
+    while (document_.availableUndoSteps() > states[now].steps) {
+        document_.undo();
+    }
     document_.setModified(false);
-    if (document_.html() != html) document_.setContent(text);
+    if (document_.html() == html) return;
+    history = {.states = {{.html = html}}};
+    document_.setContent(attributedText(html));
 }
 
 void BodyLoader::finish() {

@@ -8,11 +8,11 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace tesserine::app {
 
 class NoteDocument;
+struct UndoHistory;
 
 /// Puts the body of a note into its document. A long one is read on a thread of its own and put in
 /// piece by piece, so that its first lines are seen at once and the window stays alive.
@@ -29,9 +29,9 @@ public:
     /// `document` outlives it.
     explicit BodyLoader(NoteDocument& document, QObject* parent = nullptr);
 
-    /// Replaces everything by a canonical body. What it said before, the oldest first, can be
-    /// undone to; not in a long one.
-    void load(const std::string& html, const std::vector<std::string>& before = {});
+    /// Replaces everything by a canonical body. One that is not long can be undone through the
+    /// states of `history`, which are told their steps; it begins anew where that leads elsewhere.
+    void load(const std::string& html, UndoHistory* history = nullptr);
     /// Puts in all that is missing, at once.
     void finish();
     bool isLoading() const { return isLoading_; }
@@ -42,7 +42,7 @@ signals:
 
 private:
     void begin();
-    void loadWithUndo(const std::string& html, const std::vector<std::string>& before);
+    void loadWithUndo(const std::string& html, UndoHistory& history);
     void addPiece();
     void end();
 

@@ -122,6 +122,7 @@ TEST_F(EditingProperty, WhoComesBackToANoteCanStillUndo) {
         const std::string body = *note.html;
         for (int step = 0; step < 20; ++step) {
             doSomething();
+            if (mayBe(20)) commands.trigger(mayBe(70) ? "edit.undo" : "edit.redo");
             ASSERT_TRUE(editor.save());
         }
         const std::string changed = *note.html;

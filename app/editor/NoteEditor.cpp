@@ -298,7 +298,7 @@ void NoteEditor::showNote(const CDNote& note, BodyView view) {
     const QScopedValueRollback showing(isShowing_, true);
     saver_->forget();
     showTitle();
-    body_->load(open_.html(), std::move(view), undo_.open(*open_.id(), open_.html()));
+    body_->load(open_.html(), std::move(view), &undo_.open(*open_.id(), open_.html()));
     footer_->showState({});
     notice_->hide();
     isInConflict_ = false;
@@ -416,7 +416,9 @@ void NoteEditor::markChanged() {
 
 void NoteEditor::showSaved(NoteService::EditOutcome outcome) {
     if (outcome == NoteService::EditOutcome::savedWithConflict) followConflict(true);
-    undo_.add(open_.html());
+    undo_.add(
+        {.html = open_.html(), .steps = body_->note().availableUndoSteps()},
+        body_->note().isRedoAvailable());
     if (notice_->text() == failure_) notice_->hide();
     footer_->showState(saver_->isPending() ? "Editing" : "Saved");
     emit saved(*open_.id());

@@ -81,9 +81,50 @@ TEST_F(NoteEditor, UndoesWhatWasDoneBeforeTheNoteWasLeft) {
     editor.open(*other.id);
     EXPECT_EQ(*note.html, "<p>one</p><p>three</p><p>long</p>");
 
+    environment->notes().moveToTrash(note);
+    context().save();
+    editor.open(*note.id);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), "<p>one</p><p>three</p><p>long</p>") << "nothing is written in the trash";
+    environment->notes().restoreFromTrash(note);
+    editor.open(*other.id);
     change(note, "<p>theirs</p>");
     editor.open(*note.id);
     EXPECT_FALSE(document().isUndoAvailable()) << "it is not ours any more";
+}
+
+TEST_F(NoteEditor, WhatWasUndoneStaysUndoneWhenOneComesBack) {
+    CDNote& other = addNote("Other");
+    CDNote& note = openNote("");
+    const auto leaveAndComeBack = [&] {
+        editor.open(*other.id);
+        editor.open(*note.id);
+        editor.body().moveCursor(QTextCursor::End);
+    };
+    type("First");
+    ASSERT_TRUE(editor.save());
+    type("\nalpha");
+    leaveAndComeBack();
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), "<p>First</p>");
+    leaveAndComeBack();
+    commands.trigger("edit.redo");
+    EXPECT_EQ(html(), "<p>First</p><p>alpha</p>");
+    commands.trigger("edit.undo");
+    ASSERT_TRUE(editor.save());
+    type(" beta");
+    leaveAndComeBack();
+    EXPECT_EQ(html(), "<p>First beta</p>");
+    EXPECT_FALSE(document().isRedoAvailable());
+    for (const char* const expected : {"<p>First</p>", "", ""}) {
+        commands.trigger("edit.undo");
+        EXPECT_EQ(html(), expected) << "alpha was thrown away";
+    }
+    while (document().isRedoAvailable()) {
+        commands.trigger("edit.redo");
+    }
+    EXPECT_EQ(html(), "<p>First beta</p>");
 }
 
 TEST_F(NoteEditor, ShowsWhatOthersWroteWhileNothingIsTyped) {

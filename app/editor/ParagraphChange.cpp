@@ -50,7 +50,13 @@ AttributedText joined(std::span<const AttributedText> paragraphs) {
 void changeInto(NoteDocument& document, const AttributedText& text) {
     const auto before = paragraphsOf(document.content());
     const auto after = paragraphsOf(text);
-    if (before.empty() || after.empty() || before == after) return;
+    if (before == after) return;
+    if (before.empty()) return document.replaceParagraphs(0, 1, text);
+    if (after.empty()) {
+        AttributedText blank;
+        blank.append("\n", BlockStyle{});
+        return document.replaceParagraphs(0, static_cast<int>(before.size()), blank);
+    }
     const std::size_t most = std::min(before.size(), after.size()) - 1;  // one is replaced at least
     const auto alikeUpTo = [](auto from, auto end, auto other) {
         return static_cast<std::size_t>(std::mismatch(from, end, other).first - from);

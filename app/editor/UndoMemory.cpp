@@ -7,19 +7,20 @@
 namespace tesserine::app {
 namespace {
 
-/// Whether nothing is gone, and something may have come in one place.
-bool isAddition(std::string_view before, std::string_view after) {
+/// Whether nothing is gone, and nothing but words of a paragraph has come, in one place.
+bool isTypedOn(std::string_view before, std::string_view after) {
     if (after.size() < before.size()) return false;
+    if (std::ranges::count(before, '<') != std::ranges::count(after, '<')) return false;
     const auto end = std::ranges::mismatch(before, after).in1;
     return after.ends_with(std::string_view(end, before.end()));
 }
 
 }  // namespace
 
-const std::vector<std::string>& UndoMemory::open(const Uuid& id, const std::string& html) {
+UndoHistory& UndoMemory::open(const Uuid& id, const std::string& html) {
     if (open_.id != id) {
-        if (!open_.before.empty()) others_.push_back(std::move(open_));
-        open_ = {.id = id, .now = html};
+        if (open_.history.states.size() > 1) others_.push_back(std::move(open_));
+        open_ = {.id = id};
         const auto found = std::ranges::find(others_, id, &Kept::id);
         if (found != others_.end()) {
             open_ = std::move(*found);
@@ -27,38 +28,69 @@ const std::vector<std::string>& UndoMemory::open(const Uuid& id, const std::stri
         }
         if (others_.size() > mostNotes) others_.erase(others_.begin());
     }
-    if (open_.now != html) open_ = {.id = id, .now = html};
-    return open_.before;
+    UndoHistory& history = open_.history;
+    const bool isSame = !history.states.empty() && history.states[history.now].html == html;
+    if (!isSame) history = {.states = {{.html = html}}};
+    return history;
 }
 
-void UndoMemory::add(const std::string& html) {
-    std::vector<std::string>& before = open_.before;
-    if (open_.now == html) return;
-    if (open_.now) {
-        const bool isStep = before.empty() || !isAddition(before.back(), *open_.now)
-                            || !isAddition(*open_.now, html)
-                            || html.size() - before.back().size() > longestStep;
-        if (isStep) before.push_back(std::move(*open_.now));
+void UndoMemory::add(UndoHistory::State state, bool canRedo) {
+    auto& [states, now] = open_.history;
+    while (now > 0 && states[now].steps > state.steps) {
+        --now;
     }
-    open_.now = html;
+    const auto same = [&](const UndoHistory::State& known) {
+        return known.html == state.html && known.steps == state.steps;
+    };
+    const auto next = states.begin() + static_cast<std::ptrdiff_t>(states.empty() ? 0 : now + 1);
+    if (const auto redone = std::find_if(next, states.end(), same); redone != states.end()) {
+        now = static_cast<std::size_t>(redone - states.begin());
+        return;
+    }
+    if (!canRedo || states.empty()) {
+        open_.history.cutAfterNow();
+        append(std::move(state));
+    } else if (states[now].html != state.html) {
+        while (now + 1 < states.size() && states[now + 1].steps <= state.steps) {
+            ++now;
+        }
+        states.insert(states.begin() + static_cast<std::ptrdiff_t>(++now), std::move(state));
+    }
     trim();
 }
 
-void UndoMemory::forget() {
-    open_.before.clear();
-    open_.now.reset();
+/// Letters that are typed one after the other are one step.
+void UndoMemory::append(UndoHistory::State state) {
+    auto& [states, now] = open_.history;
+    if (!states.empty() && states[now].html == state.html) {
+        states[now].steps = state.steps;
+        return;
+    }
+    if (states.size() > 1) {
+        const std::string& before = states[now - 1].html;
+        const bool isOneStep = isTypedOn(before, states[now].html)
+                               && isTypedOn(states[now].html, state.html)
+                               && state.html.size() - before.size() <= longestStep;
+        if (isOneStep) states.pop_back();
+    }
+    states.push_back(std::move(state));
+    now = states.size() - 1;
 }
 
-/// What would take too much room goes, the oldest first.
+/// What would take too much room goes: the oldest, and what was undone before that.
 void UndoMemory::trim() {
-    std::size_t bytes = open_.now.value_or("").size();
-    auto first = open_.before.end();
-    while (first != open_.before.begin()) {
-        bytes += std::prev(first)->size();
-        if (bytes > mostBytes) break;
-        --first;
+    auto& [states, now] = open_.history;
+    std::size_t bytes = 0;
+    for (const UndoHistory::State& state : states) {
+        bytes += state.html.size();
     }
-    open_.before.erase(open_.before.begin(), first);
+    while (bytes > mostBytes && states.size() > 1) {
+        const bool hasUndone = now + 1 < states.size();
+        const auto gone = hasUndone ? std::prev(states.end()) : states.begin();
+        bytes -= gone->html.size();
+        if (!hasUndone) --now;
+        states.erase(gone);
+    }
 }
 
 }  // namespace tesserine::app

@@ -3,11 +3,25 @@
 #include "base/Uuid.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace tesserine::app {
+
+/// The saved bodies of a note, in the order in which undo goes through them.
+struct UndoHistory {
+    struct State {
+        std::string html;
+        int steps = 0;  ///< that the document could undo then
+    };
+
+    /// The oldest first; those behind `now` can be done again. Empty when nothing is known.
+    std::vector<State> states{};
+    std::size_t now = 0;
+
+    /// What stands behind `now` was undone, and cannot be done again any more.
+    void cutAfterNow() { states.resize(states.empty() ? 0 : now + 1); }
+};
 
 /// What the bodies of notes said before they were changed, so that one can undo in a note that one
 /// comes back to. Kept in memory only, for the notes that were changed last.
@@ -18,21 +32,21 @@ public:
     /// Bytes that are typed before there is another state to go back to.
     static constexpr std::size_t longestStep = 200;
 
-    /// The note is opened, which says `html` now: the states that led to it, the oldest first and
-    /// none of them `html`. The note begins anew when it says something else than when it was left.
-    const std::vector<std::string>& open(const Uuid& id, const std::string& html);
-    /// The open note was written.
-    void add(const std::string& html);
+    /// The note is opened, which says `html` now. It begins anew when it says something else than
+    /// when it was left. Whoever goes through the states puts in their steps.
+    UndoHistory& open(const Uuid& id, const std::string& html);
+    /// The open note was written. `canRedo` tells whether this was after something was undone.
+    void add(UndoHistory::State state, bool canRedo);
     /// Nothing that the open note said is to come back.
-    void forget();
+    void forget() { open_.history = {}; }
 
 private:
     struct Kept {
         Uuid id;
-        std::vector<std::string> before{};
-        std::optional<std::string> now{};
+        UndoHistory history{};
     };
 
+    void append(UndoHistory::State state);
     void trim();
 
     Kept open_;
