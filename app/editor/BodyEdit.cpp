@@ -283,8 +283,14 @@ void BodyEdit::keyPressEvent(QKeyEvent* event) {
     const bool isCommand = event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier);
     const QString text = isCommand ? QString() : event->text();
     beforeTyping(text);
+    // An object that goes and its paragraph, which is one for words then, are one step.
+    QTextCursor step = textCursor();
+    const bool isAtObject = note_.isObjectBlock(note_.findBlock(step.selectionStart()))
+                            || note_.isObjectBlock(note_.findBlock(step.selectionEnd()));
+    if (isAtObject) step.beginEditBlock();
     QTextEdit::keyPressEvent(event);
     afterTyping(text);
+    if (isAtObject) step.endEditBlock();
 }
 
 /// What is not typing; false leaves the key to the text field.
@@ -396,11 +402,7 @@ void BodyEdit::repairObjects() {
     const QTextBlock block = textCursor().block();
     const bool isBereft =
         note_.isObjectBlock(block) && !block.text().contains(QChar::ObjectReplacementCharacter);
-    if (!isBereft) return;
-    QTextCursor cursor = textCursor();
-    cursor.joinPreviousEditBlock();
-    note_.setParagraph(block, {.style = BlockStyle{}});
-    cursor.endEditBlock();
+    if (isBereft) note_.setParagraph(block, {.style = BlockStyle{}});
 }
 
 void BodyEdit::mousePressEvent(QMouseEvent* event) {

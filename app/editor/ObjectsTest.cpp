@@ -215,6 +215,27 @@ TEST_F(AttachedFiles, AreKeptBeforeTheTextThatShowsThem) {
     EXPECT_EQ(test::contentOf(opened.toStdString()), "plan");
 }
 
+TEST_F(AttachedFiles, ComeBackWhenTheirDeletionIsUndone) {
+    CDNote& note = openNote("");
+    editor.title().setFocus();
+    QTest::keyClicks(&editor.title(), "Lease");
+    editor.body().setFocus();
+    type("Line one.\n");
+    ASSERT_TRUE(editor.save());
+    test::putContent(folder / "plan.txt", "plan");
+    QMimeData dropped;
+    dropped.setUrls({QUrl::fromLocalFile(QString::fromStdString((folder / "plan.txt").string()))});
+    emit editor.body().pasted(&dropped);
+    ASSERT_TRUE(editor.save());
+    const std::string attached = *note.html;
+    type("\b");
+    ASSERT_TRUE(editor.save());
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), attached);
+    EXPECT_TRUE(editor.save());
+    EXPECT_EQ(*note.html, attached);
+}
+
 class PictureKeys : public test::EditorFixture {};
 
 TEST_F(PictureKeys, MakeThePictureAtTheCursorLargerAndSmaller) {
