@@ -136,6 +136,13 @@ void SearchResults::chooseWhenFound(const Uuid& note) {
     read_ = note;
 }
 
+void SearchResults::takeKeys() {
+    const QModelIndex chosen = list_->currentIndex();
+    const QScopedValueRollback marking(isMarking_, true);
+    list_->setFocus();
+    list_->setCurrentIndex(chosen);
+}
+
 void SearchResults::keep() {
     auto* const dialog = new QInputDialog(this);
     dialog->setObjectName("saveSearchDialog");

@@ -36,6 +36,8 @@ public:
     void chooseNone();
     /// The note that is read beside them: its line is chosen once it is found, and no other.
     void chooseWhenFound(const Uuid& note);
+    /// Gives the keys to the list, where the toolkit would choose and so open its first line.
+    void takeKeys();
     /// Asks for a name to keep the query under, as a saved search.
     void keep();
     SearchRunner& runner() { return *runner_; }

@@ -8,12 +8,18 @@
 
 namespace tesserine::app {
 
+/// What has the keys in a place, so that what is typed goes there.
+enum class KeyHolder { unknown, searchField, list, note };
+
 /// Where a tab is: a place, and the note that is open in it.
 struct Stop {
     Place place{};
     std::optional<Uuid> note{};
+    KeyHolder keys = KeyHolder::unknown;  ///< no part of what makes two stops the same
 
-    friend bool operator==(const Stop&, const Stop&) = default;
+    friend bool operator==(const Stop& one, const Stop& other) {
+        return one.place == other.place && one.note == other.note;
+    }
 };
 
 /// Where a tab was before and after, for Back and Forward.
@@ -28,7 +34,7 @@ public:
     void visit(const Stop& stop);
     /// Another note of the same list, by the arrow keys for instance: not a step of its own.
     void replaceNote(const std::optional<Uuid>& note) { stops_[at_].note = note; }
-
+    void keepKeys(KeyHolder keys) { stops_[at_].keys = keys; }
     void replace(const Stop& stop) { stops_[at_] = stop; }
     /// The same place by another name, such as a query while it is typed.
     void replacePlace(const Place& place) { stops_[at_].place = place; }

@@ -2,6 +2,7 @@
 
 #include "app/commands/Commands.h"
 #include "app/desktop/TodayWindow.h"
+#include "app/editor/BodyEdit.h"
 #include "app/editor/NoteEditor.h"
 #include "app/lists/NoteActions.h"
 #include "app/lists/NoteList.h"
@@ -118,7 +119,9 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
     afterFirstPaint(*this, [this] { notes_->beginToFollow(); });
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow() {
+    disconnect(qApp, nullptr, this, nullptr);  // what goes now gives up its keys
+}
 
 void MainWindow::build() {
     commands_.fill(*menuBar());
@@ -164,6 +167,7 @@ void MainWindow::connectParts() {
     });
     connect(tabBar_, &QTabBar::tabCloseRequested, this, &MainWindow::closeTab);
     connect(&environment_, &AppEnvironment::libraryChanged, this, &MainWindow::followLibrary);
+    connect(qApp, &QApplication::focusChanged, this, &MainWindow::followKeys);
 }
 
 void MainWindow::connectEditor(NoteEditor& editor) {
@@ -240,6 +244,7 @@ void MainWindow::go(const Place& place) {
     if (enter(stop)) {
         history().visit(stop);
         history().replaceNote(notesShown() ? notes_->openedNote() : std::nullopt);
+        followKeys();
     }
     settle();
 }
@@ -314,9 +319,49 @@ void MainWindow::goForward() {
 
 /// Where a place has gone meanwhile, All Notes stand from now on.
 void MainWindow::returnTo(const Stop& stop) {
+    const QWidget* const before = focusWidget();
+    const bool areOfPlaces = before == searchField_ || content_->isAncestorOf(before);
+    const KeyHolder inUnknown = notes_->editorHasKeys() ? KeyHolder::note : KeyHolder::list;
+    const KeyHolder keys = stop.keys == KeyHolder::unknown ? inUnknown : stop.keys;
     const Stop instead{.place = {Kind::allNotes}};
-    if (!enter(stop) && enter(instead)) history().replace(instead);
+    if (enter(stop)) {
+        if (areOfPlaces) giveKeys(keys);
+    } else if (enter(instead)) {
+        history().replace(instead);
+    }
     settle();
+}
+
+// The keys
+
+/// None that is known where other parts of the window have them, which are the same everywhere.
+KeyHolder MainWindow::keyHolder() const {
+    const QWidget* const keys = focusWidget();
+    if (!notesShown() || keys == nullptr) return KeyHolder::unknown;
+    if (keys == searchField_ && !notes_->showsList()) return KeyHolder::searchField;
+    if (notes_->editorHasKeys()) return KeyHolder::note;
+    return notes_->isAncestorOf(keys) ? KeyHolder::list : KeyHolder::unknown;
+}
+
+/// What had them last in a place has them again when one comes back.
+void MainWindow::followKeys() {
+    if (isEntering_ || isTurning_) return;
+    const KeyHolder keys = keyHolder();
+    if (keys != KeyHolder::unknown) history().keepKeys(keys);
+}
+
+/// Among notes the list leaves them to who writes; a query goes on where it ended.
+void MainWindow::giveKeys(KeyHolder keys) {
+    if (!notesShown()) return;
+    const bool isNoteOpen = notes_->openedNote().has_value();
+    if (keys == KeyHolder::note && isNoteOpen) return notes_->editor().body().setFocus();
+    if (notes_->showsList()) return;
+    if (keys == KeyHolder::searchField) {
+        searchField_->setFocus();
+        searchField_->deselect();
+    } else if (isNoteOpen) {
+        searchResults_->takeKeys();
+    }
 }
 
 // Tabs

@@ -116,6 +116,9 @@ private:
     bool enter(Stop stop);
     bool showInstead(QWidget& page);
     void returnTo(const Stop& stop);
+    KeyHolder keyHolder() const;
+    void followKeys();
+    void giveKeys(KeyHolder keys);
     void showSearch(
         const QString& query, SearchRunner::Typing typing, const std::optional<Uuid>& note = {});
     void followTyping(const QString& text);

@@ -115,6 +115,7 @@ void MainWindow::followTyping(const QString& text) {
         history().visit({.place = place});
     }
     showSearch(text, SearchRunner::Typing::goesOn);
+    followKeys();
     settle();
 }
 

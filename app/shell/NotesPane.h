@@ -52,6 +52,7 @@ public:
     /// Saves what was typed; false when that failed.
     bool save();
     void focusEditor();
+    bool editorHasKeys() const;
     /// Chooses the title, for another one to be typed.
     void editTitle();
 
@@ -69,7 +70,6 @@ private:
     void makeNothing();
     void showNoResult();
     void showList(QWidget& list);
-    bool editorHasKeys() const;
     bool isTypedOnElsewhere() const;
     void follow(const std::optional<Uuid>& note);
     void showSelection(const std::vector<Uuid>& notes);

@@ -385,6 +385,91 @@ TEST_F(SearchJourney, FromTheFieldOneGoesBackToTheResultThatIsRead) {
     EXPECT_EQ(openTitle(), read);
 }
 
+TEST_F(SearchJourney, WhoComesBackToASearchGoesOnWhereTheKeysWere) {
+    addNote("Lisbon", "<p>Train at 9:40.</p>");
+    environment->search().catchUp();
+    window().openTab({Kind::allNotes});
+    press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    type("train");
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(editor().body().hasFocus());
+
+    struct Way {
+        Qt::Key there;
+        Qt::Key back;
+        Qt::KeyboardModifiers modifiers;
+        Qt::KeyboardModifiers backModifiers;
+    };
+    const Way ways[] = {
+        {Qt::Key_Tab,
+         Qt::Key_Backtab,
+         Qt::ControlModifier,
+         Qt::ControlModifier | Qt::ShiftModifier},
+        {Qt::Key_Left, Qt::Key_Right, Qt::AltModifier, Qt::AltModifier}};
+    const auto leaveAndReturn = [&](const Way& way) {
+        press(way.there, way.modifiers);
+        EXPECT_EQ(place(), "tesserine://notes");
+        settle();
+        press(way.back, way.backModifiers);
+        EXPECT_EQ(place(), "tesserine://search/train");
+        settle();
+    };
+    QString written;
+    for (const Way& way : ways) {
+        SCOPED_TRACE(way.there);
+        ASSERT_EQ(openTitle(), "Lisbon");
+        type("Half a sentence ");
+        leaveAndReturn(way);
+        ASSERT_TRUE(editor().body().hasFocus());
+        type("and the other half. ");
+        written += "Half a sentence and the other half. ";
+        EXPECT_EQ(editor().body().toPlainText(), written + "Train at 9:40.");
+        EXPECT_EQ(window().searchField().text().toStdString(), "train");
+
+        // Of the results the same one is chosen, and none opened by the way.
+        results.setFocus();
+        leaveAndReturn(way);
+        EXPECT_TRUE(waitUntil([&] { return results.hasFocus(); }));
+        EXPECT_EQ(openTitle(), "Lisbon");
+        editor().body().setFocus();
+    }
+
+    // A query that was being typed goes on, instead of being replaced.
+    for (const Way& way : ways) {
+        SCOPED_TRACE(way.there);
+        window().searchField().setFocus();
+        leaveAndReturn(way);
+        EXPECT_TRUE(window().searchField().hasFocus());
+        EXPECT_EQ(window().searchField().selectedText(), "");
+    }
+}
+
+TEST_F(SearchJourney, AfterAStartTheTabOfAResultLeavesTheKeysToWhoWrites) {
+    const Uuid note = *addNote("Lisbon", "<p>Train at 9:40.</p>").id;
+    environment->search().catchUp();
+    window().go({Kind::note, note});
+    window().openTab({.kind = Kind::search, .text = "train"});
+    QListView& found = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return found.model()->rowCount() == 1; }));
+    found.setCurrentIndex(found.model()->index(0, 0));
+    press(Qt::Key_Tab, Qt::ControlModifier);
+    window().close();
+    closeWindow();
+
+    for (const bool isWriting : {true, false}) {
+        isWriting ? editor().body().setFocus() : list().setFocus();
+        press(Qt::Key_Tab, Qt::ControlModifier);
+        EXPECT_EQ(place(), "tesserine://search/train");
+        EXPECT_EQ(openTitle(), "Lisbon");
+        EXPECT_FALSE(window().searchField().hasFocus());
+        EXPECT_EQ(editor().body().hasFocus(), isWriting);
+        closeWindow();
+    }
+}
+
 TEST_F(SearchJourney, ASearchTakesTheKeysOnlyWhereTheyWouldBeLost) {
     addNote("Plan");
     window().go({Kind::today});
