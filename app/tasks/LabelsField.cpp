@@ -1,6 +1,7 @@
 #include "app/tasks/LabelsField.h"
 
 #include "app/look/FlowLayout.h"
+#include "app/look/HandKeysOn.h"
 #include "app/look/Icon.h"
 #include "app/look/Theme.h"
 
@@ -26,7 +27,7 @@ public:
         setShortcut({});  // no letter behind an “&” is one
         setAccessibleName(QString("Remove the label %1").arg(label));
         setToolTip(accessibleName());
-        setFocusPolicy(Qt::TabFocus);
+        setFocusPolicy(Qt::StrongFocus);
         setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
         setFont(Theme::font(TextRole::caption));
     }
@@ -85,6 +86,7 @@ void LabelsField::setLabels(const QStringList& labels) {
     if (labels == labels_) return;
     labels_ = labels;
     for (QWidget* const chip : std::as_const(chips_)) {
+        handKeysOn(*chip, *this);  // not to the next one, nor out of the task
         chip->deleteLater();
         chip->hide();
     }

@@ -20,6 +20,7 @@ PriorityButtons::PriorityButtons(QWidget* parent)
         auto* const button = new QToolButton(this);
         button->setCheckable(true);
         button->setAutoRaise(true);
+        button->setFocusPolicy(Qt::StrongFocus);
         button->setText(isNone ? QString("None") : QString("P%1").arg(number));
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         button->setAccessibleName(

@@ -203,12 +203,6 @@ void TaskDetail::showTask(const std::optional<Uuid>& task) {
     load();
 }
 
-bool TaskDetail::isTypedInto() const {
-    const QWidget* const keys = window()->focusWidget();
-    if (keys == nullptr || !isAncestorOf(keys)) return false;
-    return keys->inherits("QLineEdit") || keys->inherits("QPlainTextEdit");
-}
-
 void TaskDetail::editTitle() {
     title_->setFocus();
     title_->moveCursor(QTextCursor::End);

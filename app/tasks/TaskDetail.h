@@ -37,8 +37,6 @@ public:
     /// None, because so many are selected.
     void showSeveral(std::size_t count);
     const std::optional<Uuid>& task() const { return task_; }
-    /// Whether one of its texts has the keys.
-    bool isTypedInto() const;
     void editTitle();
     /// Saves what was typed; false when it could not be saved.
     bool flush();

@@ -218,10 +218,10 @@ void TasksPage::beginTask(const QString& sentence) {
 
 bool TasksPage::flush() { return detail_->flush() && templates_->flush(); }
 
-/// A task that is typed into stays open when another program gives it another day, project or end;
-/// no other one is chosen then, so that no key is meant for it.
+/// A task whose fields have the keys stays beside the list when it gets another day, project or
+/// end, there or from another program; no other one is chosen then, so that no key is meant for it.
 void TasksPage::followChoice(const std::optional<Uuid>& task) {
-    const auto edited = detail_->isTypedInto() ? detail_->task() : std::nullopt;
+    const auto edited = editedTask();
     const bool isThere = edited && environment_.context().find<CDTask>(*edited) != nullptr;
     const bool isListed = !isCalendar() && edited && list_->list().lists(*edited);
     if (!isThere || isListed || edited == task) return showDetail(task);

@@ -42,7 +42,7 @@ public:
     void showTemplates();
     /// Goes to the quick-add bar, with this sentence in it when there is one.
     void beginTask(const QString& sentence = {});
-    /// The task whose fields have the keys.
+    /// The task beside the list or calendar while something there has the keys.
     std::optional<Uuid> editedTask() const;
     /// Saves what is being typed; false when it could not be saved.
     bool flush();

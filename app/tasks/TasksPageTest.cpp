@@ -7,8 +7,10 @@
 #include "app/tasks/LabelsField.h"
 #include "app/tasks/QuickAddBar.h"
 #include "app/tasks/TasksPageFixture.h"
+#include "app/tasks/TickButton.h"
 #include "app/tasks/WhenPopup.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
@@ -164,6 +166,45 @@ TEST_F(TasksPageTest, TheNextTaskTakesThePlaceOfOneThatGoes) {
     list.selectTask(*part.id);
     model().setExpanded(*plan.id, false);
     EXPECT_EQ(chosen()->toPlainText(), "Plan") << "what it was folded into";
+}
+
+TEST_F(TasksPageTest, ATaskThatIsChangedBesideTheListStaysThereWhenItLeavesTheList) {
+    CDTask& task = addTask("Label jar today @errands");
+    CDTask& next = addTask("Next jar today @errands");
+    const Uuid label = *task.labels.all().front()->id;
+    show(Place::Kind::today);
+    list.selectTask(*task.id);
+    QTest::mouseClick(page.detail().findChild<QPushButton*>("Duedate"), Qt::LeftButton);
+    QWidget& words = *page.findChild<WhenPopup*>()->focusWidget();
+    QTest::keyClicks(&words, "in 3 days");
+    QTest::keyClick(&words, Qt::Key_Return);
+    settle();
+    EXPECT_EQ(titles(), "Today, Saturday 14 March | Next jar");
+    EXPECT_EQ(page.detail().task(), *task.id);
+    EXPECT_TRUE(list.selectedTasks().empty()) << "no key is meant for the next one";
+    const QPoint line = list.visualRect(model().indexOf(*next.id)).center();
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, line);
+    EXPECT_EQ(page.detail().task(), *next.id) << "chosen";
+
+    page.showPlace({.kind = Place::Kind::label, .id = label});
+    list.setFocus();
+    list.selectTask(*task.id);
+    QTest::mouseClick(
+        page.findChild<LabelsField*>()->findChild<QAbstractButton*>(), Qt::LeftButton);
+    settle();
+    EXPECT_EQ(titles(), "Next jar");
+    EXPECT_EQ(page.detail().task(), *task.id);
+    EXPECT_TRUE(list.selectedTasks().empty());
+    EXPECT_EQ(page.editedTask(), *task.id) << "the cross that went leaves the keys here";
+
+    show(Place::Kind::inbox);
+    list.selectTask(*task.id);
+    auto* const circle = page.detail().findChild<TickButton*>();
+    QTest::mouseClick(circle, Qt::LeftButton);
+    EXPECT_EQ(titles(), "Next jar");
+    QTest::mouseClick(circle, Qt::LeftButton);
+    EXPECT_FALSE(task.completedAt) << "a second click is about the same task";
+    EXPECT_FALSE(next.completedAt);
 }
 
 TEST_F(TasksPageTest, KeysLeadOverHeadings) {
