@@ -258,6 +258,9 @@ void BodyEdit::followTheme() {
 bool BodyEdit::event(QEvent* event) {
     if (event->type() == QEvent::ReadOnlyChange) showHint();
     if (needsWholeNote(event->type())) loader_->finish();
+    if (event->type() == QEvent::MouseButtonPress) {
+        return pressMargin(*static_cast<QMouseEvent*>(event));
+    }
     if (event->type() == QEvent::ShortcutOverride) {
         const QKeySequence keys(static_cast<QKeyEvent*>(event)->keyCombination());
         for (const QAction* action : actions()) {
@@ -267,6 +270,18 @@ bool BodyEdit::event(QEvent* event) {
         }
     }
     return QTextEdit::event(event);
+}
+
+/// A click beside the column goes to the line that it is beside.
+bool BodyEdit::pressMargin(const QMouseEvent& event) {
+    const QRect column = viewport()->geometry();
+    const QPoint point = event.position().toPoint();
+    const bool isBeside = point.x() < column.left() || point.x() > column.right();
+    if (event.button() != Qt::LeftButton || !isBeside) return false;
+    const int x = std::clamp(point.x(), column.left(), column.right());
+    setTextCursor(cursorForPosition(QPoint(x, point.y()) - column.topLeft()));
+    setFocus();
+    return true;
 }
 
 bool BodyEdit::viewportEvent(QEvent* event) {
@@ -283,14 +298,33 @@ void BodyEdit::keyPressEvent(QKeyEvent* event) {
     const bool isCommand = event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier);
     const QString text = isCommand ? QString() : event->text();
     beforeTyping(text);
-    // An object that goes and its paragraph, which is one for words then, are one step.
-    QTextCursor step = textCursor();
-    const bool isAtObject = note_.isObjectBlock(note_.findBlock(step.selectionStart()))
-                            || note_.isObjectBlock(note_.findBlock(step.selectionEnd()));
-    if (isAtObject) step.beginEditBlock();
-    QTextEdit::keyPressEvent(event);
+    typeKey(*event);
     afterTyping(text);
-    if (isAtObject) step.endEditBlock();
+}
+
+/// What goes, and what its paragraph is then, are one step.
+void BodyEdit::typeKey(QKeyEvent& event) {
+    QTextCursor step = textCursor();
+    const QTextBlock first = note_.findBlock(step.selectionStart());
+    const QTextBlock last = note_.findBlock(step.selectionEnd());
+    const bool isObject = note_.isObjectBlock(first) || note_.isObjectBlock(last);
+    const bool isUndo = event.matches(QKeySequence::Undo) || event.matches(QKeySequence::Redo);
+    if (isUndo || (first == last && !isObject)) return QTextEdit::keyPressEvent(&event);
+    const NoteDocument::Paragraph paragraph = note_.paragraph(first);
+    const int blocks = note_.blockCount();
+    const bool areWhole = step.selectionStart() == first.position()
+                          && step.selectionEnd() == last.position() + last.length() - 1;
+    step.beginEditBlock();
+    QTextEdit::keyPressEvent(&event);
+    if (areWhole && note_.blockCount() < blocks) beginAnew(paragraph);
+    repairObjects();
+    step.endEditBlock();
+}
+
+/// Paragraphs that were typed over leave one like the first of them, and not like the last.
+void BodyEdit::beginAnew(NoteDocument::Paragraph paragraph) {
+    paragraph.isChecked = false;
+    note_.setParagraph(textCursor().block(), paragraph);
 }
 
 /// What is not typing; false leaves the key to the text field.
@@ -327,16 +361,19 @@ bool BodyEdit::pressEnter() {
     return true;
 }
 
-/// Outside of lists Tab stays the key that leads to the next field.
+/// Who writes on after Tab writes in the note: it leads nowhere, and Shift+Tab back to the title.
 bool BodyEdit::pressTab(int levels) {
     QTextCursor cursor = textCursor();
     if (editing::changeIndent(note_, cursor, levels)) return true;
-    if (levels > 0 && note_.kind(cursor.block()) == Kind::codeBlock) {
-        cursor.insertText("\t");
+    if (levels < 0) {
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call): that of the text field would write a tab
+        QWidget::focusNextPrevChild(false);
         return true;
     }
-    // NOLINTNEXTLINE(bugprone-parent-virtual-call): that of the text field would write a tab
-    QWidget::focusNextPrevChild(levels > 0);
+    const Kind kind = note_.kind(cursor.block());
+    const bool isBeside = note_.isObjectBlock(cursor.block()) || kind == Kind::divider;
+    if (cursor.hasSelection() || isBeside) return true;
+    cursor.insertText(kind == Kind::codeBlock ? "\t" : paste::tab);
     return true;
 }
 
@@ -394,7 +431,6 @@ void BodyEdit::afterTyping(const QString& text) {
             editing::linkAddressBefore(note_, cursor);
         }
     }
-    repairObjects();
 }
 
 /// A paragraph whose object was deleted is one for words again.

@@ -126,9 +126,12 @@ private:
     void insertFromMimeData(const QMimeData* source) override;
     QMimeData* createMimeDataFromSelection() const override;
 
+    bool pressMargin(const QMouseEvent& event);
     bool handleKey(const QKeyEvent& event);
     bool pressEnter();
     bool pressTab(int levels);
+    void typeKey(QKeyEvent& event);
+    void beginAnew(NoteDocument::Paragraph paragraph);
     void beforeTyping(const QString& text);
     void keepEnding();
     void leaveObject();

@@ -197,6 +197,9 @@ TEST_F(EditorJourney, ClicksGoToTheCellThatIsSeenAndBesideTheTableBehindIt) {
     QTest::mouseClick(view, Qt::LeftButton, {}, corner + QPoint(60, -12));
     type("x");
     EXPECT_EQ(html(), "<p>a</p>" + table + "<p>x</p><p>b</p>");
+    QTest::mouseClick(&editor.body(), Qt::LeftButton, {}, QPoint(4, view->y() + 4));
+    type("y");
+    EXPECT_EQ(html(), "<p>ya</p>" + table + "<p>x</p><p>b</p>");
 }
 
 TEST_F(EditorJourney, ATableThatIsSelectedStaysReadable) {

@@ -46,11 +46,19 @@ TEST_F(NoteEditor, SaysSavedWhenAChangeWasTakenBack) {
     EXPECT_TRUE(waitUntil([&] { return state->text() == "Saved"; }));
 }
 
-TEST_F(NoteEditor, TabLeadsOnOutsideOfListsAndWritesNothing) {
+TEST_F(NoteEditor, TabKeepsTheKeysInTheNote) {
     openNote("<p>one|</p>");
+    type("\ttwo");
+    EXPECT_EQ(html(), "<p>one &nbsp; &nbsp;two</p>");
+    openNote("<table><tr><td>x</td></tr></table>");
     type("\t");
-    EXPECT_FALSE(editor.body().hasFocus());
-    EXPECT_EQ(html(), "<p>one</p>");
+    EXPECT_EQ(html(), "<table><tr><td>x</td></tr></table>");
+    openNote("<p>|one</p><p>two|</p>");
+    type("\t");
+    EXPECT_EQ(html(), "<p>one</p><p>two</p>");
+    EXPECT_TRUE(editor.body().hasFocus());
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_TRUE(editor.title().hasFocus());
 }
 
 TEST_F(NoteEditor, SavesBeforeTheNoteIsLeft) {
@@ -364,13 +372,14 @@ TEST_F(NoteEditor, ATagThatIsRenamedIsShownWithItsNewName) {
     EXPECT_EQ(row->findChild<QToolButton*>()->text(), "cakes");
 }
 
-TEST_F(NoteEditor, TabLeadsFromTheTitleOverTheTagsIntoTheBody) {
+TEST_F(NoteEditor, TabLeadsFromTheTitleIntoTheBodyAndBackToTheTags) {
     openNote("<p>one|</p>");
     editor.title().setFocus();
     QTest::keyClick(editor.focusWidget(), Qt::Key_Tab);
-    EXPECT_EQ(editor.focusWidget()->objectName(), "tagName");
-    QTest::keyClick(editor.focusWidget(), Qt::Key_Tab);
     EXPECT_EQ(editor.focusWidget(), &editor.body());
+    editor.title().setFocus();
+    QTest::keyClick(editor.focusWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(editor.focusWidget()->objectName(), "tagName");
 }
 
 TEST_F(NoteEditor, AHintStandsOnlyWhereOneMayBeginToWrite) {

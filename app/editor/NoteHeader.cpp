@@ -30,8 +30,8 @@ private:
 NoteHeader::NoteHeader(AppEnvironment& environment, OpenNote& open, QWidget* parent)
     : QWidget(parent),
       reminder_(new ReminderButton(environment, open, this)),
-      title_(new TitleField(this)),
-      tags_(new TagsField(environment, open, this)) {
+      tags_(new TagsField(environment, open, this)),
+      title_(new TitleField(this)) {
     title_->setObjectName("noteTitle");
     title_->setAccessibleName("Title");
     title_->setPlaceholderText("Title");

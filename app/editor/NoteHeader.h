@@ -28,10 +28,11 @@ public:
     void refresh();
 
 private:
-    // Tab leads from the tags to the body, not to a button that takes what is typed on.
+    // In the order of Tab: from the title to the body, where what is typed on becomes no tag and
+    // presses no button.
     ReminderButton* const reminder_;
-    QLineEdit* const title_;
     TagsField* const tags_;
+    QLineEdit* const title_;
 };
 
 }  // namespace tesserine::app

@@ -26,6 +26,9 @@ Pasted fromBody(std::string_view body);
 /// A paragraph for each line; lines of code for `codeBlock`.
 AttributedText fromLines(std::string_view text, BlockStyle::Kind kind);
 
+/// What a tab becomes outside of code, where a stored body has none: it would be read as one space.
+inline constexpr const char* tab = "    ";
+
 std::string leftOutSentence(const SanitizationReport& report, std::size_t unreachablePictures = 0);
 
 /// Gives every picture and file that `change` answers for another HTML; an empty one takes it out.

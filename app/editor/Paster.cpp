@@ -90,8 +90,7 @@ void Paster::insert(const std::function<paste::Pasted()>& read) {
 void Paster::pasteText(const QString& pasted) {
     parts_.body.edit([&](NoteDocument& note, QTextCursor& cursor) {
         const bool isCode = note.kind(cursor.block()) == BlockStyle::Kind::codeBlock;
-        // Outside of code a stored body has no tabs: they would be single spaces when it is read.
-        const QString text = isCode ? pasted : QString(pasted).replace('\t', "    ");
+        const QString text = isCode ? pasted : QString(pasted).replace('\t', paste::tab);
         if (isAddress(text.trimmed()) && cursor.hasSelection()) {
             return editing::setLink(note, cursor, text.trimmed().toStdString());
         }
