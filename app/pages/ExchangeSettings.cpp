@@ -2,9 +2,11 @@
 
 #include "app/look/Notice.h"
 #include "app/look/PageParts.h"
+#include "app/pages/ImportWords.h"
 #include "app/state/DateWords.h"
 #include "core/import/ImportReports.h"
 #include "core/model/BookkeepingEntities.h"
+#include "core/model/NoteEntities.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -12,7 +14,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace tesserine::app {
@@ -43,6 +47,39 @@ PastImport shown(const ImportReport& report, const Calendar& calendar) {
         .title = QString::fromStdString(ImportReports::title(report, calendar)),
         .outcome = outcome,
         .canUndo = !report.undone && report.imported > 0};
+}
+
+/// How many of the notes that the import made were changed after its end, by `now`: a note may bear
+/// a date to come from its source.
+std::size_t changedSince(
+    StoreContext& context, const ImportReport& report, Instant end, Instant now) {
+    std::set<Uuid> made;
+    for (const ImportedNote& note : report.notes) {
+        if (note.outcome == ImportOutcome::imported && note.noteID) made.insert(*note.noteID);
+    }
+    const auto changed = context.fetch<CDNote>(
+        {.predicate = {"trashedAt == nil AND updatedAt > %@ AND updatedAt <= %@", end, now}});
+    return static_cast<std::size_t>(std::ranges::count_if(
+        changed, [&](const CDNote* note) { return note->id && made.contains(*note->id); }));
+}
+
+/// What is asked before the import is undone.
+QString question(StoreContext& context, const ImportReport& report, Instant now) {
+    QString text = ExchangeSettings::tr("The notes that it made go to the trash");
+    if (report.finished) {
+        const std::size_t changed = changedSince(context, report, *report.finished, now);
+        text += ".";
+        if (changed > 0) {
+            text += " "
+                    + importing::counted(
+                        changed,
+                        "of them was changed since the import; it goes to the trash as well.",
+                        "of them were changed since the import; they go to the trash as well.");
+        }
+    } else {
+        text += ExchangeSettings::tr(", also those that were changed since.");
+    }
+    return text + ExchangeSettings::tr(" Notes that it replaced stay as they are.");
 }
 
 }  // namespace
@@ -107,24 +144,34 @@ void ExchangeSettings::addImport(
     if (canUndo) {
         auto* const button = new QPushButton(tr("Undo…"), list_);
         button->setAccessibleName(tr("Undo %1").arg(title));
-        connect(button, &QPushButton::clicked, this, [this, id] { askToUndo(id); });
+        connect(button, &QPushButton::clicked, this, [this, id] { prepareToUndo(id); });
         row->addWidget(button, 0, Qt::AlignTop);
     }
     imports_->addLayout(row);
 }
 
+void ExchangeSettings::prepareToUndo(const Uuid& id) {
+    const auto text = std::make_shared<QString>();
+    environment_.inBackground(
+        [&clock = environment_.clock(), id, text](StoreContext& context, auto) {
+            const ImportReports reports(clock);
+            *text = question(context, reports.read(context, reports.get(context, id)), clock.now());
+        },
+        this,
+        [this, id, text] { askToUndo(id, *text); },
+        [this](const std::string& sentence) { showNotice(this, sentence); });
+}
+
 /// The list may be made anew, and the button be gone, while the question is open.
-void ExchangeSettings::askToUndo(const Uuid& id) {
+void ExchangeSettings::askToUndo(const Uuid& id, const QString& text) {
+    if (findChild<QMessageBox*>("question") != nullptr) return;  // the button was pressed twice
     auto* const question = new QMessageBox(
-        QMessageBox::Question,
-        tr("Undo the import"),
-        tr("The notes that it made go to the trash. Notes that it replaced stay as they are."),
-        QMessageBox::Cancel,
-        this);
+        QMessageBox::Question, tr("Undo the import"), text, QMessageBox::Cancel, this);
     question->setObjectName("question");
     question->setAttribute(Qt::WA_DeleteOnClose);
     auto* const yes = question->addButton(tr("Undo Import"), QMessageBox::AcceptRole);
     connect(yes, &QPushButton::clicked, this, [this, id] { undo(id); });
+    question->setDefaultButton(QMessageBox::Cancel);
     question->open();
 }
 

@@ -22,7 +22,8 @@ signals:
 private:
     void showImports();
     void addImport(const Uuid& id, const QString& title, const QString& outcome, bool canUndo);
-    void askToUndo(const Uuid& id);
+    void prepareToUndo(const Uuid& id);
+    void askToUndo(const Uuid& id, const QString& text);
     void undo(const Uuid& id);
 
     AppEnvironment& environment_;

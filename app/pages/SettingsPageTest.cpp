@@ -203,6 +203,7 @@ TEST_F(SettingsPageTest, APastImportIsUndoneAfterAQuestionAndToTheEnd) {
     closing->showPage("exchange");
     ASSERT_TRUE(waitUntil([&] { return has(*closing, "Undo…"); }));
     press(*closing, "Undo…");
+    ASSERT_TRUE(waitUntil([&] { return has(*closing, "Undo Import"); }));
     EXPECT_EQ(live(), noteCount);
     press(*closing, "Undo Import");
     closing.reset();
@@ -212,6 +213,59 @@ TEST_F(SettingsPageTest, APastImportIsUndoneAfterAQuestionAndToTheEnd) {
     environment->waitForBackground();
     settle();
     EXPECT_FALSE(has(page, "Undo…"));
+}
+
+TEST_F(SettingsPageTest, UndoingAnImportTellsOfNotesThatWereChangedSince) {
+    const auto notes = folder / "Notes";
+    std::filesystem::create_directory(notes);
+    for (const char* title : {"Plan", "Bill", "Lease", "Log of tomorrow"}) {
+        test::putContent(notes / (std::string(title) + ".md"), "# " + std::string(title) + "\n");
+    }
+    test::putContent(
+        notes / "Log of tomorrow.md",
+        "---\nupdated: 2031-01-01T00:00:00Z\n---\n# Log of tomorrow\n");
+    const auto sources = importSources(*environment);
+    sourceFor(sources, notes)->run(context(), {notes}, {}, {});
+    clock.advance(std::chrono::minutes(1));
+    CDNote& own = addNote("My own");
+    const auto asked = [&] {
+        SettingsPage shown(*environment);
+        shown.showPage("exchange");
+        const auto question = [&] { return shown.findChild<QMessageBox*>("question"); };
+        EXPECT_TRUE(waitUntil([&] {
+            press(shown, "Undo…");
+            return question() != nullptr;
+        }));
+        environment->waitForBackground();
+        settle();
+        EXPECT_EQ(shown.findChildren<QMessageBox*>("question").size(), 1);
+        const std::string text = question()->text().toStdString();
+        auto* const cancel = question()->button(QMessageBox::Cancel);
+        EXPECT_EQ(question()->defaultButton(), cancel) << "nothing is lost by Return";
+        cancel->click();
+        return text;
+    };
+    const std::string made = "The notes that it made go to the trash.";
+    const std::string replaced = " Notes that it replaced stay as they are.";
+    EXPECT_EQ(asked(), made + replaced);
+
+    const auto change = [&](const std::string& title) {
+        auto* const note = context().fetchFirst<CDNote>({.predicate = {"title == %@", title}});
+        environment->notes().updateNote(context(), *note, {.html = "<p>More.</p>"});
+        context().save();
+    };
+    change("Plan");
+    EXPECT_EQ(
+        asked(),
+        made + " 1 of them was changed since the import; it goes to the trash as well." + replaced);
+    change("Bill");
+    environment->notes().updateNote(context(), own, {.html = "<p>More.</p>"});
+    context().save();
+    EXPECT_EQ(
+        asked(),
+        made + " 2 of them were changed since the import; they go to the trash as well."
+            + replaced);
+    EXPECT_EQ(context().count<CDNote>({"trashedAt == nil"}), 5U);
 }
 
 TEST_F(SettingsPageTest, AsksForWhatOthersDo) {
