@@ -4,6 +4,7 @@
 #include "app/look/FlowLayout.h"
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
+#include "app/state/DateWords.h"
 #include "core/body/PlainText.h"
 
 #include <QHBoxLayout>
@@ -209,7 +210,12 @@ void FindBar::go(Direction direction) {
 /// Goes past a table, whose words are changed in the table only.
 void FindBar::replaceOne() {
     const QString selected = body_.textCursor().selectedText().replace(QChar::Nbsp, u' ');
-    if (selected == QChar::ObjectReplacementCharacter) return go(Direction::forward);
+    if (selected == QChar::ObjectReplacementCharacter) {
+        const int table = body_.textCursor().selectionStart();
+        go(Direction::forward);
+        if (body_.textCursor().selectionStart() != table) return;
+        return count_->setText("A table is changed in its own window: double-click it");
+    }
     const bool isFound = selected.compare(sought_->text(), Qt::CaseInsensitive) == 0;
     if (isFound && !sought_->text().isEmpty() && !body_.isReadOnly()) {
         body_.edit([this](NoteDocument& note, QTextCursor& cursor) {
@@ -223,7 +229,7 @@ void FindBar::replaceOne() {
 void FindBar::replaceAll() {
     std::vector<PassageRange> places = occurrences(body_.note(), sought_->text());
     if (places.empty() || body_.isReadOnly()) return;
-    std::erase_if(
+    const std::size_t tables = std::erase_if(
         places, [this](const PassageRange& range) { return isObject(body_.note(), range); });
     std::ranges::reverse(places);  // from the last one on, so that none moves before its turn
     marks_.clear();                // every change would move them
@@ -238,7 +244,9 @@ void FindBar::replaceAll() {
         cursor.endEditBlock();
     });
     search();
-    count_->setText(QString("Replaced %1").arg(places.size()));
+    const QString left =
+        tables == 0 ? "" : ", left " + shownCount(tables, "table", "tables") + " alone";
+    count_->setText(QString("Replaced %1").arg(places.size()) + left);
 }
 
 void FindBar::showCount() {
