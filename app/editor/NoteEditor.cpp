@@ -196,6 +196,11 @@ void NoteEditor::layOut() {
 void NoteEditor::handleCommands() {
     new FormatCommands(commands_, *body_, this);
     links_ = new LinkCommands(commands_, *body_, this);
+    // Also behind a button such as “Replace All”; fields undo their own words.
+    for (const char* const id : {"edit.undo", "edit.redo"}) {
+        find_->addAction(&commands_.action(id));
+        panel_->addAction(&commands_.action(id));
+    }
     commands_.on("edit.pastePlain", this, [this] { paster_->pastePlain(); });
     commands_.on("note.attach", this, [this] { paster_->choose(Paster::Wanted::files); });
     commands_.on("format.image", this, [this] { paster_->choose(Paster::Wanted::pictures); });
