@@ -5,6 +5,7 @@
 #include "app/look/Notice.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskCommands.h"
 #include "app/tasks/TickButton.h"
 #include "core/tasks/TaskSnapshot.h"
 
@@ -138,12 +139,8 @@ bool SubtaskList::add() {
 void SubtaskList::tick(const Uuid& subtask) {
     auto* const task = environment_.context().find<CDTask>(subtask);
     if (task == nullptr) return;
-    if (task->completedAt) {
-        environment_.tasks().reopen(*task);
-    } else {
-        environment_.tasks().complete(environment_.context(), *task, environment_.calendar());
-    }
-    environment_.save(this);
+    const TaskCommands commands(environment_, this);
+    task->completedAt ? commands.reopen({subtask}) : commands.complete({subtask});
 }
 
 void SubtaskList::rename(const Uuid& subtask, const QString& title) {

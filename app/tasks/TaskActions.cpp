@@ -4,6 +4,7 @@
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/ProjectPicker.h"
+#include "app/tasks/TaskHistory.h"
 #include "app/tasks/TaskRow.h"
 #include "app/tasks/TaskWords.h"
 #include "app/tasks/WhenPopup.h"
@@ -18,7 +19,10 @@
 namespace tesserine::app {
 
 TaskActions::TaskActions(AppEnvironment& environment, QWidget* host)
-    : QObject(host), environment_(environment), host_(host), commands_(environment, host) {}
+    : QObject(host), environment_(environment), host_(host), commands_(environment, host) {
+    connect(
+        &TaskHistory::of(environment), &TaskHistory::lastChanged, this, &TaskActions::completed);
+}
 
 void TaskActions::tick(const Tasks& tasks) {
     Tasks open;
@@ -31,11 +35,10 @@ void TaskActions::tick(const Tasks& tasks) {
         return;
     }
     emit completing(open);
-    lastCompletion_ = commands_.complete(open);
-    emit completed(lastCompletion_.sentence());
+    commands_.complete(open);
 }
 
-void TaskActions::undo() { commands_.undo(std::exchange(lastCompletion_, {})); }
+void TaskActions::undo() { TaskHistory::of(environment_).undo(host_); }
 
 void TaskActions::askDue(const Tasks& tasks, const QPoint& globalPlace) {
     if (tasks.empty()) return;

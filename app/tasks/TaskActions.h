@@ -8,7 +8,7 @@
 namespace tesserine::app {
 
 /// What a person does to tasks wherever they are shown: with the questions it asks, and the offer
-/// to undo what was completed.
+/// to undo what was done last.
 class TaskActions final : public QObject {
     Q_OBJECT
 
@@ -22,7 +22,7 @@ public:
 
     /// Completes those that are open; when none is, reopens them.
     void tick(const Tasks& tasks);
-    /// Takes back what the last `tick` completed.
+    /// Takes back what was done last to tasks.
     void undo();
     void askDue(const Tasks& tasks, const QPoint& globalPlace);
     void askProject(const Tasks& tasks);
@@ -36,7 +36,7 @@ public:
 signals:
     /// The tasks are completed at once, so that lists may draw their ticks.
     void completing(const std::vector<tesserine::Uuid>& tasks);
-    /// What was completed, as a sentence; it can be undone.
+    /// What was done last, as a sentence, and can be undone; see `TaskHistory::lastChanged`.
     void completed(const QString& sentence);
     /// “Added “Call Ana” to Work · Tomorrow 09:00”
     void addedElsewhere(const QString& sentence);
@@ -48,7 +48,6 @@ private:
     AppEnvironment& environment_;
     QWidget* host_;
     TaskCommands commands_;
-    Completion lastCompletion_;
 };
 
 }  // namespace tesserine::app

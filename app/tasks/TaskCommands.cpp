@@ -1,10 +1,11 @@
 #include "app/tasks/TaskCommands.h"
 
 #include "app/state/AppEnvironment.h"
-#include "app/tasks/TaskRow.h"
+#include "app/tasks/TaskHistory.h"
 #include "base/Calendar.h"
 
 #include <set>
+#include <utility>
 
 namespace tesserine::app {
 namespace {
@@ -21,12 +22,6 @@ Instant onDay(Instant day, Instant time, const Calendar& calendar) {
 
 }  // namespace
 
-QString Completion::sentence() const {
-    if (taskCount_ != 1) return QString("Completed %1 tasks").arg(taskCount_);
-    return QString("Completed “%1”")
-        .arg(briefTitle(QString::fromStdString(befores_.front().title)));
-}
-
 std::vector<CDTask*> TaskCommands::found(const Tasks& tasks) const {
     std::vector<CDTask*> found;
     for (const Uuid& id : tasks) {
@@ -35,66 +30,51 @@ std::vector<CDTask*> TaskCommands::found(const Tasks& tasks) const {
     return found;
 }
 
-Completion TaskCommands::complete(const Tasks& tasks) const {
-    Completion completion;
-    const auto remember = [&](const CDTask& task) {
-        completion.befores_.push_back(
-            {*task.id, task.title.valueOr(""), task.dueDate, task.reminderAt, task.completedAt});
-    };
-    for (CDTask* task : found(tasks)) {
-        if (task->completedAt) continue;
-        ++completion.taskCount_;
-        remember(*task);
+void TaskCommands::complete(const Tasks& tasks) const {
+    Tasks subtasks;  // those of a task that repeats move on with it
+    for (const CDTask* task : found(tasks)) {
         for (const CDTask* subtask : task->subtasks.all()) {
-            remember(*subtask);
+            subtasks.push_back(*subtask->id);
         }
-        const CDTask* copy =
-            environment_.tasks().complete(environment_.context(), *task, environment_.calendar());
-        if (copy != nullptr) completion.completedCopies_.push_back(*copy->id);
     }
-    if (!completion.isEmpty()) environment_.save(parent_);
-    return completion;
+    TaskHistory::of(environment_).record({tasks, std::move(subtasks)}, parent_, [&] {
+        Tasks copies;
+        for (CDTask* task : found(tasks)) {
+            const CDTask* const copy = environment_.tasks().complete(
+                environment_.context(), *task, environment_.calendar());
+            if (copy != nullptr) copies.push_back(*copy->id);
+        }
+        return copies;
+    });
 }
 
-void TaskCommands::undo(const Completion& completion) const {
-    for (CDTask* copy : found(completion.completedCopies_)) {
-        environment_.tasks().remove(environment_.context(), *copy);
-    }
-    for (const Completion::Before& before : completion.befores_) {
-        auto* const task = environment_.context().find<CDTask>(before.task);
-        if (task == nullptr) continue;
-        task->dueDate = before.dueDate;
-        task->reminderAt = before.reminderAt;
-        task->completedAt = before.completedAt;
-        if (task->isChanged()) task->updatedAt = environment_.now();
-    }
-    environment_.save(parent_);
+void TaskCommands::changeEach(
+    const Tasks& tasks, const std::function<void(CDTask&)>& change) const {
+    TaskHistory::of(environment_).record({tasks}, parent_, [&] {
+        for (CDTask* task : found(tasks)) {
+            change(*task);
+        }
+        return Tasks{};
+    });
 }
 
 void TaskCommands::reopen(const Tasks& tasks) const {
-    for (CDTask* task : found(tasks)) {
-        environment_.tasks().reopen(*task);
-    }
-    environment_.save(parent_);
+    changeEach(tasks, [this](CDTask& task) { environment_.tasks().reopen(task); });
 }
 
 void TaskCommands::setDue(const Tasks& tasks, const std::optional<TaskDue>& due) const {
     const Calendar& calendar = environment_.calendar();
-    for (CDTask* task : found(tasks)) {
+    changeEach(tasks, [&](CDTask& task) {
         const bool keepsTime =
-            due && !due->hasTime && task->dueDate && task->dueHasTime.valueOr(false);
-        const auto kept = keepsTime ? TaskDue{onDay(due->date, *task->dueDate, calendar), true}
+            due && !due->hasTime && task.dueDate && task.dueHasTime.valueOr(false);
+        const auto kept = keepsTime ? TaskDue{onDay(due->date, *task.dueDate, calendar), true}
                                     : due.value_or(TaskDue{});
-        environment_.tasks().setDue(*task, due ? std::optional(kept) : std::nullopt);
-    }
-    environment_.save(parent_);
+        environment_.tasks().setDue(task, due ? std::optional(kept) : std::nullopt);
+    });
 }
 
 void TaskCommands::setPriority(const Tasks& tasks, TaskPriority priority) const {
-    for (CDTask* task : found(tasks)) {
-        environment_.tasks().setPriority(*task, priority);
-    }
-    environment_.save(parent_);
+    changeEach(tasks, [&](CDTask& task) { environment_.tasks().setPriority(task, priority); });
 }
 
 void TaskCommands::move(const Tasks& tasks, const Uuid& project) const {
@@ -102,12 +82,11 @@ void TaskCommands::move(const Tasks& tasks, const Uuid& project) const {
     if (target == nullptr) return;
     const auto moved = found(tasks);
     const std::set<const CDTask*> chosen(moved.begin(), moved.end());
-    for (CDTask* task : moved) {
+    changeEach(tasks, [&](CDTask& task) {
         // A subtask goes with its task, and leaves it only where it is chosen without it.
-        if (chosen.contains(task->parent.get())) continue;
-        environment_.tasks().moveToProject(environment_.context(), *task, *target);
-    }
-    environment_.save(parent_);
+        if (chosen.contains(task.parent.get())) return;
+        environment_.tasks().moveToProject(environment_.context(), task, *target);
+    });
 }
 
 void TaskCommands::addLabel(const Tasks& tasks, const Uuid& label) const {
@@ -132,11 +111,14 @@ void TaskCommands::remove(const Tasks& tasks) const {
         if (!task->isDeleted()) environment_.tasks().remove(environment_.context(), *task);
     }
     environment_.save(parent_);
+    TaskHistory::of(environment_).passOver();
 }
 
 void TaskCommands::reorder(const Tasks& inNewOrder) const {
-    environment_.tasks().reorder(found(inNewOrder));
-    environment_.save(parent_);
+    TaskHistory::of(environment_).record({inNewOrder}, parent_, [&] {
+        environment_.tasks().reorder(found(inNewOrder));
+        return Tasks{};
+    });
 }
 
 }  // namespace tesserine::app

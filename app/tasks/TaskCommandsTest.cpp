@@ -1,6 +1,7 @@
 #include "app/tasks/TaskCommands.h"
 
 #include "app/state/WindowFixture.h"
+#include "app/tasks/TaskHistory.h"
 
 #include <algorithm>
 
@@ -10,6 +11,10 @@ namespace {
 /// Saturday, 14 March 2026, nine in the morning.
 class TaskCommandsTest : public test::WindowFixture {
 public:
+    TaskCommandsTest() {
+        QObject::connect(
+            &history, &TaskHistory::lastChanged, [this](const QString& words) { said = words; });
+    }
     CDTask& addSubtask(CDTask& parent, const char* title) {
         CDTask& task = environment->tasks().create(context(), {.title = title, .parent = &parent});
         context().save();
@@ -33,6 +38,8 @@ public:
     }
 
     TaskCommands commands{*environment, nullptr};
+    TaskHistory& history{TaskHistory::of(*environment)};
+    QString said;  // of what was done last
 };
 
 TEST_F(TaskCommandsTest, CompletingSeveralIsTakenBackAsAWhole) {
@@ -46,15 +53,14 @@ TEST_F(TaskCommandsTest, CompletingSeveralIsTakenBackAsAWhole) {
     context().save();
     const std::string before = state();
 
-    const Completion completion =
-        commands.complete({*plain.id, *weekly.id, Uuid(), *undated.id, *done.id});
-    EXPECT_EQ(completion.sentence(), "Completed 3 tasks");
+    commands.complete({*plain.id, *weekly.id, Uuid(), *undated.id, *done.id});
+    EXPECT_EQ(said, "Completed 3 tasks");
     EXPECT_EQ(
         state(),
         "Long done done; Part; Plain done; Undated done; Weekly 2026-03-10 done; Weekly 2026-03-17");
-    commands.undo(completion);
+    history.undo(nullptr);
     EXPECT_EQ(state(), before);
-    commands.undo(completion);
+    history.undo(nullptr);
     EXPECT_EQ(state(), before) << "there is nothing left to take back";
     EXPECT_FALSE(context().hasChanges());
 }
@@ -62,16 +68,20 @@ TEST_F(TaskCommandsTest, CompletingSeveralIsTakenBackAsAWhole) {
 TEST_F(TaskCommandsTest, WhatWasDeletedMeanwhileStaysDeleted) {
     const CDTask& kept = addTask("Kept");
     const CDTask& gone = addTask("Gone");
-    const Completion completion = commands.complete({*kept.id, *gone.id});
+    commands.complete({*kept.id, *gone.id});
     commands.remove({*gone.id});
-    commands.undo(completion);
+    EXPECT_EQ(said, "") << "that is not the last thing any more";
+    history.undo(nullptr);
     EXPECT_EQ(state(), "Kept");
-    EXPECT_TRUE(commands.complete({Uuid()}).isEmpty());
+    said = "nothing";
+    commands.complete({Uuid()});
+    EXPECT_EQ(said, "nothing");
 }
 
 TEST_F(TaskCommandsTest, ALongTitleIsCutInTheSentence) {
     const CDTask& task = addTask(std::string(200, 'x'));
-    EXPECT_EQ(commands.complete({*task.id}).sentence(), "Completed “" + QString(60, 'x') + "…”");
+    commands.complete({*task.id});
+    EXPECT_EQ(said, "Completed “" + QString(60, 'x') + "…”");
 }
 
 TEST_F(TaskCommandsTest, MovesCopiesAndDeletesWithWhatStandsBelow) {
@@ -84,6 +94,10 @@ TEST_F(TaskCommandsTest, MovesCopiesAndDeletesWithWhatStandsBelow) {
     commands.move({*second.id}, *garden.id);
     EXPECT_EQ(second.parent.get(), nullptr) << "a subtask leaves its task";
     EXPECT_EQ(second.project.get(), &garden);
+    history.undo(nullptr);
+    EXPECT_EQ(second.parent.get(), &parent) << "and comes back to it";
+    EXPECT_EQ(second.project->name, "Work");
+    commands.move({*second.id}, *garden.id);
     commands.move({*parent.id, *first.id}, Uuid());
     EXPECT_EQ(parent.project->name, "Work") << "there is no such project";
     commands.move({*parent.id, *first.id}, *garden.id);

@@ -14,6 +14,7 @@
 #include "app/tasks/ProjectPicker.h"
 #include "app/tasks/RecurrencePopup.h"
 #include "app/tasks/SubtaskList.h"
+#include "app/tasks/TaskHistory.h"
 #include "app/tasks/TaskRow.h"
 #include "app/tasks/TaskWords.h"
 #include "app/tasks/TickButton.h"
@@ -361,8 +362,10 @@ bool TaskDetail::saveTexts() {
 void TaskDetail::change(const std::optional<Uuid>& id, const std::function<void(CDTask&)>& change) {
     CDTask* const task = id ? environment_.context().find<CDTask>(*id) : nullptr;
     if (task == nullptr) return;
-    change(*task);
-    environment_.save(this);
+    TaskHistory::of(environment_).record({{*id}}, this, [&] {
+        change(*task);
+        return TaskHistory::Tasks{};
+    });
 }
 
 void TaskDetail::openNote() {

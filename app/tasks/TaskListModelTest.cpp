@@ -2,6 +2,7 @@
 
 #include "app/state/WindowFixture.h"
 #include "app/tasks/TaskCommands.h"
+#include "app/tasks/TaskHistory.h"
 
 #include <QAbstractItemModelTester>
 #include <QItemSelectionModel>
@@ -115,14 +116,13 @@ TEST_F(TaskListModelTest, ACompletedLineStaysUntilItsTickIsDrawn) {
     addTask("c");
     model.setView(TaskView::inbox());
     model.hold(*b.id);
-    const Completion completion = commands.complete({*b.id});
-    EXPECT_EQ(completion.sentence(), "Completed “b”");
+    commands.complete({*b.id});
     EXPECT_EQ(lines(), "a | ✓ b | c");
     addTask("d");
     EXPECT_EQ(lines(), "a | ✓ b | c | d");
     model.release(*b.id);
     EXPECT_EQ(lines(), "a | c | d");
-    commands.undo(completion);
+    TaskHistory::of(*environment).undo(nullptr);
     EXPECT_EQ(lines(), "a | b | c | d");
 }
 
@@ -142,13 +142,13 @@ TEST_F(TaskListModelTest, UndoBringsARepeatingTaskBackWithItsSubtasks) {
         return text;
     };
     const std::string before = state();
-    const Completion completion = commands.complete({*task.id});
+    commands.complete({*task.id});
     EXPECT_EQ(
         state(),
         "Fill the can - -\n"
         "Water plants 2026-03-14T08:00:00.000Z - done\n"
         "Water plants 2026-03-15T08:00:00.000Z 2026-03-15T08:00:00.000Z\n");
-    commands.undo(completion);
+    TaskHistory::of(*environment).undo(nullptr);
     EXPECT_EQ(state(), before);
     EXPECT_FALSE(context().hasChanges());
 }

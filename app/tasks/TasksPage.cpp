@@ -9,6 +9,7 @@
 #include "app/tasks/RemindersPage.h"
 #include "app/tasks/TaskActions.h"
 #include "app/tasks/TaskDetail.h"
+#include "app/tasks/TaskHistory.h"
 #include "app/tasks/TaskListPage.h"
 #include "app/tasks/TaskListView.h"
 #include "app/tasks/TemplateManager.h"
@@ -168,6 +169,7 @@ void TasksPage::showTemplates() {
 }
 
 void TasksPage::showPlace(const Place& place) {
+    TaskHistory::of(environment_).clear();  // nobody would see what is taken back
     if (place.kind == Place::Kind::calendar) {
         showPage(calendar_);
         calendar_->open();

@@ -49,10 +49,11 @@ UndoBar::UndoBar(QWidget* parent, QWidget& keyScope)
     key_->setContext(Qt::WidgetWithChildrenShortcut);
     connect(key_, &QShortcut::activated, this, &UndoBar::undo);
     hide();
-    key_->setEnabled(false);
 }
 
-void UndoBar::offer(const QString& sentence) { present(sentence, true); }
+void UndoBar::offer(const QString& sentence) {
+    sentence.isEmpty() ? hide() : present(sentence, true);
+}
 
 void UndoBar::tell(const QString& sentence) { present(sentence, false); }
 
@@ -60,7 +61,6 @@ void UndoBar::present(const QString& sentence, bool canUndo) {
     sentence_->setText(sentence);
     undo_->setVisible(canUndo);
     show();
-    if (key_) key_->setEnabled(canUndo);
     timer_->start(offered);
 }
 
@@ -73,16 +73,9 @@ void UndoBar::undo() {
     emit undone();
 }
 
-void UndoBar::showEvent(QShowEvent* event) {
-    QFrame::showEvent(event);
-    if (key_) key_->setEnabled(!undo_->isHidden());
-}
-
 void UndoBar::hideEvent(QHideEvent* event) {
     QFrame::hideEvent(event);
-    if (!key_) return;
-    key_->setEnabled(false);
-    handKeysOn(*this, *static_cast<QWidget*>(key_->parent()));
+    if (key_) handKeysOn(*this, *static_cast<QWidget*>(key_->parent()));
 }
 
 void UndoBar::paintEvent(QPaintEvent* /*event*/) {

@@ -16,13 +16,13 @@ class UndoBar final : public QFrame {
     Q_OBJECT
 
 public:
-    /// While it is shown the key that undoes acts in `keyScope` and what it holds, but in fields
-    /// with words of their own to undo.
+    /// The key that undoes acts in `keyScope` and what it holds, but in fields with words of their
+    /// own to undo; also while the bar is not shown.
     UndoBar(QWidget* parent, QWidget& keyScope);
 
-    /// Shows the sentence in place of the one before, which cannot be undone any more.
+    /// Shows the sentence in place of the one before; an empty one hides that.
     void offer(const QString& sentence);
-    /// Shows the sentence only.
+    /// Shows the sentence only, without a button.
     void tell(const QString& sentence);
 
 signals:
@@ -32,7 +32,6 @@ private:
     void present(const QString& sentence, bool canUndo);
     void go();
     void undo();
-    void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 

@@ -1,0 +1,143 @@
+#include "app/tasks/TaskDetail.h"
+#include "app/tasks/TasksPageFixture.h"
+#include "app/tasks/WhenPopup.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+
+namespace tesserine::app {
+namespace {
+
+/// What is done to tasks and taken back, on the morning of Saturday, 14 March 2026.
+class TasksUndoTest : public test::TasksPageFixture {
+public:
+    void press(Qt::Key key) { QTest::keyClick(&list, key); }
+    void undo() { QTest::keyClick(&list, Qt::Key_Z, Qt::ControlModifier); }
+    void pressOn(const CDTask& task, Qt::Key key) {
+        list.selectTask(*task.id);
+        press(key);
+    }
+    /// Answers the question for a date.
+    void answer(const char* words) {
+        QWidget& field = *page.findChild<WhenPopup*>()->focusWidget();
+        QTest::keyClicks(&field, words);
+        QTest::keyClick(&field, Qt::Key_Return);
+        settle();
+        QApplication::setActiveWindow(&page);
+    }
+    void moveTo(const char* project) {
+        press(Qt::Key_M);
+        auto* const field = page.findChild<QLineEdit*>("pickerField");
+        QTest::keyClicks(field, project);
+        QTest::keyClick(field, Qt::Key_Return);
+        settle();
+        QApplication::setActiveWindow(&page);
+    }
+    /// The sentence with an offer to undo; empty when none is shown.
+    std::string offer() {
+        return page.findChild<QPushButton*>("undo")->isVisible() ? undoSentence() : "";
+    }
+    static std::string stateOf(const CDTask& task) {
+        std::string state = task.project->name.valueOr("");
+        if (task.dueDate) state += " " + task.dueDate->iso().substr(0, 16);
+        if (task.priority != 4) state += " p" + std::to_string(task.priority.valueOr(4));
+        if (task.completedAt) state += " done";
+        return state;
+    }
+};
+
+TEST_F(TasksUndoTest, TheKeyTakesBackTheLastThingDoneAndThenTheOneBefore) {
+    CDTask& first = addTask("First");
+    CDTask& second = addTask("Second");
+    CDTask& third = addTask("Third 2026-03-20 3pm");
+    environment->projects().create(context(), "Work");
+    context().save();
+    show(Place::Kind::allTasks);
+    const std::string inbox = stateOf(first);
+
+    pressOn(first, Qt::Key_Space);
+    pressOn(second, Qt::Key_D);
+    answer("tomorrow");
+    EXPECT_EQ(offer(), "“Second” is due tomorrow");
+    moveTo("Work");
+    EXPECT_EQ(offer(), "Moved “Second” to Work");
+    press(Qt::Key_2);
+    EXPECT_EQ(offer(), "") << "of the move, which is not the last thing any more";
+    EXPECT_EQ(stateOf(second), "Work 2026-03-15T00:00 p2");
+
+    undo();
+    EXPECT_EQ(stateOf(second), "Work 2026-03-15T00:00");
+    undo();
+    EXPECT_EQ(stateOf(second), inbox + " 2026-03-15T00:00");
+    undo();
+    EXPECT_EQ(stateOf(second), inbox);
+    EXPECT_EQ(stateOf(first), inbox + " done");
+    undo();
+    EXPECT_EQ(stateOf(first), inbox);
+    undo();
+    EXPECT_EQ(stateOf(first), inbox) << "there is nothing left";
+
+    QTest::keyClick(&list, Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_D);
+    answer("tomorrow");
+    EXPECT_EQ(offer(), "3 tasks are due tomorrow");
+    EXPECT_EQ(stateOf(third), inbox + " 2026-03-15T15:00") << "keeps its time";
+    QTest::mouseClick(page.findChild<QPushButton*>("undo"), Qt::LeftButton);
+    EXPECT_EQ(stateOf(first), inbox);
+    EXPECT_EQ(stateOf(third), inbox + " 2026-03-20T15:00");
+    EXPECT_FALSE(context().hasChanges()) << "saved";
+}
+
+TEST_F(TasksUndoTest, DragsAndChangesBesideTheListAreTakenBackToo) {
+    CDTask& first = addTask("First 2026-03-16 8am");
+    CDTask& second = addTask("Second 2026-03-18");
+    CDTask& part = environment->tasks().create(context(), {.title = "Part", .parent = &second});
+    context().save();
+    show(Place::Kind::upcoming);
+    const std::string before = stateOf(first);
+    drop({*first.id}, 3, true);
+    EXPECT_EQ(offer(), "“First” is due Wed 18 Mar 08:00");
+    list.selectTask(*second.id);
+    page.detail().findChild<QPushButton*>("Duedate")->click();
+    answer("2026-03-19");
+    EXPECT_EQ(offer(), "“Second” is due Thu 19 Mar");
+    for (auto* button : page.findChildren<QAbstractButton*>()) {
+        if (button->accessibleName() == "Complete “Part”") button->click();
+    }
+    ASSERT_TRUE(part.completedAt);
+    undo();
+    EXPECT_FALSE(part.completedAt);
+    undo();
+    EXPECT_EQ(second.dueDate->iso(), "2026-03-18T00:00:00.000Z");
+    EXPECT_NE(stateOf(first), before);
+    undo();
+    EXPECT_EQ(stateOf(first), before);
+}
+
+TEST_F(TasksUndoTest, WhatOthersChangedMeanwhileIsLeft) {
+    CDTask& first = addTask("First");
+    CDTask& second = addTask("Second");
+    show(Place::Kind::inbox);
+    pressOn(first, Qt::Key_Space);
+    pressOn(second, Qt::Key_D);
+    answer("tomorrow");
+    environment->tasks().setDue(
+        second, TaskDue{.date = *Instant::parseISO("2026-03-20T00:00:00Z")});
+    context().save();
+    undo();
+    EXPECT_EQ(second.dueDate->iso(), "2026-03-20T00:00:00.000Z");
+    EXPECT_TRUE(first.completedAt) << "it was not the last thing";
+    undo();
+    EXPECT_FALSE(first.completedAt);
+
+    pressOn(first, Qt::Key_Space);
+    pressOn(second, Qt::Key_Space);
+    environment->tasks().remove(context(), second);
+    context().save();
+    undo();
+    EXPECT_FALSE(first.completedAt) << "nothing is left to take back of the other one";
+}
+
+}  // namespace
+}  // namespace tesserine::app
