@@ -121,9 +121,13 @@ void QuickAddBar::setDefaults(QuickAddDefaults defaults) {
 }
 
 void QuickAddBar::begin(const QString& sentence) {
+    setSentence(sentence);
+    field_->setFocus();
+}
+
+void QuickAddBar::setSentence(const QString& sentence) {
     field_->setPlainText(sentence);
     field_->moveCursor(QTextCursor::End);
-    field_->setFocus();
 }
 
 void QuickAddBar::create() {
@@ -146,8 +150,7 @@ void QuickAddBar::clear() {
         emit left();
         return;
     }
-    model_.clear();
-    field_->clear();
+    field_->takeAway();
 }
 
 void QuickAddBar::showMeaning(const QString& problem) {

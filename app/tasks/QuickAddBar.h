@@ -15,7 +15,7 @@ class IconButton;
 class QuickAddField;
 
 /// The bar in which one typed sentence becomes a task: tokens in colour, the task in words below,
-/// Enter makes it, Escape clears.
+/// Enter makes it, Escape clears, and Ctrl+Z brings back what that took away.
 class QuickAddBar final : public QFrame {
     Q_OBJECT
 
@@ -29,6 +29,9 @@ public:
     void setDefaults(QuickAddDefaults defaults);
     /// Begins a sentence, as one that came from elsewhere.
     void begin(const QString& sentence);
+    /// The same without taking the keys.
+    void setSentence(const QString& sentence);
+    const QString& sentence() const { return model_.text(); }
 
 signals:
     void created(const tesserine::Uuid& task);

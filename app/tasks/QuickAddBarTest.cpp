@@ -78,6 +78,19 @@ TEST_F(QuickAddBarTest, ATokenIsTurnedBackByBackspaceUndoOrClick) {
     EXPECT_EQ(words(), "Today, Saturday 14 March") << "and recognised again";
 }
 
+TEST_F(QuickAddBarTest, UndoBringsBackWhatEscapeTookAway) {
+    type("Send invoice tomorrow 9am p1");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(typed(), "");
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(typed(), "Send invoice tomorrow 9am p1");
+    EXPECT_EQ(words(), "Tomorrow, Sunday 15 March at 09:00 · P1");
+    press(Qt::Key_Return);
+    EXPECT_EQ(tasks().size(), 1U);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(typed(), "") << "a task was made of it";
+}
+
 TEST_F(QuickAddBarTest, DownLeavesItAndWhatWasTypedWaits) {
     bool isLeft = false;
     QObject::connect(&bar, &QuickAddBar::left, &bar, [&] { isLeft = true; });

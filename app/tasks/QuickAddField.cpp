@@ -98,6 +98,12 @@ void QuickAddField::takeText() {
     offerNames();
 }
 
+void QuickAddField::takeAway() {
+    QTextCursor all(document());
+    all.select(QTextCursor::Document);
+    all.removeSelectedText();
+}
+
 void QuickAddField::readAgain() {
     model_.setText(toPlainText(), moment_());
     showTokens();

@@ -24,6 +24,8 @@ public:
     /// `model` outlives the field.
     QuickAddField(QuickAddModel& model, Moment moment, Names names, QWidget* parent = nullptr);
 
+    /// Takes the sentence away; Ctrl+Z brings it back, which it does not after `clear`.
+    void takeAway();
     /// Reads the sentence again, as when the day has changed.
     void readAgain();
 

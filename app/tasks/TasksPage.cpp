@@ -14,6 +14,7 @@
 #include "app/tasks/TaskListView.h"
 #include "app/tasks/TemplateManager.h"
 #include "app/tasks/UndoBar.h"
+#include "base/Files.h"
 
 #include <QSplitter>
 #include <QStackedWidget>
@@ -26,6 +27,7 @@ constexpr int leastDetailWidth = 300;
 constexpr int leastListWidth = 320;
 constexpr int usualDetailWidth = 380;
 constexpr int usualListWidth = 560;
+constexpr const char* sentenceKey = "tesserine.quickAddSentence";
 
 }  // namespace
 
@@ -77,6 +79,8 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
 
     followPages();
     handleCommands(commands);
+    const auto waiting = environment.preferences().string(sentenceKey);
+    if (waiting) list_->quickAdd().setSentence(QString::fromStdString(*waiting));
 }
 
 void TasksPage::followPages() {
@@ -96,6 +100,7 @@ void TasksPage::followPages() {
     connect(detail_, &TaskDetail::noteChosen, this, &TasksPage::noteChosen);
     connect(detail_, &TaskDetail::closed, this, &TasksPage::closeDetail);
     connect(detail_, &TaskDetail::left, this, &TasksPage::focusPage);
+    connect(&list_->quickAdd(), &QuickAddBar::created, this, &TasksPage::keepSentence);
     connect(list_, &TaskListPage::templatesAsked, this, &TasksPage::showTemplates);
     connect(reminders_, &RemindersPage::taskChosen, this, &TasksPage::openDetail);
     connect(reminders_, &RemindersPage::chosen, this, [this](const auto& task) {
@@ -218,7 +223,23 @@ void TasksPage::beginTask(const QString& sentence) {
     quickAdd().begin(sentence);
 }
 
-bool TasksPage::flush() { return detail_->flush() && templates_->flush(); }
+bool TasksPage::flush() {
+    keepSentence();
+    return detail_->flush() && templates_->flush();
+}
+
+void TasksPage::keepSentence() {
+    Preferences& preferences = environment_.preferences();
+    const QString& sentence = list_->quickAdd().sentence();
+    const auto waiting =
+        sentence.trimmed().isEmpty() ? std::nullopt : std::optional(sentence.toStdString());
+    if (waiting == preferences.string(sentenceKey)) return;
+    try {
+        waiting ? preferences.set(sentenceKey, *waiting) : preferences.remove(sentenceKey);
+    } catch (const FileError& error) {
+        environment_.log().warning(std::string("quick-add bar: ") + error.what());
+    }
+}
 
 /// A task whose fields have the keys stays beside the list when it gets another day, project or
 /// end, there or from another program; no other one is chosen then, so that no key is meant for it.

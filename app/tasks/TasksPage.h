@@ -44,7 +44,8 @@ public:
     void beginTask(const QString& sentence = {});
     /// The task beside the list or calendar while something there has the keys.
     std::optional<Uuid> editedTask() const;
-    /// Saves what is being typed; false when it could not be saved.
+    /// Saves what is being typed; false when it could not be saved. A sentence in the quick-add bar
+    /// of the lists is kept for the next start.
     bool flush();
 
     TaskListPage& listPage() const { return *list_; }
@@ -66,6 +67,7 @@ private:
     void showDetail(const std::optional<Uuid>& task);
     void openDetail(const Uuid& task);
     void closeDetail();
+    void keepSentence();
     bool isCalendar() const;
     std::vector<Uuid> selectedTasks() const;
     QuickAddBar& quickAdd() const;

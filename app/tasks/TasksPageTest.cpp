@@ -22,8 +22,10 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+#include <QTextEdit>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace tesserine::app {
 namespace {
@@ -205,6 +207,26 @@ TEST_F(TasksPageTest, ATaskThatIsChangedBesideTheListStaysThereWhenItLeavesTheLi
     QTest::mouseClick(circle, Qt::LeftButton);
     EXPECT_FALSE(task.completedAt) << "a second click is about the same task";
     EXPECT_FALSE(next.completedAt);
+}
+
+TEST_F(TasksPageTest, ASentenceWithoutEnterIsThereAtTheNextStart) {
+    const auto sentenceOf = [](const TasksPage& shown) {
+        return shown.listPage().quickAdd().findChild<QTextEdit*>()->toPlainText().toStdString();
+    };
+    const auto atNextStart = [&] {
+        EXPECT_TRUE(page.flush());
+        Commands otherCommands(environment->preferences());
+        return sentenceOf(TasksPage(*environment, otherCommands));
+    };
+    show(Place::Kind::inbox);
+    page.beginTask("Ask Petra tomorrow #Home");
+    EXPECT_EQ(atNextStart(), "Ask Petra tomorrow #Home");
+    using std::filesystem::perms;
+    const auto mode = std::filesystem::status(folder / "preferences.json").permissions();
+    EXPECT_EQ(mode, perms::owner_read | perms::owner_write) << "it is private";
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    ASSERT_EQ(sentenceOf(page), "");
+    EXPECT_EQ(atNextStart(), "") << "a task was made of it";
 }
 
 TEST_F(TasksPageTest, KeysLeadOverHeadings) {
