@@ -32,7 +32,7 @@ public:
     const Stop& current() const { return stops_[at_]; }
     /// Goes on from here; what was ahead is forgotten. The same stop again changes nothing.
     void visit(const Stop& stop);
-    /// Another note of the same list, by the arrow keys for instance: not a step of its own.
+    /// Another note of the same list where the one before was only passed: not a step of its own.
     void replaceNote(const std::optional<Uuid>& note) { stops_[at_].note = note; }
     void keepKeys(KeyHolder keys) { stops_[at_].keys = keys; }
     void replace(const Stop& stop) { stops_[at_] = stop; }

@@ -43,6 +43,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <chrono>
 
 namespace tesserine::app {
 namespace {
@@ -53,6 +54,7 @@ constexpr QSize usualSize(1240, 800);
 constexpr int sidebarWidth = 232;
 constexpr int narrowestSidebar = 160;
 constexpr int widestSidebar = 420;
+constexpr std::chrono::seconds timeToRead{1};
 
 /// What is done to the notes that are chosen. Moving to the trash is not: a place of the sidebar
 /// may be meant.
@@ -426,9 +428,32 @@ void MainWindow::settle() {
 
 void MainWindow::followNote(const std::optional<Uuid>& note) {
     environment_.syncControl().setViewedNote(note);
-    if (isEntering_ || !notesShown()) return;
-    history().replaceNote(note);
-    settle();
+    const bool isChosenHere = !isEntering_ && notesShown();
+    if (isChosenHere) {
+        const auto& before = current().note;
+        const bool isStep = note && before && note != before && wasRead(*before);
+        isStep ? history().visit({.place = current().place, .note = note})
+               : history().replaceNote(note);
+        followKeys();
+    }
+    if (note != viewed_) {
+        viewed_ = note;
+        viewedSince_ = environment_.now();
+    }
+    if (isChosenHere) settle();
+}
+
+/// Whether one comes back to the note, when another one of the list is chosen: those that arrow
+/// keys pass are not shown for long, and one that went is not there any more. Results of a search
+/// are no steps, for Escape leads out of it with one.
+bool MainWindow::wasRead(const Uuid& note) const {
+    if (viewed_ != note || environment_.now() - viewedSince_ < timeToRead) return false;
+    const auto* stored = environment_.context().find<CDNote>(note);
+    if (stored == nullptr || !notes_->showsList()) return false;
+    const bool isInTrash = stored->trashedAt.get().has_value();
+    const NoteListModel& listed = notes_->list().model();
+    return isInTrash == notes_->list().isTrash() && listed.rowOf(note) >= 0
+           && !listed.isLeaving(note);
 }
 
 Place MainWindow::placeOfOpenNote() const {

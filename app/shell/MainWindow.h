@@ -129,6 +129,7 @@ private:
     History& history();
     void showTab(int index);
     void followNote(const std::optional<Uuid>& note);
+    bool wasRead(const Uuid& note) const;
     Place placeOfOpenNote() const;
     Place placeOfOpenTask() const;
     void followLibrary(const std::vector<ObjectChange>& changes);
@@ -156,6 +157,8 @@ private:
     SearchResults* searchResults_ = nullptr;
     std::unique_ptr<TodayWindow> todayWindow_;
     std::vector<History> tabs_;
+    std::optional<Uuid> viewed_;  // the note that was opened last, and when
+    Instant viewedSince_{};
     bool isEntering_ = false;  // what is chosen now belongs to the place that is entered
     bool isTurning_ = false;   // the tab bar is told, not asked
 };

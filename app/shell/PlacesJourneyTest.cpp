@@ -42,6 +42,52 @@ TEST_F(PlacesJourney, BackForwardAndTabsRememberPlacesAndNotes) {
     EXPECT_EQ(place(), "tesserine://pinned");
 }
 
+TEST_F(PlacesJourney, BackLeadsToNotesOfTheListThatWereReadNotToThoseOnlyPassed) {
+    for (const char* title : {"Six", "Five", "Four", "Three", "Two", "One"}) {
+        addNote(title);
+        clock.advance(std::chrono::minutes(1));
+    }
+    const auto read = [this] { clock.advance(std::chrono::seconds(2)); };
+    const auto back = [this] {
+        press(Qt::Key_Left, Qt::AltModifier);
+        return openTitle();
+    };
+    window();
+    settle();
+    for (int row : {0, 1, 2}) {
+        clickNote(row);
+        read();
+    }
+    EXPECT_EQ(back(), "Two");
+    EXPECT_EQ(back(), "One");
+    press(Qt::Key_Right, Qt::AltModifier);
+    EXPECT_EQ(openTitle(), "Two");
+
+    read();
+    for (int i = 0; i < 3; ++i) {
+        press(Qt::Key_Down);
+    }
+    EXPECT_EQ(openTitle(), "Five");
+    EXPECT_EQ(back(), "Two") << "the arrow keys are one step";
+    EXPECT_EQ(back(), "One");
+
+    read();
+    press(Qt::Key_N, Qt::ControlModifier);
+    EXPECT_EQ(openTitle(), "");
+    type("New");
+    EXPECT_EQ(back(), "One");
+    EXPECT_FALSE(commands().action("go.back").isEnabled());
+
+    read();
+    list().setFocus();
+    clickNote(2);
+    const std::string gone = openTitle();
+    read();
+    press(Qt::Key_Delete);
+    EXPECT_NE(openTitle(), gone);
+    EXPECT_EQ(back(), "One") << "what went to the trash is no step";
+}
+
 TEST_F(PlacesJourney, TheNextStartGoesOnWhereTheWindowWasClosed) {
     CDNote& plan = addNote("Plan");
     CDNotebook& work = environment->notebooks().findOrCreate(context(), "Work");
