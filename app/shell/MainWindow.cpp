@@ -90,6 +90,11 @@ QStringList localFiles(const QMimeData& dragged) {
 
 bool showsTasks(Kind kind) { return TasksPage::shows(kind) || kind == Kind::taskTemplates; }
 
+bool isTrashed(const Uuid& id, StoreContext& context) {
+    const auto* note = context.find<CDNote>(id);
+    return note != nullptr && note->trashedAt.get().has_value();
+}
+
 /// Whether a new task can be typed there.
 bool takesTasks(Kind kind) {
     return TasksPage::shows(kind) && kind != Kind::reminders && kind != Kind::completed;
@@ -259,7 +264,7 @@ Stop MainWindow::stopFor(const Place& place) const {
                         && notes_->list().model().rowOf(place.id) >= 0
                         && !notes_->list().model().isLeaving(place.id);
     if (isHere) return {.place = current().place, .note = place.id};
-    const bool isInTrash = note != nullptr && note->trashedAt.get().has_value();
+    const bool isInTrash = isTrashed(place.id, environment_.context());
     const bool isTemplate = note != nullptr && bool(note->isTemplate);
     const Kind kind = isInTrash ? Kind::trash : isTemplate ? Kind::templates : Kind::allNotes;
     return {.place = {kind}, .note = place.id};
@@ -287,7 +292,9 @@ bool MainWindow::enter(Stop stop) {
     }
     if (!NoteScope::isListed(kind)) return false;
     if (showInstead(*notes_)) notes_->list().setFocus();
-    return notes_->showPlace(stop.place, stop.note);
+    const bool isInTrash = stop.note && isTrashed(*stop.note, environment_.context());
+    const bool isListed = isInTrash == (kind == Kind::trash);
+    return notes_->showPlace(stop.place, isListed ? stop.note : std::nullopt);
 }
 
 /// Tells whether the keys went to what is hidden now; somebody has to take them.
@@ -327,6 +334,8 @@ void MainWindow::returnTo(const Stop& stop) {
     const KeyHolder keys = stop.keys == KeyHolder::unknown ? inUnknown : stop.keys;
     const Stop instead{.place = {Kind::allNotes}};
     if (enter(stop)) {
+        const auto open = notesShown() ? notes_->openedNote() : std::nullopt;
+        if (open) history().replaceNote(open);  // another one where that of the stop is gone
         if (areOfPlaces) giveKeys(keys);
     } else if (enter(instead)) {
         history().replace(instead);
@@ -448,9 +457,8 @@ void MainWindow::followNote(const std::optional<Uuid>& note) {
 /// are no steps, for Escape leads out of it with one.
 bool MainWindow::wasRead(const Uuid& note) const {
     if (viewed_ != note || environment_.now() - viewedSince_ < timeToRead) return false;
-    const auto* stored = environment_.context().find<CDNote>(note);
-    if (stored == nullptr || !notes_->showsList()) return false;
-    const bool isInTrash = stored->trashedAt.get().has_value();
+    if (!notes_->showsList()) return false;
+    const bool isInTrash = isTrashed(note, environment_.context());
     const NoteListModel& listed = notes_->list().model();
     return isInTrash == notes_->list().isTrash() && listed.rowOf(note) >= 0
            && !listed.isLeaving(note);

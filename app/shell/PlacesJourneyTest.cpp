@@ -86,6 +86,17 @@ TEST_F(PlacesJourney, BackLeadsToNotesOfTheListThatWereReadNotToThoseOnlyPassed)
     press(Qt::Key_Delete);
     EXPECT_NE(openTitle(), gone);
     EXPECT_EQ(back(), "One") << "what went to the trash is no step";
+
+    read();
+    clickNote(2);
+    const Uuid second = *window().notes().openedNote();
+    read();
+    clickNote(3);
+    environment->notes().moveToTrash(*context().find<CDNote>(second));
+    context().save();
+    back();
+    EXPECT_NE(window().notes().openedNote(), second) << "nor is it opened where it is not listed";
+    EXPECT_EQ(window().current().note, window().notes().openedNote());
 }
 
 TEST_F(PlacesJourney, TheNextStartGoesOnWhereTheWindowWasClosed) {
