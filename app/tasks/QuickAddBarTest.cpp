@@ -64,6 +64,9 @@ TEST_F(QuickAddBarTest, ATokenIsTurnedBackByBackspaceUndoOrClick) {
     press(Qt::Key_Backspace);
     EXPECT_EQ(typed(), "Call mum today #Home") << "the first one only turns back";
     EXPECT_EQ(words(), "Today, Saturday 14 March");
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(words(), "Today, Saturday 14 March · #Home") << "what Backspace did is taken back";
+    press(Qt::Key_Backspace);
     press(Qt::Key_Backspace);
     EXPECT_EQ(typed(), "Call mum today #Hom")
         << "the second one deletes, which recognises it again";

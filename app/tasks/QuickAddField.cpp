@@ -87,6 +87,7 @@ QSize QuickAddField::sizeHint() const {
 
 void QuickAddField::takeText() {
     if (isTakingText_) return;
+    plainFrom_.reset();
     model_.setText(toPlainText(), moment_());
     if (toPlainText() != model_.text()) {
         isTakingText_ = true;
@@ -155,9 +156,10 @@ void QuickAddField::takeName(const QString& name) {
 
 bool QuickAddField::turnBackBy(const QKeyEvent& event) {
     if (event.matches(QKeySequence::Undo)) {
-        if (!model_.turnBackNewest()) return false;
-        showTokens();
-        return true;
+        const auto plain = std::exchange(plainFrom_, {});
+        const bool isDone = plain ? model_.recogniseAgain(*plain) : model_.turnBackNewest();
+        if (isDone) showTokens();
+        return isDone;
     }
     const bool isBackspace =
         event.key() == Qt::Key_Backspace && event.modifiers() == Qt::NoModifier;
@@ -165,6 +167,7 @@ bool QuickAddField::turnBackBy(const QKeyEvent& event) {
     const auto token = model_.tokenEndingAt(textCursor().position());
     if (!token) return false;
     model_.turnBack(*token);
+    plainFrom_ = token->begin;
     showTokens();
     return true;
 }
@@ -191,6 +194,7 @@ void QuickAddField::keyPressEvent(QKeyEvent* event) {
 }
 
 bool QuickAddField::toggleAt(int position) {
+    plainFrom_.reset();
     if (const auto token = model_.tokenAt(position)) {
         model_.turnBack(*token);
     } else if (!model_.recogniseAgain(position)) {

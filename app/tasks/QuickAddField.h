@@ -5,6 +5,7 @@
 #include <QTextEdit>
 
 #include <functional>
+#include <optional>
 
 class QCompleter;
 class QStringListModel;
@@ -12,7 +13,8 @@ class QStringListModel;
 namespace tesserine::app {
 
 /// One line of text that shows the tokens of a quick-add sentence in colour. A click on a token, or
-/// Backspace right behind it, or Ctrl+Z turns it back into text; a click there recognises it again.
+/// Backspace right behind it, or Ctrl+Z turns it back into text; a click there, or Ctrl+Z right
+/// after Backspace, recognises it again.
 class QuickAddField final : public QTextEdit {
     Q_OBJECT
 
@@ -62,6 +64,7 @@ private:
     QStringListModel* const offered_;
     QCompleter* const completer_;
     bool isTakingText_ = false;
+    std::optional<int> plainFrom_;  // the token that Backspace has turned back just now
 };
 
 /// What a token is coloured with.
