@@ -2,6 +2,7 @@
 
 #include "app/commands/Commands.h"
 #include "app/state/AppEnvironment.h"
+#include "app/tasks/QuickAddBar.h"
 #include "app/tasks/TaskActions.h"
 #include "app/tasks/TaskListPage.h"
 #include "app/tasks/TaskListView.h"
@@ -32,9 +33,10 @@ TodayWindow::TodayWindow(AppEnvironment& environment, QWidget* parent)
     auto* const undo = new UndoBar(this, *this);
     column->addWidget(undo);
     connect(actions_, &TaskActions::completed, undo, &UndoBar::offer);
-    connect(actions_, &TaskActions::addedElsewhere, undo, &UndoBar::tell);
+    connect(actions_, &TaskActions::told, undo, &UndoBar::tell);
     connect(undo, &UndoBar::undone, actions_, &TaskActions::undo);
     tasks_->showPlace({.kind = Place::Kind::today});
+    tasks_->quickAdd().keepUnder("tesserine.todaySentence");
     const auto tell = [this](const Uuid& task) {
         emit chosen({.kind = Place::Kind::task, .id = task});
     };
@@ -45,6 +47,8 @@ TodayWindow::TodayWindow(AppEnvironment& environment, QWidget* parent)
         resize(firstSize);
     }
 }
+
+TodayWindow::~TodayWindow() { tasks_->quickAdd().keep(); }
 
 /// By actions of its own: those of the table act on what is selected in the large window.
 void TodayWindow::takeKeys(const Commands& commands) {

@@ -20,6 +20,7 @@ public:
     static constexpr const char* geometryKey = "tesserine.todayWindow.geometry";
 
     explicit TodayWindow(AppEnvironment& environment, QWidget* parent = nullptr);
+    ~TodayWindow() override;
 
     /// Lets the keys of lists of tasks act on the tasks that are selected here.
     void takeKeys(const Commands& commands);

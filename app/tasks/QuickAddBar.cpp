@@ -5,6 +5,9 @@
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/QuickAddField.h"
+#include "app/tasks/TaskHistory.h"
+#include "base/Files.h"
+#include "base/Text.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -121,13 +124,32 @@ void QuickAddBar::setDefaults(QuickAddDefaults defaults) {
 }
 
 void QuickAddBar::begin(const QString& sentence) {
-    setSentence(sentence);
+    showSentence(sentence);
     field_->setFocus();
 }
 
-void QuickAddBar::setSentence(const QString& sentence) {
+void QuickAddBar::showSentence(const QString& sentence) {
     field_->setPlainText(sentence);
     field_->moveCursor(QTextCursor::End);
+}
+
+void QuickAddBar::keepUnder(const std::string& name) {
+    keptUnder_ = name;
+    const auto waiting = environment_.preferences().string(name);
+    if (waiting) showSentence(QString::fromStdString(*waiting));
+}
+
+void QuickAddBar::keep() {
+    if (keptUnder_.empty()) return;
+    Preferences& preferences = environment_.preferences();
+    const std::string sentence = model_.text().toStdString();
+    const auto waiting = text::isBlank(sentence) ? std::nullopt : std::optional(sentence);
+    if (waiting == preferences.string(keptUnder_)) return;
+    try {
+        waiting ? preferences.set(keptUnder_, *waiting) : preferences.remove(keptUnder_);
+    } catch (const FileError& error) {
+        environment_.log().warning(std::string("quick-add bar: ") + error.what());
+    }
 }
 
 void QuickAddBar::create() {
@@ -136,9 +158,10 @@ void QuickAddBar::create() {
         const CDTask& task = environment_.tasks().create(environment_.context(), model_.draft());
         const Uuid id = *task.id;
         // A save that failed has said so; the task waits in the context for the next one.
-        environment_.save(this);
+        TaskHistory::of(environment_).saveForGood(this);
         model_.clear();
         field_->clear();
+        keep();
         emit created(id);
     } catch (const TaskError& error) {
         showMeaning(QString::fromUtf8(error.what()));

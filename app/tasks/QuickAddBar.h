@@ -5,6 +5,8 @@
 
 #include <QFrame>
 
+#include <string>
+
 class QLabel;
 class QPushButton;
 
@@ -29,9 +31,11 @@ public:
     void setDefaults(QuickAddDefaults defaults);
     /// Begins a sentence, as one that came from elsewhere.
     void begin(const QString& sentence);
-    /// The same without taking the keys.
-    void setSentence(const QString& sentence);
-    const QString& sentence() const { return model_.text(); }
+    /// A sentence that waits for Enter is kept under this name of the preferences, and shown again
+    /// at the next start.
+    void keepUnder(const std::string& name);
+    /// Writes it down, as before the program ends.
+    void keep();
 
 signals:
     void created(const tesserine::Uuid& task);
@@ -42,6 +46,7 @@ private:
     QuickAddMoment moment() const;
     QStringList names(QChar sign);
     void create();
+    void showSentence(const QString& sentence);
     void clear();
     void showMeaning(const QString& problem = {});
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -50,6 +55,7 @@ private:
 
     AppEnvironment& environment_;
     QuickAddModel model_;
+    std::string keptUnder_;
     QStringList projects_;  // read when first needed
     QStringList labels_;
     QuickAddField* const field_;

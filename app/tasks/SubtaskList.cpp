@@ -6,6 +6,7 @@
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskCommands.h"
+#include "app/tasks/TaskHistory.h"
 #include "app/tasks/TickButton.h"
 #include "core/tasks/TaskSnapshot.h"
 
@@ -133,7 +134,7 @@ bool SubtaskList::add() {
         return false;
     }
     field_->clear();
-    return environment_.save(this);
+    return TaskHistory::of(environment_).saveForGood(this);
 }
 
 void SubtaskList::tick(const Uuid& subtask) {
@@ -148,7 +149,7 @@ void SubtaskList::rename(const Uuid& subtask, const QString& title) {
     if (task == nullptr) return;
     try {
         environment_.tasks().setTitle(*task, title.trimmed().toStdString());
-        environment_.save(this);
+        TaskHistory::of(environment_).saveForGood(this);
     } catch (const TaskError& error) {
         showNotice(this, error.what());
     }
@@ -158,7 +159,7 @@ void SubtaskList::remove(const Uuid& subtask) {
     auto* const task = environment_.context().find<CDTask>(subtask);
     if (task == nullptr) return;
     environment_.tasks().remove(environment_.context(), *task);
-    environment_.save(this);
+    TaskHistory::of(environment_).saveForGood(this);
 }
 
 }  // namespace tesserine::app

@@ -92,7 +92,7 @@ void TaskActions::tellWhereAdded(const Uuid& id) {
     const QString project = row.project.isEmpty() ? QString("the Inbox") : row.project;
     const TaskWords words(environment_.now(), environment_.calendar());
     const QString due = row.due() ? " · " + words.due(*row.due()) : QString();
-    emit addedElsewhere(QString("Added “%1” to %2").arg(briefTitle(row.title), project) + due);
+    emit told(QString("Added “%1” to %2").arg(briefTitle(row.title), project) + due);
 }
 
 void TaskActions::saveAsTemplate(const Uuid& task) {

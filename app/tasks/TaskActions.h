@@ -38,8 +38,8 @@ signals:
     void completing(const std::vector<tesserine::Uuid>& tasks);
     /// What was done last, as a sentence, and can be undone; see `TaskHistory::lastChanged`.
     void completed(const QString& sentence);
-    /// “Added “Call Ana” to Work · Tomorrow 09:00”
-    void addedElsewhere(const QString& sentence);
+    /// What may not be seen: “Added “Call Ana” to Work · Tomorrow 09:00”
+    void told(const QString& sentence);
     void templateMade(const tesserine::Uuid& made);
     /// The menu was asked to open a task.
     void opened(const tesserine::Uuid& task);

@@ -95,14 +95,14 @@ void TaskCommands::addLabel(const Tasks& tasks, const Uuid& label) const {
     for (CDTask* task : found(tasks)) {
         environment_.tasks().addLabel(environment_.context(), *task, added->name.valueOr(""));
     }
-    environment_.save(parent_);
+    TaskHistory::of(environment_).saveForGood(parent_);
 }
 
 void TaskCommands::duplicate(const Tasks& tasks) const {
     for (const CDTask* task : found(tasks)) {
         environment_.tasks().duplicate(environment_.context(), *task);
     }
-    environment_.save(parent_);
+    TaskHistory::of(environment_).saveForGood(parent_);
 }
 
 void TaskCommands::remove(const Tasks& tasks) const {
@@ -110,8 +110,7 @@ void TaskCommands::remove(const Tasks& tasks) const {
         // One that went with its parent a moment ago is still found.
         if (!task->isDeleted()) environment_.tasks().remove(environment_.context(), *task);
     }
-    environment_.save(parent_);
-    TaskHistory::of(environment_).passOver();
+    TaskHistory::of(environment_).saveForGood(parent_);
 }
 
 void TaskCommands::reorder(const Tasks& inNewOrder) const {

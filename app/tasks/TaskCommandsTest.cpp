@@ -72,7 +72,7 @@ TEST_F(TaskCommandsTest, WhatWasDeletedMeanwhileStaysDeleted) {
     commands.remove({*gone.id});
     EXPECT_EQ(said, "") << "that is not the last thing any more";
     history.undo(nullptr);
-    EXPECT_EQ(state(), "Kept");
+    EXPECT_EQ(state(), "Kept done");
     said = "nothing";
     commands.complete({Uuid()});
     EXPECT_EQ(said, "nothing");

@@ -352,7 +352,7 @@ bool TaskDetail::saveTexts() {
     }
     title_->document()->setModified(false);
     details_->document()->setModified(false);
-    const bool isSaved = environment_.save(this);
+    const bool isSaved = TaskHistory::of(environment_).saveForGood(this);
     if (const CDTask* const kept = find()) {
         shownDetails_ = QString::fromStdString(kept->details.valueOr(""));
     }

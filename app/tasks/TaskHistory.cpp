@@ -5,6 +5,7 @@
 #include "app/tasks/TaskWords.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -48,12 +49,22 @@ void TaskHistory::record(
         entry.after = stateOf(*find(entry.task));
     }
     std::erase_if(change.entries, [](const Entry& entry) { return entry.before == entry.after; });
-    const bool isUndoable = !change.entries.empty();
+    if (change.entries.empty()) {
+        if (environment_.context().hasChanges()) saveForGood(parent);
+        return;
+    }
     const QString sentence = sentenceOf(change);
-    if (isUndoable) changes_.push_back(std::move(change));
+    changes_.push_back(std::move(change));
     if (changes_.size() > mostKept) changes_.pop_front();
     environment_.save(parent);
-    if (isUndoable) emit lastChanged(sentence);
+    emit lastChanged(sentence);
+}
+
+bool TaskHistory::saveForGood(QWidget* parent) {
+    changes_.clear();
+    const bool isSaved = environment_.save(parent);
+    emit lastChanged({});
+    return isSaved;
 }
 
 void TaskHistory::undo(QWidget* parent) {
@@ -65,6 +76,7 @@ void TaskHistory::undo(QWidget* parent) {
     if (changes_.empty()) return;
     const Change last = std::move(changes_.back());
     changes_.pop_back();
+    const QString sentence = sentenceOf(last);
     for (const Uuid& id : last.completedCopies) {
         CDTask* const copy = find(id);
         if (copy != nullptr) environment_.tasks().remove(environment_.context(), *copy);
@@ -75,11 +87,10 @@ void TaskHistory::undo(QWidget* parent) {
     }
     environment_.save(parent);
     emit lastChanged({});  // no bar offers to take back the one before
-}
-
-void TaskHistory::clear() {
-    changes_.clear();
-    emit lastChanged({});
+    Tasks tasks;
+    std::ranges::transform(last.entries, std::back_inserter(tasks), &Entry::task);
+    emit takenBack(
+        "Taken back: " + (sentence.isEmpty() ? QString("the last change") : sentence), tasks);
 }
 
 CDTask* TaskHistory::find(const Uuid& task) const {
@@ -145,7 +156,9 @@ QString TaskHistory::sentenceOf(const Change& change) const {
     const auto isChosen = [](const Entry& entry) { return !entry.isAlong; };
     const auto first = std::ranges::find_if(change.entries, isChosen);
     if (first == change.entries.end()) return {};
-    const QString title = QString::fromStdString(find(first->task)->title.valueOr(""));
+    const CDTask* const task = find(first->task);
+    if (task == nullptr) return {};
+    const QString title = QString::fromStdString(task->title.valueOr(""));
     const auto count = std::ranges::count_if(change.entries, isChosen);
     const bool isOne = count == 1;
     const QString what =

@@ -41,14 +41,16 @@ public:
     void record(const Affected& affected, QWidget* parent, const std::function<Tasks()>& act);
     /// Takes back what was done last; what has been changed again since then stays as it is.
     void undo(QWidget* parent);
-    void clear();
-    /// Something was done that cannot be taken back.
-    void passOver() { emit lastChanged({}); }
+    /// Saves what cannot be taken back, such as words or a new task. What was done before that is
+    /// not taken back in its place.
+    bool saveForGood(QWidget* parent);
 
 signals:
     /// What can be taken back now, as a sentence: "Completed “Plan”", "3 tasks are due tomorrow".
     /// Empty where no words are needed, or where it cannot be taken back.
     void lastChanged(const QString& sentence);
+    /// What was taken back, for where the tasks are not seen.
+    void takenBack(const QString& sentence, const std::vector<tesserine::Uuid>& tasks);
 
 private:
     struct Due {

@@ -7,6 +7,7 @@
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/QuickAddBar.h"
 #include "app/tasks/TaskActions.h"
+#include "app/tasks/TaskHistory.h"
 #include "app/tasks/TaskListModel.h"
 #include "app/tasks/TaskListView.h"
 
@@ -216,7 +217,7 @@ void TaskListPage::use(const Uuid& taskTemplate) {
         const CDTask& task = environment_.taskTemplates().use(
             environment_.context(), taskTemplate, environment_.calendar());
         const Uuid id = *task.id;
-        environment_.save(this);
+        TaskHistory::of(environment_).saveForGood(this);
         list_->selectTask(id);
         emit opened(id);
     } catch (const TaskTemplateError& error) {

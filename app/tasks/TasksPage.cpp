@@ -14,11 +14,12 @@
 #include "app/tasks/TaskListView.h"
 #include "app/tasks/TemplateManager.h"
 #include "app/tasks/UndoBar.h"
-#include "base/Files.h"
 
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace tesserine::app {
 namespace {
@@ -27,7 +28,6 @@ constexpr int leastDetailWidth = 300;
 constexpr int leastListWidth = 320;
 constexpr int usualDetailWidth = 380;
 constexpr int usualListWidth = 560;
-constexpr const char* sentenceKey = "tesserine.quickAddSentence";
 
 }  // namespace
 
@@ -79,8 +79,7 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
 
     followPages();
     handleCommands(commands);
-    const auto waiting = environment.preferences().string(sentenceKey);
-    if (waiting) list_->quickAdd().setSentence(QString::fromStdString(*waiting));
+    list_->quickAdd().keepUnder("tesserine.quickAddSentence");
 }
 
 void TasksPage::followPages() {
@@ -93,14 +92,18 @@ void TasksPage::followPages() {
     connect(calendar_, &CalendarPage::opened, this, &TasksPage::openDetail);
     connect(actions_, &TaskActions::opened, this, &TasksPage::openDetail);
     connect(actions_, &TaskActions::completed, undo_, &UndoBar::offer);
-    connect(actions_, &TaskActions::addedElsewhere, undo_, &UndoBar::tell);
+    connect(actions_, &TaskActions::told, undo_, &UndoBar::tell);
     connect(undo_, &UndoBar::undone, actions_, &TaskActions::undo);
+    const auto tellUnseen = [this](const QString& sentence, const std::vector<Uuid>& tasks) {
+        const auto isSeen = [this](const Uuid& task) { return list_->list().lists(task); };
+        if (!isCalendar() && std::ranges::none_of(tasks, isSeen)) undo_->tell(sentence);
+    };
+    connect(&TaskHistory::of(environment_), &TaskHistory::takenBack, this, tellUnseen);
     connect(
         detail_, &TaskDetail::ticked, this, [this](const Uuid& task) { actions_->tick({task}); });
     connect(detail_, &TaskDetail::noteChosen, this, &TasksPage::noteChosen);
     connect(detail_, &TaskDetail::closed, this, &TasksPage::closeDetail);
     connect(detail_, &TaskDetail::left, this, &TasksPage::focusPage);
-    connect(&list_->quickAdd(), &QuickAddBar::created, this, &TasksPage::keepSentence);
     connect(list_, &TaskListPage::templatesAsked, this, &TasksPage::showTemplates);
     connect(reminders_, &RemindersPage::taskChosen, this, &TasksPage::openDetail);
     connect(reminders_, &RemindersPage::chosen, this, [this](const auto& task) {
@@ -174,7 +177,6 @@ void TasksPage::showTemplates() {
 }
 
 void TasksPage::showPlace(const Place& place) {
-    TaskHistory::of(environment_).clear();  // nobody would see what is taken back
     if (place.kind == Place::Kind::calendar) {
         showPage(calendar_);
         calendar_->open();
@@ -224,21 +226,8 @@ void TasksPage::beginTask(const QString& sentence) {
 }
 
 bool TasksPage::flush() {
-    keepSentence();
+    list_->quickAdd().keep();
     return detail_->flush() && templates_->flush();
-}
-
-void TasksPage::keepSentence() {
-    Preferences& preferences = environment_.preferences();
-    const QString& sentence = list_->quickAdd().sentence();
-    const auto waiting =
-        sentence.trimmed().isEmpty() ? std::nullopt : std::optional(sentence.toStdString());
-    if (waiting == preferences.string(sentenceKey)) return;
-    try {
-        waiting ? preferences.set(sentenceKey, *waiting) : preferences.remove(sentenceKey);
-    } catch (const FileError& error) {
-        environment_.log().warning(std::string("quick-add bar: ") + error.what());
-    }
 }
 
 /// A task whose fields have the keys stays beside the list when it gets another day, project or

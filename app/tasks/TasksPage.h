@@ -67,7 +67,6 @@ private:
     void showDetail(const std::optional<Uuid>& task);
     void openDetail(const Uuid& task);
     void closeDetail();
-    void keepSentence();
     bool isCalendar() const;
     std::vector<Uuid> selectedTasks() const;
     QuickAddBar& quickAdd() const;

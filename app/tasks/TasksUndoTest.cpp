@@ -78,6 +78,20 @@ TEST_F(TasksUndoTest, TheKeyTakesBackTheLastThingDoneAndThenTheOneBefore) {
     undo();
     EXPECT_EQ(stateOf(first), inbox) << "there is nothing left";
 
+    press(Qt::Key_2);
+    show(Place::Kind::today);
+    undo();
+    EXPECT_EQ(stateOf(second), inbox) << "also from another list";
+    EXPECT_EQ(undoSentence(), "Taken back: the last change");
+    show(Place::Kind::inbox);
+    pressOn(second, Qt::Key_2);
+    page.detail().findChild<QLineEdit*>("addLabel")->setText("count");
+    page.detail().flush();
+    ASSERT_EQ(second.labels.all().size(), 1U);
+    undo();
+    EXPECT_EQ(stateOf(second), inbox + " p2") << "it was not the last thing";
+    pressOn(second, Qt::Key_4);
+
     QTest::keyClick(&list, Qt::Key_A, Qt::ControlModifier);
     press(Qt::Key_D);
     answer("tomorrow");
