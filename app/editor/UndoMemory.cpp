@@ -31,6 +31,7 @@ UndoHistory& UndoMemory::open(const Uuid& id, const std::string& html) {
     UndoHistory& history = open_.history;
     const bool isSame = !history.states.empty() && history.states[history.now].html == html;
     if (!isSame) history = {.states = {{.html = html}}};
+    history.states[history.now].wasLeft = true;
     return history;
 }
 
@@ -59,14 +60,14 @@ void UndoMemory::add(UndoHistory::State state, bool canRedo) {
     trim();
 }
 
-/// Letters that are typed one after the other are one step.
+/// What is typed on, letter by letter and without leaving the note, is one step.
 void UndoMemory::append(UndoHistory::State state) {
     auto& [states, now] = open_.history;
     if (!states.empty() && states[now].html == state.html) {
         states[now].steps = state.steps;
         return;
     }
-    if (states.size() > 1) {
+    if (states.size() > 1 && !states[now].wasLeft) {
         const std::string& before = states[now - 1].html;
         const bool isOneStep = isTypedOn(before, states[now].html)
                                && isTypedOn(states[now].html, state.html)

@@ -12,7 +12,8 @@ namespace tesserine::app {
 struct UndoHistory {
     struct State {
         std::string html;
-        int steps = 0;  ///< that the document could undo then
+        int steps = 0;         ///< that the document could undo then
+        bool wasLeft = false;  ///< the note was left, and opened again
     };
 
     /// The oldest first; those behind `now` can be done again. Empty when nothing is known.

@@ -47,6 +47,8 @@ TEST_F(UndoMemoryTest, KeepsWhatWasTakenAwayAndNotEveryLetter) {
     EXPECT_THAT(
         kept("<p>abcd</p>"),
         ElementsAre("<p></p>", "<p>abc</p>", "<p>abc</p><p>d</p>", "<p>abc</p>", "<p>abcd</p>"));
+    write("<p>abcde</p>");
+    EXPECT_EQ(kept("<p>abcde</p>").size(), 6U) << "of another visit";
     EXPECT_THAT(kept("<p>of others</p>"), ElementsAre("<p>of others</p>"));
 }
 
