@@ -2,7 +2,6 @@
 
 #include "app/commands/Commands.h"
 #include "app/desktop/TodayWindow.h"
-#include "app/editor/BodyEdit.h"
 #include "app/editor/NoteEditor.h"
 #include "app/lists/NoteActions.h"
 #include "app/lists/NoteList.h"
@@ -28,10 +27,8 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QContextMenuEvent>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
-#include <QKeyEvent>
 #include <QListView>
 #include <QMenuBar>
 #include <QMimeData>
@@ -343,38 +340,6 @@ void MainWindow::returnTo(const Stop& stop) {
     settle();
 }
 
-// The keys
-
-/// None that is known where other parts of the window have them, which are the same everywhere.
-KeyHolder MainWindow::keyHolder() const {
-    const QWidget* const keys = focusWidget();
-    if (!notesShown() || keys == nullptr) return KeyHolder::unknown;
-    if (keys == searchField_ && !notes_->showsList()) return KeyHolder::searchField;
-    if (notes_->editorHasKeys()) return KeyHolder::note;
-    return notes_->isAncestorOf(keys) ? KeyHolder::list : KeyHolder::unknown;
-}
-
-/// What had them last in a place has them again when one comes back.
-void MainWindow::followKeys() {
-    if (isEntering_ || isTurning_) return;
-    const KeyHolder keys = keyHolder();
-    if (keys != KeyHolder::unknown) history().keepKeys(keys);
-}
-
-/// Among notes the list leaves them to who writes; a query goes on where it ended.
-void MainWindow::giveKeys(KeyHolder keys) {
-    if (!notesShown()) return;
-    const bool isNoteOpen = notes_->openedNote().has_value();
-    if (keys == KeyHolder::note && isNoteOpen) return notes_->editor().body().setFocus();
-    if (notes_->showsList()) return;
-    if (keys == KeyHolder::searchField) {
-        searchField_->setFocus();
-        searchField_->deselect();
-    } else if (isNoteOpen) {
-        searchResults_->takeKeys();
-    }
-}
-
 // Tabs
 
 /// By value: that of the present tab may become another one when what was typed is saved.
@@ -590,22 +555,6 @@ void MainWindow::keepLayout() {
     } catch (const UserError& error) {
         environment_.log().warning(std::string("the window's layout: ") + error.what());
     }
-}
-
-/// What the menu key does, for keyboards that have none.
-void MainWindow::keyPressEvent(QKeyEvent* event) {
-    QWidget* const chosen = focusWidget();
-    const bool isForMenu = event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier;
-    if (!isForMenu || chosen == nullptr) return QMainWindow::keyPressEvent(event);
-    const QPoint place = chosen->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
-    QContextMenuEvent menu(QContextMenuEvent::Keyboard, place, chosen->mapToGlobal(place));
-    QApplication::sendEvent(chosen, &menu);
-}
-
-/// What had the keys is gone, such as a line at the top.
-void MainWindow::focusInEvent(QFocusEvent* event) {
-    QMainWindow::focusInEvent(event);
-    focusContent();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
