@@ -21,18 +21,10 @@ bool isFromAttachment(const RetrievedChunk& passage) {
     return passage.origin == RetrievedChunk::Origin::attachmentText;
 }
 
-std::string joined(const std::vector<std::string>& names) {
-    std::string all;
-    for (const std::string& name : names) {
-        all += (all.empty() ? "" : ", ") + name;
-    }
-    return all;
-}
-
 /// "[2] Plan · Work · travel · updated 2026-03-01".
 std::string headline(int index, const RetrievedChunk& passage, const Calendar& calendar) {
     std::string line = "[" + std::to_string(index) + "] " + passage.noteTitle;
-    for (const std::string& fact : {passage.notebook, joined(passage.tags)}) {
+    for (const std::string& fact : {passage.notebook, text::joined(passage.tags, ", ")}) {
         if (!fact.empty()) line.append(separator).append(text::collapsed(fact));
     }
     if (passage.updatedAt) {

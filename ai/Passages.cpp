@@ -10,7 +10,7 @@ namespace tesserine {
 namespace {
 
 /// Words from this length on also stand for those they begin.
-constexpr std::size_t shortestBeginning = 5;
+constexpr std::size_t shortestPassageBeginning = 5;
 
 /// Where a piece that fills `window` ends: behind the last paragraph, sentence or word in it.
 std::size_t endWithin(std::string_view window) {
@@ -44,7 +44,7 @@ std::size_t startOfOverlap(
 }
 
 bool matches(std::string_view token, const std::string& word) {
-    return token == word || (token.starts_with(word) && length(word) >= shortestBeginning);
+    return token == word || (token.starts_with(word) && length(word) >= shortestPassageBeginning);
 }
 
 }  // namespace

@@ -18,12 +18,12 @@ namespace {
 using std::chrono::days;
 using std::chrono::sys_days;
 
-constexpr std::int64_t millisecondsPerDay = 86'400'000;
+constexpr std::int64_t dayMilliseconds = 86'400'000;
 /// Calendar arithmetic covers the years the standard calendar types hold, and stops at their ends.
 constexpr int firstYear = -30'000;
 constexpr int lastYear = 30'000;
-constexpr std::int64_t firstMillisecond = -900'000'000'000'000;
-constexpr std::int64_t lastMillisecond = 900'000'000'000'000;
+constexpr std::int64_t firstCounted = -900'000'000'000'000;
+constexpr std::int64_t lastCounted = 900'000'000'000'000;
 
 std::chrono::year_month_day dateOf(int year, int month, int day) {
     return {
@@ -39,7 +39,7 @@ std::int64_t dayNumber(const LocalTime& local) {
 /// The wall-clock fields as if the zone were UTC.
 std::int64_t wallMilliseconds(const LocalTime& local) {
     const std::int64_t seconds = local.hour * 3600 + local.minute * 60 + local.second;
-    return dayNumber(local) * millisecondsPerDay + seconds * 1000 + local.millisecond;
+    return dayNumber(local) * dayMilliseconds + seconds * 1000 + local.millisecond;
 }
 
 void setDate(LocalTime& local, std::int64_t dayNumber) {
@@ -50,10 +50,10 @@ void setDate(LocalTime& local, std::int64_t dayNumber) {
 }
 
 LocalTime fieldsOf(std::int64_t wallMilliseconds) {
-    std::int64_t day = wallMilliseconds / millisecondsPerDay;
-    std::int64_t rest = wallMilliseconds % millisecondsPerDay;
+    std::int64_t day = wallMilliseconds / dayMilliseconds;
+    std::int64_t rest = wallMilliseconds % dayMilliseconds;
     if (rest < 0) {
-        rest += millisecondsPerDay;
+        rest += dayMilliseconds;
         --day;
     }
 
@@ -67,8 +67,7 @@ LocalTime fieldsOf(std::int64_t wallMilliseconds) {
 }
 
 std::int64_t clampedMilliseconds(Instant instant) {
-    return std::clamp(
-        instant.floorToMillisecond().milliseconds(), firstMillisecond, lastMillisecond);
+    return std::clamp(instant.floorToMillisecond().milliseconds(), firstCounted, lastCounted);
 }
 
 LocalTime atMidnight(LocalTime local) {
@@ -221,10 +220,7 @@ Instant Calendar::addDays(Instant instant, int days) const {
     if (days == 0) return instant;
     LocalTime moved = local(instant);
     const std::int64_t day = dayNumber(moved) + days;
-    setDate(
-        moved,
-        std::clamp(
-            day, firstMillisecond / millisecondsPerDay, lastMillisecond / millisecondsPerDay));
+    setDate(moved, std::clamp(day, firstCounted / dayMilliseconds, lastCounted / dayMilliseconds));
     return this->instant(moved);
 }
 

@@ -8,7 +8,7 @@
 namespace tesserine::text {
 namespace {
 
-icu::StringPiece piece(std::string_view text) {
+icu::StringPiece pieceOf(std::string_view text) {
     return {text.data(), static_cast<std::int32_t>(text.size())};
 }
 
@@ -40,7 +40,7 @@ Collator::~Collator() = default;
 
 int Collator::compare(std::string_view a, std::string_view b) const {
     UErrorCode status = U_ZERO_ERROR;
-    return implementation_->collator->compareUTF8(piece(a), piece(b), status);
+    return implementation_->collator->compareUTF8(pieceOf(a), pieceOf(b), status);
 }
 
 }  // namespace tesserine::text

@@ -16,7 +16,7 @@ namespace tesserine {
 namespace {
 
 constexpr std::size_t maximumLineBytes = 2'000;
-constexpr off_t maximumFileBytes = 1'000'000;
+constexpr off_t rotationBytes = 1'000'000;
 constexpr int keptFiles = 3;
 
 std::string_view nameOf(LogLevel level) {
@@ -137,7 +137,7 @@ private:
     void rotateIfFull() {
         struct stat status {};
         if (descriptor_ < 0 || ::fstat(descriptor_, &status) != 0) return;
-        if (status.st_size < maximumFileBytes) return;
+        if (status.st_size < rotationBytes) return;
 
         // The lock belongs to the full file: whoever gets it second finds another file in place.
         ::flock(descriptor_, LOCK_EX);

@@ -10,7 +10,7 @@
 namespace tesserine {
 namespace {
 
-void require(int isDone) {
+void requireDone(int isDone) {
     if (isDone != 1) throw std::bad_alloc();
 }
 
@@ -25,7 +25,7 @@ struct MD5::Context {
 
 MD5::MD5() : context_(std::make_unique<Context>()) {
     if (context_->state == nullptr) throw std::bad_alloc();
-    require(EVP_DigestInit_ex(context_->state.get(), EVP_md5(), nullptr));
+    requireDone(EVP_DigestInit_ex(context_->state.get(), EVP_md5(), nullptr));
 }
 
 MD5::MD5(MD5&&) noexcept = default;
@@ -34,13 +34,13 @@ MD5::~MD5() = default;
 
 void MD5::update(std::span<const std::uint8_t> bytes) {
     if (bytes.empty()) return;
-    require(EVP_DigestUpdate(context_->state.get(), bytes.data(), bytes.size()));
+    requireDone(EVP_DigestUpdate(context_->state.get(), bytes.data(), bytes.size()));
 }
 
 std::string MD5::finishHex() {
     std::array<std::uint8_t, 16> digest{};
-    require(EVP_DigestFinal_ex(context_->state.get(), digest.data(), nullptr));
-    require(EVP_DigestInit_ex(context_->state.get(), EVP_md5(), nullptr));
+    requireDone(EVP_DigestFinal_ex(context_->state.get(), digest.data(), nullptr));
+    requireDone(EVP_DigestInit_ex(context_->state.get(), EVP_md5(), nullptr));
     return hex(digest);
 }
 

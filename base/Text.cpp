@@ -134,6 +134,15 @@ std::string collapsed(std::string_view text) {
     return result;
 }
 
+std::string joined(std::span<const std::string> parts, std::string_view separator) {
+    std::string result;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (i > 0) result += separator;
+        result += parts[i];
+    }
+    return result;
+}
+
 std::string caseFolded(std::string_view text) {
     if (utf8::isASCII(text)) return asciiLowercased(text);
     std::string folded;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,8 @@ bool isBlank(std::string_view text);
 std::vector<std::string_view> words(std::string_view text);
 /// The words joined by single spaces.
 std::string collapsed(std::string_view text);
+/// All `parts`, empty ones too, with `separator` between them.
+std::string joined(std::span<const std::string> parts, std::string_view separator);
 
 /// Full default case folding, no diacritic folding: straße = STRASSE, Café ≠ Cafe.
 std::string caseFolded(std::string_view text);

@@ -18,7 +18,7 @@
 namespace tesserine::bench {
 namespace {
 
-constexpr std::size_t notesPerBatch = 50;
+constexpr std::size_t notesPerImportBatch = 50;
 constexpr std::size_t pieceSize = 65'536;
 
 std::string escaped(const std::string& text) {
@@ -156,7 +156,7 @@ void putIn(StoreContext& context, const std::vector<ReadyNote>& notes, const Clo
                 note,
                 {.filename = file.filename, .declaredType = file.type, .data = files[i]});
         }
-        if (++pending % notesPerBatch != 0) continue;
+        if (++pending % notesPerImportBatch != 0) continue;
         context.save();
         context.reset();
     }

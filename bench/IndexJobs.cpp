@@ -16,7 +16,7 @@ namespace {
 
 /// From this many notes on a larger cache than SQLite's own is expected to pay.
 constexpr std::size_t largeLibrary = 100'000;
-constexpr double wantedBytesPerSecond = 0.8e9;
+constexpr double wantedIndexBytesPerSecond = 0.8e9;
 
 std::string joined(const std::vector<std::string>& words, const char* separator) {
     std::string text;
@@ -186,7 +186,7 @@ void IndexJobs::analyze() {
     const auto text = [&](double seconds) { return megabytesPerSecond(byteCount, seconds); };
     Row row = rowOf("dates and amounts in text, beside one pass over it", times, text);
     row.goal = "≥ 800 MB/s";
-    row.isReached = static_cast<double>(byteCount) / times.ours >= wantedBytesPerSecond;
+    row.isReached = static_cast<double>(byteCount) / times.ours >= wantedIndexBytesPerSecond;
     rows_.push_back(row);
 }
 

@@ -31,7 +31,7 @@ constexpr std::string_view middlingWord = "quagga";
 constexpr std::string_view rareWord = "okapi";
 
 /// One search in both languages.
-struct Job {
+struct QueryJob {
     std::string name;
     std::string query;
     Search raw;
@@ -108,7 +108,7 @@ std::string phraseIn(const NoteGenerator& generator, const std::string& word) {
     throw std::runtime_error("no note holds “" + word + "” before another word");
 }
 
-std::vector<Job> jobsFor(SearchIndex& index, const NoteGenerator& generator) {
+std::vector<QueryJob> jobsFor(SearchIndex& index, const NoteGenerator& generator) {
     const Words words(index);
     const auto notes = static_cast<double>(generator.noteCount());
     const std::string common = words.heldBy(notes * 0.17);
@@ -126,7 +126,7 @@ std::vector<Job> jobsFor(SearchIndex& index, const NoteGenerator& generator) {
                          double largestRatio = sparedRatio) {
         raw.filters = {filter::isTrashed(false)};
         raw.limit = rowsWanted;
-        return Job{"search, " + std::string(name), query, std::move(raw), largestRatio};
+        return QueryJob{"search, " + std::string(name), query, std::move(raw), largestRatio};
     };
     return {
         job("common word",
@@ -179,7 +179,7 @@ std::size_t runRaw(RawDatabase& database, const BoundSQL& bound, std::size_t& ro
 }
 
 Row measure(
-    const Job& job, SearchEngine& engine, RawDatabase& raw, Instant now, std::size_t rounds) {
+    const QueryJob& job, SearchEngine& engine, RawDatabase& raw, Instant now, std::size_t rounds) {
     const BoundSQL statement = searchStatement(job.raw, now);
     std::size_t rawRows = 0;
     std::size_t ourRows = 0;
@@ -215,7 +215,7 @@ std::vector<Row> queryJobs(
     const auto jobs = jobsFor(index, generator);
     // Both on the index's queue: how soon a busy machine wakes a thread is not what is measured.
     index.perform([&](SQLiteDatabase&) {
-        for (const Job& job : jobs) {
+        for (const QueryJob& job : jobs) {
             rows.push_back(measure(job, engine, raw, clock.now(), rounds));
         }
     });

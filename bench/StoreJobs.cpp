@@ -81,7 +81,7 @@ std::vector<HeaderRow> readHeaders(RawStatement& rows) {
     return result;
 }
 
-FetchRequest newest(std::size_t limit) {
+FetchRequest newestNotes(std::size_t limit) {
     return {
         .predicate = {"trashedAt == nil AND isTemplate == NO"},
         .sort = {{"updatedAt", SortDescriptor::Order::descending}},
@@ -194,7 +194,7 @@ void StoreJobs::newestHeaders(OurLibrary& library, RawDatabase& raw) {
         [&] {
             library.context().reset();
             return secondsOf(
-                [&] { ourCount = library.context().fetch<CDNote>(newest(firstPage)).size(); });
+                [&] { ourCount = library.context().fetch<CDNote>(newestNotes(firstPage)).size(); });
         });
     requireEqual(rawCount, ourCount, "newest headers");
     const std::string job = "newest " + std::to_string(firstPage) + " headers of " + counted();
@@ -213,7 +213,7 @@ void StoreJobs::allHeaders(OurLibrary& library, RawDatabase& raw) {
     RawStatement rows = covered.prepare(
         std::string("SELECT ") + headerColumns
         + " FROM ZCDNOTE INDEXED BY bench_headers ORDER BY ZUPDATEDAT DESC, ZID");
-    FetchRequest request = newest(0);
+    FetchRequest request = newestNotes(0);
     request.predicate = {};
     std::size_t rawCount = 0;
     std::size_t ourCount = 0;
@@ -376,7 +376,7 @@ void StoreJobs::open() {
                 std::unique_ptr<OurLibrary> library;
                 return secondsOf([&] {
                     library = std::make_unique<OurLibrary>(folder);
-                    library->context().fetch<CDNote>(newest(firstPage));
+                    library->context().fetch<CDNote>(newestNotes(firstPage));
                 });
             });
         Row row = rowOf("open " + grouped(size) + " notes, first list", times, milliseconds);

@@ -26,7 +26,7 @@ constexpr std::size_t recordCount = 100'000;
 constexpr std::size_t recordsOfPage = 200;
 constexpr std::size_t pageCount = 50;  // different ones; each is taken several times
 constexpr std::size_t passes = recordCount / recordsOfPage / pageCount;
-constexpr double noLimit = 1e9;
+constexpr double noSyncLimit = 1e9;
 
 // MARK: records
 
@@ -110,7 +110,8 @@ public:
     std::string code() { return service_.accounts().signIn("a@b.test", "secret").value_or(""); }
 
 private:
-    static constexpr server::RateLimit::Allowance all{.perSecond = noLimit, .atOnce = noLimit};
+    static constexpr server::RateLimit::Allowance all{
+        .perSecond = noSyncLimit, .atOnce = noSyncLimit};
 
     SystemClock clock_;
     SecureRandom random_;

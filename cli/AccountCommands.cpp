@@ -46,7 +46,7 @@ ExitStatus signOut(Session& session, const Arguments&) {
     return ExitStatus::done;
 }
 
-ExitStatus status(Session& session, const Arguments&) {
+ExitStatus accountStatus(Session& session, const Arguments&) {
     const auto service = syncService(session);
     const auto account = service->account().account();
     std::optional<Instant> last;
@@ -258,7 +258,7 @@ std::vector<Command> accountCommands() {
          .summary = "Shows who is signed in and when the library was last synced",
          .access = Access::reads,
          .example = "tesserine account status",
-         .run = status},
+         .run = accountStatus},
         {.path = "account service",
          .summary = "Names the service to sync with",
          .access = Access::none,

@@ -23,14 +23,6 @@ using boost::json::array;
 using boost::json::object;
 using boost::json::value;
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string line;
-    for (const std::string& word : words) {
-        line += (line.empty() ? "" : " ") + word;
-    }
-    return line;
-}
-
 QuestionFilters filtersOf(const Arguments& arguments) {
     return {
         .notebook = arguments.text("notebook").value_or(""),
@@ -117,7 +109,7 @@ ExitStatus showRequest(Session& session, const Assistant& assistant, const AIReq
 }
 
 ExitStatus ask(Session& session, const Arguments& arguments) {
-    const std::string question = joined(arguments.wordsFrom(0));
+    const std::string question = text::joined(arguments.wordsFrom(0), " ");
     const Assistant assistant(session);
     const bool onlyShows = arguments.has("show-request");
     if (!onlyShows) assistant.provider();  // says what is missing before anything is looked for
@@ -152,7 +144,8 @@ ExitStatus act(Session& session, const Arguments& arguments, NoteAction action) 
     AIExclusions::load(session.preferences()).require(note);
     const std::string text = note.plainText.valueOr("");
     const AskTesserine asker(assistant.settings(), session.calendar());
-    const AIRequest request = asker.prepareAction(action, text, joined(arguments.wordsFrom(1)));
+    const AIRequest request =
+        asker.prepareAction(action, text, text::joined(arguments.wordsFrom(1), " "));
     if (arguments.has("show-request")) return showRequest(session, assistant, request);
 
     const std::string title = displayTitle(note);

@@ -18,7 +18,7 @@ namespace {
 
 using Backend = AISettings::Backend;
 
-std::string joined(const std::vector<std::string>& names) {
+std::string onOneLine(const std::vector<std::string>& names) {
     std::string line;
     for (const std::string& name : names) {
         line += (line.empty() ? "" : ", ") + oneLine(name);
@@ -41,7 +41,7 @@ std::string keyState(const Assistant& assistant) {
     return *found ? "set" : "not set";
 }
 
-ExitStatus status(Session& session, const Arguments&) {
+ExitStatus assistantStatus(Session& session, const Arguments&) {
     const Assistant assistant(session);
     const AISettings& settings = assistant.settings();
     const AIExclusions exclusions = AIExclusions::load(session.preferences());
@@ -68,8 +68,8 @@ ExitStatus status(Session& session, const Arguments&) {
         showField(session, "Asks", assistant.address().baseURL);
         showField(session, "Key", keyState(assistant));
     }
-    showField(session, "Never sent", joined(exclusions.notebooks));
-    showField(session, "Nor tagged", joined(exclusions.tags));
+    showField(session, "Never sent", onOneLine(exclusions.notebooks));
+    showField(session, "Nor tagged", onOneLine(exclusions.tags));
     return ExitStatus::done;
 }
 
@@ -178,7 +178,7 @@ ExitStatus exclude(Session& session, const Arguments& arguments) {
     for (const std::string& name : arguments.texts("tag")) {
         change(session.preferences(), AIExclusions::tagsKey, name, isAllowed);
     }
-    return status(session, arguments);
+    return assistantStatus(session, arguments);
 }
 
 ExitStatus log(Session& session, const Arguments& arguments) {
@@ -208,7 +208,7 @@ ExitStatus log(Session& session, const Arguments& arguments) {
              request.destination,
              request.purpose,
              std::to_string(request.characterCount),
-             joined(request.titles)});
+             onOneLine(request.titles)});
     }
     if (session.output().isJSON()) {
         session.output().json(array);
@@ -230,7 +230,7 @@ std::vector<Command> assistantCommands() {
          .summary = "Tells how the assistant is set up",
          .access = Access::none,
          .example = "tesserine assistant status",
-         .run = status},
+         .run = assistantStatus},
         {.path = "assistant enable",
          .summary = "Switches the assistant on, after saying what is sent where",
          .access = Access::none,

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-boost::json::object asJSON(const LibraryBackup& backup) {
+boost::json::object backupJSON(const LibraryBackup& backup) {
     return {
         {"folder", backup.folder.string()},
         {"createdAt", backup.createdAt.iso()},
@@ -27,7 +27,7 @@ ExitStatus makeBackup(Session& session, const Arguments& arguments) {
         backups.create(session.store(), "manual", arguments.path("to"), session.stop());
     backups.verify(made.folder);
     if (session.output().isJSON()) {
-        session.output().json(asJSON(made));
+        session.output().json(backupJSON(made));
     } else {
         session.output().line(oneLine(made.folder.string()));
     }
@@ -44,7 +44,7 @@ ExitStatus listBackups(Session& session, const Arguments&) {
             {.title = "SIZE", .isNumber = true},
             {.title = "NAME", .style = Style::strong}}};
     for (const LibraryBackup& backup : all) {
-        array.push_back(asJSON(backup));
+        array.push_back(backupJSON(backup));
         table.rows.push_back(
             {session.localTime(backup.createdAt),
              backup.reason,
@@ -73,7 +73,7 @@ ExitStatus restoreBackup(Session& session, const Arguments& arguments) {
     const LibraryBackups backups = backupsOf(session);
     const RestoreOutcome outcome = backups.restore(backupNamed(backups, arguments.pathWord(0)));
     if (session.output().isJSON()) {
-        boost::json::object answer = asJSON(outcome.backup);
+        boost::json::object answer = backupJSON(outcome.backup);
         answer["keptAside"] = outcome.keptAside ? boost::json::value(outcome.keptAside->string())
                                                 : boost::json::value();
         session.output().json(answer);
@@ -88,7 +88,7 @@ ExitStatus restoreBackup(Session& session, const Arguments& arguments) {
     return ExitStatus::done;
 }
 
-boost::json::object asJSON(const LibraryReport& report) {
+boost::json::object reportJSON(const LibraryReport& report) {
     boost::json::array problems;
     for (const LibraryProblem& problem : report.problems) {
         problems.push_back(
@@ -135,7 +135,7 @@ ExitStatus checkLibrary(Session& session, const Arguments& arguments) {
     }
     if (report.wasStopped) throw Interrupted();
     if (session.output().isJSON()) {
-        session.output().json(asJSON(report));
+        session.output().json(reportJSON(report));
     } else {
         showReport(session, report);
     }

@@ -8,7 +8,7 @@ namespace tesserine::cli {
 namespace {
 
 /// In single quotes for a shell: a quote inside becomes '\''.
-std::string quoted(std::string_view text) {
+std::string shellQuoted(std::string_view text) {
     std::string result = "'";
     for (const char c : text) {
         if (c == '\'') {
@@ -30,7 +30,7 @@ std::vector<std::string> firstWords() {
     return words;
 }
 
-std::string joined(const std::vector<std::string>& words) {
+std::string spaced(const std::vector<std::string>& words) {
     std::string result;
     for (const std::string& word : words) {
         result += (result.empty() ? "" : " ") + word;
@@ -38,8 +38,8 @@ std::string joined(const std::vector<std::string>& words) {
     return result;
 }
 
-std::string joined(const std::vector<std::string_view>& words) {
-    return joined(std::vector<std::string>(words.begin(), words.end()));
+std::string spaced(const std::vector<std::string_view>& words) {
+    return spaced(std::vector<std::string>(words.begin(), words.end()));
 }
 
 std::string secondWords(std::string_view group) {
@@ -47,7 +47,7 @@ std::string secondWords(std::string_view group) {
     for (const Command* command : commandsOf(group)) {
         words.emplace_back(command->path.substr(group.size() + 1));
     }
-    return joined(words);
+    return spaced(words);
 }
 
 std::string optionWords(const std::vector<Option>& options) {
@@ -56,7 +56,7 @@ std::string optionWords(const std::vector<Option>& options) {
     for (const Option& option : options) {
         words.push_back("--" + std::string(option.name));
     }
-    return joined(words);
+    return spaced(words);
 }
 
 /// Every option with a value once: the first with a name decides, as they agree in what they take.
@@ -86,7 +86,7 @@ Completion completionOf(const Command& command) {
 /// The description of a command's value for the zsh function.
 std::string zshValue(const Option& option) {
     std::string text = ":" + std::string(option.value) + ":";
-    if (!option.choices.empty()) return text + "(" + joined(option.choices) + ")";
+    if (!option.choices.empty()) return text + "(" + spaced(option.choices) + ")";
     if (option.completion == Completion::file) return text + "_files";
     if (option.completion == Completion::folder) return text + "_files -/";
     return text;
@@ -109,7 +109,7 @@ std::string zshOptions(const std::vector<Option>& options) {
         specification += "--" + std::string(option.name);
         specification += "[" + zshEscaped(option.summary) + "]";
         if (!option.value.empty()) specification += zshValue(option);
-        text += " \\\n                " + quoted(specification);
+        text += " \\\n                " + shellQuoted(specification);
     }
     return text;
 }
@@ -147,7 +147,7 @@ complete -o filenames -F _tesserine tesserine
 /// What bash offers behind an option.
 std::string bashValue(const Option& option) {
     if (!option.choices.empty()) {
-        return "($(compgen -W " + quoted(joined(option.choices)) + " -- \"$current\"))";
+        return "($(compgen -W " + shellQuoted(spaced(option.choices)) + " -- \"$current\"))";
     }
     if (option.completion == Completion::file) return "($(compgen -f -- \"$current\"))";
     if (option.completion == Completion::folder) return "($(compgen -d -- \"$current\"))";
@@ -156,11 +156,11 @@ std::string bashValue(const Option& option) {
 
 std::string bashCommand(const Command& command) {
     const std::string path(command.path);
-    std::string text = "        " + quoted(path) + "|" + quoted(path + " ") + "*) ";
+    std::string text = "        " + shellQuoted(path) + "|" + shellQuoted(path + " ") + "*) ";
     if (commandsOf(command.path).empty()) text += "offered=; ";
     if (completionOf(command) != Completion::nothing) text += "offered=FILES; ";
     if (!command.options.empty()) {
-        text += "options+=" + quoted(" " + optionWords(command.options)) + "; ";
+        text += "options+=" + shellQuoted(" " + optionWords(command.options)) + "; ";
     }
     return text + ";;\n";
 }
@@ -175,8 +175,8 @@ _tesserine() {
 std::string zshCommand(const Command& command) {
     const std::string path(command.path);
     const bool takesWords = commandsOf(path).empty();
-    std::string text = "        " + quoted(path);
-    if (takesWords) text += "|" + quoted(path + " ") + "*";
+    std::string text = "        " + shellQuoted(path);
+    if (takesWords) text += "|" + shellQuoted(path + " ") + "*";
     text += ")\n            _arguments" + zshOptions(command.options) + zshOptions(commonOptions());
     text += " \\\n                '*:argument:";
     if (completionOf(command) != Completion::nothing) text += "_files";
@@ -191,9 +191,9 @@ std::string fishOption(const std::string& condition, const Option& option) {
     } else if (!option.value.empty()) {
         line += " -x";
     }
-    if (!option.choices.empty()) line += " -a " + quoted(joined(option.choices));
+    if (!option.choices.empty()) line += " -a " + shellQuoted(spaced(option.choices));
     if (option.completion == Completion::folder) line += " -a '(__fish_complete_directories)'";
-    return line + " -d " + quoted(option.summary) + "\n";
+    return line + " -d " + shellQuoted(option.summary) + "\n";
 }
 
 std::string fishCommand(const Command& command) {
@@ -201,14 +201,15 @@ std::string fishCommand(const Command& command) {
     const std::size_t space = path.find(' ');
     const std::string first = path.substr(0, space);
     const std::string seenFirst = "__fish_seen_subcommand_from " + first;
-    std::string condition = " -n " + quoted(seenFirst);
+    std::string condition = " -n " + shellQuoted(seenFirst);
     std::string text;
     if (space != std::string::npos) {
         const std::string second = path.substr(space + 1);
-        text += "complete -c tesserine -n "
-                + quoted(seenFirst + "; and not __fish_seen_subcommand_from " + secondWords(first))
-                + " -a " + quoted(second) + " -d " + quoted(command.summary) + "\n";
-        condition = " -n " + quoted(seenFirst + "; and __fish_seen_subcommand_from " + second);
+        text +=
+            "complete -c tesserine -n "
+            + shellQuoted(seenFirst + "; and not __fish_seen_subcommand_from " + secondWords(first))
+            + " -a " + shellQuoted(second) + " -d " + shellQuoted(command.summary) + "\n";
+        condition = " -n " + shellQuoted(seenFirst + "; and __fish_seen_subcommand_from " + second);
     }
     for (const Option& option : command.options) {
         text += fishOption(condition, option);
@@ -229,13 +230,13 @@ std::string bashCompletion() {
         text += "        --" + std::string(option->name) + ") COMPREPLY=" + bashValue(*option)
                 + "; return ;;\n";
     }
-    text += "    esac\n    local offered=" + quoted(joined(firstWords())) + "\n";
-    text += "    local options=" + quoted(optionWords(commonOptions())) + "\n";
+    text += "    esac\n    local offered=" + shellQuoted(spaced(firstWords())) + "\n";
+    text += "    local options=" + shellQuoted(optionWords(commonOptions())) + "\n";
     text += "    case \"${taken[*]}\" in\n";
     for (const std::string& word : firstWords()) {
         const std::string second = secondWords(word);
         if (second.empty()) continue;
-        text += "        " + quoted(word) + ") offered=" + quoted(second) + " ;;\n";
+        text += "        " + shellQuoted(word) + ") offered=" + shellQuoted(second) + " ;;\n";
     }
     text += "    esac\n    case \"${taken[*]}\" in\n";
     for (const Command& command : commands()) {
@@ -253,10 +254,10 @@ std::string zshCompletion() {
     }
     for (const std::string& word : firstWords()) {
         if (commandsOf(word).empty() || findCommand(word) != nullptr) continue;
-        text += "        " + quoted(word) + ") compadd -- " + secondWords(word) + " ;;\n";
+        text += "        " + shellQuoted(word) + ") compadd -- " + secondWords(word) + " ;;\n";
     }
     text += "        *)\n            _arguments" + zshOptions(commonOptions())
-            + " \\\n                '*:command:(" + joined(firstWords()) + ")' ;;\n";
+            + " \\\n                '*:command:(" + spaced(firstWords()) + ")' ;;\n";
     return text + "    esac\n}\n_tesserine \"$@\"\n";
 }
 
@@ -269,8 +270,8 @@ std::string fishCompletion() {
         const Command* command = findCommand(word);
         const std::string summary =
             command != nullptr ? std::string(command->summary) : secondWords(word);
-        text += "complete -c tesserine -n __fish_use_subcommand -a " + quoted(word) + " -d "
-                + quoted(summary) + "\n";
+        text += "complete -c tesserine -n __fish_use_subcommand -a " + shellQuoted(word) + " -d "
+                + shellQuoted(summary) + "\n";
     }
     for (const Command& command : commands()) {
         text += fishCommand(command);

@@ -31,7 +31,7 @@ boost::json::array arrayOf(const std::vector<ImportedNote>& notes) {
     return array;
 }
 
-boost::json::value asJSON(const std::optional<ImportCheck>& check) {
+boost::json::value checkJSON(const std::optional<ImportCheck>& check) {
     if (!check) return nullptr;
     return boost::json::object{
         {"notes", check->notes},
@@ -103,7 +103,7 @@ boost::json::object asJSON(const ImportReport& report) {
         {"failed", report.failed},
         {"attachments", report.attachments},
         {"attachmentBytes", report.attachmentBytes},
-        {"check", asJSON(report.check)},
+        {"check", checkJSON(report.check)},
         {"notes", arrayOf(report.notes)}};
 }
 

@@ -65,7 +65,7 @@ Overview gatherOverview(Session& session) {
             {.predicate = {live}, .sort = {{"updatedAt", newest}}, .limit = overviewLimit})};
 }
 
-boost::json::array asJSON(const std::vector<CDNote*>& notes) {
+boost::json::array headersJSON(const std::vector<CDNote*>& notes) {
     boost::json::array array;
     for (CDNote* note : notes) {
         array.push_back(asJSON(*note, Detail::header));
@@ -122,10 +122,10 @@ ExitStatus showOverview(Session& session, const Arguments&) {
     if (session.output().isJSON()) {
         session.output().json(
             {{"due", tasksJSON(session, overview.due)},
-             {"pinned", asJSON(overview.pinned)},
-             {"reminders", asJSON(overview.reminders)},
-             {"conflicts", asJSON(overview.conflicts)},
-             {"recent", asJSON(overview.recent)},
+             {"pinned", headersJSON(overview.pinned)},
+             {"reminders", headersJSON(overview.reminders)},
+             {"conflicts", headersJSON(overview.conflicts)},
+             {"recent", headersJSON(overview.recent)},
              {"noteCount", count},
              {"taskCount", tasks(TaskView::all())}});
         return ExitStatus::done;

@@ -162,7 +162,7 @@ ExitStatus editNote(Session& session, const Arguments& arguments) {
     return answer(session, note, "Changed " + quotedTitle(note) + ".");
 }
 
-Command addCommand() {
+Command addNoteCommand() {
     Command command{
         .path = "note add",
         .summary = "Creates a note and prints its id",
@@ -187,7 +187,7 @@ Command addCommand() {
     return command;
 }
 
-Command editCommand() {
+Command editNoteCommand() {
     Command command{
         .path = "note edit",
         .summary = "Changes a note",
@@ -221,7 +221,7 @@ Command editCommand() {
 
 std::vector<Command> noteCommands() {
     return {
-        addCommand(),
+        addNoteCommand(),
         {.path = "note list",
          .summary = "Lists notes, newest change first",
          .options =
@@ -247,7 +247,7 @@ std::vector<Command> noteCommands() {
               {.name = "outline", .summary = "Only its headings"}},
          .example = "tesserine note show Plan --text",
          .run = showOneNote},
-        editCommand()};
+        editNoteCommand()};
 }
 
 }  // namespace tesserine::cli

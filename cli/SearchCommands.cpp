@@ -1,3 +1,4 @@
+#include "base/Text.h"
 #include "cli/LibrarySearch.h"
 #include "cli/SearchPresentation.h"
 #include "cli/SearchRun.h"
@@ -10,14 +11,6 @@
 namespace tesserine::cli {
 
 namespace {
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : " ") + word;
-    }
-    return text;
-}
 
 ExitStatus suggest(Session& session, const std::string& typed) {
     const auto suggestions = session.search().suggest(typed);
@@ -40,7 +33,7 @@ void remember(Session& session, const std::string& query) {
 
 ExitStatus search(Session& session, const Arguments& arguments) {
     if (const auto typed = arguments.text("suggest")) return suggest(session, *typed);
-    const std::string query = joined(arguments.wordsFrom(0));
+    const std::string query = text::joined(arguments.wordsFrom(0), " ");
     const ExitStatus status = runSearch(session, query, arguments);
     const bool isByHand = !session.output().isJSON();
     if (isByHand) remember(session, query);

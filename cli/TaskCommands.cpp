@@ -232,7 +232,7 @@ ExitStatus addFromNote(Session& session, const Arguments& arguments) {
     return answerWithID(session, made);
 }
 
-Command addCommand() {
+Command addTaskCommand() {
     return {
         .path = "task add",
         .summary = "Creates a task from a sentence and prints its id",
@@ -251,7 +251,7 @@ Command addCommand() {
         .run = addTask};
 }
 
-Command editCommand() {
+Command editTaskCommand() {
     return {
         .path = "task edit",
         .summary = "Changes a task",
@@ -286,7 +286,7 @@ Command editCommand() {
 std::vector<Command> taskCommands() {
     const Argument task{.name = "TASK"};
     return {
-        addCommand(),
+        addTaskCommand(),
         {.path = "task parse",
          .summary = "Shows how a sentence is understood",
          .access = Access::none,
@@ -309,7 +309,7 @@ std::vector<Command> taskCommands() {
          .arguments = {task},
          .example = "tesserine task show 'Send invoice'",
          .run = showOneTask},
-        editCommand(),
+        editTaskCommand(),
         {.path = "task done",
          .summary = "Completes a task; one that repeats moves on to its next date",
          .access = Access::writes,

@@ -1,5 +1,6 @@
 #include "cli/TaskPresentation.h"
 
+#include "base/Text.h"
 #include "cli/DisplayText.h"
 #include "cli/Names.h"
 #include "cli/ObjectJSON.h"
@@ -9,14 +10,6 @@
 namespace tesserine::cli {
 
 namespace {
-
-std::string joined(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text;
-}
 
 std::string projectName(const CDTask& task) {
     const CDProject* project = task.project;
@@ -166,7 +159,7 @@ void showUnderstood(Session& session, const CDTask& task) {
     showField(session, "Repeats", repeatText(task));
     showField(session, "Priority", priorityText(task));
     showField(session, "Project", projectName(task));
-    showField(session, "Labels", joined(labelNames(task, session.collator())));
+    showField(session, "Labels", text::joined(labelNames(task, session.collator()), ", "));
 }
 
 void showSentence(Session& session, const QuickAddResult& result) {
@@ -176,7 +169,7 @@ void showSentence(Session& session, const QuickAddResult& result) {
     }
     if (result.priority) showField(session, "Priority", shortLabel(*result.priority));
     showField(session, "Project", result.projectName.value_or(""));
-    showField(session, "Labels", joined(result.labels));
+    showField(session, "Labels", text::joined(result.labels, ", "));
     if (result.recurrence) showField(session, "Repeats", result.recurrence->description());
     for (const RecognisedToken& token : result.recognisedTokens) {
         showField(session, "Token", inQuotes(token.text) + " " + std::string(rawValue(token.kind)));

@@ -13,7 +13,7 @@ namespace tesserine::cli {
 
 namespace {
 
-constexpr std::string_view none = "none";
+constexpr std::string_view nothing = "none";
 
 /// The header with, besides, what its texts hold: `labels`, `subtasks` and the `summary` line.
 boost::json::object templateJSON(CDTaskTemplate& stored) {
@@ -35,7 +35,7 @@ ExitStatus answerTemplate(Session& session, CDTaskTemplate& stored, const std::s
 }
 
 std::optional<std::int64_t> parseOffset(const std::string& typed) {
-    if (typed == none) return std::nullopt;
+    if (typed == nothing) return std::nullopt;
     std::int64_t days = 0;
     const auto [end, error] = std::from_chars(typed.data(), typed.data() + typed.size(), days);
     const bool isWhole = error == std::errc{} && end == typed.data() + typed.size();
@@ -44,7 +44,7 @@ std::optional<std::int64_t> parseOffset(const std::string& typed) {
 }
 
 std::optional<TimeOfDay> parseTime(const std::string& typed) {
-    if (typed == none) return std::nullopt;
+    if (typed == nothing) return std::nullopt;
     if (const auto time = timeOfDay(typed)) return time;
     throw UsageError::badValue("--due-time", "a time such as 09:05, or “none”");
 }
@@ -61,7 +61,7 @@ void edit(Session& session, TaskTemplateContent& content, const Arguments& argum
     }
     if (const auto name = arguments.text("project")) {
         content.projectID.reset();
-        if (*name != none) content.projectID = resolveProject(session, *name).id;
+        if (*name != nothing) content.projectID = resolveProject(session, *name).id;
     }
     if (arguments.has("label")) content.labels = arguments.texts("label");
     if (arguments.has("subtask")) content.subtasks = arguments.texts("subtask");
@@ -82,7 +82,7 @@ ExitStatus addTemplate(Session& session, const Arguments& arguments) {
     return answerTemplate(session, made, id ? id->text() : std::string("-"));
 }
 
-ExitStatus listTemplates(Session& session, const Arguments&) {
+ExitStatus listTaskTemplates(Session& session, const Arguments&) {
     const auto templates = session.taskTemplates().all(session.context(), session.collator());
     if (session.output().isJSON()) {
         boost::json::array array;
@@ -127,7 +127,7 @@ ExitStatus showTemplate(Session& session, const Arguments& arguments) {
     return ExitStatus::done;
 }
 
-ExitStatus useTemplate(Session& session, const Arguments& arguments) {
+ExitStatus useTaskTemplate(Session& session, const Arguments& arguments) {
     session.holdNames();
     StoreContext& context = session.context();
     const CDTaskTemplate& used = resolveTaskTemplate(session, arguments.word(0));
@@ -196,7 +196,7 @@ std::vector<Command> taskTemplateCommands() {
         {.path = "task-template list",
          .summary = "Lists the task templates",
          .example = "tesserine task-template list",
-         .run = listTemplates},
+         .run = listTaskTemplates},
         {.path = "task-template show",
          .summary = "Shows a task template",
          .arguments = {used},
@@ -207,7 +207,7 @@ std::vector<Command> taskTemplateCommands() {
          .access = Access::writes,
          .arguments = {used},
          .example = "tesserine task-template use Trip",
-         .run = useTemplate},
+         .run = useTaskTemplate},
         {.path = "task-template edit",
          .summary = "Changes a task template",
          .access = Access::writes,

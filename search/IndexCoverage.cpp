@@ -1,5 +1,6 @@
 #include "search/IndexCoverage.h"
 
+#include "base/Text.h"
 #include "search/IndexSchema.h"
 
 #include <unicode/locid.h>
@@ -10,15 +11,6 @@
 
 namespace tesserine {
 namespace {
-
-std::string joined(const std::vector<std::string>& parts) {
-    std::string text;
-    for (const std::string& part : parts) {
-        if (!text.empty()) text += ", ";
-        text += part;
-    }
-    return text;
-}
 
 /// Writes numbers in one locale.
 class Numbers {
@@ -65,7 +57,7 @@ std::string IndexCoverage::summary(const std::string& locale) const {
     if (missing == 0 && stale == 0 && differs) problems.emplace_back("attachment text differs");
     if (interruptedRebuild) problems.emplace_back("a rebuild was interrupted");
     if (schemaVersion != indexschema::version) problems.emplace_back("old index format");
-    return counts + " — " + joined(problems);
+    return counts + " — " + text::joined(problems, ", ");
 }
 
 }  // namespace tesserine

@@ -8,7 +8,7 @@
 namespace tesserine {
 namespace {
 
-std::string textIn(const Statement& row, int column) { return row.text(column).value_or(""); }
+std::string cellText(const Statement& row, int column) { return row.text(column).value_or(""); }
 
 std::vector<std::string> split(std::string_view text, char separator) {
     std::vector<std::string> words;
@@ -24,7 +24,7 @@ std::vector<std::string> split(std::string_view text, char separator) {
 std::vector<std::string> column(Statement& rows) {
     std::vector<std::string> values;
     while (rows.step()) {
-        values.push_back(textIn(rows, 0));
+        values.push_back(cellText(rows, 0));
     }
     return values;
 }
@@ -135,7 +135,7 @@ std::vector<SearchIndex::Term> SearchIndex::terms() {
         std::vector<Term> terms;
         while (rows.step()) {
             if (SearchAnalyzer::isKey(rows.textView(0))) continue;
-            terms.push_back({textIn(rows, 0), rows.integer(1)});
+            terms.push_back({cellText(rows, 0), rows.integer(1)});
         }
         return terms;
     });
@@ -187,7 +187,7 @@ std::vector<SearchIndex::NotebookCount> SearchIndex::notebookCounts() {
             "notebook ORDER BY COUNT(*) DESC, notebook;");
         std::vector<NotebookCount> counts;
         while (rows.step()) {
-            counts.push_back({textIn(rows, 0), rows.integer(1)});
+            counts.push_back({cellText(rows, 0), rows.integer(1)});
         }
         return counts;
     });

@@ -40,8 +40,6 @@ constexpr std::array<std::string_view, mostMonths> monthNames = {
 constexpr std::size_t longestMonthName = 9;
 constexpr std::array<std::string_view, 4> ordinalSuffixes = {"st", "nd", "rd", "th"};
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 bool isASCII(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 bool isASCIIAlphanumeric(char c) {

@@ -11,6 +11,9 @@
 
 namespace tesserine {
 
+/// Of ASCII.
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
 /// Walks one text and notes every key in it. Skips from digit to digit: a key always holds one.
 ///
 /// A token is a run of letters, marks and numbers. Only tokens of ASCII digits count, and the words

@@ -86,22 +86,23 @@ protected:
     SearchSynonyms synonyms_{{{"invoice", "bill", "credit note"}}};
 };
 
-struct Case {
+struct CompilerCase {
     const char* query;
     const char* expected;
 };
 
 TEST_F(QueryCompilerTest, QuotesEveryWord) {
     for (const auto& [query, expected] : {
-             Case{"red wine", R"((w : "red" AND w : "wine"))"},
-             Case{"red OR wine*", R"((w : "red" OR w : "wine"*))"},
-             Case{R"("red \"wine\" OR")", R"(w : "red ""wine"" OR")"},
-             Case{R"((a OR "b c") d)", R"(((w : "a" OR w : "b c") AND w : "d"))"},
-             Case{R"(title:x,"y z" body:v*)", R"((title : ("x" OR "y z") AND body : "v"*))"},
-             Case{"*voic*", R"(w : ("invoice" OR "voice"))"},
-             Case{"メモ", R"(w : ("日本語のメモ" OR "メモ"))"},
-             Case{"INVOICE", R"(w : ("INVOICE" OR "bill" OR "credit note"))"},
-             Case{R"("invoice")", R"(w : "invoice")"},
+             CompilerCase{"red wine", R"((w : "red" AND w : "wine"))"},
+             CompilerCase{"red OR wine*", R"((w : "red" OR w : "wine"*))"},
+             CompilerCase{R"("red \"wine\" OR")", R"(w : "red ""wine"" OR")"},
+             CompilerCase{R"((a OR "b c") d)", R"(((w : "a" OR w : "b c") AND w : "d"))"},
+             CompilerCase{
+                 R"(title:x,"y z" body:v*)", R"((title : ("x" OR "y z") AND body : "v"*))"},
+             CompilerCase{"*voic*", R"(w : ("invoice" OR "voice"))"},
+             CompilerCase{"メモ", R"(w : ("日本語のメモ" OR "メモ"))"},
+             CompilerCase{"INVOICE", R"(w : ("INVOICE" OR "bill" OR "credit note"))"},
+             CompilerCase{R"("invoice")", R"(w : "invoice")"},
          }) {
         EXPECT_EQ(match(query), expected) << query;
     }
@@ -109,21 +110,22 @@ TEST_F(QueryCompilerTest, QuotesEveryWord) {
 
 TEST_F(QueryCompilerTest, FindsNumbersAndDatesHoweverTheyAreWritten) {
     for (const auto& [query, expected] : {
-             Case{"1,234.50", R"((keys : "tsn1234p50" OR keys : "tsn1234p5" OR w : "1,234.50"))"},
-             Case{"$9,90.", R"((keys : "tsn9p90" OR keys : "tsn9p9" OR w : "$9,90."))"},
-             Case{"1234", R"((keys : "tsn1234" OR keys : "tsn1234p00" OR w : "1234"))"},
-             Case{"2025-01-15", R"((keys : "tsx20250115" OR w : "2025-01-15"))"},
-             Case{"1/2025", R"((keys : "tsm202501" OR w : "1/2025"))"},
-             Case{
+             CompilerCase{
+                 "1,234.50", R"((keys : "tsn1234p50" OR keys : "tsn1234p5" OR w : "1,234.50"))"},
+             CompilerCase{"$9,90.", R"((keys : "tsn9p90" OR keys : "tsn9p9" OR w : "$9,90."))"},
+             CompilerCase{"1234", R"((keys : "tsn1234" OR keys : "tsn1234p00" OR w : "1234"))"},
+             CompilerCase{"2025-01-15", R"((keys : "tsx20250115" OR w : "2025-01-15"))"},
+             CompilerCase{"1/2025", R"((keys : "tsm202501" OR w : "1/2025"))"},
+             CompilerCase{
                  "march 2025",
                  R"((keys : "tsm202503" OR (w : "march" AND (keys : "tsy2025" OR )"
                  R"(keys : "tsn2025" OR keys : "tsn2025p00" OR w : "2025"))))"},
-             Case{"rev-2025-01-15", R"(w : "rev-2025-01-15")"},
-             Case{
+             CompilerCase{"rev-2025-01-15", R"(w : "rev-2025-01-15")"},
+             CompilerCase{
                  R"(amount:9.9 account:"1234 5678")",
                  R"((keys : ("tsn9p9" OR "tsn9p90") AND keys : "tsd12345678"))"},
-             Case{R"("1,234.50")", R"(w : "1,234.50")"},
-             Case{"tsy2025", R"(w : "tsy2025")"},
+             CompilerCase{R"("1,234.50")", R"(w : "1,234.50")"},
+             CompilerCase{"tsy2025", R"(w : "tsy2025")"},
          }) {
         EXPECT_EQ(match(query), expected) << query;
     }
@@ -135,11 +137,11 @@ TEST_F(QueryCompilerTest, FindsNumbersAndDatesHoweverTheyAreWritten) {
 
 TEST_F(QueryCompilerTest, RanksTheTypedWordsInTheirOrderHigher) {
     for (const auto& [query, expected] : {
-             Case{"annual report", R"(w : "annual report")"},
-             Case{"inv*", R"(w : "inv")"},
-             Case{R"(annual "x y" report -z tag:a)", R"(w : "annual report")"},
-             Case{R"("x y")", "none"},
-             Case{"a OR b", "none"},
+             CompilerCase{"annual report", R"(w : "annual report")"},
+             CompilerCase{"inv*", R"(w : "inv")"},
+             CompilerCase{R"(annual "x y" report -z tag:a)", R"(w : "annual report")"},
+             CompilerCase{R"("x y")", "none"},
+             CompilerCase{"a OR b", "none"},
          }) {
         EXPECT_EQ(shortened(compiled(query).search.strict.value_or("none")), expected) << query;
     }
@@ -220,12 +222,13 @@ TEST_F(QueryCompilerTest, SaysWhatItCannotUnderstand) {
         compiled("amount:>9.90").hints,
         testing::ElementsAre("Amounts and account numbers can only be looked for exactly."));
     for (const auto& [query, hint] : {
-             Case{"created:soon a", "“soon” is no date, so it was left out."},
-             Case{"is:nice a", "“is:” knows nothing called “nice”, so it was left out."},
-             Case{"near:91,0,1km", "“near:91,0,1km” is no place, so it was left out."},
-             Case{"near:1,2,3", "“near:1,2,3” is no place, so it was left out."},
-             Case{"priority:high", "“high” is no priority from 1 to 4, so it was left out."},
-             Case{"amount:much a", "“amount:much” holds no number, so it was left out."},
+             CompilerCase{"created:soon a", "“soon” is no date, so it was left out."},
+             CompilerCase{"is:nice a", "“is:” knows nothing called “nice”, so it was left out."},
+             CompilerCase{"near:91,0,1km", "“near:91,0,1km” is no place, so it was left out."},
+             CompilerCase{"near:1,2,3", "“near:1,2,3” is no place, so it was left out."},
+             CompilerCase{
+                 "priority:high", "“high” is no priority from 1 to 4, so it was left out."},
+             CompilerCase{"amount:much a", "“amount:much” holds no number, so it was left out."},
          }) {
         const CompiledQuery found = compiled(query);
         EXPECT_THAT(found.hints, testing::ElementsAre(hint));

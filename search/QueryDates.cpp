@@ -23,7 +23,7 @@ std::optional<int> number(std::string_view digits, std::size_t longest) {
     return value;
 }
 
-std::vector<std::string_view> split(std::string_view text, char separator) {
+std::vector<std::string_view> partsOf(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
     for (std::size_t end = text.find(separator); end != std::string_view::npos;
          end = text.find(separator)) {
@@ -102,7 +102,7 @@ private:
 
     /// 2025, 2025-01, 2025-01-15
     std::optional<DateSpan> numeric(std::string_view text) const {
-        const auto parts = split(text, '-');
+        const auto parts = partsOf(text, '-');
         if (parts.size() > 3 || parts[0].size() != 4) return std::nullopt;
         const auto yearNumber = number(parts[0], 4);
         if (!yearNumber) return std::nullopt;
@@ -117,7 +117,7 @@ private:
 
     /// 1/15/2025, or 15/1/2025 where that is the only way to read it.
     std::optional<DateSpan> slashed(std::string_view text) const {
-        const auto parts = split(text, '/');
+        const auto parts = partsOf(text, '/');
         if (parts.size() != 3 || parts[2].size() != 4) return std::nullopt;
         const auto first = number(parts[0], 2);
         const auto second = number(parts[1], 2);

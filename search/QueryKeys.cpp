@@ -1,5 +1,6 @@
 #include "search/QueryKeys.h"
 
+#include "search/KeyScanner.h"
 #include "search/QueryCharacters.h"
 #include "search/SearchAnalyzer.h"
 
@@ -22,8 +23,6 @@ struct Amount {
     std::string whole;
     std::string fraction;
 };
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool areDigits(std::string_view text) {
     return !text.empty() && std::ranges::all_of(text, isDigit);

@@ -68,26 +68,26 @@ std::size_t depth(const QueryNode& node) {
     return below + 1;
 }
 
-struct Case {
+struct ParserCase {
     const char* query;
     const char* tree;
 };
 
 TEST(QueryParser, JoinsByAndBeforeOr) {
     for (const auto& [query, tree] : {
-             Case{"red wine", "red wine"},
-             Case{"red AND wine & cheese", "red wine cheese"},
-             Case{"red OR white wine", "(or red (and white wine))"},
-             Case{"(red OR white) wine", "(or red white) wine"},
-             Case{"red|white", "(or red white)"},
-             Case{"a OR (b OR c)", "(or a b c)"},
-             Case{"a (b (c d))", "a b c d"},
-             Case{"salt or pepper", "salt or pepper"},  // only capitals are operators
-             Case{"AT&T", "AT&T"},
-             Case{"-draft !old NOT new", "-draft -old -new"},
-             Case{"--a ---b", "a -b"},
-             Case{"-(a b) -(c OR d)", "-(and a b) -(or c d)"},
-             Case{"e-mail well-known!", "e-mail well-known!"},
+             ParserCase{"red wine", "red wine"},
+             ParserCase{"red AND wine & cheese", "red wine cheese"},
+             ParserCase{"red OR white wine", "(or red (and white wine))"},
+             ParserCase{"(red OR white) wine", "(or red white) wine"},
+             ParserCase{"red|white", "(or red white)"},
+             ParserCase{"a OR (b OR c)", "(or a b c)"},
+             ParserCase{"a (b (c d))", "a b c d"},
+             ParserCase{"salt or pepper", "salt or pepper"},  // only capitals are operators
+             ParserCase{"AT&T", "AT&T"},
+             ParserCase{"-draft !old NOT new", "-draft -old -new"},
+             ParserCase{"--a ---b", "a -b"},
+             ParserCase{"-(a b) -(c OR d)", "-(and a b) -(or c d)"},
+             ParserCase{"e-mail well-known!", "e-mail well-known!"},
          }) {
         EXPECT_EQ(read(query), tree) << query;
     }
@@ -95,15 +95,15 @@ TEST(QueryParser, JoinsByAndBeforeOr) {
 
 TEST(QueryParser, ReadsWordsPhrasesAndTags) {
     for (const auto& [query, tree] : {
-             Case{"inv*", "inv*"},
-             Case{"*voic*", "*voic*"},
-             Case{"*ice", "*ice*"},
-             Case{R"("annual report")", "'annual report'"},
-             Case{R"("say \"no\" now")", R"('say "no" now')"},
-             Case{R"("left open)", "'left open'"},
-             Case{R"(a"b c"d)", "a 'b c' d"},
-             Case{R"(#work #"to do" C#)", "[tag:'work'] [tag:'to do'] C#"},
-             Case{"#work, #home", "[tag:'work'] [tag:'home']"},
+             ParserCase{"inv*", "inv*"},
+             ParserCase{"*voic*", "*voic*"},
+             ParserCase{"*ice", "*ice*"},
+             ParserCase{R"("annual report")", "'annual report'"},
+             ParserCase{R"("say \"no\" now")", R"('say "no" now')"},
+             ParserCase{R"("left open)", "'left open'"},
+             ParserCase{R"(a"b c"d)", "a 'b c' d"},
+             ParserCase{R"(#work #"to do" C#)", "[tag:'work'] [tag:'to do'] C#"},
+             ParserCase{"#work, #home", "[tag:'work'] [tag:'home']"},
          }) {
         EXPECT_EQ(read(query), tree) << query;
     }
@@ -111,25 +111,26 @@ TEST(QueryParser, ReadsWordsPhrasesAndTags) {
 
 TEST(QueryParser, ReadsFields) {
     for (const auto& [query, tree] : {
-             Case{"tag:work", "[tag:work]"},
-             Case{"TAG:work label:home", "[tag:work] [tag:home]"},
-             Case{"tag: work", "[tag:work]"},
-             Case{"tag:=work -tag:a,b", "[tag:=work] -[tag:a,b]"},
-             Case{
+             ParserCase{"tag:work", "[tag:work]"},
+             ParserCase{"TAG:work label:home", "[tag:work] [tag:home]"},
+             ParserCase{"tag: work", "[tag:work]"},
+             ParserCase{"tag:=work -tag:a,b", "[tag:=work] -[tag:a,b]"},
+             ParserCase{
                  R"(in:"Work / Plans" in:trash in:"trash")",
                  "[notebook:'Work / Plans'] [scope:trash] [notebook:'trash']"},
-             Case{
+             ParserCase{
                  "created:2025-01..2025-03 since:>=7d due:..today",
                  "[created:2025-01..2025-03] [edited:>=7d] [due:..today]"},
-             Case{"amount:1,234.50 near:52.5,13.4,10km", "[amount:1,234.50] [near:52.5,13.4,10km]"},
-             Case{"(is:open)", "[is:open]"},
-             Case{"https://example.org/a?b=c at 10:30", "https://example.org/a?b=c at 10:30"},
-             Case{"file:///home file:a.pdf", "file:///home [file:a.pdf]"},
+             ParserCase{
+                 "amount:1,234.50 near:52.5,13.4,10km", "[amount:1,234.50] [near:52.5,13.4,10km]"},
+             ParserCase{"(is:open)", "[is:open]"},
+             ParserCase{"https://example.org/a?b=c at 10:30", "https://example.org/a?b=c at 10:30"},
+             ParserCase{"file:///home file:a.pdf", "file:///home [file:a.pdf]"},
              // While someone types, what is not there yet filters nothing.
-             Case{"tag:", ""},
-             Case{"tag: is:open", "[is:open]"},
-             Case{"tag: OR b", "b"},
-             Case{R"(tag:"" tag:,a)", "[tag:a]"},
+             ParserCase{"tag:", ""},
+             ParserCase{"tag: is:open", "[is:open]"},
+             ParserCase{"tag: OR b", "b"},
+             ParserCase{R"(tag:"" tag:,a)", "[tag:a]"},
          }) {
         EXPECT_EQ(read(query), tree) << query;
     }
@@ -143,14 +144,14 @@ TEST(QueryParser, LeavesOutWhatMakesNoSense) {
         EXPECT_EQ(read(nothing), "") << nothing;
     }
     for (const auto& [query, tree] : {
-             Case{"NEAR(a b)", "NEAR a b"},
-             Case{"a OR", "a"},
-             Case{"OR a", "a"},
-             Case{"a (b", "a b"},
-             Case{"a) b", "a b"},
-             Case{"-? a", "a"},  // the minus goes with what it stood before
-             Case{"-() a", "a"},
-             Case{"^title {x} a:b", "^title {x} a:b"},
+             ParserCase{"NEAR(a b)", "NEAR a b"},
+             ParserCase{"a OR", "a"},
+             ParserCase{"OR a", "a"},
+             ParserCase{"a (b", "a b"},
+             ParserCase{"a) b", "a b"},
+             ParserCase{"-? a", "a"},  // the minus goes with what it stood before
+             ParserCase{"-() a", "a"},
+             ParserCase{"^title {x} a:b", "^title {x} a:b"},
          }) {
         EXPECT_EQ(read(query), tree) << query;
     }
@@ -173,13 +174,13 @@ TEST(QueryParser, SaysWhatItLeftOutOrMisread) {
 TEST(QueryParser, TheWordBeingTypedIsABeginning) {
     const auto typing = QueryScanner::LastWord::mayGoOn;
     for (const auto& [query, tree] : {
-             Case{"red win", "red win*"},
-             Case{"red win ", "red win"},
-             Case{R"("red win)", "'red win'"},
-             Case{"red -win", "red -win*"},
-             Case{"tag:wi", "[tag:wi]"},
-             Case{"title:wi", "[title:wi*]"},
-             Case{"red (win)", "red win"},
+             ParserCase{"red win", "red win*"},
+             ParserCase{"red win ", "red win"},
+             ParserCase{R"("red win)", "'red win'"},
+             ParserCase{"red -win", "red -win*"},
+             ParserCase{"tag:wi", "[tag:wi]"},
+             ParserCase{"title:wi", "[title:wi*]"},
+             ParserCase{"red (win)", "red win"},
          }) {
         EXPECT_EQ(read(query, typing), tree) << query;
     }

@@ -12,24 +12,24 @@ namespace tesserine {
 
 namespace {
 
-using Kind = QueryScanner::Token::Kind;
+using TokenKind = QueryScanner::Token::Kind;
 
 constexpr std::string_view wordEndings = "\"()|";
 constexpr std::string_view cutHint = "A very long text was cut short.";
 
 bool isASCIILetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-QueryScanner::Token symbol(Kind kind) { return {.kind = kind}; }
+QueryScanner::Token symbol(TokenKind kind) { return {.kind = kind}; }
 
 /// Words that are operators, in capitals only: “salt or pepper” is text.
-constexpr std::array<std::pair<std::string_view, Kind>, 4> operators{{
-    {"OR", Kind::either},
-    {"AND", Kind::both},
-    {"&", Kind::both},
-    {"NOT", Kind::negation},
+constexpr std::array<std::pair<std::string_view, TokenKind>, 4> operators{{
+    {"OR", TokenKind::either},
+    {"AND", TokenKind::both},
+    {"&", TokenKind::both},
+    {"NOT", TokenKind::negation},
 }};
 
-std::optional<Kind> operatorOf(std::string_view word) {
+std::optional<TokenKind> operatorOf(std::string_view word) {
     for (const auto& [name, kind] : operators) {
         if (word == name) return kind;
     }
@@ -102,17 +102,17 @@ std::string QueryScanner::kept(std::string_view text) {
 
 QueryScanner::Token QueryScanner::next() {
     skipWhiteSpace();
-    if (isAtEnd()) return symbol(Kind::end);
+    if (isAtEnd()) return symbol(TokenKind::end);
     const char c = peek();
     if (c == '"') return phraseToken();
     if (c == '#') return tagToken();
     if (c == '(' || c == ')' || c == '|') {
         ++position_;
-        return symbol(c == '(' ? Kind::open : c == ')' ? Kind::close : Kind::either);
+        return symbol(c == '(' ? TokenKind::open : c == ')' ? TokenKind::close : TokenKind::either);
     }
     if (c == '-' || c == '!') {
         ++position_;
-        return symbol(isAtEnd() || isAtWhiteSpace() ? Kind::nothing : Kind::negation);
+        return symbol(isAtEnd() || isAtWhiteSpace() ? TokenKind::nothing : TokenKind::negation);
     }
     std::string_view name;
     if (const auto field = fieldHere(name)) return filterToken(*field, name);
@@ -122,10 +122,10 @@ QueryScanner::Token QueryScanner::next() {
 QueryScanner::Token QueryScanner::phraseToken() {
     const std::size_t begin = position_;
     const std::string text = kept(phrase());
-    if (!hasWordCharacter(text)) return symbol(Kind::nothing);
+    if (!hasWordCharacter(text)) return symbol(TokenKind::nothing);
     QueryNode node{.kind = QueryNode::Kind::text, .text = {text, QueryText::Form::phrase}};
     node.typed = text_.substr(begin, position_ - begin);
-    return {Kind::term, std::move(node)};
+    return {TokenKind::term, std::move(node)};
 }
 
 QueryScanner::Token QueryScanner::tagToken() {
@@ -140,25 +140,25 @@ QueryScanner::Token QueryScanner::tagToken() {
             tag.text.pop_back();
         }
     }
-    if (text::isBlank(tag.text)) return symbol(Kind::nothing);
+    if (text::isBlank(tag.text)) return symbol(TokenKind::nothing);
     QueryNode node{
         .kind = QueryNode::Kind::filter,
         .filter = {.field = QueryField::tag, .values = {std::move(tag)}}};
     node.typed = text_.substr(begin, position_ - begin);
-    return {Kind::term, std::move(node)};
+    return {TokenKind::term, std::move(node)};
 }
 
 QueryScanner::Token QueryScanner::wordToken() {
     const std::string_view typed = bare(wordEndings);
     if (const auto found = operatorOf(typed)) return symbol(*found);
     QueryText word = wordOf(typed);
-    if (!hasWordCharacter(word.text)) return symbol(Kind::nothing);
+    if (!hasWordCharacter(word.text)) return symbol(TokenKind::nothing);
     hintAtUnknownField(typed);
     word.text = kept(word.text);
     const bool goesOn = lastWord_ == LastWord::mayGoOn && isAtEnd();
     if (goesOn && word.form == QueryText::Form::word) word.form = QueryText::Form::prefix;
     return {
-        Kind::term,
+        TokenKind::term,
         {.kind = QueryNode::Kind::text, .text = std::move(word), .typed = std::string(typed)}};
 }
 
@@ -181,11 +181,11 @@ QueryScanner::Token QueryScanner::filterToken(QueryField field, std::string_view
     skipWhiteSpace();
     if (!isValueNext()) {
         position_ = colonEnd;
-        return symbol(Kind::nothing);
+        return symbol(TokenKind::nothing);
     }
     QueryFilter filter{.field = field, .comparison = comparison()};
     filter.values = values(field);
-    if (filter.values.empty()) return symbol(Kind::nothing);
+    if (filter.values.empty()) return symbol(TokenKind::nothing);
 
     const QueryValue& first = filter.values.front();
     const bool isScope = text::asciiLowercased(name) == "in" && !first.isQuoted
@@ -193,7 +193,7 @@ QueryScanner::Token QueryScanner::filterToken(QueryField field, std::string_view
     if (isScope) filter.field = QueryField::scope;
     QueryNode node{.kind = QueryNode::Kind::filter, .filter = std::move(filter)};
     node.typed = text_.substr(begin, position_ - begin);
-    return {Kind::term, std::move(node)};
+    return {TokenKind::term, std::move(node)};
 }
 
 /// Whether what follows a field's colon can be its value, and is not the next part of the query.

@@ -11,12 +11,12 @@ namespace {
 
 std::string keys(std::string_view text) { return SearchAnalyzer::keyText({{text}}); }
 
-struct Case {
+struct AnalyzerCase {
     const char* text;
     const char* keys;
 };
 
-void expectKeys(std::initializer_list<Case> cases) {
+void expectKeys(std::initializer_list<AnalyzerCase> cases) {
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(keys(text), expected) << text;
     }

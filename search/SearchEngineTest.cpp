@@ -79,41 +79,41 @@ std::string plain(std::string text) {
     return text;
 }
 
-struct Case {
+struct EngineCase {
     const char* query;
     const char* titles;
 };
 
 TEST_F(SearchEngineTest, AnswersTheWholeLanguage) {
     for (const auto& [query, titles] : {
-             Case{"invoice", "Pay the invoice, Tax return"},
-             Case{"INVO*", "Pay the invoice, Tax return"},
-             Case{"invoice is:note", "Tax return"},
-             Case{"invoice -report", "Pay the invoice"},
-             Case{"\"annual report\"", "Tax return"},
-             Case{"\"report annual\"", ""},
-             Case{"coffee OR rent", "Coffee, Rent"},
-             Case{"tag:money", "Pay the invoice, Tax return"},
-             Case{"tag:=money", ""},
-             Case{"in:work", "Rent"},
-             Case{"type:pdf", "Scans"},
-             Case{"has:attachment", "Scans"},
-             Case{"file:lease", "Scans"},
-             Case{"lease", "Scans"},
-             Case{"invoice in:trash", "Old plan"},
-             Case{"invoice in:anywhere", "Old plan, Pay the invoice, Tax return"},
-             Case{"1234.5", "Rent"},
-             Case{"2025-01-15", "Rent"},
-             Case{"15 january 2025", "Rent"},
-             Case{"1234 5678 9012", "Account"},
-             Case{"123456789012", "Account"},
-             Case{"9,90", "Coffee"},
-             Case{"メモ", "日本語のメモ"},
-             Case{"会議", "日本語のメモ"},
-             Case{"tsy2025", ""},
-             Case{"created:yesterday is:task", "Pay the invoice"},
-             Case{"created:today", ""},
-             Case{"(tag:tax OR coffee) -is:task", "Coffee, Tax return"},
+             EngineCase{"invoice", "Pay the invoice, Tax return"},
+             EngineCase{"INVO*", "Pay the invoice, Tax return"},
+             EngineCase{"invoice is:note", "Tax return"},
+             EngineCase{"invoice -report", "Pay the invoice"},
+             EngineCase{"\"annual report\"", "Tax return"},
+             EngineCase{"\"report annual\"", ""},
+             EngineCase{"coffee OR rent", "Coffee, Rent"},
+             EngineCase{"tag:money", "Pay the invoice, Tax return"},
+             EngineCase{"tag:=money", ""},
+             EngineCase{"in:work", "Rent"},
+             EngineCase{"type:pdf", "Scans"},
+             EngineCase{"has:attachment", "Scans"},
+             EngineCase{"file:lease", "Scans"},
+             EngineCase{"lease", "Scans"},
+             EngineCase{"invoice in:trash", "Old plan"},
+             EngineCase{"invoice in:anywhere", "Old plan, Pay the invoice, Tax return"},
+             EngineCase{"1234.5", "Rent"},
+             EngineCase{"2025-01-15", "Rent"},
+             EngineCase{"15 january 2025", "Rent"},
+             EngineCase{"1234 5678 9012", "Account"},
+             EngineCase{"123456789012", "Account"},
+             EngineCase{"9,90", "Coffee"},
+             EngineCase{"メモ", "日本語のメモ"},
+             EngineCase{"会議", "日本語のメモ"},
+             EngineCase{"tsy2025", ""},
+             EngineCase{"created:yesterday is:task", "Pay the invoice"},
+             EngineCase{"created:today", ""},
+             EngineCase{"(tag:tax OR coffee) -is:task", "Coffee, Tax return"},
          }) {
         SearchResponse response =
             engine_.search({.text = query, .effort = SearchEngine::Effort::asTyped});

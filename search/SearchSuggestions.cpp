@@ -32,7 +32,7 @@ struct SearchSuggestions::Typing {
 
 namespace {
 
-using Kind = SearchSuggestion::Kind;
+using SuggestionKind = SearchSuggestion::Kind;
 
 /// Bytes; nobody waits for help with a longer text.
 constexpr std::size_t longestTyped = 10'000;
@@ -83,7 +83,8 @@ std::vector<SearchSuggestion> counted(const std::vector<std::vector<std::string>
     std::vector<SearchSuggestion> all;
     all.reserve(ordered.size());
     for (const auto& [name, count] : ordered) {
-        all.push_back({.kind = Kind::value, .title = name, .detail = std::to_string(count)});
+        all.push_back(
+            {.kind = SuggestionKind::value, .title = name, .detail = std::to_string(count)});
     }
     return all;
 }
@@ -91,7 +92,7 @@ std::vector<SearchSuggestion> counted(const std::vector<std::vector<std::string>
 std::vector<SearchSuggestion> fixedValues(std::span<const std::string_view> values) {
     std::vector<SearchSuggestion> all;
     for (const std::string_view value : values) {
-        all.push_back({.kind = Kind::value, .title = std::string(value)});
+        all.push_back({.kind = SuggestionKind::value, .title = std::string(value)});
     }
     return all;
 }
@@ -100,10 +101,10 @@ std::vector<SearchSuggestion> fixedValues(std::span<const std::string_view> valu
 
 std::string_view nameOf(SearchSuggestion::Kind kind) {
     switch (kind) {
-    case Kind::operatorName: return "operator";
-    case Kind::value: return "value";
-    case Kind::word: return "word";
-    case Kind::recent: return "recent";
+    case SuggestionKind::operatorName: return "operator";
+    case SuggestionKind::value: return "value";
+    case SuggestionKind::word: return "word";
+    case SuggestionKind::recent: return "recent";
     }
     return "";
 }
@@ -133,7 +134,7 @@ void SearchSuggestions::addOperators(Typing& typing) const {
         const std::string name = std::string(info.name) + ":";
         if (!name.starts_with(lower) || name == lower) continue;
         typing.add(
-            {.kind = Kind::operatorName,
+            {.kind = SuggestionKind::operatorName,
              .title = name,
              .replacement = typing.before + typing.sign + name,
              .detail = std::string(info.help)});
@@ -169,7 +170,7 @@ void SearchSuggestions::addRecent(Typing& typing, std::span<const std::string> r
     const std::string whole = indexFold(typing.before + typing.sign + typing.word);
     for (const std::string& query : recent) {
         if (!beginsWith(query, whole) || indexFold(query) == whole) continue;
-        typing.add({.kind = Kind::recent, .title = query, .replacement = query});
+        typing.add({.kind = SuggestionKind::recent, .title = query, .replacement = query});
     }
 }
 
@@ -181,14 +182,14 @@ void SearchSuggestions::addWords(Typing& typing) const {
         if (term == folded || words == mostWords) continue;
         ++words;
         typing.add(
-            {.kind = Kind::word,
+            {.kind = SuggestionKind::word,
              .title = term,
              .replacement = typing.before + typing.sign + term + " "});
     }
     for (const std::string& title :
          index_.titlesLike(filter::likeLiteral(folded) + "%", mostTitles)) {
         typing.add(
-            {.kind = Kind::word,
+            {.kind = SuggestionKind::word,
              .title = title,
              .replacement = typing.before + typing.sign + quotedIfNeeded(title) + " ",
              .detail = "title"});
@@ -218,7 +219,9 @@ std::vector<SearchSuggestion> SearchSuggestions::valuesOf(QueryField field) cons
         std::vector<SearchSuggestion> all;
         for (const auto& [notebook, documents] : index_.notebookCounts()) {
             all.push_back(
-                {.kind = Kind::value, .title = notebook, .detail = std::to_string(documents)});
+                {.kind = SuggestionKind::value,
+                 .title = notebook,
+                 .detail = std::to_string(documents)});
         }
         return all;
     }
@@ -228,7 +231,7 @@ std::vector<SearchSuggestion> SearchSuggestions::valuesOf(QueryField field) cons
     case QueryField::edited: {
         std::vector<SearchSuggestion> all;
         for (const std::string& year : index_.years()) {
-            all.push_back({.kind = Kind::value, .title = year});
+            all.push_back({.kind = SuggestionKind::value, .title = year});
         }
         return all;
     }

@@ -23,14 +23,6 @@ void forEachPart(std::string_view text, char separator, Take take) {
     }
 }
 
-std::string joined(const std::vector<std::string>& members) {
-    std::string line;
-    for (const std::string& member : members) {
-        line += (line.empty() ? "" : ", ") + member;
-    }
-    return line;
-}
-
 /// `{"groups": [["invoice", "bill"]]}`, or a text that holds it. Throws for anything else.
 SearchSynonyms decoded(const std::string& written) {
     boost::json::value value = json::parse(written);
@@ -78,7 +70,7 @@ SearchSynonyms SearchSynonyms::fromLines(std::string_view lines) {
 std::string SearchSynonyms::lines() const {
     std::string all;
     for (const auto& group : groups) {
-        all += joined(group) + "\n";
+        all += text::joined(group, ", ") + "\n";
     }
     return all;
 }

@@ -14,7 +14,7 @@ namespace tesserine {
 
 namespace {
 
-using Kind = LibraryCondition::Kind;
+using ConditionKind = LibraryCondition::Kind;
 
 /// How a locked passage begins in a stored body; text never holds it, since "<" is escaped there.
 constexpr std::string_view lockedPassage = "<div class=\"ts-encrypted\"";
@@ -58,16 +58,16 @@ std::vector<std::string> StoreQueryLibrary::documents(const LibraryCondition& co
         append<CDTask>(uids, context_, predicate);
     };
     switch (condition.kind) {
-    case Kind::hasReminder:
+    case ConditionKind::hasReminder:
         notes({"reminderAt != nil"});
         tasks({"reminderAt != nil"});
         break;
-    case Kind::isTemplate: notes({"isTemplate == YES"}); break;
-    case Kind::isLocked: notes({"html CONTAINS[cd] %@", lockedPassage}); break;
-    case Kind::hasConflict: notes({"hasConflict == YES"}); break;
-    case Kind::isOpen: tasks({"completedAt == nil"}); break;
-    case Kind::isDone: tasks({"completedAt != nil"}); break;
-    case Kind::isOverdue: {
+    case ConditionKind::isTemplate: notes({"isTemplate == YES"}); break;
+    case ConditionKind::isLocked: notes({"html CONTAINS[cd] %@", lockedPassage}); break;
+    case ConditionKind::hasConflict: notes({"hasConflict == YES"}); break;
+    case ConditionKind::isOpen: tasks({"completedAt == nil"}); break;
+    case ConditionKind::isDone: tasks({"completedAt != nil"}); break;
+    case ConditionKind::isOverdue: {
         // A task without a time has the whole of its day.
         const Instant now = clock_.now();
         tasks(
@@ -77,9 +77,9 @@ std::vector<std::string> StoreQueryLibrary::documents(const LibraryCondition& co
              now});
         break;
     }
-    case Kind::isDue: tasks(dueWithin(condition.due)); break;
-    case Kind::isNeverDue: tasks({"dueDate == nil"}); break;
-    case Kind::hasPriority:
+    case ConditionKind::isDue: tasks(dueWithin(condition.due)); break;
+    case ConditionKind::isNeverDue: tasks({"dueDate == nil"}); break;
+    case ConditionKind::hasPriority:
         tasks({"priority >= %@ AND priority <= %@", condition.mostUrgent, condition.leastUrgent});
         break;
     }

@@ -38,7 +38,7 @@ std::size_t depthOf(StoreContext& context, EntityKind entity, const Uuid& id) {
     }
 }
 
-std::string textMember(const JSONValue& object, std::string_view key) {
+std::string textOrEmpty(const JSONValue& object, std::string_view key) {
     const JSONValue* const member = object.member(key);
     return member == nullptr || member->string() == nullptr ? "" : *member->string();
 }
@@ -88,11 +88,11 @@ PushRefusals::PushRefusals(const std::string& text) {
         const auto record = Uuid::parse(name);
         if (!record) continue;
         add(*record,
-            {.reason = textMember(refusal, "reason"),
-             .message = textMember(refusal, "message"),
+            {.reason = textOrEmpty(refusal, "reason"),
+             .message = textOrEmpty(refusal, "message"),
              .limit = numberMember(refusal, "limit"),
              .measured = numberMember(refusal, "measured"),
-             .digest = textMember(refusal, "digest")});
+             .digest = textOrEmpty(refusal, "digest")});
     }
 }
 

@@ -35,8 +35,6 @@ void offerFile(CDSyncState& state, SyncLedger& ledger) {
     ledger.setReclaimable(digests);
 }
 
-constexpr int storageIsFull = 507;
-
 /// Whether the service will not take this file, while it may take anything else.
 bool isFinalForAFile(const SyncError& error) {
     const bool isAnswer = error.kind() == SyncError::Kind::server;

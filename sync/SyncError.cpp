@@ -5,8 +5,6 @@
 namespace tesserine {
 namespace {
 
-constexpr int storageIsFull = 507;
-
 std::string sentenceOf(const ServerProblem& problem) {
     const bool saysNothing = problem.message.starts_with("The server returned an error");
     if (problem.status == storageIsFull && saysNothing) {

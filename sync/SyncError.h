@@ -11,6 +11,8 @@ namespace tesserine {
 
 using Seconds = std::chrono::duration<double>;
 
+constexpr int storageIsFull = 507;  ///< a status
+
 /// What a reply with an error status says.
 struct ServerProblem {
     int status = 0;

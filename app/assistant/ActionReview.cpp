@@ -7,6 +7,7 @@
 #include "app/assistant/DataNotice.h"
 #include "app/look/Notice.h"
 #include "app/look/PageParts.h"
+#include "app/look/QtText.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/DateWords.h"
 #include "base/Text.h"
@@ -26,8 +27,6 @@
 
 namespace tesserine::app {
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 constexpr const char* goneSentence = "This note is gone.";
 constexpr const char* moreThanTextSentence =

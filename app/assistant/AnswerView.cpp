@@ -1,5 +1,6 @@
 #include "app/assistant/AnswerView.h"
 
+#include "app/look/QtText.h"
 #include "app/look/Theme.h"
 #include "app/state/DateWords.h"
 
@@ -15,10 +16,6 @@ namespace tesserine::app {
 namespace {
 
 constexpr const char* sourceScheme = "source";
-
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 QTextCharFormat formatOf(TextRole role, const QColor& color) {
     QTextCharFormat format;

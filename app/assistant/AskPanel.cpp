@@ -9,6 +9,7 @@
 #include "app/look/EmptyState.h"
 #include "app/look/IconButton.h"
 #include "app/look/PageParts.h"
+#include "app/look/QtText.h"
 #include "app/look/Separator.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/DateWords.h"
@@ -33,8 +34,6 @@ constexpr int linesOfQuestion = 3;
 constexpr const char* hint =
     "Answers come from your notes, with the places they are from. Return asks; Shift+Return "
     "begins a new line.";
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 /// "12 passages, 8,431 characters of your notes, were sent to api.x.ai · grok-4.6"
 QString figuresOf(const AskResult& result, const std::string& destination) {

@@ -7,6 +7,7 @@
 #include "app/assistant/WhatIsSent.h"
 #include "app/look/Notice.h"
 #include "app/look/PageParts.h"
+#include "app/look/QtText.h"
 #include "app/state/AppEnvironment.h"
 #include "base/Product.h"
 #include "core/services/Tree.h"
@@ -29,10 +30,6 @@ using Backend = AISettings::Backend;
 constexpr Backend backends[] = {Backend::relay, Backend::ownKey};
 constexpr int fieldWidth = 190;
 constexpr const char* unreachable = "The desktop's keyring cannot be reached.";
-
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 std::string key(std::string_view preference) { return std::string(preference); }
 

@@ -2,6 +2,7 @@
 
 #include "app/assistant/UpdateWork.h"
 #include "app/look/PageParts.h"
+#include "app/look/QtText.h"
 #include "updates/ReleaseNotes.h"
 
 #include <QDesktopServices>
@@ -23,8 +24,6 @@ using State = UpdateWork::State;
 
 constexpr int thousandths = 1'000;
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-
 /// One block of the notes.
 QWidget* makeBlock(const ReleaseNotes::Block& block, QWidget* parent) {
     QLabel* const text = makeText(shownText(block.text), TextRole::body, parent);
@@ -38,7 +37,7 @@ QWidget* makeBlock(const ReleaseNotes::Block& block, QWidget* parent) {
     return row;
 }
 
-QPushButton* makeButton(const QString& title, const char* name, QWidget* parent) {
+QPushButton* makeDialogButton(const QString& title, const char* name, QWidget* parent) {
     auto* const button = new QPushButton(title, parent);
     button->setObjectName(name);
     button->setAutoDefault(false);
@@ -97,10 +96,10 @@ QWidget* UpdateDialog::makeNotes() {
 
 QWidget* UpdateDialog::makeButtons() {
     auto* const buttons = new QWidget(this);
-    auto* const page = makeButton("Open Web Page", "webPage", buttons);
-    skip_ = makeButton("Skip This Version", "skipVersion", buttons);
-    later_ = makeButton("Later", "later", buttons);
-    cancel_ = makeButton("Cancel", "cancelDownload", buttons);
+    auto* const page = makeDialogButton("Open Web Page", "webPage", buttons);
+    skip_ = makeDialogButton("Skip This Version", "skipVersion", buttons);
+    later_ = makeDialogButton("Later", "later", buttons);
+    cancel_ = makeDialogButton("Cancel", "cancelDownload", buttons);
     main_ = makeMainButton("Download", buttons);
     main_->setObjectName("download");
     auto* const row = new QHBoxLayout(buttons);

@@ -1,6 +1,7 @@
 #include "app/assistant/UpdateWork.h"
 
 #include "app/look/PageParts.h"
+#include "app/look/QtText.h"
 #include "app/state/AppEnvironment.h"
 #include "base/Product.h"
 #include "base/UserError.h"
@@ -17,10 +18,6 @@
 
 namespace tesserine::app {
 namespace {
-
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 constexpr const char* nowhere =
     "This build of Tesserine has no service of its own, so there is nowhere to look for updates.";

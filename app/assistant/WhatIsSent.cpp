@@ -3,6 +3,7 @@
 #include "app/assistant/Assistant.h"
 #include "app/look/Notice.h"
 #include "app/look/PageParts.h"
+#include "app/look/QtText.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/DateWords.h"
 #include "base/Files.h"
@@ -23,9 +24,7 @@ namespace {
 
 enum Column { sentColumn, destinationColumn, purposeColumn, sizeColumn, titlesColumn, columnCount };
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-
-QString joined(const std::vector<std::string>& titles) {
+QString joinedTitles(const std::vector<std::string>& titles) {
     QStringList all;
     for (const std::string& title : titles) {
         all << qt(title);
@@ -133,7 +132,7 @@ void WhatIsSent::fillRecord() {
         put(purposeColumn, qt(sent.purpose));
         put(sizeColumn, QString::number(sent.characterCount));
         record_->item(row, sizeColumn)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        put(titlesColumn, joined(sent.titles));
+        put(titlesColumn, joinedTitles(sent.titles));
     }
     record_->resizeColumnsToContents();
     for (int column = 0; column < titlesColumn; ++column) {

@@ -4,6 +4,7 @@
 #include "app/commands/KeyCaps.h"
 #include "app/commands/KeyDialog.h"
 #include "app/look/PageParts.h"
+#include "app/look/QtText.h"
 #include "app/look/Theme.h"
 
 #include <QAbstractButton>
@@ -19,10 +20,6 @@
 
 namespace tesserine::app {
 namespace {
-
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 /// A row that can be pressed: what a command is called, and its keys at the end.
 class CommandRow final : public QAbstractButton {

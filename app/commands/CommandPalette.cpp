@@ -1,6 +1,7 @@
 #include "app/commands/CommandPalette.h"
 
 #include "app/commands/FuzzyMatch.h"
+#include "app/look/QtText.h"
 
 #include <QTimer>
 
@@ -17,10 +18,6 @@ struct Candidate {
     QString title;
     FuzzyMatch match;
 };
-
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 /// By its title; after all such, by its menu and what else people call it: "go inbox" names "Inbox"
 /// of the menu "Go", and "delete note" the trash.

@@ -2,6 +2,7 @@
 
 #include "app/commands/KeysError.h"
 #include "app/look/Icon.h"
+#include "app/look/QtText.h"
 #include "base/Preferences.h"
 
 #include <QMenu>
@@ -14,10 +15,6 @@
 
 namespace tesserine::app {
 namespace {
-
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 std::string preferenceOf(std::string_view id) { return "tesserine.keys." + std::string(id); }
 

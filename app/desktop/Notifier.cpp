@@ -10,13 +10,14 @@
 namespace tesserine::app {
 namespace {
 
-constexpr const char* service = "org.freedesktop.Notifications";
-constexpr const char* path = "/org/freedesktop/Notifications";
-constexpr const char* interface = "org.freedesktop.Notifications";
+constexpr const char* notificationsService = "org.freedesktop.Notifications";
+constexpr const char* notificationsPath = "/org/freedesktop/Notifications";
+constexpr const char* notificationsInterface = "org.freedesktop.Notifications";
 constexpr int asTheDesktopLikes = -1;  // how long it is shown
 
 QDBusMessage call(const char* method) {
-    return QDBusMessage::createMethodCall(service, path, interface, method);
+    return QDBusMessage::createMethodCall(
+        notificationsService, notificationsPath, notificationsInterface, method);
 }
 
 QStringList actionsOf(const Notification& notification) {
@@ -31,8 +32,20 @@ QStringList actionsOf(const Notification& notification) {
 
 Notifier::Notifier(QDBusConnection bus, QObject* parent) : QObject(parent), bus_(std::move(bus)) {
     if (!bus_.isConnected()) return;
-    bus_.connect(service, path, interface, "ActionInvoked", this, SLOT(onAction(uint, QString)));
-    bus_.connect(service, path, interface, "NotificationClosed", this, SLOT(onClosed(uint)));
+    bus_.connect(
+        notificationsService,
+        notificationsPath,
+        notificationsInterface,
+        "ActionInvoked",
+        this,
+        SLOT(onAction(uint, QString)));
+    bus_.connect(
+        notificationsService,
+        notificationsPath,
+        notificationsInterface,
+        "NotificationClosed",
+        this,
+        SLOT(onClosed(uint)));
 }
 
 void Notifier::show(const Notification& notification) {

@@ -12,11 +12,11 @@
 namespace tesserine::app {
 namespace {
 
-using BodyEdit = test::EditorFixture;
+using BodyEditTest = test::EditorFixture;
 
 std::string list(const std::string& items) { return "<ul>" + items + "</ul>"; }
 
-TEST_F(BodyEdit, TypingShapesParagraphs) {
+TEST_F(BodyEditTest, TypingShapesParagraphs) {
     struct Case {
         const char* body;
         const char* keys;
@@ -71,7 +71,7 @@ TEST_F(BodyEdit, TypingShapesParagraphs) {
     }
 }
 
-TEST_F(BodyEdit, EveryCommandIsOneStepToUndo) {
+TEST_F(BodyEditTest, EveryCommandIsOneStepToUndo) {
     const std::string body =
         "<p>|one</p><ul class=\"ts-checklist\"><li data-checked=\"false\">two</li></ul><p>three|</p>";
     struct Case {
@@ -104,7 +104,7 @@ TEST_F(BodyEdit, EveryCommandIsOneStepToUndo) {
     }
 }
 
-TEST_F(BodyEdit, UndoingLeavesTheCursorWhereTheChangeWas) {
+TEST_F(BodyEditTest, UndoingLeavesTheCursorWhereTheChangeWas) {
     for (const char* command :
          {"format.bold", "format.lineUp", "format.heading2", "format.bullets", "format.clear"}) {
         SCOPED_TRACE(command);
@@ -115,7 +115,7 @@ TEST_F(BodyEdit, UndoingLeavesTheCursorWhereTheChangeWas) {
     }
 }
 
-TEST_F(BodyEdit, ColoursScriptsAndAlignmentAreChosenAndTakenAway) {
+TEST_F(BodyEditTest, ColoursScriptsAndAlignmentAreChosenAndTakenAway) {
     const auto inColor = [](const char* element, const char* style, const std::string& words) {
         return "<p><" + std::string(element) + " style=\"" + style + "\">" + words + "</" + element
                + "></p>";
@@ -175,7 +175,7 @@ TEST_F(BodyEdit, ColoursScriptsAndAlignmentAreChosenAndTakenAway) {
     }
 }
 
-TEST_F(BodyEdit, AnotherThemeLeavesWhatCanBeUndone) {
+TEST_F(BodyEditTest, AnotherThemeLeavesWhatCanBeUndone) {
     Theme theme(*qobject_cast<QApplication*>(QCoreApplication::instance()));
     theme.setScheme(Theme::Scheme::light);
     settle();  // another test may have left other colours behind
@@ -206,7 +206,7 @@ TEST_F(BodyEdit, AnotherThemeLeavesWhatCanBeUndone) {
              .html);
 }
 
-TEST_F(BodyEdit, TheColumnIsAsWideWithABarThatScrollsAsWithout) {
+TEST_F(BodyEditTest, TheColumnIsAsWideWithABarThatScrollsAsWithout) {
     openNote("<p>short|</p>");
     const int width = editor.body().lineWrapColumnOrWidth();
     std::string longBody;
@@ -221,7 +221,7 @@ TEST_F(BodyEdit, TheColumnIsAsWideWithABarThatScrollsAsWithout) {
     EXPECT_EQ(editor.body().lineWrapColumnOrWidth(), width);
 }
 
-TEST_F(BodyEdit, LinesMoveWithWhatTheyAre) {
+TEST_F(BodyEditTest, LinesMoveWithWhatTheyAre) {
     openNote("<h1>a</h1><p></p><ul><li>b|</li><li>c</li></ul>");
     press(Qt::Key_Up, Qt::AltModifier);
     EXPECT_EQ(html(), "<h1>a</h1><ul><li>b</li></ul><p></p><ul><li>c</li></ul>");
@@ -240,7 +240,7 @@ TEST_F(BodyEdit, LinesMoveWithWhatTheyAre) {
     EXPECT_EQ(html(), "<h1>a</h1><p></p><ul><li>b</li><li>c</li></ul>");
 }
 
-TEST_F(BodyEdit, KeysActOnAllThatIsSelected) {
+TEST_F(BodyEditTest, KeysActOnAllThatIsSelected) {
     struct Case {
         const char* body;
         Qt::Key key;
@@ -303,7 +303,7 @@ TEST_F(BodyEdit, KeysActOnAllThatIsSelected) {
     }
 }
 
-TEST_F(BodyEdit, ATableThatIsSelectedGoesByDeleteAndNotByWords) {
+TEST_F(BodyEditTest, ATableThatIsSelectedGoesByDeleteAndNotByWords) {
     const std::string table = "<table><tr><td>92.00</td></tr></table>";
     struct Case {
         std::string body;
@@ -325,7 +325,7 @@ TEST_F(BodyEdit, ATableThatIsSelectedGoesByDeleteAndNotByWords) {
     }
 }
 
-TEST_F(BodyEdit, AParagraphThatIsTypedOverStaysOne) {
+TEST_F(BodyEditTest, AParagraphThatIsTypedOverStaysOne) {
     struct Case {
         const char* body;
         const char* result;
@@ -346,7 +346,7 @@ TEST_F(BodyEdit, AParagraphThatIsTypedOverStaysOne) {
     }
 }
 
-TEST_F(BodyEdit, AClickOnTheBoxTicksAnItem) {
+TEST_F(BodyEditTest, AClickOnTheBoxTicksAnItem) {
     openNote("<p>a</p><ul class=\"ts-checklist\"><li data-checked=\"false\">x</li>"
              "<li data-checked=\"false\">y</li></ul>");
     settle();

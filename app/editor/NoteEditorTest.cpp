@@ -15,9 +15,9 @@
 namespace tesserine::app {
 namespace {
 
-using NoteEditor = test::EditorFixture;
+using NoteEditorTest = test::EditorFixture;
 
-TEST_F(NoteEditor, SavesASecondAfterTheFirstChange) {
+TEST_F(NoteEditorTest, SavesASecondAfterTheFirstChange) {
     CDNote& note = openNote("<p>one|</p>");
     type(" two");
     EXPECT_EQ(*note.html, "<p>one</p>");
@@ -26,7 +26,7 @@ TEST_F(NoteEditor, SavesASecondAfterTheFirstChange) {
     EXPECT_FALSE(context().hasChanges());
 }
 
-TEST_F(NoteEditor, WritesNothingWhereNothingWasChanged) {
+TEST_F(NoteEditorTest, WritesNothingWhereNothingWasChanged) {
     CDNote& note = openNote("<div><p>one</p></div><table><tr><td>x</td></tr></table>");
     editor.body().setTextCursor(QTextCursor(&document()));
     CDNote& other = addNote("Other");
@@ -37,7 +37,7 @@ TEST_F(NoteEditor, WritesNothingWhereNothingWasChanged) {
     EXPECT_EQ(*note.updatedAt, *note.createdAt);
 }
 
-TEST_F(NoteEditor, SaysSavedWhenAChangeWasTakenBack) {
+TEST_F(NoteEditorTest, SaysSavedWhenAChangeWasTakenBack) {
     openNote("<p>one|</p>");
     type("x");
     document().undo();
@@ -46,7 +46,7 @@ TEST_F(NoteEditor, SaysSavedWhenAChangeWasTakenBack) {
     EXPECT_TRUE(waitUntil([&] { return state->text() == "Saved"; }));
 }
 
-TEST_F(NoteEditor, TabKeepsTheKeysInTheNote) {
+TEST_F(NoteEditorTest, TabKeepsTheKeysInTheNote) {
     openNote("<p>one|</p>");
     type("\ttwo");
     EXPECT_EQ(html(), "<p>one &nbsp; &nbsp;two</p>");
@@ -61,7 +61,7 @@ TEST_F(NoteEditor, TabKeepsTheKeysInTheNote) {
     EXPECT_TRUE(editor.title().hasFocus());
 }
 
-TEST_F(NoteEditor, SavesBeforeTheNoteIsLeft) {
+TEST_F(NoteEditorTest, SavesBeforeTheNoteIsLeft) {
     CDNote& note = openNote("<p>|</p>");
     type("kept");
     CDNote& other = addNote("Other");
@@ -70,7 +70,7 @@ TEST_F(NoteEditor, SavesBeforeTheNoteIsLeft) {
     EXPECT_EQ(editor.title().text(), "Other");
 }
 
-TEST_F(NoteEditor, UndoesWhatWasDoneBeforeTheNoteWasLeft) {
+TEST_F(NoteEditorTest, UndoesWhatWasDoneBeforeTheNoteWasLeft) {
     CDNote& other = addNote("Other");
     CDNote& note = openNote("<p>one</p><p>three|</p>");
     type("\nlong");
@@ -102,7 +102,7 @@ TEST_F(NoteEditor, UndoesWhatWasDoneBeforeTheNoteWasLeft) {
     EXPECT_FALSE(document().isUndoAvailable()) << "it is not ours any more";
 }
 
-TEST_F(NoteEditor, WhatWasUndoneStaysUndoneWhenOneComesBack) {
+TEST_F(NoteEditorTest, WhatWasUndoneStaysUndoneWhenOneComesBack) {
     CDNote& other = addNote("Other");
     CDNote& note = openNote("");
     const auto leaveAndComeBack = [&] {
@@ -135,7 +135,7 @@ TEST_F(NoteEditor, WhatWasUndoneStaysUndoneWhenOneComesBack) {
     EXPECT_EQ(html(), "<p>First beta</p>");
 }
 
-TEST_F(NoteEditor, ShowsWhatOthersWroteWhileNothingIsTyped) {
+TEST_F(NoteEditorTest, ShowsWhatOthersWroteWhileNothingIsTyped) {
     CDNote& note = openNote("<p>one|</p>");
     const Uuid id = *note.id;
     environment->startWork();
@@ -154,7 +154,7 @@ TEST_F(NoteEditor, ShowsWhatOthersWroteWhileNothingIsTyped) {
     EXPECT_EQ(editor.notice().text(), "");
 }
 
-TEST_F(NoteEditor, WhoWritesGoesOnAtTheSameWordsWhenOthersChangeTheNote) {
+TEST_F(NoteEditorTest, WhoWritesGoesOnAtTheSameWordsWhenOthersChangeTheNote) {
     struct Case {
         const char* before;
         const char* theirs;
@@ -181,7 +181,7 @@ TEST_F(NoteEditor, WhoWritesGoesOnAtTheSameWordsWhenOthersChangeTheNote) {
     }
 }
 
-TEST_F(NoteEditor, OneComesBackToThePlaceWhereOneWas) {
+TEST_F(NoteEditorTest, OneComesBackToThePlaceWhereOneWas) {
     for (const int paragraphs : {100, 3000}) {
         SCOPED_TRACE(paragraphs);
         std::string text;
@@ -208,7 +208,7 @@ TEST_F(NoteEditor, OneComesBackToThePlaceWhereOneWas) {
     }
 }
 
-TEST_F(NoteEditor, ShowsABodyThatOthersWriteWhileATitleIsTypedAndTheOtherWayRound) {
+TEST_F(NoteEditorTest, ShowsABodyThatOthersWriteWhileATitleIsTypedAndTheOtherWayRound) {
     CDNote& note = openNote("<p>one|</p>");
     editor.title().setFocus();
     editor.title().selectAll();
@@ -230,7 +230,7 @@ TEST_F(NoteEditor, ShowsABodyThatOthersWriteWhileATitleIsTypedAndTheOtherWayRoun
     EXPECT_FALSE(note.hasConflict);
 }
 
-TEST_F(NoteEditor, WhoWritesATitleGoesOnThereWhenOthersChangeTheNote) {
+TEST_F(NoteEditorTest, WhoWritesATitleGoesOnThereWhenOthersChangeTheNote) {
     CDNote& note = openNote("<p>one</p>");
     editor.title().setFocus();
     editor.title().selectAll();
@@ -241,7 +241,7 @@ TEST_F(NoteEditor, WhoWritesATitleGoesOnThereWhenOthersChangeTheNote) {
     EXPECT_EQ(editor.title().text(), "Meeting");
 }
 
-TEST_F(NoteEditor, KeysGoBackToTheWordsFromWhatIsHidden) {
+TEST_F(NoteEditorTest, KeysGoBackToTheWordsFromWhatIsHidden) {
     openNote("<p>one|</p>");
     editor.notice().tell("A line", {{"Do it", [] {}}});
     auto* const button = editor.notice().findChild<QPushButton*>();
@@ -256,14 +256,14 @@ TEST_F(NoteEditor, KeysGoBackToTheWordsFromWhatIsHidden) {
     EXPECT_TRUE(editor.body().hasFocus()) << "from the panel beside it";
 }
 
-TEST_F(NoteEditor, ShowsTheStylesUnderTheCursorOfTheNoteThatIsOpen) {
+TEST_F(NoteEditorTest, ShowsTheStylesUnderTheCursorOfTheNoteThatIsOpen) {
     openNote("<p><strong>bo|ld</strong></p>");
     EXPECT_TRUE(commands.action("format.bold").isChecked());
     openNote("<p>plain</p>");
     EXPECT_FALSE(commands.action("format.bold").isChecked());
 }
 
-TEST_F(NoteEditor, ChangesNoNoteInTheTrash) {
+TEST_F(NoteEditorTest, ChangesNoNoteInTheTrash) {
     CDNote& note = openNote("<p>|one|</p>");
     const QTextCursor chosen = editor.body().textCursor();
     environment->notes().moveToTrash(note);
@@ -295,7 +295,7 @@ TEST_F(NoteEditor, ChangesNoNoteInTheTrash) {
     EXPECT_TRUE(commands.action("format.bold").isEnabled());
 }
 
-TEST_F(NoteEditor, KeepsBothVersionsWhenOthersWriteWhileTyping) {
+TEST_F(NoteEditorTest, KeepsBothVersionsWhenOthersWriteWhileTyping) {
     CDNote& note = openNote("<p>one|</p>");
     const Uuid id = *note.id;
     type(" mine");
@@ -322,7 +322,7 @@ TEST_F(NoteEditor, KeepsBothVersionsWhenOthersWriteWhileTyping) {
     EXPECT_TRUE(isKept);
 }
 
-TEST_F(NoteEditor, KeepsWhatIsTypedIntoANoteThatIsDeletedElsewhere) {
+TEST_F(NoteEditorTest, KeepsWhatIsTypedIntoANoteThatIsDeletedElsewhere) {
     const Uuid id = *openNote("<p>one|</p>").id;
     type(" mine");
     const auto other = environment->store().newBackgroundContext();
@@ -335,7 +335,7 @@ TEST_F(NoteEditor, KeepsWhatIsTypedIntoANoteThatIsDeletedElsewhere) {
     EXPECT_EQ(notes.front()->html, "<p>one mine</p>");
 }
 
-TEST_F(NoteEditor, APressOnATagOffersItsNotesAndToTakeItOff) {
+TEST_F(NoteEditorTest, APressOnATagOffersItsNotesAndToTakeItOff) {
     CDNote& note = openNote("<p>one|</p>");
     CDTag& tag = *environment->tags().findOrCreate(context(), "R&D");
     environment->notes().addTag(note, tag);
@@ -360,7 +360,7 @@ TEST_F(NoteEditor, APressOnATagOffersItsNotesAndToTakeItOff) {
     EXPECT_TRUE(note.tags.all().empty());
 }
 
-TEST_F(NoteEditor, ATagThatIsRenamedIsShownWithItsNewName) {
+TEST_F(NoteEditorTest, ATagThatIsRenamedIsShownWithItsNewName) {
     CDNote& note = openNote("<p>one|</p>");
     CDTag& tag = *environment->tags().findOrCreate(context(), "baking");
     environment->notes().addTag(note, tag);
@@ -372,7 +372,7 @@ TEST_F(NoteEditor, ATagThatIsRenamedIsShownWithItsNewName) {
     EXPECT_EQ(row->findChild<QToolButton*>()->text(), "cakes");
 }
 
-TEST_F(NoteEditor, TabLeadsFromTheTitleIntoTheBodyAndBackToTheTags) {
+TEST_F(NoteEditorTest, TabLeadsFromTheTitleIntoTheBodyAndBackToTheTags) {
     openNote("<p>one|</p>");
     editor.title().setFocus();
     QTest::keyClick(editor.focusWidget(), Qt::Key_Tab);
@@ -382,7 +382,7 @@ TEST_F(NoteEditor, TabLeadsFromTheTitleIntoTheBodyAndBackToTheTags) {
     EXPECT_EQ(editor.focusWidget()->objectName(), "tagName");
 }
 
-TEST_F(NoteEditor, AHintStandsOnlyWhereOneMayBeginToWrite) {
+TEST_F(NoteEditorTest, AHintStandsOnlyWhereOneMayBeginToWrite) {
     openNote("<p>|</p>");
     EXPECT_NE(editor.body().placeholderText(), "");
     type("- ");
@@ -398,14 +398,14 @@ TEST_F(NoteEditor, AHintStandsOnlyWhereOneMayBeginToWrite) {
     EXPECT_EQ(editor.body().placeholderText(), "") << "it is only read";
 }
 
-TEST_F(NoteEditor, APressAnywhereBesideTheTagsBeginsOne) {
+TEST_F(NoteEditorTest, APressAnywhereBesideTheTagsBeginsOne) {
     openNote("<p>one|</p>");
     auto* const row = editor.findChild<QWidget*>("tagsField");
     QTest::mouseClick(row, Qt::LeftButton, {}, {row->width() - 5, row->height() / 2});
     EXPECT_EQ(editor.focusWidget(), row->findChild<QLineEdit*>("tagName"));
 }
 
-TEST_F(NoteEditor, ATagBegunForOneNoteIsPutOnItWhenTheFieldIsLeft) {
+TEST_F(NoteEditorTest, ATagBegunForOneNoteIsPutOnItWhenTheFieldIsLeft) {
     const CDNote& note = openNote("<p>one|</p>");
     auto* const field = editor.findChild<QLineEdit*>("tagName");
     QTest::keyClicks(field, "gard");
@@ -432,7 +432,7 @@ TEST_F(NoteEditor, ATagBegunForOneNoteIsPutOnItWhenTheFieldIsLeft) {
     EXPECT_EQ(other.tags.all().size(), 1U);
 }
 
-TEST_F(NoteEditor, KeepsARevisionEveryTenMinutesOfWriting) {
+TEST_F(NoteEditorTest, KeepsARevisionEveryTenMinutesOfWriting) {
     CDNote& note = openNote("<p>|</p>");
     const auto autosaves = [&] {
         std::size_t count = 0;

@@ -21,7 +21,7 @@
 namespace tesserine::app {
 namespace {
 
-using Kind = NoteObject::Kind;
+using ObjectKind = NoteObject::Kind;
 
 constexpr double cardHeight = 44;
 constexpr double cardWidth = 340;
@@ -116,7 +116,7 @@ QRectF ObjectRenderer::placeOf(int position) const {
 CellPlace ObjectRenderer::cellAt(int position, const QPointF& point) {
     QTextCursor object(&document_);
     object.setPosition(position + 1);
-    if (this->object(object.charFormat()).kind != Kind::block) return {};
+    if (this->object(object.charFormat()).kind != ObjectKind::block) return {};
     QTextDocument& block = drawn(object.charFormat());
     const QPointF inBlock = point - placeOf(position).topLeft();
     QTextCursor cursor(&block);
@@ -150,16 +150,16 @@ QSizeF ObjectRenderer::intrinsicSize(
     const NoteObject& object = this->object(format);
     const double width = std::max(document_.textWidth() - 1, 80.0);
     switch (object.kind) {
-    case Kind::picture: return pictureSize(object);
-    case Kind::file:
-    case Kind::locked: return {std::min(cardWidth, width), cardHeight};
-    case Kind::block: {
+    case ObjectKind::picture: return pictureSize(object);
+    case ObjectKind::file:
+    case ObjectKind::locked: return {std::min(cardWidth, width), cardHeight};
+    case ObjectKind::block: {
         QTextDocument& block = drawn(format);
         block.setTextWidth(width);
         // What is beside a narrow table is not the table.
         return {std::min(width, std::ceil(block.idealWidth()) + 1), block.size().height()};
     }
-    case Kind::other: break;
+    case ObjectKind::other: break;
     }
     return object.label.empty() ? QSizeF(1, 1) : QSizeF(120, cardHeight / 2);
 }
@@ -172,23 +172,23 @@ void ObjectRenderer::drawObject(
     const QTextFormat& format) {
     const NoteObject& object = this->object(format);
     std::erase_if(shown_, [&](const Shown& shown) { return shown.position == position; });
-    shown_.push_back({position, place, object.kind == Kind::picture});
+    shown_.push_back({position, place, object.kind == ObjectKind::picture});
     switch (object.kind) {
-    case Kind::picture: return paintPicture(*painter, place, object);
-    case Kind::file: {
+    case ObjectKind::picture: return paintPicture(*painter, place, object);
+    case ObjectKind::file: {
         const QString label = QString::fromStdString(object.label);
         const QString title =
             object.attachment ? pictures_.fileTitle(*object.attachment, label) : label;
         return paintCard(*painter, place, "file", title);
     }
-    case Kind::locked: {
+    case ObjectKind::locked: {
         // The lock of the placeholder is drawn as an icon.
         const QString title = QString::fromUtf8(
             SelectiveEncryption::placeholder.data(),
             static_cast<qsizetype>(SelectiveEncryption::placeholder.size()));
         return paintCard(*painter, place, "lock", title.section(' ', 1));
     }
-    case Kind::block: {
+    case ObjectKind::block: {
         painter->save();
         painter->fillRect(place, Theme::colors().surface);  // words on that of a selection drown
         painter->translate(place.topLeft());
@@ -198,7 +198,7 @@ void ObjectRenderer::drawObject(
         painter->restore();
         return;
     }
-    case Kind::other:
+    case ObjectKind::other:
         if (!object.label.empty()) {
             painter->setPen(Theme::colors().secondaryText);
             painter->drawText(place, Qt::AlignVCenter, QString::fromStdString(object.label));

@@ -11,7 +11,7 @@ namespace {
 using testing::ElementsAre;
 
 const Uuid first = *Uuid::parse("00000000-0000-4000-8000-000000000001");
-const Uuid second = *Uuid::parse("00000000-0000-4000-8000-000000000002");
+const Uuid secondNote = *Uuid::parse("00000000-0000-4000-8000-000000000002");
 
 class UndoMemoryTest : public testing::Test {
 public:
@@ -24,7 +24,7 @@ public:
     /// The states of the first note, which is left and opened again; "|" stands before those that
     /// were undone.
     std::vector<std::string> kept(const std::string& html) {
-        memory.open(second, "x");
+        memory.open(secondNote, "x");
         const UndoHistory& history = memory.open(first, html);
         std::vector<std::string> result;
         for (std::size_t i = 0; i < history.states.size(); ++i) {

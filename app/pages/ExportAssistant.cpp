@@ -20,7 +20,7 @@
 namespace tesserine::app {
 namespace {
 
-enum Step { choiceStep, progressStep, resultStep };
+enum ExportStep { choiceStep, progressStep, resultStep };
 
 /// What is typed without its beginning lies in the user's own folder, as "~" does.
 std::filesystem::path folderTyped(QString typed) {

@@ -23,7 +23,7 @@
 namespace tesserine::app {
 namespace {
 
-enum Step { choiceStep, previewStep, progressStep, reportStep };
+enum ImportStep { choiceStep, previewStep, progressStep, reportStep };
 
 std::filesystem::path pathOf(const QString& text) { return text.toStdString(); }
 

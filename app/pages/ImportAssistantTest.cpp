@@ -17,7 +17,7 @@
 namespace tesserine::app {
 namespace {
 
-std::string textOf(const QDialog& dialog, const char* label) {
+std::string labelText(const QDialog& dialog, const char* label) {
     return dialog.findChild<QLabel*>(label)->text().toStdString();
 }
 
@@ -39,7 +39,7 @@ public:
     ~ImportAssistantTest() override { environment->waitForBackground(); }
 
     bool says(const char* label, const std::string& expected) {
-        return waitUntil([&] { return textOf(assistant, label) == expected; });
+        return waitUntil([&] { return labelText(assistant, label) == expected; });
     }
     std::string titles() {
         std::string all;
@@ -56,15 +56,15 @@ public:
 TEST_F(ImportAssistantTest, LooksFirstImportsWhenAskedAndUndoes) {
     ASSERT_TRUE(assistant.begin({folder / "Notes"}));
     ASSERT_TRUE(says("importContent", "2 notes in 2 notebooks."))
-        << textOf(assistant, "importContent");
+        << labelText(assistant, "importContent");
     EXPECT_EQ(titles(), "") << "nothing is changed by looking";
 
     assistant.findChild<QLineEdit*>("importNotebook")->setText("Old / Notes");
     press(assistant, "Import");
-    ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "importOutcome").empty(); }));
+    ASSERT_TRUE(waitUntil([&] { return !labelText(assistant, "importOutcome").empty(); }));
     EXPECT_TRUE(qobject_cast<QPushButton*>(assistant.focusWidget())->text() == "Done");
-    EXPECT_TRUE(textOf(assistant, "importOutcome").starts_with("2 notes were imported"))
-        << textOf(assistant, "importOutcome");
+    EXPECT_TRUE(labelText(assistant, "importOutcome").starts_with("2 notes were imported"))
+        << labelText(assistant, "importOutcome");
     EXPECT_EQ(titles(), "Plan in Notes\nWork in Work\n");
 
     press(assistant, "Undo Import");
@@ -81,7 +81,7 @@ TEST_F(ImportAssistantTest, LooksFirstImportsWhenAskedAndUndoes) {
 TEST_F(ImportAssistantTest, SaysWhyNothingCanBeImported) {
     EXPECT_FALSE(assistant.begin({folder / "picture.png"}));
     ASSERT_TRUE(assistant.begin({folder / "gone.md"}));
-    ASSERT_TRUE(waitUntil([&] { return textOf(assistant, "importContent") != "Looking…"; }));
+    ASSERT_TRUE(waitUntil([&] { return labelText(assistant, "importContent") != "Looking…"; }));
     const auto buttons = assistant.findChildren<QPushButton*>();
     const auto import = std::ranges::find_if(
         buttons, [](const QPushButton* button) { return button->text() == "Import"; });
@@ -129,8 +129,8 @@ TEST_F(ImportAssistantTest, ADamagedSourceIsASentenceAndTheNextOneIsLookedAt) {
     std::filesystem::create_directory(exported);
     test::putContent(exported / "manifest.json", "{ no manifest");
     ASSERT_TRUE(assistant.begin({exported}));
-    ASSERT_TRUE(waitUntil([&] { return textOf(assistant, "importContent") != "Looking…"; }));
-    EXPECT_FALSE(textOf(assistant, "importContent").empty());
+    ASSERT_TRUE(waitUntil([&] { return labelText(assistant, "importContent") != "Looking…"; }));
+    EXPECT_FALSE(labelText(assistant, "importContent").empty());
     ASSERT_TRUE(assistant.begin({folder / "Notes"}));
     EXPECT_TRUE(says("importContent", "2 notes in 2 notebooks."));
 }
@@ -140,7 +140,7 @@ TEST_F(ImportAssistantTest, WhatIsPickedWhileALookEndsIsLookedAtNext) {
     press(assistant, "Back");
     ASSERT_TRUE(assistant.begin({folder / "Notes"})) << "the first look has not ended yet";
     EXPECT_TRUE(says("importContent", "2 notes in 2 notebooks."))
-        << textOf(assistant, "importContent");
+        << labelText(assistant, "importContent");
 }
 
 TEST(ImportWords, SayWhatWillComeInAndWhatDid) {
@@ -179,8 +179,8 @@ TEST_F(ExportAssistantTest, WritesAFolderAndSaysWhatIsInIt) {
     ExportAssistant assistant(*environment, QString::fromStdString(folder.path().string()));
     assistant.show();
     press(assistant, "Export");
-    ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "exportOutcome").empty(); }));
-    const std::string outcome = textOf(assistant, "exportOutcome");
+    ASSERT_TRUE(waitUntil([&] { return !labelText(assistant, "exportOutcome").empty(); }));
+    const std::string outcome = labelText(assistant, "exportOutcome");
     EXPECT_TRUE(outcome.starts_with("1 note, 0 files (0 bytes) and 1 task are in\n")) << outcome;
     const std::filesystem::path written = outcome.substr(outcome.find('\n') + 1);
     EXPECT_TRUE(std::filesystem::exists(written / "manifest.json")) << written;
@@ -191,8 +191,8 @@ TEST_F(ExportAssistantTest, AFolderThatIsNotThereIsASentence) {
         *environment, QString::fromStdString((setting().library / "inside").string()));
     assistant.show();
     press(assistant, "Export");
-    ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "exportOutcome").empty(); }));
-    EXPECT_TRUE(QString::fromStdString(textOf(assistant, "exportOutcome")).endsWith('.'));
+    ASSERT_TRUE(waitUntil([&] { return !labelText(assistant, "exportOutcome").empty(); }));
+    EXPECT_TRUE(QString::fromStdString(labelText(assistant, "exportOutcome")).endsWith('.'));
     EXPECT_FALSE(std::filesystem::exists(setting().library / "inside"));
 
     press(assistant, "Back");
@@ -200,8 +200,8 @@ TEST_F(ExportAssistantTest, AFolderThatIsNotThereIsASentence) {
         ->setText(QString::fromStdString(folder.path().string()));
     press(assistant, "Export");
     EXPECT_TRUE(waitUntil([&] {
-        return textOf(assistant, "exportOutcome").starts_with("0 notes, 0 files");
-    })) << textOf(assistant, "exportOutcome");
+        return labelText(assistant, "exportOutcome").starts_with("0 notes, 0 files");
+    })) << labelText(assistant, "exportOutcome");
 }
 
 TEST_F(ExportAssistantTest, AFolderWithoutItsBeginningLiesInTheUsersOwn) {
@@ -213,11 +213,11 @@ TEST_F(ExportAssistantTest, AFolderWithoutItsBeginningLiesInTheUsersOwn) {
         EXPECT_FALSE(assistant.findChild<QPushButton*>("export")->isEnabled());
         assistant.findChild<QLineEdit*>("exportFolder")->setText(typed);
         press(assistant, "Export");
-        ASSERT_TRUE(waitUntil([&] { return !textOf(assistant, "exportOutcome").empty(); }));
+        ASSERT_TRUE(waitUntil([&] { return !labelText(assistant, "exportOutcome").empty(); }));
         EXPECT_NE(
-            textOf(assistant, "exportOutcome").find((folder / "Copies/").string()),
+            labelText(assistant, "exportOutcome").find((folder / "Copies/").string()),
             std::string::npos)
-            << textOf(assistant, "exportOutcome");
+            << labelText(assistant, "exportOutcome");
     }
     qputenv("HOME", home);
 }

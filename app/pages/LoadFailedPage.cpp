@@ -15,7 +15,7 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int columnWidth = 460;
+constexpr int sentenceWidth = 460;
 
 }  // namespace
 
@@ -56,7 +56,7 @@ LoadFailedPage::LoadFailedPage(Failure failure, QWidget* parent)
     column().addSpacing(space::huge);
     column().addLayout(buttons);
     column().addStretch(3);
-    limitColumn(columnWidth);
+    limitColumn(sentenceWidth);
     quit->setFocus();
 }
 

@@ -23,7 +23,6 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int daysInWeek = 7;
 constexpr int wheelStep = 120;
 
 int heightOf(TextRole role) { return QFontMetrics(Theme::font(role)).height(); }

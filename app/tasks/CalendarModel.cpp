@@ -12,7 +12,6 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int daysInWeek = 7;
 constexpr int mostSpoken = 10;
 
 }  // namespace

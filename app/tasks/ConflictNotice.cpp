@@ -12,7 +12,7 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int iconSide = 18;
+constexpr int warningSide = 18;
 
 }  // namespace
 
@@ -29,7 +29,8 @@ ConflictNotice::ConflictNotice(AppEnvironment& environment, QWidget* parent)
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(space::large, space::small, space::large, space::small);
     row->setSpacing(space::small);
-    row->addWidget(new IconLabel(icon("conflict", Ink::warning), iconSide, this), 0, Qt::AlignTop);
+    row->addWidget(
+        new IconLabel(icon("conflict", Ink::warning), warningSide, this), 0, Qt::AlignTop);
     row->addWidget(makeText(sentence, TextRole::body, this), 1);
     row->addWidget(compare);
     connect(compare, &QPushButton::clicked, this, &ConflictNotice::compare);

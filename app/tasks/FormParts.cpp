@@ -11,14 +11,14 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int iconSide = 16;
+constexpr int lineIconSide = 16;
 
 }  // namespace
 
 QHBoxLayout* formLine(const QString& iconName, QWidget* field, QWidget* parent) {
     auto* const line = new QHBoxLayout;
     line->setSpacing(space::medium);
-    line->addWidget(new IconLabel(icon(iconName, Ink::secondary), iconSide, parent));
+    line->addWidget(new IconLabel(icon(iconName, Ink::secondary), lineIconSide, parent));
     line->addWidget(field, 1);
     return line;
 }

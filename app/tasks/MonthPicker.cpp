@@ -15,13 +15,12 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int daysInWeek = 7;
 constexpr int mostWeeks = 6;
 constexpr int headHeight = 32;
 
 int textHeight() { return QFontMetrics(Theme::font(TextRole::body)).height(); }
 int cellSide() { return textHeight() + space::medium; }
-int weekdaysHeight() { return textHeight() + space::hair; }
+int weekdayRowHeight() { return textHeight() + space::hair; }
 
 }  // namespace
 
@@ -57,7 +56,7 @@ void MonthPicker::setDay(Instant day) {
 }
 
 QSize MonthPicker::sizeHint() const {
-    return {daysInWeek * cellSide(), headHeight + weekdaysHeight() + mostWeeks * cellSide()};
+    return {daysInWeek * cellSide(), headHeight + weekdayRowHeight() + mostWeeks * cellSide()};
 }
 
 QRect MonthPicker::cellArea(std::size_t cell) const {
@@ -65,7 +64,7 @@ QRect MonthPicker::cellArea(std::size_t cell) const {
     const int row = static_cast<int>(cell) / daysInWeek;
     const int side = width() / daysInWeek;
     const QRect area(
-        column * side, headHeight + weekdaysHeight() + row * cellSide(), side, cellSide());
+        column * side, headHeight + weekdayRowHeight() + row * cellSide(), side, cellSide());
     return QStyle::visualRect(layoutDirection(), rect(), area);
 }
 
@@ -82,7 +81,7 @@ void MonthPicker::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(Theme::font(TextRole::caption));
     for (std::size_t i = 0; i < daysInWeek; ++i) {
-        const QRect above = cellArea(i).adjusted(0, -weekdaysHeight(), 0, -cellSide());
+        const QRect above = cellArea(i).adjusted(0, -weekdayRowHeight(), 0, -cellSide());
         painter.setPen(colors.secondaryText);
         painter.drawText(
             above, Qt::AlignCenter, shortWeekdayName(calendar_.weekday(cells_[i].date)).left(2));

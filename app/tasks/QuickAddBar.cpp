@@ -21,7 +21,7 @@
 namespace tesserine::app {
 namespace {
 
-constexpr int iconSide = 18;
+constexpr int plusSide = 18;
 constexpr const char* example = "Add a task, such as “Send invoice tomorrow 9am #Work p1”";
 
 QStringList sorted(std::vector<std::string> names, const text::Collator& collator) {
@@ -68,11 +68,11 @@ QuickAddBar::QuickAddBar(AppEnvironment& environment, QWidget* parent)
 
     auto* const sentence = new QHBoxLayout;
     sentence->setSpacing(space::small);
-    sentence->addWidget(new IconLabel(icon("plus", Ink::accent), iconSide, this));
+    sentence->addWidget(new IconLabel(icon("plus", Ink::accent), plusSide, this));
     sentence->addWidget(field_, 1);
     sentence->addWidget(add_);
     auto* const meaning = new QHBoxLayout;
-    meaning->setContentsMargins(iconSide + space::medium, 0, 0, 0);
+    meaning->setContentsMargins(plusSide + space::medium, 0, 0, 0);
     meaning->setSpacing(space::tiny);
     meaning->addWidget(words_, 1);
     meaning->addWidget(refuse_);

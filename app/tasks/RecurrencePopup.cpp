@@ -17,7 +17,6 @@ namespace {
 
 using Unit = RecurrenceRule::Unit;
 
-constexpr int daysInWeek = 7;
 constexpr int greatestInterval = 999;
 
 }  // namespace

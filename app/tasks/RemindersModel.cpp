@@ -11,7 +11,7 @@
 namespace tesserine::app {
 namespace {
 
-using Kind = ReminderRow::Kind;
+using RowKind = ReminderRow::Kind;
 
 constexpr const char* openTask = "completedAt == nil AND reminderAt != nil AND reminderAt ";
 constexpr const char* liveNote =
@@ -24,7 +24,7 @@ QString textOf(const std::optional<std::string>& text) {
 ReminderRow rowOf(const CDTask& task) {
     const CDProject* const project = task.project;
     return {
-        .kind = Kind::task,
+        .kind = RowKind::task,
         .title = shownTitle(textOf(task.title)),
         .at = *task.reminderAt,
         .owner = task.id.valueOr({}),
@@ -37,7 +37,7 @@ ReminderRow rowOf(const CDNote& note) {
     const std::string shown = displayTitle(title, title.empty() ? note.plainText.valueOr("") : "");
     const CDNotebook* const notebook = note.notebook;
     return {
-        .kind = Kind::note,
+        .kind = RowKind::note,
         .title = QString::fromStdString(shown),
         .at = *note.reminderAt,
         .owner = note.id.valueOr({}),
@@ -98,17 +98,17 @@ QVariant RemindersModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     const ReminderRow& shown = row(index.row());
     if (role == Qt::DisplayRole) return shown.title;
-    if (role != Qt::AccessibleTextRole || shown.kind == Kind::heading) return {};
+    if (role != Qt::AccessibleTextRole || shown.kind == RowKind::heading) return {};
     const TaskWords words(environment_.now(), environment_.calendar());
     return QString("%1, %2, %3")
         .arg(
-            shown.kind == Kind::task ? "Task" : "Note",
+            shown.kind == RowKind::task ? "Task" : "Note",
             shown.title,
             words.longDue({.date = shown.at, .hasTime = true}));
 }
 
 Qt::ItemFlags RemindersModel::flags(const QModelIndex& index) const {
-    if (!index.isValid() || row(index.row()).kind == Kind::heading) return Qt::NoItemFlags;
+    if (!index.isValid() || row(index.row()).kind == RowKind::heading) return Qt::NoItemFlags;
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
 }
 

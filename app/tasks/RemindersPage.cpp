@@ -27,14 +27,14 @@
 namespace tesserine::app {
 namespace {
 
-using Kind = ReminderRow::Kind;
+using RowKind = ReminderRow::Kind;
 
-constexpr int iconSide = 18;
-constexpr int timeWidth = 110;
+constexpr int rowIconSide = 18;
+constexpr int timeColumnWidth = 110;
 /// How long a reminder whose time has come may stand among those to come.
 constexpr std::chrono::seconds refreshInterval{30};
 
-int lineHeight(TextRole role) { return QFontMetrics(Theme::font(role)).height(); }
+int heightOfLine(TextRole role) { return QFontMetrics(Theme::font(role)).height(); }
 
 class ReminderDelegate final : public QStyledItemDelegate {
 public:
@@ -42,9 +42,9 @@ public:
         : QStyledItemDelegate(parent), environment_(environment) {}
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        const int height = rowAt(index).kind == Kind::heading
-                               ? lineHeight(TextRole::emphasis) + space::huge
-                               : lineHeight(TextRole::body) + 2 * space::small + 2;
+        const int height = rowAt(index).kind == RowKind::heading
+                               ? heightOfLine(TextRole::emphasis) + space::huge
+                               : heightOfLine(TextRole::body) + 2 * space::small + 2;
         return {option.rect.width(), height};
     }
 
@@ -54,7 +54,7 @@ public:
         const Colors& colors = Theme::colors();
         QRect area = option.rect.adjusted(space::medium, 0, -space::medium, 0);
         painter->save();
-        if (row.kind == Kind::heading) {
+        if (row.kind == RowKind::heading) {
             painter->setFont(Theme::font(TextRole::emphasis));
             painter->setPen(row.isPast ? colors.danger : colors.text);
             area.adjust(0, 0, 0, -space::small);
@@ -63,10 +63,11 @@ public:
             return;
         }
         paintLineGround(*painter, option);
-        const QRect picture(area.left(), area.center().y() - iconSide / 2, iconSide, iconSide);
-        icon(row.kind == Kind::task ? "task" : "note", Ink::secondary)
+        const QRect picture(
+            area.left(), area.center().y() - rowIconSide / 2, rowIconSide, rowIconSide);
+        icon(row.kind == RowKind::task ? "task" : "note", Ink::secondary)
             .paint(painter, QStyle::visualRect(option.direction, area, picture));
-        QRect when(0, area.top(), timeWidth, area.height());
+        QRect when(0, area.top(), timeColumnWidth, area.height());
         when.moveRight(area.right());
         const QRect title(
             picture.right() + space::medium,
@@ -138,7 +139,7 @@ RemindersPage::RemindersPage(AppEnvironment& environment, QWidget* parent)
     connect(list_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] {
         const auto row = current();
         if (!row || isReloading_) return;
-        emit chosen(row->kind == Kind::task ? std::optional(row->owner) : std::nullopt);
+        emit chosen(row->kind == RowKind::task ? std::optional(row->owner) : std::nullopt);
     });
     connect(&environment, &AppEnvironment::libraryChanged, this, [this](const auto& changes) {
         const auto concerns = [](const ObjectChange& change) {
@@ -189,15 +190,15 @@ std::optional<ReminderRow> RemindersPage::current() const {
 }
 
 void RemindersPage::openRow(const ReminderRow& row) {
-    if (row.kind == Kind::task) emit taskChosen(row.owner);
-    if (row.kind == Kind::note) emit noteChosen(row.owner);
+    if (row.kind == RowKind::task) emit taskChosen(row.owner);
+    if (row.kind == RowKind::note) emit noteChosen(row.owner);
 }
 
 void RemindersPage::setReminder(const ReminderRow& row, const std::optional<TaskDue>& when) {
     const auto at =
         when ? std::optional(reminderTime(*when, environment_.calendar())) : std::nullopt;
     StoreContext& context = environment_.context();
-    if (row.kind == Kind::task) {
+    if (row.kind == RowKind::task) {
         if (auto* const task = context.find<CDTask>(row.owner)) {
             environment_.tasks().setReminder(*task, at);
         }
@@ -230,7 +231,7 @@ bool RemindersPage::eventFilter(QObject* watched, QEvent* event) {
 /// Of the row it was opened for: while it is open, the list may become another one.
 void RemindersPage::showMenu(const QPoint& place) {
     const QModelIndex index = list_->indexAt(place);
-    if (!index.isValid() || model_->row(index.row()).kind == Kind::heading) return;
+    if (!index.isValid() || model_->row(index.row()).kind == RowKind::heading) return;
     const ReminderRow row = model_->row(index.row());
     auto* const menu = new QMenu(this);
     menu->setObjectName("reminderMenu");

@@ -13,6 +13,8 @@ struct TaskDue;
 
 namespace tesserine::app {
 
+inline constexpr int daysInWeek = 7;
+
 /// Dates of tasks in the words of the window, seen from `now`.
 class TaskWords {
 public:

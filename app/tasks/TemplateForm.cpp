@@ -26,7 +26,7 @@ namespace {
 
 constexpr int leastLines = 3;
 constexpr int mostLines = 20;
-constexpr int timeWidth = 72;
+constexpr int timeFieldWidth = 72;
 
 QString lines(const std::vector<std::string>& texts) {
     QStringList list;
@@ -85,7 +85,7 @@ TemplateForm::TemplateForm(AppEnvironment& environment, QWidget* parent)
     dueTime_->setObjectName("templateDueTime");
     dueTime_->setAccessibleName("Time of day");
     dueTime_->setPlaceholderText("09:00");
-    dueTime_->setFixedWidth(timeWidth);
+    dueTime_->setFixedWidth(timeFieldWidth);
     noTime_->setObjectName("templateNoTime");
     subtasks_->setObjectName("templateSubtasks");
     subtasks_->setAccessibleName("Subtasks, one to a line");

@@ -9,7 +9,7 @@ namespace tesserine::app {
 namespace {
 
 constexpr int side = 18;
-constexpr int margin = 3;  // for the ring of the focus
+constexpr int focusMargin = 3;  // for the ring of the focus
 
 }  // namespace
 
@@ -28,7 +28,7 @@ void TickButton::setTask(const QString& title, TaskPriority priority, bool isCom
     update();
 }
 
-QSize TickButton::sizeHint() const { return {side + 2 * margin, side + 2 * margin}; }
+QSize TickButton::sizeHint() const { return {side + 2 * focusMargin, side + 2 * focusMargin}; }
 
 void TickButton::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);

@@ -32,7 +32,7 @@ constexpr auto byteKinds = [] {
 
 ByteKind kindOf(char c) { return byteKinds[static_cast<unsigned char>(c)]; }
 
-constexpr std::string_view noBreakSpace = "\u00A0";
+constexpr std::string_view leadingNoBreakSpace = "\u00A0";
 
 /// Whether preformatted text keeps the byte as it is.
 bool isVerbatim(char c) {
@@ -237,7 +237,7 @@ void BodyWriter::writeCollapsed(std::string_view text) {
 std::size_t BodyWriter::writeSpecial(std::string_view text) {
     isSpaceOnly_ = false;
     const std::string_view character =
-        text.substr(0, text.starts_with(noBreakSpace) ? noBreakSpace.size() : 1);
+        text.substr(0, text.starts_with(leadingNoBreakSpace) ? leadingNoBreakSpace.size() : 1);
     html::appendEscapedText(html_, character);
     plainText_.text(character);
     return character.size();

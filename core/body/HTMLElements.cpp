@@ -26,7 +26,7 @@ constexpr auto slots = [] {
     return filled;
 }();
 
-constexpr std::size_t longestName = [] {
+constexpr std::size_t longestElementName = [] {
     std::size_t longest = 0;
     for (const std::string_view name : elementNames) {
         longest = std::max(longest, name.size());
@@ -37,7 +37,7 @@ constexpr std::size_t longestName = [] {
 }  // namespace
 
 HTMLElement elementNamed(std::string_view name) {
-    if (name.empty() || name.size() > longestName) return HTMLElement::other;
+    if (name.empty() || name.size() > longestElementName) return HTMLElement::other;
     for (std::size_t slot = slotOf(name);; slot = (slot + 1) % slotCount) {
         const HTMLElement element = slots[slot];
         if (element == HTMLElement::other || nameOf(element) == name) return element;

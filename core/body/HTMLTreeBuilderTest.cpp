@@ -127,7 +127,7 @@ TEST(HTMLTreeBuilder, KnowsVoidRawAndForeignElements) {
     }
 }
 
-std::string repeated(std::string_view text, int count) {
+std::string manyTimes(std::string_view text, int count) {
     std::string output;
     for (int i = 0; i < count; ++i) {
         output += text;
@@ -144,17 +144,17 @@ struct DepthMeter {
 };
 
 TEST(HTMLTreeBuilder, BoundsTheDepth) {
-    const std::string deep = repeated("<div>", 100'000) + "x<br><script>y</script>z";
+    const std::string deep = manyTimes("<div>", 100'000) + "x<br><script>y</script>z";
     const HTMLDocument document = HTMLDocument::parse(deep);
     DepthMeter meter;
     walk(document.root(), meter);
     EXPECT_EQ(meter.deepest, 514);  // 512 and a script with its text
     // What is never text stays apart from the text below the limit as well.
     const std::string below =
-        repeated("<div>", 512) + "<svg><svg><b>a</b></svg>b</svg>c<script>d</script><p>e";
+        manyTimes("<div>", 512) + "<svg><svg><b>a</b></svg>b</svg>c<script>d</script><p>e";
     EXPECT_EQ(
         tree(below),
-        repeated("<div>", 512) + "<svg>ab</svg>c<script>d</script>e" + repeated("</div>", 512));
+        manyTimes("<div>", 512) + "<svg>ab</svg>c<script>d</script>e" + manyTimes("</div>", 512));
 }
 
 }  // namespace

@@ -13,13 +13,13 @@ using Kind = BlockStyle::Kind;
 using Paragraph = AttributedText::Paragraph;
 using Run = AttributedText::Run;
 
-constexpr char16_t noBreakSpace = u'\u00A0';
+constexpr char16_t noBreakUnit = u'\u00A0';
 
 /// As the plain text of a note shows it; the offsets stay.
 std::u16string plain(std::u16string_view text) {
     std::u16string shown(text);
     std::ranges::replace(shown, AttributedText::lineBreak, u'\n');
-    std::ranges::replace(shown, noBreakSpace, u' ');
+    std::ranges::replace(shown, noBreakUnit, u' ');
     return shown;
 }
 

@@ -10,42 +10,45 @@
 namespace tesserine {
 namespace {
 
-struct Case {
+struct PlainTextCase {
     const char* html;
     const char* text;
 };
 
 TEST(PlainText, SetsBlocksCellsAndItemsApart) {
     for (const auto& [html, text] : {
-             Case{"<p>a</p><p>b</p>", "a\nb"},
-             Case{"<p>a</p><p></p><p>b</p>", "a\nb"},
-             Case{"a<div>b<div>c</div></div>d", "a\nb\nc\nd"},
-             Case{"a<b>b</b><x-unknown>c</x-unknown>", "abc"},
-             Case{"a<br>b", "a\nb"},
-             Case{"<p>a</p><br><br><br><br><p>b</p>", "a\n\nb"},
-             Case{"<br>a<br><br>", "\na"},  // only the end is trimmed
-             Case{"a<hr>b", "a\n———\nb"},
-             Case{"<hr><hr>", "———\n———"},
-             Case{R"(a<img><img alt=""><img alt="b">c)", "abc"},
-             Case{
+             PlainTextCase{"<p>a</p><p>b</p>", "a\nb"},
+             PlainTextCase{"<p>a</p><p></p><p>b</p>", "a\nb"},
+             PlainTextCase{"a<div>b<div>c</div></div>d", "a\nb\nc\nd"},
+             PlainTextCase{"a<b>b</b><x-unknown>c</x-unknown>", "abc"},
+             PlainTextCase{"a<br>b", "a\nb"},
+             PlainTextCase{"<p>a</p><br><br><br><br><p>b</p>", "a\n\nb"},
+             PlainTextCase{"<br>a<br><br>", "\na"},  // only the end is trimmed
+             PlainTextCase{"a<hr>b", "a\n———\nb"},
+             PlainTextCase{"<hr><hr>", "———\n———"},
+             PlainTextCase{R"(a<img><img alt=""><img alt="b">c)", "abc"},
+             PlainTextCase{
                  "<ul><li>a</li><li data-checked=true>b</li><li data-checked>c</li></ul>",
                  "• a\n[x] b\n[ ] c"},
-             Case{"<ul><li data-checked=TRUE>a<ul><li>b</li></ul></li></ul>c", "[ ] a\n• b\nc"},
-             Case{"<ul><li><p>a</p></li></ul>", "•\na"},
-             Case{
+             PlainTextCase{
+                 "<ul><li data-checked=TRUE>a<ul><li>b</li></ul></li></ul>c", "[ ] a\n• b\nc"},
+             PlainTextCase{"<ul><li><p>a</p></li></ul>", "•\na"},
+             PlainTextCase{
                  "a<table><tr><td>1</td><td>2</td></tr><tr><th></th><td>3</td></tr></table>b",
                  "a\n1\t2\n\t3\nb"},
-             Case{"<table><tbody><td>1</td></tbody><tfoot><td>2</td></tfoot></table>", "1\t2"},
-             Case{"<table><caption>a</caption><td>b</td></table>", "a\nb"},
-             Case{
+             PlainTextCase{
+                 "<table><tbody><td>1</td></tbody><tfoot><td>2</td></tfoot></table>", "1\t2"},
+             PlainTextCase{"<table><caption>a</caption><td>b</td></table>", "a\nb"},
+             PlainTextCase{
                  "<dl><dt>a</dt><dd>b</dd></dl><figure>c<figcaption>d</figcaption></figure>",
                  "a\nb\nc\nd"},
-             Case{"<pre>  a\n\n\n    b \t\n</pre>c", "a\n\nb\nc"},
-             Case{"a &lt;b&gt;<!-- c --><script>d</script>", "a <b>d"},  // nothing is sanitised
-             Case{"&nbsp;a&nbsp;b&nbsp;", "a b"},
-             Case{"<p>a&#13;&#10;b&#13;c</p>", "a\nb\rc"},
-             Case{" \n\t<p> &nbsp;</p>\n", ""},
-             Case{"\ta", "\ta"},
+             PlainTextCase{"<pre>  a\n\n\n    b \t\n</pre>c", "a\n\nb\nc"},
+             PlainTextCase{
+                 "a &lt;b&gt;<!-- c --><script>d</script>", "a <b>d"},  // nothing is sanitised
+             PlainTextCase{"&nbsp;a&nbsp;b&nbsp;", "a b"},
+             PlainTextCase{"<p>a&#13;&#10;b&#13;c</p>", "a\nb\rc"},
+             PlainTextCase{" \n\t<p> &nbsp;</p>\n", ""},
+             PlainTextCase{"\ta", "\ta"},
          }) {
         SCOPED_TRACE(html);
         EXPECT_EQ(PlainText::fromHTML(html), text);

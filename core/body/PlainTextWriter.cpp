@@ -8,7 +8,7 @@ namespace {
 
 using Element = HTMLElement;
 
-constexpr std::string_view noBreakSpace = "\u00A0";
+constexpr std::string_view noBreakSpaceText = "\u00A0";
 
 constexpr std::size_t blockCount = [] {
     std::size_t count = 0;
@@ -110,7 +110,7 @@ void PlainTextWriter::close(HTMLElement element) {
 
 std::string PlainTextWriter::take() {
     replaceAll(output_, "\r\n", "\n");
-    replaceAll(output_, noBreakSpace, " ");
+    replaceAll(output_, noBreakSpaceText, " ");
     normalizeLines(output_);
     return std::exchange(output_, {});
 }

@@ -28,7 +28,7 @@ std::string repeated(std::string_view text, std::size_t count) {
     return output;
 }
 
-struct Case {
+struct SanitizerCase {
     const char* html;
     const char* stored;
 };
@@ -77,33 +77,34 @@ TEST(Sanitizer, LeavesTheElementsOfATreeWhereTheyAre) {
 
 TEST(Sanitizer, RemovesWhatRunsOrCallsHome) {
     for (const auto& [html, stored] : {
-             Case{"<ScRiPt>x</sCrIpT>a<script src=x/>b", "a"},  // never closed
-             Case{"<svg><script>x</script></svg><math><mi>y</math>a", "a"},
-             Case{"<img src=x onerror=alert(1)>", "<span class=\"ts-unsupported\">Image</span>"},
-             Case{"<p onclick=a onmouseover=b ONFOCUS=c id=d name=e>x</p>", "<p>x</p>"},
-             Case{"<a href=x formaction=y ping=z target=_blank>x</a>", "<a>x</a>"},
-             Case{"<style>@import url(x)</style><link rel=stylesheet href=x>a", "a"},
-             Case{"<base href=//e.org><meta http-equiv=refresh content=0>a", "a"},
-             Case{
+             SanitizerCase{"<ScRiPt>x</sCrIpT>a<script src=x/>b", "a"},  // never closed
+             SanitizerCase{"<svg><script>x</script></svg><math><mi>y</math>a", "a"},
+             SanitizerCase{
+                 "<img src=x onerror=alert(1)>", "<span class=\"ts-unsupported\">Image</span>"},
+             SanitizerCase{"<p onclick=a onmouseover=b ONFOCUS=c id=d name=e>x</p>", "<p>x</p>"},
+             SanitizerCase{"<a href=x formaction=y ping=z target=_blank>x</a>", "<a>x</a>"},
+             SanitizerCase{"<style>@import url(x)</style><link rel=stylesheet href=x>a", "a"},
+             SanitizerCase{"<base href=//e.org><meta http-equiv=refresh content=0>a", "a"},
+             SanitizerCase{
                  "<img srcset='http://e.org/a 2x'>", "<span class=\"ts-unsupported\">Image</span>"},
-             Case{"<p style='background:url(http://e.org)'>x</p>", "<p>x</p>"},
-             Case{
+             SanitizerCase{"<p style='background:url(http://e.org)'>x</p>", "<p>x</p>"},
+             SanitizerCase{
                  "<div style='position:fixed;text-align:center'>x</div>",
                  "<div style=\"text-align: center\">x</div>"},
              // Read in another way by somebody else.
-             Case{
+             SanitizerCase{
                  "<!--><img src=x onerror=y>-->",
                  "<span class=\"ts-unsupported\">Image</span>--&gt;"},
-             Case{"<![CDATA[<b>x]]>", "x]]&gt;"},
-             Case{"a<1 b=\"<p>\">", "a&lt;1 b=\"<p>\"&gt;</p>"},
-             Case{"<noscript><p title=\"</noscript><img src=x onerror=y>\">", ""},
-             Case{"<xmp><p title=\"</xmp><script>x</script>\">", "&lt;p title=\"\"&gt;"},
-             Case{"<plaintext><script>x</script>", "&lt;script&gt;x&lt;/script&gt;"},
-             Case{
+             SanitizerCase{"<![CDATA[<b>x]]>", "x]]&gt;"},
+             SanitizerCase{"a<1 b=\"<p>\">", "a&lt;1 b=\"<p>\"&gt;</p>"},
+             SanitizerCase{"<noscript><p title=\"</noscript><img src=x onerror=y>\">", ""},
+             SanitizerCase{"<xmp><p title=\"</xmp><script>x</script>\">", "&lt;p title=\"\"&gt;"},
+             SanitizerCase{"<plaintext><script>x</script>", "&lt;script&gt;x&lt;/script&gt;"},
+             SanitizerCase{
                  "<table><style><!--</style><td title='--><img src=x>'>x",
                  "<table><td>x</td></table>"},
-             Case{"<template><p>x</p></template><select><p>y</select>z", "z"},
-             Case{
+             SanitizerCase{"<template><p>x</p></template><select><p>y</select>z", "z"},
+             SanitizerCase{
                  "<a title='\"><script>x</script>'>y</a>",
                  "<a title=\"&quot;>&lt;script>x&lt;/script>\">y</a>"},
          }) {
@@ -120,31 +121,32 @@ TEST(Sanitizer, KeepsAddressesThatOpenPagesMailAndNotes) {
         return html.substr(before.size(), html.rfind("\">") - before.size());
     };
     for (const auto& [address, stored] : {
-             Case{"https://e.org/?a=1&b=2", "https://e.org/?a=1&amp;b=2"},
-             Case{" HTTP://E.org/A ", "http://E.org/A"},
-             Case{"h\tt\ntp&#58;//e.org", "http://e.org"},  // what browsers do not see goes
-             Case{"mailto:a@e.org", "mailto:a@e.org"},
-             Case{"tel:+1", "tel:+1"},
-             Case{
+             SanitizerCase{"https://e.org/?a=1&b=2", "https://e.org/?a=1&amp;b=2"},
+             SanitizerCase{" HTTP://E.org/A ", "http://E.org/A"},
+             SanitizerCase{
+                 "h\tt\ntp&#58;//e.org", "http://e.org"},  // what browsers do not see goes
+             SanitizerCase{"mailto:a@e.org", "mailto:a@e.org"},
+             SanitizerCase{"tel:+1", "tel:+1"},
+             SanitizerCase{
                  "Tesserine://Note/0a1b2c3d-0000-4000-8000-00000000000f",
                  "tesserine://note/0A1B2C3D-0000-4000-8000-00000000000F"},
-             Case{"tesserine://note/0a1b2c3d", ""},
-             Case{"tesserine://auth?code=1", ""},
-             Case{"javascript:x", ""},
-             Case{"JaVa\tScRiPt&colon;x", ""},
-             Case{"&#1;java&#10;script:x", ""},
-             Case{"java&#0;script:x", ""},
-             Case{"\xC2\xA0javascript:x", ""},
-             Case{"vbscript:x", ""},
-             Case{"data:text/html,x", ""},
-             Case{"file:///etc/passwd", ""},
-             Case{R"(\\host\share)", ""},
-             Case{"smb://host", ""},
-             Case{"ms-msdt:x", ""},
-             Case{"//e.org", ""},
-             Case{"page.html", ""},
-             Case{"https:", ""},
-             Case{"", ""},
+             SanitizerCase{"tesserine://note/0a1b2c3d", ""},
+             SanitizerCase{"tesserine://auth?code=1", ""},
+             SanitizerCase{"javascript:x", ""},
+             SanitizerCase{"JaVa\tScRiPt&colon;x", ""},
+             SanitizerCase{"&#1;java&#10;script:x", ""},
+             SanitizerCase{"java&#0;script:x", ""},
+             SanitizerCase{"\xC2\xA0javascript:x", ""},
+             SanitizerCase{"vbscript:x", ""},
+             SanitizerCase{"data:text/html,x", ""},
+             SanitizerCase{"file:///etc/passwd", ""},
+             SanitizerCase{R"(\\host\share)", ""},
+             SanitizerCase{"smb://host", ""},
+             SanitizerCase{"ms-msdt:x", ""},
+             SanitizerCase{"//e.org", ""},
+             SanitizerCase{"page.html", ""},
+             SanitizerCase{"https:", ""},
+             SanitizerCase{"", ""},
          }) {
         SCOPED_TRACE(address);
         EXPECT_EQ(linked(address), stored);
@@ -183,43 +185,43 @@ TEST(Sanitizer, KeepsTheImagesThatTheOptionsAllow) {
 
 TEST(Sanitizer, KeepsTheAttributesThatBelongToAnElement) {
     for (const auto& [html, stored] : {
-             Case{
+             SanitizerCase{
                  "<p class='x ts-checklist ts-unsupported ts-checklist y'>",
                  "<p class=\"ts-checklist ts-unsupported\"></p>"},
-             Case{
+             SanitizerCase{
                  "<li data-checked=true><li data-checked=TRUE><li data-checked>",
                  "<li data-checked=\"true\"></li><li data-checked=\"false\"></li>"
                  "<li data-checked=\"false\"></li>"},
-             Case{"<p data-checked=true start=2 colspan=2 href=https://e.org>", "<p></p>"},
-             Case{
+             SanitizerCase{"<p data-checked=true start=2 colspan=2 href=https://e.org>", "<p></p>"},
+             SanitizerCase{
                  "<ol type=a start=-3><ol type=x start=1.5>",
                  R"(<ol start="-3" type="a"><ol></ol></ol>)"},
-             Case{
+             SanitizerCase{
                  "<td colspan=1000 rowspan=1><td colspan=1001 rowspan=0>",
                  R"(<td colspan="1000" rowspan="1"></td><td></td>)"},
-             Case{
+             SanitizerCase{
                  "<p dir=RTL lang=' en-GB '><p dir=x lang='e n'>",
                  R"(<p dir="rtl" lang="en-GB"></p><p></p>)"},
              // Colours in one form, the last one that can be read.
-             Case{
+             SanitizerCase{
                  "<mark style='color:RED;color:x;background-color: rgb(0 50% 255 / 1)'>x</mark>",
                  "<mark style=\"color: #ff0000; background-color: #0080ff\">x</mark>"},
-             Case{
+             SanitizerCase{
                  "<font color=red style='color:#AbC !important'>x</font>",
                  "<span style=\"color: #aabbcc\">x</span>"},
-             Case{
+             SanitizerCase{
                  "<span style='color:rgba(0,0,0,.5);background-color:expression(x)'>x</span>",
                  "<span>x</span>"},
-             Case{
+             SanitizerCase{
                  "<p style='color:red'>x</p><span style='text-align:left'>y</span>",
                  "<p>x</p><span>y</span>"},
              // An attachment has an identifier or is none.
-             Case{
+             SanitizerCase{
                  "<span data-ts-attachment=0a1b2c3d-0000-4000-8000-00000000000f data-ts-kind=pdf>",
                  "<span data-ts-attachment=\"0A1B2C3D-0000-4000-8000-00000000000F\" "
                  "data-ts-kind=\"pdf\"></span>"},
-             Case{"<div data-ts-attachment=../x data-ts-kind=pdf>", "<div></div>"},
-             Case{
+             SanitizerCase{"<div data-ts-attachment=../x data-ts-kind=pdf>", "<div></div>"},
+             SanitizerCase{
                  "<div data-ts-attachment=0a1b2c3d-0000-4000-8000-00000000000f data-ts-kind=exe>",
                  "<div data-ts-attachment=\"0A1B2C3D-0000-4000-8000-00000000000F\"></div>"},
          }) {
@@ -231,18 +233,18 @@ TEST(Sanitizer, KeepsTheAttributesThatBelongToAnElement) {
 TEST(Sanitizer, LocksAPassageOrTakesItForText) {
     for (const auto& [html, stored] : {
              // Whatever else it holds is not the passage.
-             Case{
+             SanitizerCase{
                  "<div style='text-align:left' data-ts-cipher=AXr/+w== class='x ts-encrypted'>"
                  "<p>forged</p></div>a",
                  "<div class=\"ts-encrypted\" data-ts-cipher=\"AXr/+w==\">🔒 Encrypted text</div>a"},
              // What is no blob of today may be one of tomorrow.
-             Case{
+             SanitizerCase{
                  "<div class=ts-encrypted data-ts-cipher='\"><b>x</b>'>a</div>",
                  "<div class=\"ts-encrypted\" data-ts-cipher=\"&quot;>&lt;b>x&lt;/b>\">"
                  "🔒 Encrypted text</div>"},
-             Case{"<div class=ts-encrypted>a</div>", "<div>a</div>"},
-             Case{"<div data-ts-cipher=QUJD>a</div>", "<div>a</div>"},
-             Case{
+             SanitizerCase{"<div class=ts-encrypted>a</div>", "<div>a</div>"},
+             SanitizerCase{"<div data-ts-cipher=QUJD>a</div>", "<div>a</div>"},
+             SanitizerCase{
                  "<p class='ts-encrypted ts-checklist' data-ts-cipher=QUJD>a</p>",
                  "<p class=\"ts-checklist\">a</p>"},
          }) {
@@ -253,13 +255,14 @@ TEST(Sanitizer, LocksAPassageOrTakesItForText) {
 
 TEST(Sanitizer, KeepsTextToTheLetterOnlyWherePreformatted) {
     for (const auto& [html, stored] : {
-             Case{" <p> a \t\n b </p>\n\n<p>c</p> ", "<p> a b </p><p>c</p>"},
-             Case{"<b>a </b> <i> b</i> <br> c", "<strong>a </strong> <em> b</em> <br> c"},
-             Case{"<pre>  a\n\tb <b> c\n</b></pre>", "<pre>  a\n\tb <strong> c\n</strong></pre>"},
-             Case{"<p>a <kbd> b  c </kbd></p>", "<p>a <code> b  c </code></p>"},
-             Case{"<ul>\n<li>a\n</li>\n</ul>", "<ul><li>a </li></ul>"},
-             Case{"a&nbsp; &nbsp;b", "a&nbsp; &nbsp;b"},
-             Case{"a&#1;b\x1F\x7F&#0;", "ab\x7F\uFFFD"},
+             SanitizerCase{" <p> a \t\n b </p>\n\n<p>c</p> ", "<p> a b </p><p>c</p>"},
+             SanitizerCase{"<b>a </b> <i> b</i> <br> c", "<strong>a </strong> <em> b</em> <br> c"},
+             SanitizerCase{
+                 "<pre>  a\n\tb <b> c\n</b></pre>", "<pre>  a\n\tb <strong> c\n</strong></pre>"},
+             SanitizerCase{"<p>a <kbd> b  c </kbd></p>", "<p>a <code> b  c </code></p>"},
+             SanitizerCase{"<ul>\n<li>a\n</li>\n</ul>", "<ul><li>a </li></ul>"},
+             SanitizerCase{"a&nbsp; &nbsp;b", "a&nbsp; &nbsp;b"},
+             SanitizerCase{"a&#1;b\x1F\x7F&#0;", "ab\x7F\uFFFD"},
          }) {
         SCOPED_TRACE(html);
         EXPECT_EQ(canonicalBody(html).html, stored);

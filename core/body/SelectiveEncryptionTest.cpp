@@ -14,7 +14,7 @@ namespace tesserine {
 namespace {
 
 using namespace std::string_literals;
-using Kind = SelectiveEncryptionError::Kind;
+using ErrorKind = SelectiveEncryptionError::Kind;
 
 // These blobs were made with Python's hashlib and its package "cryptography".
 const std::string emptyBlob = "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm+yLZppYVPHYza48MIfXHaj";
@@ -26,7 +26,7 @@ const std::string notUTF8Blob = "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm8HDO3KZqd
 const std::string nulBlob = "AQABAgMEBQYHCAkKCwwNDg9kZWZnaGlqa2xtbm+Z8gd3nhq5X+WYExXKbqJyhF8U";
 
 /// The failure of opening `blob`, none when it opens.
-std::optional<Kind> failure(const std::string& blob, const std::string& passphrase = "pass") {
+std::optional<ErrorKind> failure(const std::string& blob, const std::string& passphrase = "pass") {
     try {
         SelectiveEncryption::decrypt(blob, passphrase);
         return std::nullopt;
@@ -61,13 +61,13 @@ TEST(SelectiveEncryption, LocksTheSamePassageDifferentlyEachTime) {
 }
 
 TEST(SelectiveEncryption, RefusesEveryChangeOfABlob) {
-    EXPECT_EQ(failure(withByteChanged(emptyBlob, 0)), Kind::malformedCipherBlob);
+    EXPECT_EQ(failure(withByteChanged(emptyBlob, 0)), ErrorKind::malformedCipherBlob);
     // First and last byte of salt, nonce and tag.
     for (const std::size_t place : {1U, 16U, 17U, 28U, 29U, 44U}) {
         SCOPED_TRACE(place);
-        EXPECT_EQ(failure(withByteChanged(emptyBlob, place)), Kind::wrongPassphrase);
+        EXPECT_EQ(failure(withByteChanged(emptyBlob, place)), ErrorKind::wrongPassphrase);
     }
-    EXPECT_EQ(failure(withByteChanged(nulBlob, 30)), Kind::wrongPassphrase);  // ciphertext
+    EXPECT_EQ(failure(withByteChanged(nulBlob, 30)), ErrorKind::wrongPassphrase);  // ciphertext
 }
 
 TEST(SelectiveEncryption, TellsBlobsThatAreNoneBeforeLookingAtThePassphrase) {
@@ -84,17 +84,17 @@ TEST(SelectiveEncryption, TellsBlobsThatAreNoneBeforeLookingAtThePassphrase) {
           millBlob.substr(0, millBlob.size() - 4) + "=A=="s,  // padding in the middle
           "🔒"s}) {
         SCOPED_TRACE(blob);
-        EXPECT_EQ(failure(blob, ""), Kind::malformedCipherBlob);
-        EXPECT_EQ(failure(blob), Kind::malformedCipherBlob);
+        EXPECT_EQ(failure(blob, ""), ErrorKind::malformedCipherBlob);
+        EXPECT_EQ(failure(blob), ErrorKind::malformedCipherBlob);
     }
-    EXPECT_EQ(failure(emptyBlob, ""), Kind::emptyPassphrase);
-    EXPECT_EQ(failure(notUTF8Blob), Kind::malformedCipherBlob);
+    EXPECT_EQ(failure(emptyBlob, ""), ErrorKind::emptyPassphrase);
+    EXPECT_EQ(failure(notUTF8Blob), ErrorKind::malformedCipherBlob);
 }
 
 TEST(SelectiveEncryption, UsesPassphrasesByteForByte) {
     EXPECT_EQ(failure(composedBlob, "p\u00E4ss"), std::nullopt);
-    EXPECT_EQ(failure(composedBlob, "pa\u0308ss"), Kind::wrongPassphrase);
-    EXPECT_EQ(failure(composedBlob, "p\u00E4ss "), Kind::wrongPassphrase);
+    EXPECT_EQ(failure(composedBlob, "pa\u0308ss"), ErrorKind::wrongPassphrase);
+    EXPECT_EQ(failure(composedBlob, "p\u00E4ss "), ErrorKind::wrongPassphrase);
 }
 
 TEST(SelectiveEncryption, SurvivesEverySaveEvenUnreadable) {

@@ -16,7 +16,6 @@
 namespace tesserine {
 namespace {
 
-constexpr const char* format = "apple-notes";
 constexpr std::string_view inLine = "com.apple.notes.inlinetextattachment.";
 
 std::string element(
@@ -225,14 +224,15 @@ ImportDraft AppleNoteContent::draft() {
         .updatedAt = note_.updatedAt,
         .notebookPath = note_.folder,
         .isPinned = note_.isPinned,
-        .originalFormat = format,
+        .originalFormat = appleNotesFormat,
         .originalSource = std::move(source_)};
     if (note_.isLocked) {
         draft.warnings.emplace_back(
             "The note is locked in Apple Notes, so only its title came in.");
     }
     draft.title = sourceTitle(title_, draft.warnings);
-    draft.fingerprint = importFingerprint(format, draft.title, draft.createdAt, canonical_);
+    draft.fingerprint =
+        importFingerprint(appleNotesFormat, draft.title, draft.createdAt, canonical_);
     SourceTags tags;
     for (const std::string& tag : tags_) {
         tags.add(tag, draft.warnings);

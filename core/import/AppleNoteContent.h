@@ -15,6 +15,9 @@
 
 namespace tesserine {
 
+/// What reports and imported notes name as their origin.
+inline constexpr const char* appleNotesFormat = "apple-notes";
+
 /// Where notes of an import stand in it, by their identifiers in Apple Notes.
 using AppleNoteNumbers = std::unordered_map<std::string, std::size_t>;
 

@@ -19,7 +19,7 @@ using Message = std::string_view;
 /// A table is a heap of objects that name each other by their places in it. What differs between
 /// devices (the order of rows and columns) is a text of its own with an attachment for each; what
 /// rows and columns are is an identifier, and a cell is found by the two.
-namespace field {
+namespace table_field {
 constexpr std::uint64_t object = 2;
 constexpr std::uint64_t data = 3;
 constexpr std::uint64_t entry = 3;  // in the data
@@ -44,7 +44,7 @@ constexpr std::uint64_t array = 1;     // of the ordering
 constexpr std::uint64_t contents = 2;  // of the ordering: what stands for what
 constexpr std::uint64_t attachment = 2;
 constexpr std::uint64_t uuid = 2;  // of an attachment
-}  // namespace field
+}  // namespace table_field
 
 /// A number field of a message; none when it has none.
 std::optional<std::uint64_t> numberIn(Message message, std::uint64_t field) {
@@ -70,16 +70,16 @@ struct Object {
         ProtobufReader reader(message);
         while (reader.next()) {
             switch (reader.field()) {
-            case field::of_entry::dictionary: dictionary = reader.bytes(); break;
-            case field::of_entry::text: text = reader.bytes(); break;
-            case field::of_entry::map: map = reader.bytes(); break;
-            case field::of_entry::orderedSet: orderedSet = reader.bytes(); break;
+            case table_field::of_entry::dictionary: dictionary = reader.bytes(); break;
+            case table_field::of_entry::text: text = reader.bytes(); break;
+            case table_field::of_entry::map: map = reader.bytes(); break;
+            case table_field::of_entry::orderedSet: orderedSet = reader.bytes(); break;
             default: break;
             }
         }
         const Message value =
-            protobufField(protobufField(map, field::mapEntry), field::elementValue);
-        identifier = numberIn(value, field::number);
+            protobufField(protobufField(map, table_field::mapEntry), table_field::elementValue);
+        identifier = numberIn(value, table_field::number);
     }
 
     Message dictionary;
@@ -92,10 +92,10 @@ struct Object {
 class Table {
 public:
     explicit Table(Message data)
-        : keys_(allIn(data, field::key)),
-          types_(allIn(data, field::type)),
-          identifiers_(allIn(data, field::identifier)) {
-        for (const Message entry : allIn(data, field::entry)) {
+        : keys_(allIn(data, table_field::key)),
+          types_(allIn(data, table_field::type)),
+          identifiers_(allIn(data, table_field::identifier)) {
+        for (const Message entry : allIn(data, table_field::entry)) {
             objects_.emplace_back(entry);
         }
     }
@@ -110,7 +110,7 @@ private:
     };
 
     const Object* objectAt(Message reference) const {
-        const auto place = numberIn(reference, field::place);
+        const auto place = numberIn(reference, table_field::place);
         return place && *place < objects_.size() ? &objects_[*place] : nullptr;
     }
     Message root() const;
@@ -129,17 +129,17 @@ private:
 Message Table::root() const {
     for (const Object& object : objects_) {
         if (object.map.empty()) continue;
-        const auto type = numberIn(object.map, field::mapType).value_or(0);
+        const auto type = numberIn(object.map, table_field::mapType).value_or(0);
         if (type < types_.size() && types_[type] == "com.apple.notes.ICTable") return object.map;
     }
     return {};
 }
 
 const Object* Table::property(Message table, std::string_view name) const {
-    for (const Message entry : allIn(table, field::mapEntry)) {
-        const auto key = numberIn(entry, field::elementKey).value_or(keys_.size());
+    for (const Message entry : allIn(table, table_field::mapEntry)) {
+        const auto key = numberIn(entry, table_field::elementKey).value_or(keys_.size());
         if (key < keys_.size() && keys_[key] == name) {
-            return objectAt(protobufField(entry, field::elementValue));
+            return objectAt(protobufField(entry, table_field::elementValue));
         }
     }
     return nullptr;
@@ -156,17 +156,19 @@ Message Table::identifierOf(Message reference) const {
 Table::Places Table::placesIn(const Object* order) const {
     Places places;
     if (order == nullptr) return places;
-    const Message ordering = protobufField(order->orderedSet, field::ordering);
-    for (const Message one : allIn(protobufField(ordering, field::array), field::attachment)) {
+    const Message ordering = protobufField(order->orderedSet, table_field::ordering);
+    for (const Message one :
+         allIn(protobufField(ordering, table_field::array), table_field::attachment)) {
         const auto [entry, isNew] =
-            places.byIdentifier.emplace(protobufField(one, field::uuid), places.count);
+            places.byIdentifier.emplace(protobufField(one, table_field::uuid), places.count);
         if (isNew) ++places.count;
     }
-    for (const Message one : allIn(protobufField(ordering, field::contents), field::element)) {
+    for (const Message one :
+         allIn(protobufField(ordering, table_field::contents), table_field::element)) {
         const auto place =
-            places.byIdentifier.find(identifierOf(protobufField(one, field::elementKey)));
+            places.byIdentifier.find(identifierOf(protobufField(one, table_field::elementKey)));
         if (place == places.byIdentifier.end()) continue;
-        const Message other = identifierOf(protobufField(one, field::elementValue));
+        const Message other = identifierOf(protobufField(one, table_field::elementValue));
         places.byIdentifier.emplace(other, place->second);
     }
     return places;
@@ -177,16 +179,16 @@ std::vector<Message> Table::cells(Message table, const Places& rows, const Place
     const Object* byColumn = property(table, "cellColumns");
     if (byColumn == nullptr) return result;
     std::set<const Object*> seen;  // no column shares its cells with another
-    for (const Message one : allIn(byColumn->dictionary, field::element)) {
+    for (const Message one : allIn(byColumn->dictionary, table_field::element)) {
         const auto column =
-            columns.byIdentifier.find(identifierOf(protobufField(one, field::elementKey)));
-        const Object* byRow = objectAt(protobufField(one, field::elementValue));
+            columns.byIdentifier.find(identifierOf(protobufField(one, table_field::elementKey)));
+        const Object* byRow = objectAt(protobufField(one, table_field::elementValue));
         const bool isKnown = column != columns.byIdentifier.end() && byRow != nullptr;
         if (!isKnown || !seen.insert(byRow).second) continue;
-        for (const Message cell : allIn(byRow->dictionary, field::element)) {
+        for (const Message cell : allIn(byRow->dictionary, table_field::element)) {
             const auto row =
-                rows.byIdentifier.find(identifierOf(protobufField(cell, field::elementKey)));
-            const Object* text = objectAt(protobufField(cell, field::elementValue));
+                rows.byIdentifier.find(identifierOf(protobufField(cell, table_field::elementKey)));
+            const Object* text = objectAt(protobufField(cell, table_field::elementValue));
             if (row == rows.byIdentifier.end() || text == nullptr) continue;
             result[row->second * columns.count + column->second] = text->text;
         }
@@ -222,8 +224,8 @@ std::optional<std::string> appleNoteTable(
     std::span<const std::uint8_t> data, AppleNoteReferences& references) {
     const auto document = gunzipped(data, mostBytes);
     if (!document) return std::nullopt;
-    const Message object = protobufField(*document, field::object);
-    return Table(protobufField(object, field::data)).html(references);
+    const Message object = protobufField(*document, table_field::object);
+    return Table(protobufField(object, table_field::data)).html(references);
 }
 
 }  // namespace tesserine

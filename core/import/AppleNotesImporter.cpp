@@ -19,7 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* format = "apple-notes";
 constexpr const char* storeName = "NoteStore.sqlite";
 constexpr const char* unexpected = "The note could not be read.";
 
@@ -54,9 +53,9 @@ std::vector<SHA256Digest> digestsOf(const std::vector<fs::path>& files) {
 }
 
 /// One run over the notes of a store.
-class Session {
+class AppleNotesSession {
 public:
-    Session(
+    AppleNotesSession(
         StoreContext& context,
         const ImportEnvironment& environment,
         const fs::path& file,
@@ -103,7 +102,7 @@ private:
 };
 
 template <class Work, class Fail>
-auto Session::withNote(const AppleNote& note, Work work, Fail fail) {
+auto AppleNotesSession::withNote(const AppleNote& note, Work work, Fail fail) {
     try {
         AppleNoteContent content(note, store_, files_);
         return work(content);
@@ -119,7 +118,7 @@ auto Session::withNote(const AppleNote& note, Work work, Fail fail) {
 
 /// Digests the files before anything is written: what is in the library at the end is compared with
 /// what was read here.
-void Session::scan() {
+void AppleNotesSession::scan() {
     const auto add = [this](const AppleNoteContent& content) {
         digests_.push_back(digestsOf(content.files()));
     };
@@ -129,9 +128,9 @@ void Session::scan() {
     }
 }
 
-ImportReport Session::run() {
+ImportReport AppleNotesSession::run() {
     scan();
-    ImportRun run(context_, environment_, options_, format, title_, notes().size());
+    ImportRun run(context_, environment_, options_, appleNotesFormat, title_, notes().size());
     NoteLinks links(expectedIDs(run.seed()));
     Reconciliation reconciliation;
     std::size_t done = 0;
@@ -151,7 +150,7 @@ ImportReport Session::run() {
     return run.finish(check.has_value(), check);
 }
 
-std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {
+std::vector<Uuid> AppleNotesSession::expectedIDs(const Uuid& seed) const {
     std::vector<Uuid> result;
     result.reserve(notes().size());
     for (const AppleNote& note : notes()) {
@@ -160,7 +159,7 @@ std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {
     return result;
 }
 
-ImportDraft Session::draftOf(AppleNoteContent& content) const {
+ImportDraft AppleNotesSession::draftOf(AppleNoteContent& content) const {
     ImportDraft draft = content.draft();
     draft.notebookPath.insert(
         draft.notebookPath.begin(), options_.notebook.begin(), options_.notebook.end());
@@ -168,7 +167,7 @@ ImportDraft Session::draftOf(AppleNoteContent& content) const {
     return draft;
 }
 
-ImportedNote Session::importNote(ImportRun& run, NoteLinks& links, std::size_t number) {
+ImportedNote AppleNotesSession::importNote(ImportRun& run, NoteLinks& links, std::size_t number) {
     const auto import = [&](AppleNoteContent& content) {
         ImportDraft draft = draftOf(content);
         draft.id = links.expected(number);
@@ -189,7 +188,7 @@ ImportedNote Session::importNote(ImportRun& run, NoteLinks& links, std::size_t n
         note, import, [&](const char* sentence) { return run.addFailure(note.title, sentence); });
 }
 
-ImportPreview Session::preview() {
+ImportPreview AppleNotesSession::preview() {
     ImportPreviewRun preview(context_, environment_, options_);
     std::size_t done = 0;
     for (const AppleNote& note : notes()) {
@@ -219,7 +218,7 @@ ImportPreview AppleNotesImporter::preview(
     const ImportOptions& options,
     const ImportControl& control) const {
     if (const auto store = storeIn(sources)) {
-        return Session(context, environment_, *store, options, control).preview();
+        return AppleNotesSession(context, environment_, *store, options, control).preview();
     }
     return MarkdownImporter(environment_, appleNotesFiles)
         .preview(context, sources, options, control);
@@ -231,7 +230,7 @@ ImportReport AppleNotesImporter::run(
     const ImportOptions& options,
     const ImportControl& control) const {
     if (const auto store = storeIn(sources)) {
-        return Session(context, environment_, *store, options, control).run();
+        return AppleNotesSession(context, environment_, *store, options, control).run();
     }
     return MarkdownImporter(environment_, appleNotesFiles).run(context, sources, options, control);
 }

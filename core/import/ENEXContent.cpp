@@ -19,8 +19,6 @@
 namespace tesserine {
 namespace {
 
-constexpr const char* format = "enex";
-
 std::string shownName(const ENEXResource& file) {
     const std::string name(text::trimmed(file.filename));
     return name.empty() ? "A file" : "“" + name + "”";
@@ -240,12 +238,12 @@ ImportDraft ENEXContent::draft() {
     ImportDraft draft{
         .createdAt = compactDate(note_.created),
         .updatedAt = compactDate(note_.updated),
-        .originalFormat = format,
+        .originalFormat = enexFormat,
         .originalSource = std::move(note_.source),
         .warnings = warnings_};
     draft.title = sourceTitle(note_.title, draft.warnings);
     if (!draft.updatedAt) draft.updatedAt = draft.createdAt;
-    draft.fingerprint = importFingerprint(format, draft.title, draft.createdAt, canonical_);
+    draft.fingerprint = importFingerprint(enexFormat, draft.title, draft.createdAt, canonical_);
     SourceTags tags;
     for (const std::string& tag : note_.tags) {
         tags.add(tag, draft.warnings);

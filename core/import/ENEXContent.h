@@ -14,6 +14,9 @@
 
 namespace tesserine {
 
+/// What reports and imported notes name as their origin.
+inline constexpr const char* enexFormat = "enex";
+
 /// One note of an ENEX file on its way into the library.
 class ENEXContent {
 public:

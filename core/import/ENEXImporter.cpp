@@ -17,8 +17,7 @@
 namespace tesserine {
 namespace {
 
-constexpr const char* format = "enex";
-constexpr const char* unexpected = "The note could not be read.";
+constexpr const char* unexpectedNote = "The note could not be read.";
 constexpr const char* changed = "The file was changed while it was imported.";
 
 std::string nameOf(const std::filesystem::path& file) {
@@ -65,9 +64,9 @@ ImportPreviewRun::Files countOf(const std::vector<ENEXResource>& files) {
 }
 
 /// One run over the files of an import.
-class Session {
+class ENEXSession {
 public:
-    Session(
+    ENEXSession(
         StoreContext& context,
         const ImportEnvironment& environment,
         const std::vector<std::filesystem::path>& files,
@@ -112,7 +111,7 @@ private:
     NoteTitles titles_;
 };
 
-void Session::forEachNote(ENEXReader::Files use, const Take& take) const {
+void ENEXSession::forEachNote(ENEXReader::Files use, const Take& take) const {
     for (const std::filesystem::path& file : files_) {
         ENEXReader reader(file, use);
         while (!isStopped()) {
@@ -125,16 +124,16 @@ void Session::forEachNote(ENEXReader::Files use, const Take& take) const {
 
 /// Counts what is there before anything is written: links lead to notes that come later, and what
 /// is in the library at the end is compared with what was read here.
-void Session::scan() {
+void ENEXSession::scan() {
     forEachNote(ENEXReader::Files::digests, [&](const ENEXNote& note, const auto&) {
         if (!note.failure) titles_.add(digests_.size(), note.title);
         digests_.push_back(digestsOf(note));
     });
 }
 
-ImportReport Session::run() {
+ImportReport ENEXSession::run() {
     scan();
-    ImportRun run(context_, environment_, options_, format, titleOf(files_), digests_.size());
+    ImportRun run(context_, environment_, options_, enexFormat, titleOf(files_), digests_.size());
     NoteLinks links(expectedIDs(run.seed()));
     Reconciliation reconciliation;
     std::size_t done = 0;
@@ -159,7 +158,7 @@ ImportReport Session::run() {
     return run.finish(check.has_value(), check);
 }
 
-std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {
+std::vector<Uuid> ENEXSession::expectedIDs(const Uuid& seed) const {
     std::vector<Uuid> result;
     result.reserve(digests_.size());
     for (std::size_t i = 0; i < digests_.size(); ++i) {
@@ -168,7 +167,7 @@ std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {
     return result;
 }
 
-ImportDraft Session::draftOf(ENEXContent& content, const std::filesystem::path& file) const {
+ImportDraft ENEXSession::draftOf(ENEXContent& content, const std::filesystem::path& file) const {
     ImportDraft draft = content.draft();
     draft.notebookPath = options_.notebook;
     if (draft.notebookPath.empty()) draft.notebookPath.push_back(notebookName(file));
@@ -176,7 +175,7 @@ ImportDraft Session::draftOf(ENEXContent& content, const std::filesystem::path& 
     return draft;
 }
 
-ImportedNote Session::importNote(
+ImportedNote ENEXSession::importNote(
     ImportRun& run,
     NoteLinks& links,
     std::size_t number,
@@ -205,11 +204,11 @@ ImportedNote Session::importNote(
         return run.addFailure(title, error.what());
     } catch (const std::exception&) {
         environment_.log.error("import: a note could not be read");
-        return run.addFailure(title, unexpected);
+        return run.addFailure(title, unexpectedNote);
     }
 }
 
-ImportPreview Session::preview() {
+ImportPreview ENEXSession::preview() {
     ImportPreviewRun preview(context_, environment_, options_);
     std::size_t done = 0;
     forEachNote(ENEXReader::Files::names, [&](ENEXNote note, const std::filesystem::path& file) {
@@ -219,7 +218,7 @@ ImportPreview Session::preview() {
     return preview.finish();
 }
 
-void Session::lookAt(
+void ENEXSession::lookAt(
     ImportPreviewRun& preview, ENEXNote note, const std::filesystem::path& file) const {
     if (note.failure) return preview.addFailure(note.title, *note.failure);
     const std::string title = note.title;
@@ -240,7 +239,7 @@ ImportPreview ENEXImporter::preview(
     const std::vector<std::filesystem::path>& files,
     const ImportOptions& options,
     const ImportControl& control) const {
-    return Session(context, environment_, files, options, control).preview();
+    return ENEXSession(context, environment_, files, options, control).preview();
 }
 
 ImportReport ENEXImporter::run(
@@ -248,7 +247,7 @@ ImportReport ENEXImporter::run(
     const std::vector<std::filesystem::path>& files,
     const ImportOptions& options,
     const ImportControl& control) const {
-    return Session(context, environment_, files, options, control).run();
+    return ENEXSession(context, environment_, files, options, control).run();
 }
 
 }  // namespace tesserine

@@ -9,7 +9,7 @@ namespace tesserine {
 namespace {
 
 /// Decoded bytes are digested and put away in pieces of this size.
-constexpr std::size_t pieceSize = 65'536;
+constexpr std::size_t decodedPieceSize = 65'536;
 
 }  // namespace
 
@@ -27,7 +27,7 @@ void ENEXNoteBuilder::open(std::string_view name, const XMLAttributes& attribute
 void ENEXNoteBuilder::text(std::string_view text) {
     if (isInData()) {
         decoder_.decode(text, decoded_);
-        if (decoded_.size() >= pieceSize) takeData();
+        if (decoded_.size() >= decodedPieceSize) takeData();
     } else if (text_ != nullptr && !note_.failure) {
         *text_ += text;
     }

@@ -30,7 +30,7 @@ public:
     test::TemporaryFolder folder;
 };
 
-const std::string three = enexNote("One", "1") + enexNote("Two", "2") + enexNote("Three", "3");
+const std::string threeNotes = enexNote("One", "1") + enexNote("Two", "2") + enexNote("Three", "3");
 
 TEST_F(ENEXReaderTest, OtherFilesAreRefusedByName) {
     const std::string refused = "a.enex: “a.enex” is not an Evernote export file.\n";
@@ -64,7 +64,7 @@ TEST_F(ENEXReaderTest, DeclaredEntitiesAreRefusedBeforeTheyAreUsed) {
 }
 
 TEST_F(ENEXReaderTest, AFileThatBreaksOffGivesItsWholeNotesAndSaysWhere) {
-    const std::string whole = enexFile(three);
+    const std::string whole = enexFile(threeNotes);
     const std::size_t inThird = whole.find("<title>Three") + 20;
     const std::string after2 = " after 2 whole notes.\n";
     EXPECT_EQ(

@@ -43,7 +43,7 @@ std::optional<TaskDue> dueOf(const ENEXFields& task, const Calendar& calendar) {
     return TaskDue{calendar.instant({.year = day.year, .month = day.month, .day = day.day}), false};
 }
 
-std::optional<Instant> reminderOf(const ENEXFields& task) {
+std::optional<Instant> reminderOfTask(const ENEXFields& task) {
     const std::string_view status = task.text("reminder.reminderStatus");
     if (status != "active" && !status.empty()) return std::nullopt;
     return compactDate(task.text("reminder.reminderDate"));
@@ -63,7 +63,7 @@ std::vector<ImportedTask> enexTasks(const ENEXNote& note, const Calendar& calend
             made.completedAt = compactDate(task->text("statusUpdated"));
             if (!made.completedAt) made.completedAt = made.updatedAt.value_or(Instant{});
         } else {
-            made.draft.reminderAt = reminderOf(*task);
+            made.draft.reminderAt = reminderOfTask(*task);
         }
         result.push_back(std::move(made));
     }

@@ -19,37 +19,38 @@ std::string rendered(const std::optional<FrontMatter>& matter) {
     return result;
 }
 
-struct Case {
+struct FrontMatterCase {
     const char* yaml;
     const char* fields;
 };
 
 TEST(FrontMatter, ScalarsAndListsAreRead) {
     for (const auto& [yaml, fields] : {
-             Case{"title: Plan: part 2 # draft", "title=Plan: part 2"},
-             Case{
+             FrontMatterCase{"title: Plan: part 2 # draft", "title=Plan: part 2"},
+             FrontMatterCase{
                  "a: x#y\nb: 'it''s' # c\nc: \"q \\\"x\\\" \\u00e9\\U0001F600\\x41\"",
                  "a=x#y; b=it's; c=q \"x\" é😀A"},
-             Case{"a: Anna's list, it's\nb: 5 o'clock # c", "a=Anna's list, it's; b=5 o'clock"},
-             Case{"url: https://x.org/a?b#c", "url=https://x.org/a?b#c"},
-             Case{"\"my key\": 1\n'b': 2", "my key=1; b=2"},
-             Case{"a:\nb: ~\nc: null\nd: # none", "a=; b=; c=; d="},
-             Case{"t: [a, 'b, c', \"d\", [e, f], ]", "t=[a, b, c, d, [e, f]]"},
-             Case{"t: [\n  a,\n  b\n]\nu: 1", "t=[a, b]; u=1"},
-             Case{"t: [a, b\nu: 1", "t=[a, b; u=1"},  // never closed
-             Case{"t:\n- a\n- 'b' # c\n-\nu: 1", "t=[a, b]; u=1"},
-             Case{"t:\n  - a\n  - b\n    c", "t=[a, b/c]"},
-             Case{"# comment\n\na: 1\n\nA: 2", "a=1; A=2"},
-             Case{"a: 1\nb: 2\na: 3", "a=3; b=2"},
-             Case{"a: one\n  two\n\n  three", "a=one two three"},
-             Case{"a: 'one\n  two'", "a=one two"},
-             Case{"a: |\n  one\n    two\n\n  three\nb: 1", "a=one/  two//three; b=1"},
-             Case{"a: >-\n  one\n  two\n\n  three", "a=one two/three"},
-             Case{"a:\n  b: 1\n  c:\n    d: 2", "a=b: 1/c:/  d: 2"},
-             Case{"a: {b: 1, c: [2]}", "a={b: 1, c: [2]}"},
-             Case{R"(a: "broken \q \u12)", R"(a="broken \q \u12)"},
-             Case{R"(a: "\u0000\ud800")", "a=\uFFFD\uFFFD"},
-             Case{"", ""},
+             FrontMatterCase{
+                 "a: Anna's list, it's\nb: 5 o'clock # c", "a=Anna's list, it's; b=5 o'clock"},
+             FrontMatterCase{"url: https://x.org/a?b#c", "url=https://x.org/a?b#c"},
+             FrontMatterCase{"\"my key\": 1\n'b': 2", "my key=1; b=2"},
+             FrontMatterCase{"a:\nb: ~\nc: null\nd: # none", "a=; b=; c=; d="},
+             FrontMatterCase{"t: [a, 'b, c', \"d\", [e, f], ]", "t=[a, b, c, d, [e, f]]"},
+             FrontMatterCase{"t: [\n  a,\n  b\n]\nu: 1", "t=[a, b]; u=1"},
+             FrontMatterCase{"t: [a, b\nu: 1", "t=[a, b; u=1"},  // never closed
+             FrontMatterCase{"t:\n- a\n- 'b' # c\n-\nu: 1", "t=[a, b]; u=1"},
+             FrontMatterCase{"t:\n  - a\n  - b\n    c", "t=[a, b/c]"},
+             FrontMatterCase{"# comment\n\na: 1\n\nA: 2", "a=1; A=2"},
+             FrontMatterCase{"a: 1\nb: 2\na: 3", "a=3; b=2"},
+             FrontMatterCase{"a: one\n  two\n\n  three", "a=one two three"},
+             FrontMatterCase{"a: 'one\n  two'", "a=one two"},
+             FrontMatterCase{"a: |\n  one\n    two\n\n  three\nb: 1", "a=one/  two//three; b=1"},
+             FrontMatterCase{"a: >-\n  one\n  two\n\n  three", "a=one two/three"},
+             FrontMatterCase{"a:\n  b: 1\n  c:\n    d: 2", "a=b: 1/c:/  d: 2"},
+             FrontMatterCase{"a: {b: 1, c: [2]}", "a={b: 1, c: [2]}"},
+             FrontMatterCase{R"(a: "broken \q \u12)", R"(a="broken \q \u12)"},
+             FrontMatterCase{R"(a: "\u0000\ud800")", "a=\uFFFD\uFFFD"},
+             FrontMatterCase{"", ""},
          }) {
         SCOPED_TRACE(yaml);
         const std::string text = "---\n" + std::string(yaml) + "\n---\nbody";

@@ -9,7 +9,7 @@
 namespace tesserine {
 namespace {
 
-constexpr std::size_t pieceSize = 65'536;
+constexpr std::size_t inflatedPieceSize = 65'536;
 constexpr int gzipOnly = 16 + MAX_WBITS;
 
 struct End {
@@ -31,11 +31,11 @@ std::optional<std::string> gunzipped(std::span<const std::uint8_t> gzip, std::si
     int status = Z_OK;
     while (status == Z_OK) {
         const std::size_t before = content.size();
-        content.resize(before + pieceSize);
+        content.resize(before + inflatedPieceSize);
         stream.next_out = reinterpret_cast<Bytef*>(content.data() + before);
-        stream.avail_out = pieceSize;
+        stream.avail_out = inflatedPieceSize;
         status = inflate(&stream, Z_NO_FLUSH);
-        content.resize(before + pieceSize - stream.avail_out);
+        content.resize(before + inflatedPieceSize - stream.avail_out);
         if (content.size() > limit) return std::nullopt;
     }
     if (status != Z_STREAM_END) return std::nullopt;

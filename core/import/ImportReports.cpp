@@ -51,10 +51,6 @@ std::size_t removeTasks(StoreContext& context, const ImportedNote& imported, Ins
     return removed;
 }
 
-std::string counted(std::size_t count, const std::string& noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
 }  // namespace
 
 std::vector<CDImportReport*> ImportReports::list(StoreContext& context) const {

@@ -41,6 +41,10 @@ std::string ImportCheck::sentence() const {
            + " are in the library, every byte equal.";
 }
 
+std::string counted(std::size_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 void ImportReport::add(ImportedNote note) {
     ++countOf(note.outcome);
     notes.push_back(std::move(note));

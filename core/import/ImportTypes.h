@@ -68,6 +68,9 @@ enum class ImportOutcome { imported, replaced, skipped, failed };
 std::string_view rawValue(ImportOutcome outcome);
 std::optional<ImportOutcome> importOutcomeNamed(std::string_view name);
 
+/// "1 note", "2 notes".
+std::string counted(std::size_t count, const std::string& noun);
+
 /// What became of one note of the source.
 struct ImportedNote {
     std::string title{};  ///< of a note that could not be read: the name of its file

@@ -17,7 +17,7 @@
 namespace tesserine {
 namespace {
 
-constexpr const char* unexpected = "The file could not be read as a note.";
+constexpr const char* unexpectedFile = "The file could not be read as a note.";
 
 /// Where a note goes: below the chosen notebook, or into the notebooks that its front matter or its
 /// folders name.
@@ -138,9 +138,9 @@ private:
 };
 
 /// One run over the files of an import.
-class Session {
+class MarkdownSession {
 public:
-    Session(
+    MarkdownSession(
         StoreContext& context,
         const ImportEnvironment& environment,
         const FileDialect& dialect,
@@ -180,7 +180,7 @@ private:
     const SourceIndex index_;
 };
 
-ImportReport Session::run() {
+ImportReport MarkdownSession::run() {
     ImportRun run(context_, environment_, options_, dialect_.format, folder_.title(), total());
     std::size_t done = 0;
     for (const auto& [name, sentence] : folder_.problems()) {
@@ -199,7 +199,7 @@ ImportReport Session::run() {
     return run.finish(done == total() && !control_.stop.stop_requested());
 }
 
-std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {
+std::vector<Uuid> MarkdownSession::expectedIDs(const Uuid& seed) const {
     std::vector<Uuid> result;
     result.reserve(folder_.notes().size());
     for (const SourceFile& file : folder_.notes()) {
@@ -208,7 +208,7 @@ std::vector<Uuid> Session::expectedIDs(const Uuid& seed) const {
     return result;
 }
 
-ImportedNote Session::importNote(ImportRun& run, NoteLinks& links, std::size_t number) {
+ImportedNote MarkdownSession::importNote(ImportRun& run, NoteLinks& links, std::size_t number) {
     const SourceFile& file = folder_.notes()[number];
     try {
         MarkdownNote note = readMarkdownNote(dialect_, folder_, file, environment_, options_);
@@ -222,11 +222,11 @@ ImportedNote Session::importNote(ImportRun& run, NoteLinks& links, std::size_t n
         return run.addFailure(SourceFolder::name(file), error.what());
     } catch (const std::exception&) {
         environment_.log.error("import: a file could not be read as a note");
-        return run.addFailure(SourceFolder::name(file), unexpected);
+        return run.addFailure(SourceFolder::name(file), unexpectedFile);
     }
 }
 
-ImportDraft Session::draftOf(MarkdownNote& note, NoteLinks& links, std::size_t number) {
+ImportDraft MarkdownSession::draftOf(MarkdownNote& note, NoteLinks& links, std::size_t number) {
     const SourceFile& file = folder_.notes()[number];
     MarkdownProperties& properties = note.properties;
     ImportDraft draft{
@@ -261,7 +261,7 @@ ImportDraft Session::draftOf(MarkdownNote& note, NoteLinks& links, std::size_t n
 
 /// Remembers where a note leads that an earlier run put in: what it links to may get another
 /// identifier in this run than that run expected.
-void Session::findLinks(
+void MarkdownSession::findLinks(
     const MarkdownNote& note, const Uuid& id, std::size_t number, NoteLinks& links) {
     if (!note.body) return;
     std::vector<std::string> warnings;
@@ -272,7 +272,7 @@ void Session::findLinks(
     }
 }
 
-ImportPreview Session::preview() {
+ImportPreview MarkdownSession::preview() {
     ImportPreviewRun preview(context_, environment_, options_);
     NoteLinks links(std::vector<Uuid>(folder_.notes().size()));  // are not asked
     std::size_t done = 0;
@@ -288,7 +288,7 @@ ImportPreview Session::preview() {
     return preview.finish();
 }
 
-void Session::lookAt(ImportPreviewRun& preview, NoteLinks& links, std::size_t number) {
+void MarkdownSession::lookAt(ImportPreviewRun& preview, NoteLinks& links, std::size_t number) {
     const SourceFile& file = folder_.notes()[number];
     try {
         MarkdownNote note = readMarkdownNote(dialect_, folder_, file, environment_, options_);
@@ -301,11 +301,11 @@ void Session::lookAt(ImportPreviewRun& preview, NoteLinks& links, std::size_t nu
     } catch (const UserError& error) {
         preview.addFailure(SourceFolder::name(file), error.what());
     } catch (const std::exception&) {
-        preview.addFailure(SourceFolder::name(file), unexpected);
+        preview.addFailure(SourceFolder::name(file), unexpectedFile);
     }
 }
 
-ImportPreviewRun::Files Session::filesOf(
+ImportPreviewRun::Files MarkdownSession::filesOf(
     const HTMLDocument& body, const SourceFile& file, std::vector<std::string>& warnings) const {
     CountedReferences references(index_, file, options_, warnings);
     withResolvedReferences(body, references);
@@ -323,7 +323,7 @@ ImportPreview MarkdownImporter::preview(
     const std::vector<std::filesystem::path>& sources,
     const ImportOptions& options,
     const ImportControl& control) const {
-    return Session(context, environment_, *dialect_, sources, options, control).preview();
+    return MarkdownSession(context, environment_, *dialect_, sources, options, control).preview();
 }
 
 ImportReport MarkdownImporter::run(
@@ -331,7 +331,7 @@ ImportReport MarkdownImporter::run(
     const std::vector<std::filesystem::path>& sources,
     const ImportOptions& options,
     const ImportControl& control) const {
-    return Session(context, environment_, *dialect_, sources, options, control).run();
+    return MarkdownSession(context, environment_, *dialect_, sources, options, control).run();
 }
 
 }  // namespace tesserine

@@ -12,7 +12,7 @@ namespace {
 constexpr int leastWeight = 50;
 
 /// Reads `<item><t w="87">word</t>…</item>`: places with the words that each may be.
-class Reader final : public HTMLSink {
+class TextFinder final : public HTMLSink {
 public:
     void open(
         HTMLElement, std::string_view name, std::span<const HTMLAttribute> attributes) override {
@@ -52,7 +52,7 @@ private:
 }  // namespace
 
 std::string recognisedText(std::string_view xml) {
-    Reader reader;
+    TextFinder reader;
     parseHTML(xml, reader);
     return reader.result();
 }

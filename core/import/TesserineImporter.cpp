@@ -35,10 +35,6 @@ constexpr std::uint64_t largestPage = 4 * limits::canonicalBodyBytes;
 /// The fingerprint of a note whose files are not all in yet: a run that finds one was killed there.
 constexpr const char* unfinished = "tesserine-import-unfinished";
 
-std::string counted(std::size_t count, const std::string& noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
 /// Where notes and attachments of the library lie in an export, by path.
 using Addresses = std::unordered_map<std::string, std::string>;
 

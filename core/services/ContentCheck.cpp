@@ -19,7 +19,7 @@ constexpr std::size_t progressInterval = 500;
 /// A younger file may belong to a save that another process is about to commit.
 constexpr std::chrono::hours orphanAge{24};
 
-const std::string& idColumn(const EntityDescription& entity) {
+const std::string& identityColumn(const EntityDescription& entity) {
     return entity.attributes[*entity.identity].column;
 }
 
@@ -91,8 +91,9 @@ void LibraryExamination::checkFilesOf(
     std::vector<std::pair<RowID, std::string>> suspects;
     {
         Statement row = context_->reader().prepare(
-            "SELECT Z_PK, " + idColumn(entity) + ", substr(" + attribute.column + ", 1, 64) FROM "
-            + entity.table + " WHERE substr(" + attribute.column + ", 1, 1) = x'02'");
+            "SELECT Z_PK, " + identityColumn(entity) + ", substr(" + attribute.column
+            + ", 1, 64) FROM " + entity.table + " WHERE substr(" + attribute.column
+            + ", 1, 1) = x'02'");
         while (row.step()) {
             const std::string name = ExternalValues::fileName(row.blob(2)).value_or("");
             if (name.empty() || missing(name)) {
@@ -127,7 +128,7 @@ void LibraryExamination::checkDigestsOf(
     const EntityDescription& entity, const AttributeDescription& attribute) {
     const bool isFile = entity.kind == EntityKind::attachment;
     Statement row = context_->reader().prepare(
-        "SELECT Z_PK, " + idColumn(entity) + ", " + attribute.column + ", SHA256"
+        "SELECT Z_PK, " + identityColumn(entity) + ", " + attribute.column + ", SHA256"
         + (isFile ? ", ZSHA256" : ", NULL") + " FROM " + entity.table
         + " LEFT JOIN Z_DIGEST ON ENTITY = '" + entity.name + "' AND PK = Z_PK AND ATTRIBUTE = '"
         + attribute.name + "' WHERE " + attribute.column + " IS NOT NULL");

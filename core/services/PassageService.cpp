@@ -36,7 +36,7 @@ bool holds(std::string_view text, std::string_view passage) {
     return isFound;
 }
 
-bool isConflict(const CDNoteRevision* revision) {
+bool isConflictRevision(const CDNoteRevision* revision) {
     return revision->reason == std::string(rawValue(NoteRevisionReason::conflict));
 }
 
@@ -94,7 +94,7 @@ void PassageService::remove(StoreContext& context, CDNote& note, const Copies& c
     }
     if (copies.isInSource) note.originalSource = std::nullopt;
     if (note.hasConflict.valueOr(false)) {
-        note.hasConflict = std::ranges::any_of(note.revisions.all(), isConflict);
+        note.hasConflict = std::ranges::any_of(note.revisions.all(), isConflictRevision);
     }
 }
 

@@ -8,7 +8,7 @@ namespace tesserine {
 namespace {
 
 /// Oldest first, so that of two twins it is always the same one that is found.
-const std::vector<SortDescriptor> oldestFirst{{"createdAt"}};
+const std::vector<SortDescriptor> oldestTagFirst{{"createdAt"}};
 
 }  // namespace
 
@@ -28,7 +28,7 @@ CDTag* TagService::find(StoreContext& context, std::string_view name) const {
     const auto stored = storedTagName(name);
     if (!stored) return nullptr;
     return context.fetchFirst<CDTag>(
-        {.predicate = {"name ==[c] %@", *stored}, .sort = oldestFirst});
+        {.predicate = {"name ==[c] %@", *stored}, .sort = oldestTagFirst});
 }
 
 std::vector<CDTag*> TagService::all(StoreContext& context, const text::Collator& collator) const {
@@ -46,7 +46,7 @@ CDTag& TagService::rename(StoreContext& context, CDTag& tag, std::string_view na
     const auto stored = storedTagName(name);
     if (!stored) return tag;
     auto* const existing = context.fetchFirst<CDTag>(
-        {.predicate = {"name ==[c] %@ AND SELF != %@", *stored, tag}, .sort = oldestFirst});
+        {.predicate = {"name ==[c] %@ AND SELF != %@", *stored, tag}, .sort = oldestTagFirst});
     if (existing != nullptr) {
         merge(context, tag, *existing);
         return *existing;

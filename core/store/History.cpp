@@ -1,18 +1,11 @@
 #include "core/store/History.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
 
 namespace tesserine::history {
 namespace {
-
-std::string joined(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        if (!text.empty()) text += ' ';
-        text += name;
-    }
-    return text;
-}
 
 std::vector<std::string> split(std::string_view text) {
     std::vector<std::string> names;
@@ -73,7 +66,7 @@ std::int64_t record(
             row.bindNull(4);
         }
         row.bindInteger(5, static_cast<std::int64_t>(change.kind));
-        row.bindText(6, joined(change.changed));
+        row.bindText(6, text::joined(change.changed, " "));
         row.step();
         row.reset();
     }

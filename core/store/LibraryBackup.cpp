@@ -52,7 +52,7 @@ std::optional<LibraryBackup> readName(const std::filesystem::path& folder) {
     return LibraryBackup{.folder = folder, .createdAt = *when, .reason = reason};
 }
 
-std::uint64_t sizeOf(const std::filesystem::path& folder) {
+std::uint64_t folderSize(const std::filesystem::path& folder) {
     std::uint64_t size = 0;
     std::error_code ignored;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, ignored)) {
@@ -176,7 +176,7 @@ LibraryBackup LibraryBackups::createFrom(
         discard(making);
         throw;
     }
-    return {.folder = place, .createdAt = now, .reason = reason, .byteCount = sizeOf(place)};
+    return {.folder = place, .createdAt = now, .reason = reason, .byteCount = folderSize(place)};
 }
 
 void LibraryBackups::copyInto(
@@ -261,7 +261,7 @@ std::vector<LibraryBackup> LibraryBackups::list() const {
     for (const auto& entry : std::filesystem::directory_iterator(folder(), ignored)) {
         auto backup = readName(entry.path());
         if (!backup || !entry.is_directory(ignored)) continue;
-        backup->byteCount = sizeOf(entry.path());
+        backup->byteCount = folderSize(entry.path());
         result.push_back(std::move(*backup));
     }
     std::ranges::sort(result, [](const LibraryBackup& a, const LibraryBackup& b) {
@@ -298,7 +298,7 @@ LibraryBackup LibraryBackups::verify(const std::filesystem::path& folder) const 
     }
     auto backup = readName(folder).value_or(
         LibraryBackup{.folder = folder, .createdAt = fileTime(file), .reason = "manual"});
-    backup.byteCount = sizeOf(folder);
+    backup.byteCount = folderSize(folder);
     return backup;
 }
 

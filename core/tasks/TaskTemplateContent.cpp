@@ -1,6 +1,7 @@
 #include "core/tasks/TaskTemplateContent.h"
 
 #include "base/JSON.h"
+#include "base/Text.h"
 #include "core/tasks/TaskSnapshot.h"
 
 #include <algorithm>
@@ -44,15 +45,6 @@ std::string dueText(const TaskTemplateContent& content) {
     }
     if (content.dueTime) text += " at " + timeText(*content.dueTime);
     return text;
-}
-
-std::string joined(const std::vector<std::string>& parts, const char* separator) {
-    std::string result;
-    for (const std::string& part : parts) {
-        if (!result.empty()) result += separator;
-        result += part;
-    }
-    return result;
 }
 
 /// The number that `text` is, if it has one or two digits and nothing else.
@@ -123,12 +115,12 @@ std::string TaskTemplateContent::summary() const {
     if (priority != TaskPriority::p4) parts.push_back(shortLabel(priority));
     parts.push_back(dueText(*this));
     if (recurrence) parts.emplace_back("Repeats");
-    if (!labels.empty()) parts.push_back(joined(labels, " "));
+    if (!labels.empty()) parts.push_back(text::joined(labels, " "));
     if (!subtasks.empty()) {
         const char* noun = subtasks.size() == 1 ? " subtask" : " subtasks";
         parts.push_back(std::to_string(subtasks.size()) + noun);
     }
-    return joined(parts, " · ");
+    return text::joined(parts, " · ");
 }
 
 }  // namespace tesserine

@@ -11,7 +11,7 @@
 namespace tesserine::test {
 namespace {
 
-std::string addition(const std::string& title) {
+std::string sharedAddition(const std::string& title) {
     return R"({"op": "note.add", "title": ")" + title
            + R"(", "tags": ["shared"], "notebook": "All"})"
              "\n";
@@ -41,8 +41,8 @@ TEST(ConcurrencyJourney, TwoProcessesWriteOneLibraryAndNothingIsLost) {
     std::string firstLines;
     std::string secondLines;
     for (int i = 0; i < count; ++i) {
-        firstLines += addition("first " + std::to_string(i));
-        secondLines += addition("second " + std::to_string(i));
+        firstLines += sharedAddition("first " + std::to_string(i));
+        secondLines += sharedAddition("second " + std::to_string(i));
     }
     ASSERT_TRUE(first.write(firstLines));
     ASSERT_TRUE(second.write(secondLines));
@@ -96,7 +96,7 @@ TEST(ConcurrencyJourney, WhatABatchAcknowledgedSurvivesAKill) {
         RunningProgram batch(program.commandLine({"batch"}), program.variables());
         std::string lines;
         for (int i = 0; i < 200; ++i) {
-            lines += addition("note " + std::to_string(round) + "." + std::to_string(i));
+            lines += sharedAddition("note " + std::to_string(round) + "." + std::to_string(i));
         }
         ASSERT_TRUE(batch.write(lines));
         const std::uint64_t answers = 1 + random.below(40);
@@ -122,7 +122,7 @@ TEST(ConcurrencyJourney, WhatABatchAcknowledgedSurvivesAKill) {
 TEST(ConcurrencyJourney, CtrlCEndsABatchThatWaitsForItsInput) {
     const ProgramRunner program;
     RunningProgram batch(program.commandLine({"batch"}), program.variables());
-    ASSERT_TRUE(batch.write(addition("Plan")));
+    ASSERT_TRUE(batch.write(sharedAddition("Plan")));
     ASSERT_TRUE(batch.readLine());
     batch.signal(SIGINT);
     EXPECT_EQ(batch.wait(), 130);

@@ -10,7 +10,7 @@
 namespace tesserine::test {
 namespace {
 
-std::string addition(const std::string& title) {
+std::string invoiceAddition(const std::string& title) {
     return R"({"op": "note.add", "title": ")" + title
            + R"(", "text": "an invoice to pay"})"
              "\n";
@@ -36,7 +36,7 @@ TEST(SearchJourney, OneProcessSearchesWhileAnotherWrites) {
     RunningProgram reader(program.commandLine({"batch"}), program.variables());
     constexpr int noteCount = 200;
     for (int i = 0; i < noteCount; ++i) {
-        ASSERT_TRUE(writer.write(addition("Note " + std::to_string(i))));
+        ASSERT_TRUE(writer.write(invoiceAddition("Note " + std::to_string(i))));
     }
     writer.closeInput();
     std::size_t seen = 0;
@@ -64,7 +64,7 @@ TEST(SearchJourney, AKilledRebuildIsMendedByTheNextSearch) {
     std::string lines;
     constexpr int noteCount = 600;
     for (int i = 0; i < noteCount; ++i) {
-        lines += addition("Note " + std::to_string(i));
+        lines += invoiceAddition("Note " + std::to_string(i));
     }
     ASSERT_EQ(program.run({"batch"}, lines).status, 0);
     ASSERT_EQ(countOf(program, "invoice"), std::size_t{noteCount});

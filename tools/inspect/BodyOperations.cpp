@@ -79,7 +79,7 @@ std::optional<BlockStyle> blockStyleOf(const object& paragraph) {
 /// `outline.entries`: the headings of an edited text, given as paragraphs.
 value outlineOfParagraphs(const object& input) {
     AttributedText edited;
-    for (const value& paragraph : inspect::array(input, "paragraphs")) {
+    for (const value& paragraph : elements(input, "paragraphs")) {
         if (!paragraph.is_object()) throw InputError("a paragraph is not an object");
         edited.append(text(paragraph.get_object(), "text"), blockStyleOf(paragraph.get_object()));
     }
@@ -167,7 +167,7 @@ private:
 
 /// `sanitize.tree`: the same for the children of a body, given as a tree.
 value sanitizedTree(const object& input) {
-    const HTMLDocument document = TreeReader::read(inspect::array(input, "tree"));
+    const HTMLDocument document = TreeReader::read(elements(input, "tree"));
     const SanitizationResult result = sanitize(document.root());
     return sanitized(result.html, result.report);
 }

@@ -11,7 +11,7 @@ namespace {
 using boost::json::object;
 using boost::json::value;
 
-[[noreturn]] void fail(std::string_view key, std::string_view what) {
+[[noreturn]] void noSuch(std::string_view key, std::string_view what) {
     throw InputError("“" + std::string(key) + "” is no " + std::string(what));
 }
 
@@ -19,7 +19,7 @@ std::optional<int> optionalNumber(
     const object& input, std::string_view key, int least, int greatest) {
     const auto number = optionalInteger(input, key);
     if (!number) return std::nullopt;
-    if (*number < least || *number > greatest) fail(key, "number in its range");
+    if (*number < least || *number > greatest) noSuch(key, "number in its range");
     return static_cast<int>(*number);
 }
 
@@ -27,10 +27,10 @@ std::set<int> weekdays(const object& input) {
     std::set<int> numbers;
     const value* const given = input.if_contains("weekdays");
     if (given == nullptr || given->is_null()) return numbers;
-    for (const value& number : array(input, "weekdays")) {
+    for (const value& number : elements(input, "weekdays")) {
         const bool isWeekday =
             number.is_int64() && number.get_int64() >= 1 && number.get_int64() <= 7;
-        if (!isWeekday) fail("weekdays", "list of weekdays");
+        if (!isWeekday) noSuch("weekdays", "list of weekdays");
         numbers.insert(static_cast<int>(number.get_int64()));
     }
     return numbers;
@@ -40,7 +40,7 @@ std::set<int> weekdays(const object& input) {
 
 Instant instant(const object& input, std::string_view key) {
     const auto read = Instant::parseISO(text(input, key));
-    if (!read) fail(key, "instant");
+    if (!read) noSuch(key, "instant");
     return *read;
 }
 
@@ -50,13 +50,13 @@ std::optional<Instant> optionalInstant(const object& input, std::string_view key
 
 Calendar calendarOf(const object& input) {
     const std::string zone = text(input, "tz");
-    if (!Calendar::isZone(zone)) fail("tz", "time zone");
+    if (!Calendar::isZone(zone)) noSuch("tz", "time zone");
     return Calendar(zone, optionalNumber(input, "firstWeekday", 1, 7).value_or(1));
 }
 
 RecurrenceRule recurrenceRule(const object& rule) {
     const auto unit = recurrenceUnit(text(rule, "unit"));
-    if (!unit) fail("unit", "unit of time");
+    if (!unit) noSuch("unit", "unit of time");
 
     RecurrenceRule read{.unit = *unit};
     read.interval = optionalNumber(rule, "interval", INT_MIN, INT_MAX).value_or(1);

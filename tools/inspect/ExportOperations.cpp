@@ -78,7 +78,7 @@ value componentLines(const object& input) {
 /// `ics.document`: a whole document, split where its lines end.
 value document(const object& input) {
     std::vector<ICSTask> tasks;
-    for (const value& task : array(input, "tasks")) {
+    for (const value& task : elements(input, "tasks")) {
         tasks.push_back(taskOf(objectOf(task, "tasks")));
     }
     const value* const completed = input.if_contains("includeCompleted");

@@ -19,20 +19,6 @@ std::string stringIn(const value& one, const char* what) {
     return std::string(one.get_string());
 }
 
-std::vector<std::string> texts(const object& input, const char* key) {
-    std::vector<std::string> result;
-    for (const value& one : array(input, key)) {
-        result.push_back(stringIn(one, key));
-    }
-    return result;
-}
-
-bool truth(const object& input, const char* key) {
-    const value& one = member(input, key);
-    if (!one.is_bool()) throw InputError(std::string("“") + key + "” is not true or false");
-    return one.get_bool();
-}
-
 /// `analyzer.keyText`: the key text of a list of texts.
 value keyText(const object& input) {
     const std::vector<std::string> owned = texts(input, "texts");
@@ -68,7 +54,7 @@ value coverageSummary(const object& input) {
 /// `index.descendantTags`: the tags below one, in a tree given as pairs of name and parent.
 value descendantTags(const object& input) {
     std::vector<SearchIndex::TagParent> tags;
-    for (const value& pair : array(input, "pairs")) {
+    for (const value& pair : elements(input, "pairs")) {
         if (!pair.is_array() || pair.get_array().size() != 2) {
             throw InputError("“pairs” holds what is no pair");
         }

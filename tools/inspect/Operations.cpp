@@ -93,10 +93,26 @@ std::optional<std::int64_t> optionalInteger(const object& input, std::string_vie
     return find(input, key) == nullptr ? std::nullopt : std::optional(integer(input, key));
 }
 
-const boost::json::array& array(const object& input, std::string_view key) {
+const boost::json::array& elements(const object& input, std::string_view key) {
     const value& found = member(input, key);
     if (!found.is_array()) fail(key, "a list");
     return found.get_array();
+}
+
+bool truth(const object& input, std::string_view key) {
+    const value& found = member(input, key);
+    if (!found.is_bool()) throw InputError("“" + std::string(key) + "” is not true or false");
+    return found.get_bool();
+}
+
+std::vector<std::string> texts(const object& input, std::string_view key) {
+    std::vector<std::string> result;
+    if (!input.contains(key)) return result;
+    for (const value& element : elements(input, key)) {
+        if (!element.is_string()) throw InputError("“" + std::string(key) + "” holds no texts");
+        result.emplace_back(element.get_string());
+    }
+    return result;
 }
 
 }  // namespace tesserine::inspect

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Asks one rule of the program for its answer: what `tesserine-inspect` runs for each line.
 namespace tesserine::inspect {
@@ -48,7 +49,10 @@ std::int64_t integer(const boost::json::object& input, std::string_view key);
 std::int64_t integer(
     const boost::json::object& input, std::string_view key, std::int64_t otherwise);
 std::optional<std::int64_t> optionalInteger(const boost::json::object& input, std::string_view key);
-const boost::json::array& array(const boost::json::object& input, std::string_view key);
+const boost::json::array& elements(const boost::json::object& input, std::string_view key);
+bool truth(const boost::json::object& input, std::string_view key);
+/// A list of texts; empty when it is missing.
+std::vector<std::string> texts(const boost::json::object& input, std::string_view key);
 
 /// One function for each room; a room's operations stand in a file of its own.
 void addAIOperations(Operations& operations);

@@ -20,7 +20,7 @@ double number(const value& found, std::string_view key) {
     throw InputError("“" + std::string(key) + "” is not a number");
 }
 
-std::optional<Instant> instant(const object& input, std::string_view key) {
+std::optional<Instant> secondsIn(const object& input, std::string_view key) {
     const value* const found = input.if_contains({key.data(), key.size()});
     if (found == nullptr || found->is_null()) return std::nullopt;
     return Instant::fromSeconds(number(*found, key));
@@ -29,16 +29,6 @@ std::optional<Instant> instant(const object& input, std::string_view key) {
 bool isTrue(const object& input, std::string_view key) {
     const value* const found = input.if_contains({key.data(), key.size()});
     return found != nullptr && found->is_bool() && found->get_bool();
-}
-
-std::vector<std::string> texts(const object& input, std::string_view key) {
-    std::vector<std::string> all;
-    if (input.if_contains({key.data(), key.size()}) == nullptr) return all;
-    for (const value& text : array(input, key)) {
-        if (!text.is_string()) throw InputError("“" + std::string(key) + "” holds no texts");
-        all.emplace_back(text.get_string());
-    }
-    return all;
 }
 
 IndexDocument documentOf(const object& input) {
@@ -51,11 +41,11 @@ IndexDocument documentOf(const object& input) {
         .tags = texts(input, "tags"),
         .notebook = optionalText(input, "notebook").value_or(""),
         .attachmentText = optionalText(input, "attachmentText").value_or(""),
-        .createdAt = instant(input, "createdAt"),
-        .updatedAt = instant(input, "updatedAt"),
+        .createdAt = secondsIn(input, "createdAt"),
+        .updatedAt = secondsIn(input, "updatedAt"),
         .isTrashed = isTrue(input, "isTrashed"),
         .favorite = isTrue(input, "favorite"),
-        .favoritedAt = instant(input, "favoritedAt")};
+        .favoritedAt = secondsIn(input, "favoritedAt")};
 }
 
 SearchSort sortOf(const std::string& name) {
@@ -82,7 +72,7 @@ value run(const object& input) {
     const ScratchFolder folder;
     SearchIndex index(folder.path() / SearchIndex::fileName);
     index.batch([&] {
-        for (const value& document : array(input, "docs")) {
+        for (const value& document : elements(input, "docs")) {
             if (!document.is_object()) throw InputError("“docs” holds no objects");
             index.upsert(documentOf(document.get_object()));
         }

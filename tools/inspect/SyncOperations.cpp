@@ -69,12 +69,6 @@ Uuid identifier(const object& fields) {
     return *id;
 }
 
-bool truth(const object& fields, const char* key) {
-    const value& found = member(fields, key);
-    if (!found.is_bool()) throw InputError(std::string("“") + key + "” is not true or false");
-    return found.get_bool();
-}
-
 JSONObject payload(const object& fields) {
     const value& found = member(fields, "payload");
     if (!found.is_object()) throw InputError("“payload” is not an object");

@@ -55,7 +55,7 @@ void request(SyncClient& client, const std::string& method) {
 
 /// `sync.plan`: one request against planned replies, on a clock that stands.
 value syncPlan(const object& input) {
-    const array& replies = inspect::array(input, "replies");
+    const array& replies = elements(input, "replies");
     if (replies.empty()) throw InputError("“replies” is empty");
     PlannedReplies service(replies);
     const FixedClock clock(

@@ -124,10 +124,10 @@ value plannedReminders(const object& input) {
     SecureRandom random;
     TesserineStore store({.inMemory = true}, {.clock = clock, .random = random});
     ReminderOwners owners;
-    for (const value& task : array(input, "tasks")) {
+    for (const value& task : elements(input, "tasks")) {
         owners.tasks.push_back(&insertTask(store.viewContext(), elementOf(task, "tasks")));
     }
-    for (const value& note : array(input, "notes")) {
+    for (const value& note : elements(input, "notes")) {
         owners.notes.push_back(&insertNote(store.viewContext(), elementOf(note, "notes")));
     }
 

@@ -17,16 +17,6 @@ const object* optionalObject(const object& input, std::string_view key) {
     return &found->as_object();
 }
 
-std::vector<std::string> texts(const object& input, std::string_view key) {
-    std::vector<std::string> result;
-    if (!input.contains(key)) return result;
-    for (const value& element : array(input, key)) {
-        if (!element.is_string()) throw InputError("“" + std::string(key) + "” holds no texts");
-        result.emplace_back(element.as_string());
-    }
-    return result;
-}
-
 /// A time of day as "09:05" or {hour, minute}.
 std::optional<TimeOfDay> dueTime(const object& content) {
     const value* found = content.if_contains("dueTime");
@@ -59,7 +49,7 @@ value summaryOfTemplate(const object& input) {
 }
 
 /// `task.duplicateTitle`: the title of a task's duplicate.
-value titleOfDuplicate(const object& input) {
+value titleOfTaskDuplicate(const object& input) {
     return boost::json::string(
         TaskService::duplicateTitle(optionalText(input, "title").value_or("")));
 }
@@ -67,7 +57,7 @@ value titleOfDuplicate(const object& input) {
 }  // namespace
 
 void addTaskServiceOperations(Operations& operations) {
-    operations.add("task.duplicateTitle", titleOfDuplicate);
+    operations.add("task.duplicateTitle", titleOfTaskDuplicate);
     operations.add("template.summary", summaryOfTemplate);
 }
 

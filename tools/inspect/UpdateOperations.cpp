@@ -66,7 +66,7 @@ const char* nameOf(UpdateError::Kind kind) {
 
 value feedRead(const object& input) {
     UpdateHosts hosts{.domain = text(input, "domain"), .storeHosts = {}};
-    for (const value& host : inspect::array(input, "storeHosts")) {
+    for (const value& host : elements(input, "storeHosts")) {
         if (!host.is_string()) throw InputError("“storeHosts” holds no texts");
         hosts.storeHosts.emplace_back(host.get_string());
     }
