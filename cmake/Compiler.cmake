@@ -17,6 +17,12 @@ else()
 endif()
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1")
 
+# Up to eight sources of a target are compiled as one: that takes less than half the time, most of which
+# goes into reading the same headers. So unnamed namespaces of a room share their names. The preset
+# "apart" compiles each source by itself.
+set(CMAKE_UNITY_BUILD ON CACHE BOOL "Compile several sources of a target as one")
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
+
 # One cache for all working trees beside this one: paths are kept relative to their parent.
 find_program(TESSERINE_CCACHE ccache)
 if(TESSERINE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
@@ -35,12 +41,14 @@ target_include_directories(tesserine_settings INTERFACE "${PROJECT_SOURCE_DIR}")
 
 # -Wno-missing-field-initializers: designated initialisers that leave the defaults alone are meant.
 # -Wno-restrict: g++ 12 sees overlapping copies where an optimised build only joins strings.
+# -Wshadow=local, -Wno-subobject-linkage: in joined sources the names of one file would shadow those of
+# another, and every one of them looks as if it came from a header. clang-tidy sees each file alone.
 target_compile_options(tesserine_settings INTERFACE
     -Wall -Wextra -Wpedantic -Werror
-    -Wconversion -Wshadow -Wold-style-cast -Wcast-qual -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wconversion -Wshadow=local -Wold-style-cast -Wcast-qual -Wnon-virtual-dtor -Woverloaded-virtual
     -Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wextra-semi -Wformat=2
     -Wimplicit-fallthrough
-    -Wno-missing-field-initializers -Wno-restrict
+    -Wno-missing-field-initializers -Wno-restrict -Wno-subobject-linkage
     -fno-omit-frame-pointer
 )
 
