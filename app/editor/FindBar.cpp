@@ -139,7 +139,8 @@ void FindBar::layOut() {
 
 void FindBar::open(Purpose purpose) {
     const QString selected = body_.textCursor().selectedText();
-    const bool isWord = !selected.isEmpty() && !selected.contains(QChar::ParagraphSeparator);
+    const bool isWord = !selected.isEmpty() && !selected.contains(QChar::ParagraphSeparator)
+                        && !selected.contains(QChar::ObjectReplacementCharacter);
     replacing_->setVisible(purpose == Purpose::replace);
     show();
     if (isWord) sought_->setText(selected);

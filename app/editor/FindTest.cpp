@@ -57,6 +57,31 @@ TEST_F(FindTest, NothingIsCoveredInTheNarrowestEditor) {
     }
 }
 
+TEST_F(FindTest, BothFieldsBeginAsTheyWereLeft) {
+    openNote("<p>tea|</p><table><tbody><tr><td>x</td></tr></tbody></table><p>x</p>");
+    const auto* const replacement = bar().findChild<QLineEdit*>("replaceField");
+    const auto* const sought = bar().findChild<QLineEdit*>("findField");
+    commands.trigger("find.replace");
+    look("tea");
+    bar().findChild<QLineEdit*>("replaceField")->setText("coffee");
+    bar().hide();
+    QTextCursor table(&document());
+    table.setPosition(4);
+    table.setPosition(5, QTextCursor::KeepAnchor);
+    ASSERT_EQ(table.selectedText(), QString(QChar::ObjectReplacementCharacter));
+    for (const char* const command : {"find.open", "find.replace"}) {
+        editor.body().setTextCursor(table);
+        commands.trigger(command);
+        EXPECT_EQ(sought->text(), "tea") << "a table is no word";
+        EXPECT_EQ(replacement->text(), "coffee");
+        bar().hide();
+    }
+    openNote("<p>other|</p>");
+    commands.trigger("find.replace");
+    EXPECT_EQ(sought->text(), "tea");
+    EXPECT_EQ(replacement->text(), "coffee");
+}
+
 TEST_F(FindTest, GoesFromPlaceToPlaceAndAround) {
     openNote("<p>|Tea, then tea</p><h1>TEA</h1>");
     commands.trigger("find.open");
