@@ -1,7 +1,10 @@
 #include "app/editor/WordMarks.h"
 
+#include "core/body/PlainText.h"
+
 #include <QScrollBar>
 #include <QTextBlock>
+#include <QTextLayout>
 
 #include <algorithm>
 #include <utility>
@@ -9,15 +12,31 @@
 namespace tesserine::app {
 namespace {
 
-/// Small letters without accents, unit by unit, so that positions stay.
-QString folded(const QString& text) {
-    QString result = text;
-    for (QChar& unit : result) {
-        const QString parts = unit.decomposition();
-        if (!parts.isEmpty() && parts.front().isLetter()) unit = parts.front();
-        unit = unit.toLower();
+/// A text as a search compares it: small letters without accents.
+struct Folded {
+    QString text;
+    QList<qsizetype> places;  ///< where each unit stands, and the end
+
+    explicit Folded(const QString& original);
+};
+
+QChar folded(QChar unit) {
+    if (unit.unicode() < 0x80) return unit.toLower();
+    const QString parts = QString(unit).normalized(QString::NormalizationForm_D);
+    const QChar base = parts.front().isLetter() ? parts.front() : unit;
+    return base.toLower();
+}
+
+/// An accent may stand behind its letter, as a unit of its own.
+Folded::Folded(const QString& original) {
+    text.reserve(original.size());
+    places.reserve(original.size() + 1);
+    for (qsizetype i = 0; i < original.size(); ++i) {
+        if (original[i].category() == QChar::Mark_NonSpacing) continue;
+        text.append(folded(original[i]));
+        places.append(i);
     }
-    return result;
+    places.append(original.size());
 }
 
 bool isInWord(const QString& text, qsizetype place) {
@@ -65,6 +84,17 @@ QStringList lines(const QString& words) {
     return result;
 }
 
+/// Of the table, or whatever else stands there as one object.
+QString wordsOf(const NoteDocument& note, int object) {
+    return QString::fromStdString(PlainText::fromHTML(note.styleAt(object).object));
+}
+
+/// Of the line in which the cursor stands, in pixels.
+int lineHeight(const QTextCursor& cursor) {
+    const QTextLine line = cursor.block().layout()->lineForTextPosition(cursor.positionInBlock());
+    return line.isValid() ? static_cast<int>(line.height()) : 0;
+}
+
 bool isCondition(const QString& word) {
     const bool isOperator = word == "AND" || word == "OR" || word == "NOT";
     return isOperator || word.startsWith('-') || word.contains(':');
@@ -92,18 +122,29 @@ QStringList soughtWords(const QString& query) {
     return words;
 }
 
-std::vector<PassageRange> placesOf(const QTextDocument& document, const QStringList& sought) {
+std::vector<PassageRange> placesOf(const NoteDocument& note, const QStringList& sought) {
     QStringList plain;
     for (const QString& words : sought) {
-        if (!words.isEmpty()) plain.append(folded(words));
+        if (!words.isEmpty()) plain.append(Folded(words).text);
     }
     std::vector<PassageRange> places;
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        for (const Range& range : rangesIn(folded(block.text()), plain)) {
-            const auto start = static_cast<std::size_t>(block.position() + range.begin);
-            places.push_back({start, static_cast<std::size_t>(range.end - range.begin)});
+    const auto add = [&](const QTextBlock& block, qsizetype begin, qsizetype end) {
+        const auto start = static_cast<std::size_t>(block.position() + begin);
+        places.push_back({start, static_cast<std::size_t>(end - begin)});
+    };
+    for (QTextBlock block = note.begin(); block.isValid(); block = block.next()) {
+        const QString text = block.text();
+        const Folded words(text);
+        for (const Range& range : rangesIn(words.text, plain)) {
+            add(block, words.places[range.begin], words.places[range.end]);
+        }
+        qsizetype object = text.indexOf(QChar::ObjectReplacementCharacter);
+        for (; object >= 0; object = text.indexOf(QChar::ObjectReplacementCharacter, object + 1)) {
+            const QString inside = wordsOf(note, block.position() + static_cast<int>(object));
+            if (!rangesIn(Folded(inside).text, plain).isEmpty()) add(block, object, object + 1);
         }
     }
+    std::ranges::sort(places, {}, &PassageRange::start);
     return places;
 }
 
@@ -123,12 +164,19 @@ void WordMarks::show(const QString& words) {
     if (places.empty()) return;
     QTextCursor first = body_.textCursor();
     first.setPosition(static_cast<int>(places.front().start));
+    const QTextCursor beginning = first;
+    if (note.characterAt(first.position()) == QChar::ObjectReplacementCharacter) {
+        first.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+    }
     body_.setTextCursor(first);
     isShown_ = true;
     marks_.show(std::move(places));
-    // With some of what stands before it.
+    // With some of what stands before it, as far as there is room beside a table.
+    const int top = body_.cursorRect(beginning).top();
+    const int room = body_.viewport()->height();
+    const int above = std::max(std::min(room / 3, room - lineHeight(beginning)), 0);
     QScrollBar& bar = *body_.verticalScrollBar();
-    bar.setValue(bar.value() + body_.cursorRect().top() - body_.viewport()->height() / 3);
+    bar.setValue(bar.value() + top - above);
 }
 
 void WordMarks::clear() {

@@ -47,6 +47,51 @@ TEST_F(MarkedNote, MarksWhatAHitWasFoundFor) {
     EXPECT_EQ(marked("coffee"), "");
 }
 
+/// Accents of one unit, of two, and of two at once.
+TEST_F(MarkedNote, FoldsAccentsAsTheSearchDoes) {
+    openNote("<p>|poci\u0105g do S\u0142upska, t\u0119sknota, Scho\u0308ne Schildkr\u00f6te, "
+             "Vi\u1ec7t</p>");
+    struct Case {
+        const char* words;
+        const char* marked;
+    };
+    for (const auto& [words, expected] : {
+             Case{"pociag train", "poci\u0105g"},
+             Case{"schildkrote tesknota", "t\u0119sknota|Schildkr\u00f6te"},
+             Case{"schone", "Scho\u0308ne"},
+             Case{"sch\u00f6ne", "Scho\u0308ne"},
+             Case{"viet", "Vi\u1ec7t"},
+             Case{"s\u0142upska", "S\u0142upska"},
+         }) {
+        EXPECT_EQ(marked(words), expected);
+    }
+}
+
+TEST_F(MarkedNote, GoesToTheTableThatHoldsTheWords) {
+    std::string text = "<p>|first</p>";
+    for (int i = 0; i < 60; ++i)
+        text += "<p>line</p>";
+    const std::string filler = text.substr(text.find("<p>line"));
+    text +=
+        "<table><tbody><tr><td>Schildkr\u00f6te</td><td>t\u0119sknota</td></tr></tbody></table>";
+    openNote(text + filler + "<p>nostalgia</p>");
+    const auto isSelected = [this] {
+        return editor.body().textCursor().selectedText() == QChar::ObjectReplacementCharacter;
+    };
+    for (const char* words : {"schildkrote tesknota", "tesknota", "nostalgia tesknota"}) {
+        SCOPED_TRACE(words);
+        editor.body().moveCursor(QTextCursor::Start);
+        editor.showWords(words);
+        EXPECT_TRUE(isSelected());
+        QTextCursor table = editor.body().textCursor();
+        table.setPosition(table.selectionStart());
+        const QRect place = editor.body().cursorRect(table);
+        EXPECT_TRUE(editor.body().viewport()->rect().contains(place.center())) << place.top();
+    }
+    editor.showWords("nostalgia");
+    EXPECT_FALSE(isSelected());
+}
+
 TEST_F(MarkedNote, LosesItsMarksWhenItIsChanged) {
     openNote("<p>tea|</p>");
     EXPECT_EQ(marked("tea"), "tea");
