@@ -5,11 +5,13 @@
 #include "app/editor/ListDrag.h"
 #include "app/editor/ListRules.h"
 #include "app/editor/ObjectRenderer.h"
+#include "app/editor/ParagraphChange.h"
 #include "app/editor/PasteRules.h"
 #include "app/editor/PictureHandle.h"
 #include "app/editor/Pictures.h"
 #include "app/editor/StyleCommands.h"
 #include "app/look/Theme.h"
+#include "core/body/AttributedTextReader.h"
 #include "core/body/AttributedTextWriter.h"
 #include "core/body/PlainText.h"
 
@@ -223,6 +225,16 @@ void BodyEdit::load(const std::string& html, BodyView view, UndoHistory* history
     wanted_ = std::move(view);
     setPlaceholderText({});
     loader_->load(html, history);
+}
+
+bool BodyEdit::changeTo(const std::string& html) {
+    NoteDocument& note = this->note();
+    BodyView before = view();
+    changeInto(note, attributedText(html));
+    if (note.html() != html) return false;
+    wanted_ = std::move(before);
+    showView();
+    return true;
 }
 
 void BodyEdit::showView() {

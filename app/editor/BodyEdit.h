@@ -65,6 +65,9 @@ public:
     /// words that both texts have. A long one comes piece by piece; others can be undone through
     /// `history`, as `BodyLoader` says.
     void load(const std::string& html, BodyView view = {}, UndoHistory* history = nullptr);
+    /// Makes the note say what a canonical body says, as one step to undo, and stays where the
+    /// reader is. False where that leads elsewhere; the body is to be loaded then.
+    bool changeTo(const std::string& html);
     bool isLoading() const { return loader_->isLoading(); }
     /// Whether the note was changed since it was loaded or written.
     bool isModified() const { return note_.isModified(); }

@@ -37,15 +37,17 @@ void BodyLoader::load(const std::string& html, UndoHistory* history) {
 void BodyLoader::loadWithUndo(const std::string& html, UndoHistory& history) {
     auto& [states, now] = history;
     document_.setContent(attributedText(states.front().html));
+    bool isExact = true;
     for (UndoHistory::State& state : states) {
         changeInto(document_, attributedText(state.html));
         state.steps = document_.availableUndoSteps();
+        isExact = isExact && document_.html() == state.html;
     }
     while (document_.availableUndoSteps() > states[now].steps) {
         document_.undo();
     }
     document_.setModified(false);
-    if (document_.html() == html) return;
+    if (isExact && document_.html() == html) return;
     history = {.states = {{.html = html}}};
     document_.setContent(attributedText(html));
 }

@@ -171,7 +171,8 @@ void NoteEditor::makeHelpers() {
          .open = open_,
          .body = *body_,
          .pictures = pictures_,
-         .save = saveNow},
+         .save = saveNow,
+         .saveStep = [this] { return saveStep(); }},
         this);
     conflict_ = new ConflictResolution(
         {.environment = environment_, .open = open_, .pictures = pictures_, .save = saveNow}, this);
@@ -244,7 +245,6 @@ void NoteEditor::connectParts() {
     connect(&header_->tags(), &TagsField::left, body_, qOverload<>(&QWidget::setFocus));
     connect(panel_, &SidePanel::noteChosen, this, &NoteEditor::noteChosen);
     connect(panel_, &SidePanel::attachmentChosen, this, &NoteEditor::openAttachment);
-    connect(panel_, &SidePanel::reverted, this, &NoteEditor::reload);
     connect(conflict_, &ConflictResolution::resolved, this, [this] {
         body_->setFocus();  // the button that was pressed goes
         reload();
@@ -286,6 +286,12 @@ bool NoteEditor::close() {
 
 void NoteEditor::rememberPlace() {
     if (open_.id()) places_[*open_.id()] = body_->place();
+}
+
+std::optional<BodyPlace> NoteEditor::placeIn(const Uuid& id) const {
+    if (open_.id() == id) return body_->place();
+    const auto kept = places_.find(id);
+    return kept == places_.end() ? std::nullopt : std::optional(kept->second);
 }
 
 void NoteEditor::editTags() { header_->tags().edit(); }
@@ -451,7 +457,7 @@ void NoteEditor::follow(const std::vector<ObjectChange>& changes) {
 /// Shows what others made of the note.
 void NoteEditor::followNote() {
     // What this window is writing itself is looked at when that has ended.
-    if (!open_.id() || saver_->isWriting()) return;
+    if (!open_.id() || saver_->isWriting() || isInStep_) return;
     switch (open_.state()) {
     case OpenNote::State::current: return showSurroundings(*open_.note());
     case OpenNote::State::deleted:
@@ -469,6 +475,31 @@ void NoteEditor::reload() {
     if (!open_.id() || !open_.open(*open_.id())) return;
     showNote(*open_.note(), std::move(view));
     emit titleChanged(*open_.id(), title_->text());
+}
+
+/// What the user did to the whole note is undone as what was typed is. Nothing that is typed before
+/// or after it belongs to the same step.
+bool NoteEditor::saveStep() {
+    {
+        const QScopedValueRollback inStep(isInStep_, true);
+        if (!environment_.save(this)) return false;
+    }
+    const std::string before = open_.html();
+    if (!open_.id() || !open_.open(*open_.id())) return true;
+    const QScopedValueRollback showing(isShowing_, true);
+    if (!body_->changeTo(open_.html())) {
+        reload();
+        return true;
+    }
+    body_->note().setModified(false);
+    undo_.open(*open_.id(), before);
+    undo_.add({.html = open_.html(), .steps = body_->note().availableUndoSteps()}, false);
+    undo_.open(*open_.id(), open_.html());
+    saver_->forget();
+    showTitle();
+    showSurroundings(*open_.note());
+    emit titleChanged(*open_.id(), title_->text());
+    return true;
 }
 
 /// Sync and other programs find conflicts, and settle them, without changing the words shown here.

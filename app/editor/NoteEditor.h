@@ -69,6 +69,11 @@ public:
     /// user was told, and nothing is lost.
     bool save();
 
+    /// Where the reader is in a note, or was when it was left; none where it was not open.
+    std::optional<BodyPlace> placeIn(const Uuid& id) const;
+    /// Where the reader is to be when the note is opened first.
+    void setPlaceIn(const Uuid& id, const BodyPlace& place) { places_.try_emplace(id, place); }
+
     /// Marks words in the open note, such as those of a search or a citation, and shows the first.
     void showWords(const QString& words);
     /// Goes to the field of tags.
@@ -118,6 +123,7 @@ private:
     void follow(const std::vector<ObjectChange>& changes);
     void followNote();
     void reload();
+    bool saveStep();
     void followConflict(bool isInConflict);
     void printNote();
     void saveAsPDF();
@@ -154,6 +160,7 @@ private:
     std::map<Uuid, BodyPlace> places_;  // of the notes that were open; one comes back to them
     bool isInConflict_ = false;         // as the notice says
     bool isShowing_ = false;            // what changes now is not typed
+    bool isInStep_ = false;             // what changes the library now is shown as a step
     bool isDark_ = false;               // as the note is shown
 };
 

@@ -292,7 +292,7 @@ void SidePanel::showVersion(const Uuid& id) {
         auto* const chosen = parts_.environment.context().find<CDNoteRevision>(id);
         if (present == nullptr || chosen == nullptr) return;
         parts_.environment.notes().revertTo(parts_.environment.context(), *present, *chosen);
-        if (parts_.environment.save(this)) emit reverted();
+        parts_.saveStep();
     });
     view->open();
 }
@@ -353,7 +353,7 @@ void SidePanel::deleteAttachment(const Uuid& id) {
     auto* const attachment = parts_.environment.context().find<CDAttachment>(id);
     if (attachment == nullptr) return fillAttachments();
     parts_.environment.attachments().deleteAttachment(parts_.environment.context(), *attachment);
-    if (parts_.environment.save(this)) emit reverted();
+    parts_.saveStep();
     fillAttachments();
 }
 

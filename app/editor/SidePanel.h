@@ -32,6 +32,9 @@ public:
         BodyEdit& body;
         Pictures& pictures;
         std::function<bool()> save;
+        /// Saves what was done to the note here, and shows it as one step that can be undone. False
+        /// when it could not be saved.
+        std::function<bool()> saveStep;
     };
 
     SidePanel(Commands& commands, Parts parts, QWidget* parent);
@@ -45,8 +48,6 @@ public:
 signals:
     void noteChosen(const tesserine::Uuid& id);
     void attachmentChosen(const tesserine::Uuid& id);
-    /// An earlier version was put in the place of the present one.
-    void reverted();
 
 private:
     void layOut();

@@ -7,6 +7,8 @@
 
 #include <QImage>
 #include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
 #include <QPrinter>
 #include <QPushButton>
 #include <QToolButton>
@@ -66,6 +68,83 @@ TEST_F(VersionsTest, AnEarlierVersionIsComparedAndRestored) {
     choose(*comparison(), "Restore This Version");
     EXPECT_EQ(*note.html, "<p>red house</p>");
     EXPECT_EQ(html(), "<p>red house</p>");
+}
+
+/// In the note as it is, and after one has been in another note meanwhile.
+TEST_F(VersionsTest, RestoringAVersionIsAStepToUndo) {
+    const std::string earlier = "<h1>House</h1><ul><li>red</li><li>old</li></ul>";
+    const std::string later = "<h1>House</h1><p>blue <strong>roof</strong></p>"
+                              "<table><tbody><tr><td>x</td></tr></tbody></table><p>end</p>";
+    for (const bool isLeft : {false, true}) {
+        SCOPED_TRACE(isLeft);
+        CDNote& note = openNote(earlier);
+        change(note, later);
+        ASSERT_TRUE(waitUntil([&] { return html() == *note.html; }));
+        const std::string before = html();
+        editor.body().moveCursor(QTextCursor::End);
+        type("!");
+        editor.save();
+        const std::string typed = html();
+        commands.trigger("note.versions");
+        const int oldest = list("versions").count() - 1;
+        emit list("versions").chosen(list("versions").item(oldest)->data(Qt::UserRole));
+        choose(*comparison(), "Restore This Version");
+        settle();
+        ASSERT_EQ(*note.html, earlier);
+        EXPECT_FALSE(editor.body().isModified());
+        if (isLeft) {
+            editor.open(*addNote("Other").id);
+            editor.open(*note.id);
+        }
+
+        commands.trigger("edit.undo");
+        EXPECT_EQ(html(), typed);
+        ASSERT_TRUE(editor.save());
+        EXPECT_EQ(*note.html, typed);
+        commands.trigger("edit.undo");
+        EXPECT_EQ(html(), before) << "what was typed before it can be undone as well";
+        commands.trigger("edit.redo");
+        commands.trigger("edit.redo");
+        EXPECT_EQ(html(), earlier);
+        commands.trigger("edit.undo");
+        EXPECT_EQ(html(), typed);
+    }
+}
+
+TEST_F(VersionsTest, DeletingAFileForgetsNothingThatCanBeUndone) {
+    CDNote& note = addNote("Plan", "<p>words</p>");
+    const CDAttachment& file =
+        environment->attachments().insert(context(), note, {.filename = "a.txt", .data = {'a'}});
+    const std::string link = "tesserine-attachment://" + file.id->text();
+    note.html = "<p>words</p><p><img src=\"" + link + "\"></p>";
+    context().save();
+    const std::string original = *note.html;
+    editor.open(*note.id);
+    editor.body().moveCursor(QTextCursor::EndOfBlock);
+    type(" more");
+    ASSERT_TRUE(editor.save());
+    commands.trigger("view.outline");
+    for (auto* button : editor.findChildren<QToolButton*>()) {
+        if (button->accessibleName() == "Attachments") button->click();
+    }
+    ASSERT_EQ(entries("attachments"), QStringList{"a.txt"});
+    emit list("attachments")
+        .customContextMenuRequested(
+            list("attachments").visualItemRect(list("attachments").item(0)).center());
+    for (auto* menu : editor.findChildren<QMenu*>()) {
+        for (QAction* action : menu->actions()) {
+            if (action->text() == "Delete…") action->trigger();
+        }
+    }
+    ASSERT_NE(editor.findChild<QMessageBox*>(), nullptr);
+    choose(*editor.findChild<QMessageBox*>(), "Delete");
+    settle();
+    EXPECT_EQ(entries("attachments"), QStringList());
+    EXPECT_EQ(html().find(link), std::string::npos);
+    EXPECT_EQ(html(), *note.html);
+    commands.trigger("edit.undo");
+    commands.trigger("edit.undo");
+    EXPECT_EQ(html(), original);
 }
 
 TEST_F(VersionsTest, AConflictEndsAsTheReaderSays) {
