@@ -151,6 +151,9 @@ TEST_F(Journey, NotesGoToTheTrashAndComeBackByKeysAndClicks) {
     EXPECT_EQ(titles(), "Plan;");
     press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(titles(), "Bill;Plan;");
+    EXPECT_EQ(list().selected(), std::vector{*stored("Bill")->id});
+    EXPECT_EQ(openTitle(), "Bill") << "it is shown again";
+    EXPECT_TRUE(list().view().hasFocus());
     clickNote(0);
     press(Qt::Key_Delete);
     auto* const undo = window().findChild<UndoBar*>()->findChild<QAbstractButton*>("undo");

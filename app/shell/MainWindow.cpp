@@ -51,6 +51,7 @@ constexpr QSize usualSize(1240, 800);
 constexpr int sidebarWidth = 232;
 constexpr int narrowestSidebar = 160;
 constexpr int widestSidebar = 420;
+constexpr int longestTabTitle = 40;
 constexpr std::chrono::seconds timeToRead{1};
 
 /// What is done to the notes that are chosen. Moving to the trash is not: a place of the sidebar
@@ -110,7 +111,9 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
       content_(new QStackedWidget),
       notes_(new NotesPane(environment, commands, content_)),
       searchField_(new SearchField),
-      tabs_{History({.place = {Kind::allNotes}})} {
+      tabs_{History({.place = {Kind::allNotes}})},
+      tabsBefore_(std::make_unique<const OpenTabs>(
+          OpenTabs::read(environment.preferences().string(tabsKey).value_or("")))) {
     setObjectName("mainWindow");
     build();
     connectParts();
@@ -120,7 +123,10 @@ MainWindow::MainWindow(AppEnvironment& environment, Commands& commands)
     returnTo(current());
     sidebar_->setFocus();  // where nothing is listed; not the button that hides it
     focusContent();
-    afterFirstPaint(*this, [this] { notes_->beginToFollow(); });
+    afterFirstPaint(*this, [this, keys = current().keys] {
+        notes_->beginToFollow();
+        giveKeysBack(keys);
+    });
 }
 
 MainWindow::~MainWindow() {
@@ -175,6 +181,9 @@ void MainWindow::connectParts() {
 }
 
 void MainWindow::connectEditor(NoteEditor& editor) {
+    for (const auto& [note, place] : tabsBefore_->places) {
+        editor.setPlaceIn(note, place);
+    }
     connect(&editor, &NoteEditor::linkActivated, this, [this](const QString& address) {
         if (const auto place = Place::fromAddress(address.toStdString())) return go(*place);
         const QUrl url(address);
@@ -386,7 +395,7 @@ void MainWindow::settle() {
         const QString typed = isOpen ? notes_->editor().title().text() : QString();
         title = typed.isEmpty() ? titleOf({Kind::note, *stop.note}, environment_.context()) : typed;
     }
-    tabBar_->setTabText(tabBar_->currentIndex(), QString(title.left(40)).replace('&', "&&"));
+    nameTab(tabBar_->currentIndex(), title);
     setWindowTitle(title + " – Tesserine");
     sidebar_->mark(stop.place);
     commands_.action("go.back").setEnabled(history().canGoBack());
@@ -398,6 +407,10 @@ void MainWindow::settle() {
     for (const char* const command : ofChosenNotes) {
         commands_.action(command).setEnabled(areNotesChosen);
     }
+}
+
+void MainWindow::nameTab(int tab, const QString& title) {
+    tabBar_->setTabText(tab, title.left(longestTabTitle).replace('&', "&&"));
 }
 
 void MainWindow::followNote(const std::optional<Uuid>& note) {
@@ -520,15 +533,25 @@ void MainWindow::restoreLayout() {
     setSidebarVisible(environment_.preferences().boolean(sidebarKey).value_or(true));
 }
 
+/// What a tab is called: after the note that is open in it, else after its place. Empty where that
+/// is gone.
+QString MainWindow::tabTitle(const Stop& stop) const {
+    const QString place = titleOf(stop.place, environment_.context());
+    if (place.isEmpty() || !stop.note) return place;
+    const QString note = titleOf({Kind::note, *stop.note}, environment_.context());
+    return note.isEmpty() ? place : note;
+}
+
 /// What is gone meanwhile, or belongs to another library, is left out.
 void MainWindow::restoreTabs() {
-    const auto kept = OpenTabs::read(environment_.preferences().string(tabsKey).value_or(""));
+    const OpenTabs& kept = *tabsBefore_;
     const QScopedValueRollback turning(isTurning_, true);
     for (std::size_t i = 0; i < kept.stops.size(); ++i) {
-        const QString title = titleOf(kept.stops[i].place, environment_.context());
+        const QString title = tabTitle(kept.stops[i]);
         if (title.isEmpty()) continue;
         tabs_.emplace_back(kept.stops[i]);
-        const int tab = tabBar_->addTab(QString(title).replace('&', "&&"));
+        const int tab = tabBar_->addTab(QString());
+        nameTab(tab, title);
         if (i == kept.chosen) tabBar_->setCurrentIndex(tab);
     }
     if (tabs_.size() == 1) return;
@@ -538,8 +561,12 @@ void MainWindow::restoreTabs() {
 
 OpenTabs MainWindow::openTabs() const {
     OpenTabs open{.chosen = static_cast<std::size_t>(tabBar_->currentIndex())};
+    open.places = tabsBefore_->places;  // of what was not opened since
     for (const History& tab : tabs_) {
-        open.stops.push_back(tab.current());
+        const Stop& stop = tab.current();
+        open.stops.push_back(stop);
+        const auto place = stop.note ? notes_->placeIn(*stop.note) : std::nullopt;
+        if (place) open.places[*stop.note] = *place;
     }
     return open;
 }

@@ -119,6 +119,7 @@ private:
     KeyHolder keyHolder() const;
     void followKeys();
     void giveKeys(KeyHolder keys);
+    void giveKeysBack(KeyHolder keys);
     void showSearch(
         const QString& query, SearchRunner::Typing typing, const std::optional<Uuid>& note = {});
     void followTyping(const QString& text);
@@ -128,6 +129,7 @@ private:
     Stop stopFor(const Place& place) const;
     History& history();
     void showTab(int index);
+    void nameTab(int tab, const QString& title);
     void followNote(const std::optional<Uuid>& note);
     bool wasRead(const Uuid& note) const;
     Place placeOfOpenNote() const;
@@ -135,6 +137,7 @@ private:
     void followLibrary(const std::vector<ObjectChange>& changes);
     void restoreLayout();
     void restoreTabs();
+    QString tabTitle(const Stop& stop) const;
     OpenTabs openTabs() const;
     void keepLayout();
     void keyPressEvent(QKeyEvent* event) override;
@@ -157,7 +160,8 @@ private:
     SearchResults* searchResults_ = nullptr;
     std::unique_ptr<TodayWindow> todayWindow_;
     std::vector<History> tabs_;
-    std::optional<Uuid> viewed_;  // the note that was opened last, and when
+    std::unique_ptr<const OpenTabs> tabsBefore_;  // as the window was closed last
+    std::optional<Uuid> viewed_;                  // the note that was opened last, and when
     Instant viewedSince_{};
     bool isEntering_ = false;  // what is chosen now belongs to the place that is entered
     bool isTurning_ = false;   // the tab bar is told, not asked

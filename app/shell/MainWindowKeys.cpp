@@ -42,6 +42,12 @@ void MainWindow::giveKeys(KeyHolder keys) {
     }
 }
 
+/// After a start, when who wrote in the note can go on there. Somebody who chose something else
+/// meanwhile keeps the keys there.
+void MainWindow::giveKeysBack(KeyHolder keys) {
+    if (keys == KeyHolder::note && keyHolder() == KeyHolder::list) giveKeys(keys);
+}
+
 /// What the menu key does, for keyboards that have none.
 void MainWindow::keyPressEvent(QKeyEvent* event) {
     QWidget* const chosen = focusWidget();

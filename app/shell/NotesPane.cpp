@@ -81,6 +81,7 @@ NotesPane::NotesPane(AppEnvironment& environment, Commands& commands, QWidget* p
     connect(&list_->model(), &QAbstractItemModel::modelReset, this, &NotesPane::showNothingAgain);
     connect(undo_, &UndoBar::undone, this, [this] {
         NoteActions(environment_, this).restore(undoable_);
+        if (showsList() && undoable_.size() == 1) list_->choose(undoable_.front());
     });
 }
 
@@ -200,6 +201,10 @@ std::optional<Uuid> NotesPane::openedNote() const {
 
 bool NotesPane::editorHasKeys() const {
     return editor_ != nullptr && editor_->isAncestorOf(window()->focusWidget());
+}
+
+std::optional<BodyPlace> NotesPane::placeIn(const Uuid& note) const {
+    return editor_ == nullptr ? std::nullopt : editor_->placeIn(note);
 }
 
 /// Whether the open note goes from the list, but not from the library, while it is typed in.

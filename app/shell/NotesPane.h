@@ -19,6 +19,7 @@ class EmptyState;
 class NoteEditor;
 class NoteList;
 class UndoBar;
+struct BodyPlace;
 
 /// A list of notes and, beside it, the note that is chosen in it. The editor is made for the first
 /// note that is opened.
@@ -53,6 +54,8 @@ public:
     bool save();
     void focusEditor();
     bool editorHasKeys() const;
+    /// Where the reader is in a note, or was when it was left, as long as that is known.
+    std::optional<BodyPlace> placeIn(const Uuid& note) const;
     /// Chooses the title, for another one to be typed.
     void editTitle();
 

@@ -126,6 +126,37 @@ TEST_F(PlacesJourney, TheNextStartGoesOnWhereTheWindowWasClosed) {
     EXPECT_TRUE(window().sidebar().isVisible());
 }
 
+TEST_F(PlacesJourney, AStartGoesOnInTheNoteThatHadTheKeysWhereItWasLeft) {
+    std::string text;
+    for (int i = 0; i < 100; ++i)
+        text += "<p>line</p>";
+    const Uuid first = *addNote("Plan & more", "<p>a</p>").id;
+    const Uuid second = *addNote("Diary", text + "<p>the end</p>").id;
+    window().go({Kind::note, first});
+    window().openTab({Kind::note, second});
+    editor().body().setFocus();
+    press(Qt::Key_End, Qt::ControlModifier);
+    press(Qt::Key_Left);
+    press(Qt::Key_Left);
+    window().close();
+    closeWindow();
+
+    const auto* tabs = window().findChild<QTabBar*>("tabs");
+    EXPECT_EQ(tabs->tabText(0), "Plan && more") << "it is named without being visited";
+    ASSERT_EQ(openTitle(), "Diary");
+    EXPECT_TRUE(editor().body().hasFocus());
+    type("X");
+    EXPECT_EQ(editor().body().textCursor().block().text(), "the eXnd");
+    const QRect cursor = editor().body().cursorRect();
+    EXPECT_TRUE(editor().body().viewport()->rect().contains(cursor));
+    list().setFocus();
+    window().close();
+    closeWindow();
+
+    ASSERT_EQ(openTitle(), "Diary");
+    EXPECT_FALSE(editor().body().hasFocus()) << "the list had the keys";
+}
+
 TEST_F(PlacesJourney, AStartAmongTasksHasTheKeysThere) {
     environment->preferences().set("tesserine.reduceMotion", true);
     const CDTask& task = addTask("Call Ann today");
