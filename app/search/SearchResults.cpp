@@ -86,6 +86,8 @@ SearchResults::SearchResults(AppEnvironment& environment, QWidget* parent)
         &QItemSelectionModel::currentChanged,
         this,
         &SearchResults::choose);
+    // Also the line that is the current one, after one has looked elsewhere in its note.
+    connect(list_, &QListView::clicked, this, &SearchResults::choose);
     connect(list_, &QListView::activated, this, &SearchResults::open);
     refreshTimer_.setSingleShot(true);
     connect(&refreshTimer_, &QTimer::timeout, this, &SearchResults::refresh);
@@ -134,6 +136,11 @@ void SearchResults::chooseNone() {
 void SearchResults::chooseWhenFound(const Uuid& note) {
     chooseNone();
     read_ = note;
+}
+
+void SearchResults::chooseAnewWhenFound(const Uuid& note) {
+    chooseWhenFound(note);
+    isReadAnew_ = true;
 }
 
 void SearchResults::takeKeys() {
@@ -193,6 +200,7 @@ void SearchResults::add(const QString& name, const QString& query) {
 void SearchResults::search(const QString& text, SearchRunner::Typing typing, bool isExact) {
     query_ = text.trimmed();
     read_.reset();
+    isReadAnew_ = false;
     typing_ = typing;
     isExact_ = isExact;
     if (query_.isEmpty()) {
@@ -229,6 +237,7 @@ void SearchResults::show(const SearchAnswer& answer) {
     const int current = list_->currentIndex().row();
     const bool isSameQuestion = answer.text == std::exchange(shown_, answer.text);
     const auto read = std::exchange(read_, std::nullopt);
+    const bool isReadAnew = std::exchange(isReadAnew_, false);
     const auto chosen =
         isSameQuestion && current >= 0 ? std::optional(model_->result(current).id) : read;
     const int scrolled = isSameQuestion ? list_->verticalScrollBar()->value() : 0;
@@ -254,6 +263,7 @@ void SearchResults::show(const SearchAnswer& answer) {
     if (chosen) goOn(*chosen, current);
     list_->verticalScrollBar()->setValue(scrolled);
     if (read) list_->scrollTo(list_->currentIndex());
+    if (isReadAnew) choose(list_->currentIndex());
 }
 
 /// Makes a line the current one without opening it again. Where it is gone the next one takes its

@@ -36,6 +36,8 @@ public:
     void chooseNone();
     /// The note that is read beside them: its line is chosen once it is found, and no other.
     void chooseWhenFound(const Uuid& note);
+    /// The same, and says that it is chosen: what is searched for now stands in other places of it.
+    void chooseAnewWhenFound(const Uuid& note);
     /// Gives the keys to the list, where the toolkit would choose and so open its first line.
     void takeKeys();
     /// Asks for a name to keep the query under, as a saved search.
@@ -83,6 +85,7 @@ private:
     bool isExact_ = false;
     QString shown_;             // the query that the lines answer
     std::optional<Uuid> read_;  // to be chosen by the next answer
+    bool isReadAnew_ = false;   // which says so
     bool isMarking_ = false;
     QTimer refreshTimer_;
 };

@@ -119,7 +119,7 @@ void MainWindow::followTyping(const QString& text) {
     settle();
 }
 
-/// The note that is read meanwhile stays.
+/// The note that is read meanwhile stays, and shows what is searched for now.
 void MainWindow::endTyping(const QString& text) {
     const QString query = text.trimmed();
     if (query.isEmpty()) return;
@@ -127,6 +127,7 @@ void MainWindow::endTyping(const QString& text) {
     if (current().place.kind != Kind::search) return go(place);
     history().replacePlace(place);
     showSearch(query, SearchRunner::Typing::finished);
+    if (const auto read = notes_->openedNote()) searchResults_->chooseAnewWhenFound(*read);
     settle();
 }
 

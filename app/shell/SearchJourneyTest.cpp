@@ -69,6 +69,45 @@ TEST_F(SearchJourney, AResultIsOpenedWhereItsWordsStandEvenWhenTheyWereCorrected
     }
 }
 
+TEST_F(SearchJourney, WordsAreShownInANoteThatIsOpenAlreadyAndInATable) {
+    std::string text = "<p>poci\u0105g</p>";
+    for (int i = 0; i < 100; ++i)
+        text += "<p>Nothing of that.</p>";
+    text +=
+        "<table><tbody><tr><td>Schildkr\u00f6te</td><td>t\u0119sknota</td></tr></tbody></table>";
+    addNote("Words", text);
+    environment->search().catchUp();
+    window();
+    press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    type("schildkrote tesknota");
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 1; }));
+    const auto click = [&] {
+        const QRect line = results.visualRect(results.model()->index(0, 0));
+        QTest::mouseClick(results.viewport(), Qt::LeftButton, {}, line.center());
+    };
+    const auto chosen = [this] { return editor().body().textCursor().selectedText(); };
+    const QString table(QChar::ObjectReplacementCharacter);
+    click();
+    EXPECT_EQ(chosen(), table);
+    EXPECT_GT(editor().body().verticalScrollBar()->value(), 0) << "it is far down";
+
+    editor().body().moveCursor(QTextCursor::Start);
+    click();
+    EXPECT_EQ(chosen(), table) << "the line is the chosen one already";
+
+    for (const char* const query : {"pociag", "tesknota"}) {
+        SCOPED_TRACE(query);
+        press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        type(query);
+        press(Qt::Key_Return);
+        const bool isInTable = std::string(query) == "tesknota";
+        EXPECT_TRUE(waitUntil([&] { return (chosen() == table) == isInTable; }));
+        EXPECT_EQ(editor().body().verticalScrollBar()->value() > 0, isInTable);
+        EXPECT_TRUE(window().searchField().hasFocus());
+    }
+}
+
 TEST_F(SearchJourney, ASearchIsTypedWalkedThroughAndLeft) {
     addNote("Invoice for May", "<p>The invoice of the carpenter.</p>");
     addNote("Lisbon", "<p>Train at 9:40.</p>");
