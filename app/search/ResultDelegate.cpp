@@ -64,6 +64,17 @@ void ResultDelegate::paint(
 QString ResultDelegate::details(int row) const {
     const SearchResult& found = model_.result(row);
     QStringList parts;
+    if (found.kind == SearchKind::note) parts = detailsOfNote(found);
+    if (found.kind == SearchKind::task && taskDetails_) parts = taskDetails_(found.id);
+    if (!found.attachments.empty()) {
+        parts << "in " + QString::fromStdString(found.attachments.front().filename);
+    }
+    if (found.isTrashed) parts << "in the trash";
+    return parts.join("  ·  ");
+}
+
+QStringList ResultDelegate::detailsOfNote(const SearchResult& found) const {
+    QStringList parts;
     if (found.updatedAt) {
         parts << shownDate(*found.updatedAt, environment_.now(), environment_.calendar());
     }
@@ -71,11 +82,7 @@ QString ResultDelegate::details(int row) const {
     for (const std::string& tag : found.tags) {
         parts << "#" + QString::fromStdString(tag);
     }
-    if (!found.attachments.empty()) {
-        parts << "in " + QString::fromStdString(found.attachments.front().filename);
-    }
-    if (found.isTrashed) parts << "in the trash";
-    return parts.join("  ·  ");
+    return parts;
 }
 
 }  // namespace tesserine::app

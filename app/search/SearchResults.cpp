@@ -70,6 +70,7 @@ SearchResults::SearchResults(AppEnvironment& environment, QWidget* parent)
       hints_(richLabel("hints", this)),
       keep_(new IconButton("star", "Save this search", this)),
       list_(resultList(this)),
+      delegate_(new ResultDelegate(environment, *model_, list_)),
       empty_(new EmptyState(nothingTyped, this)) {
     build();
     connect(runner_, &SearchRunner::answered, this, &SearchResults::show);
@@ -101,7 +102,7 @@ void SearchResults::build() {
     setBackgroundRole(QPalette::Base);
     setFocusProxy(list_);
     list_->setModel(model_);
-    list_->setItemDelegate(new ResultDelegate(environment_, *model_, list_));
+    list_->setItemDelegate(delegate_);
     explanation_->setFont(Theme::font(TextRole::caption));
     explanation_->setForegroundRole(QPalette::PlaceholderText);
     hints_->setFont(Theme::font(TextRole::caption));

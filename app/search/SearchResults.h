@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/search/ResultDelegate.h"
 #include "app/search/SearchRunner.h"
 #include "base/Uuid.h"
 
@@ -8,6 +9,7 @@
 #include <QWidget>
 
 #include <optional>
+#include <utility>
 
 class QLabel;
 class QListView;
@@ -42,6 +44,8 @@ public:
     void takeKeys();
     /// Asks for a name to keep the query under, as a saved search.
     void keep();
+    /// What lines say of tasks.
+    void setTaskDetails(TaskDetails details) { delegate_->setTaskDetails(std::move(details)); }
     SearchRunner& runner() { return *runner_; }
     /// Follows the library: lines come and go, the chosen one stays chosen.
     QListView& list() { return *list_; }
@@ -77,6 +81,7 @@ private:
     QLabel* hints_;
     IconButton* keep_;
     QListView* list_;
+    ResultDelegate* delegate_;
     EmptyState* empty_;
     QStackedLayout* stack_ = nullptr;
     QString query_;

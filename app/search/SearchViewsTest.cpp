@@ -212,6 +212,24 @@ TEST(MarkedLine, IsCutAtItsBeginningWhereTheFirstMatchWouldNotBeSeen) {
     EXPECT_EQ(MarkedLine(words).cutFor(metrics, 50).text().toStdString(), words) << "no match";
 }
 
+TEST_F(ResultsTest, ALineOfATaskSaysNothingThatIsSaidOfNotes) {
+    SearchResult found;
+    found.updatedAt = clock.now();
+    found.tags = {"phone"};
+    ResultsModel model;
+    ResultDelegate delegate(*environment, model, nullptr);
+    const auto detailsOf = [&](SearchKind kind) {
+        found.kind = kind;
+        model.setResults({found});
+        return delegate.details(0).toStdString();
+    };
+    EXPECT_EQ(detailsOf(SearchKind::note), "09:00  ·  #phone");
+    EXPECT_EQ(detailsOf(SearchKind::task), "");
+    delegate.setTaskDetails([](const Uuid&) { return QStringList{"Today", "@phone"}; });
+    EXPECT_EQ(detailsOf(SearchKind::task), "Today  ·  @phone");
+    EXPECT_EQ(detailsOf(SearchKind::note), "09:00  ·  #phone");
+}
+
 TEST_F(ResultsTest, ALineIsPaintedWithinItsPlaceHoweverNarrow) {
     const Theme theme(*qApp);
     ResultsModel model;

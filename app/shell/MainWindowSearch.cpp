@@ -7,6 +7,8 @@
 #include "app/shell/MainWindow.h"
 #include "app/shell/NotesPane.h"
 #include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskRow.h"
+#include "app/tasks/TaskWords.h"
 
 #include <QListView>
 #include <QMenu>
@@ -16,6 +18,26 @@
 namespace tesserine::app {
 
 using Kind = Place::Kind;
+
+namespace {
+
+/// What lists say of a task; nothing where it was deleted meanwhile.
+QStringList detailsOf(const Uuid& id, AppEnvironment& environment) {
+    const auto* const task = environment.context().find<CDTask>(id);
+    if (task == nullptr) return {};
+    const TaskRow row = TaskRow::of(*task, environment.collator());
+    QStringList details;
+    if (const auto due = row.due()) {
+        details << TaskWords(environment.now(), environment.calendar()).due(*due);
+    }
+    if (!row.project.isEmpty()) details << "#" + row.project;
+    for (const QString& label : row.labels) {
+        details << "@" + label;
+    }
+    return details;
+}
+
+}  // namespace
 
 void MainWindow::connectSearch() {
     connect(searchField_, &SearchField::suggestionsWanted, this, [this](const QString& typed) {
@@ -45,6 +67,8 @@ void MainWindow::makeSearchResults() {
     searchResults_ = new SearchResults(environment_, content_);
     searchResults_->hide();  // until it stands beside the note
     commands_.attach(CommandContext::lists, searchResults_->list());
+    searchResults_->setTaskDetails(
+        [&environment = environment_](const Uuid& task) { return detailsOf(task, environment); });
     connect(
         &searchResults_->runner(),
         &SearchRunner::suggested,

@@ -1,6 +1,7 @@
 #include "app/editor/NoticeBar.h"
 #include "app/look/EmptyState.h"
 #include "app/look/Theme.h"
+#include "app/search/ResultDelegate.h"
 #include "app/search/SearchField.h"
 #include "app/search/SearchResults.h"
 #include "app/shell/ShellFixture.h"
@@ -105,6 +106,25 @@ TEST_F(SearchJourney, WordsAreShownInANoteThatIsOpenAlreadyAndInATable) {
         EXPECT_TRUE(waitUntil([&] { return (chosen() == table) == isInTable; }));
         EXPECT_EQ(editor().body().verticalScrollBar()->value() > 0, isInTable);
         EXPECT_TRUE(window().searchField().hasFocus());
+    }
+}
+
+TEST_F(SearchJourney, ALineOfATaskSaysWhenItIsDueAndWhereItBelongs) {
+    environment->projects().create(context(), "House");
+    context().save();
+    addTask("Call plumber tomorrow 3pm #House @phone");
+    addTask("Call Ann");
+    environment->search().catchUp();
+    window().go({.kind = Kind::search, .text = "call"});
+    QListView& results = window().searchResults().list();
+    ASSERT_TRUE(waitUntil([&] { return results.model()->rowCount() == 2; }));
+    const auto* const lines = qobject_cast<ResultDelegate*>(results.itemDelegate());
+    ASSERT_NE(lines, nullptr);
+    for (int row = 0; row < 2; ++row) {
+        const bool isPlumber = results.model()->index(row, 0).data() == "Call plumber";
+        EXPECT_EQ(
+            lines->details(row).toStdString(),
+            isPlumber ? "Tomorrow 15:00  ·  #House  ·  @phone" : "");
     }
 }
 
