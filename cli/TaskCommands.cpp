@@ -123,7 +123,9 @@ ExitStatus editTask(Session& session, const Arguments& arguments) {
         tasks.setTitle(task, *title);
     }
     if (const auto details = arguments.text("details")) tasks.setDetails(task, *details);
-    if (const auto due = arguments.text("due")) tasks.setDue(task, parseDue(session, *due));
+    if (const auto due = arguments.text("due")) {
+        tasks.setDue(task, parseDue(session, *due), session.calendar());
+    }
     if (const auto when = arguments.text("remind")) {
         tasks.setReminder(task, parseReminder(session, *when));
     }

@@ -1,6 +1,5 @@
-#include "app/tasks/TaskCommands.h"
-
 #include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskCommands.h"
 #include "app/tasks/TaskHistory.h"
 #include "base/Calendar.h"
 
@@ -69,7 +68,7 @@ void TaskCommands::setDue(const Tasks& tasks, const std::optional<TaskDue>& due)
             due && !due->hasTime && task.dueDate && task.dueHasTime.valueOr(false);
         const auto kept = keepsTime ? TaskDue{onDay(due->date, *task.dueDate, calendar), true}
                                     : due.value_or(TaskDue{});
-        environment_.tasks().setDue(task, due ? std::optional(kept) : std::nullopt);
+        environment_.tasks().setDue(task, due ? std::optional(kept) : std::nullopt, calendar);
     });
 }
 

@@ -1,5 +1,3 @@
-#include "app/tasks/TaskDetail.h"
-
 #include "app/commands/NoteSwitcher.h"
 #include "app/look/EmptyState.h"
 #include "app/look/IconButton.h"
@@ -14,6 +12,8 @@
 #include "app/tasks/ProjectPicker.h"
 #include "app/tasks/RecurrencePopup.h"
 #include "app/tasks/SubtaskList.h"
+#include "app/tasks/TaskCommands.h"
+#include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskHistory.h"
 #include "app/tasks/TaskRow.h"
 #include "app/tasks/TaskWords.h"
@@ -395,7 +395,7 @@ void TaskDetail::askDue() {
     if (task == nullptr) return;
     auto* const popup = WhenPopup::forDue(environment_, this);
     connect(popup, &WhenPopup::picked, this, [this, asked = task_](const auto& due) {
-        change(asked, [&](CDTask& changed) { environment_.tasks().setDue(changed, due); });
+        if (asked) TaskCommands(environment_, this).setDue({*asked}, due);
     });
     popup->open(due_->mapToGlobal(QPoint(0, due_->height())), task->dueDate);
 }

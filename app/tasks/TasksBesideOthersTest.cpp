@@ -76,7 +76,10 @@ TEST_F(TasksBesideOthersTest, ATaskThatIsTypedIntoStaysOpenWhereverOthersPutIt) 
     list.selectTask(*typed.id);
     QTest::keyClick(&list, Qt::Key_Return);
     QTest::keyClicks(QApplication::focusWidget(), " mine");
-    environment->tasks().setDue(typed, TaskDue{.date = *Instant::parseISO("2026-03-20T00:00:00Z")});
+    environment->tasks().setDue(
+        typed,
+        TaskDue{.date = *Instant::parseISO("2026-03-20T00:00:00Z")},
+        environment->calendar());
     context().save();
     QTest::keyClicks(QApplication::focusWidget(), " all");
     EXPECT_TRUE(page.flush());

@@ -1,11 +1,10 @@
-#include "app/tasks/TasksPage.h"
-
 #include "app/look/EmptyState.h"
 #include "app/tasks/CalendarGrid.h"
 #include "app/tasks/CalendarPage.h"
 #include "app/tasks/GrowingText.h"
 #include "app/tasks/LabelsField.h"
 #include "app/tasks/QuickAddBar.h"
+#include "app/tasks/TasksPage.h"
 #include "app/tasks/TasksPageFixture.h"
 #include "app/tasks/TickButton.h"
 #include "app/tasks/WhenPopup.h"
@@ -269,8 +268,11 @@ TEST_F(TasksPageTest, DraggedTasksTakeTheirNewPlace) {
     EXPECT_EQ(titles(), "b | c | d | a") << "where it was";
 
     environment->tasks().setDue(
-        a, TaskDue{.date = *Instant::parseISO("2026-03-16T08:00:00Z"), .hasTime = true});
-    environment->tasks().setDue(b, TaskDue{.date = *Instant::parseISO("2026-03-18T00:00:00Z")});
+        a,
+        TaskDue{.date = *Instant::parseISO("2026-03-16T08:00:00Z"), .hasTime = true},
+        environment->calendar());
+    environment->tasks().setDue(
+        b, TaskDue{.date = *Instant::parseISO("2026-03-18T00:00:00Z")}, environment->calendar());
     context().save();
     show(Place::Kind::upcoming);
     ASSERT_EQ(titles(), "Monday 16 March | a | Wednesday 18 March | b");

@@ -129,6 +129,21 @@ TEST_F(TasksUndoTest, DragsAndChangesBesideTheListAreTakenBackToo) {
     EXPECT_EQ(stateOf(first), before);
 }
 
+TEST_F(TasksUndoTest, ADayThatIsChosenBesideTheListKeepsTheTimeToo) {
+    CDTask& task = addTask("Meeting 2026-03-26 2pm");
+    environment->tasks().setReminder(task, *Instant::parseISO("2026-03-26T13:00:00Z"));
+    context().save();
+    show(Place::Kind::allTasks);
+    list.selectTask(*task.id);
+    page.detail().findChild<QPushButton*>("Duedate")->click();
+    answer("2026-03-30");
+    EXPECT_EQ(task.dueDate->iso(), "2026-03-30T14:00:00.000Z");
+    EXPECT_EQ(task.reminderAt->iso(), "2026-03-30T13:00:00.000Z");
+    undo();
+    EXPECT_EQ(task.dueDate->iso(), "2026-03-26T14:00:00.000Z");
+    EXPECT_EQ(task.reminderAt->iso(), "2026-03-26T13:00:00.000Z") << "with its date";
+}
+
 TEST_F(TasksUndoTest, WhatOthersChangedMeanwhileIsLeft) {
     CDTask& first = addTask("First");
     CDTask& second = addTask("Second");
@@ -137,7 +152,9 @@ TEST_F(TasksUndoTest, WhatOthersChangedMeanwhileIsLeft) {
     pressOn(second, Qt::Key_D);
     answer("tomorrow");
     environment->tasks().setDue(
-        second, TaskDue{.date = *Instant::parseISO("2026-03-20T00:00:00Z")});
+        second,
+        TaskDue{.date = *Instant::parseISO("2026-03-20T00:00:00Z")},
+        environment->calendar());
     context().save();
     undo();
     EXPECT_EQ(second.dueDate->iso(), "2026-03-20T00:00:00.000Z");

@@ -61,7 +61,9 @@ TaskDraft TaskService::draftOf(const QuickAddResult& result, const Calendar& cal
 }
 
 void TaskService::repeat(CDTask& task, const RecurrenceRule& rule, const Calendar& calendar) const {
-    if (!task.dueDate) setDue(task, firstDue(rule, std::nullopt, clock_.now(), calendar));
+    if (!task.dueDate) {
+        setDue(task, firstDue(rule, std::nullopt, clock_.now(), calendar), calendar);
+    }
     setRecurrence(task, anchored(rule, *task.dueDate, calendar));
 }
 

@@ -7,6 +7,7 @@
 #include "core/tasks/TaskLabels.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace tesserine {
@@ -52,6 +53,44 @@ std::optional<Instant> nextDue(const CDTask& task, Instant now, const Calendar& 
 
 void addDays(Attribute<Instant>& instant, int days, const Calendar& calendar) {
     if (instant) instant = calendar.addDays(*instant, days);
+}
+
+std::optional<TaskDue> dueOf(const CDTask& task) {
+    if (!task.dueDate) return std::nullopt;
+    return TaskDue{.date = *task.dueDate, .hasTime = task.dueHasTime.valueOr(false)};
+}
+
+void writeDue(CDTask& task, const std::optional<TaskDue>& due) {
+    task.dueDate = due ? std::optional(due->date) : std::nullopt;
+    task.dueHasTime = due && due->hasTime;
+}
+
+std::chrono::milliseconds sinceMidnight(const LocalTime& time) {
+    return std::chrono::hours(time.hour) + std::chrono::minutes(time.minute)
+           + std::chrono::seconds(time.second) + std::chrono::milliseconds(time.millisecond);
+}
+
+/// So far before the due date `to` as `reminder` is before `from`, by the clock on the wall.
+Instant movedAlong(
+    Instant reminder, const TaskDue& from, const TaskDue& to, const Calendar& calendar) {
+    const int days = calendar.daysBetween(from.date, to.date);
+    const bool areTimed = from.hasTime && to.hasTime;
+    const auto difference =
+        areTimed ? sinceMidnight(calendar.local(to.date)) - sinceMidnight(calendar.local(from.date))
+                 : std::chrono::milliseconds(0);
+    if (difference.count() == 0) return calendar.addDays(reminder, days);
+
+    const auto time = sinceMidnight(calendar.local(reminder)) + difference;
+    const auto overMidnight = std::chrono::floor<std::chrono::days>(time);
+    const Instant day = calendar.addDays(
+        calendar.startOfDay(reminder), days + static_cast<int>(overMidnight.count()));
+    const std::chrono::hh_mm_ss clock(time - overMidnight);
+    LocalTime moved = calendar.local(day);
+    moved.hour = static_cast<int>(clock.hours().count());
+    moved.minute = static_cast<int>(clock.minutes().count());
+    moved.second = static_cast<int>(clock.seconds().count());
+    moved.millisecond = static_cast<int>(clock.subseconds().count());
+    return calendar.instant(moved);
 }
 
 }  // namespace
@@ -102,7 +141,7 @@ CDTask& TaskService::create(StoreContext& context, TaskDraft draft) const {
     task.linkedNote = draft.linkedNote;
     task.sortIndex = place;
     task.createdAt = clock_.now();
-    setDue(task, draft.due);
+    writeDue(task, draft.due);
     setReminder(task, draft.reminderAt);
     setPriority(task, draft.priority);
     setRecurrence(task, draft.recurrence);
@@ -191,9 +230,13 @@ void TaskService::setDetails(CDTask& task, std::string details) const {
     task.updatedAt = clock_.now();
 }
 
-void TaskService::setDue(CDTask& task, const std::optional<TaskDue>& due) const {
-    task.dueDate = due ? std::optional(due->date) : std::nullopt;
-    task.dueHasTime = due && due->hasTime;
+void TaskService::setDue(
+    CDTask& task, const std::optional<TaskDue>& due, const Calendar& calendar) const {
+    const auto before = dueOf(task);
+    if (before && due && task.reminderAt) {
+        task.reminderAt = movedAlong(*task.reminderAt, *before, *due, calendar);
+    }
+    writeDue(task, due);
     task.updatedAt = clock_.now();
 }
 

@@ -103,7 +103,10 @@ public:
     /// Throws `TaskError`.
     void setTitle(CDTask& task, std::string title) const;
     void setDetails(CDTask& task, std::string details) const;
-    void setDue(CDTask& task, const std::optional<TaskDue>& due) const;
+    /// A reminder moves along from one due date to another: as many days, at its time of day, and
+    /// where both have a time of day, by their difference too. It stays with a first due date and
+    /// when there is none any more.
+    void setDue(CDTask& task, const std::optional<TaskDue>& due, const Calendar& calendar) const;
     void setReminder(CDTask& task, const std::optional<Instant>& at) const;
     void setPriority(CDTask& task, TaskPriority priority) const;
     /// Keeps the rule as it is given; none ends the repetition.

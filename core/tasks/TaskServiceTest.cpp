@@ -114,6 +114,99 @@ TEST_F(TaskServiceTest, WhatDoesNotGoOnIsSimplyCompleted) {
     EXPECT_EQ(titles(TaskView::today()), "once");
 }
 
+/// Clocks go forward on 29 March.
+TEST_F(TaskServiceTest, AReminderMovesWithTheDueDateOfItsTask) {
+    struct Case {
+        const char* what;
+        const char* from;
+        bool hadTime;
+        const char* reminder;
+        const char* to;
+        bool hasTime;
+        const char* moved;
+    };
+    for (const auto& [what, from, hadTime, reminder, to, hasTime, moved] : {
+             Case{
+                 "earlier day",
+                 "2026-03-30T14:00",
+                 true,
+                 "2026-03-30T13:00",
+                 "2026-03-26T14:00",
+                 true,
+                 "2026-03-26T13:00"},
+             Case{
+                 "day and time",
+                 "2026-03-27T14:00",
+                 true,
+                 "2026-03-27T13:00",
+                 "2026-03-30T09:30",
+                 true,
+                 "2026-03-30T08:30"},
+             Case{
+                 "back over midnight",
+                 "2026-03-30T09:00",
+                 true,
+                 "2026-03-30T01:00",
+                 "2026-03-30T06:00",
+                 true,
+                 "2026-03-29T22:00"},
+             Case{
+                 "on over midnight",
+                 "2026-03-27T09:00",
+                 true,
+                 "2026-03-26T23:00",
+                 "2026-03-28T12:00",
+                 true,
+                 "2026-03-28T02:00"},
+             Case{
+                 "into the skipped hour",
+                 "2026-03-28T14:00",
+                 true,
+                 "2026-03-28T13:30",
+                 "2026-03-29T03:00",
+                 true,
+                 "2026-03-29T03:30"},
+             Case{
+                 "days without times",
+                 "2026-03-27T00:00",
+                 false,
+                 "2026-03-26T20:00",
+                 "2026-03-30T00:00",
+                 false,
+                 "2026-03-29T20:00"},
+             Case{
+                 "a time for the day",
+                 "2026-03-27T00:00",
+                 false,
+                 "2026-03-27T08:00",
+                 "2026-03-30T15:00",
+                 true,
+                 "2026-03-30T08:00"},
+             Case{
+                 "the same again",
+                 "2026-10-25T09:00",
+                 true,
+                 "2026-10-25T02:30",
+                 "2026-10-25T09:00",
+                 true,
+                 "2026-10-25T02:30"},
+         }) {
+        SCOPED_TRACE(what);
+        CDTask& task = addDue("t", from, hadTime);
+        service.setReminder(task, at(reminder));
+        service.setDue(task, TaskDue{.date = at(to), .hasTime = hasTime}, calendar);
+        EXPECT_EQ(local(task.dueDate), to);
+        EXPECT_EQ(local(task.reminderAt), moved);
+    }
+
+    CDTask& task = addDue("t", "2026-03-30T14:00");
+    service.setReminder(task, at("2026-03-30T13:00"));
+    service.setDue(task, std::nullopt, calendar);
+    EXPECT_EQ(local(task.reminderAt), "2026-03-30T13:00") << "it is not due any more";
+    service.setDue(task, TaskDue{.date = at("2026-04-10T09:00"), .hasTime = true}, calendar);
+    EXPECT_EQ(local(task.reminderAt), "2026-03-30T13:00") << "it had no date";
+}
+
 TEST_F(TaskServiceTest, ADuplicateStandsBesideTheTaskWithoutItsLabelsAndSubtasks) {
     CDTask& task = add(
         {.title = " Plan ",
