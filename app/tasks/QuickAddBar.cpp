@@ -155,10 +155,12 @@ void QuickAddBar::keep() {
 void QuickAddBar::create() {
     if (!model_.isComplete()) return;
     try {
-        const CDTask& task = environment_.tasks().create(environment_.context(), model_.draft());
-        const Uuid id = *task.id;
+        Uuid id;
         // A save that failed has said so; the task waits in the context for the next one.
-        TaskHistory::of(environment_).saveForGood(this);
+        TaskHistory::of(environment_).record({}, this, [&] {
+            id = *environment_.tasks().create(environment_.context(), model_.draft()).id;
+            return TaskHistory::Made{.tasks = {id}};
+        });
         model_.clear();
         field_->clear();
         keep();

@@ -127,14 +127,17 @@ bool SubtaskList::add() {
     auto* const parent = task_ ? environment_.context().find<CDTask>(*task_) : nullptr;
     if (title.isEmpty() || parent == nullptr) return true;
     try {
-        environment_.tasks().create(
-            environment_.context(), {.title = title.toStdString(), .parent = parent});
+        TaskService::checkTitle(title.toStdString());
     } catch (const TaskError& error) {
         showNotice(this, error.what());
         return false;
     }
     field_->clear();
-    return TaskHistory::of(environment_).saveForGood(this);
+    return TaskHistory::of(environment_).record({}, this, [&] {
+        const CDTask& made = environment_.tasks().create(
+            environment_.context(), {.title = title.toStdString(), .parent = parent});
+        return TaskHistory::Made{.tasks = {*made.id}};
+    });
 }
 
 void SubtaskList::tick(const Uuid& subtask) {
@@ -148,18 +151,17 @@ void SubtaskList::rename(const Uuid& subtask, const QString& title) {
     auto* const task = environment_.context().find<CDTask>(subtask);
     if (task == nullptr) return;
     try {
-        environment_.tasks().setTitle(*task, title.trimmed().toStdString());
-        TaskHistory::of(environment_).saveForGood(this);
+        TaskHistory::of(environment_).record({{subtask}}, this, [&] {
+            environment_.tasks().setTitle(*task, title.trimmed().toStdString());
+            return TaskHistory::Made{};
+        });
     } catch (const TaskError& error) {
         showNotice(this, error.what());
     }
 }
 
 void SubtaskList::remove(const Uuid& subtask) {
-    auto* const task = environment_.context().find<CDTask>(subtask);
-    if (task == nullptr) return;
-    environment_.tasks().remove(environment_.context(), *task);
-    TaskHistory::of(environment_).saveForGood(this);
+    TaskCommands(environment_, this).remove({subtask});
 }
 
 }  // namespace tesserine::app

@@ -40,6 +40,8 @@ void TaskActions::tick(const Tasks& tasks) {
 
 void TaskActions::undo() { TaskHistory::of(environment_).undo(host_); }
 
+void TaskActions::redo() { TaskHistory::of(environment_).redo(host_); }
+
 void TaskActions::askDue(const Tasks& tasks, const QPoint& globalPlace) {
     if (tasks.empty()) return;
     const auto* const first = environment_.context().find<CDTask>(tasks.front());
@@ -79,8 +81,9 @@ void TaskActions::askRemove(const Tasks& tasks) {
     question->setObjectName("deleteTasks");
     question->setAttribute(Qt::WA_DeleteOnClose);
     question->setDefaultButton(QMessageBox::Cancel);
-    question->setInformativeText("Tasks do not go to the trash. This cannot be undone.");
-    auto* const button = question->addButton("Delete Permanently", QMessageBox::DestructiveRole);
+    question->setInformativeText(
+        "Tasks do not go to the trash. Undo brings them back until Tesserine is closed.");
+    auto* const button = question->addButton("Delete", QMessageBox::DestructiveRole);
     connect(button, &QPushButton::clicked, this, [this, tasks] { commands_.remove(tasks); });
     question->open();
 }

@@ -24,6 +24,8 @@ public:
     void tick(const Tasks& tasks);
     /// Takes back what was done last to tasks.
     void undo();
+    /// Does again what was taken back last.
+    void redo();
     void askDue(const Tasks& tasks, const QPoint& globalPlace);
     void askProject(const Tasks& tasks);
     void askRemove(const Tasks& tasks);

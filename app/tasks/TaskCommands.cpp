@@ -1,10 +1,12 @@
-#include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskCommands.h"
+
+#include "app/state/AppEnvironment.h"
 #include "app/tasks/TaskHistory.h"
 #include "base/Calendar.h"
 
+#include <algorithm>
+#include <iterator>
 #include <set>
-#include <utility>
 
 namespace tesserine::app {
 namespace {
@@ -29,21 +31,26 @@ std::vector<CDTask*> TaskCommands::found(const Tasks& tasks) const {
     return found;
 }
 
-void TaskCommands::complete(const Tasks& tasks) const {
-    Tasks subtasks;  // those of a task that repeats move on with it
+TaskCommands::Tasks TaskCommands::subtasksOf(const Tasks& tasks) const {
+    Tasks subtasks;
     for (const CDTask* task : found(tasks)) {
         for (const CDTask* subtask : task->subtasks.all()) {
             subtasks.push_back(*subtask->id);
         }
     }
-    TaskHistory::of(environment_).record({tasks, std::move(subtasks)}, parent_, [&] {
-        Tasks copies;
+    return subtasks;
+}
+
+void TaskCommands::complete(const Tasks& tasks) const {
+    // Those of a task that repeats move on with it.
+    TaskHistory::of(environment_).record({tasks, subtasksOf(tasks)}, parent_, [&] {
+        TaskHistory::Made made;
         for (CDTask* task : found(tasks)) {
             const CDTask* const copy = environment_.tasks().complete(
                 environment_.context(), *task, environment_.calendar());
-            if (copy != nullptr) copies.push_back(*copy->id);
+            if (copy != nullptr) made.completedCopies.push_back(*copy->id);
         }
-        return copies;
+        return made;
     });
 }
 
@@ -53,7 +60,7 @@ void TaskCommands::changeEach(
         for (CDTask* task : found(tasks)) {
             change(*task);
         }
-        return Tasks{};
+        return TaskHistory::Made{};
     });
 }
 
@@ -91,31 +98,54 @@ void TaskCommands::move(const Tasks& tasks, const Uuid& project) const {
 void TaskCommands::addLabel(const Tasks& tasks, const Uuid& label) const {
     const auto* const added = environment_.context().find<CDTag>(label);
     if (added == nullptr) return;
-    for (CDTask* task : found(tasks)) {
-        environment_.tasks().addLabel(environment_.context(), *task, added->name.valueOr(""));
-    }
-    TaskHistory::of(environment_).saveForGood(parent_);
+    const std::string name = added->name.valueOr("");
+    TaskHistory::of(environment_).record({.tasks = tasks, .withLabels = true}, parent_, [&] {
+        for (CDTask* task : found(tasks)) {
+            environment_.tasks().addLabel(environment_.context(), *task, name);
+        }
+        return TaskHistory::Made{};
+    });
 }
 
 void TaskCommands::duplicate(const Tasks& tasks) const {
-    for (const CDTask* task : found(tasks)) {
-        environment_.tasks().duplicate(environment_.context(), *task);
-    }
-    TaskHistory::of(environment_).saveForGood(parent_);
+    TaskHistory::of(environment_).record({}, parent_, [&] {
+        TaskHistory::Made made;
+        for (const CDTask* task : found(tasks)) {
+            const CDTask& copy = environment_.tasks().duplicate(environment_.context(), *task);
+            made.tasks.push_back(*copy.id);
+        }
+        return made;
+    });
+}
+
+Uuid TaskCommands::make(const Uuid& taskTemplate) const {
+    TaskHistory::Made made;
+    TaskHistory::of(environment_).record({}, parent_, [&] {
+        const CDTask& task = environment_.taskTemplates().use(
+            environment_.context(), taskTemplate, environment_.calendar());
+        made.tasks = {*task.id};
+        std::ranges::copy(subtasksOf(made.tasks), std::back_inserter(made.tasks));
+        return made;
+    });
+    return made.tasks.front();
 }
 
 void TaskCommands::remove(const Tasks& tasks) const {
-    for (CDTask* task : found(tasks)) {
-        // One that went with its parent a moment ago is still found.
-        if (!task->isDeleted()) environment_.tasks().remove(environment_.context(), *task);
-    }
-    TaskHistory::of(environment_).saveForGood(parent_);
+    const TaskHistory::Affected affected{
+        .tasks = tasks, .along = subtasksOf(tasks), .withLabels = true};
+    TaskHistory::of(environment_).record(affected, parent_, [&] {
+        for (CDTask* task : found(tasks)) {
+            // One that went with its parent a moment ago is still found.
+            if (!task->isDeleted()) environment_.tasks().remove(environment_.context(), *task);
+        }
+        return TaskHistory::Made{};
+    });
 }
 
 void TaskCommands::reorder(const Tasks& inNewOrder) const {
     TaskHistory::of(environment_).record({inNewOrder}, parent_, [&] {
         environment_.tasks().reorder(found(inNewOrder));
-        return Tasks{};
+        return TaskHistory::Made{};
     });
 }
 

@@ -35,12 +35,15 @@ public:
     void move(const Tasks& tasks, const Uuid& project) const;
     void addLabel(const Tasks& tasks, const Uuid& label) const;
     void duplicate(const Tasks& tasks) const;
+    /// A task with its subtasks, of a template. Throws `TaskTemplateError`.
+    Uuid make(const Uuid& taskTemplate) const;
     void remove(const Tasks& tasks) const;
     /// Gives tasks of one level this order.
     void reorder(const Tasks& inNewOrder) const;
 
 private:
     std::vector<CDTask*> found(const Tasks& tasks) const;
+    Tasks subtasksOf(const Tasks& tasks) const;
     void changeEach(const Tasks& tasks, const std::function<void(CDTask&)>& change) const;
 
     AppEnvironment& environment_;

@@ -1,3 +1,5 @@
+#include "app/tasks/TaskDetail.h"
+
 #include "app/commands/NoteSwitcher.h"
 #include "app/look/EmptyState.h"
 #include "app/look/IconButton.h"
@@ -13,7 +15,6 @@
 #include "app/tasks/RecurrencePopup.h"
 #include "app/tasks/SubtaskList.h"
 #include "app/tasks/TaskCommands.h"
-#include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskHistory.h"
 #include "app/tasks/TaskRow.h"
 #include "app/tasks/TaskWords.h"
@@ -153,6 +154,7 @@ void TaskDetail::followFields() {
     connect(circle_, &TickButton::clicked, this, [this] {
         if (task_) emit ticked(*task_);
     });
+    title_->installEventFilter(this);
     connect(title_, &GrowingText::settled, this, &TaskDetail::saveTexts);
     connect(title_, &GrowingText::entered, details_, [this] { details_->setFocus(); });
     connect(details_, &GrowingText::settled, this, &TaskDetail::saveTexts);
@@ -201,6 +203,7 @@ void TaskDetail::showTask(const std::optional<Uuid>& task) {
     task_ = task;
     title_->setShownText({});
     details_->setShownText({});
+    savedTitle_.reset();
     load();
 }
 
@@ -287,8 +290,32 @@ QStringList TaskDetail::labelNames() const {
 
 /// What is typed is saved when its field loses the keys.
 void TaskDetail::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape) return emit left();
-    QWidget::keyPressEvent(event);
+    if (event->key() != Qt::Key_Escape) return QWidget::keyPressEvent(event);
+    if (title_->hasFocus()) dropTypedTitle();
+    emit left();
+}
+
+/// Another program of the desktop may have had the keys meanwhile, which begins nothing anew.
+bool TaskDetail::eventFilter(QObject* watched, QEvent* event) {
+    const bool isFocus = watched == title_ && event->type() == QEvent::FocusIn;
+    if (isFocus && static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason) {
+        const CDTask* const task = find();
+        titleBefore_ = task == nullptr ? "" : task->title.valueOr("");
+        savedTitle_.reset();
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+/// Also what a pause of typing has saved, unless the title is another one again since then.
+void TaskDetail::dropTypedTitle() {
+    const CDTask* const task = find();
+    if (task == nullptr) return;
+    const std::string stored = task->title.valueOr("");
+    const bool isSaved = savedTitle_ && *savedTitle_ == stored;
+    title_->setShownText(QString::fromStdString(isSaved ? titleBefore_ : stored));
+    if (!isSaved || stored == titleBefore_) return;
+    change(
+        task_, [this](CDTask& changed) { environment_.tasks().setTitle(changed, titleBefore_); });
 }
 
 void TaskDetail::changeEvent(QEvent* event) {
@@ -338,21 +365,27 @@ bool TaskDetail::saveTexts() {
     const bool isEdited = title_->isEdited() || details_->isEdited();
     if (!task_ || !isEdited) return true;
     CDTask* const task = find();
+    const std::string title = title_->toPlainText().simplified().toStdString();
     try {
         if (task == nullptr) return keepAsNew();
-        const std::string title = title_->toPlainText().simplified().toStdString();
-        if (title_->isEdited()) environment_.tasks().setTitle(*task, title);
-        if (details_->isEdited()) {
-            keepForeignDetails(*task);
-            environment_.tasks().setDetails(*task, details_->toPlainText().toStdString());
-        }
+        if (title_->isEdited()) TaskService::checkTitle(title);
     } catch (const TaskError& error) {
         showNotice(this, error.what());
         return false;
     }
-    title_->document()->setModified(false);
-    details_->document()->setModified(false);
-    const bool isSaved = TaskHistory::of(environment_).saveForGood(this);
+    const bool isSaved = TaskHistory::of(environment_).record({{*task_}}, this, [&] {
+        if (title_->isEdited()) {
+            environment_.tasks().setTitle(*task, title);
+            savedTitle_ = title;
+        }
+        if (details_->isEdited()) {
+            keepForeignDetails(*task);
+            environment_.tasks().setDetails(*task, details_->toPlainText().toStdString());
+        }
+        title_->document()->setModified(false);
+        details_->document()->setModified(false);
+        return TaskHistory::Made{};
+    });
     if (const CDTask* const kept = find()) {
         shownDetails_ = QString::fromStdString(kept->details.valueOr(""));
     }
@@ -362,9 +395,9 @@ bool TaskDetail::saveTexts() {
 void TaskDetail::change(const std::optional<Uuid>& id, const std::function<void(CDTask&)>& change) {
     CDTask* const task = id ? environment_.context().find<CDTask>(*id) : nullptr;
     if (task == nullptr) return;
-    TaskHistory::of(environment_).record({{*id}}, this, [&] {
+    TaskHistory::of(environment_).record({.tasks = {*id}, .withLabels = true}, this, [&] {
         change(*task);
-        return TaskHistory::Tasks{};
+        return TaskHistory::Made{};
     });
 }
 

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 
 class QLabel;
 class QPushButton;
@@ -52,6 +53,8 @@ signals:
 private:
     void keyPressEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void dropTypedTitle();
     QWidget* makeForm();
     void followFields();
     CDTask* find() const;
@@ -89,6 +92,8 @@ private:
     LabelsField* const labels_;
     SubtaskList* const subtasks_;
     GrowingText* const details_;
+    std::string titleBefore_;                // as it was when its field got the keys
+    std::optional<std::string> savedTitle_;  // what was typed since, as it was saved last
     QString shownDetails_;  // as the library had them when they were shown or saved
     QLabel* const history_;
 };

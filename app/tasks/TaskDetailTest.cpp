@@ -267,5 +267,38 @@ TEST_F(TaskDetailTest, ATitleThatIsTooLongIsNotLost) {
     settle();
 }
 
+TEST_F(TaskDetailTest, EscapePutsTheStoredTitleBack) {
+    CDTask& task = addTask("Order banners");
+    detail.showTask(*task.id);
+    auto& title = *detail.findChild<GrowingText*>("taskTitle");
+    const auto escape = [&] {
+        QTest::keyClick(&title, Qt::Key_Escape);
+        field("Duedate").setFocus();  // as the page takes the keys
+    };
+    detail.editTitle();
+    QTest::keyClicks(&title, " today");
+    escape();
+    EXPECT_EQ(title.toPlainText(), "Order banners");
+    EXPECT_EQ(task.title, "Order banners");
+
+    detail.editTitle();
+    QTest::keyClicks(&title, " today");
+    emit title.settled();  // a pause
+    ASSERT_EQ(task.title, "Order banners today");
+    QTest::keyClicks(&title, " at noon");
+    escape();
+    EXPECT_EQ(title.toPlainText(), "Order banners");
+    EXPECT_EQ(task.title, "Order banners");
+
+    detail.editTitle();
+    QTest::keyClicks(&title, " mine");
+    environment->tasks().setTitle(task, "Theirs");
+    context().save();
+    escape();
+    EXPECT_EQ(title.toPlainText(), "Theirs");
+    EXPECT_EQ(task.title, "Theirs");
+    EXPECT_FALSE(context().hasChanges());
+}
+
 }  // namespace
 }  // namespace tesserine::app

@@ -10,6 +10,7 @@
 #include <deque>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,38 +20,49 @@ namespace tesserine::app {
 
 class AppEnvironment;
 
-/// What was done last to tasks, in whichever window, so that it can be taken back: completing and
-/// reopening, dates, reminders, priorities, projects and the order. Belongs to the main thread.
+/// What was done last to tasks, in whichever window, so that it can be taken back and done again:
+/// completing and reopening, words, dates, reminders, priorities, labels, places, new tasks and
+/// deletions. Belongs to the main thread.
 class TaskHistory final : public QObject {
     Q_OBJECT
 
 public:
     using Tasks = std::vector<Uuid>;
-    static constexpr std::size_t mostKept = 20;
+    static constexpr std::size_t mostKept = 50;
 
     struct Affected {
-        Tasks tasks;
-        Tasks along{};  ///< subtasks that are changed with them
+        Tasks tasks{};
+        Tasks along{};            ///< subtasks that are changed with them
+        bool withLabels = false;  ///< labels are looked at too, as where tasks may be deleted
+    };
+    struct Made {
+        Tasks tasks{};            ///< new ones
+        Tasks completedCopies{};  ///< of tasks that repeat
     };
 
     /// That of the environment, which owns it.
     static TaskHistory& of(AppEnvironment& environment);
 
-    /// Saves what `act` does to the tasks, none of which it deletes, and remembers it. `act`
-    /// returns the completed copies that it has made. A failure to save is shown over `parent`.
-    void record(const Affected& affected, QWidget* parent, const std::function<Tasks()>& act);
-    /// Takes back what was done last; what has been changed again since then stays as it is.
+    /// Saves what `act` does to the tasks, and what it makes, and remembers it. A failure to save
+    /// is shown over `parent`; false then.
+    bool record(const Affected& affected, QWidget* parent, const std::function<Made()>& act);
+    bool canUndo() const { return !changes_.empty(); }
+    bool canRedo() const { return !undone_.empty(); }
+    /// Takes back what was done last; what has been changed again since then stays as it is. A new
+    /// task goes unless it was changed since.
     void undo(QWidget* parent);
-    /// Saves what cannot be taken back, such as words or a new task. What was done before that is
-    /// not taken back in its place.
-    bool saveForGood(QWidget* parent);
+    /// Does again what was taken back last, unless anything else was done since.
+    void redo(QWidget* parent);
 
 signals:
     /// What can be taken back now, as a sentence: "Completed “Plan”", "3 tasks are due tomorrow".
     /// Empty where no words are needed, or where it cannot be taken back.
     void lastChanged(const QString& sentence);
-    /// What was taken back, for where the tasks are not seen.
+    /// How the tasks are now that something was taken back or done again, for where they are not
+    /// seen. No tasks: it is to be told in any case.
     void takenBack(const QString& sentence, const std::vector<tesserine::Uuid>& tasks);
+    /// Something else can be taken back or done again.
+    void turned();
 
 private:
     struct Due {
@@ -64,10 +76,15 @@ private:
         friend bool operator==(const Place&, const Place&) = default;
     };
     struct State {
+        std::optional<std::string> title;
+        std::optional<std::string> details;
         Due due;
         Place place;
+        std::optional<Uuid> linkedNote;
+        std::set<Uuid> labels;  // empty where they are not looked at
         std::optional<Instant> reminderAt;
         std::optional<Instant> completedAt;
+        std::optional<Instant> createdAt;
         std::optional<std::string> recurrenceRule;
         std::optional<std::int16_t> priority;
         std::optional<std::int64_t> sortIndex;
@@ -76,25 +93,36 @@ private:
     struct Entry {
         Uuid task;
         bool isAlong;
-        State before;
-        State after;
+        std::optional<State> before;  // none: it was made
+        std::optional<State> after;   // none: it was deleted
     };
     struct Change {
         std::vector<Entry> entries;
         Tasks completedCopies;
     };
+    enum class Labels { read, unread };
 
     explicit TaskHistory(AppEnvironment& environment);
     CDTask* find(const Uuid& task) const;
-    static State stateOf(const CDTask& task);
-    std::vector<Entry> entriesOf(const Affected& affected) const;
+    static State stateOf(const CDTask& task, Labels labels);
+    std::vector<Entry> entriesOf(const Affected& affected, Labels labels) const;
+    void lookAgain(Change& change, const Made& made, Labels labels) const;
+    static Change reversed(Change change);
+    Tasks takeBack(const Change& change) const;
+    bool isAsMade(const CDTask& task, const Change& change) const;
+    void bringBack(const Entry& entry) const;
     void putBack(CDTask& task, const State& before, const State& after) const;
     void putBack(CDTask& task, const Place& place) const;
+    void putBackLabels(CDTask& task, const State& before, const State& after) const;
+    void tellTakenBack(const Change& change, const Tasks& stayed, bool isAnything);
+    QString subjectOf(const Change& change) const;
     QString sentenceOf(const Change& change) const;
+    QString sentenceAfterUndo(const Change& change) const;
     QString dueSentence(const QString& what, bool isOne, const Due& due) const;
 
     AppEnvironment& environment_;
     std::deque<Change> changes_;  // the last one at the end
+    std::vector<Change> undone_;  // likewise
 };
 
 }  // namespace tesserine::app

@@ -7,7 +7,6 @@
 #include "app/state/AppEnvironment.h"
 #include "app/tasks/QuickAddBar.h"
 #include "app/tasks/TaskActions.h"
-#include "app/tasks/TaskHistory.h"
 #include "app/tasks/TaskListModel.h"
 #include "app/tasks/TaskListView.h"
 
@@ -214,10 +213,7 @@ void TaskListPage::showTemplateMenu(const QPoint& globalPlace) {
 
 void TaskListPage::use(const Uuid& taskTemplate) {
     try {
-        const CDTask& task = environment_.taskTemplates().use(
-            environment_.context(), taskTemplate, environment_.calendar());
-        const Uuid id = *task.id;
-        TaskHistory::of(environment_).saveForGood(this);
+        const Uuid id = actions_.commands().make(taskTemplate);
         list_->selectTask(id);
         emit opened(id);
     } catch (const TaskTemplateError& error) {

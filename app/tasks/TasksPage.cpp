@@ -15,6 +15,7 @@
 #include "app/tasks/TemplateManager.h"
 #include "app/tasks/UndoBar.h"
 
+#include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -96,7 +97,8 @@ void TasksPage::followPages() {
     connect(undo_, &UndoBar::undone, actions_, &TaskActions::undo);
     const auto tellUnseen = [this](const QString& sentence, const std::vector<Uuid>& tasks) {
         const auto isSeen = [this](const Uuid& task) { return list_->list().lists(task); };
-        if (!isCalendar() && std::ranges::none_of(tasks, isSeen)) undo_->tell(sentence);
+        const bool areUnseen = !isCalendar() && std::ranges::none_of(tasks, isSeen);
+        if (tasks.empty() || areUnseen) undo_->tell(sentence);
     };
     connect(&TaskHistory::of(environment_), &TaskHistory::takenBack, this, tellUnseen);
     connect(
@@ -118,6 +120,11 @@ void TasksPage::followPages() {
 }
 
 void TasksPage::handleCommands(Commands& commands) {
+    for (const QKeySequence& keys : Commands::usualKeys("edit.redo")) {
+        auto* const redo = new QShortcut(keys, this);
+        redo->setContext(Qt::WidgetWithChildrenShortcut);
+        connect(redo, &QShortcut::activated, actions_, &TaskActions::redo);
+    }
     commands.attach(CommandContext::tasks, list_->list());
     commands.attach(CommandContext::tasks, calendar_->grid());
     const auto onSelected = [&](std::string_view id, auto act) {

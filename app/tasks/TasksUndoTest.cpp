@@ -1,4 +1,5 @@
 #include "app/tasks/TaskDetail.h"
+#include "app/tasks/TaskHistory.h"
 #include "app/tasks/TasksPageFixture.h"
 #include "app/tasks/WhenPopup.h"
 
@@ -82,15 +83,17 @@ TEST_F(TasksUndoTest, TheKeyTakesBackTheLastThingDoneAndThenTheOneBefore) {
     show(Place::Kind::today);
     undo();
     EXPECT_EQ(stateOf(second), inbox) << "also from another list";
-    EXPECT_EQ(undoSentence(), "Taken back: the last change");
+    EXPECT_EQ(undoSentence(), "“Second” is as it was");
     show(Place::Kind::inbox);
     pressOn(second, Qt::Key_2);
     page.detail().findChild<QLineEdit*>("addLabel")->setText("count");
     page.detail().flush();
     ASSERT_EQ(second.labels.all().size(), 1U);
     undo();
+    EXPECT_TRUE(second.labels.all().empty());
     EXPECT_EQ(stateOf(second), inbox + " p2") << "it was not the last thing";
-    pressOn(second, Qt::Key_4);
+    undo();
+    EXPECT_EQ(stateOf(second), inbox);
 
     QTest::keyClick(&list, Qt::Key_A, Qt::ControlModifier);
     press(Qt::Key_D);
@@ -131,6 +134,7 @@ TEST_F(TasksUndoTest, DragsAndChangesBesideTheListAreTakenBackToo) {
 
 TEST_F(TasksUndoTest, ADayThatIsChosenBesideTheListKeepsTheTimeToo) {
     CDTask& task = addTask("Meeting 2026-03-26 2pm");
+    CDTask& other = addTask("Other 2026-03-27");
     environment->tasks().setReminder(task, *Instant::parseISO("2026-03-26T13:00:00Z"));
     context().save();
     show(Place::Kind::allTasks);
@@ -139,9 +143,61 @@ TEST_F(TasksUndoTest, ADayThatIsChosenBesideTheListKeepsTheTimeToo) {
     answer("2026-03-30");
     EXPECT_EQ(task.dueDate->iso(), "2026-03-30T14:00:00.000Z");
     EXPECT_EQ(task.reminderAt->iso(), "2026-03-30T13:00:00.000Z");
+    show(Place::Kind::today);
     undo();
+    EXPECT_EQ(undoSentence(), "“Meeting” is due Thu 26 Mar 14:00 again");
     EXPECT_EQ(task.dueDate->iso(), "2026-03-26T14:00:00.000Z");
     EXPECT_EQ(task.reminderAt->iso(), "2026-03-26T13:00:00.000Z") << "with its date";
+
+    show(Place::Kind::allTasks);
+    pressOn(other, Qt::Key_Space);
+    pressOn(task, Qt::Key_Space);
+    show(Place::Kind::today);
+    undo();
+    EXPECT_EQ(undoSentence(), "“Meeting” is open again");
+}
+
+TEST_F(TasksUndoTest, WordsAreTakenBackAndTypedAgainByTheKeys) {
+    CDTask& task = addTask("Order banners");
+    CDNote& note = addNote("Plan");
+    task.linkedNote = &note;
+    context().save();
+    show(Place::Kind::inbox);
+    pressOn(task, Qt::Key_2);
+    QTest::keyClick(&list, Qt::Key_Return);
+    QTest::keyClicks(QApplication::focusWidget(), " today");
+    page.flush();
+    auto& notes = *page.detail().findChild<QWidget*>("taskDetails");
+    notes.setFocus();
+    QTest::keyClicks(&notes, "Three of them");
+    page.flush();
+    for (auto* button : page.findChildren<QAbstractButton*>()) {
+        if (button->accessibleName() == "Do not link this note") button->click();
+    }
+    ASSERT_EQ(task.linkedNote.get(), nullptr);
+    list.setFocus();
+    undo();
+    EXPECT_EQ(task.linkedNote.get(), &note);
+    undo();
+    EXPECT_EQ(task.details.valueOr(""), "");
+    EXPECT_EQ(task.title, "Order banners today");
+    undo();
+    EXPECT_EQ(task.title, "Order banners");
+    EXPECT_EQ(task.priority, 2) << "that was done before";
+    EXPECT_TRUE(TaskHistory::of(*environment).canRedo());
+    QTest::keyClick(&list, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(task.title, "Order banners today");
+    QTest::keyClick(&list, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(task.details, "Three of them");
+
+    environment->tasks().setDetails(task, "Four of them");
+    context().save();
+    undo();
+    EXPECT_EQ(task.details, "Four of them") << "written by others since";
+    EXPECT_EQ(undoSentence(), "“Order banners today” was changed since and stays as it is");
+    undo();
+    undo();
+    EXPECT_EQ(task.priority, 4);
 }
 
 TEST_F(TasksUndoTest, WhatOthersChangedMeanwhileIsLeft) {

@@ -5,6 +5,7 @@
 #include "app/look/RowPainting.h"
 #include "app/look/Theme.h"
 #include "app/state/AppEnvironment.h"
+#include "app/tasks/TaskCommands.h"
 #include "app/tasks/TaskDelegate.h"
 #include "app/tasks/TemplateForm.h"
 #include "core/tasks/TaskErrors.h"
@@ -269,11 +270,7 @@ void TemplateManager::create() {
 void TemplateManager::use() {
     if (!shown_ || !flush()) return;
     try {
-        const CDTask& task = environment_.taskTemplates().use(
-            environment_.context(), *shown_, environment_.calendar());
-        const Uuid id = *task.id;
-        environment_.save(this);
-        emit used(id);
+        emit used(TaskCommands(environment_, this).make(*shown_));
     } catch (const TaskTemplateError& error) {
         showProblem(error.what());
     }
