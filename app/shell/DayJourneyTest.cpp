@@ -14,6 +14,8 @@
 #include "search/SearchCoordinator.h"
 
 #include <QListView>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QTabBar>
 #include <QTimer>
@@ -224,6 +226,62 @@ TEST_F(DayJourney, ALockedPassageIsFoundNoMore) {
     };
     EXPECT_EQ(found("keys"), 1);
     EXPECT_EQ(found("swordfish"), 0);
+}
+
+TEST_F(DayJourney, TakesBackWhatWasDoneToTasksFromTheSidebarAndTheMenu) {
+    CDTask& banners = addTask("Order banners");
+    CDNote& note = addNote("Lisbon", "<p>In May</p>");
+    window().go({Kind::note, *note.id});
+    editor().body().setFocus();
+    type("Not ");
+    ASSERT_TRUE(window().save());
+    window().go({Kind::allTasks});
+    window().focusContent();
+    auto& list = *window().tasks().findChild<TaskListView*>();
+    list.selectTask(*banners.id);
+    press(Qt::Key_2);
+    press(Qt::Key_1);
+    ASSERT_EQ(banners.priority, 1);
+    clickPlace({Kind::inbox});
+    settle();
+    ASSERT_TRUE(window().sidebar().hasFocus());
+    press(Qt::Key_Z, control);
+    EXPECT_EQ(banners.priority, 2);
+
+    QMenu* edit = nullptr;
+    for (const QAction* const one : window().menuBar()->actions()) {
+        if (one->menu()->actions().contains(&commands().action("find.open"))) edit = one->menu();
+    }
+    ASSERT_NE(edit, nullptr);
+    const auto offered = [&](const char* title) {
+        emit edit->aboutToShow();
+        for (QAction* const one : edit->actions()) {
+            if (one->text() == title) return one;
+        }
+        return static_cast<QAction*>(nullptr);
+    };
+    EXPECT_TRUE(offered("Redo")->isEnabled());
+    ASSERT_TRUE(offered("Undo")->isEnabled());
+    offered("Undo")->trigger();
+    EXPECT_EQ(banners.priority, 4);
+    EXPECT_FALSE(offered("Undo")->isEnabled());
+    offered("Redo")->trigger();
+    EXPECT_EQ(banners.priority, 2);
+
+    window().newTask("Call Ana");
+    settle();
+    offered("Undo")->trigger();
+    EXPECT_EQ(banners.priority, 2) << "the keys are in a text";
+    EXPECT_EQ(context().count<CDTask>(), 1U);
+
+    window().go({Kind::note, *note.id});
+    settle();
+    EXPECT_EQ(offered("Undo"), &commands().action("edit.undo"));
+    offered("Undo")->trigger();
+    EXPECT_EQ(banners.priority, 2) << "among notes it is theirs";
+    EXPECT_EQ(note.plainText, "Not In May") << "not saved yet";
+    ASSERT_TRUE(window().save());
+    EXPECT_EQ(note.plainText, "In May");
 }
 
 }  // namespace

@@ -24,11 +24,15 @@
 #include "app/shell/NotesPane.h"
 #include "app/state/AppEnvironment.h"
 #include "app/state/SyncControl.h"
+#include "app/tasks/TaskHistory.h"
+#include "app/tasks/TasksPage.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
+#include <QMenu>
+#include <QMetaMethod>
 #include <QStandardPaths>
 #include <QStatusBar>
 
@@ -215,7 +219,55 @@ public:
         commands_.attach(CommandContext::lists, window_.sidebar());
     }
 
+    /// Where tasks are shown the menu and the sidebar take back what was done to them; the page of
+    /// tasks has the keys for itself.
+    void undoing() const {
+        turnTasks("edit.undo", "undo()", &TaskHistory::canUndo, &TaskHistory::undo);
+        turnTasks("edit.redo", "redo()", &TaskHistory::canRedo, &TaskHistory::redo);
+    }
+
 private:
+    /// Stands in for a command of notes. What is typed is turned by its field.
+    void turnTasks(
+        const char* command,
+        const char* slotOfFields,
+        bool (TaskHistory::*can)() const,
+        void (TaskHistory::*turn)(QWidget*)) const {
+        TaskHistory& history = TaskHistory::of(environment_);
+        QAction& ofNotes = commands_.action(command);
+        auto* const ofTasks = new QAction(ofNotes.icon(), ofNotes.text(), &window_);
+        ofTasks->setObjectName(QString("%1.tasks").arg(command));
+        ofTasks->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        const auto takeKeys = [ofTasks, &ofNotes] { ofTasks->setShortcuts(ofNotes.shortcuts()); };
+        const auto offer = [ofTasks, &history, can] { ofTasks->setEnabled((history.*can)()); };
+        takeKeys();
+        offer();
+        QObject::connect(&commands_, &Commands::keysChanged, ofTasks, takeKeys);
+        QObject::connect(&history, &TaskHistory::turned, ofTasks, offer);
+        const auto areShown = [&window = window_] {
+            return TasksPage::shows(window.current().place.kind);
+        };
+        QObject::connect(ofTasks, &QAction::triggered, &window_, [=, &history, &window = window_] {
+            if (!areShown()) return;
+            QWidget* const keys = window.focusWidget();
+            const int slot = keys == nullptr ? -1 : keys->metaObject()->indexOfSlot(slotOfFields);
+            if (slot < 0) return (history.*turn)(&window);
+            keys->metaObject()->method(slot).invoke(keys);
+        });
+        window_.sidebar().addAction(ofTasks);
+        for (QObject* const place : ofNotes.associatedObjects()) {
+            auto* const menu = qobject_cast<QMenu*>(place);
+            if (menu == nullptr) continue;
+            QObject::connect(menu, &QMenu::aboutToShow, ofTasks, [=, &ofNotes] {
+                QAction* const shown = areShown() ? ofTasks : &ofNotes;
+                QAction* const other = areShown() ? &ofNotes : ofTasks;
+                if (!menu->actions().contains(other)) return;
+                menu->insertAction(other, shown);
+                menu->removeAction(other);
+            });
+        }
+    }
+
     /// A part of the window may handle the command already.
     template <class Handle>
     void on(std::string_view command, Handle handle) const {
@@ -324,6 +376,7 @@ void handleWindowCommands(MainWindow& window, Commands& commands, AppEnvironment
     wiring.making();
     wiring.pages();
     wiring.notes();
+    wiring.undoing();
     commands.attach(CommandContext::everywhere, window);
     window.settle();
 }
