@@ -216,6 +216,41 @@ TEST_F(Sync, WhatNobodyEditedStaysDeleted) {
     EXPECT_TRUE(service.liveRecords("note").empty());
 }
 
+/// As an undone deletion does.
+TEST_F(Sync, WhatComesBackUnderItsOwnIdentifierIsThereAgainEverywhere) {
+    enum class Deletion { unsent, sent, seen };
+    for (const auto deletion : {Deletion::unsent, Deletion::sent, Deletion::seen}) {
+        SCOPED_TRACE(static_cast<int>(deletion));
+        const auto insert = [this](const std::optional<Uuid>& id) {
+            auto& task = a.context().insert<CDTask>();
+            if (id) task.id = *id;
+            task.title = "Call Ada";
+            task.createdAt = a.clock.now();
+            task.updatedAt = a.clock.now();
+            a.save();
+            return *task.id;
+        };
+        const Uuid id = insert({});
+        settle();
+        a.clock.advance(std::chrono::seconds(1));
+        a.context().remove(*a.context().find<CDTask>(id));
+        a.save();
+        if (deletion != Deletion::unsent) {
+            EXPECT_EQ(a.sync(), "");
+        }
+        if (deletion == Deletion::seen) {
+            EXPECT_EQ(b.sync(), "");
+        }
+        a.clock.advance(std::chrono::seconds(1));
+        insert(id);
+        settle();
+        for (SyncDevice* device : {&a, &b}) {
+            ASSERT_NE(device->context().find<CDTask>(id), nullptr);
+            EXPECT_EQ(device->context().find<CDTask>(id)->title, "Call Ada");
+        }
+    }
+}
+
 TEST_F(Sync, TagsOfOneNameBecomeOneAndCyclesAreBroken) {
     for (SyncDevice* device : {&a, &b}) {
         StoreContext& context = device->context();
