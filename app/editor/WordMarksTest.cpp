@@ -69,8 +69,9 @@ TEST_F(MarkedNote, FoldsAccentsAsTheSearchDoes) {
 
 TEST_F(MarkedNote, GoesToTheTableThatHoldsTheWords) {
     std::string text = "<p>|first</p>";
-    for (int i = 0; i < 60; ++i)
+    for (int i = 0; i < 60; ++i) {
         text += "<p>line</p>";
+    }
     const std::string filler = text.substr(text.find("<p>line"));
     text +=
         "<table><tbody><tr><td>Schildkr\u00f6te</td><td>t\u0119sknota</td></tr></tbody></table>";

@@ -33,8 +33,9 @@ class SearchFieldTest : public ::testing::Test {
 public:
     SearchFieldTest() {
         auto* const column = new QVBoxLayout(&window);
-        for (QLineEdit* line : {static_cast<QLineEdit*>(&field), &other})
+        for (QLineEdit* line : {static_cast<QLineEdit*>(&field), &other}) {
             column->addWidget(line);
+        }
         QObject::connect(&field, &SearchField::suggestionsWanted, &field, [this](auto& typed) {
             const auto made = [](const char* title, const char* replacement) {
                 SearchSuggestion suggestion;

@@ -536,7 +536,7 @@ void MainWindow::restoreLayout() {
 /// What a tab is called: after the note that is open in it, else after its place. Empty where that
 /// is gone.
 QString MainWindow::tabTitle(const Stop& stop) const {
-    const QString place = titleOf(stop.place, environment_.context());
+    QString place = titleOf(stop.place, environment_.context());
     if (place.isEmpty() || !stop.note) return place;
     const QString note = titleOf({Kind::note, *stop.note}, environment_.context());
     return note.isEmpty() ? place : note;

@@ -162,7 +162,7 @@ void NotesPane::showNoResult() {
 bool NotesPane::showsList() const { return lists_->currentWidget() == list_; }
 
 std::vector<Uuid> NotesPane::chosen() const {
-    const auto selected = showsList() ? list_->selected() : std::vector<Uuid>{};
+    auto selected = showsList() ? list_->selected() : std::vector<Uuid>{};
     if (!selected.empty()) return selected;
     const auto open = openedNote();
     return open ? std::vector{*open} : std::vector<Uuid>{};

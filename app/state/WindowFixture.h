@@ -44,7 +44,7 @@ public:
         environment.reset();
         environment = std::make_unique<app::AppEnvironment>(given);
     }
-    StoreContext& context() { return environment->context(); }
+    StoreContext& context() const { return environment->context(); }
 
     CDNote& addNote(
         const std::string& title, const std::string& html = "", CDNotebook* notebook = nullptr) {
