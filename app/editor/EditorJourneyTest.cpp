@@ -65,6 +65,8 @@ TEST_F(EditorJourney, ATableIsMadeFilledAndChanged) {
     editor.body().setTextCursor(document().find(QString(QChar::ObjectReplacementCharacter)));
     commands.trigger("format.table");
     press(tableDialog(), "Add Row");
+    const auto* const grid = tableDialog().findChild<QTableWidget*>("tableGrid");
+    EXPECT_EQ(grid->currentRow(), 1) << "what is typed next goes into the new row";
     press(tableDialog(), "Done");
     EXPECT_NE(html(), made);
     commands.trigger("edit.undo");

@@ -226,7 +226,8 @@ void FindBar::replaceOne() {
     search();
 }
 
-/// One step to undo.
+/// One step to undo. Nothing is chosen afterwards: the new words may hold the old ones, and what is
+/// typed next would replace those.
 void FindBar::replaceAll() {
     std::vector<PassageRange> places = occurrences(body_.note(), sought_->text());
     if (places.empty() || body_.isReadOnly()) return;
@@ -244,7 +245,10 @@ void FindBar::replaceAll() {
         }
         cursor.endEditBlock();
     });
-    search();
+    QTextCursor here = body_.textCursor();
+    here.setPosition(here.selectionEnd());
+    body_.setTextCursor(here);
+    markAll();
     const QString left =
         tables == 0 ? "" : ", left " + shownCount(tables, "table", "tables") + " alone";
     count_->setText(QString("Replaced %1").arg(places.size()) + left);

@@ -109,6 +109,8 @@ TEST_F(FindTest, ReplacesEverythingAsOneStepAndKeepsStyles) {
     bar().findChild<QPushButton*>("replaceAll")->click();
     EXPECT_EQ(html(), "<p>tea cup <strong>tea cup</strong> tea cuptea cup</p>");
     EXPECT_EQ(count(), "Replaced 4");
+    EXPECT_FALSE(editor.body().textCursor().hasSelection())
+        << "what is typed next replaces nothing";
     commands.trigger("edit.undo");
     EXPECT_EQ(html(), before);
 }

@@ -130,7 +130,8 @@ void PassageLocking::place(const Sealing& sealing) {
     if (!isStillThere(sealing)) return showNotice(&parts_.body, changedSentence);
     AttributedText text = parts_.body.note().content();
     lockRange(text, sealing.range, sealing.blob);
-    replaceContent(parts_.body, text, static_cast<int>(sealing.range.start));
+    const std::size_t block = text.text.find(u'\uFFFC', sealing.range.start);
+    replaceContent(parts_.body, text, static_cast<int>(block) + 1);  // one goes on behind it
     if (!saveForGood()) return;
     removeCopies(sealing);
 }

@@ -94,6 +94,8 @@ TEST_F(PassageLockingTest, LeavesTheTextInNoFileOfTheLibrary) {
     EXPECT_FALSE(isInLibrary("swordfish-4711"));
 
     type("more");
+    const std::string block = lockedBlock(passages.front().blob);
+    EXPECT_NE(html().find(block + "<p>more</p>"), std::string::npos) << "one goes on behind it";
     editor.close();
     editor.open(*note.id);
     while (document().isUndoAvailable()) {

@@ -293,6 +293,7 @@ void SidePanel::showVersion(const Uuid& id) {
         if (present == nullptr || chosen == nullptr) return;
         parts_.environment.notes().revertTo(parts_.environment.context(), *present, *chosen);
         parts_.saveStep();
+        parts_.body.setFocus();
     });
     view->open();
 }
@@ -348,12 +349,13 @@ void SidePanel::askToDeleteAttachment(const Uuid& id) {
     box->open();
 }
 
-/// Others may have deleted it while the question was shown.
+/// Others may have deleted it while the question was shown. The note is shown anew: undo would
+/// bring back the place of a file that is gone.
 void SidePanel::deleteAttachment(const Uuid& id) {
     auto* const attachment = parts_.environment.context().find<CDAttachment>(id);
     if (attachment == nullptr) return fillAttachments();
     parts_.environment.attachments().deleteAttachment(parts_.environment.context(), *attachment);
-    parts_.saveStep();
+    parts_.environment.save(this);
     fillAttachments();
 }
 

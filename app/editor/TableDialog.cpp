@@ -49,22 +49,35 @@ TableDialog::TableDialog(TableContent content, QWidget* parent, CellPlace cell)
     grid_->verticalHeader()->hide();
 
     auto* const tools = new QHBoxLayout;
-    const auto add = [&](const QString& title, const std::function<void(int, int)>& change) {
+    const auto add = [&](const QString& title, const std::function<CellPlace(int, int)>& change) {
         auto* const button = new QPushButton(title, this);
         button->setAutoDefault(false);
         connect(button, &QPushButton::clicked, this, [this, change] {
             const int row = std::max(grid_->currentRow(), 0);
             const int column = std::max(grid_->currentColumn(), 0);
-            change(row, column);
-            show(row, column);
+            const CellPlace next = change(row, column);
+            show(next.row, next.column);
         });
         tools->addWidget(button);
     };
     const auto at = [](int place) { return static_cast<std::size_t>(place); };
-    add("Add Row", [this, at](int row, int) { content_.insertRow(at(row) + 1); });
-    add("Add Column", [this, at](int, int column) { content_.insertColumn(at(column) + 1); });
-    add("Remove Row", [this, at](int row, int) { content_.removeRow(at(row)); });
-    add("Remove Column", [this, at](int, int column) { content_.removeColumn(at(column)); });
+    // What is typed next goes into what was added, not over what stood in the cell.
+    add("Add Row", [this, at](int row, int) {
+        content_.insertRow(at(row) + 1);
+        return CellPlace{.row = row + 1};
+    });
+    add("Add Column", [this, at](int row, int column) {
+        content_.insertColumn(at(column) + 1);
+        return CellPlace{.row = row, .column = column + 1};
+    });
+    add("Remove Row", [this, at](int row, int column) {
+        content_.removeRow(at(row));
+        return CellPlace{.row = row, .column = column};
+    });
+    add("Remove Column", [this, at](int row, int column) {
+        content_.removeColumn(at(column));
+        return CellPlace{.row = row, .column = column};
+    });
     tools->addStretch(1);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
     buttons->addButton("Done", QDialogButtonBox::AcceptRole);

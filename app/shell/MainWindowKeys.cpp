@@ -42,10 +42,13 @@ void MainWindow::giveKeys(KeyHolder keys) {
     }
 }
 
-/// After a start, when who wrote in the note can go on there. Somebody who chose something else
-/// meanwhile keeps the keys there.
+/// After a start, when who wrote in the note, or a query, can go on there. Somebody who chose
+/// something else meanwhile keeps the keys there.
 void MainWindow::giveKeysBack(KeyHolder keys) {
-    if (keys == KeyHolder::note && keyHolder() == KeyHolder::list) giveKeys(keys);
+    const KeyHolder present = keyHolder();
+    if (keys == KeyHolder::note && present == KeyHolder::list) return giveKeys(keys);
+    const bool isQuery = notesShown() && !notes_->showsList();
+    if (isQuery && present != KeyHolder::note) giveKeys(KeyHolder::searchField);
 }
 
 /// What the menu key does, for keyboards that have none.

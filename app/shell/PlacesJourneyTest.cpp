@@ -155,6 +155,13 @@ TEST_F(PlacesJourney, AStartGoesOnInTheNoteThatHadTheKeysWhereItWasLeft) {
 
     ASSERT_EQ(openTitle(), "Diary");
     EXPECT_FALSE(editor().body().hasFocus()) << "the list had the keys";
+
+    window().go({.kind = Kind::search, .text = "plan"});
+    window().close();
+    closeWindow();
+    window();
+    ASSERT_NE(QApplication::focusWidget(), nullptr);
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), "searchField") << "a query goes on";
 }
 
 TEST_F(PlacesJourney, AStartAmongTasksHasTheKeysThere) {
