@@ -142,6 +142,7 @@ void FindBar::open(Purpose purpose) {
     const bool isWord = !selected.isEmpty() && !selected.contains(QChar::ParagraphSeparator)
                         && !selected.contains(QChar::ObjectReplacementCharacter);
     replacing_->setVisible(purpose == Purpose::replace);
+    before_ = body_.textCursor();
     show();
     if (isWord) sought_->setText(selected);
     sought_->setFocus();
@@ -226,8 +227,8 @@ void FindBar::replaceOne() {
     search();
 }
 
-/// One step to undo. Nothing is chosen afterwards: the new words may hold the old ones, and what is
-/// typed next would replace those.
+/// One step to undo. Who wrote before can go on there: nothing is chosen, as the new words may hold
+/// the old ones, and what is typed next would replace those.
 void FindBar::replaceAll() {
     std::vector<PassageRange> places = occurrences(body_.note(), sought_->text());
     if (places.empty() || body_.isReadOnly()) return;
@@ -245,9 +246,8 @@ void FindBar::replaceAll() {
         }
         cursor.endEditBlock();
     });
-    QTextCursor here = body_.textCursor();
-    here.setPosition(here.selectionEnd());
-    body_.setTextCursor(here);
+    before_.setPosition(before_.selectionEnd());
+    body_.setTextCursor(before_);
     markAll();
     const QString left =
         tables == 0 ? "" : ", left " + shownCount(tables, "table", "tables") + " alone";

@@ -2,6 +2,7 @@
 
 #include "app/editor/PassageMarks.h"
 
+#include <QTextCursor>
 #include <QTimer>
 #include <QWidget>
 
@@ -43,6 +44,7 @@ private:
     QLineEdit* const replacement_;
     QWidget* const replacing_;
     QLabel* const count_;
+    QTextCursor before_;  // where one was before one looked
     PassageMarks marks_;
     std::vector<PassageRange> found_;
     QTimer timer_;  // until the note was left unchanged for a moment

@@ -100,17 +100,17 @@ TEST_F(FindTest, GoesFromPlaceToPlaceAndAround) {
 }
 
 TEST_F(FindTest, ReplacesEverythingAsOneStepAndKeepsStyles) {
-    const std::string body = "<p>|tea <strong>tea</strong> teatea</p>";
+    const std::string body = "<p>tea <strong>tea</strong> teatea.|</p>";
     openNote(body);
     const std::string before = html();
     commands.trigger("find.replace");
     look("tea");
     bar().findChild<QLineEdit*>("replaceField")->setText("tea cup");
     bar().findChild<QPushButton*>("replaceAll")->click();
-    EXPECT_EQ(html(), "<p>tea cup <strong>tea cup</strong> tea cuptea cup</p>");
+    EXPECT_EQ(html(), "<p>tea cup <strong>tea cup</strong> tea cuptea cup.</p>");
     EXPECT_EQ(count(), "Replaced 4");
-    EXPECT_FALSE(editor.body().textCursor().hasSelection())
-        << "what is typed next replaces nothing";
+    EXPECT_FALSE(editor.body().textCursor().hasSelection()) << "the next letters replace nothing";
+    EXPECT_TRUE(editor.body().textCursor().atBlockEnd()) << "where one wrote before";
     commands.trigger("edit.undo");
     EXPECT_EQ(html(), before);
 }
