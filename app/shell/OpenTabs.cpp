@@ -25,7 +25,7 @@ std::optional<BodyPlace> bodyPlaceIn(const std::string& word) {
 }
 
 std::string wordFor(const BodyPlace& place) {
-    const std::string cursor = std::to_string(place.position);
+    std::string cursor = std::to_string(place.position);
     if (place.isAtTop) return cursor;
     return cursor + "," + std::to_string(place.top) + "," + std::to_string(place.topEdge);
 }

@@ -44,8 +44,9 @@ TEST(OpenTabs, KeepWhereOneWroteInTheNotesThatHadTheKeys) {
         const OpenTabs odd = OpenTabs::read(line + word + "\n");
         ASSERT_EQ(odd.stops.size(), 1U);
         EXPECT_EQ(odd.stops[0].note, note);
-        for (const auto& [id, place] : odd.places)
+        for (const auto& [id, place] : odd.places) {
             EXPECT_EQ(place, atTop);
+        }
     }
 }
 

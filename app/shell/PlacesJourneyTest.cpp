@@ -128,8 +128,9 @@ TEST_F(PlacesJourney, TheNextStartGoesOnWhereTheWindowWasClosed) {
 
 TEST_F(PlacesJourney, AStartGoesOnInTheNoteThatHadTheKeysWhereItWasLeft) {
     std::string text;
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         text += "<p>line</p>";
+    }
     const Uuid first = *addNote("Plan & more", "<p>a</p>").id;
     const Uuid second = *addNote("Diary", text + "<p>the end</p>").id;
     window().go({Kind::note, first});

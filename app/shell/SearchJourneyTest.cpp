@@ -29,8 +29,9 @@ public:
 
 TEST_F(SearchJourney, AResultIsOpenedWhereItsWordsStandEvenWhenTheyWereCorrected) {
     std::string text = "<p>Shelves for the kitchen.</p>";
-    for (int i = 0; i < 200; ++i)
+    for (int i = 0; i < 200; ++i) {
         text += "<p>Nothing of that.</p>";
+    }
     addNote("Kitchen", text + "<p>The carpenter comes on Monday.</p>");
     environment->search().catchUp();
     window();
@@ -72,8 +73,9 @@ TEST_F(SearchJourney, AResultIsOpenedWhereItsWordsStandEvenWhenTheyWereCorrected
 
 TEST_F(SearchJourney, WordsAreShownInANoteThatIsOpenAlreadyAndInATable) {
     std::string text = "<p>poci\u0105g</p>";
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         text += "<p>Nothing of that.</p>";
+    }
     text +=
         "<table><tbody><tr><td>Schildkr\u00f6te</td><td>t\u0119sknota</td></tr></tbody></table>";
     addNote("Words", text);
