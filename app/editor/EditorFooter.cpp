@@ -1,12 +1,16 @@
 #include "app/editor/EditorFooter.h"
 
 #include "app/editor/BodyEdit.h"
+#include "app/editor/NoteObject.h"
 #include "app/look/Theme.h"
 #include "app/state/DateWords.h"
+#include "core/body/PlainText.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QTextBlock>
+
+#include <algorithm>
 
 namespace tesserine::app {
 namespace {
@@ -21,6 +25,25 @@ std::size_t wordsIn(QStringView text) {
                             || (isInWord && (unit == u'\'' || unit == u'’'));
         if (isWord && !isInWord) ++count;
         isInWord = isWord;
+    }
+    return count;
+}
+
+/// Also those in tables and other HTML that is shown as it is.
+std::size_t wordsBetween(const NoteDocument& note, int begin, int end) {
+    std::size_t count = 0;
+    for (QTextBlock block = note.findBlock(begin); block.isValid(); block = block.next()) {
+        if (block.position() >= end) break;
+        const qsizetype from = std::max(begin - block.position(), 0);
+        const QString text = block.text().mid(from, end - block.position() - from);
+        count += wordsIn(text);
+        qsizetype at = text.indexOf(QChar::ObjectReplacementCharacter);
+        for (; at >= 0; at = text.indexOf(QChar::ObjectReplacementCharacter, at + 1)) {
+            const auto place = block.position() + static_cast<int>(from + at);
+            const std::string& object = note.styleAt(place).object;
+            if (NoteObject::of(object).kind != NoteObject::Kind::block) continue;
+            count += wordsIn(QString::fromStdString(PlainText::fromHTML(object)));
+        }
     }
     return count;
 }
@@ -52,16 +75,13 @@ void EditorFooter::showWordCount(bool isShown) { words_->setVisible(isShown); }
 
 void EditorFooter::count() {
     if (words_->isHidden() || body_.isLoading()) return;
+    const NoteDocument& note = body_.note();
     const QTextCursor cursor = body_.textCursor();
-    std::size_t count = 0;
     if (cursor.hasSelection()) {
-        count = wordsIn(cursor.selectedText());
+        const auto count = wordsBetween(note, cursor.selectionStart(), cursor.selectionEnd());
         return words_->setText(shownCount(count, "word selected", "words selected"));
     }
-    for (QTextBlock block = body_.note().begin(); block.isValid(); block = block.next()) {
-        count += wordsIn(block.text());
-    }
-    words_->setText(shownCount(count, "word", "words"));
+    words_->setText(shownCount(wordsBetween(note, 0, note.characterCount()), "word", "words"));
 }
 
 }  // namespace tesserine::app

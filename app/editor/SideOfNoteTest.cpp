@@ -99,7 +99,8 @@ TEST_F(SideOfNote, WordsAreCountedOfTheNoteOrOfWhatIsSelected) {
              Case{"<p>|rock 'n' roll|, then</p>", "3 words selected"},
              Case{"<p>a|b|c</p>", "1 word selected"},
              Case{"<p>größer naïve 한국어 e\u0301te\u0301|</p>", "4 words"},
-             Case{"<table><tr><td>not these</td></tr></table><p>these two|</p>", "2 words"},
+             Case{"<table><tr><td>these</td><td>too</td></tr></table><p>and two|</p>", "4 words"},
+             Case{"<p>|a</p><table><tr><td>b c</td></tr></table><p>d|d</p>", "4 words selected"},
          }) {
         SCOPED_TRACE(body);
         openNote(body);
