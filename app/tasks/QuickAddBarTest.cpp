@@ -134,6 +134,24 @@ TEST_F(QuickAddBarTest, CompletesProjectsAndLabelsThatAreThere) {
     EXPECT_EQ(words(), "#Home renovation · @urgent");
 }
 
+TEST_F(QuickAddBarTest, ANameTypedInFullStaysWhereOthersOnlyHoldIt) {
+    environment->projects().create(context(), "Workshop");
+    addTask("Old one @workshop");
+    for (const char* const sentence : {"Fetch the router bits @shop", "Sort screws #shop"}) {
+        type(sentence);
+        QWidget* const popup = QApplication::activePopupWidget();
+        ASSERT_NE(popup, nullptr) << "the longer name is offered";
+        QTest::keyClick(popup, Qt::Key_Return);
+        EXPECT_EQ(typed(), "") << "Enter makes the task";
+    }
+    EXPECT_EQ(context().count<CDTask>(), 3U);
+    EXPECT_NE(environment->tags().find(context(), "shop"), nullptr);
+    type("Sweep @shop");
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Down);
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Return);
+    EXPECT_EQ(typed(), "Sweep @workshop ");
+}
+
 TEST_F(QuickAddBarTest, ThePreferenceMakesANumberAPriority) {
     type("Buy 2 eggs");
     EXPECT_EQ(words(), "");

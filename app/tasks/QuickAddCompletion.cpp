@@ -46,6 +46,10 @@ QStringList namesLike(const QString& letters, const QStringList& names, int limi
     return (begins + holds).mid(0, limit);
 }
 
+bool beginsWith(const QString& name, const QString& letters) {
+    return folded(name).starts_with(folded(letters));
+}
+
 QString nameInSentence(QChar sign, const QString& name) {
     const bool isBare = std::ranges::all_of(name, mayStandBare);
     return isBare ? sign + name : sign + u'"' + name + u'"';

@@ -23,6 +23,9 @@ std::optional<NameBeingTyped> nameBeingTyped(const QString& text, int cursor);
 /// them first, otherwise in the order given.
 QStringList namesLike(const QString& letters, const QStringList& names, int limit);
 
+/// Whether the name begins with the letters, ignoring case and marks.
+bool beginsWith(const QString& name, const QString& letters);
+
 /// The name as a sentence holds it: #Work, #"Home renovation".
 QString nameInSentence(QChar sign, const QString& name);
 

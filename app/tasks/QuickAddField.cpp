@@ -68,6 +68,7 @@ QuickAddField::QuickAddField(QuickAddModel& model, Moment moment, Names names, Q
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     document()->setDocumentMargin(space::tiny);
+    document()->clearUndoRedoStacks();  // the margin would be a step
     viewport()->setAutoFillBackground(false);
     setMouseTracking(true);
 
@@ -142,7 +143,9 @@ void QuickAddField::offerNames() {
     QRect place = cursorRect();
     place.setWidth(popup.sizeHintForColumn(0) + 2 * space::large);
     completer_->complete(place);
-    popup.setCurrentIndex(completer_->completionModel()->index(0, 0));
+    // A name that only holds the letters is not the one being typed: Enter would write another.
+    const bool isMeant = beginsWith(names.front(), name->letters);
+    popup.setCurrentIndex(isMeant ? completer_->completionModel()->index(0, 0) : QModelIndex());
 }
 
 void QuickAddField::takeName(const QString& name) {
@@ -174,7 +177,9 @@ bool QuickAddField::turnBackBy(const QKeyEvent& event) {
 
 void QuickAddField::keyPressEvent(QKeyEvent* event) {
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (completer_->popup()->isVisible()) {
+    QAbstractItemView& popup = *completer_->popup();
+    if (isEnter && !popup.currentIndex().isValid()) popup.hide();
+    if (popup.isVisible()) {
         const bool isForPopup = isEnter || event->key() == Qt::Key_Escape
                                 || event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab;
         if (isForPopup) {
