@@ -6,6 +6,7 @@
 #include "app/tasks/QuickAddBar.h"
 #include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskListModel.h"
+#include "app/tasks/TaskListPage.h"
 #include "app/tasks/TasksPage.h"
 
 #include <QApplication>
@@ -15,6 +16,7 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QTest>
+#include <QTextEdit>
 
 #include <memory>
 
@@ -85,6 +87,23 @@ TEST_F(CalendarTest, AClickOnADayBeginsATaskThere) {
     QTest::mouseClick(&grid, Qt::LeftButton, {}, grid.areaOf(*task.id).center());
     EXPECT_EQ(grid.chosenTask(), *task.id);
     EXPECT_EQ(page.detail().task(), *task.id);
+}
+
+TEST_F(CalendarTest, ASentenceWithoutEnterIsThereAtTheNextStart) {
+    const auto atNextStart = [&] {
+        EXPECT_TRUE(page.flush());
+        Commands otherCommands(environment->preferences());
+        const TasksPage next(*environment, otherCommands);
+        const auto wordsOf = [](const QuickAddBar& bar) {
+            return bar.findChild<QTextEdit*>()->toPlainText().toStdString();
+        };
+        return wordsOf(next.calendarPage().quickAdd()) + "|" + wordsOf(next.listPage().quickAdd());
+    };
+    QWidget* const field = page.calendarPage().quickAdd().focusProxy();
+    QTest::keyClicks(field, "Mow the lawn");
+    EXPECT_EQ(atNextStart(), "Mow the lawn|") << "the list's bar has its own";
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_EQ(atNextStart(), "|");
 }
 
 TEST_F(CalendarTest, ATaskIsDraggedToAnotherDay) {

@@ -23,6 +23,7 @@ GrowingText::GrowingText(Lines lines, int leastLines, int mostLines, QWidget* pa
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     document()->setDocumentMargin(2);
+    document()->clearUndoRedoStacks();  // the margin would be a step
     auto* const timer = new QTimer(this);
     timer->setSingleShot(true);
     timer->setInterval(pause);

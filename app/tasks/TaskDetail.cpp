@@ -314,8 +314,10 @@ void TaskDetail::dropTypedTitle() {
     const bool isSaved = savedTitle_ && *savedTitle_ == stored;
     title_->setShownText(QString::fromStdString(isSaved ? titleBefore_ : stored));
     if (!isSaved || stored == titleBefore_) return;
-    change(
-        task_, [this](CDTask& changed) { environment_.tasks().setTitle(changed, titleBefore_); });
+    TaskHistory::of(environment_).record({.tasks = {*task_}, .endsTyping = true}, this, [this] {
+        environment_.tasks().setTitle(*find(), titleBefore_);
+        return TaskHistory::Made{};
+    });
 }
 
 void TaskDetail::changeEvent(QEvent* event) {
@@ -373,7 +375,13 @@ bool TaskDetail::saveTexts() {
         showNotice(this, error.what());
         return false;
     }
-    const bool isSaved = TaskHistory::of(environment_).record({{*task_}}, this, [&] {
+    // What the field itself took back to the beginning need not be taken back once more.
+    const auto isBack = [](const GrowingText& field) {
+        return field.isEdited() && !field.document()->isUndoAvailable();
+    };
+    const TaskHistory::Affected affected{
+        .tasks = {*task_}, .endsTyping = isBack(*title_) || isBack(*details_)};
+    const bool isSaved = TaskHistory::of(environment_).record(affected, this, [&] {
         if (title_->isEdited()) {
             environment_.tasks().setTitle(*task, title);
             savedTitle_ = title;

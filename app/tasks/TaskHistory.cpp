@@ -50,8 +50,9 @@ bool TaskHistory::record(
     if (change.entries.empty()) {
         return !environment_.context().hasChanges() || environment_.save(parent);
     }
-    const QString sentence = sentenceOf(change);
-    changes_.push_back(std::move(change));
+    const bool isStep = !affected.endsTyping || !endTyping(change);
+    const QString sentence = isStep ? sentenceOf(change) : QString();
+    if (isStep) changes_.push_back(std::move(change));
     if (changes_.size() > mostKept) changes_.pop_front();
     undone_.clear();
     const bool isSaved = environment_.save(parent);
@@ -76,8 +77,7 @@ void TaskHistory::undo(QWidget* parent) {
     environment_.save(parent);
     emit lastChanged({});  // no bar offers to take back the one before
     tellTakenBack(last, stayed, isAnything);
-    // The next copies would be other ones.
-    if (isAnything && last.completedCopies.empty()) undone_.push_back(last);
+    if (isAnything) undone_.push_back(last);
     emit turned();
 }
 
@@ -85,12 +85,22 @@ void TaskHistory::redo(QWidget* parent) {
     if (undone_.empty()) return;
     Change next = std::move(undone_.back());
     undone_.pop_back();
-    takeBack(reversed(next));
+    if (next.completedCopies.empty()) {
+        takeBack(reversed(next));
+    } else if (auto again = completedAgain(next)) {
+        next = std::move(*again);
+    }
     const bool isAnything = environment_.context().hasChanges();
     environment_.save(parent);
-    const QString sentence = sentenceOf(next);
-    if (isAnything) changes_.push_back(std::move(next));
-    emit lastChanged(isAnything ? sentence : QString());
+    const QString sentence = isAnything ? sentenceOf(next) : QString();
+    emit lastChanged(sentence);
+    if (!isAnything) {
+        undone_.clear();
+        tellTakenBack(next, {}, isAnything);
+    } else {
+        if (sentence.isEmpty()) tellTurned(next, sentenceAfterRedo(next));
+        changes_.push_back(std::move(next));
+    }
     emit turned();
 }
 
@@ -167,6 +177,55 @@ TaskHistory::Change TaskHistory::reversed(Change change) {
         std::swap(entry.before, entry.after);
     }
     return change;
+}
+
+/// Drops the steps of a text that is again as it was before the first of them; false when there are
+/// none.
+bool TaskHistory::endTyping(const Change& change) {
+    if (!isOfText(change)) return false;
+    const Entry& end = change.entries.front();
+    for (auto step = changes_.rbegin(); step != changes_.rend() && isOfText(*step); ++step) {
+        const Entry& begin = step->entries.front();
+        const bool isSameText =
+            begin.task == end.task
+            && begin.before->title.has_value() == end.after->title.has_value()
+            && begin.before->details.has_value() == end.after->details.has_value();
+        if (!isSameText) return false;
+        if (begin.before == end.after) {
+            changes_.erase(std::prev(step.base()), changes_.end());
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Completes the tasks again, of which some repeat: they get other copies than the first time.
+/// None, and nothing is done, where one of them is not as it was before.
+std::optional<TaskHistory::Change> TaskHistory::completedAgain(const Change& change) const {
+    Affected affected;
+    for (const Entry& entry : change.entries) {
+        if (entry.isAlong) continue;
+        const CDTask* const task = find(entry.task);
+        if (task == nullptr) return std::nullopt;
+        const State now = stateOf(*task, Labels::unread);
+        const bool isAsBefore = now.due == entry.before->due
+                                && now.completedAt == entry.before->completedAt
+                                && now.recurrenceRule == entry.before->recurrenceRule;
+        if (!isAsBefore) return std::nullopt;
+        affected.tasks.push_back(entry.task);
+        for (const CDTask* const subtask : task->subtasks.all()) {
+            affected.along.push_back(*subtask->id);
+        }
+    }
+    Change again{.entries = entriesOf(affected, Labels::unread), .completedCopies = {}};
+    Made made;
+    for (const Uuid& id : affected.tasks) {
+        const CDTask* const copy = environment_.tasks().complete(
+            environment_.context(), *find(id), environment_.calendar());
+        if (copy != nullptr) made.completedCopies.push_back(*copy->id);
+    }
+    lookAgain(again, made, Labels::unread);
+    return again;
 }
 
 /// Returns the tasks that it made and that are kept because they are not as they were then.
@@ -330,12 +389,44 @@ void TaskHistory::tellTakenBack(const Change& change, const Tasks& stayed, bool 
             isOne ? QString("“%1”").arg(briefTitle(QString::fromStdString(title))) : "Some tasks";
         const char* const verbs = isOne ? " was changed since and stays as it is"
                                         : " were changed since and stay as they are";
-        emit takenBack(what + verbs, {});
+        emit takenBack(what + verbs, {}, Seen::inLists);
         return;
     }
+    tellTurned(change, sentenceAfterUndo(change));
+}
+
+void TaskHistory::tellTurned(const Change& change, const QString& sentence) {
     Tasks tasks;
     std::ranges::transform(change.entries, std::back_inserter(tasks), &Entry::task);
-    emit takenBack(sentenceAfterUndo(change), tasks);
+    emit takenBack(sentence, tasks, whereSeen(change));
+}
+
+/// Whether words of one task were typed, and nothing else.
+bool TaskHistory::isOfText(const Change& change) {
+    if (change.entries.size() != 1) return false;
+    const Entry& entry = change.entries.front();
+    if (!entry.before || !entry.after) return false;
+    State state = *entry.before;
+    state.title = entry.after->title;
+    state.details = entry.after->details;
+    return state == entry.after;
+}
+
+bool TaskHistory::isOfNotes(const Change& change) {
+    return isOfText(change) && !change.entries.front().after->title;
+}
+
+TaskHistory::Seen TaskHistory::whereSeen(const Change& change) {
+    const auto isInLists = [](const Entry& entry) {
+        if (!entry.before || !entry.after) return true;
+        State state = *entry.before;
+        state.details = entry.after->details;
+        state.linkedNote = entry.after->linkedNote;
+        state.reminderAt = entry.after->reminderAt;
+        state.recurrenceRule = entry.after->recurrenceRule;
+        return state != entry.after;
+    };
+    return std::ranges::any_of(change.entries, isInLists) ? Seen::inLists : Seen::inPanel;
 }
 
 /// How things are now, so that nobody takes what was taken back for it.
@@ -353,11 +444,24 @@ QString TaskHistory::sentenceAfterUndo(const Change& change) const {
     const bool wasCompleted = after.completedAt && !before.completedAt;
     if (wasCompleted || !change.completedCopies.empty()) return what + are + "open again";
     if (!isOne) return what + " are as they were";
+    if (isOfNotes(change)) return "The notes of " + what + " are as they were";
     if (before.due != after.due && before.recurrenceRule == after.recurrenceRule) {
         return before.due.date ? dueSentence(what, isOne, before.due) + " again"
                                : what + " has no date again";
     }
     return what + " is as it was";
+}
+
+/// Of what was done without words.
+QString TaskHistory::sentenceAfterRedo(const Change& change) const {
+    const auto isChosen = [](const Entry& entry) { return !entry.isAlong; };
+    const auto count = std::ranges::count_if(change.entries, isChosen);
+    if (count == 0) return "Done again: the last change";
+    const QString what = subjectOf(change);
+    if (isOfNotes(change)) return "The notes of " + what + " are changed again";
+    const auto wasThere = [](const Entry& entry) { return entry.before.has_value(); };
+    const bool isMade = std::ranges::none_of(change.entries, wasThere);
+    return what + (count == 1 ? " is " : " are ") + (isMade ? "back" : "changed again");
 }
 
 /// Several may have kept times of their own.

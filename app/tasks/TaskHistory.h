@@ -34,11 +34,14 @@ public:
         Tasks tasks{};
         Tasks along{};            ///< subtasks that are changed with them
         bool withLabels = false;  ///< labels are looked at too, as where tasks may be deleted
+        /// A text is put back as it was before it was typed: neither is a step.
+        bool endsTyping = false;
     };
     struct Made {
         Tasks tasks{};            ///< new ones
         Tasks completedCopies{};  ///< of tasks that repeat
     };
+    enum class Seen { inLists, inPanel };
 
     /// That of the environment, which owns it.
     static TaskHistory& of(AppEnvironment& environment);
@@ -51,7 +54,8 @@ public:
     /// Takes back what was done last; what has been changed again since then stays as it is. A new
     /// task goes unless it was changed since.
     void undo(QWidget* parent);
-    /// Does again what was taken back last, unless anything else was done since.
+    /// Does again what was taken back last, unless anything else was done since. Where that cannot
+    /// be done, nothing later is done again either.
     void redo(QWidget* parent);
 
 signals:
@@ -59,8 +63,12 @@ signals:
     /// Empty where no words are needed, or where it cannot be taken back.
     void lastChanged(const QString& sentence);
     /// How the tasks are now that something was taken back or done again, for where they are not
-    /// seen. No tasks: it is to be told in any case.
-    void takenBack(const QString& sentence, const std::vector<tesserine::Uuid>& tasks);
+    /// seen. No tasks: it is to be told in any case. What lists do not show of a task, such as its
+    /// notes, is seen in the panel of that task only.
+    void takenBack(
+        const QString& sentence,
+        const std::vector<tesserine::Uuid>& tasks,
+        tesserine::app::TaskHistory::Seen seen);
     /// Something else can be taken back or done again.
     void turned();
 
@@ -107,7 +115,9 @@ private:
     static State stateOf(const CDTask& task, Labels labels);
     std::vector<Entry> entriesOf(const Affected& affected, Labels labels) const;
     void lookAgain(Change& change, const Made& made, Labels labels) const;
+    bool endTyping(const Change& change);
     static Change reversed(Change change);
+    std::optional<Change> completedAgain(const Change& change) const;
     Tasks takeBack(const Change& change) const;
     bool isAsMade(const CDTask& task, const Change& change) const;
     void bringBack(const Entry& entry) const;
@@ -115,9 +125,14 @@ private:
     void putBack(CDTask& task, const Place& place) const;
     void putBackLabels(CDTask& task, const State& before, const State& after) const;
     void tellTakenBack(const Change& change, const Tasks& stayed, bool isAnything);
+    void tellTurned(const Change& change, const QString& sentence);
+    static bool isOfText(const Change& change);
+    static bool isOfNotes(const Change& change);
+    static Seen whereSeen(const Change& change);
     QString subjectOf(const Change& change) const;
     QString sentenceOf(const Change& change) const;
     QString sentenceAfterUndo(const Change& change) const;
+    QString sentenceAfterRedo(const Change& change) const;
     QString dueSentence(const QString& what, bool isOne, const Due& due) const;
 
     AppEnvironment& environment_;

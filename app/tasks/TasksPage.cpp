@@ -81,6 +81,7 @@ TasksPage::TasksPage(AppEnvironment& environment, Commands& commands, QWidget* p
     followPages();
     handleCommands(commands);
     list_->quickAdd().keepUnder("tesserine.quickAddSentence");
+    calendar_->quickAdd().keepUnder("tesserine.calendarSentence");
 }
 
 void TasksPage::followPages() {
@@ -94,11 +95,17 @@ void TasksPage::followPages() {
     connect(actions_, &TaskActions::opened, this, &TasksPage::openDetail);
     connect(actions_, &TaskActions::completed, undo_, &UndoBar::offer);
     connect(actions_, &TaskActions::told, undo_, &UndoBar::tell);
-    connect(undo_, &UndoBar::undone, actions_, &TaskActions::undo);
-    const auto tellUnseen = [this](const QString& sentence, const std::vector<Uuid>& tasks) {
-        const auto isSeen = [this](const Uuid& task) { return list_->list().lists(task); };
-        const bool areUnseen = !isCalendar() && std::ranges::none_of(tasks, isSeen);
-        if (tasks.empty() || areUnseen) undo_->tell(sentence);
+    connect(undo_, &UndoBar::undone, this, [this] {
+        if (detail_->flush()) actions_->undo();
+    });
+    using Seen = TaskHistory::Seen;
+    const auto tellUnseen = [this](const QString& sentence, const auto& tasks, Seen seen) {
+        const auto isSeen = [this, seen](const Uuid& task) {
+            if (seen == Seen::inPanel) return detail_->isVisible() && detail_->task() == task;
+            const bool isList = stack_->currentWidget() == list_;
+            return isCalendar() || (isList && list_->list().lists(task));
+        };
+        if (std::ranges::none_of(tasks, isSeen)) undo_->tell(sentence);
     };
     connect(&TaskHistory::of(environment_), &TaskHistory::takenBack, this, tellUnseen);
     connect(
@@ -123,7 +130,9 @@ void TasksPage::handleCommands(Commands& commands) {
     for (const QKeySequence& keys : Commands::usualKeys("edit.redo")) {
         auto* const redo = new QShortcut(keys, this);
         redo->setContext(Qt::WidgetWithChildrenShortcut);
-        connect(redo, &QShortcut::activated, actions_, &TaskActions::redo);
+        connect(redo, &QShortcut::activated, this, [this] {
+            if (detail_->flush()) actions_->redo();
+        });
     }
     commands.attach(CommandContext::tasks, list_->list());
     commands.attach(CommandContext::tasks, calendar_->grid());
@@ -234,6 +243,7 @@ void TasksPage::beginTask(const QString& sentence) {
 
 bool TasksPage::flush() {
     list_->quickAdd().keep();
+    calendar_->quickAdd().keep();
     return detail_->flush() && templates_->flush();
 }
 

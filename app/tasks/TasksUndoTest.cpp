@@ -1,3 +1,4 @@
+#include "app/tasks/QuickAddBar.h"
 #include "app/tasks/TaskDetail.h"
 #include "app/tasks/TaskHistory.h"
 #include "app/tasks/TasksPageFixture.h"
@@ -15,6 +16,7 @@ class TasksUndoTest : public test::TasksPageFixture {
 public:
     void press(Qt::Key key) { QTest::keyClick(&list, key); }
     void undo() { QTest::keyClick(&list, Qt::Key_Z, Qt::ControlModifier); }
+    void redo() { QTest::keyClick(&list, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier); }
     void pressOn(const CDTask& task, Qt::Key key) {
         list.selectTask(*task.id);
         press(key);
@@ -224,6 +226,145 @@ TEST_F(TasksUndoTest, WhatOthersChangedMeanwhileIsLeft) {
     context().save();
     undo();
     EXPECT_FALSE(first.completedAt) << "nothing is left to take back of the other one";
+}
+
+TEST_F(TasksUndoTest, ATaskThatRepeatsIsCompletedAgainWithAnotherCopy) {
+    CDTask& plants = addTask("Water plants every week 2026-03-10");
+    CDTask& first = addTask("First 2026-03-20");
+    show(Place::Kind::allTasks);
+    const std::string before = stateOf(plants);
+    pressOn(plants, Qt::Key_Space);
+    const std::string after = stateOf(plants);
+    ASSERT_NE(after, before);
+    ASSERT_EQ(context().count<CDTask>(), 3U);
+    pressOn(first, Qt::Key_2);
+    undo();
+    undo();
+    ASSERT_EQ(stateOf(plants), before);
+    ASSERT_EQ(context().count<CDTask>(), 2U);
+
+    redo();
+    EXPECT_EQ(stateOf(plants), after);
+    EXPECT_EQ(context().count<CDTask>(), 3U);
+    EXPECT_EQ(offer(), "Completed “Water plants”");
+    EXPECT_EQ(first.priority, 4) << "one step at a time";
+    redo();
+    EXPECT_EQ(first.priority, 2);
+    EXPECT_FALSE(context().hasChanges()) << "saved";
+    undo();
+    undo();
+    EXPECT_EQ(stateOf(plants), before);
+    EXPECT_EQ(context().count<CDTask>(), 2U) << "its new copy went";
+
+    environment->tasks().setDue(
+        plants,
+        TaskDue{.date = *Instant::parseISO("2026-04-01T00:00:00Z")},
+        environment->calendar());
+    context().save();
+    redo();
+    EXPECT_EQ(undoSentence(), "“Water plants” was changed since and stays as it is");
+    EXPECT_EQ(offer(), "");
+    EXPECT_EQ(context().count<CDTask>(), 2U);
+    redo();
+    EXPECT_EQ(first.priority, 4) << "nothing is done again past it";
+}
+
+TEST_F(TasksUndoTest, WhatIsTakenBackUnseenIsTold) {
+    CDTask& doors = addTask("Fit doors");
+    CDTask& other = addTask("Other");
+    show(Place::Kind::inbox);
+    list.selectTask(*doors.id);
+    press(Qt::Key_Return);
+    auto& notes = *page.detail().findChild<QWidget*>("taskDetails");
+    notes.setFocus();
+    QTest::keyClicks(&notes, "Three of them");
+    page.flush();
+    list.setFocus();
+    undo();
+    EXPECT_EQ(doors.details.valueOr(""), "");
+    EXPECT_EQ(undoSentence(), "") << "the panel shows it";
+    redo();
+    ASSERT_EQ(doors.details, "Three of them");
+    list.selectTask(*other.id);
+    undo();
+    EXPECT_EQ(doors.details.valueOr(""), "");
+    EXPECT_EQ(undoSentence(), "The notes of “Fit doors” are as they were");
+    EXPECT_TRUE(page.findChild<QLabel*>("undoSentence")->isVisible());
+    redo();
+    EXPECT_EQ(undoSentence(), "The notes of “Fit doors” are changed again");
+}
+
+TEST_F(TasksUndoTest, WordsThatWereNotMeantLeaveNoSteps) {
+    CDTask& task = addTask("Fit doors");
+    show(Place::Kind::inbox);
+    pressOn(task, Qt::Key_2);
+    press(Qt::Key_Return);
+    QWidget& title = *QApplication::focusWidget();
+    QTest::keyClicks(&title, " now");
+    page.flush();  // as after a pause
+    QTest::keyClicks(&title, " or never");
+    page.flush();
+    ASSERT_EQ(task.title, "Fit doors now or never");
+    QTest::keyClick(&title, Qt::Key_Escape);
+    ASSERT_EQ(task.title, "Fit doors");
+    undo();
+    EXPECT_EQ(task.title, "Fit doors");
+    EXPECT_EQ(task.priority, 4) << "what was done before";
+
+    auto& notes = *page.detail().findChild<QWidget*>("taskDetails");
+    list.setFocus();
+    press(Qt::Key_3);
+    ASSERT_EQ(task.priority, 3);
+    notes.setFocus();
+    QTest::keyClick(&notes, Qt::Key_X);
+    page.flush();
+    ASSERT_EQ(task.details, "x");
+    for (int times = 0; times < 2; ++times) {
+        QTest::keyClick(&notes, Qt::Key_Z, Qt::ControlModifier);
+    }
+    EXPECT_EQ(task.details.valueOr(""), "") << "by the field itself";
+    EXPECT_EQ(task.priority, 4) << "and then what was done before";
+}
+
+TEST_F(TasksUndoTest, AFieldWithNothingOfItsOwnLeavesTheKeysToTheTasks) {
+    const auto key = [](QWidget& field, Qt::KeyboardModifiers with) {
+        QTest::keyClick(&field, Qt::Key_Z, with);
+    };
+    CDTask& task = addTask("Order hinges");
+    show(Place::Kind::inbox);
+    pressOn(task, Qt::Key_3);
+    QWidget& bar = *page.listPage().quickAdd().focusProxy();
+    bar.setFocus();
+    key(bar, Qt::ControlModifier);
+    EXPECT_EQ(task.priority, 4) << "nothing was typed yet";
+    QTest::keyClicks(&bar, "Fit doors");
+    QTest::keyClick(&bar, Qt::Key_Return);
+    ASSERT_EQ(context().count<CDTask>(), 2U);
+    key(bar, Qt::ControlModifier);
+    EXPECT_EQ(context().count<CDTask>(), 1U);
+    key(bar, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(context().count<CDTask>(), 2U);
+    page.beginTask("Oil them");
+    key(bar, Qt::ControlModifier);
+    EXPECT_EQ(context().count<CDTask>(), 2U) << "a sentence is there";
+
+    list.setFocus();
+    press(Qt::Key_Home);  // no Control key is down any more
+    pressOn(task, Qt::Key_2);
+    press(Qt::Key_Return);
+    for (const char* const name : {"taskTitle", "taskDetails", "addLabel"}) {
+        auto& field = *page.detail().findChild<QWidget*>(name);
+        field.setFocus();
+        key(field, Qt::ControlModifier);
+        EXPECT_EQ(task.priority, 4) << name;
+        key(field, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_EQ(task.priority, 2) << name;
+    }
+    auto& title = *page.detail().findChild<QWidget*>("taskTitle");
+    title.setFocus();
+    QTest::keyClicks(&title, "!");
+    key(title, Qt::ControlModifier);
+    EXPECT_EQ(task.priority, 2) << "it has words to take back itself";
 }
 
 }  // namespace

@@ -3,12 +3,19 @@
 #include "app/look/HandKeysOn.h"
 #include "app/look/IconButton.h"
 #include "app/look/Theme.h"
+#include "app/tasks/QuickAddField.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPainter>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QShortcut>
+#include <QTextDocument>
+#include <QTextEdit>
 #include <QTimer>
 
 #include <chrono>
@@ -20,6 +27,21 @@ constexpr std::chrono::seconds offered{12};
 constexpr std::chrono::seconds again{1};
 
 }  // namespace
+
+bool turnsItself(const QWidget& field, QKeySequence::StandardKey key) {
+    const bool isUndo = key == QKeySequence::Undo;
+    const auto turns = [isUndo](const auto& words) {
+        return isUndo ? words.isUndoAvailable() : words.isRedoAvailable();
+    };
+    if (const auto* line = qobject_cast<const QLineEdit*>(&field)) return turns(*line);
+    if (const auto* text = qobject_cast<const QPlainTextEdit*>(&field)) {
+        return turns(*text->document());
+    }
+    const auto* const text = qobject_cast<const QTextEdit*>(&field);
+    if (text == nullptr) return false;
+    const bool isSentence = qobject_cast<const QuickAddField*>(text) != nullptr;
+    return turns(*text->document()) || (isSentence && !text->document()->isEmpty());
+}
 
 UndoBar::UndoBar(QWidget* parent, QWidget& keyScope)
     : QFrame(parent),
@@ -48,6 +70,12 @@ UndoBar::UndoBar(QWidget* parent, QWidget& keyScope)
     undo_->setToolTip("Undo (" + key_->key().toString(QKeySequence::NativeText) + ")");
     key_->setContext(Qt::WidgetWithChildrenShortcut);
     connect(key_, &QShortcut::activated, this, &UndoBar::undo);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* /*before*/, QWidget* now) {
+        const auto* const scope = key_ ? static_cast<QWidget*>(key_->parent()) : nullptr;
+        if (now != nullptr && scope != nullptr && scope->isAncestorOf(now)) {
+            now->installEventFilter(this);
+        }
+    });
     hide();
 }
 
@@ -71,6 +99,18 @@ void UndoBar::undo() {
     hide();
     timer_->stop();
     emit undone();
+}
+
+/// A field would take the keys for itself also where they do nothing there.
+bool UndoBar::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::ShortcutOverride || !watched->isWidgetType()) return false;
+    const auto& keys = *static_cast<QKeyEvent*>(event);
+    for (const auto key : {QKeySequence::Undo, QKeySequence::Redo}) {
+        if (!keys.matches(key)) continue;
+        event->ignore();
+        return !turnsItself(*static_cast<QWidget*>(watched), key);
+    }
+    return false;
 }
 
 void UndoBar::hideEvent(QHideEvent* event) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFrame>
+#include <QKeySequence>
 #include <QPointer>
 
 class QLabel;
@@ -9,6 +10,10 @@ class QShortcut;
 class QTimer;
 
 namespace tesserine::app {
+
+/// Whether a field has words of its own that the key, `Undo` or `Redo`, turns; a sentence that
+/// waits for Enter has in any case.
+bool turnsItself(const QWidget& field, QKeySequence::StandardKey key);
 
 /// A line at the foot of a list that says what was done, and may offer to undo it, for a while and
 /// as long as the mouse is over the list.
@@ -32,6 +37,7 @@ private:
     void present(const QString& sentence, bool canUndo);
     void go();
     void undo();
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
