@@ -273,6 +273,12 @@ TEST_F(DayJourney, TakesBackWhatWasDoneToTasksFromTheSidebarAndTheMenu) {
     offered("Undo")->trigger();
     EXPECT_EQ(banners.priority, 2) << "the keys are in a text";
     EXPECT_EQ(context().count<CDTask>(), 1U);
+    window().newTask("");
+    settle();
+    offered("Undo")->trigger();
+    EXPECT_EQ(banners.priority, 4) << "nothing is in the bar to take back";
+    offered("Redo")->trigger();
+    EXPECT_EQ(banners.priority, 2);
 
     window().go({Kind::note, *note.id});
     settle();

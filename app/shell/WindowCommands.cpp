@@ -26,6 +26,7 @@
 #include "app/state/SyncControl.h"
 #include "app/tasks/TaskHistory.h"
 #include "app/tasks/TasksPage.h"
+#include "app/tasks/UndoBar.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -222,8 +223,10 @@ public:
     /// Where tasks are shown the menu and the sidebar take back what was done to them; the page of
     /// tasks has the keys for itself.
     void undoing() const {
-        turnTasks("edit.undo", "undo()", &TaskHistory::canUndo, &TaskHistory::undo);
-        turnTasks("edit.redo", "redo()", &TaskHistory::canRedo, &TaskHistory::redo);
+        turnTasks(
+            "edit.undo", "undo()", QKeySequence::Undo, &TaskHistory::canUndo, &TaskHistory::undo);
+        turnTasks(
+            "edit.redo", "redo()", QKeySequence::Redo, &TaskHistory::canRedo, &TaskHistory::redo);
     }
 
 private:
@@ -231,6 +234,7 @@ private:
     void turnTasks(
         const char* command,
         const char* slotOfFields,
+        QKeySequence::StandardKey keyOfFields,
         bool (TaskHistory::*can)() const,
         void (TaskHistory::*turn)(QWidget*)) const {
         TaskHistory& history = TaskHistory::of(environment_);
@@ -251,7 +255,8 @@ private:
             if (!areShown()) return;
             QWidget* const keys = window.focusWidget();
             const int slot = keys == nullptr ? -1 : keys->metaObject()->indexOfSlot(slotOfFields);
-            if (slot < 0) return (history.*turn)(&window);
+            const bool isOwn = slot >= 0 && turnsItself(*keys, keyOfFields);
+            if (!isOwn) return (history.*turn)(&window);
             keys->metaObject()->method(slot).invoke(keys);
         });
         window_.sidebar().addAction(ofTasks);
