@@ -298,9 +298,10 @@ bool MainWindow::enter(Stop stop) {
     }
     if (!NoteScope::isListed(kind)) return false;
     if (showInstead(*notes_)) notes_->list().setFocus();
+    // A note that was restored is still shown beside the trash, where one read it last.
     const bool isInTrash = stop.note && isTrashed(*stop.note, environment_.context());
-    const bool isListed = isInTrash == (kind == Kind::trash);
-    return notes_->showPlace(stop.place, isListed ? stop.note : std::nullopt);
+    const bool isShown = !isInTrash || kind == Kind::trash;
+    return notes_->showPlace(stop.place, isShown ? stop.note : std::nullopt);
 }
 
 /// Tells whether the keys went to what is hidden now; somebody has to take them.

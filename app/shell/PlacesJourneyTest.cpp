@@ -1,5 +1,6 @@
 #include "app/shell/ShellFixture.h"
 
+#include <QAbstractButton>
 #include <QDialog>
 #include <QSplitter>
 #include <QTabBar>
@@ -40,6 +41,29 @@ TEST_F(PlacesJourney, BackForwardAndTabsRememberPlacesAndNotes) {
     press(Qt::Key_W, Qt::ControlModifier);
     EXPECT_EQ(tabs->count(), 1);
     EXPECT_EQ(place(), "tesserine://pinned");
+}
+
+TEST_F(PlacesJourney, ANoteThatWasRestoredIsThereWhenOneComesBackToTheTrash) {
+    CDNote& diary = addNote("Diary");
+    const Uuid bill = *addNote("Bill").id;
+    environment->notes().moveToTrash(diary);
+    context().save();
+    window().go({Kind::trash});
+    list().choose(*diary.id);
+    ASSERT_EQ(openTitle(), "Diary");
+    for (auto* const button : editor().findChildren<QAbstractButton*>()) {
+        if (button->text() != "Restore") continue;
+        button->setFocus();
+        button->click();
+        break;
+    }
+    settle();
+    ASSERT_EQ(openTitle(), "Diary");
+    ASSERT_EQ(list().model().rowCount(), 0);
+    window().go({Kind::note, bill});
+    press(Qt::Key_Left, Qt::AltModifier);
+    EXPECT_EQ(place(), "tesserine://trash");
+    EXPECT_EQ(openTitle(), "Diary");
 }
 
 TEST_F(PlacesJourney, BackLeadsToNotesOfTheListThatWereReadNotToThoseOnlyPassed) {
